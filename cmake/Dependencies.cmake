@@ -1,0 +1,9 @@
+# Libraries that are installed and called.
+
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Multimedia)
+find_package(Threads REQUIRED)
+find_package(Boost 1.71 REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(AVCODEC REQUIRED IMPORTED_TARGET libavcodec libavutil)
+pkg_check_modules(SWRESAMPLE REQUIRED IMPORTED_TARGET libswresample libavutil)
+pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)

@@ -1,0 +1,29 @@
+#include "InterruptFlag.h"
+
+#include <csignal>
+
+namespace InterruptFlag {
+
+namespace {
+
+volatile std::sig_atomic_t flag = 0;
+
+extern "C" void raiseFlag(int /*signal*/)
+{
+    flag = 1;
+}
+
+} // namespace
+
+void install()
+{
+    std::signal(SIGINT, raiseFlag);
+    std::signal(SIGTERM, raiseFlag);
+}
+
+bool raised()
+{
+    return flag != 0;
+}
+
+} // namespace InterruptFlag

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+/** The host's way to a server, whatever lies between. Lives on the plug-in's thread. */
+class ServerLink : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** Starts to connect; connected follows. */
+    virtual void open() = 0;
+
+    /** Sends a command; false when it cannot be sent. A reply, if one comes, comes later. */
+    virtual bool send(const QString& command, const QVariant& payload, void* userData) = 0;
+
+Q_SIGNALS:
+    /** The connection to the server came up. */
+    void connected();
+
+    void replied(const QString& command, const QVariant& result, void* userData, const QString& returnCode,
+                 const QString& errorText);
+
+    void eventRaised(const QString& event, const QVariant& payload);
+};

@@ -1,0 +1,166 @@
+#include "TalkCommand.h"
+
+#include "InterruptFlag.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sndfile.h>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int tickInterval = 100; // ms
+constexpr double fileTail = 0.3;  // s; lets the last packets of a file out
+
+/** Length of a sound file in seconds; negative when it cannot be read. */
+double soundFileDuration(const QString& path)
+{
+    SF_INFO info{};
+    SNDFILE* file = sf_open(QFile::encodeName(path).constData(), SFM_READ, &info);
+    if (file == nullptr) {
+        return -1;
+    }
+    sf_close(file);
+    return static_cast<double>(info.frames) / info.samplerate;
+}
+
+} // namespace
+
+TalkCommand::TalkCommand(TalkOptions options)
+    : m_options(std::move(options)), m_link(m_options.server), m_host(m_link), m_progress(m_monitor)
+{
+    connect(&m_host, &PluginHost::commandSent, &m_monitor, &TalkMonitor::commandSent);
+    connect(&m_host, &PluginHost::replyArrived, this,
+            [this](const QString& command, const QString& returnCode, const QString& errorText) {
+                if (command == QLatin1String("StartTalk") && returnCode != QLatin1String("0")) {
+                    m_refusal = QStringLiteral("%1 (code %2)").arg(errorText, returnCode);
+                }
+            });
+    m_answerTimer.setSingleShot(true);
+    connect(&m_answerTimer, &QTimer::timeout, this, [this] {
+        end(ExitNoAnswer, QStringLiteral("The server did not answer within %1 s. Is it running?")
+                              .arg(m_options.answerTimeout / 1000.0));
+    });
+    connect(&m_ticker, &QTimer::timeout, this, &TalkCommand::tick);
+}
+
+int TalkCommand::run()
+{
+    if (!m_options.sourceFile.isEmpty()) {
+        const double duration = soundFileDuration(m_options.sourceFile);
+        if (duration < 0) {
+            std::fprintf(stderr, "voicedesk: %s is not a sound file that can be read.\n",
+                         qPrintable(m_options.sourceFile));
+            return ExitMicrophoneFailed;
+        }
+        if (m_options.seconds <= 0) {
+            m_options.seconds = duration + fileTail;
+        }
+        qputenv("FRAMESMITH_CAPTURE_FILE", QFile::encodeName(m_options.sourceFile));
+    } else {
+        qunsetenv("FRAMESMITH_CAPTURE_FILE");
+    }
+    if (!m_options.inputDevice.isEmpty()) {
+        qputenv("FRAMESMITH_CAPTURE_DEVICE", m_options.inputDevice.toUtf8());
+    }
+
+    // The front end starts when the server is up, as in the client.
+    connect(&m_link, &ServerLink::connected, this, &TalkCommand::begin);
+    if (!m_host.load(m_options.pluginPath)) {
+        std::fprintf(stderr, "voicedesk: the plug-in does not load: %s\n", qPrintable(m_host.errorString()));
+        return ExitPluginFailed;
+    }
+    connect(m_host.plugin(), SIGNAL(startTalkResponse(bool)), this, SLOT(startTalkResponse(bool)));
+    connect(m_host.plugin(), SIGNAL(talkDisconnected()), this, SLOT(talkDisconnected()));
+    QCoreApplication::exec();
+    return m_status;
+}
+
+void TalkCommand::begin()
+{
+    QObject* plugin = m_host.plugin();
+    std::fprintf(stderr, "Talking to %s, from %s.\n", qPrintable(m_options.cameraId),
+                 m_options.sourceFile.isEmpty() ? "the microphone" : qPrintable(m_options.sourceFile));
+    bool accepted = false;
+    QMetaObject::invokeMethod(plugin, "startTalk", Q_RETURN_ARG(bool, accepted),
+                              Q_ARG(QString, m_options.cameraId), Q_ARG(QString, QString()));
+    if (!accepted) {
+        end(ExitMicrophoneFailed,
+            QStringLiteral("The microphone does not start. Plug one in, choose one with --device, or give a "
+                           "sound file with --source."));
+        return;
+    }
+    QMetaObject::invokeMethod(plugin, "setMicVolume", Q_ARG(int, m_options.volume));
+    m_answerTimer.start(m_options.answerTimeout);
+    m_ticker.start(tickInterval);
+}
+
+void TalkCommand::startTalkResponse(bool success)
+{
+    m_answerTimer.stop();
+    if (!success) {
+        end(ExitRefused, QStringLiteral("The server refuses the talk: %1").arg(m_refusal));
+        return;
+    }
+    m_talking = true;
+    m_progress.start();
+}
+
+void TalkCommand::talkDisconnected()
+{
+    end(ExitTalkLost, QStringLiteral("The camera was lost; the talk has ended."));
+}
+
+void TalkCommand::tick()
+{
+    if (m_talking) {
+        m_progress.update();
+    }
+    const bool over = m_talking && m_options.seconds > 0 && m_progress.elapsed() >= m_options.seconds;
+    if (!over && !InterruptFlag::raised()) {
+        return;
+    }
+    if (m_monitor.packets() == 0) {
+        end(ExitNothingSent, QStringLiteral("Nothing was sent: the microphone gave no sound."));
+    } else {
+        end(ExitSuccess, QString());
+    }
+}
+
+void TalkCommand::end(ExitStatus status, const QString& message)
+{
+    if (m_ended) {
+        return;
+    }
+    m_ended = true;
+    m_status = status;
+    m_ticker.stop();
+    m_answerTimer.stop();
+    if (m_talking) {
+        m_progress.finish();
+    }
+    QMetaObject::invokeMethod(m_host.plugin(), "stopTalk");
+    QMetaObject::invokeMethod(m_host.plugin(), "stopAudioCapture"); // also while a request is open
+    if (!message.isEmpty()) {
+        std::fprintf(stderr, "voicedesk: %s\n", qPrintable(message));
+    }
+    if (m_talking) {
+        printSummary();
+    }
+    QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
+}
+
+void TalkCommand::printSummary() const
+{
+    std::printf("talked          %.1f s\n", m_progress.elapsed());
+    std::printf("packets sent    %d (last sequence %u, out of order %d, not accepted %d)\n",
+                m_monitor.packets(), m_monitor.sequence(), m_monitor.sequenceGaps(), m_monitor.refused());
+    std::printf("loudest packet  %.1f dBFS\n", m_monitor.loudest());
+    const QStringList recordings = m_link.server().recordings();
+    for (const QString& recording : recordings) {
+        std::printf("recording       %s\n", qPrintable(recording));
+    }
+}

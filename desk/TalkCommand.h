@@ -1,0 +1,62 @@
+#pragma once
+
+#include "EmbeddedLink.h"
+#include "ExitStatus.h"
+#include "PluginHost.h"
+#include "TalkMonitor.h"
+#include "TalkProgress.h"
+
+#include <QTimer>
+
+/** What `voicedesk talk` was asked for. */
+struct TalkOptions
+{
+    QString pluginPath; ///< Empty: found beside the program.
+    QString cameraId;
+    QString sourceFile;       ///< Speaks in the microphone's place; empty for a microphone.
+    QString inputDevice;      ///< Name of the microphone; empty for the default one.
+    double seconds = 0;       ///< Length of the talk; 0: as long as the file, or until interrupted.
+    int volume = 50;          ///< Microphone volume, 0 to 100.
+    int answerTimeout = 5000; ///< Wait for the server's answer, ms.
+    ServerConfig server;
+};
+
+/**
+ * A headless talk to one camera, from the start to a closing summary.
+ *
+ *   load plug-in --> startTalk --> (answer) --> talk for a while --> stopTalk --> summary
+ *
+ * Uses the plug-in as the client's front end does: by its invokables and signals.
+ */
+class TalkCommand : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit TalkCommand(TalkOptions options);
+
+    /** Runs the talk in the application's event loop; returns an ExitStatus. */
+    int run();
+
+private Q_SLOTS:
+    void startTalkResponse(bool success);
+    void talkDisconnected();
+
+private:
+    void begin();
+    void tick();
+    void end(ExitStatus status, const QString& message);
+    void printSummary() const;
+
+    TalkOptions m_options;
+    EmbeddedLink m_link;
+    PluginHost m_host;
+    TalkMonitor m_monitor;
+    TalkProgress m_progress;
+    QTimer m_answerTimer;
+    QTimer m_ticker;
+    QString m_refusal; ///< What the server said to StartTalk.
+    bool m_talking = false;
+    bool m_ended = false;
+    ExitStatus m_status = ExitSuccess;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+struct AVCodecContext;
+struct AVFrame;
+struct AVPacket;
+
+/** One decoded talk packet. */
+struct DecodedTalk
+{
+    std::uint32_t position = 0;        ///< Of the first sample since the talker's microphone started; wraps.
+    std::vector<std::int16_t> samples; ///< 8000 Hz mono.
+};
+
+/** Decodes the packets of a talk: a PacketHeader, then G.711 mu-law at 8000 Hz mono, by libavcodec. */
+class PacketDecoder
+{
+public:
+    static constexpr int sampleRate = 8000; // Hz
+
+    PacketDecoder();
+    ~PacketDecoder();
+    PacketDecoder(const PacketDecoder&) = delete;
+    PacketDecoder& operator=(const PacketDecoder&) = delete;
+
+    /** Empty for anything that is not such a packet. */
+    std::optional<DecodedTalk> decode(const QByteArray& packet);
+
+private:
+    AVCodecContext* m_context = nullptr;
+    AVFrame* m_frame = nullptr;
+    AVPacket* m_packet = nullptr;
+};

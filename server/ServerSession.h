@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ServerReply.h"
+
+#include <QObject>
+#include <QVariantMap>
+
+class RecordingServer;
+
+/**
+ * One client at the server: takes commands, gives each of them one reply later, and raises events. A
+ * transport connects to its signals. All calls and signals are on the server's thread.
+ */
+class ServerSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** @param server outlives the session */
+    explicit ServerSession(RecordingServer& server);
+    ~ServerSession() override;
+
+    /** Takes a command; @p userData comes back with the reply untouched. */
+    void submit(const QString& command, const QVariant& payload, void* userData);
+
+    /** Tells the client of an event whose fields stand in a map under the event's own name. */
+    void raiseEvent(const QString& event, const QVariantMap& fields);
+
+Q_SIGNALS:
+    /** The reply to a command; never emitted from inside of submit. */
+    void replied(const QString& command, void* userData, const ServerReply& reply);
+
+    /** An event; never emitted from inside of submit. */
+    void eventRaised(const QString& event, const QVariant& payload);
+
+private:
+    RecordingServer& m_server;
+};

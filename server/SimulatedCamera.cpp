@@ -1,0 +1,53 @@
+#include "SimulatedCamera.h"
+
+#include <QDir>
+#include <QRegularExpression>
+
+namespace {
+
+constexpr std::uint32_t maxGap = 10 * PacketDecoder::sampleRate;                  // samples
+constexpr std::uint64_t maxRecorded = 4ULL * 60 * 60 * PacketDecoder::sampleRate; // samples, four hours
+
+QString fileNameOf(const QString& cameraId)
+{
+    static const QRegularExpression unsafe(QStringLiteral("[^A-Za-z0-9_-]"));
+    return QString(cameraId).replace(unsafe, QStringLiteral("_"));
+}
+
+} // namespace
+
+CameraTalk::CameraTalk(const QString& path) : m_path(path), m_writer(path, PacketDecoder::sampleRate) {}
+
+bool CameraTalk::hear(const QByteArray& packet)
+{
+    const auto talk = m_decoder.decode(packet);
+    if (!talk) {
+        return false;
+    }
+    const std::uint32_t gap = talk->position - m_nextPosition;
+    std::vector<std::int16_t> samples;
+    if (m_packets > 0 && gap <= maxGap) {
+        samples.resize(gap); // lost packets are heard as silence of their length
+    }
+    samples.insert(samples.end(), talk->samples.begin(), talk->samples.end());
+    m_nextPosition = talk->position + static_cast<std::uint32_t>(talk->samples.size());
+    ++m_packets;
+    m_recorded += samples.size();
+    return m_recorded <= maxRecorded && m_writer.write(samples);
+}
+
+SimulatedCamera::SimulatedCamera(CameraConfig config, QString directory)
+    : m_config(std::move(config)), m_directory(std::move(directory))
+{
+}
+
+std::unique_ptr<CameraTalk> SimulatedCamera::openTalk()
+{
+    if (!QDir().mkpath(m_directory)) {
+        return nullptr;
+    }
+    ++m_talks;
+    const QString name = QStringLiteral("%1-%2.wav").arg(fileNameOf(m_config.id)).arg(m_talks);
+    auto talk = std::make_unique<CameraTalk>(QDir(m_directory).filePath(name));
+    return talk->isRecording() ? std::move(talk) : nullptr;
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+/**
+ * Base64 (RFC 4648, clause 4): standard alphabet, "=" padding, no line breaks.
+ *
+ * @param in          inLength bytes
+ * @param inLength    bytes to encode
+ * @param out         room for the text; no terminator is written
+ * @param outCapacity characters after which no further group of three bytes is encoded. The last, padded
+ *                    group is not checked against it: out needs room for four characters more.
+ * @return characters written
+ */
+int Base64Encode(const unsigned char* in, unsigned inLength, char* out, unsigned outCapacity);
+
+/** Room that Base64Encode needs for any input of this length, without a terminator. */
+constexpr unsigned Base64EncodeCapacity(unsigned inLength)
+{
+    return inLength / 3 * 4 + 4;
+}

@@ -1,0 +1,186 @@
+#include "PluginVoiceDesk.h"
+
+#include "models/ItemRoles.h"
+#include "vocabulary/LogGate.h"
+#include "vocabulary/Vocabulary.h"
+
+#include <FrameworkWrapperBase.h>
+
+#include <QAudioDeviceInfo>
+#include <QSysInfo>
+
+#include <new>
+
+namespace {
+
+constexpr int microphonePollInterval = 1000; // ms
+
+bool pollsMicrophone()
+{
+    return QSysInfo::productType() == QLatin1String("windows");
+}
+
+} // namespace
+
+PluginVoiceDesk::PluginVoiceDesk() = default;
+
+PluginVoiceDesk::~PluginVoiceDesk()
+{
+    VOICEDESK_TRACE("PluginVoiceDesk::~PluginVoiceDesk");
+    stopAllTalk();
+}
+
+bool PluginVoiceDesk::InitialPluginBase(QQmlContext* context, void* pluginHandle,
+                                        FrameworkWrapperBase* framework)
+{
+    m_pluginName = QStringLiteral("VoiceDeskPlugin");
+    m_pluginId = QStringLiteral("710EF4C43CF94BB2A4A359E0796BC4F5");
+    m_pluginHandle = pluginHandle;
+    m_framework = framework;
+    return Init(context);
+}
+
+bool PluginVoiceDesk::Init(QQmlContext* /*context*/)
+{
+    VOICEDESK_TRACE("PluginVoiceDesk::Init");
+
+    // Deliberate: a default-constructed QAudioDeviceInfo is always null, so the list stays empty, the
+    // property starts out false, and only a timer tick can raise it.
+    const QAudioDeviceInfo inputDevice;
+    QList<QAudioDeviceInfo> inputDevices;
+    if (!inputDevice.isNull()) {
+        inputDevices = QAudioDeviceInfo::availableDevices(QAudio::AudioInput);
+    }
+    m_audioInDevFlag = pollsMicrophone() && !inputDevices.isEmpty();
+    m_talkingFlag = false;
+    m_talkSequence = 0;
+
+    try {
+        m_frameSmithWrapper.reset(new FrameSmithWrapper);
+    } catch (...) {
+        VOICEDESK_LOG_ERROR("%s, new frame smith wrapper failed", "PluginVoiceDesk::Init");
+        return false;
+    }
+    if (!createModel(m_ipAudioModel, ipAudioRoleNames())) {
+        VOICEDESK_LOG_ERROR("%s, create ip audio list model failed", "PluginVoiceDesk::Init");
+        return false;
+    }
+    if (!createModel(m_networkAudioGroupModel, networkAudioGroupRoleNames())) {
+        VOICEDESK_LOG_ERROR("%s, create network audio group list model failed", "PluginVoiceDesk::Init");
+        return false;
+    }
+    if (!createModel(m_networkAudioScheduleModel, networkAudioScheduleRoleNames())) {
+        VOICEDESK_LOG_ERROR("%s, create network audio schedule list model failed", "PluginVoiceDesk::Init");
+        return false;
+    }
+    fillCommandHandlers();
+    if (pollsMicrophone()) {
+        startTimer(microphonePollInterval, Qt::CoarseTimer);
+    }
+    connect(m_frameSmithWrapper.data(), &FrameSmithWrapper::audioCaptured, this,
+            &PluginVoiceDesk::handleAudioCapture);
+    return true;
+}
+
+bool PluginVoiceDesk::createModel(QSharedPointer<QStandardItemModel>& model,
+                                  const QHash<int, QByteArray>& roleNames)
+{
+    model.reset(new (std::nothrow) QStandardItemModel(this));
+    if (model.isNull()) {
+        return false;
+    }
+    model->setItemRoleNames(roleNames);
+    return true;
+}
+
+void PluginVoiceDesk::fillCommandHandlers()
+{
+    const auto full = [this](FullHandler handler) -> CommandHandler {
+        return [this, handler](const QVariant& result, void* userData, const QString& returnCode,
+                               const QString& errorCode, bool flag, const QString& extra) {
+            (this->*handler)(result, userData, returnCode, errorCode, flag, extra);
+        };
+    };
+    using namespace Vocabulary;
+    m_commandHandlers[StartTalk] = full(&PluginVoiceDesk::handleStartTalk);
+    m_commandHandlers[StartTalkToIPAudio] = full(&PluginVoiceDesk::handleStartTalkToIPAudio);
+    m_commandHandlers[StopTalk] = full(&PluginVoiceDesk::handleStopTalk);
+    m_commandHandlers[StopTalkToIPAudio] = full(&PluginVoiceDesk::handleStopTalkToIPAudio);
+    m_commandHandlers[TalkData] = full(&PluginVoiceDesk::handleSendTalkData);
+}
+
+void PluginVoiceDesk::CommandProcessor(QString command, QVariant result, void* userData, QString returnCode,
+                                       QString errorCode, bool flag, const QString& extra)
+{
+    VOICEDESK_TRACE("PluginVoiceDesk::CommandProcessor");
+    // A copy, so that a handler can't pull its own function from under itself.
+    const CommandHandler handler = m_commandHandlers.value(command);
+    if (handler) {
+        handler(result, userData, returnCode, errorCode, flag, extra);
+    }
+}
+
+void PluginVoiceDesk::CommandProcessorEx(QString /*command*/, ConfigBase* /*config*/, QVariant /*result*/,
+                                         void* /*userData*/, QString /*returnCode*/, QString /*errorCode*/,
+                                         bool /*flag*/, const QString& /*extra*/)
+{
+    // Deliberate: the per-server calls are not served.
+    VOICEDESK_TRACE("PluginVoiceDesk::CommandProcessorEx");
+}
+
+void PluginVoiceDesk::ErrorProcessor(QString /*command*/, void* /*userData*/, QString /*errorCode*/)
+{
+    VOICEDESK_TRACE("PluginVoiceDesk::ErrorProcessor");
+}
+
+void PluginVoiceDesk::EventProcessor(QString event, qint64 /*time*/, int /*first*/, int /*second*/,
+                                     QVariant payload, const QString& /*extra*/)
+{
+    VOICEDESK_TRACE("PluginVoiceDesk::EventProcessor");
+    if (event == Vocabulary::TalkDisconnected) {
+        handleTalkDisconnected(payload);
+    }
+}
+
+void PluginVoiceDesk::EventProcessorEx(QString /*event*/, ConfigBase* /*config*/, qint64 /*time*/,
+                                       int /*first*/, int /*second*/, QVariant /*payload*/,
+                                       const QString& /*extra*/)
+{
+    // Deliberate: the per-server calls are not served.
+    VOICEDESK_TRACE("PluginVoiceDesk::EventProcessorEx");
+}
+
+void PluginVoiceDesk::PluginServerConnected()
+{
+    retrieveIPAudioModel();
+    send(Vocabulary::GetAudioFile, QVariant());
+}
+
+void PluginVoiceDesk::timerEvent(QTimerEvent* /*event*/)
+{
+    const bool available = !QAudioDeviceInfo::availableDevices(QAudio::AudioInput).isEmpty();
+    if (available == m_audioInDevFlag) {
+        return;
+    }
+    if (!available) {
+        stopTalk(); // before the front end hears of the loss
+    }
+    m_audioInDevFlag = available;
+    Q_EMIT audioInDevAvailableChanged();
+}
+
+bool PluginVoiceDesk::isAudioDeviceAvailable()
+{
+    return !QAudioDeviceInfo::availableDevices(QAudio::AudioOutput).isEmpty();
+}
+
+void PluginVoiceDesk::setFrameSmithWrapper(const QSharedPointer<FrameSmithWrapper>& wrapper)
+{
+    m_frameSmithWrapper = wrapper;
+}
+
+bool PluginVoiceDesk::send(const QString& command, const QVariant& param, void* userData)
+{
+    return m_framework != nullptr &&
+           m_framework->SendCommand(m_pluginHandle, m_pluginId, command, param, userData, false, QString());
+}

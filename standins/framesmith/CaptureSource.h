@@ -1,0 +1,32 @@
+#pragma once
+
+#include "FrameSmithErrors.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace framesmith {
+
+/** Where captured sound comes from: 16-bit mono samples at 8000 Hz, in real time. */
+class CaptureSource
+{
+public:
+    CaptureSource() = default;
+    virtual ~CaptureSource() = default;
+    CaptureSource(const CaptureSource&) = delete;
+    CaptureSource& operator=(const CaptureSource&) = delete;
+
+    /** Opens the source. Called once. */
+    virtual Code start() = 0;
+
+    /**
+     * Waits until @p count samples have been spoken and gives them. Called on the capture thread.
+     * @return false when the source was stopped
+     */
+    virtual bool read(std::int16_t* samples, std::size_t count) = 0;
+
+    /** Ends a waiting read, and all later ones, from another thread. */
+    virtual void stop() = 0;
+};
+
+} // namespace framesmith

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace framesmith {
+
+/**
+ * Gives out opaque handles for objects and finds the objects again. A handle is a number that is never given
+ * twice, so a wrong, stale or foreign one is found out without touching memory. Thread-safe.
+ */
+template<typename Object>
+class HandleTable
+{
+public:
+    explicit HandleTable(std::uintptr_t kind) : m_next(kind) {}
+
+    void* add(std::shared_ptr<Object> object)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_next += kinds;
+        m_objects.emplace(m_next, std::move(object));
+        return reinterpret_cast<void*>(m_next);
+    }
+
+    std::shared_ptr<Object> find(void* handle) const
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto found = m_objects.find(reinterpret_cast<std::uintptr_t>(handle));
+        return found == m_objects.end() ? nullptr : found->second;
+    }
+
+    void remove(void* handle)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_objects.erase(reinterpret_cast<std::uintptr_t>(handle));
+    }
+
+private:
+    static constexpr std::uintptr_t kinds = 16; // tables with kinds 0 to 15 never share a handle
+
+    mutable std::mutex m_mutex;
+    std::map<std::uintptr_t, std::shared_ptr<Object>> m_objects;
+    std::uintptr_t m_next;
+};
+
+} // namespace framesmith

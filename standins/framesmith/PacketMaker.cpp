@@ -1,0 +1,47 @@
+#include "PacketMaker.h"
+
+#include "PacketHeader.h"
+
+#include <MediaDataPacketInfo.h>
+
+#include <algorithm>
+
+namespace framesmith {
+
+namespace {
+
+constexpr std::uint32_t muLawStreamType = 8192;
+constexpr std::uint32_t sampleRate = 8000; // Hz
+constexpr std::uint8_t channels = 1;
+
+} // namespace
+
+std::size_t PacketMaker::packetSize(std::size_t samples)
+{
+    return PacketHeader::size + samples;
+}
+
+bool PacketMaker::make(const std::int16_t* samples, std::size_t count, TMediaDataPacketInfo& record)
+{
+    if (!m_encoder.encode(samples, count, record.Buffer + PacketHeader::size)) {
+        return false;
+    }
+    PacketHeader header;
+    header.channels = channels;
+    header.streamType = muLawStreamType;
+    header.sampleRate = sampleRate;
+    header.position = m_position;
+    const auto bytes = header.toBytes();
+    std::copy(bytes.begin(), bytes.end(), record.Buffer);
+    m_position += static_cast<std::uint32_t>(count);
+
+    record.Offset = PacketHeader::size;
+    record.BitstreamSize = static_cast<std::uint32_t>(count);
+    record.StreamType = muLawStreamType;
+    record.FrameNumber = 1;
+    record.AudioSamplingFreq = sampleRate;
+    record.AudioChannelNum = channels;
+    return true;
+}
+
+} // namespace framesmith

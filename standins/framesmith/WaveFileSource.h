@@ -1,0 +1,47 @@
+#pragma once
+
+#include "CaptureSource.h"
+#include "PacketClock.h"
+#include "PcmConverter.h"
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct sf_private_tag;
+
+namespace framesmith {
+
+/** A sound file that speaks in the microphone's place: once, in real time, then silence. */
+class WaveFileSource : public CaptureSource
+{
+public:
+    explicit WaveFileSource(std::string path);
+    ~WaveFileSource() override;
+
+    Code start() override;
+    bool read(std::int16_t* samples, std::size_t count) override;
+    void stop() override;
+
+private:
+    /** Decodes until @p count samples lie ready or the file has ended. */
+    void fill(std::size_t count);
+
+    std::string m_path;
+    sf_private_tag* m_file = nullptr;
+    bool m_reads16Bit = false;
+    std::unique_ptr<PcmConverter> m_converter;
+    std::vector<std::int16_t> m_ready;
+    std::vector<char> m_input;
+    std::optional<PacketClock> m_clock;
+    std::uint64_t m_packets = 0;
+
+    std::mutex m_mutex;
+    std::condition_variable m_stopCondition;
+    bool m_stopped = false;
+};
+
+} // namespace framesmith
