@@ -1,0 +1,445 @@
+#include "PluginFixture.h"
+
+#include <QTest>
+
+class TestTalkSession : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void stopInIdle();
+    void startSendsTheRequest();
+    void startWithoutCapture();
+    void startRefusedByTheHost();
+    void startWithoutAFramework();
+    void startWhileTalking();
+    void startTwiceBeforeTheReply();
+    void stopWhileRequested();
+    void hostNeverReplies();
+    void successfulReply();
+    void replyWithoutKeys();
+    void refusedReply();
+    void refusalWhileTalkingStopsCaptureOnly();
+    void racingReplies();
+    void stopClosesEachTargetInOrder();
+    void failedStopReplyChangesNothing();
+    void stopTalkRefusedByTheHost();
+    void disconnectionOfAKnownTarget();
+    void disconnectionOfAnUnknownTarget_data();
+    void disconnectionOfAnUnknownTarget();
+    void emptyTokenIsAToken();
+    void microphoneVolumeLimits_data();
+    void microphoneVolumeLimits();
+    void volumeAndMuteWithoutATalk();
+    void setTalkingEmitsChangesOnly();
+    void forcedTalkingStopsCapture();
+    void setTalkTargetListSwaps();
+    void replacedWrapperIsUsedAndReleased();
+    void secondStartAfterAFailedStart();
+};
+
+namespace {
+
+QVariantMap reply(const QString& token)
+{
+    return {{"camId", "cam"}, {"talkToken", token}, {"relayPath", "relay"}};
+}
+
+} // namespace
+
+void TestTalkSession::stopInIdle()
+{
+    PluginFixture f;
+    FakeFrameSmith::clearCalls();
+    QVERIFY(f.plugin->stopTalk());
+    QVERIFY(f.framework.commands.empty());
+    QVERIFY(FakeFrameSmith::functions().isEmpty());
+}
+
+void TestTalkSession::startSendsTheRequest()
+{
+    PluginFixture f;
+    QSignalSpy response(f.plugin.get(), &PluginVoiceDesk::startTalkResponse);
+    QVERIFY(f.plugin->startTalk("camera 7", "relay/1"));
+    QCOMPARE(FakeFrameSmith::functions().last(), QStringLiteral("FrameSmith_StartAudioCapture"));
+    QCOMPARE(f.framework.commands.size(), std::size_t{1});
+    const auto& command = f.framework.commands[0];
+    QCOMPARE(command.command, QStringLiteral("StartTalk"));
+    QCOMPARE(command.map(), (QVariantMap{{"camId", "camera 7"}, {"relayPath", "relay/1"}}));
+    QCOMPARE(command.map()["camId"].userType(), int{QMetaType::QString});
+    QCOMPARE(command.pluginHandle, &f.handle);
+    QCOMPARE(command.pluginId, QStringLiteral("710EF4C43CF94BB2A4A359E0796BC4F5"));
+    QCOMPARE(command.userData, nullptr);
+    QCOMPARE(command.flag, false);
+    QVERIFY(command.extra.isEmpty());
+    QVERIFY(!f.plugin->talking());
+    QCOMPARE(response.count(), 0);
+}
+
+void TestTalkSession::startWithoutCapture()
+{
+    PluginFixture f;
+    FakeFrameSmith::fail("FrameSmith_StartAudioCapture", -5);
+    QSignalSpy response(f.plugin.get(), &PluginVoiceDesk::startTalkResponse);
+    QVERIFY(!f.plugin->startTalk("cam", ""));
+    QCOMPARE(f.log.errors().last(), QStringLiteral("PluginVoiceDesk::startTalk, start audio capture failed"));
+    QVERIFY(f.framework.commands.empty());
+    QCOMPARE(response.count(), 0);
+}
+
+void TestTalkSession::startRefusedByTheHost()
+{
+    PluginFixture f;
+    f.framework.accepts = false;
+    QSignalSpy response(f.plugin.get(), &PluginVoiceDesk::startTalkResponse);
+    QVERIFY(!f.plugin->startTalk("cam", ""));
+    QVERIFY(!FakeFrameSmith::functions().contains("FrameSmith_StopAudioCapture")); // capture is left running
+    QCOMPARE(response.count(), 0);
+    QVERIFY(f.log.errors().isEmpty());
+}
+
+void TestTalkSession::startWithoutAFramework()
+{
+    FakeFrameSmith::reset();
+    LogCapture log;
+    PluginVoiceDesk plugin;
+    QVERIFY(plugin.InitialPluginBase(nullptr, nullptr, nullptr));
+    QVERIFY(!plugin.startTalk("cam", ""));
+    QVERIFY(FakeFrameSmith::functions().contains("FrameSmith_StartAudioCapture"));
+    QVERIFY(!FakeFrameSmith::functions().contains("FrameSmith_StopAudioCapture"));
+    QVERIFY(log.errors().isEmpty());
+}
+
+void TestTalkSession::startWhileTalking()
+{
+    PluginFixture f;
+    f.openCameraTalk("t");
+    f.framework.commands.clear();
+    QSignalSpy response(f.plugin.get(), &PluginVoiceDesk::startTalkResponse);
+    QVERIFY(f.plugin->startTalk("another", ""));
+    QVERIFY(f.framework.commands.empty());
+    QCOMPARE(response.count(), 0);
+    QCOMPARE(f.plugin->getTalkTargetList().size(), 1);
+}
+
+void TestTalkSession::startTwiceBeforeTheReply()
+{
+    PluginFixture f;
+    QVERIFY(f.plugin->startTalk("one", ""));
+    FakeFrameSmith::clearCalls();
+    QVERIFY(f.plugin->startTalk("two", ""));
+    QVERIFY(FakeFrameSmith::functions().isEmpty()); // capture runs already
+    QCOMPARE(f.framework.names(), (QStringList{"StartTalk", "StartTalk"}));
+}
+
+void TestTalkSession::stopWhileRequested()
+{
+    PluginFixture f;
+    f.plugin->startTalk("cam", "");
+    f.framework.commands.clear();
+    FakeFrameSmith::clearCalls();
+    QVERIFY(f.plugin->stopTalk());
+    QVERIFY(f.framework.commands.empty());
+    QVERIFY(FakeFrameSmith::functions().isEmpty());
+    f.reply("StartTalk", "0", reply("t")); // the request is still good
+    QVERIFY(f.plugin->talking());
+}
+
+void TestTalkSession::hostNeverReplies()
+{
+    PluginFixture f;
+    f.plugin->startTalk("cam", "");
+    f.framework.commands.clear();
+    for (int i = 0; i < 5; ++i) {
+        FakeFrameSmith::deliver(QByteArray(660, 'x'), 20, 8192, 0);
+    }
+    QCoreApplication::processEvents();
+    QVERIFY(f.framework.commands.empty());
+    QVERIFY(!f.plugin->talking());
+    QVERIFY(!FakeFrameSmith::functions().contains("FrameSmith_StopAudioCapture"));
+}
+
+void TestTalkSession::successfulReply()
+{
+    PluginFixture f;
+    QStringList order;
+    connect(f.plugin.get(), &PluginVoiceDesk::talkingChanged, this,
+            [&] { order << QStringLiteral("talkingChanged %1").arg(f.plugin->getTalkTargetList().size()); });
+    connect(f.plugin.get(), &PluginVoiceDesk::startTalkResponse, this,
+            [&](bool success) { order << QStringLiteral("startTalkResponse %1").arg(success); });
+    f.plugin->startTalk("asked", "asked");
+    f.reply("StartTalk", "0", reply("token"));
+    QCOMPARE(order, (QStringList{"talkingChanged 1", "startTalkResponse 1"}));
+    // What counts is the server's word, not the request's.
+    QCOMPARE(
+        f.plugin->getTalkTargetList(),
+        (QList<QVariant>{QVariantMap{{"camId", "cam"}, {"talkToken", "token"}, {"relayPath", "relay"}}}));
+}
+
+void TestTalkSession::replyWithoutKeys()
+{
+    PluginFixture f;
+    for (const QVariant& result : {QVariant(), QVariant(5), QVariant(QVariantMap{{"camid", "x"}})}) {
+        f.plugin->setTalkTargetList(*std::make_unique<QList<QVariant>>());
+        f.reply("StartTalk", "0", result);
+        const QVariantMap entry = f.plugin->getTalkTargetList().value(0).toMap();
+        QCOMPARE(entry, (QVariantMap{{"camId", ""}, {"talkToken", ""}, {"relayPath", ""}}));
+        QCOMPARE(entry["talkToken"].userType(), int{QMetaType::QString});
+    }
+}
+
+void TestTalkSession::refusedReply()
+{
+    PluginFixture f;
+    QSignalSpy response(f.plugin.get(), &PluginVoiceDesk::startTalkResponse);
+    QSignalSpy changed(f.plugin.get(), &PluginVoiceDesk::talkingChanged);
+    f.plugin->startTalk("cam", "");
+    f.reply("StartTalk", "201", reply("token"));
+    QCOMPARE(response.count(), 1);
+    QCOMPARE(response[0][0].toBool(), false);
+    QCOMPARE(changed.count(), 0);
+    QVERIFY(f.plugin->getTalkTargetList().isEmpty());
+    QCOMPARE(FakeFrameSmith::functions().mid(FakeFrameSmith::functions().size() - 2),
+             (QStringList{"FrameSmith_StopAudioCapture", "FrameSmith_DeleteAudioCaptureChannel"}));
+    QVERIFY(f.log.errors().isEmpty());
+}
+
+void TestTalkSession::refusalWhileTalkingStopsCaptureOnly()
+{
+    PluginFixture f;
+    f.plugin->startTalk("one", "");
+    f.plugin->startTalk("two", "");
+    f.reply("StartTalk", "0", reply("t"));
+    FakeFrameSmith::clearCalls();
+    f.reply("StartTalk", "202");
+    QVERIFY(FakeFrameSmith::functions().contains("FrameSmith_StopAudioCapture"));
+    QVERIFY(f.plugin->talking());
+    QCOMPARE(f.plugin->getTalkTargetList().size(), 1);
+}
+
+void TestTalkSession::racingReplies()
+{
+    PluginFixture f;
+    QSignalSpy response(f.plugin.get(), &PluginVoiceDesk::startTalkResponse);
+    QSignalSpy changed(f.plugin.get(), &PluginVoiceDesk::talkingChanged);
+    f.plugin->startTalk("one", "");
+    f.plugin->startTalk("two", "");
+    f.reply("StartTalk", "0", reply("first"));
+    f.reply("StartTalk", "0", reply("second"));
+    QCOMPARE(f.plugin->getTalkTargetList().size(), 2);
+    QCOMPARE(f.plugin->getTalkTargetList()[1].toMap()["talkToken"].toString(), QStringLiteral("second"));
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(response.count(), 2);
+}
+
+void TestTalkSession::stopClosesEachTargetInOrder()
+{
+    PluginFixture f;
+    f.plugin->startTalk("one", "");
+    f.plugin->startTalk("two", "");
+    f.reply("StartTalk", "0", reply("first"));
+    f.reply("StartTalk", "0", QVariantMap{{"camId", "c"}, {"talkToken", "second"}});
+    f.framework.commands.clear();
+    FakeFrameSmith::clearCalls();
+    QStringList order;
+    f.framework.onCommand = [&](const RecordingFramework::Command& command) {
+        order << QStringLiteral("%1 capture calls %2")
+                     .arg(command.map()["talkToken"].toString())
+                     .arg(FakeFrameSmith::calls().size());
+    };
+    connect(f.plugin.get(), &PluginVoiceDesk::talkingChanged, this, [&] {
+        order << QStringLiteral("talkingChanged, targets %1").arg(f.plugin->getTalkTargetList().size());
+    });
+    QVERIFY(f.plugin->stopTalk());
+    QCOMPARE(order,
+             (QStringList{"first capture calls 2", "second capture calls 2", "talkingChanged, targets 0"}));
+    QCOMPARE(f.framework.names(), (QStringList{"StopTalk", "StopTalk"}));
+    QCOMPARE(f.framework.commands[0].map(), (QVariantMap{{"talkToken", "first"}, {"relayPath", "relay"}}));
+    QCOMPARE(f.framework.commands[1].map(), (QVariantMap{{"talkToken", "second"}, {"relayPath", ""}}));
+    QCOMPARE(f.framework.commands[1].map()["relayPath"].userType(), int{QMetaType::QString});
+    QCOMPARE(f.framework.commands[0].userData, nullptr);
+}
+
+void TestTalkSession::failedStopReplyChangesNothing()
+{
+    PluginFixture f;
+    f.openCameraTalk("t");
+    f.plugin->stopTalk();
+    f.openCameraTalk("u");
+    f.framework.commands.clear();
+    FakeFrameSmith::clearCalls();
+    for (const char* code : {"0", "203", "-2"}) {
+        f.reply("StopTalk", code);
+        f.reply("TalkData", code);
+    }
+    QVERIFY(f.plugin->talking());
+    QCOMPARE(f.plugin->getTalkTargetList().size(), 1);
+    QVERIFY(f.framework.commands.empty());
+    QVERIFY(FakeFrameSmith::functions().isEmpty());
+}
+
+void TestTalkSession::stopTalkRefusedByTheHost()
+{
+    PluginFixture f;
+    f.openCameraTalk("t");
+    f.framework.accepts = false;
+    QVERIFY(f.plugin->stopTalk());
+    QVERIFY(!f.plugin->talking());
+    QVERIFY(f.plugin->getTalkTargetList().isEmpty());
+}
+
+void TestTalkSession::disconnectionOfAKnownTarget()
+{
+    PluginFixture f;
+    f.plugin->startTalk("one", "");
+    f.plugin->startTalk("two", "");
+    f.reply("StartTalk", "0", reply("first"));
+    f.reply("StartTalk", "0", reply("second"));
+    f.framework.commands.clear();
+    QStringList order;
+    connect(f.plugin.get(), &PluginVoiceDesk::talkingChanged, this, [&] { order << "talkingChanged"; });
+    connect(f.plugin.get(), &PluginVoiceDesk::talkDisconnected, this, [&] { order << "talkDisconnected"; });
+    f.event("TalkDisconnected", PluginFixture::disconnected("second"));
+    // The whole talk ends; the lost target gets its StopTalk, too.
+    QCOMPARE(f.framework.names(), (QStringList{"StopTalk", "StopTalk"}));
+    QCOMPARE(order, (QStringList{"talkingChanged", "talkDisconnected"}));
+    QVERIFY(f.plugin->getTalkTargetList().isEmpty());
+    QVERIFY(FakeFrameSmith::functions().contains("FrameSmith_StopAudioCapture"));
+}
+
+void TestTalkSession::disconnectionOfAnUnknownTarget_data()
+{
+    QTest::addColumn<QVariant>("payload");
+    QTest::newRow("another token") << PluginFixture::disconnected("other");
+    QTest::newRow("empty token") << PluginFixture::disconnected("");
+    QTest::newRow("token in another case") << PluginFixture::disconnected("T");
+    QTest::newRow("no inner map") << QVariant(QVariantMap{{"Token", "t"}});
+    QTest::newRow("key in another case")
+        << QVariant(QVariantMap{{"TalkDisconnected", QVariantMap{{"token", "t"}}}});
+    QTest::newRow("no map") << QVariant("t");
+    QTest::newRow("invalid") << QVariant();
+    QTest::newRow("inner text") << QVariant(QVariantMap{{"TalkDisconnected", "t"}});
+}
+
+void TestTalkSession::disconnectionOfAnUnknownTarget()
+{
+    QFETCH(QVariant, payload);
+    PluginFixture f;
+    f.openCameraTalk("t");
+    f.framework.commands.clear();
+    QSignalSpy disconnected(f.plugin.get(), &PluginVoiceDesk::talkDisconnected);
+    f.event("TalkDisconnected", payload);
+    QVERIFY(f.plugin->talking());
+    QVERIFY(f.framework.commands.empty());
+    QCOMPARE(disconnected.count(), 0);
+}
+
+void TestTalkSession::emptyTokenIsAToken()
+{
+    PluginFixture f;
+    f.reply("StartTalk", "0", QVariantMap());
+    QSignalSpy disconnected(f.plugin.get(), &PluginVoiceDesk::talkDisconnected);
+    f.event("TalkDisconnected", PluginFixture::disconnected(""));
+    QCOMPARE(disconnected.count(), 1);
+}
+
+void TestTalkSession::microphoneVolumeLimits_data()
+{
+    QTest::addColumn<int>("given");
+    QTest::addColumn<qint64>("passed");
+    QTest::newRow("below") << -5 << qint64{0};
+    QTest::newRow("lowest") << 0 << qint64{0};
+    QTest::newRow("inside") << 30 << qint64{30};
+    QTest::newRow("highest") << 100 << qint64{100};
+    QTest::newRow("above") << 101 << qint64{100};
+    QTest::newRow("smallest int") << std::numeric_limits<int>::min() << qint64{0};
+    QTest::newRow("largest int") << std::numeric_limits<int>::max() << qint64{100};
+}
+
+void TestTalkSession::microphoneVolumeLimits()
+{
+    QFETCH(int, given);
+    QFETCH(qint64, passed);
+    PluginFixture f;
+    f.plugin->startAudioCapture();
+    f.plugin->setMicVolume(given);
+    const auto call = FakeFrameSmith::calls().back();
+    QCOMPARE(call.function, QStringLiteral("FrameSmith_UpdateChannelSettings"));
+    QCOMPARE(call.arguments, (std::vector<qint64>{1, passed, 0}));
+}
+
+void TestTalkSession::volumeAndMuteWithoutATalk()
+{
+    PluginFixture f;
+    f.plugin->setMicVolume(70);
+    f.plugin->setMicMute(true);
+    FakeFrameSmith::clearCalls();
+    f.plugin->startTalk("cam", "");
+    QCOMPARE(FakeFrameSmith::calls()[1].arguments, (std::vector<qint64>{1, 70, 0}));
+    QCOMPARE(FakeFrameSmith::calls()[2].arguments, (std::vector<qint64>{6, 1, 0}));
+}
+
+void TestTalkSession::setTalkingEmitsChangesOnly()
+{
+    PluginFixture f;
+    QSignalSpy changed(f.plugin.get(), &PluginVoiceDesk::talkingChanged);
+    f.reply("StartTalk", "0", reply("a"));
+    f.reply("StartTalk", "0", reply("b"));
+    QCOMPARE(changed.count(), 1);
+    f.plugin->stopTalk();
+    f.plugin->stopTalk();
+    QCOMPARE(changed.count(), 2);
+}
+
+void TestTalkSession::forcedTalkingStopsCapture()
+{
+    PluginFixture f;
+    f.plugin->startAudioCapture();
+    f.plugin->tst_setTalking(true);
+    FakeFrameSmith::clearCalls();
+    QVERIFY(f.plugin->stopTalk());
+    QVERIFY(FakeFrameSmith::functions().contains("FrameSmith_StopAudioCapture"));
+    QVERIFY(f.framework.commands.empty());
+    QVERIFY(!f.plugin->talking());
+}
+
+void TestTalkSession::setTalkTargetListSwaps()
+{
+    PluginFixture f;
+    f.openCameraTalk("t");
+    QList<QVariant> other{QVariantMap{{"talkToken", "x"}}};
+    const QList<QVariant> before = f.plugin->getTalkTargetList();
+    const QList<QVariant> after = other;
+    QSignalSpy changed(f.plugin.get(), &PluginVoiceDesk::talkingChanged);
+    f.plugin->setTalkTargetList(other);
+    QCOMPARE(other, before);
+    QCOMPARE(f.plugin->getTalkTargetList(), after);
+    QList<QVariant> empty;
+    f.plugin->setTalkTargetList(empty);
+    QVERIFY(f.plugin->talking()); // not derived from the list
+    QCOMPARE(changed.count(), 0);
+}
+
+void TestTalkSession::replacedWrapperIsUsedAndReleased()
+{
+    PluginFixture f;
+    FakeFrameSmith::clearCalls();
+    const auto wrapper = QSharedPointer<FrameSmithWrapper>::create();
+    f.plugin->setFrameSmithWrapper(wrapper);
+    QVERIFY(FakeFrameSmith::functions().contains("FrameSmith_Release")); // the old one's end
+    f.plugin->startTalk("cam", "");
+    QVERIFY(wrapper->AudioCapturing());
+}
+
+void TestTalkSession::secondStartAfterAFailedStart()
+{
+    PluginFixture f;
+    FakeFrameSmith::fail("FrameSmith_StartAudioCapture", -5);
+    QVERIFY(!f.plugin->startTalk("cam", ""));
+    FakeFrameSmith::fail("FrameSmith_StartAudioCapture", 0);
+    QVERIFY(f.plugin->startTalk("cam", ""));
+    QCOMPARE(f.framework.names(), QStringList{"StartTalk"});
+}
+
+QTEST_GUILESS_MAIN(TestTalkSession)
+#include "tst_talksession.moc"
