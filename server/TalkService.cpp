@@ -23,6 +23,15 @@ QString makeToken()
     return token;
 }
 
+std::optional<QByteArray> decodePacket(const QString& text)
+{
+    if (text.size() > maxTalkDataText) {
+        return std::nullopt;
+    }
+    auto result = QByteArray::fromBase64Encoding(text.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    return result ? std::optional(std::move(result.decoded)) : std::nullopt;
+}
+
 ServerReply refuse(const QString& returnCode, const QString& errorText)
 {
     return {returnCode, QVariant(), errorText};
@@ -88,10 +97,7 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
     const QString targets = request.value(QStringLiteral("targets")).toString();
     const QString talkData = request.value(QStringLiteral("talkData")).toString();
     const auto tokens = targets.size() <= maxTargetsText ? parseTalkDestinations(targets) : std::nullopt;
-    const auto packet =
-        talkData.size() <= maxTalkDataText
-            ? QByteArray::fromBase64Encoding(talkData.toLatin1(), QByteArray::AbortOnBase64DecodingErrors)
-            : QByteArray::FromBase64Result{};
+    const auto packet = decodePacket(talkData);
     if (!tokens || tokens->isEmpty() || !packet) {
         return refuse(ReturnCode::malformedRequest, QStringLiteral("not a talk packet"));
     }

@@ -70,9 +70,11 @@ QByteArray PulseServer::control(const QStringList& arguments) const
 
 std::unique_ptr<QProcess> PulseServer::speak(const QString& wavFile) const
 {
+    // Without a wish for less, a null sink works in steps of two seconds.
     auto paplay = std::make_unique<QProcess>();
     paplay->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    paplay->start(QStringLiteral("paplay"), {QStringLiteral("--device=mic"), wavFile});
+    paplay->start(QStringLiteral("paplay"),
+                  {QStringLiteral("--device=mic"), QStringLiteral("--latency-msec=20"), wavFile});
     paplay->waitForStarted();
     return paplay;
 }

@@ -1,0 +1,377 @@
+#include "PacketHeader.h"
+#include "RecordingServer.h"
+#include "ServerSession.h"
+#include "WavFiles.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+class TestRecordingServer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void answersLaterAndOnce();
+    void unknownCommands();
+    void silentServerAnswersNothing();
+    void talkIsRecorded();
+    void lostPacketsAreSilence();
+    void absurdPositionsAreIgnored();
+    void refusals_data();
+    void refusals();
+    void badTalkData_data();
+    void badTalkData();
+    void severalTargets();
+    void talksOfOthersAreClosed();
+    void sessionThatGoesAway();
+    void pendingReplyOfASessionThatGoesAway();
+    void droppedCamera();
+    void unwritableFolder();
+    void cameraNamesMakeSafeFiles();
+    void recordingIsCompleteAtAnyMoment();
+
+private:
+    struct Answer
+    {
+        QString command;
+        void* userData;
+        ServerReply reply;
+    };
+
+    ServerReply ask(const QString& command, const QVariant& payload);
+    QString openTalk(const QString& camera = QStringLiteral("cam"), const QString& relay = QString());
+    QVariantMap talk(const QString& targets, const QByteArray& packet);
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<RecordingServer> m_server;
+    std::unique_ptr<ServerSession> m_session;
+    std::vector<Answer> m_answers;
+    QList<QPair<QString, QVariant>> m_events;
+};
+
+namespace {
+
+QByteArray packet(std::uint32_t position, const QByteArray& bitstream)
+{
+    framesmith::PacketHeader header;
+    header.channels = 1;
+    header.streamType = 8192;
+    header.sampleRate = 8000;
+    header.position = position;
+    const auto bytes = header.toBytes();
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +
+           bitstream;
+}
+
+QString dest(const QString& token)
+{
+    return QStringLiteral("<Dest>") + token + QStringLiteral("</Dest>");
+}
+
+const QByteArray silentPacket(640, '\xFF');
+
+} // namespace
+
+void TestRecordingServer::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    ServerConfig config;
+    config.cameras = {{"cam", "Gate", true, 0}, {"../x y", "Odd id", true, 0}, {"off", "Park", false, 0}};
+    config.cameras.push_back({"drops", "Weak", true, 2});
+    config.recordingDirectory = m_folder->filePath("sub/recordings");
+    m_server = std::make_unique<RecordingServer>(config);
+    m_session = std::make_unique<ServerSession>(*m_server);
+    m_answers.clear();
+    m_events.clear();
+    connect(m_session.get(), &ServerSession::replied, this,
+            [this](const QString& command, void* userData, const ServerReply& reply) {
+                m_answers.push_back({command, userData, reply});
+            });
+    connect(m_session.get(), &ServerSession::eventRaised, this,
+            [this](const QString& event, const QVariant& payload) {
+                m_events.append({event, payload});
+            });
+}
+
+void TestRecordingServer::cleanup()
+{
+    m_session.reset();
+    m_server.reset();
+}
+
+ServerReply TestRecordingServer::ask(const QString& command, const QVariant& payload)
+{
+    m_answers.clear();
+    m_session->submit(command, payload, nullptr);
+    QCoreApplication::processEvents();
+    return m_answers.size() == 1 ? m_answers[0].reply : ServerReply{"no single answer", {}, {}};
+}
+
+QString TestRecordingServer::openTalk(const QString& camera, const QString& relay)
+{
+    const ServerReply reply = ask("StartTalk", QVariantMap{{"camId", camera}, {"relayPath", relay}});
+    return reply.result.toMap()["talkToken"].toString();
+}
+
+QVariantMap TestRecordingServer::talk(const QString& targets, const QByteArray& bytes)
+{
+    return {{"targets", targets}, {"sequence", 1U}, {"talkData", QString::fromLatin1(bytes.toBase64())}};
+}
+
+void TestRecordingServer::answersLaterAndOnce()
+{
+    int first = 0;
+    int second = 0;
+    m_session->submit("StartTalk", QVariantMap{{"camId", "cam"}}, &first);
+    m_session->submit("StartTalk", QVariantMap{{"camId", "nobody"}}, &second);
+    QVERIFY(m_answers.empty());
+    QCoreApplication::processEvents();
+    QCOMPARE(m_answers.size(), std::size_t{2});
+    QCOMPARE(m_answers[0].command, QStringLiteral("StartTalk"));
+    QCOMPARE(m_answers[0].userData, &first);
+    QCOMPARE(m_answers[0].reply.returnCode, QStringLiteral("0"));
+    QCOMPARE(m_answers[1].userData, &second);
+    QCOMPARE(m_answers[1].reply.returnCode, ReturnCode::noSuchCamera);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_answers.size(), std::size_t{2});
+}
+
+void TestRecordingServer::unknownCommands()
+{
+    for (const char* command : {"GetAudioFile", "starttalk", "", "AlarmPlayIPAudio"}) {
+        const ServerReply reply = ask(command, QVariant());
+        QCOMPARE(reply.returnCode, ReturnCode::unknownCommand);
+        QVERIFY(reply.errorText.contains(command));
+    }
+}
+
+void TestRecordingServer::silentServerAnswersNothing()
+{
+    ServerConfig config = m_server->config();
+    config.answers = false;
+    RecordingServer server(config);
+    ServerSession session(server);
+    int answers = 0;
+    connect(&session, &ServerSession::replied, this, [&answers] { ++answers; });
+    session.submit("StartTalk", QVariantMap{{"camId", "cam"}}, nullptr);
+    QCoreApplication::processEvents();
+    QCOMPARE(answers, 0);
+}
+
+void TestRecordingServer::talkIsRecorded()
+{
+    const ServerReply reply = ask("StartTalk", QVariantMap{{"camId", "cam"}, {"relayPath", "relay/2"}});
+    QCOMPARE(reply.returnCode, ReturnCode::success);
+    const QVariantMap result = reply.result.toMap();
+    QCOMPARE(result["camId"].toString(), QStringLiteral("cam"));
+    QCOMPARE(result["relayPath"].toString(), QStringLiteral("relay/2"));
+    const QString token = result["talkToken"].toString();
+    QVERIFY(QRegularExpression("^[0-9a-f]{32}$").match(token).hasMatch());
+
+    const auto samples = WavFiles::sine(300, 0.6, 0.4, 8000);
+    const QByteArray encoded = WavFiles::toMuLaw(samples);
+    for (int i = 0; i < 5; ++i) {
+        const QByteArray bytes =
+            packet(static_cast<std::uint32_t>(1000 + i * 640), encoded.mid(i * 640, 640));
+        QCOMPARE(ask("TalkData", talk("<Dest>relay/2/" + token + "</Dest>", bytes)).returnCode,
+                 ReturnCode::success);
+    }
+    QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}, {"relayPath", "relay/2"}}).returnCode,
+             ReturnCode::success);
+    QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, ReturnCode::noSuchTalk);
+    QCOMPARE(m_server->recordings().size(), 1);
+    QCOMPARE(QFileInfo(m_server->recordings()[0]).fileName(), QStringLiteral("cam-1.wav"));
+    int rate = 0;
+    QCOMPARE(WavFiles::read(m_server->recordings()[0], &rate), WavFiles::throughMuLaw(samples));
+    QCOMPARE(rate, 8000);
+}
+
+void TestRecordingServer::lostPacketsAreSilence()
+{
+    const QString token = openTalk();
+    const QByteArray loud(640, '\x80');
+    ask("TalkData", talk(dest(token), packet(0, loud)));
+    ask("TalkData", talk(dest(token), packet(1280, loud))); // one packet was lost
+    ask("StopTalk", QVariantMap{{"talkToken", token}});
+    const auto heard = WavFiles::read(m_server->recordings()[0]);
+    QCOMPARE(heard.size(), std::size_t{1920});
+    QVERIFY(heard[639] > 30000 && heard[1280] > 30000);
+    QCOMPARE(heard[640], std::int16_t{0});
+    QCOMPARE(heard[1279], std::int16_t{0});
+}
+
+void TestRecordingServer::absurdPositionsAreIgnored()
+{
+    const QString token = openTalk();
+    ask("TalkData", talk(dest(token), packet(4294967000U, silentPacket)));
+    ask("TalkData", talk(dest(token), packet(4294967000U + 640U, silentPacket))); // wraps: no gap
+    ask("TalkData", talk(dest(token), packet(0x80000000U, silentPacket)));        // days ahead
+    ask("TalkData", talk(dest(token), packet(0, silentPacket)));                  // and back
+    ask("StopTalk", QVariantMap{{"talkToken", token}});
+    QCOMPARE(WavFiles::read(m_server->recordings()[0]).size(), std::size_t{4 * 640});
+}
+
+void TestRecordingServer::refusals_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QVariant>("payload");
+    QTest::addColumn<QString>("code");
+    QTest::newRow("no such camera") << "StartTalk" << QVariant(QVariantMap{{"camId", "x"}})
+                                    << ReturnCode::noSuchCamera;
+    QTest::newRow("no camera") << "StartTalk" << QVariant() << ReturnCode::noSuchCamera;
+    QTest::newRow("offline") << "StartTalk" << QVariant(QVariantMap{{"camId", "off"}})
+                             << ReturnCode::cameraOffline;
+    QTest::newRow("stop without token") << "StopTalk" << QVariant() << ReturnCode::noSuchTalk;
+    QTest::newRow("stop of nothing") << "StopTalk" << QVariant(QVariantMap{{"talkToken", "x"}})
+                                     << ReturnCode::noSuchTalk;
+}
+
+void TestRecordingServer::refusals()
+{
+    QFETCH(QString, command);
+    QFETCH(QVariant, payload);
+    QFETCH(QString, code);
+    const ServerReply reply = ask(command, payload);
+    QCOMPARE(reply.returnCode, code);
+    QVERIFY(!reply.errorText.isEmpty());
+    QVERIFY(!reply.result.isValid());
+    QVERIFY(m_server->recordings().isEmpty());
+}
+
+void TestRecordingServer::badTalkData_data()
+{
+    QTest::addColumn<QString>("targets"); // TOKEN stands for the open talk's
+    QTest::addColumn<QString>("data");
+    QTest::addColumn<QString>("code");
+    const auto text = [](const QByteArray& bytes) { return QString::fromLatin1(bytes.toBase64()); };
+    const QString good = text(packet(0, silentPacket));
+    const QString target = dest("TOKEN");
+    QTest::newRow("good") << target << good << ReturnCode::success;
+    QTest::newRow("no bitstream") << target << text(packet(0, "")) << ReturnCode::success;
+    QTest::newRow("no target") << "" << good << ReturnCode::malformedRequest;
+    QTest::newRow("broken target") << "<Dest>TOKEN" << good << ReturnCode::malformedRequest;
+    QTest::newRow("unknown target") << dest("0123") << good << ReturnCode::noSuchTalk;
+    QTest::newRow("empty token") << dest("") << good << ReturnCode::noSuchTalk;
+    QTest::newRow("no Base64") << target << "!!!!" << ReturnCode::malformedRequest;
+    QTest::newRow("not Latin") << target << QString::fromUtf8("\xE2\x82\xAC") << ReturnCode::malformedRequest;
+    QTest::newRow("no packet") << target << "" << ReturnCode::badTalkPacket;
+    QTest::newRow("no header") << target << text(QByteArray(640, 'x')) << ReturnCode::badTalkPacket;
+    QTest::newRow("cut header") << target << text(packet(0, "").left(19)) << ReturnCode::badTalkPacket;
+    QTest::newRow("another codec") << target << text(packet(0, silentPacket).replace(8, 4, "\0\x40\0\0", 4))
+                                   << ReturnCode::badTalkPacket;
+    QTest::newRow("another rate") << target << text(packet(0, silentPacket).replace(12, 1, "x"))
+                                  << ReturnCode::badTalkPacket;
+    QTest::newRow("two channels") << target << text(packet(0, silentPacket).replace(6, 1, "\2"))
+                                  << ReturnCode::badTalkPacket;
+    QTest::newRow("huge packet") << target << text(packet(0, QByteArray(17000, 'x')))
+                                 << ReturnCode::badTalkPacket;
+    QTest::newRow("huge text") << target << QString(70000, 'A') << ReturnCode::malformedRequest;
+    QTest::newRow("huge targets") << QString(2000000, '<') << good << ReturnCode::malformedRequest;
+}
+
+void TestRecordingServer::badTalkData()
+{
+    QFETCH(QString, targets);
+    QFETCH(QString, data);
+    QFETCH(QString, code);
+    const QString token = openTalk();
+    targets.replace("TOKEN", token);
+    QCOMPARE(ask("TalkData", QVariantMap{{"targets", targets}, {"talkData", data}}).returnCode, code);
+    // The talk is still good.
+    QCOMPARE(ask("TalkData", talk(dest(token), packet(0, silentPacket))).returnCode, ReturnCode::success);
+}
+
+void TestRecordingServer::severalTargets()
+{
+    const QString first = openTalk();
+    const QString second = openTalk();
+    QVERIFY(first != second);
+    QCOMPARE(
+        ask("TalkData", talk(dest(first) + dest("x") + dest(second), packet(0, silentPacket))).returnCode,
+        ReturnCode::noSuchTalk); // one is unknown; the others hear it all the same
+    m_session.reset();
+    QCOMPARE(m_server->recordings().size(), 2);
+    for (const QString& recording : m_server->recordings()) {
+        QCOMPARE(WavFiles::read(recording).size(), std::size_t{640});
+    }
+}
+
+void TestRecordingServer::talksOfOthersAreClosed()
+{
+    const QString token = openTalk();
+    ServerSession other(*m_server);
+    QStringList codes;
+    connect(&other, &ServerSession::replied, this,
+            [&codes](const QString&, void*, const ServerReply& reply) { codes << reply.returnCode; });
+    other.submit("TalkData", talk(dest(token), packet(0, silentPacket)), nullptr);
+    other.submit("StopTalk", QVariantMap{{"talkToken", token}}, nullptr);
+    QCoreApplication::processEvents();
+    QCOMPARE(codes, (QStringList{ReturnCode::noSuchTalk, ReturnCode::noSuchTalk}));
+    QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, ReturnCode::success);
+}
+
+void TestRecordingServer::sessionThatGoesAway()
+{
+    const QString token = openTalk();
+    m_session = std::make_unique<ServerSession>(*m_server);
+    m_answers.clear();
+    connect(m_session.get(), &ServerSession::replied, this,
+            [this](const QString& command, void* userData, const ServerReply& reply) {
+                m_answers.push_back({command, userData, reply});
+            });
+    QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, ReturnCode::noSuchTalk);
+}
+
+void TestRecordingServer::pendingReplyOfASessionThatGoesAway()
+{
+    m_session->submit("StartTalk", QVariantMap{{"camId", "cam"}}, nullptr);
+    m_session.reset();
+    QCoreApplication::processEvents();
+    QVERIFY(m_answers.empty());
+}
+
+void TestRecordingServer::droppedCamera()
+{
+    const QString token = openTalk("drops");
+    ask("TalkData", talk(dest(token), packet(0, silentPacket)));
+    QVERIFY(m_events.isEmpty());
+    m_session->submit("TalkData", talk(dest(token), packet(640, silentPacket)), nullptr);
+    QVERIFY(m_events.isEmpty()); // later, like a reply
+    QCoreApplication::processEvents();
+    QCOMPARE(m_events.size(), 1);
+    QCOMPARE(m_events[0].first, QStringLiteral("TalkDisconnected"));
+    QCOMPARE(m_events[0].second, QVariant(QVariantMap{{"TalkDisconnected", QVariantMap{{"Token", token}}}}));
+    QCOMPARE(ask("TalkData", talk(dest(token), packet(0, silentPacket))).returnCode, ReturnCode::noSuchTalk);
+}
+
+void TestRecordingServer::unwritableFolder()
+{
+    QFile file(m_folder->filePath("sub"));
+    QVERIFY(file.open(QIODevice::WriteOnly)); // a file where the folder should be
+    QCOMPARE(ask("StartTalk", QVariantMap{{"camId", "cam"}}).returnCode, ReturnCode::storageFailed);
+    QVERIFY(m_server->recordings().isEmpty());
+}
+
+void TestRecordingServer::cameraNamesMakeSafeFiles()
+{
+    openTalk("../x y");
+    QCOMPARE(QFileInfo(m_server->recordings()[0]).fileName(), QStringLiteral("___x_y-1.wav"));
+}
+
+void TestRecordingServer::recordingIsCompleteAtAnyMoment()
+{
+    const QString token = openTalk();
+    for (std::uint32_t i = 1; i <= 3; ++i) {
+        ask("TalkData", talk(dest(token), packet((i - 1) * 640, silentPacket)));
+        QCOMPARE(WavFiles::read(m_server->recordings()[0]).size(), std::size_t{i * 640});
+    }
+}
+
+QTEST_GUILESS_MAIN(TestRecordingServer)
+#include "tst_recordingserver.moc"
