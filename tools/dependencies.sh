@@ -1,0 +1,56 @@
+# What run and test install with apt; sourced by them.
+
+runtime_packages=(
+    libqt5multimedia5-plugins
+)
+
+build_packages=(
+    g++ cmake ninja-build pkg-config
+    qtbase5-dev qtmultimedia5-dev
+    libavcodec-dev libavutil-dev libswresample-dev
+    libsndfile1-dev libboost-dev
+)
+
+test_packages=(
+    qtdeclarative5-dev qml-module-qtqml clang-format
+    pulseaudio pulseaudio-utils
+)
+
+# Installs the packages given that are missing.
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
+    echo "== Installing ${missing[*]}"
+    command -v apt-get >/dev/null || {
+        echo "This is no Debian system. Install by hand: ${missing[*]}" >&2
+        return 1
+    }
+    local sudo=()
+    if ((EUID != 0)); then
+        command -v sudo >/dev/null || {
+            echo "Run as root or install sudo: packages are missing (${missing[*]})." >&2
+            return 1
+        }
+        sudo=(sudo)
+    fi
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq &&
+        "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+            "${missing[@]}" >/dev/null || {
+        echo "apt-get failed. Check the network and the package sources, then run this again." >&2
+        return 1
+    }
+}
+
+# Configures and builds a preset, with the build tool's progress.
+build_preset() {
+    echo "== Building ($1)"
+    cmake --preset "$1" "${@:2}" >"/tmp/voicedesk-configure-$1-$$.log" 2>&1 || {
+        cat "/tmp/voicedesk-configure-$1-$$.log" >&2
+        return 1
+    }
+    rm -f "/tmp/voicedesk-configure-$1-$$.log"
+    cmake --build --preset "$1"
+}
