@@ -1,5 +1,6 @@
 #include <PluginBase.h>
 
+#include <QFileInfo>
 #include <QJsonObject>
 #include <QPluginLoader>
 #include <QProcess>
@@ -28,6 +29,10 @@ QStringList runProbe(const QString& plugin, const QString& logFile)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("TRELLOG_LEVEL", "5");
     environment.insert("TRELLOG_FILE", logFile);
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    // The sanitizer calls the loader in our place, which then does not see our library's own search path.
+    environment.insert("LD_LIBRARY_PATH", QFileInfo(plugin).path());
+#endif
     probe.setProcessEnvironment(environment);
     probe.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     probe.start(QStringLiteral(PROBE_DIR "/plugin_probe"), {plugin});

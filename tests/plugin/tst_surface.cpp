@@ -249,5 +249,5 @@ void TestSurface::laterOperationsDoNotPretend()
     QVERIFY(f.framework.commands.empty());
 }
 
-QTEST_MAIN(TestSurface)
+QTEST_GUILESS_MAIN(TestSurface)
 #include "tst_surface.moc"

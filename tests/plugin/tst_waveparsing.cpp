@@ -73,6 +73,8 @@ void TestWaveParsing::init()
     m_path = m_folder->filePath(QStringLiteral("sound \u00e9.wav"));
     m_wrapper = std::make_unique<FrameSmithWrapper>();
     FakeFrameSmith::clearCalls();
+    std::free(m_packet.Buffer);
+    m_packet.Buffer = nullptr;
 }
 
 void TestWaveParsing::makeFile(int head, int samples, int tail, std::uint32_t sampleRate)

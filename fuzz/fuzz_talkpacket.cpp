@@ -1,0 +1,15 @@
+// Any bytes as a talk packet at the server.
+
+#include "PacketDecoder.h"
+
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static PacketDecoder decoder;
+    const auto talk = decoder.decode(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
+    if (talk && talk->samples.size() + 20 != size) {
+        std::abort();
+    }
+    return 0;
+}
