@@ -2,8 +2,9 @@
 
 find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Multimedia)
 find_package(Threads REQUIRED)
-find_package(Boost 1.71 REQUIRED)
+find_package(Boost 1.71 REQUIRED COMPONENTS thread)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(AVCODEC REQUIRED IMPORTED_TARGET libavcodec libavutil)
 pkg_check_modules(SWRESAMPLE REQUIRED IMPORTED_TARGET libswresample libavutil)
+pkg_check_modules(SWSCALE REQUIRED IMPORTED_TARGET libswscale libavutil)
 pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -25,6 +26,79 @@ constexpr std::array<CharacterPair, 4096> makePairs()
 }
 
 constexpr std::array<CharacterPair, 4096> pairs = makePairs();
+
+constexpr std::uint32_t endsGroup = 1U << 31U;
+
+/** Values of the characters, shifted to the place in their group; "=" has the mark where it ends a group. */
+constexpr std::array<std::uint32_t, 256> makeValues(unsigned shift, bool mayEndGroup)
+{
+    std::array<std::uint32_t, 256> values{};
+    for (std::uint32_t value = 0; value < 64; ++value) {
+        values[static_cast<unsigned char>(alphabet[value])] = value << shift;
+    }
+    values[static_cast<unsigned char>('=')] = mayEndGroup ? endsGroup : 0;
+    return values;
+}
+
+constexpr std::array<std::uint32_t, 256> firstValues = makeValues(18, false);
+constexpr std::array<std::uint32_t, 256> secondValues = makeValues(12, false);
+constexpr std::array<std::uint32_t, 256> thirdValues = makeValues(6, true);
+constexpr std::array<std::uint32_t, 256> fourthValues = makeValues(0, true);
+
+/** Text and output of a decoding that goes character by character. */
+class GroupDecoder
+{
+public:
+    GroupDecoder(const unsigned char* in, unsigned left, unsigned char* out, unsigned room)
+        : m_in(in), m_left(left), m_out(out), m_room(room)
+    {
+    }
+
+    void decodeGroup()
+    {
+        std::uint32_t bits = firstValues[take()];
+        bits |= secondValues[take()];
+        put(bits >> 16U);
+        if (peek() != '=') {
+            bits |= thirdValues[take()];
+            put(bits >> 8U);
+            if (peek() != '=') {
+                bits |= fourthValues[take()];
+                put(bits);
+            }
+        }
+    }
+
+    const unsigned char* in() const { return m_in; }
+    unsigned left() const { return m_left; }
+    unsigned char* out() const { return m_out; }
+    unsigned room() const { return m_room; }
+
+private:
+    unsigned char peek() const { return m_left > 0 ? *m_in : 0; }
+
+    unsigned char take()
+    {
+        if (m_left == 0) {
+            return 0;
+        }
+        --m_left;
+        return *m_in++;
+    }
+
+    void put(std::uint32_t byte)
+    {
+        if (m_room > 0) {
+            --m_room;
+            *m_out++ = static_cast<unsigned char>(byte);
+        }
+    }
+
+    const unsigned char* m_in;
+    unsigned m_left;
+    unsigned char* m_out;
+    unsigned m_room;
+};
 
 } // namespace
 
@@ -51,4 +125,41 @@ int Base64Encode(const unsigned char* in, unsigned inLength, char* out, unsigned
         written += 4;
     }
     return static_cast<int>(written);
+}
+
+unsigned Base64Decode(const char* in, unsigned inLength, unsigned char* out, unsigned outCapacity)
+{
+    if (inLength / 4 * 3 > outCapacity) {
+        return std::numeric_limits<unsigned>::max();
+    }
+    if (inLength == 0) {
+        return 0;
+    }
+    const auto* text = reinterpret_cast<const unsigned char*>(in);
+    unsigned left = inLength;
+    unsigned char* to = out;
+    unsigned room = outCapacity;
+    for (unsigned groups = (inLength - 1) / 4 + 1; groups > 0; --groups) {
+        if (left >= 4 && room >= 3) {
+            const std::uint32_t bits =
+                firstValues[text[0]] | secondValues[text[1]] | thirdValues[text[2]] | fourthValues[text[3]];
+            if ((bits & endsGroup) == 0) {
+                to[0] = static_cast<unsigned char>(bits >> 16U);
+                to[1] = static_cast<unsigned char>(bits >> 8U);
+                to[2] = static_cast<unsigned char>(bits);
+                text += 4;
+                left -= 4;
+                to += 3;
+                room -= 3;
+                continue;
+            }
+        }
+        GroupDecoder decoder(text, left, to, room);
+        decoder.decodeGroup();
+        text = decoder.in();
+        left = decoder.left();
+        to = decoder.out();
+        room = decoder.room();
+    }
+    return static_cast<unsigned>(to - out);
 }

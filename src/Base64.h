@@ -1,7 +1,7 @@
 #pragma once
 
 /**
- * Base64 (RFC 4648, clause 4): standard alphabet, "=" padding, no line breaks.
+ * Encodes Base64 (RFC 4648, clause 4): standard alphabet, "=" padding, no line breaks.
  *
  * @param in          inLength bytes
  * @param inLength    bytes to encode
@@ -17,3 +17,14 @@ constexpr unsigned Base64EncodeCapacity(unsigned inLength)
 {
     return inLength / 3 * 4 + 4;
 }
+
+/**
+ * Decodes Base64 text without looking for errors: a character outside of the alphabet counts as "A", and so
+ * does one that is missing at the end of the last group. "=" ends a group in its third and fourth place.
+ *
+ * @param in          inLength characters
+ * @param out         room for outCapacity bytes
+ * @param outCapacity at least inLength / 4 * 3, the quotient rounded down; bytes beyond it are not written
+ * @return bytes written; 4294967295, and nothing written, when the capacity is too small
+ */
+unsigned Base64Decode(const char* in, unsigned inLength, unsigned char* out, unsigned outCapacity);

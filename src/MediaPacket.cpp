@@ -79,7 +79,7 @@ MediaPacketPtr makeMediaPacket(const TMediaDataPacketInfo& record)
     const std::size_t gap = (alignment - unaligned % alignment) % alignment;
     std::uint8_t* bitstream = end + gap + record.Offset;
     // The padding starts inside the last word of the bitstream, so it is cleared before the bitstream comes.
-    std::uint8_t* padding = bitstream + record.BitstreamSize / 4 * 4;
+    std::uint8_t* padding = bitstream + std::size_t{record.BitstreamSize / 4} * 4;
     std::memset(padding, 0, paddingSize);
     packet->Buffer = bitstream - record.Offset;
     if (record.Buffer != nullptr) {

@@ -137,7 +137,9 @@ void PluginVoiceDesk::EventProcessor(QString event, qint64 /*time*/, int /*first
                                      QVariant payload, const QString& /*extra*/)
 {
     VOICEDESK_TRACE("PluginVoiceDesk::EventProcessor");
-    if (event == Vocabulary::TalkDisconnected) {
+    if (event == Vocabulary::AudioReceived) {
+        handleAudioReceived(payload);
+    } else if (event == Vocabulary::TalkDisconnected) {
         handleTalkDisconnected(payload);
     }
 }

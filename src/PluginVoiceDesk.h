@@ -2,6 +2,7 @@
 
 #include "FrameSmithWrapper.h"
 #include "VoiceDeskExport.h"
+#include "playback/AudioRenderer.h"
 
 #include <PluginBase.h>
 
@@ -21,8 +22,9 @@
  *   front end (QML) -- invokables --> [requests] -- SendCommand --> host --> server
  *   front end (QML) <--- signals --- [handlers] <-- CommandProcessor, EventProcessor -- host <-- server
  *   microphone -- audioCaptured --> handleAudioCapture -- TalkData --> server
+ *   server -- AudioReceived --> handleAudioReceived --> AudioRenderer --> loudspeaker
  *
- * Requests stand in PluginVoiceDesk_Reqs.cpp, the talk's way out in PluginVoiceDesk_Talk.cpp. A request
+ * Requests stand in PluginVoiceDesk_Reqs.cpp, the talk in PluginVoiceDesk_Talk.cpp. A request
  * checks nothing and changes nothing locally: a true result says only that the host accepted the command.
  * Handlers change state on the return code "0" alone, and answer with a signal.
  *
@@ -178,6 +180,7 @@ private:
     void handleSendTalkData(QVariant result, void* userData, QString returnCode, QString errorCode, bool,
                             const QString&);
     void handleTalkDisconnected(const QVariant& payload);
+    void handleAudioReceived(const QVariant& payload);
 
     QMap<QString, CommandHandler> m_commandHandlers; ///< By command; filled by Init.
     QSharedPointer<FrameSmithWrapper> m_frameSmithWrapper;
@@ -188,6 +191,7 @@ private:
     bool m_talkingFlag = false;
     bool m_audioInDevFlag = false;
     quint32 m_talkSequence = 0;   ///< Number of the last TalkData since the last request of a talk.
+    AudioRenderer m_audioRenderer;
     QList<QVariant> m_audioFiles; ///< The audio files on the server, a QVariantMap each.
     int m_uploadAudioId = 0;      ///< Provisional id of the last upload; only ever decremented.
 };

@@ -1,8 +1,9 @@
-// The talk: its targets, the replies and events that open and close them, and the captured packets' way out.
+// The talk: its targets, the replies and events that open and close them, the packets' way out and in.
 //
 //   StartTalk, StartTalkToIPAudio --> handleStartTalk... --> m_talkTargetList
 //   TalkDisconnected --> handleTalkDisconnected --> stopTalk
 //   audioCaptured --> handleAudioCapture --> Base64Encode --> sendEncodeTalkData --> TalkData to all targets
+//   AudioReceived --> handleAudioReceived --> Base64Decode --> AudioRenderer
 
 #include "Base64.h"
 #include "PluginVoiceDesk.h"
@@ -13,6 +14,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -20,6 +23,11 @@ const QString success = QStringLiteral("0");
 
 // Holds the text of any packet of up to 1536 bytes, more than the capture format has, without an allocation.
 constexpr int encodedTextSize = 2049;
+
+// Bytes of a received packet that its text need not fill: larger than any real packet of any codec.
+constexpr quint64 maxUnfilledPacket = 1U << 20U;
+
+constexpr double receivedVolume = 100.0; // deliberate: outside of 0.0 to 1.0, which the output limits
 
 } // namespace
 
@@ -170,4 +178,38 @@ void PluginVoiceDesk::handleSendTalkData(QVariant /*result*/, void* /*userData*/
                                          QString /*errorCode*/, bool /*flag*/, const QString& /*extra*/)
 {
     // Deliberate: the reply is dropped, whatever it says.
+}
+
+void PluginVoiceDesk::handleAudioReceived(const QVariant& payload)
+{
+    const QVariantMap inner = payload.toMap().value(Vocabulary::AudioReceived).toMap();
+    if (!isTokenExists(inner.value(QStringLiteral("Token")).toString())) {
+        return;
+    }
+    const quint32 bitstreamSize = inner.value(QStringLiteral("BitstreamSize")).toUInt();
+    const quint32 offset = inner.value(QStringLiteral("Offset")).toUInt();
+    const std::string text = inner.value(QStringLiteral("AudioData")).toString().toStdString();
+    const quint64 packetSize = quint64{offset} + bitstreamSize;
+    if (packetSize > std::max<quint64>(maxUnfilledPacket, text.size())) {
+        return; // sizes that nobody has; the sum may not even fit 32 bits
+    }
+    // Deliberate: with one spare byte, the text of a packet of remainder 1 by 3 does not fit, and zero bytes
+    // are played in its place.
+    std::vector<unsigned char> buffer(packetSize + 1);
+
+    TMediaDataPacketInfo record{};
+    record.StreamType = inner.value(QStringLiteral("StreamType")).toUInt();
+    record.AudioSamplingFreq = inner.value(QStringLiteral("AudioSamplingFreq")).toUInt();
+    record.AudioChannelNum = static_cast<quint8>(inner.value(QStringLiteral("AudioChannelNum")).toUInt());
+    record.Offset = offset;
+    record.BitstreamSize = bitstreamSize;
+    record.FrameNumber = inner.value(QStringLiteral("FrameNumber")).toUInt();
+    record.Buffer = buffer.data();
+    Base64Decode(text.data(), static_cast<unsigned>(text.size()), buffer.data(),
+                 static_cast<unsigned>(buffer.size()));
+    const MediaPacketPtr packet = makeMediaPacket(record);
+
+    m_audioRenderer.SetAudioOn(true);
+    m_audioRenderer.SetVolume(receivedVolume);
+    m_audioRenderer.Play(packet, true);
 }

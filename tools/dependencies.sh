@@ -7,8 +7,8 @@ runtime_packages=(
 build_packages=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev qtmultimedia5-dev
-    libavcodec-dev libavutil-dev libswresample-dev
-    libsndfile1-dev libboost-dev
+    libavcodec-dev libavutil-dev libswresample-dev libswscale-dev
+    libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev
 )
 
 test_packages=(

@@ -16,8 +16,8 @@ namespace framesmith {
 
 namespace {
 
-constexpr std::size_t queueCapacity = 2 * PcmConverter::outputRate; // two seconds
-constexpr int reopenInterval = 1000;                                // ms
+constexpr std::size_t queueCapacity = std::size_t{2} * PcmConverter::outputRate; // two seconds
+constexpr int reopenInterval = 1000;                                             // ms
 
 QAudioFormat wantedFormat()
 {
@@ -151,7 +151,7 @@ MicrophoneSource::MicrophoneSource(QString deviceName)
 
 MicrophoneSource::~MicrophoneSource()
 {
-    stop();
+    MicrophoneSource::stop();
     m_thread->quit();
     m_thread->wait();
 }

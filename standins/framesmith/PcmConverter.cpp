@@ -35,7 +35,8 @@ PcmConverter::PcmConverter(SampleFormat format, int rate, int channels)
         return;
     }
     const AVSampleFormat input = toAvFormat(format);
-    m_bytesPerFrame = static_cast<std::size_t>(av_get_bytes_per_sample(input) * channels);
+    m_bytesPerFrame =
+        static_cast<std::size_t>(av_get_bytes_per_sample(input)) * static_cast<std::size_t>(channels);
     m_passThrough = format == SampleFormat::S16 && rate == outputRate && channels == 1;
     if (m_passThrough) {
         return;

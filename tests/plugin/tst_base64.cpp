@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <vector>
+
 class TestBase64 : public QObject
 {
     Q_OBJECT
@@ -14,6 +16,11 @@ private Q_SLOTS:
     void writesNoTerminator();
     void rfc4648Examples_data();
     void rfc4648Examples();
+    void decodesWhatQtEncodes();
+    void decodeExamples_data();
+    void decodeExamples();
+    void decodeRefusesTooSmallCapacity();
+    void decodeNeverWritesBeyondTheCapacity();
 };
 
 namespace {
@@ -25,6 +32,24 @@ QByteArray encode(const QByteArray& bytes)
     const int written = Base64Encode(reinterpret_cast<const unsigned char*>(bytes.constData()), size,
                                      text.data(), Base64EncodeCapacity(size));
     return text.left(written);
+}
+
+struct Decoded
+{
+    unsigned count = 0;
+    QByteArray room; ///< The whole output; untouched bytes are "?".
+};
+
+/** Decodes from a heap block of the text's exact size, so that the address sanitizer sees a read beyond it.
+ */
+Decoded decode(const QByteArray& text, unsigned capacity)
+{
+    const std::vector<char> exact(text.begin(), text.end());
+    std::vector<unsigned char> out(capacity, '?');
+    Decoded decoded;
+    decoded.count = Base64Decode(exact.data(), static_cast<unsigned>(exact.size()), out.data(), capacity);
+    decoded.room = QByteArray(reinterpret_cast<const char*>(out.data()), static_cast<int>(capacity));
+    return decoded;
 }
 
 } // namespace
@@ -93,6 +118,75 @@ void TestBase64::rfc4648Examples()
     QFETCH(QByteArray, bytes);
     QFETCH(QByteArray, text);
     QCOMPARE(encode(bytes), text);
+}
+
+void TestBase64::decodesWhatQtEncodes()
+{
+    QByteArray bytes;
+    for (int length = 0; length < 1600; ++length) {
+        const auto decoded = decode(bytes.toBase64(), static_cast<unsigned>(length) + 2);
+        QCOMPARE(decoded.count, static_cast<unsigned>(length));
+        QCOMPARE(decoded.room.left(length), bytes);
+        QCOMPARE(decoded.room.mid(length), QByteArray("??"));
+        bytes.append(static_cast<char>(length * 37 + 11));
+    }
+}
+
+void TestBase64::decodeExamples_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("nothing") << QByteArray() << QByteArray();
+    QTest::newRow("one group") << QByteArray("QUJD") << QByteArray("ABC");
+    QTest::newRow("whole alphabet")
+        << QByteArray("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
+        << QByteArray::fromBase64("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+    QTest::newRow("one padded") << QByteArray("QUI=") << QByteArray("AB");
+    QTest::newRow("two padded") << QByteArray("QQ==") << QByteArray("A");
+    // Any other character counts as "A", and "=" does so in the first two places of a group.
+    QTest::newRow("off the alphabet") << QByteArray("Q*J\n") << QByteArray::fromBase64("QAJA");
+    QTest::newRow("high bytes") << QByteArray("\xFF\x80\xC3\xBF") << QByteArray(3, '\0');
+    QTest::newRow("URL alphabet") << QByteArray("-_-_") << QByteArray(3, '\0');
+    QTest::newRow("equals signs only") << QByteArray("====") << QByteArray(1, '\0');
+    // What ends a group is not used up by it: the next group starts there.
+    QTest::newRow("padding inside") << QByteArray("QQ==QUJD") << QByteArray("A\0\x04\x14", 4);
+    // A group that the text cuts short is filled up with zeros.
+    QTest::newRow("one character") << QByteArray("Q") << QByteArray("@\0\0", 3);
+    QTest::newRow("two characters") << QByteArray("QQ") << QByteArray("A\0\0", 3);
+    QTest::newRow("three characters") << QByteArray("QUI") << QByteArray("AB\0", 3);
+    QTest::newRow("six characters") << QByteArray("QUJDRA") << QByteArray("ABCD\0\0", 6);
+}
+
+void TestBase64::decodeExamples()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, bytes);
+    const auto decoded = decode(text, 100);
+    QCOMPARE(decoded.count, static_cast<unsigned>(bytes.size()));
+    QCOMPARE(decoded.room.left(bytes.size()), bytes);
+    QCOMPARE(decoded.room.mid(bytes.size()), QByteArray(100 - bytes.size(), '?'));
+}
+
+void TestBase64::decodeRefusesTooSmallCapacity()
+{
+    const auto refused = decode(QByteArray(856, 'Q'), 641);
+    QCOMPARE(refused.count, 4294967295U);
+    QCOMPARE(refused.room, QByteArray(641, '?'));
+    QCOMPARE(decode(QByteArray(856, 'Q'), 642).count, 642U);
+    // The padding of a text is not looked at for this.
+    QCOMPARE(decode("QQ==", 2).count, 4294967295U);
+    QCOMPARE(decode("QQ==", 3).count, 1U);
+    QCOMPARE(decode("QUJ", 0).count, 0U);
+}
+
+void TestBase64::decodeNeverWritesBeyondTheCapacity()
+{
+    for (int length = 1; length < 40; ++length) {
+        const QByteArray text(length, 'Q');
+        const auto capacity = static_cast<unsigned>(length) / 4 * 3;
+        QCOMPARE(decode(text, capacity).count, capacity); // out is a block of just this size
+        QVERIFY(decode(QByteArray(length, '='), capacity).count <= capacity);
+    }
 }
 
 QTEST_APPLESS_MAIN(TestBase64)

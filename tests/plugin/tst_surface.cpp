@@ -126,7 +126,7 @@ void TestSurface::propertiesInOrder()
 void TestSurface::namesOfArguments()
 {
     const QMetaObject& meta = PluginVoiceDesk::staticMetaObject;
-    const auto names = [&meta](const char* signature) {
+    const auto names = [](const char* signature) {
         QByteArrayList list = meta.method(meta.indexOfMethod(signature)).parameterNames();
         return list.join(' ');
     };

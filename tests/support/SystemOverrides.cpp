@@ -9,6 +9,9 @@ QString productTypeText;
 int microphones = 0;
 int outputDevices = 0;
 int listings = 0;
+int listedOutputs = 0;
+QList<QAudioFormat> nearestFormats;
+QList<QAudioFormat> asked;
 
 } // namespace
 
@@ -30,6 +33,24 @@ void setOutputDevices(int count)
     outputDevices = count;
 }
 
+void setOutputFormats(const QList<QAudioFormat>& formats)
+{
+    outputDevices = formats.size();
+    nearestFormats = formats;
+    asked.clear();
+    listedOutputs = 0;
+}
+
+QList<QAudioFormat> askedFormats()
+{
+    return asked;
+}
+
+int outputListings()
+{
+    return listedOutputs;
+}
+
 int microphoneListings()
 {
     return listings;
@@ -46,9 +67,18 @@ QList<QAudioDeviceInfo> QAudioDeviceInfo::availableDevices(QAudio::Mode mode)
 {
     QList<QAudioDeviceInfo> devices;
     const int count = mode == QAudio::AudioInput ? microphones : outputDevices;
-    listings += mode == QAudio::AudioInput ? 1 : 0;
+    (mode == QAudio::AudioInput ? listings : listedOutputs) += 1;
     for (int i = 0; i < count; ++i) {
         devices.append(QAudioDeviceInfo());
     }
     return devices;
+}
+
+QAudioFormat QAudioDeviceInfo::nearestFormat(const QAudioFormat& format) const
+{
+    if (nearestFormats.isEmpty()) {
+        return QAudioFormat();
+    }
+    asked.append(format);
+    return nearestFormats.at((asked.size() - 1) % nearestFormats.size());
 }

@@ -1,0 +1,150 @@
+#include "AudioDevice.h"
+
+#include "StreamType.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::uint32_t fallbackFrameTime = 23; // ms
+constexpr std::int32_t ringTime = 500;          // ms
+
+/** Duration of a packet in ms, modulo 2^32; 0 where it can't be told. */
+std::uint32_t frameTime(const _TMediaDataPacketInfoV3& packet)
+{
+    constexpr std::uint32_t aacSamplesTimes1000 = 1024000;
+    switch (packet.StreamType) {
+    case StreamType::G7221:
+    case StreamType::Undecoded:
+    case StreamType::AmrNb:
+        return packet.FrameNumber * 20;
+    case StreamType::G729A:
+        return packet.FrameNumber * 10;
+    case StreamType::Aac:
+        return packet.AudioSamplingFreq == 0 ? 0 : aacSamplesTimes1000 / packet.AudioSamplingFreq;
+    case StreamType::G711MuLaw:
+    case StreamType::G711ALaw:
+        return packet.BitstreamSize * 8000 / 64000;
+    case StreamType::G726:
+        return packet.AudioBitRate == 0 ? 0 : packet.BitstreamSize * 8000 / packet.AudioBitRate;
+    default:
+        return fallbackFrameTime;
+    }
+}
+
+/** Packets that a ring holds. */
+std::size_t ringCapacity(const _TMediaDataPacketInfoV3& packet)
+{
+    auto time = static_cast<std::int32_t>(frameTime(packet));
+    if (time == 0) {
+        time = fallbackFrameTime;
+    }
+    return static_cast<std::size_t>(std::max(ringTime / time, 1));
+}
+
+} // namespace
+
+AudioDevice::AudioDevice(SwrConverter&& converter, const _TMediaDataPacketInfoV3* firstPacket)
+    : m_converter(std::move(converter)), m_streamType(firstPacket->StreamType),
+      m_sampleRate(firstPacket->AudioSamplingFreq), m_channels(firstPacket->AudioChannelNum)
+{
+    const std::size_t capacity = ringCapacity(*firstPacket);
+    m_pending.set_capacity(capacity);
+    m_reading.set_capacity(capacity);
+    open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
+AudioDevice::AudioDevice(const _TMediaDataPacketInfoV3& firstPacket)
+    : m_streamType(firstPacket.StreamType), m_sampleRate(firstPacket.AudioSamplingFreq),
+      m_channels(firstPacket.AudioChannelNum)
+{
+}
+
+AudioDevice::~AudioDevice()
+{
+    close();
+}
+
+bool AudioDevice::hasKeyOf(const _TMediaDataPacketInfoV3& packet) const
+{
+    return m_streamType == packet.StreamType && m_sampleRate == packet.AudioSamplingFreq &&
+           m_channels == packet.AudioChannelNum;
+}
+
+void AudioDevice::Push(const MediaPacketPtr& packet, bool dropWhenFull)
+{
+    if (!isOpen()) {
+        return;
+    }
+    boost::mutex::scoped_lock lock(m_mutex);
+    if (m_pending.full() && dropWhenFull) {
+        return; // deliberate: the newest packet goes, what is queued stays
+    }
+    while (m_pending.full()) {
+        m_condition.wait(lock);
+    }
+    m_pending.push_back(packet);
+}
+
+bool AudioDevice::PopFront(MediaPacketPtr& out)
+{
+    if (m_reading.empty()) {
+        {
+            const boost::mutex::scoped_lock lock(m_mutex);
+            if (m_pending.empty()) {
+                return false;
+            }
+            m_pending.swap(m_reading);
+        }
+        m_condition.notify_one();
+        // Deliberate, also for a capacity of 1, where nothing is ever played: a full ring means that the
+        // reader is 500 ms behind.
+        if (m_reading.full()) {
+            m_reading.clear();
+            return false;
+        }
+    }
+    out = std::move(m_reading.front());
+    m_reading.pop_front();
+    return true;
+}
+
+/** Puts the next packet's PCM, or silence for the wanted bytes, into the block. */
+void AudioDevice::refill(std::uint32_t wanted)
+{
+    m_blockPosition = 0;
+    MediaPacketPtr packet;
+    if (PopFront(packet)) {
+        std::uint32_t size = pcmBlockSize;
+        if (m_decoder.Decode(m_block.data(), &size, *packet) >= 0) {
+            m_blockLength = static_cast<std::uint32_t>(
+                m_converter.ConvertInPlace(m_block.data(), static_cast<int>(size)));
+            return;
+        }
+    }
+    m_blockLength = std::min<std::uint32_t>(wanted, pcmBlockSize);
+    std::memset(m_block.data(), 0, m_blockLength);
+}
+
+qint64 AudioDevice::readData(char* data, qint64 maxlen)
+{
+    qint64 done = 0;
+    while (done < maxlen) {
+        const qint64 wanted = maxlen - done;
+        if (m_blockPosition >= m_blockLength) {
+            refill(static_cast<std::uint32_t>(std::min<qint64>(wanted, pcmBlockSize)));
+        }
+        const auto count =
+            static_cast<std::uint32_t>(std::min<qint64>(m_blockLength - m_blockPosition, wanted));
+        std::memcpy(data + done, m_block.data() + m_blockPosition, count);
+        m_blockPosition += count;
+        done += count;
+    }
+    return maxlen;
+}
+
+qint64 AudioDevice::writeData(const char* /*data*/, qint64 /*len*/)
+{
+    return -1;
+}

@@ -1,0 +1,27 @@
+#include "AudioOutput.h"
+
+#include "AudioDevice.h"
+
+#include <QAudioOutput>
+
+AudioOutput::AudioOutput(const QAudioDeviceInfo& deviceInfo, const QAudioFormat& format, AudioDevice* device)
+    : m_deviceInfo(deviceInfo), m_format(format), m_device(device)
+{
+}
+
+AudioOutput::~AudioOutput()
+{
+    quit();
+    wait();
+}
+
+void AudioOutput::run()
+{
+    auto* output = new QAudioOutput(m_deviceInfo, m_format);
+    output->start(m_device);
+    m_audioOutput.store(output, std::memory_order_release);
+    exec();
+    output->stop();
+    delete output;
+    m_audioOutput.store(nullptr, std::memory_order_release);
+}

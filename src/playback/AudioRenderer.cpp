@@ -1,0 +1,135 @@
+#include "AudioRenderer.h"
+
+#include "AudioDevice.h"
+#include "AudioOutput.h"
+
+#include <QAudioDeviceInfo>
+#include <QAudioOutput>
+
+namespace {
+
+constexpr int sampleFormatS16 = 1; // numbering of SwrConverter
+
+const QString pcmCodec = QStringLiteral("audio/pcm");
+
+QAudioFormat formatOf(const _TMediaDataPacketInfoV3& packet)
+{
+    QAudioFormat format;
+    format.setSampleRate(static_cast<int>(packet.AudioSamplingFreq));
+    format.setChannelCount(packet.AudioChannelNum);
+    format.setSampleSize(16);
+    format.setCodec(pcmCodec);
+    format.setByteOrder(QAudioFormat::LittleEndian);
+    format.setSampleType(QAudioFormat::SignedInt);
+    return format;
+}
+
+/** The format in SwrConverter's numbering; -1 when it has none. */
+int sampleFormatOf(const QAudioFormat& format)
+{
+    const bool littleEndian = format.byteOrder() == QAudioFormat::LittleEndian;
+    switch (format.sampleType()) {
+    case QAudioFormat::SignedInt:
+        if (littleEndian && format.sampleSize() == 16) {
+            return sampleFormatS16;
+        }
+        return littleEndian && format.sampleSize() == 32 ? 2 : -1;
+    case QAudioFormat::UnSignedInt:
+        return format.sampleSize() == 8 ? 0 : -1;
+    case QAudioFormat::Float:
+        return littleEndian && format.sampleSize() == 32 ? 3 : -1;
+    default:
+        return -1;
+    }
+}
+
+} // namespace
+
+AudioRenderer::AudioRenderer() = default;
+
+AudioRenderer::~AudioRenderer() = default;
+
+AudioRenderer::State AudioRenderer::state() const
+{
+    if (!m_audioOn) {
+        return State::Off;
+    }
+    if (!m_device) {
+        return State::Armed;
+    }
+    return m_output ? State::Playing : State::MuteSink;
+}
+
+void AudioRenderer::closeDevice()
+{
+    m_output.reset();
+    m_device.reset();
+}
+
+void AudioRenderer::SetAudioOn(bool on)
+{
+    if (on == m_audioOn) {
+        return;
+    }
+    m_audioOn = on;
+    if (!on) {
+        closeDevice();
+    }
+}
+
+void AudioRenderer::SetVolume(double volume)
+{
+    if (m_output) {
+        applyVolume(volume);
+    } else {
+        m_volume = volume;
+    }
+}
+
+void AudioRenderer::applyVolume(double volume)
+{
+    QAudioOutput* output = m_output->audioOutput();
+    output->setVolume(volume);
+    m_volume = output->volume();
+}
+
+void AudioRenderer::Play(const boost::intrusive_ptr<_TMediaDataPacketInfoV3>& packet, bool dropWhenFull)
+{
+    if (!m_audioOn || !packet) {
+        return;
+    }
+    if (m_device && !m_device->hasKeyOf(*packet)) {
+        closeDevice();
+    }
+    if (!m_device) {
+        openDevice(*packet);
+    }
+    m_device->Push(packet, dropWhenFull);
+}
+
+void AudioRenderer::openDevice(const _TMediaDataPacketInfoV3& packet)
+{
+    const QAudioFormat desired = formatOf(packet);
+    // Deliberate: the first device that suits wins, whichever is the default one.
+    const QList<QAudioDeviceInfo> outputs = QAudioDeviceInfo::availableDevices(QAudio::AudioOutput);
+    for (const QAudioDeviceInfo& info : outputs) {
+        const QAudioFormat nearest = info.nearestFormat(desired);
+        if (nearest.codec() != pcmCodec) {
+            continue;
+        }
+        SwrConverter converter;
+        if (converter.Setup(sampleFormatOf(nearest), nearest.sampleRate(), nearest.channelCount(),
+                            sampleFormatS16, desired.sampleRate(), desired.channelCount()) < 0) {
+            continue;
+        }
+        m_device = std::make_unique<AudioDevice>(std::move(converter), &packet);
+        m_output = std::make_unique<AudioOutput>(info, nearest, m_device.get());
+        m_output->start(QThread::InheritPriority);
+        while (m_output->audioOutput() == nullptr) {
+            QThread::yieldCurrentThread();
+        }
+        applyVolume(m_volume);
+        return;
+    }
+    m_device = std::make_unique<AudioDevice>(packet);
+}

@@ -1,0 +1,57 @@
+#include "DecoderFactories.h"
+
+#include "DecoderIsolated_FFmpeg.h"
+
+extern "C" {
+#include <libavcodec/codec_id.h>
+}
+
+namespace {
+
+constexpr std::uint32_t amrSampleRate = 8000; // Hz
+constexpr std::uint32_t amrChannels = 1;
+constexpr int noCodedSampleSize = 0;
+
+} // namespace
+
+DecoderContext* CreateDecoder_AAC(std::uint32_t sampleRate, std::uint32_t channels)
+{
+    return CreateDecoderFFmpeg(AV_CODEC_ID_AAC, sampleRate, channels, noCodedSampleSize);
+}
+
+DecoderContext* CreateDecoder_AMR()
+{
+    return CreateDecoderFFmpeg(AV_CODEC_ID_AMR_NB, amrSampleRate, amrChannels, noCodedSampleSize);
+}
+
+DecoderContext* CreateDecoder_MuLaw(std::uint32_t sampleRate, std::uint32_t channels)
+{
+    return CreateDecoderFFmpeg(AV_CODEC_ID_PCM_MULAW, sampleRate, channels, noCodedSampleSize);
+}
+
+DecoderContext* CreateDecoder_ALaw(std::uint32_t sampleRate, std::uint32_t channels)
+{
+    return CreateDecoderFFmpeg(AV_CODEC_ID_PCM_ALAW, sampleRate, channels, noCodedSampleSize);
+}
+
+// The speech codecs that libavcodec is not used for have no engine yet: their packets are silence.
+
+DecoderContext* CreateDecoderSorvixG7221()
+{
+    return nullptr;
+}
+
+DecoderContext* CreateDecoderSorvixG729A()
+{
+    return nullptr;
+}
+
+DecoderContext* CreateDecoderG726Left(std::uint32_t /*bitRate*/)
+{
+    return nullptr;
+}
+
+DecoderContext* CreateDecoderG726Right(std::uint32_t /*bitRate*/)
+{
+    return nullptr;
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "DecoderContext.h"
+#include "Frame.h"
+
+#include <deque>
+
+extern "C" {
+#include <libavcodec/codec_id.h>
+}
+
+struct AVCodecContext;
+struct SwrContext;
+struct SwsContext;
+
+/**
+ * Decodes AAC, AMR narrow band, G.711 and pictures by libavcodec, on the caller's thread. Audio keeps its
+ * rate and channels; only the sample format is converted, to signed 16 bits.
+ *
+ *   chunk -- avcodec_send_packet --> codec -- avcodec_receive_frame --> m_decoded --> swr_convert --> PCM
+ *                                                                           '-------> sws_scale --> picture
+ */
+class DecoderIsolated_FFmpeg final : public DecoderContext
+{
+public:
+    /** @param context opened; owned from now on */
+    explicit DecoderIsolated_FFmpeg(AVCodecContext* context);
+
+    std::int32_t DecodeVideo(DecodedPicture* picture, std::uint32_t* state,
+                             const EncodedChunk* chunk) override;
+    std::int32_t DecodeAudio(std::uint8_t* pcm, std::uint32_t* size, const EncodedChunk* chunk) override;
+    void Release() override;
+    std::int32_t QueryFrame(DecodedPicture* picture, std::int32_t version) override;
+
+private:
+    using FramePool = QRNL::SDK::Utility::FrameQueue<Frame>;
+
+    ~DecoderIsolated_FFmpeg();
+
+    std::int32_t sendAndCollect(const EncodedChunk& chunk);
+    Frame* takeFront();
+    std::int32_t appendPcm(const Frame& frame, std::uint8_t* pcm, std::uint32_t room, std::uint32_t& written);
+    bool ensureResampler();
+    Frame* scaledPicture(const Frame& source);
+
+    AVCodecContext* m_context;
+    FramePool m_audioFrames;
+    SwsContext* m_scaler = nullptr;
+    SwrContext* m_resampler = nullptr;
+    FramePool m_pictureFrames;
+    std::uint64_t m_cachedLayout = 0; ///< What the resampler was built for.
+    std::int32_t m_cachedFormat = 0;
+    std::int32_t m_cachedRate = 0;
+    std::deque<Frame*> m_decoded; ///< Received and not yet consumed; each holds a reference.
+};
+
+/**
+ * Opens a decoder of libavcodec; null on failure.
+ *
+ * @param sampleRate         Hz; 0 where the codec finds out by itself
+ * @param channels           0 where the codec finds out by itself
+ * @param bitsPerCodedSample 0 for the codecs of this system
+ */
+DecoderContext* CreateDecoderFFmpeg(AVCodecID codec, std::uint32_t sampleRate, std::uint32_t channels,
+                                    int bitsPerCodedSample);

@@ -1,0 +1,63 @@
+#include "DecoderSlot.h"
+
+#include "DecoderFactories.h"
+#include "MediaPacket.h"
+#include "StreamType.h"
+
+#include <boost/mem_fn.hpp>
+
+namespace {
+
+DecoderContext* createDecoder(const _TMediaDataPacketInfoV3& packet)
+{
+    switch (packet.StreamType) {
+    case StreamType::G7221:
+        return CreateDecoderSorvixG7221();
+    case StreamType::G729A:
+        return CreateDecoderSorvixG729A();
+    case StreamType::Aac:
+        return CreateDecoder_AAC(packet.AudioSamplingFreq, packet.AudioChannelNum);
+    case StreamType::AmrNb:
+        return CreateDecoder_AMR();
+    case StreamType::G711MuLaw:
+        return CreateDecoder_MuLaw(packet.AudioSamplingFreq, packet.AudioChannelNum);
+    case StreamType::G711ALaw:
+        return CreateDecoder_ALaw(packet.AudioSamplingFreq, packet.AudioChannelNum);
+    case StreamType::G726:
+        return packet.AudioPackingMode != 0 ? CreateDecoderG726Left(packet.AudioBitRate)
+                                            : CreateDecoderG726Right(packet.AudioBitRate);
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+std::int32_t DecoderSlot::Decode(std::uint8_t* pcm, std::uint32_t* size,
+                                 const _TMediaDataPacketInfoV3& packet)
+{
+    ensureDecoder(packet);
+    if (!m_decoder) {
+        return -1;
+    }
+    const EncodedChunk chunk{packet.Buffer + packet.Offset, packet.BitstreamSize, packet.FrameNumber};
+    return m_decoder->DecodeAudio(pcm, size, &chunk);
+}
+
+void DecoderSlot::ensureDecoder(const _TMediaDataPacketInfoV3& packet)
+{
+    if (m_key.streamType == packet.StreamType && m_key.sampleRate == packet.AudioSamplingFreq &&
+        m_key.channels == packet.AudioChannelNum && m_key.bitRate == packet.AudioBitRate &&
+        m_key.packingMode == packet.AudioPackingMode) {
+        return;
+    }
+    m_decoder.reset();
+    m_key = Key{};
+    DecoderContext* decoder = createDecoder(packet);
+    if (decoder == nullptr) {
+        return; // tried again at the next packet
+    }
+    m_decoder.reset(decoder, boost::mem_fn(&DecoderContext::Release));
+    m_key = {packet.StreamType, packet.AudioSamplingFreq, packet.AudioChannelNum, packet.AudioBitRate,
+             packet.AudioPackingMode};
+}

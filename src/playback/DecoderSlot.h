@@ -1,0 +1,39 @@
+#pragma once
+
+#include "DecoderContext.h"
+#include "UniquePtr.h"
+
+#include <cstdint>
+
+struct _TMediaDataPacketInfoV3;
+
+/**
+ * The decoder of a stream, made at the first packet and replaced at any packet whose stream type, rate,
+ * channels, bit rate or packing differ from the packet's before. Used by one thread at a time.
+ */
+class DecoderSlot
+{
+public:
+    /**
+     * Decodes a packet to 16-bit little-endian interleaved samples.
+     *
+     * @param size in: room in @p pcm, bytes; out: bytes written, untouched on failure
+     * @return 0; negative on failure, also when no decoder suits the packet
+     */
+    std::int32_t Decode(std::uint8_t* pcm, std::uint32_t* size, const _TMediaDataPacketInfoV3& packet);
+
+private:
+    struct Key
+    {
+        std::uint32_t streamType = 0;
+        std::uint32_t sampleRate = 0;
+        std::uint8_t channels = 0;
+        std::uint32_t bitRate = 0;
+        std::uint8_t packingMode = 0;
+    };
+
+    void ensureDecoder(const _TMediaDataPacketInfoV3& packet);
+
+    QRNL::SDK::Utility::unique_ptr<DecoderContext> m_decoder;
+    Key m_key; ///< All zero while there is no decoder.
+};

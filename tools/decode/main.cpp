@@ -1,0 +1,14 @@
+#include "DecodeCommand.h"
+
+#include <QCoreApplication>
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    av_log_set_level(AV_LOG_QUIET); // a bad packet is named by this program
+    return runDecodeCommand(QCoreApplication::arguments());
+}
