@@ -45,6 +45,7 @@ PluginHost::PluginHost(ServerLink& link) : m_link(link)
                 }
             });
     connect(&m_link, &ServerLink::eventRaised, this, [this](const QString& event, const QVariant& payload) {
+        Q_EMIT eventArrived(event, payload);
         if (m_plugin != nullptr) {
             m_plugin->EventProcessor(event, 0, 0, 0, payload, QString());
         }

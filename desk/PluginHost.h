@@ -50,6 +50,9 @@ Q_SIGNALS:
     /** A reply came, before the plug-in sees it. */
     void replyArrived(const QString& command, const QString& returnCode, const QString& errorText);
 
+    /** An event came, before the plug-in sees it. */
+    void eventArrived(const QString& event, const QVariant& payload);
+
 private:
     void reservedOperation() override {}
     bool SendCommand(void* pluginHandle, const QString& pluginId, const QString& command,

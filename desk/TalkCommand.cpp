@@ -1,6 +1,7 @@
 #include "TalkCommand.h"
 
 #include "InterruptFlag.h"
+#include "TalkSummary.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -8,12 +9,15 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
 
-constexpr int tickInterval = 100; // ms
-constexpr double fileTail = 0.3;  // s; lets the last packets of a file out
+constexpr int tickInterval = 100;     // ms
+constexpr double fileTail = 0.3;      // s; lets the last packets of a file out
+constexpr double echoTail = 1.0;      // s; lets the last of an echo be heard
+constexpr int recorderTimeout = 5000; // ms
 
 /** Length of a sound file in seconds; negative when it cannot be read. */
 double soundFileDuration(const QString& path)
@@ -39,6 +43,10 @@ TalkCommand::TalkCommand(TalkOptions options)
                     m_refusal = QStringLiteral("%1 (code %2)").arg(errorText, returnCode);
                 }
             });
+    connect(&m_host, &PluginHost::eventArrived, &m_monitor, &TalkMonitor::eventArrived);
+    m_recorderTimer.setSingleShot(true);
+    connect(&m_recorderTimer, &QTimer::timeout, this, &TalkCommand::begin);
+    connect(&m_recorder, &OutputRecorder::started, this, &TalkCommand::begin);
     m_answerTimer.setSingleShot(true);
     connect(&m_answerTimer, &QTimer::timeout, this, [this] {
         end(ExitNoAnswer, QStringLiteral("The server did not answer within %1 s. Is it running?")
@@ -58,6 +66,9 @@ int TalkCommand::run()
         }
         if (m_options.seconds <= 0) {
             m_options.seconds = duration + fileTail;
+            if (!prolongForTheCamera()) {
+                return ExitUsage;
+            }
         }
         qputenv("FRAMESMITH_CAPTURE_FILE", QFile::encodeName(m_options.sourceFile));
     } else {
@@ -68,7 +79,7 @@ int TalkCommand::run()
     }
 
     // The front end starts when the server is up, as in the client.
-    connect(&m_link, &ServerLink::connected, this, &TalkCommand::begin);
+    connect(&m_link, &ServerLink::connected, this, &TalkCommand::prepare);
     if (!m_host.load(m_options.pluginPath)) {
         std::fprintf(stderr, "voicedesk: the plug-in does not load: %s\n", qPrintable(m_host.errorString()));
         return ExitPluginFailed;
@@ -79,8 +90,46 @@ int TalkCommand::run()
     return m_status;
 }
 
+/** The talk lasts until the camera has said what it has to say; false when that cannot be known. */
+bool TalkCommand::prolongForTheCamera()
+{
+    for (const CameraConfig& camera : m_options.server.cameras) {
+        if (camera.id != m_options.cameraId) {
+            continue;
+        }
+        if (camera.voice.kind == CameraVoiceConfig::Echo) {
+            m_options.seconds += camera.voice.echoDelay / 1000.0 + echoTail;
+        }
+        if (camera.voice.kind == CameraVoiceConfig::File) {
+            const double duration = soundFileDuration(camera.voice.file);
+            if (duration < 0) {
+                std::fprintf(stderr, "voicedesk: %s is not a sound file that can be read.\n",
+                             qPrintable(camera.voice.file));
+                return false;
+            }
+            m_options.seconds = std::max(m_options.seconds, duration + echoTail);
+        }
+    }
+    return true;
+}
+
+/** Records the output, where that is possible, from before the talk on. */
+void TalkCommand::prepare()
+{
+    if (m_options.heardFile.isEmpty() || !m_recorder.start()) {
+        begin();
+        return;
+    }
+    m_recorderTimer.start(recorderTimeout);
+}
+
 void TalkCommand::begin()
 {
+    if (m_began) {
+        return;
+    }
+    m_began = true;
+    m_recorderTimer.stop();
     QObject* plugin = m_host.plugin();
     std::fprintf(stderr, "Talking to %s, from %s.\n", qPrintable(m_options.cameraId),
                  m_options.sourceFile.isEmpty() ? "the microphone" : qPrintable(m_options.sourceFile));
@@ -153,14 +202,15 @@ void TalkCommand::end(ExitStatus status, const QString& message)
     QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
 }
 
-void TalkCommand::printSummary() const
+void TalkCommand::printSummary()
 {
-    std::printf("talked          %.1f s\n", m_progress.elapsed());
-    std::printf("packets sent    %d (last sequence %u, out of order %d, not accepted %d)\n",
-                m_monitor.packets(), m_monitor.sequence(), m_monitor.sequenceGaps(), m_monitor.refused());
-    std::printf("loudest packet  %.1f dBFS\n", m_monitor.loudest());
-    const QStringList recordings = m_link.server().recordings();
-    for (const QString& recording : recordings) {
-        std::printf("recording       %s\n", qPrintable(recording));
+    m_recorder.stop();
+    TalkSummary summary(m_monitor);
+    summary.duration = m_progress.elapsed();
+    summary.recordings = m_link.server().recordings();
+    if (m_recorder.running() && m_recorder.write(m_options.heardFile)) {
+        summary.heardFile = m_options.heardFile;
+        summary.heard = m_recorder.sound();
     }
+    summary.print();
 }

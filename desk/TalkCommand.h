@@ -2,6 +2,7 @@
 
 #include "EmbeddedLink.h"
 #include "ExitStatus.h"
+#include "OutputRecorder.h"
 #include "PluginHost.h"
 #include "TalkMonitor.h"
 #include "TalkProgress.h"
@@ -18,13 +19,15 @@ struct TalkOptions
     double seconds = 0;       ///< Length of the talk; 0: as long as the file, or until interrupted.
     int volume = 50;          ///< Microphone volume, 0 to 100.
     int answerTimeout = 5000; ///< Wait for the server's answer, ms.
+    QString heardFile;        ///< What was heard goes there.
     ServerConfig server;
 };
 
 /**
  * A headless talk to one camera, from the start to a closing summary.
  *
- *   load plug-in --> startTalk --> (answer) --> talk for a while --> stopTalk --> summary
+ *   load plug-in --> record the output --> startTalk --> (answer) --> talk for a while --> stopTalk -->
+ * summary
  *
  * Uses the plug-in as the client's front end does: by its invokables and signals.
  */
@@ -43,19 +46,24 @@ private Q_SLOTS:
     void talkDisconnected();
 
 private:
+    void prepare();
     void begin();
+    bool prolongForTheCamera();
     void tick();
     void end(ExitStatus status, const QString& message);
-    void printSummary() const;
+    void printSummary();
 
     TalkOptions m_options;
     EmbeddedLink m_link;
     PluginHost m_host;
     TalkMonitor m_monitor;
     TalkProgress m_progress;
+    OutputRecorder m_recorder;
+    QTimer m_recorderTimer;
     QTimer m_answerTimer;
     QTimer m_ticker;
     QString m_refusal; ///< What the server said to StartTalk.
+    bool m_began = false;
     bool m_talking = false;
     bool m_ended = false;
     ExitStatus m_status = ExitSuccess;

@@ -2,11 +2,14 @@
 
 #include "PacketDecoder.h"
 #include "SoundLevel.h"
+#include "TimedSound.h"
 
 #include <QObject>
 #include <QVariant>
 
-/** Watches the talk packets that the plug-in sends: how many, which number, how loud. */
+#include <vector>
+
+/** Watches the talk packets of a plug-in: those that it sends, and those that come for it. */
 class TalkMonitor : public QObject
 {
     Q_OBJECT
@@ -20,10 +23,25 @@ public:
     double level() const { return m_level; }     ///< Of the last packet, dBFS.
     double loudest() const { return m_loudest; } ///< Of all packets, dBFS.
 
+    /** From the capture of a packet's last sample to its command; a value a packet, seconds. */
+    const std::vector<double>& commandTimes() const { return m_commandTimes; }
+
+    /** What was said, at the time when the microphone had it. Lost packets are silence. */
+    const TimedSound& said() const { return m_said; }
+
+    int received() const { return m_received; }
+    /** When the first packet came, seconds of the steady clock. */
+    double firstReceivedAt() const { return m_firstReceivedAt; }
+    /** When the sound at the start of the first packet was said, by its position; on the same clock. */
+    double firstReceivedSaidAt() const { return m_said.startTime + m_firstReceivedPosition; }
+
 public Q_SLOTS:
     void commandSent(const QString& command, const QVariant& payload, bool accepted);
+    void eventArrived(const QString& event, const QVariant& payload);
 
 private:
+    void keepSaid(const DecodedTalk& talk);
+
     PacketDecoder m_decoder;
     int m_packets = 0;
     int m_refused = 0;
@@ -31,4 +49,10 @@ private:
     int m_sequenceGaps = 0;
     double m_level = SoundLevel::silence;
     double m_loudest = SoundLevel::silence;
+    std::vector<double> m_commandTimes;
+    TimedSound m_said;
+    std::uint32_t m_saidPosition = 0; ///< Of the first sample kept.
+    int m_received = 0;
+    double m_firstReceivedAt = 0;
+    double m_firstReceivedPosition = 0; ///< Seconds since the first sample kept.
 };

@@ -40,12 +40,13 @@ double TalkProgress::elapsed() const
 
 QString TalkProgress::line() const
 {
-    return QStringLiteral("%1 s  packets %2  sequence %3  level %4 dBFS [%5]")
+    return QStringLiteral("%1 s  packets %2  sequence %3  level %4 dBFS [%5]  received %6")
         .arg(elapsed(), 6, 'f', 1)
         .arg(m_monitor.packets(), 5)
         .arg(m_monitor.sequence(), 5)
         .arg(m_monitor.level(), 6, 'f', 1)
-        .arg(SoundLevel::bar(m_monitor.level(), barWidth));
+        .arg(SoundLevel::bar(m_monitor.level(), barWidth))
+        .arg(m_monitor.received(), 5);
 }
 
 void TalkProgress::update()

@@ -45,16 +45,17 @@ std::optional<DecodedTalk> PacketDecoder::decode(const QByteArray& packet)
         header->sampleRate != sampleRate || m_context == nullptr) {
         return std::nullopt;
     }
-    const int size = packet.size() - static_cast<int>(framesmith::PacketHeader::size);
+    const int size = packet.size() - header->length;
     DecodedTalk talk;
     talk.position = header->position;
+    talk.captureTime = header->captureTime;
     if (size == 0) {
         return talk;
     }
     if (size > maxBitstreamSize || av_new_packet(m_packet, size) < 0) {
         return std::nullopt;
     }
-    std::memcpy(m_packet->data, bytes + framesmith::PacketHeader::size, static_cast<std::size_t>(size));
+    std::memcpy(m_packet->data, bytes + header->length, static_cast<std::size_t>(size));
     const int sent = avcodec_send_packet(m_context, m_packet);
     av_packet_unref(m_packet);
     if (sent < 0 || avcodec_receive_frame(m_context, m_frame) < 0) {

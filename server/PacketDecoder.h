@@ -14,6 +14,7 @@ struct AVPacket;
 struct DecodedTalk
 {
     std::uint32_t position = 0;        ///< Of the first sample since the talker's microphone started; wraps.
+    std::uint64_t captureTime = 0;     ///< Of the last sample, microseconds of the talker's steady clock.
     std::vector<std::int16_t> samples; ///< 8000 Hz mono.
 };
 

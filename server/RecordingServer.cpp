@@ -1,11 +1,23 @@
 #include "RecordingServer.h"
 
-std::vector<CameraConfig> defaultCameras()
+namespace {
+
+constexpr int defaultEchoDelay = 500; // ms
+
+} // namespace
+
+std::vector<CameraConfig> defaultCameras(const QString& speechFile)
 {
+    CameraVoiceConfig echo;
+    echo.kind = CameraVoiceConfig::Echo;
+    echo.echoDelay = defaultEchoDelay;
+    CameraVoiceConfig speech;
+    speech.kind = speechFile.isEmpty() ? CameraVoiceConfig::Silent : CameraVoiceConfig::File;
+    speech.file = speechFile;
     return {
-        {QStringLiteral("camera-1"), QStringLiteral("Front gate"), true, 0},
-        {QStringLiteral("camera-2"), QStringLiteral("Loading dock"), true, 0},
-        {QStringLiteral("camera-3"), QStringLiteral("Car park"), false, 0},
+        {QStringLiteral("camera-1"), QStringLiteral("Front gate"), true, 0, echo},
+        {QStringLiteral("camera-2"), QStringLiteral("Loading dock"), true, 0, speech},
+        {QStringLiteral("camera-3"), QStringLiteral("Car park"), false, 0, CameraVoiceConfig()},
     };
 }
 

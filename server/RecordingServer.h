@@ -19,8 +19,11 @@ struct ServerConfig
     bool answers = true;        ///< False: takes commands and answers none, to try out a dead server.
 };
 
-/** The cameras of a server that nobody configured: two that answer, one that is offline. */
-std::vector<CameraConfig> defaultCameras();
+/**
+ * The cameras of a server that nobody configured: one that echoes what it hears after half a second, one that
+ * listens or, if there is a file for it, speaks, and one that is offline.
+ */
+std::vector<CameraConfig> defaultCameras(const QString& speechFile = QString());
 
 /**
  * The reference recording server: executes the commands of its sessions.

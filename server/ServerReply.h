@@ -21,6 +21,7 @@ inline const QString noSuchCamera = QStringLiteral("201");
 inline const QString cameraOffline = QStringLiteral("202");
 inline const QString noSuchTalk = QStringLiteral("203");
 inline const QString badTalkPacket = QStringLiteral("204");
+inline const QString noVoice = QStringLiteral("205");
 inline const QString storageFailed = QStringLiteral("301");
 
 } // namespace ReturnCode

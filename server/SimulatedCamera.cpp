@@ -16,7 +16,10 @@ QString fileNameOf(const QString& cameraId)
 
 } // namespace
 
-CameraTalk::CameraTalk(const QString& path) : m_path(path), m_writer(path, PacketDecoder::sampleRate) {}
+CameraTalk::CameraTalk(const QString& path, const CameraVoiceConfig& voice)
+    : m_path(path), m_writer(path, PacketDecoder::sampleRate), m_voice(voice)
+{
+}
 
 bool CameraTalk::hear(const QByteArray& packet)
 {
@@ -33,6 +36,7 @@ bool CameraTalk::hear(const QByteArray& packet)
     m_nextPosition = talk->position + static_cast<std::uint32_t>(talk->samples.size());
     ++m_packets;
     m_recorded += samples.size();
+    m_voice.hear(talk->position, talk->samples);
     return m_recorded <= maxRecorded && m_writer.write(samples);
 }
 
@@ -48,6 +52,6 @@ std::unique_ptr<CameraTalk> SimulatedCamera::openTalk()
     }
     ++m_talks;
     const QString name = QStringLiteral("%1-%2.wav").arg(fileNameOf(m_config.id)).arg(m_talks);
-    auto talk = std::make_unique<CameraTalk>(QDir(m_directory).filePath(name));
+    auto talk = std::make_unique<CameraTalk>(QDir(m_directory).filePath(name), m_config.voice);
     return talk->isRecording() ? std::move(talk) : nullptr;
 }

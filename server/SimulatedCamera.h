@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CameraVoice.h"
 #include "PacketDecoder.h"
 #include "WaveFileWriter.h"
 
@@ -14,18 +15,22 @@ struct CameraConfig
     QString name;
     bool online = true;       ///< An offline camera refuses every talk.
     int dropAfterPackets = 0; ///< Loses the talk after so many packets; 0 for never.
+    CameraVoiceConfig voice{};
 };
 
-/** One talk with a simulated camera: what is said is decoded and written to a WAV file. */
+/** One talk with a simulated camera: what is said is decoded, written to a WAV file, and perhaps answered. */
 class CameraTalk
 {
 public:
     /** @param path the recording; replaced when it exists */
-    explicit CameraTalk(const QString& path);
+    CameraTalk(const QString& path, const CameraVoiceConfig& voice);
 
     bool isRecording() const { return m_writer.isOpen(); }
     const QString& path() const { return m_path; }
     int packets() const { return m_packets; }
+
+    /** What the camera says. */
+    CameraVoice& voice() { return m_voice; }
 
     /** Hears one packet; false when it is not a talk packet or cannot be stored. */
     bool hear(const QByteArray& packet);
@@ -34,6 +39,7 @@ private:
     QString m_path;
     WaveFileWriter m_writer;
     PacketDecoder m_decoder;
+    CameraVoice m_voice;
     int m_packets = 0;
     std::uint32_t m_nextPosition = 0; ///< Where the next packet starts if none is lost.
     std::uint64_t m_recorded = 0;     ///< Samples written.

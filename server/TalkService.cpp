@@ -68,8 +68,16 @@ ServerReply TalkService::startTalk(ServerSession& session, const QVariant& paylo
         return refuse(ReturnCode::storageFailed,
                       QStringLiteral("the recording of camera \"%1\" cannot be written").arg(camId));
     }
-    m_recordings.append(hearing->path());
     const QString token = makeToken();
+    QObject::connect(&hearing->voice(), &CameraVoice::spoke, &session, [&session, token](QVariantMap fields) {
+        fields.insert(QStringLiteral("Token"), token);
+        session.raiseEvent(QStringLiteral("AudioReceived"), fields);
+    });
+    if (!hearing->voice().start()) {
+        return refuse(ReturnCode::noVoice,
+                      QStringLiteral("the voice of camera \"%1\" cannot be read or encoded").arg(camId));
+    }
+    m_recordings.append(hearing->path());
     m_talks.emplace(token, Talk{&session, &camera->second, std::move(hearing)});
     return {ReturnCode::success,
             QVariantMap{

@@ -11,9 +11,14 @@ build_packages=(
     libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev
 )
 
+# A sound server, for machines without sound.
+sound_packages=(
+    pulseaudio
+)
+
 test_packages=(
     qtdeclarative5-dev qml-module-qtqml clang-format
-    pulseaudio pulseaudio-utils
+    "${sound_packages[@]}" pulseaudio-utils
 )
 
 # Installs the packages given that are missing.

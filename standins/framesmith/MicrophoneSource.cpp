@@ -16,13 +16,13 @@ namespace framesmith {
 
 namespace {
 
-constexpr std::size_t queueCapacity = std::size_t{2} * PcmConverter::outputRate; // two seconds
-constexpr int reopenInterval = 1000;                                             // ms
+constexpr std::size_t queueCapacity = std::size_t{2} * PcmConverter::captureRate; // two seconds
+constexpr int reopenInterval = 1000;                                              // ms
 
 QAudioFormat wantedFormat()
 {
     QAudioFormat format;
-    format.setSampleRate(PcmConverter::outputRate);
+    format.setSampleRate(PcmConverter::captureRate);
     format.setChannelCount(1);
     format.setSampleSize(16);
     format.setSampleType(QAudioFormat::SignedInt);

@@ -28,18 +28,20 @@ std::array<std::uint8_t, PacketHeader::size> PacketHeader::toBytes() const
     std::array<std::uint8_t, size> bytes{};
     std::copy(magic.begin(), magic.end(), bytes.begin());
     bytes[4] = version;
-    bytes[5] = size;
+    bytes[5] = length;
     bytes[6] = channels;
     putU32(&bytes[8], streamType);
     putU32(&bytes[12], sampleRate);
     putU32(&bytes[16], position);
+    putU32(&bytes[24], static_cast<std::uint32_t>(captureTime));
+    putU32(&bytes[28], static_cast<std::uint32_t>(captureTime >> 32U));
     return bytes;
 }
 
 std::optional<PacketHeader> PacketHeader::fromBytes(const std::uint8_t* packet, std::size_t packetSize)
 {
     if (packetSize < size || !std::equal(magic.begin(), magic.end(), packet) || packet[4] != version ||
-        packet[5] != size) {
+        packet[5] < size || packet[5] > packetSize) {
         return std::nullopt;
     }
     PacketHeader header;
@@ -47,6 +49,8 @@ std::optional<PacketHeader> PacketHeader::fromBytes(const std::uint8_t* packet, 
     header.streamType = getU32(packet + 8);
     header.sampleRate = getU32(packet + 12);
     header.position = getU32(packet + 16);
+    header.captureTime = getU32(packet + 24) | std::uint64_t{getU32(packet + 28)} << 32U;
+    header.length = packet[5];
     return header;
 }
 

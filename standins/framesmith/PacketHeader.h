@@ -1,19 +1,21 @@
 #pragma once
 
 /**
- * The header in front of the bitstream of each packet, 20 bytes, numbers little endian:
+ * The header in front of the bitstream of each packet, 32 bytes, numbers little endian:
  *
  *   offset  width  meaning
  *   0       4      "VDAP"
  *   4       u8     version, 1
- *   5       u8     length of this header, 20
+ *   5       u8     length of this header, 32 or more; bytes beyond 32 are zero
  *   6       u8     channel count
  *   7       u8     0
  *   8       u32    stream type
  *   12      u32    sample rate, Hz
  *   16      u32    position of the packet's first sample since the channel's start, samples; wraps
+ *   20      u32    0
+ *   24      u64    when the packet's last sample was captured, microseconds of the sender's steady clock
  *
- * A packet of 640 G.711 samples is 660 bytes long, a multiple of 3, so its Base64 text needs no padding.
+ * A packet of 640 G.711 samples is 672 bytes long, a multiple of 3, so its Base64 text needs no padding.
  */
 
 #include <array>
@@ -25,12 +27,14 @@ namespace framesmith {
 
 struct PacketHeader
 {
-    static constexpr std::size_t size = 20;
+    static constexpr std::size_t size = 32; ///< Without bytes beyond it.
 
     std::uint8_t channels = 0;
     std::uint32_t streamType = 0;
-    std::uint32_t sampleRate = 0; ///< Hz.
-    std::uint32_t position = 0;   ///< Samples since the channel's start.
+    std::uint32_t sampleRate = 0;  ///< Hz.
+    std::uint32_t position = 0;    ///< Samples since the channel's start.
+    std::uint64_t captureTime = 0; ///< Microseconds.
+    std::uint8_t length = size;    ///< Of the header as read.
 
     std::array<std::uint8_t, size> toBytes() const;
 

@@ -5,6 +5,7 @@
 #include <MediaDataPacketInfo.h>
 
 #include <algorithm>
+#include <chrono>
 
 namespace framesmith {
 
@@ -13,6 +14,12 @@ namespace {
 constexpr std::uint32_t muLawStreamType = 8192;
 constexpr std::uint32_t sampleRate = 8000; // Hz
 constexpr std::uint8_t channels = 1;
+
+std::uint64_t steadyMicroseconds()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
+}
 
 } // namespace
 
@@ -31,6 +38,7 @@ bool PacketMaker::make(const std::int16_t* samples, std::size_t count, TMediaDat
     header.streamType = muLawStreamType;
     header.sampleRate = sampleRate;
     header.position = m_position;
+    header.captureTime = steadyMicroseconds();
     const auto bytes = header.toBytes();
     std::copy(bytes.begin(), bytes.end(), record.Buffer);
     m_position += static_cast<std::uint32_t>(count);

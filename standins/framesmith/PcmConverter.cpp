@@ -29,9 +29,9 @@ AVSampleFormat toAvFormat(SampleFormat format)
 
 } // namespace
 
-PcmConverter::PcmConverter(SampleFormat format, int rate, int channels)
+PcmConverter::PcmConverter(SampleFormat format, int rate, int channels, int outputRate)
 {
-    if (rate <= 0 || channels <= 0 || channels > maxChannels) {
+    if (rate <= 0 || outputRate <= 0 || channels <= 0 || channels > maxChannels) {
         return;
     }
     const AVSampleFormat input = toAvFormat(format);

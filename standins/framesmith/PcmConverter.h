@@ -17,14 +17,14 @@ enum class SampleFormat
     Float
 };
 
-/** Converts interleaved PCM to 16-bit mono at 8000 Hz, by libswresample. Used by one thread at a time. */
+/** Converts interleaved PCM to 16-bit mono, by libswresample. Used by one thread at a time. */
 class PcmConverter
 {
 public:
-    static constexpr int outputRate = 8000; // Hz
+    static constexpr int captureRate = 8000; // Hz
 
-    /** @param rate Hz @param channels 1 to 8 */
-    PcmConverter(SampleFormat format, int rate, int channels);
+    /** @param rate,outputRate Hz @param channels 1 to 8 */
+    PcmConverter(SampleFormat format, int rate, int channels, int outputRate = captureRate);
     ~PcmConverter();
     PcmConverter(const PcmConverter&) = delete;
     PcmConverter& operator=(const PcmConverter&) = delete;

@@ -58,7 +58,7 @@ bool WaveFileSource::read(std::int16_t* samples, std::size_t count)
 {
     if (!m_clock) {
         m_clock.emplace(PacketClock::Clock::now(), static_cast<std::uint32_t>(count),
-                        static_cast<std::uint32_t>(PcmConverter::outputRate));
+                        static_cast<std::uint32_t>(PcmConverter::captureRate));
     }
     {
         std::unique_lock lock(m_mutex);

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QTest>
 
+#include <vector>
+
 using framesmith::PacketHeader;
 
 class TestPacketHeader : public QObject
@@ -12,6 +14,7 @@ class TestPacketHeader : public QObject
 private Q_SLOTS:
     void bytes();
     void roundTrip();
+    void longerHeader();
     void refusesOthers();
 };
 
@@ -24,6 +27,7 @@ PacketHeader example()
     header.streamType = 8192;
     header.sampleRate = 8000;
     header.position = 0x89ABCDEF;
+    header.captureTime = 0x0123456789ABCDEF;
     return header;
 }
 
@@ -32,9 +36,9 @@ PacketHeader example()
 void TestPacketHeader::bytes()
 {
     const auto bytes = example().toBytes();
-    QCOMPARE(QByteArray(reinterpret_cast<const char*>(bytes.data()), 20).toHex(),
-             QByteArray("56444150011401000020000040"
-                        "1f0000efcdab89"));
+    QCOMPARE(QByteArray(reinterpret_cast<const char*>(bytes.data()), 32).toHex(),
+             QByteArray("56444150012001000020000040"
+                        "1f0000efcdab8900000000efcdab8967452301"));
     QCOMPARE((PacketHeader::size + 640) % 3, std::size_t{0}); // no padding in the Base64 text of a packet
 }
 
@@ -46,6 +50,21 @@ void TestPacketHeader::roundTrip()
     QCOMPARE(int{header->channels}, 1);
     QCOMPARE(header->streamType, 8192U);
     QCOMPARE(header->sampleRate, 8000U);
+    QCOMPARE(header->position, 0x89ABCDEFU);
+    QCOMPARE(header->captureTime, std::uint64_t{0x0123456789ABCDEF});
+    QCOMPARE(int{header->length}, 32);
+}
+
+void TestPacketHeader::longerHeader()
+{
+    const auto bytes = example().toBytes();
+    std::vector<std::uint8_t> longer(bytes.begin(), bytes.end());
+    longer[5] = 34;
+    QVERIFY(!PacketHeader::fromBytes(longer.data(), longer.size())); // it is not all there
+    longer.resize(34);
+    const auto header = PacketHeader::fromBytes(longer.data(), longer.size());
+    QVERIFY(header);
+    QCOMPARE(int{header->length}, 34);
     QCOMPARE(header->position, 0x89ABCDEFU);
 }
 

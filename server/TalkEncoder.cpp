@@ -1,0 +1,14 @@
+#include "TalkEncoder.h"
+
+#include "AmrTalkEncoder.h"
+#include "AvTalkEncoder.h"
+
+std::unique_ptr<TalkEncoder> TalkEncoder::create(TalkCodec codec)
+{
+    if (codec == TalkCodec::AmrNb) {
+        auto encoder = std::make_unique<AmrTalkEncoder>();
+        return encoder->valid() ? std::move(encoder) : nullptr;
+    }
+    auto encoder = std::make_unique<AvTalkEncoder>(codec);
+    return encoder->valid() ? std::move(encoder) : nullptr;
+}

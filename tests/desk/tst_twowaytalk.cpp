@@ -1,0 +1,168 @@
+// The main job: a talk there and back. What came out of the output is recorded and held against what was
+// said.
+
+#include "PulseServer.h"
+#include "SignalMeasure.h"
+#include "WavFiles.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+
+class TestTwoWayTalk : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void echo_data();
+    void echo();
+    void echoDelayIsKept();
+    void speakingCamera();
+    void microphone();
+
+private:
+    struct Result
+    {
+        int status = -1;
+        QString out;
+        QString err;
+
+        /** The number on a line of the summary that starts with this name; NaN without one. */
+        double value(const char* name, int place = 0) const
+        {
+            const QRegularExpression line(QStringLiteral("^%1\\s+(.*)$").arg(QLatin1String(name)),
+                                          QRegularExpression::MultilineOption);
+            static const QRegularExpression number(QStringLiteral("-?\\d+(\\.\\d+)?"));
+            auto numbers = number.globalMatch(line.match(out).captured(1));
+            for (int i = 0; i < place && numbers.hasNext(); ++i) {
+                numbers.next();
+            }
+            return numbers.hasNext() ? numbers.next().captured().toDouble() : std::nan("");
+        }
+    };
+
+    Result talk(const QStringList& arguments) const;
+    QString heardFile() const { return m_folder.filePath(QStringLiteral("out/heard.wav")); }
+
+    std::unique_ptr<PulseServer> m_pulse;
+    QTemporaryDir m_folder;
+};
+
+void TestTwoWayTalk::initTestCase()
+{
+    m_pulse = std::make_unique<PulseServer>();
+    QVERIFY(m_pulse->ready());
+}
+
+TestTwoWayTalk::Result TestTwoWayTalk::talk(const QStringList& arguments) const
+{
+    QProcess program;
+    program.setWorkingDirectory(m_folder.path());
+    program.start(QStringLiteral(PROGRAM_DIR "/voicedesk"),
+                  QStringList{QStringLiteral("talk"), QStringLiteral("--output"), QStringLiteral("out")} +
+                      arguments);
+    Result result;
+    if (program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit) {
+        result.status = program.exitCode();
+    }
+    result.out = QString::fromLocal8Bit(program.readAllStandardOutput());
+    result.err = QString::fromLocal8Bit(program.readAllStandardError());
+    return result;
+}
+
+void TestTwoWayTalk::echo_data()
+{
+    QTest::addColumn<QString>("codec");
+    QTest::addColumn<double>("likeness"); // AMR keeps the sound of speech, not its waveform
+    QTest::addColumn<int>("leastReceived");
+    QTest::newRow("mu-law") << "pcmu" << 0.97 << 90;
+    QTest::newRow("A-law") << "pcma" << 0.97 << 90;
+    QTest::newRow("AAC") << "aac" << 0.9 << 110;
+    QTest::newRow("AMR") << "amr" << 0.7 << 360;
+}
+
+void TestTwoWayTalk::echo()
+{
+    QFETCH(QString, codec);
+    QFETCH(double, likeness);
+    QFETCH(int, leastReceived);
+    const Result result = talk({"--source", ANNOUNCEMENT_WAV, "--codec", codec});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QVERIFY2(result.value("packets sent") > 90, qPrintable(result.out));
+    QVERIFY2(result.value("packets received") >= leastReceived, qPrintable(result.out));
+    QVERIFY2(result.value("capture to send") >= 0, qPrintable(result.out));
+    QVERIFY2(result.value("capture to send", 1) < 200, qPrintable(result.out));
+    // A packet of 80 ms, half a second at the camera, and the output's own buffer.
+    QVERIFY2(result.value("mouth to ear") > 580, qPrintable(result.out));
+    QVERIFY2(result.value("mouth to ear", 1) < 2000, qPrintable(result.out));
+    QVERIFY2(result.value("event to sound") > 0, qPrintable(result.out));
+    QVERIFY2(result.value("event to sound") < 1400, qPrintable(result.out));
+    QVERIFY2(result.value("gaps", 1) < 500, qPrintable(result.out));
+    QVERIFY2(result.value("likeness") > likeness, qPrintable(result.out));
+
+    // The same by hand, on the file that was left: the second half, where the output runs steadily.
+    int rate = 0;
+    const auto heard = WavFiles::read(heardFile(), &rate);
+    QCOMPARE(rate, 16000);
+    const auto said = WavFiles::resample(WavFiles::read(ANNOUNCEMENT_WAV), 16000, 8000);
+    const auto heardAt8000 = WavFiles::resample(heard, 16000, 8000);
+    const WavFiles::Samples piece(said.begin() + 32000, said.begin() + 40000);
+    double best = 0;
+    double gain = 0;
+    for (std::size_t from = 0; from + piece.size() <= heardAt8000.size(); from += 4000) {
+        const auto begin = heardAt8000.begin() + static_cast<std::ptrdiff_t>(from);
+        const auto match = SignalMeasure::align(
+            piece, WavFiles::Samples(begin, begin + static_cast<std::ptrdiff_t>(piece.size())), 4000);
+        if (match.correlation > best) {
+            best = match.correlation;
+            gain = match.gainDb;
+        }
+    }
+    QVERIFY2(best > likeness, qPrintable(QString::number(best)));
+    QVERIFY2(std::abs(gain) < 1.5, qPrintable(QString::number(gain)));
+}
+
+void TestTwoWayTalk::echoDelayIsKept()
+{
+    const Result soon = talk({"--source", ANNOUNCEMENT_WAV, "--echo-delay", "100"});
+    const Result late = talk({"--source", ANNOUNCEMENT_WAV, "--echo-delay", "1100"});
+    const double difference = late.value("mouth to ear") - soon.value("mouth to ear");
+    QVERIFY2(std::abs(difference - 1000) < 250, qPrintable(soon.out + late.out));
+}
+
+void TestTwoWayTalk::speakingCamera()
+{
+    const QString source = m_folder.filePath("short.wav");
+    QVERIFY(WavFiles::write(source, WavFiles::sine(440, 0.3, 0.5, 8000), 8000));
+    const QString speech = m_folder.filePath("speech.wav");
+    QVERIFY(WavFiles::write(speech, WavFiles::sine(1000, 0.5, 2.0, 8000), 8000));
+    const Result result = talk({"--camera", "camera-2", "--source", source, "--speech", speech});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QVERIFY(result.value("packets received") >= 25);
+    QVERIFY(result.value("talked") >= 3.0); // as long as the camera speaks
+    auto heard = WavFiles::read(heardFile());
+    const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > 1000; };
+    heard.erase(heard.begin(), std::find_if(heard.begin(), heard.end(), isLoud));
+    heard.erase(std::find_if(heard.rbegin(), heard.rend(), isLoud).base(), heard.end());
+    const double seconds = static_cast<double>(heard.size()) / 16000;
+    QVERIFY2(std::abs(seconds - 2.0) < 0.25, qPrintable(QString::number(seconds)));
+    const WavFiles::Samples end(heard.end() - 12000, heard.end() - 2000);
+    QVERIFY(std::abs(SignalMeasure::toneFrequency(end, 16000) - 1000) < 5);
+}
+
+void TestTwoWayTalk::microphone()
+{
+    const auto speaker = m_pulse->speak(QStringLiteral(ANNOUNCEMENT_WAV));
+    const Result result = talk({"--mic", "--seconds", "5"});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QVERIFY2(result.value("likeness") > 0.9, qPrintable(result.out));
+}
+
+QTEST_GUILESS_MAIN(TestTwoWayTalk)
+#include "tst_twowaytalk.moc"
