@@ -1,5 +1,5 @@
-// Base64Encode against QByteArray::toBase64, in the same run. Both times cover a text that can be read: the
-// encoder's own goes to a buffer of the caller's, Qt's allocates one.
+// Base64Encode and Base64Decode against QByteArray's toBase64 and fromBase64, in the same run. Ours write to
+// a buffer of the caller's; Qt's allocate one.
 
 #include "Base64.h"
 
@@ -42,9 +42,32 @@ void qtEncode(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
+void ownDecode(benchmark::State& state)
+{
+    const QByteArray text = packetOf(state.range(0)).toBase64();
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(state.range(0)) + 3);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(Base64Decode(text.constData(), static_cast<unsigned>(text.size()),
+                                              bytes.data(), static_cast<unsigned>(bytes.size())));
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
+void qtDecode(benchmark::State& state)
+{
+    const QByteArray text = packetOf(state.range(0)).toBase64();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(QByteArray::fromBase64(text));
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
 } // namespace
 
 BENCHMARK(ownEncode)->Arg(20)->Arg(660)->Arg(10000);
 BENCHMARK(qtEncode)->Arg(20)->Arg(660)->Arg(10000);
+BENCHMARK(ownDecode)->Arg(20)->Arg(660)->Arg(10000);
+BENCHMARK(qtDecode)->Arg(20)->Arg(660)->Arg(10000);
 
 BENCHMARK_MAIN();

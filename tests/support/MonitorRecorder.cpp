@@ -51,6 +51,10 @@ const WavFiles::Samples& MonitorRecorder::samples()
     QCoreApplication::processEvents();
     const QByteArray bytes = m_partial + m_parec.readAllStandardOutput();
     const auto count = static_cast<std::size_t>(bytes.size()) / 2;
+    if (count == 0) {
+        m_partial = bytes;
+        return m_samples;
+    }
     const std::size_t before = m_samples.size();
     m_samples.resize(before + count);
     std::memcpy(m_samples.data() + before, bytes.constData(), count * 2);
