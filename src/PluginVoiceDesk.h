@@ -190,7 +190,7 @@ private:
     QList<QVariant> m_talkTargetList; ///< The open talk targets, a QVariantMap each.
     bool m_talkingFlag = false;
     bool m_audioInDevFlag = false;
-    quint32 m_talkSequence = 0;   ///< Number of the last TalkData since the last request of a talk.
+    quint32 m_talkSequence = 0; ///< Number of the last TalkData since the last request of a talk.
     AudioRenderer m_audioRenderer;
     QList<QVariant> m_audioFiles; ///< The audio files on the server, a QVariantMap each.
     int m_uploadAudioId = 0;      ///< Provisional id of the last upload; only ever decremented.
