@@ -101,12 +101,40 @@ void PluginVoiceDesk::fillCommandHandlers()
             (this->*handler)(result, userData, returnCode, errorCode, flag, extra);
         };
     };
+    const auto file = [this](FileHandler handler) -> CommandHandler {
+        return
+            [this, handler](const QVariant& result, void* userData, const QString& returnCode, const QString&,
+                            bool, const QString&) { (this->*handler)(result, userData, returnCode); };
+    };
+    const auto brief = [this](ShortHandler handler) -> CommandHandler {
+        return [this, handler](const QVariant& result, void*, const QString& returnCode, const QString&, bool,
+                               const QString&) { (this->*handler)(result, returnCode); };
+    };
     using namespace Vocabulary;
     m_commandHandlers[StartTalk] = full(&PluginVoiceDesk::handleStartTalk);
     m_commandHandlers[StartTalkToIPAudio] = full(&PluginVoiceDesk::handleStartTalkToIPAudio);
     m_commandHandlers[StopTalk] = full(&PluginVoiceDesk::handleStopTalk);
     m_commandHandlers[StopTalkToIPAudio] = full(&PluginVoiceDesk::handleStopTalkToIPAudio);
     m_commandHandlers[TalkData] = full(&PluginVoiceDesk::handleSendTalkData);
+    m_commandHandlers[AddIPAudio] = full(&PluginVoiceDesk::handleAddIPAudioData);
+    m_commandHandlers[UpdateIPAudio] = full(&PluginVoiceDesk::handleUpdateIPAudioData);
+    m_commandHandlers[DeleteIPAudio] = full(&PluginVoiceDesk::handleDeleteIPAudioData);
+    m_commandHandlers[RetrieveIPAudioModel] = full(&PluginVoiceDesk::handleRetrieveIPAudioData);
+    m_commandHandlers[PlayAudio] = full(&PluginVoiceDesk::handlePlayAudio);
+    m_commandHandlers[PlayGroupAudio] = full(&PluginVoiceDesk::handlePlayAudio);
+    m_commandHandlers[StopCurrentAudio] = full(&PluginVoiceDesk::handleStopCurrentAudio);
+    m_commandHandlers[StopCurrentGroupAudio] = full(&PluginVoiceDesk::handleStopCurrentAudio);
+    m_commandHandlers[UploadFile] = file(&PluginVoiceDesk::handleAudioFileList);
+    m_commandHandlers[GetAudioFile] = file(&PluginVoiceDesk::handleAudioFileList);
+    m_commandHandlers[DeleteFile] = file(&PluginVoiceDesk::handleAudioFileList);
+    m_commandHandlers[AddNetworkAudioGroup] = brief(&PluginVoiceDesk::handleAddNetworkAudioGroup);
+    m_commandHandlers[UpdateNetworkAudioGroup] = brief(&PluginVoiceDesk::handleUpdateNetworkAudioGroup);
+    m_commandHandlers[DeleteNetworkAudioGroup] = brief(&PluginVoiceDesk::handleDeleteNetworkAudioGroup);
+    m_commandHandlers[GetNetworkAudioGroup] = brief(&PluginVoiceDesk::handleGetNetworkAudioGroup);
+    m_commandHandlers[AddNetworkAudioSchedule] = brief(&PluginVoiceDesk::handleAddNetworkAudioSchedule);
+    m_commandHandlers[UpdateNetworkAudioSchedule] = brief(&PluginVoiceDesk::handleUpdateNetworkAudioSchedule);
+    m_commandHandlers[DeleteNetworkAudioSchedule] = brief(&PluginVoiceDesk::handleDeleteNetworkAudioSchedule);
+    m_commandHandlers[GetNetworkAudioSchedule] = brief(&PluginVoiceDesk::handleGetNetworkAudioSchedule);
 }
 
 void PluginVoiceDesk::CommandProcessor(QString command, QVariant result, void* userData, QString returnCode,
@@ -141,6 +169,8 @@ void PluginVoiceDesk::EventProcessor(QString event, qint64 /*time*/, int /*first
         handleAudioReceived(payload);
     } else if (event == Vocabulary::TalkDisconnected) {
         handleTalkDisconnected(payload);
+    } else if (event == Vocabulary::PlayAudioFailed) {
+        handlePlayAudioError(payload);
     }
 }
 

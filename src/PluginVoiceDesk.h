@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FrameSmithWrapper.h"
+#include "PendingBlocks.h"
 #include "VoiceDeskExport.h"
 #include "playback/AudioRenderer.h"
 
@@ -24,7 +25,8 @@
  *   microphone -- audioCaptured --> handleAudioCapture -- TalkData --> server
  *   server -- AudioReceived --> handleAudioReceived --> AudioRenderer --> loudspeaker
  *
- * Requests stand in PluginVoiceDesk_Reqs.cpp, the talk in PluginVoiceDesk_Talk.cpp. A request
+ * Requests stand in PluginVoiceDesk_Reqs.cpp; the talk, devices, files, groups and schedules each have a file
+ * PluginVoiceDesk_*.cpp of their own for what comes back. A request
  * checks nothing and changes nothing locally: a true result says only that the host accepted the command.
  * Handlers change state on the return code "0" alone, and answer with a signal.
  *
@@ -76,6 +78,12 @@ public:
 
     /** Replaces the capture object and drops the reference to the old one. */
     void setFrameSmithWrapper(const QSharedPointer<FrameSmithWrapper>& wrapper);
+
+    /**
+     * Duration of a sound file as the media back end tells it, in ms; 0 when it does not within 5 seconds.
+     * Serves other events while it waits.
+     */
+    int getMediaDuration(const QString& path);
 
     /** For tests: writes the `talking` flag and emits nothing. */
     void tst_setTalking(bool talking) { m_talkingFlag = talking; }
@@ -154,6 +162,8 @@ public:
 private:
     /** Serves the reply to one command: CommandProcessor's arguments without the command. */
     using CommandHandler = std::function<void(QVariant, void*, QString, QString, bool, const QString&)>;
+    using FileHandler = void (PluginVoiceDesk::*)(QVariant, void*, QString);
+    using ShortHandler = void (PluginVoiceDesk::*)(const QVariant&, const QString&);
     using FullHandler = void (PluginVoiceDesk::*)(QVariant, void*, QString, QString, bool, const QString&);
 
     void timerEvent(QTimerEvent* event) override;
@@ -182,6 +192,37 @@ private:
     void handleTalkDisconnected(const QVariant& payload);
     void handleAudioReceived(const QVariant& payload);
 
+    void handlePlayAudioError(const QVariant& payload);
+
+    void handleAddIPAudioData(QVariant result, void* userData, QString returnCode, QString errorCode, bool,
+                              const QString&);
+    void handleUpdateIPAudioData(QVariant result, void* userData, QString returnCode, QString errorCode, bool,
+                                 const QString&);
+    void handleDeleteIPAudioData(QVariant result, void* userData, QString returnCode, QString errorCode, bool,
+                                 const QString&);
+    void handleRetrieveIPAudioData(QVariant result, void* userData, QString returnCode, QString errorCode,
+                                   bool, const QString&);
+    void handleAudioFileList(QVariant result, void* userData, QString returnCode);
+    void setAudioFileList(const QList<QVariant>& list);
+    void handlePlayAudio(QVariant result, void* userData, QString returnCode, QString errorCode, bool,
+                         const QString&);
+    void handleStopCurrentAudio(QVariant result, void* userData, QString returnCode, QString errorCode, bool,
+                                const QString&);
+
+    static QVariantList toList(const QString& text);
+    QVariantList getNetworkAudioName(const QVariantList& idList) const;
+    QStandardItem* makeGroupRow(QVariantMap record) const;
+    void handleAddNetworkAudioGroup(const QVariant& result, const QString& returnCode);
+    void handleUpdateNetworkAudioGroup(const QVariant& result, const QString& returnCode);
+    void handleDeleteNetworkAudioGroup(const QVariant& result, const QString& returnCode);
+    void handleGetNetworkAudioGroup(const QVariant& result, const QString& returnCode);
+
+    static QStandardItem* makeScheduleRow(QVariantMap record);
+    void handleAddNetworkAudioSchedule(const QVariant& result, const QString& returnCode);
+    void handleUpdateNetworkAudioSchedule(const QVariant& result, const QString& returnCode);
+    void handleDeleteNetworkAudioSchedule(const QVariant& result, const QString& returnCode);
+    void handleGetNetworkAudioSchedule(const QVariant& result, const QString& returnCode);
+
     QMap<QString, CommandHandler> m_commandHandlers; ///< By command; filled by Init.
     QSharedPointer<FrameSmithWrapper> m_frameSmithWrapper;
     QSharedPointer<QStandardItemModel> m_ipAudioModel;
@@ -192,6 +233,8 @@ private:
     bool m_audioInDevFlag = false;
     quint32 m_talkSequence = 0; ///< Number of the last TalkData since the last request of a talk.
     AudioRenderer m_audioRenderer;
-    QList<QVariant> m_audioFiles; ///< The audio files on the server, a QVariantMap each.
-    int m_uploadAudioId = 0;      ///< Provisional id of the last upload; only ever decremented.
+    QList<QVariant> m_audioFiles;             ///< The audio files on the server, a QVariantMap each.
+    PendingBlocks<int> m_pendingTalkRequests; ///< Ids of the devices that StartTalkToIPAudio asked for.
+    PendingBlocks<QString> m_pendingUploads;  ///< Guids of the entries that UploadFile asked for.
+    int m_uploadAudioId = 0;                  ///< Provisional id of the last upload; only ever decremented.
 };

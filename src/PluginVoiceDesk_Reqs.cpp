@@ -1,8 +1,12 @@
 // What the front end asks for: each request builds a payload and sends it; the reply comes to a handler.
 
 #include "PluginVoiceDesk.h"
+#include "models/ItemRoles.h"
+#include "models/NetworkAudioGroupTreeSortFilterModel.h"
 #include "vocabulary/LogGate.h"
 #include "vocabulary/Vocabulary.h"
+
+#include <QSortFilterProxyModel>
 
 #include <algorithm>
 #include <memory>
@@ -11,6 +15,34 @@ namespace {
 
 constexpr int minMicVolume = 0;
 constexpr int maxMicVolume = 100;
+
+QVariantMap ipAudioRecord(const QString& deviceName, const QString& ip, int port, const QString& username,
+                          const QString& password, const QStringList& bindingCameraList)
+{
+    return {
+        {Vocabulary::deviceName, deviceName},
+        {Vocabulary::ip, ip},
+        {Vocabulary::port, port},
+        {Vocabulary::username, username},
+        {Vocabulary::password, password},
+        {Vocabulary::bindingCameraList, bindingCameraList.join(QLatin1Char('|'))},
+    };
+}
+
+/** A list of ids as commands carry it. */
+QString joinIds(const QVariant& ids)
+{
+    return ids.toStringList().join(QLatin1Char(','));
+}
+
+QVariantMap withJoinedLists(const QVariantMap& schedule)
+{
+    QVariantMap record = schedule;
+    for (const QString& key : {Vocabulary::groupIDList, Vocabulary::networkAudioIDList}) {
+        record[key] = joinIds(schedule.value(key));
+    }
+    return record;
+}
 
 } // namespace
 
@@ -79,12 +111,11 @@ bool PluginVoiceDesk::startTalkToIPAudio(int ipAudioId)
         return true;
     }
     m_talkSequence = 0; // deliberate: the numbers of a running talk start again, too
-    auto deviceId = std::make_unique<int>(ipAudioId);
-    if (!send(Vocabulary::StartTalkToIPAudio, ipAudioId, deviceId.get())) {
+    int* deviceId = m_pendingTalkRequests.add(std::make_unique<int>(ipAudioId));
+    if (!send(Vocabulary::StartTalkToIPAudio, ipAudioId, deviceId)) {
+        m_pendingTalkRequests.discard(deviceId);
         return false;
     }
-    // Owned by the reply's handler from here on.
-    static_cast<void>(deviceId.release()); // NOLINT(bugprone-unused-return-value)
     return true;
 }
 
@@ -98,95 +129,132 @@ void PluginVoiceDesk::retrieveIPAudioModel()
     send(Vocabulary::RetrieveIPAudioModel, QVariant());
 }
 
-// The operations below belong to the records of devices, files, groups and schedules, which this version does
-// not serve: they send nothing and say so by a false, null or empty result.
-
-bool PluginVoiceDesk::addIPAudio(const QString& /*deviceName*/, const QString& /*ip*/, int /*port*/,
-                                 const QString& /*username*/, const QString& /*password*/,
-                                 const QStringList& /*bindingCameraList*/)
+bool PluginVoiceDesk::addIPAudio(const QString& deviceName, const QString& ip, int port,
+                                 const QString& username, const QString& password,
+                                 const QStringList& bindingCameraList)
 {
-    return false;
+    return send(Vocabulary::AddIPAudio,
+                ipAudioRecord(deviceName, ip, port, username, password, bindingCameraList));
 }
 
-bool PluginVoiceDesk::updateIPAudio(int /*ipAudioId*/, const QString& /*deviceName*/, const QString& /*ip*/,
-                                    int /*port*/, const QString& /*username*/, const QString& /*password*/,
-                                    const QStringList& /*bindingCameraList*/)
+bool PluginVoiceDesk::updateIPAudio(int ipAudioId, const QString& deviceName, const QString& ip, int port,
+                                    const QString& username, const QString& password,
+                                    const QStringList& bindingCameraList)
 {
-    return false;
+    QVariantMap record = ipAudioRecord(deviceName, ip, port, username, password, bindingCameraList);
+    record[Vocabulary::deviceID] = ipAudioId;
+    return send(Vocabulary::UpdateIPAudio, record);
 }
 
-bool PluginVoiceDesk::deleteIPAudio(int /*ipAudioId*/)
+bool PluginVoiceDesk::deleteIPAudio(int ipAudioId)
 {
-    return false;
+    return send(Vocabulary::DeleteIPAudio, ipAudioId);
 }
 
-QObject* PluginVoiceDesk::getIPAudioModel(QObject* /*parent*/) const
+QObject* PluginVoiceDesk::getIPAudioModel(QObject* parent) const
 {
-    return nullptr;
+    auto* proxy = new QSortFilterProxyModel(parent);
+    proxy->setSourceModel(m_ipAudioModel.data());
+    proxy->setFilterRole(IPAudioDeviceNameRole);
+    proxy->setFilterCaseSensitivity(Qt::CaseInsensitive);
+    proxy->setSortRole(IPAudioDeviceNameRole);
+    proxy->sort(0, Qt::AscendingOrder);
+    return proxy;
 }
 
-QObject* PluginVoiceDesk::getNetworkAudioGroupModel(QObject* /*parent*/) const
+QObject* PluginVoiceDesk::getNetworkAudioGroupModel(QObject* parent) const
 {
-    return nullptr;
+    auto* proxy = new NetworkAudioGroupTreeSortFilterModel(parent);
+    proxy->setSourceModel(m_networkAudioGroupModel.data());
+    proxy->setSortRole(NetworkAudioGroupNameRole);
+    proxy->sort(0, Qt::AscendingOrder);
+    return proxy;
 }
 
-QObject* PluginVoiceDesk::getNetworkAudioScheduleModel(QObject* /*parent*/) const
+QObject* PluginVoiceDesk::getNetworkAudioScheduleModel(QObject* parent) const
 {
-    return nullptr;
+    auto* proxy = new QSortFilterProxyModel(parent);
+    proxy->setSourceModel(m_networkAudioScheduleModel.data());
+    proxy->setSortRole(NetworkAudioScheduleNameRole);
+    proxy->sort(0, Qt::AscendingOrder);
+    return proxy;
 }
 
-void PluginVoiceDesk::playAudio(int /*ipAudioId*/, int /*audioFileId*/) {}
-
-void PluginVoiceDesk::playGroupAudio(int /*networkAudioGroupId*/, int /*audioFileId*/) {}
-
-void PluginVoiceDesk::stopCurrentAudio(int /*ipAudioId*/) {}
-
-void PluginVoiceDesk::stopCurrentGroupAudio(int /*networkAudioGroupId*/) {}
-
-bool PluginVoiceDesk::uploadFile(const QUrl& /*fileUrl*/)
+void PluginVoiceDesk::playAudio(int ipAudioId, int audioFileId)
 {
-    return false;
+    send(Vocabulary::PlayAudio, QVariantMap{
+                                    {Vocabulary::ipAudioId, ipAudioId},
+                                    {Vocabulary::audioFileId, audioFileId},
+                                    {Vocabulary::ipAudioStatus, 1},
+                                });
 }
 
-void PluginVoiceDesk::deleteAudioFile(int /*audioID*/) {}
-
-QVariantMap PluginVoiceDesk::queryBindingIPAudio(const QString& /*nodeId*/)
+void PluginVoiceDesk::playGroupAudio(int networkAudioGroupId, int audioFileId)
 {
-    return {};
+    send(Vocabulary::PlayGroupAudio, QVariantMap{
+                                         {Vocabulary::groupID, networkAudioGroupId},
+                                         {Vocabulary::audioFileId, audioFileId},
+                                     });
 }
 
-void PluginVoiceDesk::getNetworkAudioGroup() {}
-
-bool PluginVoiceDesk::addNetworkAudioGroup(const QString& /*groupName*/,
-                                           const QVariant& /*networkAudioIDList*/)
+void PluginVoiceDesk::stopCurrentAudio(int ipAudioId)
 {
-    return false;
+    send(Vocabulary::StopCurrentAudio, ipAudioId);
 }
 
-bool PluginVoiceDesk::updateNetworkAudioGroup(int /*id*/, const QString& /*groupName*/,
-                                              const QVariant& /*networkAudioIDList*/)
+void PluginVoiceDesk::stopCurrentGroupAudio(int networkAudioGroupId)
 {
-    return false;
+    send(Vocabulary::StopCurrentGroupAudio, networkAudioGroupId);
 }
 
-bool PluginVoiceDesk::deleteNetworkAudioGroup(int /*id*/)
+void PluginVoiceDesk::getNetworkAudioGroup()
 {
-    return false;
+    send(Vocabulary::GetNetworkAudioGroup, QVariant());
 }
 
-bool PluginVoiceDesk::addNetworkAudioSchedule(const QVariantMap& /*schedule*/)
+bool PluginVoiceDesk::addNetworkAudioGroup(const QString& groupName, const QVariant& networkAudioIDList)
 {
-    return false;
+    return send(Vocabulary::AddNetworkAudioGroup,
+                QVariantMap{
+                    {Vocabulary::groupName, groupName},
+                    {Vocabulary::networkAudioIDList, joinIds(networkAudioIDList)},
+                });
 }
 
-bool PluginVoiceDesk::updateNetworkAudioSchedule(int /*id*/, const QVariantMap& /*schedule*/)
+bool PluginVoiceDesk::updateNetworkAudioGroup(int id, const QString& groupName,
+                                              const QVariant& networkAudioIDList)
 {
-    return false;
+    return send(Vocabulary::UpdateNetworkAudioGroup,
+                QVariantMap{
+                    {Vocabulary::groupID, id},
+                    {Vocabulary::groupName, groupName},
+                    {Vocabulary::networkAudioIDList, joinIds(networkAudioIDList)},
+                });
 }
 
-bool PluginVoiceDesk::deleteNetworkAudioSchedule(int /*id*/)
+bool PluginVoiceDesk::deleteNetworkAudioGroup(int id)
 {
-    return false;
+    return send(Vocabulary::DeleteNetworkAudioGroup, id);
 }
 
-void PluginVoiceDesk::getNetworkAudioSchedule() {}
+bool PluginVoiceDesk::addNetworkAudioSchedule(const QVariantMap& schedule)
+{
+    return send(Vocabulary::AddNetworkAudioSchedule, withJoinedLists(schedule));
+}
+
+bool PluginVoiceDesk::updateNetworkAudioSchedule(int id, const QVariantMap& schedule)
+{
+    QVariantMap record = withJoinedLists(schedule);
+    record[Vocabulary::scheduleID] = id;
+    return send(Vocabulary::UpdateNetworkAudioSchedule, record);
+}
+
+bool PluginVoiceDesk::deleteNetworkAudioSchedule(int id)
+{
+    return send(Vocabulary::DeleteNetworkAudioSchedule, id);
+}
+
+void PluginVoiceDesk::getNetworkAudioSchedule()
+{
+    send(Vocabulary::GetNetworkAudioSchedule, QVariant());
+}

@@ -89,7 +89,7 @@ void PluginVoiceDesk::handleStartTalk(QVariant result, void* /*userData*/, QStri
 void PluginVoiceDesk::handleStartTalkToIPAudio(QVariant result, void* userData, QString returnCode,
                                                QString /*errorCode*/, bool /*flag*/, const QString& /*extra*/)
 {
-    const std::unique_ptr<int> deviceId(static_cast<int*>(userData));
+    const std::unique_ptr<int> deviceId = m_pendingTalkRequests.take(userData);
     if (!deviceId) {
         return; // not a reply to a request of ours
     }

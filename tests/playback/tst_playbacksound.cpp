@@ -76,16 +76,9 @@ std::vector<double> frequencies(const WavFiles::Samples& sound)
     return steps;
 }
 
-/** The frequency that half of the time is not above. */
 double medianFrequency(const WavFiles::Samples& sound)
 {
-    auto steps = frequencies(sound);
-    if (steps.empty()) {
-        return 0;
-    }
-    const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
-    std::nth_element(steps.begin(), middle, steps.end());
-    return *middle;
+    return SignalMeasure::medianFrequency(sound, MonitorRecorder::sampleRate);
 }
 
 WavFiles::Samples secondsOf(const WavFiles::Samples& sound, double begin, double end)

@@ -32,6 +32,21 @@ double toneFrequency(const WavFiles::Samples& samples, int sampleRate)
     return periods > 0 ? periods * sampleRate / (last - first) : 0;
 }
 
+double medianFrequency(const WavFiles::Samples& samples, int sampleRate)
+{
+    const std::ptrdiff_t window = sampleRate / 50;
+    std::vector<double> steps;
+    for (auto begin = samples.begin(); samples.end() - begin >= window; begin += window) {
+        steps.push_back(toneFrequency(WavFiles::Samples(begin, begin + window), sampleRate));
+    }
+    if (steps.empty()) {
+        return 0;
+    }
+    const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
+    std::nth_element(steps.begin(), middle, steps.end());
+    return *middle;
+}
+
 Alignment align(const WavFiles::Samples& reference, const WavFiles::Samples& recording, int maxLag)
 {
     Alignment best{0, -2, 0};

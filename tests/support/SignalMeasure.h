@@ -11,6 +11,9 @@ double levelDbfs(const WavFiles::Samples& samples);
 /** The strongest frequency of a steady tone, Hz, by its zero crossings. */
 double toneFrequency(const WavFiles::Samples& samples, int sampleRate);
 
+/** The frequency of most steps of 20 ms, Hz: short gaps do not disturb it. */
+double medianFrequency(const WavFiles::Samples& samples, int sampleRate);
+
 struct Alignment
 {
     int lag;            ///< Samples by which the recording starts earlier (negative) or later (positive).

@@ -1,0 +1,91 @@
+// Network audio groups: the replies that change their model.
+
+#include "PluginVoiceDesk.h"
+#include "models/ItemRoles.h"
+#include "models/ItemRows.h"
+#include "vocabulary/Vocabulary.h"
+
+namespace {
+
+const QString success = QStringLiteral("0");
+
+} // namespace
+
+QVariantList PluginVoiceDesk::toList(const QString& text)
+{
+    QVariantList list;
+    const QStringList pieces = text.split(QLatin1Char(','), Qt::SkipEmptyParts, Qt::CaseSensitive);
+    for (const QString& piece : pieces) {
+        list.append(piece.toInt(nullptr, 10)); // deliberate: what is no number stays in the list as 0
+    }
+    return list;
+}
+
+QVariantList PluginVoiceDesk::getNetworkAudioName(const QVariantList& idList) const
+{
+    QVariantList names;
+    for (const QVariant& id : idList) {
+        const QModelIndexList hits = findRowById(m_ipAudioModel.data(), id.toInt());
+        if (!hits.isEmpty()) { // deliberate: an unknown id leaves no gap, so the lists may not correspond
+            names.append(hits.at(0).data(IPAudioDeviceNameRole));
+        }
+    }
+    return names;
+}
+
+QStandardItem* PluginVoiceDesk::makeGroupRow(QVariantMap record) const
+{
+    const QVariantList ids = toList(record.value(Vocabulary::networkAudioIDList).toString());
+    record[Vocabulary::networkAudioIDList] = ids;
+    record[Vocabulary::networkAudioNameList] = getNetworkAudioName(ids);
+    return makeNetworkAudioGroupRow(record);
+}
+
+void PluginVoiceDesk::handleAddNetworkAudioGroup(const QVariant& result, const QString& returnCode)
+{
+    const QVariantMap record = result.toMap();
+    if (returnCode == success) {
+        m_networkAudioGroupModel->appendRow(makeGroupRow(record));
+    }
+    Q_EMIT addNetworkAudioGroupResponse(returnCode == success, returnCode,
+                                        record.value(Vocabulary::groupID).toInt());
+}
+
+void PluginVoiceDesk::handleUpdateNetworkAudioGroup(const QVariant& result, const QString& returnCode)
+{
+    const QVariantMap record = result.toMap();
+    const int id = record.value(Vocabulary::groupID).toInt();
+    const QModelIndexList hits =
+        returnCode == success ? findRowById(m_networkAudioGroupModel.data(), id) : QModelIndexList();
+    if (!hits.isEmpty()) {
+        const QPersistentModelIndex row = hits.at(0);
+        const auto set = [&](int role, const QVariant& value) {
+            m_networkAudioGroupModel->setData(row, value, role);
+        };
+        const QVariantList ids = toList(record.value(Vocabulary::networkAudioIDList).toString());
+        set(NetworkAudioGroupNameRole, record.value(Vocabulary::groupName).toString());
+        set(NetworkAudioGroupNetworkAudioIDListRole, ids);
+        set(NetworkAudioGroupNetworkAudioNameListRole, getNetworkAudioName(ids));
+    }
+    Q_EMIT updateNetworkAudioGroupResponse(returnCode == success, returnCode, id);
+}
+
+void PluginVoiceDesk::handleDeleteNetworkAudioGroup(const QVariant& result, const QString& returnCode)
+{
+    const int id = result.toInt();
+    const QModelIndexList hits =
+        returnCode == success ? findRowById(m_networkAudioGroupModel.data(), id) : QModelIndexList();
+    if (!hits.isEmpty()) {
+        m_networkAudioGroupModel->removeRow(hits.at(0).row());
+    }
+    Q_EMIT deleteNetworkAudioGroupResponse(returnCode == success, returnCode, id);
+}
+
+void PluginVoiceDesk::handleGetNetworkAudioGroup(const QVariant& result, const QString& /*returnCode*/)
+{
+    m_networkAudioGroupModel->clear(); // deliberate: whatever the code, so a failure leaves an empty model
+    const QVariantList records = result.toList();
+    for (const QVariant& record : records) {
+        m_networkAudioGroupModel->appendRow(makeGroupRow(record.toMap()));
+    }
+}
