@@ -1,6 +1,6 @@
 # Libraries that are installed and called.
 
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Multimedia)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Multimedia Network Sql)
 find_package(Threads REQUIRED)
 find_package(Boost 1.71 REQUIRED COMPONENTS thread)
 find_package(PkgConfig REQUIRED)
@@ -8,4 +8,6 @@ pkg_check_modules(AVCODEC REQUIRED IMPORTED_TARGET libavcodec libavutil)
 pkg_check_modules(SWRESAMPLE REQUIRED IMPORTED_TARGET libswresample libavutil)
 pkg_check_modules(SWSCALE REQUIRED IMPORTED_TARGET libswscale libavutil)
 pkg_check_modules(AMRNB REQUIRED IMPORTED_TARGET opencore-amrnb)
+pkg_check_modules(AVFORMAT REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
+pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
 pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)

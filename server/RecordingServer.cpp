@@ -1,5 +1,10 @@
 #include "RecordingServer.h"
 
+#include "ServerSession.h"
+#include "SpeakerTalk.h"
+
+#include <QDir>
+
 namespace {
 
 constexpr int defaultEchoDelay = 500; // ms
@@ -21,18 +26,132 @@ std::vector<CameraConfig> defaultCameras(const QString& speechFile)
     };
 }
 
+QString RecordingServer::dataPath(const char* name) const
+{
+    if (m_config.dataDirectory.isEmpty()) {
+        return m_temporaryData.filePath(QLatin1String(name));
+    }
+    QDir().mkpath(m_config.dataDirectory);
+    return QDir(m_config.dataDirectory).filePath(QLatin1String(name));
+}
+
 RecordingServer::RecordingServer(ServerConfig config)
-    : m_config(std::move(config)), m_talks(m_config.cameras, m_config.recordingDirectory)
+    : m_config(std::move(config)),
+      m_database(m_config.dataDirectory.isEmpty() ? QString() : dataPath("records.sqlite")),
+      m_secrets(m_config.dataDirectory.isEmpty() ? QString() : dataPath("secret.key")),
+      m_devices(m_database, m_secrets), m_files(m_database, dataPath("files")),
+      m_groups(m_database, m_devices), m_schedules(m_database, m_devices, m_groups, m_files),
+      m_rack(m_config.recordingDirectory, m_config.speakersAloud),
+      m_playback(m_devices, m_groups, m_files, m_rack, m_config.offlineAddresses),
+      m_scheduleRunner(m_schedules, m_config.clock), m_talks(m_config.cameras, m_config.recordingDirectory)
+{
+    if (!m_database.isOpen()) {
+        m_errorString = m_database.errorString();
+    } else if (!m_secrets.isValid()) {
+        m_errorString = QStringLiteral("the key of the passwords cannot be read or written: %1")
+                            .arg(dataPath("secret.key"));
+    }
+    registerTalks();
+    registerRecords();
+    registerPlayback();
+    connect(&m_playback, &PlaybackService::playAudioFailed, this, [this](const QVariantMap& fields) {
+        for (ServerSession* session : qAsConst(m_sessions)) {
+            session->raisePlainEvent(QStringLiteral("PlayAudioFailed"), fields);
+        }
+    });
+    connect(&m_scheduleRunner, &ScheduleRunner::due, this,
+            [this](int, const QString& name, int file, const QList<int>& devices) {
+                m_playback.playUnasked(file, devices, name);
+            });
+    if (isOpen()) {
+        m_scheduleRunner.start();
+    }
+}
+
+void RecordingServer::registerTalks()
 {
     m_executors[QStringLiteral("StartTalk")] = [this](ServerSession& session, const QVariant& payload) {
         return m_talks.startTalk(session, payload);
     };
+    m_executors[QStringLiteral("StartTalkToIPAudio")] = [this](ServerSession& session,
+                                                               const QVariant& payload) {
+        return startTalkToIPAudio(session, payload);
+    };
     m_executors[QStringLiteral("StopTalk")] = [this](ServerSession& session, const QVariant& payload) {
         return m_talks.stopTalk(session, payload);
+    };
+    m_executors[QStringLiteral("StopTalkToIPAudio")] = [this](ServerSession& session,
+                                                              const QVariant& payload) {
+        return m_talks.stopTalkToSpeaker(session, payload.toInt());
     };
     m_executors[QStringLiteral("TalkData")] = [this](ServerSession& session, const QVariant& payload) {
         return m_talks.talkData(session, payload);
     };
+}
+
+void RecordingServer::registerRecords()
+{
+    const auto on = [this](const char* command, auto& store, auto operation) {
+        m_executors[QLatin1String(command)] = [&store, operation](ServerSession&, const QVariant& payload) {
+            return (store.*operation)(payload);
+        };
+    };
+    on("AddIPAudio", m_devices, &DeviceStore::add);
+    on("UpdateIPAudio", m_devices, &DeviceStore::update);
+    on("DeleteIPAudio", m_devices, &DeviceStore::remove);
+    on("UploadFile", m_files, &FileStore::upload);
+    on("DeleteFile", m_files, &FileStore::remove);
+    on("AddNetworkAudioGroup", m_groups, &GroupStore::add);
+    on("UpdateNetworkAudioGroup", m_groups, &GroupStore::update);
+    on("DeleteNetworkAudioGroup", m_groups, &GroupStore::remove);
+    on("AddNetworkAudioSchedule", m_schedules, &ScheduleStore::add);
+    on("UpdateNetworkAudioSchedule", m_schedules, &ScheduleStore::update);
+    on("DeleteNetworkAudioSchedule", m_schedules, &ScheduleStore::remove);
+    const auto list = [this](const char* command, auto& store) {
+        m_executors[QLatin1String(command)] = [&store](ServerSession&, const QVariant&) {
+            return store.list();
+        };
+    };
+    list("RetrieveIPAudioModel", m_devices);
+    list("GetAudioFile", m_files);
+    list("GetNetworkAudioGroup", m_groups);
+    list("GetNetworkAudioSchedule", m_schedules);
+}
+
+void RecordingServer::registerPlayback()
+{
+    for (const char* command : {"PlayAudio", "AlarmPlayIPAudio"}) {
+        const QString name = QLatin1String(command);
+        m_executors[name] = [this, name](ServerSession& session, const QVariant& payload) {
+            return m_playback.play(session, name, payload);
+        };
+    }
+    m_executors[QStringLiteral("PlayGroupAudio")] = [this](ServerSession& session, const QVariant& payload) {
+        return m_playback.playGroup(session, QStringLiteral("PlayGroupAudio"), payload);
+    };
+    m_executors[QStringLiteral("StopCurrentAudio")] = [this](ServerSession&, const QVariant& payload) {
+        return m_playback.stop(payload);
+    };
+    m_executors[QStringLiteral("StopCurrentGroupAudio")] = [this](ServerSession&, const QVariant& payload) {
+        return m_playback.stopGroup(payload);
+    };
+}
+
+/** What keeps a speaker from talking is told in "error" of a success: so the client hears of it in words. */
+ServerReply RecordingServer::startTalkToIPAudio(ServerSession& session, const QVariant& payload)
+{
+    const int id = payload.toInt();
+    const auto device = m_devices.find(id);
+    const auto withError = [](const QString& text) {
+        return done(QVariantMap{{QStringLiteral("error"), text}});
+    };
+    if (!device) {
+        return withError(QStringLiteral("no device has the id %1").arg(id));
+    }
+    if (m_playback.isOffline(*device)) {
+        return withError(QStringLiteral("\"%1\" is offline").arg(device->name));
+    }
+    return m_talks.startTalkToSpeaker(session, id, std::make_unique<SpeakerTalk>(m_rack, id));
 }
 
 std::optional<ServerReply> RecordingServer::execute(ServerSession& session, const QString& command,
@@ -43,13 +162,19 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
     }
     const auto executor = m_executors.constFind(command);
     if (executor == m_executors.constEnd()) {
-        return ServerReply{ReturnCode::unknownCommand, QVariant(),
-                           QStringLiteral("this server does not know the command \"%1\"").arg(command)};
+        return refusal(ReturnCode::unknownCommand,
+                       QStringLiteral("this server does not know the command \"%1\"").arg(command));
     }
     return (*executor)(session, payload);
 }
 
+void RecordingServer::openSession(ServerSession& session)
+{
+    m_sessions.insert(&session);
+}
+
 void RecordingServer::closeSession(ServerSession& session)
 {
+    m_sessions.remove(&session);
     m_talks.closeSession(session);
 }

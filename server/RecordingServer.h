@@ -1,9 +1,13 @@
 #pragma once
 
+#include "PlaybackService.h"
+#include "ScheduleRunner.h"
+#include "ScheduleStore.h"
 #include "ServerReply.h"
 #include "TalkService.h"
 
 #include <QHash>
+#include <QTemporaryDir>
 
 #include <functional>
 #include <optional>
@@ -15,8 +19,12 @@ class ServerSession;
 struct ServerConfig
 {
     std::vector<CameraConfig> cameras;
-    QString recordingDirectory; ///< Created when something is recorded.
-    bool answers = true;        ///< False: takes commands and answers none, to try out a dead server.
+    QString recordingDirectory;     ///< Created when something is recorded.
+    QString dataDirectory;          ///< Of the database and the audio files; empty: they end with the server.
+    QSet<QString> offlineAddresses; ///< Devices at these addresses are not there.
+    bool speakersAloud = false;     ///< Simulated speakers are also heard on this machine.
+    bool answers = true;            ///< False: takes commands and answers none, to try out a dead server.
+    ServerClock clock;
 };
 
 /**
@@ -28,24 +36,39 @@ std::vector<CameraConfig> defaultCameras(const QString& speechFile = QString());
 /**
  * The reference recording server: executes the commands of its sessions.
  *
- *   transport --> ServerSession::submit --> RecordingServer::execute --> service --> ServerReply
+ *   transport --> ServerSession::submit --> RecordingServer::execute --> service or store --> ServerReply
  *
- * A service owns one kind of thing (talks; later devices, files, groups, schedules) and registers its
- * commands here. Lives on one thread.
+ * A service or store owns one kind of thing: talks, devices, files, groups, schedules, playback. Lives on one
+ * thread.
  */
-class RecordingServer
+class RecordingServer : public QObject
 {
+    Q_OBJECT
+
 public:
     explicit RecordingServer(ServerConfig config);
 
     const ServerConfig& config() const { return m_config; }
 
-    /** The recordings written so far, in the order of the talks. */
+    /** Whether its records can be read and written; errorString says why not. */
+    bool isOpen() const { return m_errorString.isEmpty(); }
+    QString errorString() const { return m_errorString; }
+
+    /** The recordings of talks to cameras written so far, in the order of the talks. */
     QStringList recordings() const { return m_talks.recordings(); }
+
+    /** Where a simulated speaker's recording is, once it has played something. */
+    QString speakerRecording(int device) const { return m_rack.recordingPath(device); }
+
+    /** Looks for schedules that are due, beside the regular looks. */
+    void lookAtSchedules() { m_scheduleRunner.look(); }
 
     /** Executes one command; empty when this server answers nothing. Called by sessions. */
     std::optional<ServerReply> execute(ServerSession& session, const QString& command,
                                        const QVariant& payload);
+
+    /** Takes notice of a session. Called by sessions. */
+    void openSession(ServerSession& session);
 
     /** Frees what a session holds. Called by sessions. */
     void closeSession(ServerSession& session);
@@ -53,7 +76,25 @@ public:
 private:
     using Executor = std::function<ServerReply(ServerSession&, const QVariant&)>;
 
+    QString dataPath(const char* name) const;
+    void registerTalks();
+    void registerRecords();
+    void registerPlayback();
+    ServerReply startTalkToIPAudio(ServerSession& session, const QVariant& payload);
+
     ServerConfig m_config;
+    QTemporaryDir m_temporaryData; ///< In the place of a data directory.
+    RecordDatabase m_database;
+    SecretBox m_secrets;
+    DeviceStore m_devices;
+    FileStore m_files;
+    GroupStore m_groups;
+    ScheduleStore m_schedules;
+    SpeakerRack m_rack;
+    PlaybackService m_playback;
+    ScheduleRunner m_scheduleRunner;
     TalkService m_talks;
+    QString m_errorString;
+    QSet<ServerSession*> m_sessions;
     QHash<QString, Executor> m_executors; ///< By command.
 };

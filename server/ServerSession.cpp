@@ -2,7 +2,10 @@
 
 #include "RecordingServer.h"
 
-ServerSession::ServerSession(RecordingServer& server) : m_server(server) {}
+ServerSession::ServerSession(RecordingServer& server) : m_server(server)
+{
+    m_server.openSession(*this);
+}
 
 ServerSession::~ServerSession()
 {
@@ -13,15 +16,25 @@ void ServerSession::submit(const QString& command, const QVariant& payload, void
 {
     const auto reply = m_server.execute(*this, command, payload);
     if (reply) {
-        QMetaObject::invokeMethod(
-            this, [this, command, userData, answer = *reply] { Q_EMIT replied(command, userData, answer); },
-            Qt::QueuedConnection);
+        sendReply(command, userData, *reply);
     }
+}
+
+void ServerSession::sendReply(const QString& command, void* userData, const ServerReply& reply)
+{
+    QMetaObject::invokeMethod(
+        this, [this, command, userData, reply] { Q_EMIT replied(command, userData, reply); },
+        Qt::QueuedConnection);
 }
 
 void ServerSession::raiseEvent(const QString& event, const QVariantMap& fields)
 {
-    const QVariant payload = QVariantMap{{event, fields}};
+    raisePlainEvent(event, {{event, fields}});
+}
+
+void ServerSession::raisePlainEvent(const QString& event, const QVariantMap& fields)
+{
+    const QVariant payload = fields;
     QMetaObject::invokeMethod(
         this, [this, event, payload] { Q_EMIT eventRaised(event, payload); }, Qt::QueuedConnection);
 }

@@ -2,6 +2,7 @@
 
 #include "CameraVoice.h"
 #include "PacketDecoder.h"
+#include "TalkTarget.h"
 #include "WaveFileWriter.h"
 
 #include <QString>
@@ -19,7 +20,7 @@ struct CameraConfig
 };
 
 /** One talk with a simulated camera: what is said is decoded, written to a WAV file, and perhaps answered. */
-class CameraTalk
+class CameraTalk : public TalkTarget
 {
 public:
     /** @param path the recording; replaced when it exists */
@@ -27,13 +28,10 @@ public:
 
     bool isRecording() const { return m_writer.isOpen(); }
     const QString& path() const { return m_path; }
-    int packets() const { return m_packets; }
-
     /** What the camera says. */
     CameraVoice& voice() { return m_voice; }
 
-    /** Hears one packet; false when it is not a talk packet or cannot be stored. */
-    bool hear(const QByteArray& packet);
+    bool hear(const QByteArray& packet) override;
 
 private:
     QString m_path;

@@ -58,9 +58,7 @@ ServerReply TalkService::startTalk(ServerSession& session, const QVariant& paylo
         return refuse(ReturnCode::cameraOffline,
                       QStringLiteral("camera \"%1\" is offline").arg(camera->second.config().name));
     }
-    const auto open = std::count_if(m_talks.begin(), m_talks.end(),
-                                    [&](const auto& talk) { return talk.second.session == &session; });
-    if (static_cast<std::size_t>(open) >= maxTalksPerSession) {
+    if (!mayOpen(session)) {
         return refuse(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
     }
     auto hearing = camera->second.openTalk();
@@ -78,7 +76,7 @@ ServerReply TalkService::startTalk(ServerSession& session, const QVariant& paylo
                       QStringLiteral("the voice of camera \"%1\" cannot be read or encoded").arg(camId));
     }
     m_recordings.append(hearing->path());
-    m_talks.emplace(token, Talk{&session, &camera->second, std::move(hearing)});
+    m_talks.emplace(token, Talk{&session, 0, std::move(hearing), camera->second.config().dropAfterPackets});
     return {ReturnCode::success,
             QVariantMap{
                 {QStringLiteral("camId"), camId},
@@ -86,6 +84,35 @@ ServerReply TalkService::startTalk(ServerSession& session, const QVariant& paylo
                 {QStringLiteral("relayPath"), request.value(QStringLiteral("relayPath")).toString()},
             },
             QString()};
+}
+
+bool TalkService::mayOpen(const ServerSession& session) const
+{
+    const auto open = std::count_if(m_talks.begin(), m_talks.end(),
+                                    [&](const auto& talk) { return talk.second.session == &session; });
+    return static_cast<std::size_t>(open) < maxTalksPerSession;
+}
+
+ServerReply TalkService::startTalkToSpeaker(ServerSession& session, int device,
+                                            std::unique_ptr<TalkTarget> target)
+{
+    if (!mayOpen(session)) {
+        return refuse(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
+    }
+    const QString token = makeToken();
+    m_talks.emplace(token, Talk{&session, device, std::move(target), 0});
+    return done(QVariantMap{{QStringLiteral("deviceID"), device}, {QStringLiteral("talkToken"), token}});
+}
+
+ServerReply TalkService::stopTalkToSpeaker(ServerSession& session, int device)
+{
+    bool found = false;
+    for (auto talk = m_talks.begin(); talk != m_talks.end();) {
+        const bool closes = talk->second.session == &session && talk->second.device == device && device != 0;
+        found = found || closes;
+        talk = closes ? m_talks.erase(talk) : std::next(talk);
+    }
+    return found ? done() : refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk is open to this device"));
 }
 
 ServerReply TalkService::stopTalk(ServerSession& session, const QVariant& payload)
@@ -116,12 +143,11 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
             reply = refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
             continue;
         }
-        if (!talk->second.hearing->hear(*packet)) {
+        if (!talk->second.target->hear(*packet)) {
             reply = refuse(ReturnCode::badTalkPacket, QStringLiteral("the packet cannot be heard"));
             continue;
         }
-        const int dropAfter = talk->second.camera->config().dropAfterPackets;
-        if (dropAfter > 0 && talk->second.hearing->packets() >= dropAfter) {
+        if (++talk->second.packets == talk->second.dropAfter) {
             m_talks.erase(talk);
             session.raiseEvent(QStringLiteral("TalkDisconnected"), {{QStringLiteral("Token"), token}});
         }

@@ -2,6 +2,7 @@
 
 #include "ServerReply.h"
 #include "SimulatedCamera.h"
+#include "TalkTarget.h"
 
 #include <QHash>
 #include <QStringList>
@@ -26,6 +27,13 @@ public:
     TalkService(const std::vector<CameraConfig>& cameras, const QString& recordingDirectory);
 
     ServerReply startTalk(ServerSession& session, const QVariant& payload);
+
+    /** Opens a talk to a speaker, whose end the caller makes. */
+    ServerReply startTalkToSpeaker(ServerSession& session, int device, std::unique_ptr<TalkTarget> target);
+
+    /** Closes a session's talks to a speaker. */
+    ServerReply stopTalkToSpeaker(ServerSession& session, int device);
+
     ServerReply stopTalk(ServerSession& session, const QVariant& payload);
     ServerReply talkData(ServerSession& session, const QVariant& payload);
 
@@ -39,9 +47,13 @@ private:
     struct Talk
     {
         ServerSession* session;
-        SimulatedCamera* camera;
-        std::unique_ptr<CameraTalk> hearing;
+        int device; ///< Of a speaker; 0 for a camera.
+        std::unique_ptr<TalkTarget> target;
+        int dropAfter;   ///< Packets; 0 for never.
+        int packets = 0; ///< Heard.
     };
+
+    bool mayOpen(const ServerSession& session) const;
 
     std::map<QString, SimulatedCamera> m_cameras; ///< By id.
     std::map<QString, Talk> m_talks;              ///< By token.

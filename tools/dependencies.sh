@@ -2,15 +2,15 @@
 
 # The sound plug-in, and the media back end that tells how long a file is: WAV, MP3 and AAC.
 runtime_packages=(
-    libqt5multimedia5-plugins
+    libqt5multimedia5-plugins libqt5sql5-sqlite
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
 )
 
 build_packages=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev qtmultimedia5-dev
-    libavcodec-dev libavutil-dev libswresample-dev libswscale-dev
-    libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev
+    libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
+    libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev libsodium-dev
 )
 
 # A sound server, for machines without sound.
@@ -19,7 +19,7 @@ sound_packages=(
 )
 
 test_packages=(
-    qtdeclarative5-dev qml-module-qtqml clang-format libavformat-dev
+    qtdeclarative5-dev qml-module-qtqml clang-format
     "${sound_packages[@]}" pulseaudio-utils
 )
 

@@ -20,7 +20,6 @@ private Q_SLOTS:
     void tst_setTalkingIsSilent();
     void interfaceCast();
     void captureWrapperSurface();
-    void laterOperationsDoNotPretend();
 };
 
 namespace {
@@ -237,16 +236,6 @@ void TestSurface::captureWrapperSurface()
     QCOMPARE(method.methodType(), QMetaMethod::Signal);
     QCOMPARE(method.methodSignature(), QByteArray("audioCaptured(DWORD,QByteArray)"));
     QCOMPARE(method.parameterNames().join(' '), QByteArray("type dataBuffer"));
-}
-
-void TestSurface::laterOperationsDoNotPretend()
-{
-    PluginFixture f;
-    QVERIFY(!f.plugin->addIPAudio("a", "b", 1, "c", "d", {}));
-    QVERIFY(!f.plugin->uploadFile(QUrl()));
-    QVERIFY(!f.plugin->addNetworkAudioSchedule({}));
-    QCOMPARE(f.plugin->getIPAudioModel(nullptr), nullptr);
-    QVERIFY(f.framework.commands.empty());
 }
 
 QTEST_GUILESS_MAIN(TestSurface)

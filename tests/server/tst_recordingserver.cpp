@@ -144,7 +144,7 @@ void TestRecordingServer::answersLaterAndOnce()
 
 void TestRecordingServer::unknownCommands()
 {
-    for (const char* command : {"GetAudioFile", "starttalk", "", "AlarmPlayIPAudio"}) {
+    for (const char* command : {"GetNothing", "starttalk", "", "addSystemLog"}) {
         const ServerReply reply = ask(command, QVariant());
         QCOMPARE(reply.returnCode, ReturnCode::unknownCommand);
         QVERIFY(reply.errorText.contains(command));

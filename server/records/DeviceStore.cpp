@@ -1,0 +1,184 @@
+#include "DeviceStore.h"
+
+#include "RecordChecks.h"
+
+namespace {
+
+const QString deviceID = QStringLiteral("deviceID");
+const QString bindingCameraList = QStringLiteral("bindingCameraList");
+
+QString textOf(const QVariantMap& record, const char* key)
+{
+    return record.value(QLatin1String(key)).toString();
+}
+
+QStringList camerasOf(const QVariantMap& record)
+{
+    const QString text = record.value(bindingCameraList).toString();
+    return text.isEmpty() ? QStringList() : text.split(QLatin1Char('|'));
+}
+
+const QString selectDevices = QStringLiteral(
+    "SELECT id, name, ip, port, username, password, (SELECT group_concat(camera, '|') FROM "
+    "(SELECT camera FROM device_cameras WHERE device = devices.id ORDER BY position)) FROM devices");
+
+QVariantMap readRecord(const QSqlQuery& row, const SecretBox& secrets)
+{
+    return {
+        {deviceID, row.value(0).toInt()},
+        {QStringLiteral("deviceName"), row.value(1).toString()},
+        {QStringLiteral("ip"), row.value(2).toString()},
+        {QStringLiteral("port"), row.value(3).toInt()},
+        {QStringLiteral("username"), row.value(4).toString()},
+        {QStringLiteral("password"), secrets.unseal(row.value(5).toByteArray())},
+        {bindingCameraList, row.value(6).toString()},
+    };
+}
+
+} // namespace
+
+ServerReply DeviceStore::failed() const
+{
+    return refusal(ReturnCode::storageFailed, m_database.errorString());
+}
+
+std::optional<ServerReply> DeviceStore::check(const QVariantMap& record, int id)
+{
+    using namespace RecordChecks;
+    const QString deviceName = textOf(record, "deviceName");
+    for (const Refusal& bad :
+         {name(deviceName), address(textOf(record, "ip")), port(record.value(QStringLiteral("port")).toInt()),
+          credentials(textOf(record, "username"), textOf(record, "password")), cameras(camerasOf(record))}) {
+        if (bad) {
+            return bad;
+        }
+    }
+    QSqlQuery same = m_database.query();
+    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM devices WHERE name = ? AND id <> ?"),
+                        {deviceName, id})) {
+        return failed();
+    }
+    if (same.next()) {
+        return refusal(ReturnCode::nameTaken,
+                       QStringLiteral("there is a device named \"%1\" already").arg(deviceName));
+    }
+    return std::nullopt;
+}
+
+bool DeviceStore::storeCameras(int id, const QString& cameras)
+{
+    if (!m_database.run(QStringLiteral("DELETE FROM device_cameras WHERE device = ?"), {id})) {
+        return false;
+    }
+    int position = 0;
+    for (const QString& camera : cameras.split(QLatin1Char('|'), Qt::SkipEmptyParts)) {
+        if (!m_database.run(QStringLiteral("INSERT INTO device_cameras VALUES (?, ?, ?)"),
+                            {id, position++, camera})) {
+            return false;
+        }
+    }
+    return true;
+}
+
+ServerReply DeviceStore::add(const QVariant& payload)
+{
+    const QVariantMap record = payload.toMap();
+    if (const auto bad = check(record, -1)) {
+        return *bad;
+    }
+    RecordDatabase::Transaction transaction(m_database);
+    QSqlQuery insert = m_database.query();
+    if (!m_database.run(
+            insert,
+            QStringLiteral("INSERT INTO devices (name, ip, port, username, password) VALUES (?, ?, ?, ?, ?)"),
+            {textOf(record, "deviceName"), textOf(record, "ip"), record.value(QStringLiteral("port")).toInt(),
+             textOf(record, "username"), m_secrets.seal(textOf(record, "password"))})) {
+        return failed();
+    }
+    const int id = insert.lastInsertId().toInt();
+    if (!storeCameras(id, textOf(record, "bindingCameraList")) || !transaction.commit()) {
+        return failed();
+    }
+    const auto stored = recordOf(id);
+    return stored ? done(*stored) : failed();
+}
+
+ServerReply DeviceStore::update(const QVariant& payload)
+{
+    const QVariantMap record = payload.toMap();
+    const int id = record.value(deviceID).toInt();
+    // The refusal carries the id, so that the client can tell which request it was.
+    const QVariantMap onlyId{{deviceID, id}};
+    if (auto bad = check(record, id)) {
+        bad->result = onlyId;
+        return *bad;
+    }
+    RecordDatabase::Transaction transaction(m_database);
+    QSqlQuery change = m_database.query();
+    if (!m_database.run(
+            change,
+            QStringLiteral(
+                "UPDATE devices SET name = ?, ip = ?, port = ?, username = ?, password = ? WHERE id = ?"),
+            {textOf(record, "deviceName"), textOf(record, "ip"), record.value(QStringLiteral("port")).toInt(),
+             textOf(record, "username"), m_secrets.seal(textOf(record, "password")), id})) {
+        return failed();
+    }
+    if (change.numRowsAffected() == 0) {
+        return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id), onlyId);
+    }
+    if (!storeCameras(id, textOf(record, "bindingCameraList")) || !transaction.commit()) {
+        return failed();
+    }
+    const auto stored = recordOf(id);
+    return stored ? done(*stored) : failed();
+}
+
+ServerReply DeviceStore::remove(const QVariant& payload)
+{
+    const int id = payload.toInt();
+    QSqlQuery erase = m_database.query();
+    if (!m_database.run(erase, QStringLiteral("DELETE FROM devices WHERE id = ?"), {id})) {
+        return failed();
+    }
+    if (erase.numRowsAffected() == 0) {
+        return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id), id);
+    }
+    return done(id);
+}
+
+ServerReply DeviceStore::list()
+{
+    QSqlQuery rows = m_database.query();
+    if (!m_database.run(rows, selectDevices + QStringLiteral(" ORDER BY id"))) {
+        return failed();
+    }
+    QVariantList records;
+    while (rows.next()) {
+        records.append(readRecord(rows, m_secrets));
+    }
+    return done(records);
+}
+
+std::optional<QVariantMap> DeviceStore::recordOf(int id)
+{
+    QSqlQuery row = m_database.query();
+    if (!m_database.run(row, selectDevices + QStringLiteral(" WHERE id = ?"), {id}) || !row.next()) {
+        return std::nullopt;
+    }
+    return readRecord(row, m_secrets);
+}
+
+std::optional<DeviceStore::Device> DeviceStore::find(int id)
+{
+    QSqlQuery row = m_database.query();
+    if (!m_database.run(row, QStringLiteral("SELECT name, ip FROM devices WHERE id = ?"), {id}) ||
+        !row.next()) {
+        return std::nullopt;
+    }
+    return Device{id, row.value(0).toString(), row.value(1).toString()};
+}
+
+bool DeviceStore::exist(const QList<int>& ids)
+{
+    return std::all_of(ids.begin(), ids.end(), [this](int id) { return find(id).has_value(); });
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "RecordDatabase.h"
+#include "SecretBox.h"
+#include "ServerReply.h"
+
+#include <QList>
+
+#include <optional>
+
+/** The IP audio devices of the database, in the shape of the protocol. */
+class DeviceStore
+{
+public:
+    DeviceStore(RecordDatabase& database, const SecretBox& secrets) : m_database(database), m_secrets(secrets)
+    {
+    }
+
+    ServerReply add(const QVariant& payload);
+    ServerReply update(const QVariant& payload);
+    ServerReply remove(const QVariant& payload);
+    ServerReply list();
+
+    struct Device
+    {
+        int id;
+        QString name;
+        QString address;
+    };
+    std::optional<Device> find(int id);
+
+    /** Whether all of these devices exist. */
+    bool exist(const QList<int>& ids);
+
+private:
+    std::optional<ServerReply> check(const QVariantMap& record, int id);
+    bool storeCameras(int id, const QString& cameras);
+    std::optional<QVariantMap> recordOf(int id);
+    ServerReply failed() const;
+
+    RecordDatabase& m_database;
+    const SecretBox& m_secrets;
+};

@@ -1,0 +1,133 @@
+#include "FileStore.h"
+
+#include "AudioFileReader.h"
+#include "RecordChecks.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QSaveFile>
+#include <QSet>
+#include <QUuid>
+
+namespace {
+
+constexpr int base64Of(int bytes)
+{
+    return (bytes + 2) / 3 * 4;
+}
+
+} // namespace
+
+FileStore::FileStore(RecordDatabase& database, const QString& folder) : m_database(database), m_folder(folder)
+{
+    QDir().mkpath(m_folder);
+    removeOrphans();
+}
+
+ServerReply FileStore::failed() const
+{
+    return refusal(ReturnCode::storageFailed, m_database.errorString());
+}
+
+/** Contents whose upload was cut off before the database knew of them. */
+void FileStore::removeOrphans()
+{
+    QSet<QString> known;
+    QSqlQuery rows = m_database.query();
+    if (!m_database.run(rows, QStringLiteral("SELECT content FROM files"))) {
+        return;
+    }
+    while (rows.next()) {
+        known.insert(rows.value(0).toString());
+    }
+    QDir folder(m_folder);
+    const QStringList entries = folder.entryList(QDir::Files);
+    for (const QString& entry : entries) {
+        if (!known.contains(entry)) {
+            folder.remove(entry);
+        }
+    }
+}
+
+ServerReply FileStore::upload(const QVariant& payload)
+{
+    const QVariantMap record = payload.toMap();
+    const QString name = record.value(QStringLiteral("filename")).toString();
+    const auto refuse = [](const QString& text) { return refusal(ReturnCode::fileRefused, text); };
+    if (RecordChecks::name(name)) {
+        return refuse(QStringLiteral("the file's name is empty, too long, or has control characters"));
+    }
+    const QByteArray text = record.value(QStringLiteral("content")).toByteArray();
+    if (text.size() > base64Of(largestFile)) {
+        return refuse(QStringLiteral("the file is larger than %1 MiB").arg(largestFile >> 20));
+    }
+    const auto content = QByteArray::fromBase64Encoding(text, QByteArray::AbortOnBase64DecodingErrors);
+    if (!content) {
+        return refuse(QStringLiteral("the content is not Base64"));
+    }
+    const QString contentName = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const QString path = QDir(m_folder).filePath(contentName);
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content.decoded) != content.decoded.size() ||
+        !file.commit()) {
+        return refuse(QStringLiteral("the file cannot be stored: %1").arg(file.errorString()));
+    }
+    const auto length = AudioFileReader::duration(path);
+    if (!length) {
+        QFile::remove(path);
+        return refuse(QStringLiteral("the file holds no sound that can be decoded"));
+    }
+    if (!m_database.run(
+            QStringLiteral(
+                "INSERT INTO files (name, length, status, content, uploaded) VALUES (?, ?, ?, ?, ?)"),
+            {name, *length, static_cast<int>(Ready), contentName,
+             QDateTime::currentDateTimeUtc().toString(Qt::ISODate)})) {
+        QFile::remove(path);
+        return refuse(m_database.errorString());
+    }
+    return list();
+}
+
+ServerReply FileStore::remove(const QVariant& payload)
+{
+    const int id = payload.toInt();
+    const auto file = find(id);
+    if (!file) {
+        return refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(id), id);
+    }
+    if (!m_database.run(QStringLiteral("DELETE FROM files WHERE id = ?"), {id})) {
+        return failed();
+    }
+    QFile::remove(file->path);
+    return list();
+}
+
+ServerReply FileStore::list()
+{
+    QSqlQuery rows = m_database.query();
+    if (!m_database.run(rows, QStringLiteral("SELECT id, name, length, status FROM files ORDER BY id"))) {
+        return failed();
+    }
+    QVariantList entries;
+    while (rows.next()) {
+        entries.append(QVariantMap{
+            {QStringLiteral("audioID"), rows.value(0).toInt()},
+            {QStringLiteral("audioName"), rows.value(1).toString()},
+            {QStringLiteral("audioLength"), rows.value(2).toInt()},
+            {QStringLiteral("audioStatus"), rows.value(3).toInt()},
+        });
+    }
+    return done(entries);
+}
+
+std::optional<FileStore::File> FileStore::find(int id)
+{
+    QSqlQuery row = m_database.query();
+    if (!m_database.run(row, QStringLiteral("SELECT name, content, length FROM files WHERE id = ?"), {id}) ||
+        !row.next()) {
+        return std::nullopt;
+    }
+    return File{id, row.value(0).toString(), QDir(m_folder).filePath(row.value(1).toString()),
+                row.value(2).toInt()};
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "RecordDatabase.h"
+#include "ServerReply.h"
+
+#include <QString>
+
+#include <optional>
+
+/**
+ * The audio files of the library: what is known of them in the database, their content in a folder beside it.
+ * A file's content is on the disk before the database knows of it.
+ */
+class FileStore
+{
+public:
+    static constexpr int largestFile = 32 << 20; // bytes
+
+    /** Values of "audioStatus" that this server gives; the rest are the client's. */
+    enum Status
+    {
+        Ready = 2,
+    };
+
+    /** @param folder made when missing */
+    FileStore(RecordDatabase& database, const QString& folder);
+
+    ServerReply upload(const QVariant& payload);
+    ServerReply remove(const QVariant& payload);
+    ServerReply list();
+
+    struct File
+    {
+        int id;
+        QString name;
+        QString path; ///< Of the content.
+        int length;   ///< ms
+    };
+    std::optional<File> find(int id);
+    bool exists(int id) { return find(id).has_value(); }
+
+private:
+    void removeOrphans();
+    ServerReply failed() const;
+
+    RecordDatabase& m_database;
+    QString m_folder;
+};

@@ -1,0 +1,134 @@
+#include "GroupStore.h"
+
+#include "RecordChecks.h"
+
+#include <algorithm>
+
+namespace {
+
+const QString groupID = QStringLiteral("groupID");
+const QString groupName = QStringLiteral("groupName");
+const QString networkAudioIDList = QStringLiteral("networkAudioIDList");
+
+} // namespace
+
+ServerReply GroupStore::failed() const
+{
+    return refusal(ReturnCode::storageFailed, m_database.errorString());
+}
+
+std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
+{
+    const QString name = record.value(groupName).toString();
+    if (const auto bad = RecordChecks::name(name)) {
+        return bad;
+    }
+    const auto members = RecordChecks::ids(record.value(networkAudioIDList).toString());
+    if (!members || !m_devices.exist(*members)) {
+        return refusal(ReturnCode::badList,
+                       QStringLiteral("the list of devices names one twice, or one that is unknown"));
+    }
+    QSqlQuery same = m_database.query();
+    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM groups WHERE name = ? AND id <> ?"),
+                        {name, id})) {
+        return failed();
+    }
+    if (same.next()) {
+        return refusal(ReturnCode::nameTaken,
+                       QStringLiteral("there is a group named \"%1\" already").arg(name));
+    }
+    return std::nullopt;
+}
+
+ServerReply GroupStore::store(const QVariantMap& record, int id)
+{
+    const auto members = RecordChecks::ids(record.value(networkAudioIDList).toString());
+    if (!members || !m_members.store(id, *members)) {
+        return failed();
+    }
+    return done(QVariantMap{
+        {groupID, id},
+        {groupName, record.value(groupName).toString()},
+        {networkAudioIDList, RecordChecks::joined(*members)},
+    });
+}
+
+ServerReply GroupStore::add(const QVariant& payload)
+{
+    const QVariantMap record = payload.toMap();
+    if (const auto bad = check(record, -1)) {
+        return *bad;
+    }
+    RecordDatabase::Transaction transaction(m_database);
+    QSqlQuery insert = m_database.query();
+    if (!m_database.run(insert, QStringLiteral("INSERT INTO groups (name) VALUES (?)"),
+                        {record.value(groupName).toString()})) {
+        return failed();
+    }
+    ServerReply reply = store(record, insert.lastInsertId().toInt());
+    return reply.returnCode == ReturnCode::success && !transaction.commit() ? failed() : reply;
+}
+
+ServerReply GroupStore::update(const QVariant& payload)
+{
+    const QVariantMap record = payload.toMap();
+    const int id = record.value(groupID).toInt();
+    const QVariantMap onlyId{{groupID, id}};
+    if (auto bad = check(record, id)) {
+        bad->result = onlyId;
+        return *bad;
+    }
+    RecordDatabase::Transaction transaction(m_database);
+    QSqlQuery change = m_database.query();
+    if (!m_database.run(change, QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
+                        {record.value(groupName).toString(), id})) {
+        return failed();
+    }
+    if (change.numRowsAffected() == 0) {
+        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(id), onlyId);
+    }
+    ServerReply reply = store(record, id);
+    return reply.returnCode == ReturnCode::success && !transaction.commit() ? failed() : reply;
+}
+
+ServerReply GroupStore::remove(const QVariant& payload)
+{
+    const int id = payload.toInt();
+    QSqlQuery erase = m_database.query();
+    if (!m_database.run(erase, QStringLiteral("DELETE FROM groups WHERE id = ?"), {id})) {
+        return failed();
+    }
+    if (erase.numRowsAffected() == 0) {
+        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(id), id);
+    }
+    return done(id);
+}
+
+ServerReply GroupStore::list()
+{
+    QSqlQuery rows = m_database.query();
+    if (!m_database.run(rows, QStringLiteral("SELECT id, name, %1 FROM groups ORDER BY id")
+                                  .arg(m_members.joinedColumn("groups")))) {
+        return failed();
+    }
+    QVariantList records;
+    while (rows.next()) {
+        records.append(QVariantMap{
+            {groupID, rows.value(0).toInt()},
+            {groupName, rows.value(1).toString()},
+            {networkAudioIDList, rows.value(2).toString()},
+        });
+    }
+    return done(records);
+}
+
+bool GroupStore::exists(int id)
+{
+    QSqlQuery row = m_database.query();
+    return m_database.run(row, QStringLiteral("SELECT 1 FROM groups WHERE id = ?"), {id}) && row.next();
+}
+
+bool GroupStore::exist(const QList<int>& ids)
+{
+    return std::all_of(ids.begin(), ids.end(), [this](int id) { return exists(id); });
+}

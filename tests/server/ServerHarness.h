@@ -1,0 +1,112 @@
+#pragma once
+
+#include "RecordingServer.h"
+#include "ServerSession.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <vector>
+
+/** A server with one client that asks and waits for the answer. */
+struct ServerHarness
+{
+    explicit ServerHarness(ServerConfig config = ServerConfig())
+    {
+        if (config.recordingDirectory.isEmpty()) {
+            config.recordingDirectory = folder.filePath("recordings");
+        }
+        server = std::make_unique<RecordingServer>(config);
+        session = std::make_unique<ServerSession>(*server);
+        QObject::connect(session.get(), &ServerSession::replied,
+                         [this](const QString& command, void*, const ServerReply& reply) {
+                             replies.push_back({command, reply});
+                         });
+        QObject::connect(session.get(), &ServerSession::eventRaised,
+                         [this](const QString& event, const QVariant& payload) {
+                             events.push_back({event, payload.toMap()});
+                         });
+    }
+
+    ~ServerHarness()
+    {
+        session.reset();
+        server.reset();
+    }
+
+    /** Sends a command and gives the first answer to it that comes. */
+    ServerReply ask(const QString& command, const QVariant& payload = QVariant())
+    {
+        replies.clear();
+        session->submit(command, payload, nullptr);
+        waitFor([this] { return !replies.empty(); });
+        return replies.empty() ? ServerReply{"none", QVariant(), QString()} : replies.front().reply;
+    }
+
+    template<class Condition>
+    static bool waitFor(Condition condition, int timeout = 20000)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (!condition()) {
+            if (clock.elapsed() > timeout) {
+                return false;
+            }
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            QTest::qSleep(1);
+        }
+        return true;
+    }
+
+    static QVariantMap device(const QString& name, const QString& address = QStringLiteral("10.0.0.1"))
+    {
+        return {{"deviceName", name}, {"ip", address},   {"port", 554},
+                {"username", "u"},    {"password", "p"}, {"bindingCameraList", ""}};
+    }
+
+    int addDevice(const QString& name, const QString& address = QStringLiteral("10.0.0.1"))
+    {
+        return ask("AddIPAudio", device(name, address)).result.toMap()["deviceID"].toInt();
+    }
+
+    int addGroup(const QString& name, const QString& ids)
+    {
+        return ask("AddNetworkAudioGroup", QVariantMap{{"groupName", name}, {"networkAudioIDList", ids}})
+            .result.toMap()["groupID"]
+            .toInt();
+    }
+
+    /** Uploads a file; its id, or 0. */
+    int upload(const QString& path)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) {
+            return 0;
+        }
+        const ServerReply reply = ask("UploadFile", QVariantMap{{"filename", QFileInfo(path).fileName()},
+                                                                {"content", file.readAll().toBase64()},
+                                                                {"length", 1}});
+        return reply.returnCode == "0" ? reply.result.toList().last().toMap()["audioID"].toInt() : 0;
+    }
+
+    struct Answer
+    {
+        QString command;
+        ServerReply reply;
+    };
+    struct Event
+    {
+        QString name;
+        QVariantMap payload;
+    };
+
+    QTemporaryDir folder;
+    std::unique_ptr<RecordingServer> server;
+    std::unique_ptr<ServerSession> session;
+    std::vector<Answer> replies;
+    std::vector<Event> events;
+};

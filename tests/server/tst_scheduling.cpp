@@ -1,0 +1,286 @@
+// Schedules by a clock of the test's: weeks go by in milliseconds.
+
+#include "ScheduleRule.h"
+#include "ServerHarness.h"
+#include "WavFiles.h"
+
+class TestScheduling : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void runs_data();
+    void runs();
+    void endIsTheLastStart();
+    void badRecords();
+    void schedulesReallyPlay();
+    void groupsAndDevicesPlayOnce();
+    void disabledSchedulesRest();
+    void missedRunsAreNotMadeUpFor();
+    void clockSetBack();
+    void restartInBetween();
+    void deletedFileIsReported();
+
+private:
+    QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
+
+    QTemporaryDir m_folder;
+};
+
+namespace {
+
+const QTimeZone berlin("Europe/Berlin");
+
+QDateTime local(const QString& text)
+{
+    const QDateTime plain = QDateTime::fromString(text, Qt::ISODate);
+    return QDateTime(plain.date(), plain.time(), berlin);
+}
+
+QVariantMap record(int type, const QString& start, const QVariantList& weekdays = {},
+                   const QString& end = QString())
+{
+    return {{"scheduleType", type},
+            {"scheduleStartTime", start},
+            {"scheduleSettings", QVariantMap{{"weekdays", weekdays}}},
+            {"scheduleEndTime", end},
+            {"enableScheduleEndTime", !end.isEmpty()}};
+}
+
+/** A server with a clock that the test sets, one device and one file. */
+struct Scheduled : ServerHarness
+{
+    explicit Scheduled(const QString& now, const QString& sound, const QString& dataDirectory = QString())
+        : ServerHarness(configOf(dataDirectory)), time(local(now))
+    {
+        current = &time;
+        // The clock was asked while the server was made; begin anew with the right time.
+        session.reset();
+        server.reset();
+        ServerConfig config = configOf(dataDirectory);
+        config.recordingDirectory = folder.filePath("recordings");
+        server = std::make_unique<RecordingServer>(config);
+        session = std::make_unique<ServerSession>(*server);
+        QObject::connect(session.get(), &ServerSession::replied,
+                         [this](const QString& command, void*, const ServerReply& reply) {
+                             replies.push_back({command, reply});
+                         });
+        QObject::connect(session.get(), &ServerSession::eventRaised,
+                         [this](const QString& event, const QVariant& payload) {
+                             events.push_back({event, payload.toMap()});
+                         });
+        if (ask("GetAudioFile").result.toList().isEmpty()) {
+            addDevice("a", "10.0.0.66"); // offline: each attempt to play is told at once, and takes no time
+            upload(sound);
+        }
+    }
+
+    ~Scheduled() { current = nullptr; }
+
+    static ServerConfig configOf(const QString& dataDirectory)
+    {
+        ServerConfig config;
+        config.dataDirectory = dataDirectory;
+        config.offlineAddresses = {"10.0.0.66"};
+        config.clock.zone = berlin;
+        config.clock.now = [] { return current != nullptr ? *current : QDateTime::currentDateTimeUtc(); };
+        return config;
+    }
+
+    QVariantMap schedule(const QVariantMap& times)
+    {
+        QVariantMap made = times;
+        made["scheduleName"] = "s";
+        made["enableSchedule"] = true;
+        made["audioID"] = 1;
+        made["networkAudioIDList"] = "1";
+        made["groupIDList"] = "";
+        return made;
+    }
+
+    /** Lets the time pass until then in steps; how often something was to be played. */
+    int runsUntil(const QString& text, int stepSeconds = 20)
+    {
+        const std::size_t before = events.size();
+        const QDateTime end = local(text);
+        while (time < end) {
+            time = std::min(time.addSecs(stepSeconds), end);
+            server->lookAtSchedules();
+        }
+        QCoreApplication::processEvents();
+        return static_cast<int>(events.size() - before);
+    }
+
+    QDateTime time;
+    static inline const QDateTime* current = nullptr;
+};
+
+} // namespace
+
+void TestScheduling::initTestCase()
+{
+    QVERIFY(WavFiles::write(path("tone.wav"), WavFiles::sine(440, 0.5, 0.5, 16000), 16000));
+}
+
+void TestScheduling::runs_data()
+{
+    QTest::addColumn<QVariantMap>("times");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<QStringList>("expected"); // UTC, as many as given; an empty text for no more
+    QTest::newRow("once") << record(0, "2026-05-04T08:30:00") << "2026-01-01T00:00:00"
+                          << QStringList{"2026-05-04T06:30:00Z", ""};
+    QTest::newRow("once, gone by") << record(0, "2026-05-04T08:30:00") << "2026-05-04T08:30:00"
+                                   << QStringList{""};
+    QTest::newRow("daily") << record(1, "2026-05-04T08:30:00") << "2026-05-04T09:00:00"
+                           << QStringList{"2026-05-05T06:30:00Z", "2026-05-06T06:30:00Z"};
+    QTest::newRow("daily, from its first day")
+        << record(1, "2026-05-04T08:30:00") << "2026-01-01T00:00:00" << QStringList{"2026-05-04T06:30:00Z"};
+    QTest::newRow("daily, just after midnight")
+        << record(1, "2026-05-04T00:00:00") << "2026-05-04T23:59:59" << QStringList{"2026-05-04T22:00:00Z"};
+    QTest::newRow("weekly") << record(2, "2026-05-04T08:30:00", {1, 5}) << "2026-05-04T08:30:00"
+                            << QStringList{"2026-05-08T06:30:00Z", "2026-05-11T06:30:00Z",
+                                           "2026-05-15T06:30:00Z"};
+    QTest::newRow("weekly, Sunday alone") << record(2, "2026-05-04T08:30:00", {7}) << "2026-05-04T00:00:00"
+                                          << QStringList{"2026-05-10T06:30:00Z", "2026-05-17T06:30:00Z"};
+    QTest::newRow("daily, with an end")
+        << record(1, "2026-05-04T08:30:00", {}, "2026-05-06T08:30:00") << "2026-05-04T09:00:00"
+        << QStringList{"2026-05-05T06:30:00Z", "2026-05-06T06:30:00Z", ""};
+    QTest::newRow("weekly, with an end") << record(2, "2026-05-04T08:30:00", {1}, "2026-05-11T08:29:59")
+                                         << "2026-05-04T00:00:00" << QStringList{"2026-05-04T06:30:00Z", ""};
+    // The clock goes from 02:00 to 03:00 on 29 March 2026, and from 03:00 back to 02:00 on 25 October.
+    QTest::newRow("daily, into summer time") << record(1, "2026-03-01T08:30:00") << "2026-03-28T00:00:00"
+                                             << QStringList{"2026-03-28T07:30:00Z", "2026-03-29T06:30:00Z"};
+    QTest::newRow("daily, out of summer time") << record(1, "2026-03-01T08:30:00") << "2026-10-24T00:00:00"
+                                               << QStringList{"2026-10-24T06:30:00Z", "2026-10-25T07:30:00Z"};
+    QTest::newRow("skipped by the clock") << record(1, "2026-03-01T02:30:00") << "2026-03-28T12:00:00"
+                                          << QStringList{"2026-03-29T01:00:00Z", "2026-03-30T00:30:00Z"};
+    QTest::newRow("once, skipped by the clock") << record(0, "2026-03-29T02:30:00") << "2026-03-28T12:00:00"
+                                                << QStringList{"2026-03-29T01:00:00Z", ""};
+    QTest::newRow("twice on the clock") << record(1, "2026-03-01T02:30:00") << "2026-10-24T12:00:00"
+                                        << QStringList{"2026-10-25T00:30:00Z", "2026-10-26T01:30:00Z"};
+}
+
+void TestScheduling::runs()
+{
+    QFETCH(QVariantMap, times);
+    QFETCH(QString, after);
+    QFETCH(QStringList, expected);
+    QString error;
+    const auto rule = ScheduleRule::fromRecord(times, &error);
+    QVERIFY2(rule, qPrintable(error));
+    QDateTime moment = local(after);
+    for (const QString& wanted : expected) {
+        const auto run = rule->nextRun(moment, berlin);
+        QCOMPARE(run ? run->toUTC().toString(Qt::ISODate) : QString(), wanted);
+        if (run) {
+            moment = *run;
+        }
+    }
+}
+
+void TestScheduling::endIsTheLastStart()
+{
+    QString error;
+    const auto rule =
+        ScheduleRule::fromRecord(record(0, "2026-05-04T08:30:00", {}, "2026-05-04T08:30:00"), &error);
+    QVERIFY(rule);
+    QVERIFY(rule->nextRun(local("2026-05-04T08:29:59"), berlin));
+}
+
+void TestScheduling::badRecords()
+{
+    for (const QVariantMap& bad :
+         {QVariantMap(), record(5, "2026-05-04T08:30:00"), record(-1, "2026-05-04T08:30:00"),
+          record(0, "tomorrow"), record(2, "2026-05-04T08:30:00"), record(2, "2026-05-04T08:30:00", {0}),
+          record(2, "2026-05-04T08:30:00", {"Monday"}),
+          record(1, "2026-05-04T08:30:00", {}, "2026-05-04T08:00:00"),
+          record(1, "2026-05-04T08:30:00+02:00")}) {
+        QString error;
+        QVERIFY(!ScheduleRule::fromRecord(bad, &error));
+        QVERIFY(!error.isEmpty());
+    }
+}
+
+void TestScheduling::schedulesReallyPlay()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    const int loudspeaker = server.addDevice("online");
+    QVariantMap schedule = server.schedule(record(1, "2026-05-04T08:30:00"));
+    schedule["networkAudioIDList"] = QString::number(loudspeaker);
+    QCOMPARE(server.ask("AddNetworkAudioSchedule", schedule).returnCode, QString("0"));
+    QCOMPARE(server.runsUntil("2026-05-04T08:29:59"), 0);
+    QVERIFY(!QFile::exists(server.server->speakerRecording(loudspeaker)));
+    server.runsUntil("2026-05-04T08:30:00");
+    QVERIFY(ServerHarness::waitFor(
+        [&] { return WavFiles::read(server.server->speakerRecording(loudspeaker)).size() >= 8000; }));
+    QVERIFY(server.events.empty());
+}
+
+void TestScheduling::groupsAndDevicesPlayOnce()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    server.addDevice("b", "10.0.0.66");
+    server.addGroup("g", "1,2");
+    QVariantMap schedule = server.schedule(record(0, "2026-05-04T08:30:00"));
+    schedule["groupIDList"] = "1";
+    QCOMPARE(server.ask("AddNetworkAudioSchedule", schedule).returnCode, QString("0"));
+    QCOMPARE(server.runsUntil("2026-05-05T08:00:00"), 2); // each of the two, though one is named twice
+    QCOMPARE(server.events[0].payload["alarmName"], QVariant("s"));
+}
+
+void TestScheduling::disabledSchedulesRest()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    QVariantMap schedule = server.schedule(record(1, "2026-05-04T08:30:00"));
+    schedule["enableSchedule"] = false;
+    server.ask("AddNetworkAudioSchedule", schedule);
+    QCOMPARE(server.runsUntil("2026-05-06T09:00:00"), 0);
+    schedule["enableSchedule"] = true;
+    schedule["scheduleID"] = 1;
+    server.ask("UpdateNetworkAudioSchedule", schedule);
+    QCOMPARE(server.runsUntil("2026-05-08T09:00:00"), 2);
+}
+
+void TestScheduling::missedRunsAreNotMadeUpFor()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    server.ask("AddNetworkAudioSchedule", server.schedule(record(1, "2026-05-04T08:30:00")));
+    QCOMPARE(server.runsUntil("2026-05-04T12:00:00", 4 * 3600), 0); // asleep over it
+    QCOMPARE(server.runsUntil("2026-05-05T08:30:10", 25), 1);       // a little late is in time
+}
+
+void TestScheduling::clockSetBack()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    server.ask("AddNetworkAudioSchedule", server.schedule(record(0, "2026-05-04T08:30:00")));
+    QCOMPARE(server.runsUntil("2026-05-04T08:31:00"), 1);
+    server.time = local("2026-05-04T08:20:00");
+    server.server->lookAtSchedules();
+    QCOMPARE(server.runsUntil("2026-05-04T08:31:00"), 1); // the moment comes again, by this clock
+}
+
+void TestScheduling::restartInBetween()
+{
+    const QString data = path("restart");
+    {
+        Scheduled server("2026-05-04T08:00:00", path("tone.wav"), data);
+        server.ask("AddNetworkAudioSchedule", server.schedule(record(1, "2026-05-04T08:30:00")));
+        QCOMPARE(server.runsUntil("2026-05-05T08:29:50"), 1);
+    }
+    Scheduled server("2026-05-05T08:30:05", path("tone.wav"), data); // down over the moment
+    QCOMPARE(server.runsUntil("2026-05-05T20:00:00"), 0);
+    QCOMPARE(server.runsUntil("2026-05-06T20:00:00"), 1);
+}
+
+void TestScheduling::deletedFileIsReported()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    server.ask("AddNetworkAudioSchedule", server.schedule(record(0, "2026-05-04T08:30:00")));
+    server.ask("DeleteFile", 1);
+    QCOMPARE(server.runsUntil("2026-05-04T09:00:00"), 1);
+    QVERIFY(server.events[0].payload["error"].toString().contains("no audio file"));
+}
+
+QTEST_GUILESS_MAIN(TestScheduling)
+#include "tst_scheduling.moc"
