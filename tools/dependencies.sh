@@ -8,9 +8,9 @@ runtime_packages=(
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qtbase5-dev qtmultimedia5-dev
+    qtbase5-dev qtmultimedia5-dev libqt5websockets5-dev
     libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
-    libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev libsodium-dev
+    libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev libsodium-dev libssl-dev
 )
 
 # A sound server, for machines without sound.

@@ -1,0 +1,119 @@
+#include "SocketLink.h"
+
+#include <WireMessage.h>
+
+#include <QCryptographicHash>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslError>
+
+namespace {
+
+constexpr int firstRetryDelay = 250; // ms
+constexpr int longestRetryDelay = 5000;
+constexpr quint64 largestMessage = 256U << 20U; // bytes
+
+} // namespace
+
+SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m_retryDelay(firstRetryDelay)
+{
+    m_socket.setMaxAllowedIncomingMessageSize(largestMessage);
+    m_socket.setMaxAllowedIncomingFrameSize(largestMessage);
+    m_retryTimer.setSingleShot(true);
+    connect(&m_retryTimer, &QTimer::timeout, this, &SocketLink::open);
+    connect(&m_socket, &QWebSocket::connected, this, [this] {
+        WireMessage login;
+        login.kind = WireMessage::Login;
+        login.name = m_config.user;
+        login.secret = m_config.secret;
+        m_socket.sendBinaryMessage(login.toBytes());
+    });
+    connect(&m_socket, &QWebSocket::binaryMessageReceived, this, &SocketLink::receive);
+    connect(&m_socket, &QWebSocket::disconnected, this, [this] {
+        end(m_socket.closeReason().isEmpty() ? m_socket.errorString() : m_socket.closeReason());
+    });
+    connect(&m_socket, QOverload<QAbstractSocket::SocketError>::of(&QWebSocket::error), this,
+            [this] { end(m_socket.errorString()); });
+    connect(&m_socket, &QWebSocket::sslErrors, this, &SocketLink::checkCertificate);
+}
+
+SocketLink::~SocketLink()
+{
+    m_socket.disconnect(this);
+}
+
+void SocketLink::open()
+{
+    m_socket.open(m_config.url);
+}
+
+/** A certificate that the server signed itself is as good as one of the system's when it is the expected one.
+ */
+void SocketLink::checkCertificate(const QList<QSslError>& errors)
+{
+    if (m_config.fingerprint.isEmpty() || errors.isEmpty()) {
+        return;
+    }
+    const QByteArray digest = errors.first().certificate().digest(QCryptographicHash::Sha256).toHex();
+    if (digest == m_config.fingerprint.toLatin1().toLower()) {
+        m_socket.ignoreSslErrors();
+    }
+}
+
+void SocketLink::end(const QString& reason)
+{
+    m_ready = false;
+    m_userData.clear();
+    if (m_retryTimer.isActive()) {
+        return; // an error and the end of the connection come both
+    }
+    Q_EMIT lost(reason, m_final);
+    if (!m_final) {
+        m_retryTimer.start(m_retryDelay);
+        m_retryDelay = qMin(2 * m_retryDelay, longestRetryDelay);
+    }
+}
+
+bool SocketLink::send(const QString& command, const QVariant& payload, void* userData)
+{
+    if (!m_ready) {
+        return false;
+    }
+    WireMessage message;
+    message.kind = WireMessage::Command;
+    message.id = ++m_lastId != 0 ? m_lastId : ++m_lastId;
+    message.name = command;
+    message.payload = payload;
+    m_userData.insert(message.id, userData);
+    m_socket.sendBinaryMessage(message.toBytes());
+    return true;
+}
+
+void SocketLink::receive(const QByteArray& bytes)
+{
+    const auto message = WireMessage::fromBytes(bytes);
+    if (!message) {
+        m_socket.close(QWebSocketProtocol::CloseCodeBadOperation, QStringLiteral("not a message"));
+        return;
+    }
+    switch (message->kind) {
+    case WireMessage::Welcome:
+        m_ready = true;
+        m_retryDelay = firstRetryDelay;
+        Q_EMIT connected();
+        break;
+    case WireMessage::Refused:
+        m_final = true;
+        break; // the server closes, and tells why
+    case WireMessage::Reply:
+        // Further replies to a command come without its user data, which its first reply has used up.
+        Q_EMIT replied(message->name, message->payload, m_userData.take(message->id), message->code,
+                       message->text);
+        break;
+    case WireMessage::Event:
+        Q_EMIT eventRaised(message->name, message->payload);
+        break;
+    default:
+        break;
+    }
+}

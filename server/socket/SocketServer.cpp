@@ -1,0 +1,50 @@
+#include "SocketServer.h"
+
+#include "ServerCertificate.h"
+#include "SocketClient.h"
+
+#include <QSslConfiguration>
+#include <QWebSocket>
+
+SocketServer::SocketServer(RecordingServer& server, SocketConfig config, const ServerCertificate* certificate)
+    : m_recordingServer(server), m_config(std::move(config)),
+      m_server(QStringLiteral("VoiceDesk"),
+               certificate != nullptr ? QWebSocketServer::SecureMode : QWebSocketServer::NonSecureMode)
+{
+    if (certificate != nullptr) {
+        QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+        tls.setLocalCertificate(certificate->certificate);
+        tls.setPrivateKey(certificate->key);
+        tls.setPeerVerifyMode(QSslSocket::VerifyNone); // clients show who they are by logging in
+        m_server.setSslConfiguration(tls);
+    }
+    m_server.setMaxPendingConnections(m_config.maxClients);
+    connect(&m_server, &QWebSocketServer::newConnection, this, &SocketServer::accept);
+}
+
+SocketServer::~SocketServer()
+{
+    m_server.close();
+    m_clients.clear();
+}
+
+bool SocketServer::listen()
+{
+    return m_server.listen(m_config.address, m_config.port);
+}
+
+void SocketServer::accept()
+{
+    while (QWebSocket* socket = m_server.nextPendingConnection()) {
+        if (clients() >= m_config.maxClients) {
+            socket->close(QWebSocketProtocol::CloseCodePolicyViolated, QStringLiteral("too many clients"));
+            socket->deleteLater();
+            continue;
+        }
+        auto client = std::make_unique<SocketClient>(m_recordingServer, m_config, socket);
+        SocketClient* key = client.get();
+        connect(
+            key, &SocketClient::gone, this, [this, key] { m_clients.erase(key); }, Qt::QueuedConnection);
+        m_clients.emplace(key, std::move(client));
+    }
+}
