@@ -13,6 +13,7 @@ AudioOutput::~AudioOutput()
 {
     quit();
     wait();
+    m_audioOutput.load(std::memory_order_acquire); // from here on all that the thread did is visible
 }
 
 void AudioOutput::run()
