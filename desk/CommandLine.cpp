@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "Commands.h"
 #include "InterruptFlag.h"
 #include "TalkCommand.h"
 #include "TalkOptionReader.h"
@@ -8,20 +9,29 @@
 
 namespace {
 
-constexpr char help[] = R"(voicedesk - talk to cameras through the VoiceDesk plug-in, without a window
+constexpr char help[] =
+    R"(voicedesk - talk to cameras and speakers through the VoiceDesk plug-in, without a window
 
 usage: voicedesk COMMAND [options]
 
 commands:
   talk       talk to a camera of a simulated server inside of this program
   cameras    list that server's cameras
+  devices    list, add, update, delete network speakers
+  files      list, add, delete audio files
+  groups     list, add, update, delete groups of speakers
+  schedules  list, add, update, delete schedules
+  play       play an audio file on a speaker or group
+  stop       stop what a speaker or group plays
+  say        talk to one or several speakers
+  serve      run the server alone, for other programs
 
 voicedesk COMMAND --help tells a command's options.
 
 exit status:
-  0  done             3  no microphone      6  the camera was lost
-  1  wrong usage      4  talk refused       7  the microphone gave no sound
-  2  no plug-in       5  no answer
+  0  done             3  no microphone      6  the talk was lost
+  1  wrong usage      4  refused            7  the microphone gave no sound
+  2  no plug-in       5  no answer          8  the server cannot start
 )";
 
 int usageError(const QString& message)
@@ -73,8 +83,17 @@ int runCommandLine(const QStringList& arguments)
     }
     QStringList rest = arguments.mid(1);
     rest[0] = QStringLiteral("voicedesk ") + command;
-    if (command == QLatin1String("talk")) {
-        return runTalk(rest);
+    const QList<QPair<QString, int (*)(const QStringList&)>> commands{
+        {QStringLiteral("talk"), runTalk},           {QStringLiteral("devices"), runDevices},
+        {QStringLiteral("files"), runFiles},         {QStringLiteral("groups"), runGroups},
+        {QStringLiteral("schedules"), runSchedules}, {QStringLiteral("play"), runPlay},
+        {QStringLiteral("stop"), runStop},           {QStringLiteral("say"), runSay},
+        {QStringLiteral("serve"), runServe},
+    };
+    for (const auto& [name, run] : commands) {
+        if (command == name) {
+            return run(rest);
+        }
     }
     if (command == QLatin1String("cameras")) {
         return runCameras();

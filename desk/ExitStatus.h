@@ -11,4 +11,5 @@ enum ExitStatus
     ExitNoAnswer = 5,
     ExitTalkLost = 6,
     ExitNothingSent = 7,
+    ExitServerFailed = 8,
 };
