@@ -9,6 +9,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include <atomic>
 #include <future>
 #include <optional>
 
@@ -79,8 +80,23 @@ public:
     /** Whether the device opened; waits for the thread to try. */
     bool opened() { return m_opened.get_future().get(); }
 
+    /** Ends the thread; from then on all that it did is visible. */
+    void end()
+    {
+        quit();
+        wait();
+        m_ended.load(std::memory_order_acquire);
+    }
+
 protected:
     void run() override
+    {
+        capture();
+        m_ended.store(true, std::memory_order_release);
+    }
+
+private:
+    void capture()
     {
         const QAudioDeviceInfo device = findDevice(m_deviceName);
         // Where there is no device, Qt may offer one without a format in its place.
@@ -137,10 +153,10 @@ protected:
         input.stop();
     }
 
-private:
     QString m_deviceName;
     SampleQueue& m_queue;
     std::promise<bool> m_opened;
+    std::atomic<bool> m_ended{false};
 };
 
 MicrophoneSource::MicrophoneSource(QString deviceName)
@@ -152,8 +168,7 @@ MicrophoneSource::MicrophoneSource(QString deviceName)
 MicrophoneSource::~MicrophoneSource()
 {
     MicrophoneSource::stop();
-    m_thread->quit();
-    m_thread->wait();
+    m_thread->end();
 }
 
 Code MicrophoneSource::start()
