@@ -51,7 +51,7 @@ public:
     const ServerConfig& config() const { return m_config; }
 
     /** Whether its records can be read and written; errorString says why not. */
-    bool isOpen() const { return m_errorString.isEmpty(); }
+    bool isOpen() const { return m_database.isOpen() && m_secrets.isValid(); }
     QString errorString() const { return m_errorString; }
 
     /** The recordings of talks to cameras written so far, in the order of the talks. */

@@ -113,6 +113,9 @@ QSqlQuery RecordDatabase::query() const
 
 bool RecordDatabase::run(QSqlQuery& query, const QString& statement, const QVariantList& values)
 {
+    if (!QSqlDatabase::database(m_connection, false).isOpen()) {
+        return false; // errorString says why it never opened
+    }
     bool done = query.prepare(statement);
     if (done) {
         for (const QVariant& value : values) {

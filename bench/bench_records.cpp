@@ -1,0 +1,160 @@
+// The records in the plug-in: looking up, adding, updating, whole lists, and a keystroke in the search of
+// groups, by the number of rows.
+
+#include "PluginVoiceDesk.h"
+#include "models/ItemRows.h"
+#include "models/NetworkAudioGroupTreeSortFilterModel.h"
+
+#include <QCoreApplication>
+#include <QSortFilterProxyModel>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+QVariantMap device(int id)
+{
+    return {
+        {QStringLiteral("deviceID"), id},
+        {QStringLiteral("deviceName"), QStringLiteral("Speaker %1").arg(id * 7919 % 100000)},
+        {QStringLiteral("ip"), QStringLiteral("10.0.0.1")},
+        {QStringLiteral("port"), 554},
+        {QStringLiteral("username"), QStringLiteral("u")},
+        {QStringLiteral("password"), QStringLiteral("p")},
+        {QStringLiteral("bindingCameraList"), QStringLiteral("a|b")},
+    };
+}
+
+QVariantList devices(std::int64_t count)
+{
+    QVariantList list;
+    for (int id = 1; id <= count; ++id) {
+        list.append(device(id));
+    }
+    return list;
+}
+
+QVariantList groups(std::int64_t count)
+{
+    QVariantList list;
+    for (int id = 1; id <= count; ++id) {
+        list.append(QVariantMap{
+            {QStringLiteral("groupID"), id},
+            {QStringLiteral("groupName"), QStringLiteral("Group %1").arg(id * 7919 % 100000)},
+            {QStringLiteral("networkAudioIDList"), QStringLiteral("1,2,3,4")},
+        });
+    }
+    return list;
+}
+
+/** A plug-in that answers come to, and a proxy on its devices. */
+struct Fixture
+{
+    explicit Fixture(std::int64_t count = 0)
+    {
+        plugin.InitialPluginBase(nullptr, nullptr, nullptr);
+        proxy = qobject_cast<QSortFilterProxyModel*>(plugin.getIPAudioModel(&plugin));
+        if (count > 0) {
+            reply("RetrieveIPAudioModel", devices(count));
+        }
+    }
+
+    void reply(const char* command, const QVariant& result)
+    {
+        plugin.CommandProcessor(QLatin1String(command), result, nullptr, QStringLiteral("0"), QString(),
+                                false, QString());
+    }
+
+    PluginVoiceDesk plugin;
+    QSortFilterProxyModel* proxy;
+};
+
+void findLastRow(benchmark::State& state)
+{
+    const Fixture fixture(state.range(0));
+    const QAbstractItemModel* model = fixture.proxy->sourceModel();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(findRowById(model, static_cast<int>(state.range(0))));
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void addToList(benchmark::State& state)
+{
+    Fixture fixture(state.range(0));
+    int id = static_cast<int>(state.range(0));
+    for (auto _ : state) {
+        fixture.reply("AddIPAudio", device(++id));
+        state.PauseTiming();
+        if (id % 100 == 0) {
+            fixture.reply("RetrieveIPAudioModel", devices(state.range(0)));
+            id = static_cast<int>(state.range(0));
+        }
+        state.ResumeTiming();
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void updateLastRow(benchmark::State& state)
+{
+    Fixture fixture(state.range(0));
+    const QVariantMap record = device(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        fixture.reply("UpdateIPAudio", record);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void fullListIntoSortedProxy(benchmark::State& state)
+{
+    Fixture fixture;
+    const QVariantList list = devices(state.range(0));
+    for (auto _ : state) {
+        fixture.reply("RetrieveIPAudioModel", list);
+        benchmark::DoNotOptimize(fixture.proxy->index(0, 0).data(258));
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void groupFilterKeystroke(benchmark::State& state)
+{
+    Fixture fixture(10);
+    fixture.reply("GetNetworkAudioGroup", groups(state.range(0)));
+    auto* proxy = qobject_cast<NetworkAudioGroupTreeSortFilterModel*>(
+        fixture.plugin.getNetworkAudioGroupModel(&fixture.plugin));
+    const QString typed = QStringLiteral("group 12");
+    int length = 0;
+    for (auto _ : state) {
+        length = length % typed.size() + 1;
+        proxy->setFilter(typed.left(length));
+        benchmark::DoNotOptimize(proxy->rowCount());
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+} // namespace
+
+BENCHMARK(findLastRow)->Arg(100)->Arg(1000)->Arg(10000)->Complexity()->Unit(benchmark::kMicrosecond);
+BENCHMARK(addToList)
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Complexity()
+    ->Unit(benchmark::kMicrosecond)
+    ->Iterations(1000);
+BENCHMARK(updateLastRow)->Arg(100)->Arg(1000)->Arg(10000)->Complexity()->Unit(benchmark::kMicrosecond);
+BENCHMARK(fullListIntoSortedProxy)
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Complexity()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(groupFilterKeystroke)->Arg(100)->Arg(1000)->Arg(10000)->Complexity()->Unit(benchmark::kMillisecond);
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVariant>
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+/** Trees of QVariants from a fuzzer's bytes, with the keys and values that handlers look for among them. */
+inline QVariant variantTree(FuzzedDataProvider& input, int depth = 0)
+{
+    static const char* const keys[] = {"deviceID",
+                                       "deviceName",
+                                       "bindingCameraList",
+                                       "groupID",
+                                       "groupName",
+                                       "scheduleID",
+                                       "networkAudioIDList",
+                                       "groupIDList",
+                                       "audioID",
+                                       "audioStatus",
+                                       "progress",
+                                       "error",
+                                       "talkToken",
+                                       "camId",
+                                       "relayPath",
+                                       "guid",
+                                       "AudioReceived",
+                                       "TalkDisconnected",
+                                       "Token",
+                                       "port"};
+    switch (input.ConsumeIntegralInRange(0, depth < 4 ? 9 : 6)) {
+    case 0:
+        return QVariant();
+    case 1:
+        return input.ConsumeIntegral<int>();
+    case 2:
+        return input.ConsumeIntegral<unsigned>();
+    case 3:
+        return QString::fromStdString(input.ConsumeRandomLengthString(40));
+    case 4:
+        return QByteArray::fromStdString(input.ConsumeRandomLengthString(40));
+    case 5:
+        return input.ConsumeBool();
+    case 6:
+        return input.ConsumeFloatingPoint<double>();
+    case 7: {
+        QVariantList list;
+        for (int left = input.ConsumeIntegralInRange(0, 5); left > 0; --left) {
+            list.append(variantTree(input, depth + 1));
+        }
+        return list;
+    }
+    case 8: {
+        QStringList list;
+        for (int left = input.ConsumeIntegralInRange(0, 5); left > 0; --left) {
+            list.append(QString::fromStdString(input.ConsumeRandomLengthString(10)));
+        }
+        return list;
+    }
+    default: {
+        QVariantMap map;
+        for (int left = input.ConsumeIntegralInRange(0, 8); left > 0; --left) {
+            const QString key = input.ConsumeBool()
+                                    ? QString::fromLatin1(input.PickValueInArray(keys))
+                                    : QString::fromStdString(input.ConsumeRandomLengthString(10));
+            map.insert(key, variantTree(input, depth + 1));
+        }
+        return map;
+    }
+    }
+}
