@@ -1,6 +1,6 @@
 # Libraries that are installed and called.
 
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Multimedia Network Sql Concurrent WebSockets)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Multimedia Network Sql WebSockets)
 find_package(OpenSSL 3.0 REQUIRED)
 find_package(Threads REQUIRED)
 find_package(Boost 1.71 REQUIRED COMPONENTS thread)

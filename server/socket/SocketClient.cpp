@@ -2,27 +2,15 @@
 
 #include "ServerSession.h"
 
-#include <QFutureWatcher>
-#include <QThreadPool>
-#include <QtConcurrent>
-
 namespace {
 
 constexpr quint64 largestLogin = 16384; // bytes
-constexpr int loginThreads = 2;
-
-/** Where passwords are looked at: that takes its time, and the server has other clients. */
-QThreadPool& loginPool()
-{
-    static QThreadPool pool;
-    pool.setMaxThreadCount(loginThreads);
-    return pool;
-}
 
 } // namespace
 
-SocketClient::SocketClient(RecordingServer& server, const SocketConfig& config, QWebSocket* socket)
-    : m_server(server), m_config(config), m_socket(socket)
+SocketClient::SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
+                           QWebSocket* socket)
+    : m_server(server), m_config(config), m_logins(logins), m_socket(socket)
 {
     m_socket->setParent(nullptr);
     m_socket->setMaxAllowedIncomingMessageSize(largestLogin);
@@ -31,6 +19,12 @@ SocketClient::SocketClient(RecordingServer& server, const SocketConfig& config, 
     connect(m_socket.get(), &QWebSocket::textMessageReceived, this,
             [this] { drop(QStringLiteral("messages are binary")); });
     connect(m_socket.get(), &QWebSocket::disconnected, this, &SocketClient::gone);
+    connect(&m_logins, &LoginChecker::checked, this, [this](quint64 number, bool admitted) {
+        if (number == m_loginNumber && !m_dropped) {
+            m_loginNumber = 0;
+            answerLogin(admitted);
+        }
+    });
     m_loginTimer.setSingleShot(true);
     connect(&m_loginTimer, &QTimer::timeout, this, [this] { drop(QStringLiteral("no login")); });
     m_loginTimer.start(m_config.loginTimeout);
@@ -100,22 +94,11 @@ void SocketClient::receive(const QByteArray& bytes)
 
 void SocketClient::login(const WireMessage& message)
 {
-    if (message.kind != WireMessage::Login || m_verifying) {
+    if (message.kind != WireMessage::Login || m_loginNumber != 0) {
         drop(QStringLiteral("not logged in"));
         return;
     }
-    m_verifying = true;
-    auto* verdict = new QFutureWatcher<bool>(this);
-    connect(verdict, &QFutureWatcher<bool>::finished, this, [this, verdict] {
-        verdict->deleteLater();
-        m_verifying = false;
-        if (!m_dropped) {
-            answerLogin(verdict->result());
-        }
-    });
-    verdict->setFuture(QtConcurrent::run(&loginPool(), [users = m_config.users, message] {
-        return users.admits(message.name, message.secret);
-    }));
+    m_loginNumber = m_logins.check(message.name, message.secret);
 }
 
 void SocketClient::answerLogin(bool admitted)

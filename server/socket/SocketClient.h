@@ -17,7 +17,8 @@ class SocketClient : public QObject
 
 public:
     /** @param socket owned from now on */
-    SocketClient(RecordingServer& server, const SocketConfig& config, QWebSocket* socket);
+    SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
+                 QWebSocket* socket);
     ~SocketClient() override;
 
 Q_SIGNALS:
@@ -34,9 +35,10 @@ private:
 
     RecordingServer& m_server;
     const SocketConfig& m_config;
+    LoginChecker& m_logins;
     std::unique_ptr<QWebSocket> m_socket;
     std::unique_ptr<ServerSession> m_session; ///< Null until the login.
     QTimer m_loginTimer;
-    bool m_verifying = false; ///< A login is being looked at.
+    quint64 m_loginNumber = 0; ///< Of the login that is being looked at; 0 for none.
     bool m_dropped = false;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LoginChecker.h"
 #include "RecordingServer.h"
 #include "UserBook.h"
 
@@ -59,6 +60,7 @@ private:
 
     RecordingServer& m_recordingServer;
     SocketConfig m_config;
+    LoginChecker m_logins;
     QWebSocketServer m_server;
     std::map<SocketClient*, std::unique_ptr<SocketClient>> m_clients;
 };
