@@ -12,6 +12,7 @@ namespace {
 class Host : public FrameworkWrapperBase
 {
 public:
+    virtual ~Host() = default;
     void reservedOperation() override {}
     bool SendCommand(void*, const QString&, const QString&, const QVariant&, void*, bool,
                      const QString&) override

@@ -36,22 +36,7 @@ DecoderContext* CreateDecoder_ALaw(std::uint32_t sampleRate, std::uint32_t chann
 
 // The speech codecs that libavcodec is not used for have no engine yet: their packets are silence.
 
-DecoderContext* CreateDecoderSorvixG7221()
-{
-    return nullptr;
-}
-
 DecoderContext* CreateDecoderSorvixG729A()
-{
-    return nullptr;
-}
-
-DecoderContext* CreateDecoderG726Left(std::uint32_t /*bitRate*/)
-{
-    return nullptr;
-}
-
-DecoderContext* CreateDecoderG726Right(std::uint32_t /*bitRate*/)
 {
     return nullptr;
 }
