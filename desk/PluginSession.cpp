@@ -78,7 +78,7 @@ bool PluginSession::wait(const std::function<bool()>& condition, int timeout)
     deadline.setSingleShot(true);
     connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
     deadline.start(timeout > 0 ? timeout : m_options.timeout);
-    while (!condition() && deadline.isActive()) {
+    while (!condition() && deadline.isActive() && m_lost.isEmpty()) {
         loop.processEvents(QEventLoop::WaitForMoreEvents);
     }
     return condition();

@@ -31,6 +31,22 @@ double soundFileDuration(const QString& path)
     return static_cast<double>(info.frames) / info.samplerate;
 }
 
+/** How long a camera speaks, seconds; negative when its file cannot be read. */
+double speechDuration(const CameraVoiceConfig& voice)
+{
+    const bool recorded =
+        voice.codec == TalkCodec::G726 || voice.codec == TalkCodec::G7221 || voice.codec == TalkCodec::G729A;
+    if (!recorded) {
+        return soundFileDuration(voice.file);
+    }
+    const auto packets = readRecordedStream(voice.file, voice.codec);
+    double samples = 0;
+    for (const RecordedPacket& packet : packets) {
+        samples += packet.samples;
+    }
+    return packets.empty() ? -1 : samples / recordedFormat(voice.codec).sampleRate;
+}
+
 } // namespace
 
 TalkCommand::TalkCommand(TalkOptions options)
@@ -101,7 +117,7 @@ bool TalkCommand::prolongForTheCamera()
             m_options.seconds += camera.voice.echoDelay / 1000.0 + echoTail;
         }
         if (camera.voice.kind == CameraVoiceConfig::File) {
-            const double duration = soundFileDuration(camera.voice.file);
+            const double duration = speechDuration(camera.voice);
             if (duration < 0) {
                 std::fprintf(stderr, "voicedesk: %s is not a sound file that can be read.\n",
                              qPrintable(camera.voice.file));

@@ -13,10 +13,10 @@ constexpr double longestEchoDelay = 5000; // ms
 constexpr int packetsOfASecond = 12;
 
 const QList<QPair<QString, TalkCodec>> codecs{
-    {QStringLiteral("pcmu"), TalkCodec::PcmMuLaw},
-    {QStringLiteral("pcma"), TalkCodec::PcmALaw},
-    {QStringLiteral("aac"), TalkCodec::Aac},
-    {QStringLiteral("amr"), TalkCodec::AmrNb},
+    {QStringLiteral("pcmu"), TalkCodec::PcmMuLaw}, {QStringLiteral("pcma"), TalkCodec::PcmALaw},
+    {QStringLiteral("aac"), TalkCodec::Aac},       {QStringLiteral("amr"), TalkCodec::AmrNb},
+    {QStringLiteral("g726"), TalkCodec::G726},     {QStringLiteral("g7221"), TalkCodec::G7221},
+    {QStringLiteral("g729a"), TalkCodec::G729A},
 };
 
 QCommandLineOption valueOption(const char* name, const char* description, const char* value,
@@ -39,8 +39,11 @@ void addOptions(QCommandLineParser& parser)
         QCommandLineOption(QStringLiteral("mic"), QStringLiteral("Use the default microphone.")),
         valueOption("device", "Use the microphone of this name.", "name"),
         valueOption("volume", "Microphone volume, 0 to 100; 50 leaves it as it is.", "n", "50"),
-        valueOption("speech", "Sound file that camera-2 speaks.", "file"),
-        valueOption("codec", "The cameras' codec: pcmu, pcma, aac or amr (default: pcmu).", "name", "pcmu"),
+        valueOption("speech", "Sound file or packet dump that camera-2 speaks.", "file"),
+        valueOption("codec",
+                    "The cameras' codec: pcmu (default), pcma, aac, amr; for --speech with a packet dump "
+                    "also g726, g7221, g729a.",
+                    "name", "pcmu"),
         valueOption("echo-delay", "Time after which camera-1 echoes, ms (default: 500).", "n", "500"),
         valueOption("output", "Folder of the server's recordings (default: recordings).", "folder",
                     "recordings"),
@@ -84,7 +87,7 @@ bool readCameras(const QCommandLineParser& parser, ServerConfig& server, QString
     const auto codec = std::find_if(codecs.begin(), codecs.end(),
                                     [&](const auto& entry) { return entry.first == codecName; });
     if (codec == codecs.end()) {
-        *error = QStringLiteral("--codec takes pcmu, pcma, aac or amr");
+        *error = QStringLiteral("--codec takes pcmu, pcma, aac, amr, g726, g7221 or g729a");
         return false;
     }
     const QString fault = parser.value(QStringLiteral("fault"));

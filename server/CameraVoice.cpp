@@ -63,7 +63,8 @@ CameraVoice::CameraVoice(const CameraVoiceConfig& config) : m_config(config)
                                                                  m_encoder->format().sampleRate);
     }
     m_ticker.setTimerType(Qt::PreciseTimer);
-    connect(&m_ticker, &QTimer::timeout, this, &CameraVoice::speakFile);
+    connect(&m_ticker, &QTimer::timeout, this,
+            m_encoder ? &CameraVoice::speakFile : &CameraVoice::speakRecording);
 }
 
 CameraVoice::~CameraVoice() = default;
@@ -74,7 +75,7 @@ bool CameraVoice::start()
         return true;
     }
     if (!m_encoder) {
-        return false;
+        return m_config.kind == CameraVoiceConfig::File && startRecording();
     }
     if (m_config.kind == CameraVoiceConfig::File) {
         m_fileSamples = readSoundFile(m_config.file, m_encoder->format().sampleRate);
@@ -128,16 +129,44 @@ void CameraVoice::speak(const std::vector<std::int16_t>& samples)
     for (; m_pending.size() - used >= frameSamples; used += frameSamples) {
         const QByteArray bitstream = m_encoder->encode(m_pending.data() + used);
         if (!bitstream.isEmpty()) {
-            Q_EMIT spoke(fieldsOf(bitstream));
+            Q_EMIT spoke(fieldsOf(bitstream, m_encoder->format(), 1));
         }
         m_position += static_cast<std::uint32_t>(frameSamples);
     }
     m_pending.erase(m_pending.begin(), m_pending.begin() + static_cast<std::ptrdiff_t>(used));
 }
 
-QVariantMap CameraVoice::fieldsOf(const QByteArray& bitstream)
+bool CameraVoice::startRecording()
 {
-    const TalkFormat format = m_encoder->format();
+    m_recording = readRecordedStream(m_config.file, m_config.codec);
+    if (m_recording.empty()) {
+        return false;
+    }
+    m_clock.start();
+    m_ticker.start(tickInterval);
+    return true;
+}
+
+/** Sends the packets whose time has come, as if they had been made now. */
+void CameraVoice::speakRecording()
+{
+    const TalkFormat format = recordedFormat(m_config.codec);
+    const auto due =
+        static_cast<std::uint32_t>(m_clock.elapsed() * format.sampleRate / millisecondsPerSecond);
+    while (m_recordingPosition < m_recording.size()) {
+        const RecordedPacket& packet = m_recording[m_recordingPosition];
+        if (m_position + packet.samples > due) {
+            return;
+        }
+        Q_EMIT spoke(fieldsOf(packet.bitstream, format, packet.frames));
+        m_position += packet.samples;
+        ++m_recordingPosition;
+    }
+    m_ticker.stop();
+}
+
+QVariantMap CameraVoice::fieldsOf(const QByteArray& bitstream, const TalkFormat& format, uint frames)
+{
     framesmith::PacketHeader header;
     header.channels = 1;
     header.streamType = format.streamType;
@@ -161,6 +190,6 @@ QVariantMap CameraVoice::fieldsOf(const QByteArray& bitstream)
         {QStringLiteral("StreamType"), format.streamType},
         {QStringLiteral("AudioSamplingFreq"), static_cast<uint>(format.sampleRate)},
         {QStringLiteral("AudioChannelNum"), 1U},
-        {QStringLiteral("FrameNumber"), 1U},
+        {QStringLiteral("FrameNumber"), frames},
     };
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RecordedStream.h"
 #include "TalkEncoder.h"
 
 #include <PcmConverter.h>
@@ -21,7 +22,7 @@ struct CameraVoiceConfig
     {
         Silent,
         Echo, ///< What it hears, later.
-        File, ///< A sound file, once.
+        File, ///< A sound file, once; of a codec without an encoder here, a packet dump.
     };
     Kind kind = Silent;
     TalkCodec codec = TalkCodec::PcmMuLaw;
@@ -56,7 +57,9 @@ Q_SIGNALS:
 private:
     void speak(const std::vector<std::int16_t>& samples);
     void speakFile();
-    QVariantMap fieldsOf(const QByteArray& bitstream);
+    bool startRecording();
+    void speakRecording();
+    QVariantMap fieldsOf(const QByteArray& bitstream, const TalkFormat& format, uint frames);
 
     CameraVoiceConfig m_config;
     std::unique_ptr<TalkEncoder> m_encoder;
@@ -64,6 +67,8 @@ private:
     std::vector<std::int16_t> m_pending;                   ///< Less than a frame, at the encoder's rate.
     std::vector<std::int16_t> m_fileSamples;               ///< At the encoder's rate.
     std::size_t m_filePosition = 0;
+    std::vector<RecordedPacket> m_recording; ///< Packets in the place of an encoder's.
+    std::size_t m_recordingPosition = 0;
     std::uint32_t m_position = 0; ///< Of the next packet's first sample.
     bool m_positioned = false;
     QTimer m_ticker;

@@ -9,6 +9,9 @@ std::unique_ptr<TalkEncoder> TalkEncoder::create(TalkCodec codec)
         auto encoder = std::make_unique<AmrTalkEncoder>();
         return encoder->valid() ? std::move(encoder) : nullptr;
     }
+    if (codec == TalkCodec::G726 || codec == TalkCodec::G7221 || codec == TalkCodec::G729A) {
+        return nullptr;
+    }
     auto encoder = std::make_unique<AvTalkEncoder>(codec);
     return encoder->valid() ? std::move(encoder) : nullptr;
 }

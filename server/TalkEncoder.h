@@ -13,6 +13,10 @@ enum class TalkCodec
     PcmALaw,
     Aac,
     AmrNb,
+    // No encoder for these: a camera plays recorded packets.
+    G726,
+    G7221,
+    G729A,
 };
 
 /** How packets of a codec are described to a client. */
@@ -27,7 +31,7 @@ struct TalkFormat
 class TalkEncoder
 {
 public:
-    /** Null when the system lacks the codec's encoder. */
+    /** Null when there is no encoder for the codec. */
     static std::unique_ptr<TalkEncoder> create(TalkCodec codec);
 
     virtual ~TalkEncoder() = default;

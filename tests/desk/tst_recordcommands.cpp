@@ -376,7 +376,7 @@ void TestRecordCommands::serverIsKilledUnderLoad()
             names.append(QStringLiteral("device-%1").arg(++number));
             clients.push_back(std::make_unique<QProcess>());
             clients.back()->start(
-                program, QStringList{"devices", "add", names.last(), "10.0.0.5", "554", "--timeout", "3"} +
+                program, QStringList{"devices", "add", names.last(), "10.0.0.5", "554", "--timeout", "60"} +
                              m_serverArguments);
         }
         // Kill at a different moment each time: after so many confirmations.

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void echo();
     void echoDelayIsKept();
     void speakingCamera();
+    void recordedG7221();
     void microphone();
 
 private:
@@ -154,6 +155,43 @@ void TestTwoWayTalk::speakingCamera()
     QVERIFY2(std::abs(seconds - 2.0) < 0.25, qPrintable(QString::number(seconds)));
     const WavFiles::Samples end(heard.end() - 12000, heard.end() - 2000);
     QVERIFY(std::abs(SignalMeasure::toneFrequency(end, 16000) - 1000) < 5);
+}
+
+void TestTwoWayTalk::recordedG7221()
+{
+    // A camera that sends a recorded stream of speech: it is heard as its frames decode.
+    QFile frames(QStringLiteral(TEST_DATA_DIR "/g7221/speech5_24000.g7221"));
+    QVERIFY(frames.open(QIODevice::ReadOnly));
+    QFile dump(m_folder.filePath("speech.rec"));
+    QVERIFY(dump.open(QIODevice::WriteOnly));
+    while (!frames.atEnd()) {
+        dump.write(QByteArray("\x3C\0\0\0", 4) + frames.read(60));
+    }
+    dump.close();
+    const QString source = m_folder.filePath("short.wav");
+    QVERIFY(WavFiles::write(source, WavFiles::sine(440, 0.01, 0.3, 8000), 8000));
+    const Result result =
+        talk({"--camera", "camera-2", "--codec", "g7221", "--speech", dump.fileName(), "--source", source});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QFile pcm(QStringLiteral(TEST_DATA_DIR "/g7221/speech5_24000.pcm"));
+    QVERIFY(pcm.open(QIODevice::ReadOnly));
+    const QByteArray bytes = pcm.readAll();
+    const auto* samples = reinterpret_cast<const std::int16_t*>(bytes.constData());
+    const auto said = WavFiles::resample(WavFiles::Samples(samples, samples + bytes.size() / 2), 16000, 8000);
+    const auto heard = WavFiles::resample(WavFiles::read(heardFile()), 16000, 8000);
+    // Its second half, where the output runs steadily.
+    const WavFiles::Samples piece(said.begin() + static_cast<std::ptrdiff_t>(said.size() / 2),
+                                  said.begin() + static_cast<std::ptrdiff_t>(said.size() / 2) + 4000);
+    double best = 0;
+    for (std::size_t from = 0; from + piece.size() <= heard.size(); from += 2000) {
+        const auto begin = heard.begin() + static_cast<std::ptrdiff_t>(from);
+        best = std::max(
+            best,
+            SignalMeasure::align(
+                piece, WavFiles::Samples(begin, begin + static_cast<std::ptrdiff_t>(piece.size())), 2000)
+                .correlation);
+    }
+    QVERIFY2(best > 0.8, qPrintable(QString::number(best)));
 }
 
 void TestTwoWayTalk::microphone()

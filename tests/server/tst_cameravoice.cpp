@@ -27,6 +27,7 @@ private Q_SLOTS:
     void file_data();
     void file();
     void fileKeepsThePaceOfSound();
+    void recordedStream();
     void silentCamera();
     void missingFile();
 };
@@ -200,6 +201,38 @@ void TestCameraVoice::fileKeepsThePaceOfSound()
     QTRY_COMPARE_WITH_TIMEOUT(spy.size(), 13, 10000); // twelve whole packets and a filled one
     QVERIFY(clock.elapsed() >= 960);
     QVERIFY(!spy.wait(200)); // once
+}
+
+void TestCameraVoice::recordedStream()
+{
+    // Two packets of three frames, sixty milliseconds each, at the pace of sound, and what a client decodes.
+    QTemporaryDir folder;
+    CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File, static_cast<int>(TalkCodec::G7221));
+    voiceConfig.file = folder.filePath("stream.rec");
+    QFile file(voiceConfig.file);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (int packet = 0; packet < 2; ++packet) {
+        file.write(QByteArray("\xB4\0\0\0", 4) + QByteArray(180, 'x'));
+    }
+    file.close();
+    CameraVoice voice(voiceConfig);
+    QSignalSpy spy(&voice, &CameraVoice::spoke);
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(voice.start());
+    QTRY_COMPARE(spy.size(), 2);
+    QVERIFY(clock.elapsed() >= 120);
+    const QVariantMap fields = spy[1][0].toMap();
+    QCOMPARE(fields["StreamType"].toUInt(), 256U);
+    QCOMPARE(fields["AudioSamplingFreq"].toUInt(), 16000U);
+    QCOMPARE(fields["FrameNumber"].toUInt(), 3U);
+    QCOMPARE((fields["Offset"].toUInt() + fields["BitstreamSize"].toUInt()) % 3, 0U);
+    CameraVoiceConfig broken = voiceConfig;
+    broken.file = "/nonexistent.rec";
+    QVERIFY(!CameraVoice(broken).start());
+    broken = voiceConfig;
+    broken.kind = CameraVoiceConfig::Echo; // there is nothing to encode an echo with
+    QVERIFY(!CameraVoice(broken).start());
 }
 
 void TestCameraVoice::silentCamera()
