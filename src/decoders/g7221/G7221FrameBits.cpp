@@ -248,6 +248,42 @@ std::int32_t G7221FrameBits::decodeVectors()
     return SpeechSuccess;
 }
 
+/** From a tree's root to the leaf that the next bits name. */
+G7221FrameBits::Walk G7221FrameBits::walkTree(const std::int16_t* tree, std::int32_t& entry)
+{
+    constexpr int lookAhead = 24; // bits of the reader's window that are valid at any offset
+    GBEngine& reader = *m_state.reader;
+    entry = 0;
+    if (m_state.bitsLeft >= lookAhead && reader.consumed + 4 <= reader.available) {
+        // Neither budget nor input can end here, so the bits are taken together.
+        std::uint32_t word = reader.window << reader.bitOffset;
+        int bits = 0;
+        do {
+            entry = tree[2 * entry + static_cast<std::int32_t>(word >> 31U)];
+            word <<= 1U;
+            ++bits;
+        } while (entry > 0 && bits < lookAhead);
+        GB_SkipBits(&reader, static_cast<std::uint32_t>(bits));
+        m_state.bitsLeft = wrap16(m_state.bitsLeft - bits);
+        if (entry <= 0) {
+            return Walk::Leaf;
+        }
+    }
+    do {
+        if (m_state.bitsLeft < 1) {
+            return Walk::BudgetEnded;
+        }
+        std::uint32_t bit = 0;
+        const std::int32_t status = readBit(bit);
+        m_state.bitsLeft = wrap16(m_state.bitsLeft - 1);
+        if (status < 0) {
+            return Walk::InputEnded;
+        }
+        entry = tree[2 * entry + static_cast<std::int32_t>(bit)];
+    } while (entry > 0);
+    return Walk::Leaf;
+}
+
 /** The vectors of one region; sets ranOut when the budget ends in it. */
 std::int32_t G7221FrameBits::decodeRegion(int region, bool& ranOut)
 {
@@ -257,19 +293,11 @@ std::int32_t G7221FrameBits::decodeRegion(int region, bool& ranOut)
     std::int16_t* coefs = m_state.mltCoefs + region * regionSize;
     for (int vector = 0; vector < vectorsPerRegion[category]; ++vector) {
         std::int32_t entry = 0;
-        do {
-            if (m_state.bitsLeft < 1) {
-                ranOut = true;
-                return SpeechSuccess;
-            }
-            std::uint32_t bit = 0;
-            if (readBit(bit) < 0) {
-                m_state.bitsLeft = wrap16(m_state.bitsLeft - 1);
-                return SpeechFailure;
-            }
-            m_state.bitsLeft = wrap16(m_state.bitsLeft - 1);
-            entry = tree[2 * entry + static_cast<std::int32_t>(bit)];
-        } while (entry > 0);
+        const Walk walk = walkTree(tree, entry);
+        if (walk != Walk::Leaf) {
+            ranOut = walk == Walk::BudgetEnded;
+            return ranOut ? SpeechSuccess : SpeechFailure;
+        }
 
         std::int32_t index = -entry;
         std::int32_t bin[5] = {};

@@ -21,6 +21,13 @@ private:
     std::int32_t decodeRegion(int region, bool& ranOut);
     void fillSparse(std::int16_t* coefs, int category, std::int32_t deviation);
     void fillNoise(std::int16_t* coefs, std::int32_t deviation);
+    enum class Walk
+    {
+        Leaf,
+        BudgetEnded,
+        InputEnded,
+    };
+    Walk walkTree(const std::int16_t* tree, std::int32_t& entry);
     std::int32_t readBit(std::uint32_t& bit);
     std::uint16_t randomWord();
 

@@ -53,19 +53,26 @@ void butterflies(const std::int16_t* in, std::int16_t* out, int setSize)
     }
 }
 
-/** The transform of each block of ten. */
+/** The transform of each block of ten; all blocks side by side, for vector instructions. */
 void core(const std::int16_t* in, std::int16_t* out)
 {
-    for (int base = 0; base < length; base += coreSize) {
-        std::uint32_t sums[coreSize] = {};
+    constexpr int blocks = length / coreSize;
+    std::int16_t columns[coreSize][blocks];
+    for (int block = 0; block < blocks; ++block) {
         for (int j = 0; j < coreSize; ++j) {
-            const std::int16_t value = in[base + j];
-            for (int k = 0; k < coreSize; ++k) {
-                sums[k] += product(value, dctCore[j * coreSize + k]);
+            columns[j][block] = in[block * coreSize + j];
+        }
+    }
+    for (int k = 0; k < coreSize; ++k) {
+        std::uint32_t sums[blocks] = {};
+        for (int j = 0; j < coreSize; ++j) {
+            const std::int16_t factor = dctCore[j * coreSize + k];
+            for (int block = 0; block < blocks; ++block) {
+                sums[block] += product(columns[j][block], factor);
             }
         }
-        for (int k = 0; k < coreSize; ++k) {
-            out[base + k] = rounded(2U * sums[k]);
+        for (int block = 0; block < blocks; ++block) {
+            out[block * coreSize + k] = rounded(2U * sums[block]);
         }
     }
 }
