@@ -12,7 +12,6 @@ namespace {
 
 constexpr int regionSize = 20;
 constexpr int codedCoefs = G7221Regions * regionSize; // the band above 7 kHz is 0
-constexpr int categories = 8;
 constexpr int noiseCategory = 7;
 constexpr int bins = 14;          // of a category, in centroid
 constexpr int envelopeNodes = 23; // of a region's tree
