@@ -20,6 +20,13 @@ enum Key
     TextKey = 7,
 };
 
+// 0 for anything but an integer: QCborValue would convert a double that no integer can hold.
+qint64 integerAt(const QCborMap& map, Key key)
+{
+    const QCborValue value = map.value(key);
+    return value.isInteger() ? value.toInteger() : 0;
+}
+
 } // namespace
 
 QByteArray WireMessage::toBytes() const
@@ -51,9 +58,9 @@ std::optional<WireMessage> WireMessage::fromBytes(const QByteArray& bytes)
         return std::nullopt;
     }
     const QCborMap map = value.toMap();
-    const qint64 kind = map.value(KindKey).toInteger(0);
-    const qint64 id = map.value(IdKey).toInteger(0);
-    if (map.value(VersionKey).toInteger(0) != version || kind < Login || kind > Event || id < 0 ||
+    const qint64 kind = integerAt(map, KindKey);
+    const qint64 id = integerAt(map, IdKey);
+    if (integerAt(map, VersionKey) != version || kind < Login || kind > Event || id < 0 ||
         id > 0xFFFFFFFFLL) {
         return std::nullopt;
     }

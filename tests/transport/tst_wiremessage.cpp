@@ -110,6 +110,8 @@ void TestWireMessage::brokenMessages_data()
     QTest::newRow("no map") << QCborValue(7).toCbor();
     QTest::newRow("no version") << map({{1, 1}});
     QTest::newRow("another version") << map({{0, 2}, {1, 1}});
+    QTest::newRow("version that is no integer") << map({{0, 1.0}, {1, 4}});
+    QTest::newRow("kind that no integer can hold") << map({{0, 1}, {1, -1.7e38}});
     QTest::newRow("no kind") << map({{0, 1}});
     QTest::newRow("unknown kind") << map({{0, 1}, {1, 7}});
     QTest::newRow("negative number") << map({{0, 1}, {1, 4}, {2, -1}});
