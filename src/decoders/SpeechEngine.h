@@ -69,3 +69,37 @@ struct G7221Options
 };
 static_assert(sizeof(void*) != 8 || offsetof(G7221Options, byteOrder) == 56);
 static_assert(sizeof(void*) != 8 || offsetof(G7221Options, bitRate) == 72);
+
+/** What of G729AOptions is valid. */
+enum G729AOptionField : std::uint32_t
+{
+    G729AOptionLocks = 1,
+    G729AOptionRefill = 2,
+    G729AOptionInput = 4,
+    G729AOptionOutput = 8,
+    G729AOptionFrameHeader = 16,
+    G729AOptionPostFilter = 32,
+};
+
+/** How a G.729A engine is made. */
+struct G729AOptions
+{
+    std::uint32_t type;   ///< SpeechTypeWord::G729A.
+    std::uint32_t fields; ///< G729AOptionField.
+    void* memory;         ///< Block for the engine, G729A_MemorySize bytes; null to allocate.
+    SpeechLockCallback lockCallback;
+    SpeechLockCallback unlockCallback;
+    SpeechRefillCallback refillCallback;
+    std::uint32_t lockContext; ///< Numbers, deliberately; the callbacks get them as pointers.
+    std::uint32_t refillContext;
+    std::uint32_t ringMode; ///< Not 0: the GB Engine works on a ring.
+    std::uint32_t ringSize; ///< Of the ring, in bytes: at least 64, a power of two.
+    std::uint8_t* input;    ///< First buffer, without a ring.
+    std::uint32_t inputSize;
+    void* output; ///< Initial output.
+    std::uint32_t frameHeader;
+    std::uint32_t postFilter; ///< Not 0: the post-filter of Annex A is run.
+};
+static_assert(sizeof(void*) != 8 || offsetof(G729AOptions, lockContext) == 40);
+static_assert(sizeof(void*) != 8 || offsetof(G729AOptions, input) == 56);
+static_assert(sizeof(void*) != 8 || offsetof(G729AOptions, postFilter) == 84);

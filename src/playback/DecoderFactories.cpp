@@ -33,10 +33,3 @@ DecoderContext* CreateDecoder_ALaw(std::uint32_t sampleRate, std::uint32_t chann
 {
     return CreateDecoderFFmpeg(AV_CODEC_ID_PCM_ALAW, sampleRate, channels, noCodedSampleSize);
 }
-
-// The speech codecs that libavcodec is not used for have no engine yet: their packets are silence.
-
-DecoderContext* CreateDecoderSorvixG729A()
-{
-    return nullptr;
-}

@@ -1,0 +1,77 @@
+#include "DecoderIsolated_Sorvix_G729A.h"
+
+#include "DecoderFactories.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr std::uint32_t frameSize = G729AFrameSamples * sizeof(std::int16_t); // bytes of PCM
+constexpr std::uint32_t longestFrame = 11;
+constexpr std::uint32_t inputRoom = longestFrame + 4; // and what the reader looks ahead
+
+} // namespace
+
+std::int32_t DecoderIsolated_Sorvix_G729A::DecodeAudio(std::uint8_t* pcm, std::uint32_t* size,
+                                                       const EncodedChunk* chunk)
+{
+    if (chunk->frames == 0) {
+        return SpeechFailure; // nothing could be told of the frames' size
+    }
+    const std::uint32_t frameBytes = chunk->size / chunk->frames;
+    std::int64_t remaining = chunk->size;
+    const std::uint8_t* source = chunk->data;
+    std::uint32_t written = 0;
+    while (remaining > 0) {
+        if (*size - written < frameSize) {
+            return SpeechFailure;
+        }
+        // A copy, with zeros behind the packet: the last frame may be cut short.
+        std::uint8_t input[inputRoom] = {};
+        std::memcpy(input, source, static_cast<std::size_t>(std::min<std::int64_t>(remaining, inputRoom)));
+        SpeechFrameSetup setup{};
+        setup.type = SpeechTypeWord::G729A;
+        setup.fields = SpeechSetupInput | SpeechSetupOutput | SpeechSetupMode;
+        setup.input = input;
+        setup.inputSize = std::min(frameBytes, longestFrame);
+        setup.output = pcm + written;
+        setup.mode = 1;
+        std::int32_t status = G729A_SetupFrame(m_engine, &setup);
+        if (status >= 0) {
+            status = G729A_DecodeFrame(m_engine, m_result);
+        }
+        if (status < 0) {
+            return status;
+        }
+        source += std::min<std::int64_t>(m_result[0], remaining);
+        remaining -= m_result[0];
+        written += frameSize;
+    }
+    *size = written;
+    return SpeechSuccess;
+}
+
+void DecoderIsolated_Sorvix_G729A::Release()
+{
+    G729A_Delete(&m_engine);
+    delete this;
+}
+
+DecoderContext* CreateDecoderSorvixG729A()
+{
+    G729AOptions options{};
+    options.type = SpeechTypeWord::G729A;
+    options.fields = G729AOptionPostFilter;
+    options.postFilter = 1;
+    G729AState* engine = nullptr;
+    if (G729A_Create(&engine, &options) < 0) {
+        return nullptr;
+    }
+    auto* decoder = new (std::nothrow) DecoderIsolated_Sorvix_G729A(engine);
+    if (decoder == nullptr) {
+        G729A_Delete(&engine);
+    }
+    return decoder;
+}

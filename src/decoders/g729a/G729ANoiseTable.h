@@ -1,0 +1,14 @@
+#pragma once
+
+#include "G729A.h"
+
+/** The random words of the comfort noise, drawn ahead so that nothing waits for a seed. */
+namespace G729ANoiseTable {
+
+/** The table of a new decoder. */
+void fill(G729AState& state);
+
+/** The draws that follow the last word. */
+void renew(G729AState& state);
+
+} // namespace G729ANoiseTable
