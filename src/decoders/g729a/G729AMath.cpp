@@ -23,7 +23,7 @@ Logarithm log2(std::int32_t value)
     }
     const int doublings = norm(value);
     const std::int32_t mantissa = value << doublings;
-    const std::int16_t* entry = G729ATables::tablog + (mantissa >> 25) - 32;
+    const std::int16_t* entry = G729ATables::tablog + ((mantissa >> 25) - 32);
     const std::int32_t between = (mantissa >> 10) & fractionMask;
     return {30 - doublings, entry[0] + (((entry[1] - entry[0]) * between) >> 15)};
 }
@@ -42,7 +42,7 @@ std::int32_t inverseSqrt(std::int32_t value)
     const int doublings = norm(value);
     const int exponent = 30 - doublings;
     const std::int32_t mantissa = (value << doublings) >> (exponent % 2 == 0 ? 1 : 0);
-    const std::int16_t* entry = G729ATables::tabsqr + (mantissa >> 25) - 16;
+    const std::int16_t* entry = G729ATables::tabsqr + ((mantissa >> 25) - 16);
     return interpolateFalling(entry, (mantissa >> 10) & fractionMask) >> (exponent / 2 + 1);
 }
 
