@@ -43,7 +43,7 @@ std::int32_t doubled(std::int32_t value)
 /** The pitch filter, or a copy of the residual. @param res,scaled this subframe's, history before them */
 void longTermFilter(const std::int16_t* res, const std::int16_t* scaled, int lag, std::int16_t* out)
 {
-    const int shortest = lag + 3 >= G729AResidualPast ? 137 : lag - 3;
+    const int shortest = shortestDelay(lag);
     int best = shortest;
     std::int32_t correlation = G729AMath::dot(scaled, scaled - shortest, G729ASubframeSamples);
     for (int delay = shortest + 1; delay < shortest + delays; ++delay) {
@@ -142,6 +142,12 @@ void filterFrame(G729AState& state, const G729AFrameModel& model)
         filterSubframe(*state.postFilterState, model.filter[subframe], model.lag[subframe],
                        state.ftyp == G729ASpeech, state.synth + at, state.output + at);
     }
+}
+
+int shortestDelay(int lag)
+{
+    constexpr int reach = delays / 2;
+    return lag + reach >= G729AResidualPast ? G729AResidualPast - delays : lag - reach;
 }
 
 void weight(const G729AFilter& a, std::int16_t gamma, G729AFilter& weighted)

@@ -8,6 +8,9 @@ namespace G729APostFilter {
 /** Filters the frame's synthesis into the output; the pitch takes part only in a frame of speech. */
 void filterFrame(G729AState& state, const G729AFrameModel& model);
 
+/** The shortest of the seven delays that the long-term filter tries; 137 where seven would leave the history. */
+int shortestDelay(int lag);
+
 /** A's coefficients times the powers of gamma, Q15 (Weight_Az). */
 void weight(const G729AFilter& a, std::int16_t gamma, G729AFilter& weighted);
 
