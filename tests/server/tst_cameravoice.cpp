@@ -28,6 +28,7 @@ private Q_SLOTS:
     void file();
     void fileKeepsThePaceOfSound();
     void recordedStream();
+    void recordedFramesOfManyLengths();
     void silentCamera();
     void missingFile();
 };
@@ -233,6 +234,33 @@ void TestCameraVoice::recordedStream()
     broken = voiceConfig;
     broken.kind = CameraVoiceConfig::Echo; // there is nothing to encode an echo with
     QVERIFY(!CameraVoice(broken).start());
+}
+
+void TestCameraVoice::recordedFramesOfManyLengths()
+{
+    // Speech, a SID frame and three without transmission: five frames, 50 ms, whatever their bytes.
+    QTemporaryDir folder;
+    CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File, static_cast<int>(TalkCodec::G729A));
+    voiceConfig.file = folder.filePath("stream.rec");
+    const QByteArray packet = '\1' + QByteArray(10, 'x') + QByteArray("\2xx", 3) + QByteArray(3, '\0');
+    QFile file(voiceConfig.file);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 5; ++i) {
+        file.write(QByteArray("\x11\0\0\0", 4) + packet);
+    }
+    file.close();
+    CameraVoice voice(voiceConfig);
+    QSignalSpy spy(&voice, &CameraVoice::spoke);
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(voice.start());
+    QTRY_COMPARE(spy.size(), 5);
+    QVERIFY2(clock.elapsed() >= 200, qPrintable(QString::number(clock.elapsed())));
+    const QVariantMap fields = spy[4][0].toMap();
+    QCOMPARE(fields["StreamType"].toUInt(), 512U);
+    QCOMPARE(fields["AudioSamplingFreq"].toUInt(), 8000U);
+    QCOMPARE(fields["FrameNumber"].toUInt(), 1U); // so that a frame may take all that it needs
+    QCOMPARE(fields["BitstreamSize"].toUInt(), 17U);
 }
 
 void TestCameraVoice::silentCamera()

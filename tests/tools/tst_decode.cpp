@@ -22,6 +22,8 @@ private Q_SLOTS:
     void rawOutput_data();
     void rawOutput();
     void waveOutput();
+    void speechCodecs_data();
+    void speechCodecs();
     void aacTellsItsFormat();
     void failingPacketsAreNamed();
     void wrongUsage_data();
@@ -147,6 +149,34 @@ void TestDecode::waveOutput()
     QCOMPARE(rate, 8000);
     QCOMPARE(QByteArray(reinterpret_cast<const char*>(samples.data()), static_cast<int>(samples.size()) * 2),
              fileContents(data + "g711/ulaw.pcm"));
+}
+
+void TestDecode::speechCodecs_data()
+{
+    QTest::addColumn<QString>("frames");
+    QTest::addColumn<int>("rate");
+    QTest::newRow("g7221") << "g7221/speech5_24000.g7221" << 16000;
+    QTest::newRow("g729a") << "g729a/speech1_dtx1.g729f" << 8000; // with comfort noise
+}
+
+void TestDecode::speechCodecs()
+{
+    QFETCH(QString, frames);
+    QFETCH(int, rate);
+    const QString codec = QString::fromLatin1(QTest::currentDataTag());
+    const QByteArray stream = fileContents(data + frames);
+    QByteArray dump;
+    for (int at = 0, size = 0; at < stream.size(); at += size) {
+        size = codec == "g7221" ? 60 : stream[at] == 1 ? 11 : stream[at] == 2 ? 3 : 1;
+        dump += record(stream.mid(at, size));
+    }
+    writeFile(path("speech.rec"), dump);
+    QCOMPARE(run({"--codec", codec, path("speech.rec"), path("speech.wav")}).status, 0);
+    int outputRate = 0;
+    const auto samples = WavFiles::read(path("speech.wav"), &outputRate);
+    QCOMPARE(outputRate, rate);
+    QCOMPARE(QByteArray(reinterpret_cast<const char*>(samples.data()), static_cast<int>(samples.size()) * 2),
+             fileContents(data + frames.section('.', 0, 0) + ".pcm"));
 }
 
 void TestDecode::aacTellsItsFormat()
