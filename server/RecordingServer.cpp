@@ -112,10 +112,24 @@ void RecordingServer::registerRecords()
             return store.list();
         };
     };
+    m_executors[QStringLiteral("GetCamera")] = [this](ServerSession&, const QVariant&) {
+        return done(cameraRecords());
+    };
     list("RetrieveIPAudioModel", m_devices);
     list("GetAudioFile", m_files);
     list("GetNetworkAudioGroup", m_groups);
     list("GetNetworkAudioSchedule", m_schedules);
+}
+
+QVariantList RecordingServer::cameraRecords() const
+{
+    QVariantList records;
+    for (const CameraConfig& camera : m_config.cameras) {
+        records.append(QVariantMap{{QStringLiteral("camId"), camera.id},
+                                   {QStringLiteral("camName"), camera.name},
+                                   {QStringLiteral("online"), camera.online}});
+    }
+    return records;
 }
 
 void RecordingServer::registerPlayback()

@@ -80,6 +80,7 @@ private:
     void registerTalks();
     void registerRecords();
     void registerPlayback();
+    QVariantList cameraRecords() const;
     ServerReply startTalkToIPAudio(ServerSession& session, const QVariant& payload);
 
     ServerConfig m_config;

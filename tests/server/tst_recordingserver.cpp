@@ -19,6 +19,7 @@ private Q_SLOTS:
     void cleanup();
     void answersLaterAndOnce();
     void unknownCommands();
+    void camerasAreListed();
     void silentServerAnswersNothing();
     void talkIsRecorded();
     void lostPacketsAreSilence();
@@ -148,6 +149,19 @@ void TestRecordingServer::unknownCommands()
         const ServerReply reply = ask(command, QVariant());
         QCOMPARE(reply.returnCode, ReturnCode::unknownCommand);
         QVERIFY(reply.errorText.contains(command));
+    }
+}
+
+void TestRecordingServer::camerasAreListed()
+{
+    const ServerReply reply = ask(QStringLiteral("GetCamera"), QVariant());
+    QCOMPARE(reply.returnCode, QStringLiteral("0"));
+    const QVariantList cameras = reply.result.toList();
+    QCOMPARE(cameras.size(), static_cast<int>(m_server->config().cameras.size()));
+    for (int i = 0; i < cameras.size(); ++i) {
+        const CameraConfig& config = m_server->config().cameras[static_cast<std::size_t>(i)];
+        const QVariantMap expected{{"camId", config.id}, {"camName", config.name}, {"online", config.online}};
+        QCOMPARE(cameras[i].toMap(), expected);
     }
 }
 

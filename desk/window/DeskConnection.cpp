@@ -1,0 +1,91 @@
+#include "DeskConnection.h"
+
+#include "EmbeddedLink.h"
+#include "SocketLink.h"
+
+#include <QUrl>
+
+DeskConnection::DeskConnection(ClientOptions options) : m_options(std::move(options))
+{
+    connect(&m_link, &ServerLink::connected, this, [this] { setState(Online); });
+}
+
+QString DeskConnection::server() const
+{
+    return isLocal() ? tr("the server on this computer") : m_options.serverUrl;
+}
+
+QString DeskConnection::stateText() const
+{
+    switch (m_state) {
+    case Online:
+        return tr("Connected");
+    case Connecting:
+        return tr("Connecting…");
+    case Reconnecting:
+        return tr("Connection lost; trying again…");
+    case Refused:
+        return tr("Sign-in refused");
+    case Failed:
+        return tr("The server cannot start");
+    }
+    return QString();
+}
+
+void DeskConnection::setState(State state, const QString& reason)
+{
+    if (m_state == state && m_reason == reason) {
+        return;
+    }
+    m_state = state;
+    m_reason = reason;
+    Q_EMIT changed();
+}
+
+void DeskConnection::start()
+{
+    Q_EMIT aboutToChange();
+    setState(Connecting);
+    std::unique_ptr<ServerLink> link = m_options.makeLink();
+    if (const auto* embedded = qobject_cast<EmbeddedLink*>(link.get());
+        embedded != nullptr && !embedded->server().isOpen()) {
+        setState(Failed, embedded->server().errorString());
+        return;
+    }
+    if (auto* socket = qobject_cast<SocketLink*>(link.get())) {
+        connect(socket, &SocketLink::lost, this, [this](const QString& reason, bool final) {
+            setState(final ? Refused : Reconnecting, reason);
+        });
+    }
+    Q_EMIT changed(); // the server, perhaps
+    m_link.use(std::move(link));
+}
+
+void DeskConnection::useLocal()
+{
+    m_options.serverUrl.clear();
+    start();
+}
+
+void DeskConnection::useRemote(const QString& url, const QString& user, const QString& secret,
+                               const QString& fingerprint)
+{
+    m_options.serverUrl = url;
+    m_options.user = user;
+    m_options.secret = secret;
+    m_options.fingerprint = fingerprint.simplified().remove(QLatin1Char(' ')).remove(QLatin1Char(':'));
+    start();
+}
+
+QString DeskConnection::checkUrl(const QString& text) const
+{
+    const QUrl url(text, QUrl::StrictMode);
+    if (text.isEmpty()) {
+        return tr("Enter an address like wss://host:8440.");
+    }
+    if (!url.isValid() || url.host().isEmpty() ||
+        (url.scheme() != QLatin1String("ws") && url.scheme() != QLatin1String("wss"))) {
+        return tr("An address looks like wss://host:8440, or ws:// without encryption.");
+    }
+    return QString();
+}

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "TargetModel.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+class CommandWatch;
+
+/**
+ * A talk as an operator has it: to what is chosen, by a button or a held key, with words for all that goes
+ * wrong. Reaches the plug-in by its invokables, properties and signals alone.
+ *
+ *   Idle -- start --> Asking -- first answer "yes" --> Talking -- stop, loss --> Idle
+ */
+class TalkControl : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(Phase phase READ phase NOTIFY phaseChanged)
+    /** Who hears, by name. */
+    Q_PROPERTY(QString partners READ partners NOTIFY partnersChanged)
+    /** How long the talk has been open, s. */
+    Q_PROPERTY(int seconds READ seconds NOTIFY secondsChanged)
+    Q_PROPERTY(bool muted READ isMuted WRITE setMuted NOTIFY mutedChanged)
+    /** Of the microphone, 0 to 100; 50 leaves it as it is. */
+    Q_PROPERTY(int volume READ volume WRITE setVolume NOTIFY volumeChanged)
+    /** What went wrong with the last talk, and what can be done; empty when nothing did. */
+    Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
+    Q_PROPERTY(QString advice READ advice NOTIFY problemChanged)
+
+public:
+    enum Phase
+    {
+        Idle,
+        Asking,
+        Talking,
+    };
+    Q_ENUM(Phase)
+
+    /** @param answerTimeout ms */
+    TalkControl(QObject* plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout = 5000);
+
+    Phase phase() const { return m_phase; }
+    QString partners() const;
+    int seconds() const { return m_phase == Talking ? static_cast<int>(m_clock.elapsed() / 1000) : 0; }
+    bool isMuted() const { return m_muted; }
+    void setMuted(bool muted);
+    int volume() const { return m_volume; }
+    void setVolume(int volume);
+    QString problem() const { return m_problem; }
+    QString advice() const { return m_advice; }
+
+    /** Whether the server can be asked at all; false makes start tell so. */
+    void setOnline(bool online);
+
+    /** Starts a talk to what is chosen, or adds chosen speakers to the one that runs. */
+    Q_INVOKABLE void start();
+    Q_INVOKABLE void stop();
+    Q_INVOKABLE void toggle();
+
+    /** The talk key goes down: talks while it is held; in an open talk that is muted, is heard while held. */
+    Q_INVOKABLE void press();
+    Q_INVOKABLE void release();
+
+    /** Opens a talk to a speaker and closes it again; tested tells how it went. Not while talking. */
+    Q_INVOKABLE bool test(int speaker);
+
+    Q_INVOKABLE void dismissProblem() { report(QString(), QString()); }
+
+    /** A packet of sound went out. */
+    void packetSent() { m_lastPacket.start(); }
+
+Q_SIGNALS:
+    void phaseChanged();
+    void partnersChanged();
+    void secondsChanged();
+    void mutedChanged();
+    void volumeChanged();
+    void problemChanged();
+    void tested(int speaker, bool success, const QString& text);
+
+private Q_SLOTS:
+    void startTalkResponse(bool success);
+    void startTalkToIPAudioResponse(bool success, const QString& error, int speaker);
+    void talkDisconnected();
+    void talkingChanged();
+    void microphoneChanged();
+
+private:
+    void setPhase(Phase phase);
+    void report(const QString& problem, const QString& advice);
+    bool call(const char* invokable);
+    void askCamera(const TargetModel::Target& camera);
+    void askSpeakers();
+    void answered(const QString& key, bool success);
+    void keepCapturing();
+    void finishTest(bool success, const QString& text);
+    void timeOut();
+    void tick();
+    QString refusalOf(const QString& name) const;
+
+    QObject* m_plugin;
+    TargetModel& m_targets;
+    CommandWatch& m_watch;
+    Phase m_phase = Idle;
+    bool m_online = false;
+    bool m_muted = false;
+    int m_volume = 50;
+    QString m_problem;
+    QString m_advice;
+    QStringList m_asked;      ///< Keys without an answer yet.
+    QStringList m_partners;   ///< Keys of open targets.
+    bool m_held = false;      ///< The talk key is down, and made the talk.
+    bool m_openMuted = false; ///< The talk key is down, and lifts a mute.
+    int m_testing = 0;        ///< The speaker that is tested; 0 for none.
+    QElapsedTimer m_clock;
+    QElapsedTimer m_lastPacket;
+    QTimer m_answerTimer;
+    QTimer m_ticker;  ///< While talking.
+    QTimer m_release; ///< Lets the last sound out after the key.
+};

@@ -1,0 +1,34 @@
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import "."
+
+// Asks before something is done that cannot be undone.
+Dialog {
+    id: root
+    property string question
+    property string action: qsTr("Delete")
+    modal: true
+    anchors.centerIn: Overlay.overlay
+    width: Math.min(440, Overlay.overlay ? Overlay.overlay.width - 40 : 440)
+    closePolicy: Popup.CloseOnEscape
+    onOpened: keep.forceActiveFocus()
+
+    Text {
+        width: parent.width
+        text: root.question
+        wrapMode: Text.Wrap
+        color: Theme.text
+        font.pixelSize: Theme.textSize
+    }
+    footer: DialogButtonBox {
+        Button {
+            id: keep
+            text: qsTr("Keep")
+            DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+        }
+        Button {
+            text: root.action
+            DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole
+        }
+    }
+}

@@ -1,0 +1,11 @@
+import QtQuick 2.15
+import "."
+
+// The heading of a page.
+Text {
+    font.pixelSize: Theme.titleSize
+    font.weight: Font.DemiBold
+    color: Theme.text
+    Accessible.role: Accessible.Heading
+    Accessible.name: text
+}

@@ -1,0 +1,11 @@
+import QtQuick 2.15
+import "."
+
+// An explanation.
+Text {
+    color: Theme.quiet
+    font.pixelSize: Theme.smallSize
+    wrapMode: Text.Wrap
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+}

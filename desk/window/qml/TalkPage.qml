@@ -1,0 +1,234 @@
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+import VoiceDesk 1.0
+import "."
+
+// Whom to talk to on the left, the talk on the right.
+RowLayout {
+    id: root
+    readonly property var talk: desk.talk
+    readonly property bool talking: talk.phase === TalkControl.Talking
+    spacing: 20
+
+    function focusSearch() { search.forceActiveFocus(); }
+    function addNew() { }
+    function clock(seconds) {
+        const minutes = Math.floor(seconds / 60);
+        const rest = seconds % 60;
+        return minutes + ":" + (rest < 10 ? "0" : "") + rest;
+    }
+
+    ColumnLayout {
+        Layout.fillHeight: true
+        Layout.preferredWidth: 380
+        Layout.maximumWidth: 460
+        Layout.fillWidth: true
+        spacing: 10
+
+        PageTitle { text: qsTr("Talk") }
+        SearchField {
+            id: search
+            objectName: "targetSearch"
+            Layout.fillWidth: true
+            placeholderText: qsTr("Search cameras and speakers")
+            onTextChanged: desk.targets.search = text
+            Keys.onDownPressed: targets.list.forceActiveFocus()
+        }
+        ListFrame {
+            id: targets
+            objectName: "targets"
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            name: qsTr("Cameras and speakers")
+            model: desk.targets
+            list.section.property: "kind"
+            list.section.delegate: Text {
+                width: ListView.view.width
+                leftPadding: 10
+                topPadding: 8
+                bottomPadding: 4
+                text: section === "camera" ? qsTr("Cameras") : qsTr("Speakers")
+                color: Theme.quiet
+                font { pixelSize: Theme.smallSize; weight: Font.DemiBold }
+            }
+            onOpenRequested: function(entry) { entry.toggle(); }
+            delegate: TargetRow { locked: root.talk.phase !== TalkControl.Idle }
+            EmptyHint {
+                anchors.centerIn: parent
+                width: parent.width - 32
+                visible: targets.count === 0
+                title: search.text !== "" ? qsTr("Nothing is found.") : qsTr("No cameras and no speakers yet.")
+                hint: search.text !== "" ? qsTr("Names and addresses are searched.") : qsTr("Add a speaker on the page Speakers, or connect with another server.")
+            }
+        }
+        QuietText {
+            Layout.fillWidth: true
+            text: qsTr("Enter chooses. One camera at most, any number of speakers.")
+        }
+    }
+
+    ColumnLayout {
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        Layout.minimumWidth: 340
+        spacing: 14
+
+        Text {
+            objectName: "talkHeading"
+            Layout.fillWidth: true
+            Layout.topMargin: 4
+            horizontalAlignment: Text.AlignHCenter
+            elide: Text.ElideRight
+            maximumLineCount: 2
+            wrapMode: Text.Wrap
+            color: Theme.text
+            font { pixelSize: 18; weight: Font.DemiBold }
+            text: root.talking ? qsTr("Talking to %1").arg(root.talk.partners)
+                : root.talk.phase === TalkControl.Asking ? qsTr("Calling %1…").arg(desk.targets.chosenNames)
+                : desk.targets.chosenCount > 0 ? desk.targets.chosenNames : qsTr("Choose whom to talk to")
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
+        }
+        Text {
+            objectName: "talkClock"
+            Layout.alignment: Qt.AlignHCenter
+            text: root.talking ? root.clock(root.talk.seconds) : "–"
+            color: root.talking ? Theme.text : Theme.quiet
+            font { pixelSize: 30; family: "monospace" }
+            Accessible.role: Accessible.StaticText
+            Accessible.name: root.talking ? qsTr("Talking for %1").arg(text) : qsTr("No talk")
+        }
+
+        AbstractButton {
+            id: button
+            objectName: "talkButton"
+            Layout.alignment: Qt.AlignHCenter
+            implicitWidth: 168
+            implicitHeight: 168
+            text: root.talking ? qsTr("End") : root.talk.phase === TalkControl.Asking ? qsTr("Cancel") : qsTr("Talk")
+            Accessible.name: root.talking ? qsTr("End the talk") : text
+            Accessible.description: qsTr("Or hold the space bar")
+            onClicked: root.talk.toggle()
+            Keys.onReturnPressed: root.talk.toggle()
+            background: Rectangle {
+                radius: width / 2
+                color: root.talking ? Theme.live : button.pressed ? Qt.darker(Theme.accent, 1.2) : Theme.accent
+                opacity: root.talk.phase === TalkControl.Asking ? 0.6 : 1
+                border.width: button.visualFocus ? 4 : 0
+                border.color: Theme.text
+            }
+            contentItem: Text {
+                text: button.text
+                horizontalAlignment: Text.AlignHCenter
+                verticalAlignment: Text.AlignVCenter
+                color: root.talking ? "#ffffff" : Theme.accentText
+                font { pixelSize: 26; weight: Font.Bold }
+            }
+        }
+        QuietText {
+            Layout.alignment: Qt.AlignHCenter
+            font.pixelSize: Theme.textSize
+            text: talkKey.held ? qsTr("Talking while you hold the space bar") : qsTr("Hold the space bar to talk, or press the button")
+        }
+
+        Rectangle {
+            objectName: "mutedSign"
+            Layout.fillWidth: true
+            visible: root.talk.muted
+            implicitHeight: 44
+            radius: Theme.radius
+            color: Theme.live
+            Text {
+                anchors.centerIn: parent
+                text: qsTr("MICROPHONE MUTED – nobody hears you")
+                color: "#ffffff"
+                font { pixelSize: 16; weight: Font.Bold }
+                Accessible.role: Accessible.AlertMessage
+                Accessible.name: text
+            }
+        }
+
+        GridLayout {
+            Layout.fillWidth: true
+            columns: 3
+            columnSpacing: 12
+            rowSpacing: 10
+
+            Text { text: qsTr("Microphone"); color: Theme.text; font.pixelSize: Theme.textSize }
+            LevelMeter {
+                objectName: "saidMeter"
+                Layout.fillWidth: true
+                name: qsTr("Level of the microphone")
+                level: root.talk.muted ? 0 : desk.meters.said
+            }
+            Button {
+                id: mute
+                objectName: "muteButton"
+                checkable: true
+                checked: root.talk.muted
+                text: checked ? qsTr("Unmute") : qsTr("Mute")
+                Accessible.name: qsTr("Mute the microphone")
+                onClicked: {
+                    root.talk.muted = checked;
+                    checked = Qt.binding(function() { return root.talk.muted; });
+                }
+                ToolTip.visible: hovered
+                ToolTip.delay: 600
+                ToolTip.text: "Ctrl+M"
+            }
+            Text { text: qsTr("Volume"); color: Theme.text; font.pixelSize: Theme.textSize }
+            Slider {
+                id: volume
+                objectName: "volumeSlider"
+                Layout.fillWidth: true
+                from: 0
+                to: 100
+                stepSize: 5
+                value: root.talk.volume
+                Accessible.name: qsTr("Volume of the microphone")
+                onMoved: root.talk.volume = value
+            }
+            Text { text: qsTr("%1 %").arg(Math.round(volume.value)); color: Theme.text; font.pixelSize: Theme.textSize; Layout.minimumWidth: 50 }
+            Text { text: qsTr("Heard"); color: Theme.text; font.pixelSize: Theme.textSize }
+            LevelMeter {
+                objectName: "heardMeter"
+                Layout.fillWidth: true
+                Layout.columnSpan: 2
+                name: qsTr("Level of what is heard")
+                level: desk.meters.heard
+            }
+        }
+
+        Rectangle {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.minimumHeight: 96
+            Layout.maximumHeight: 180
+            color: Theme.surface
+            radius: Theme.radius
+            border.color: Theme.border
+            ColumnLayout {
+                anchors { fill: parent; margins: 8 }
+                spacing: 2
+                QuietText { text: qsTr("Said, the last ten seconds") }
+                Waveform {
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                    meters: desk.meters
+                    direction: TalkMeters.Said
+                    color: Theme.accent
+                }
+                QuietText { text: qsTr("Heard") }
+                Waveform {
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                    meters: desk.meters
+                    direction: TalkMeters.Heard
+                    color: Theme.good
+                }
+            }
+        }
+        Item { Layout.fillHeight: true; Layout.preferredHeight: 1 }
+    }
+}
