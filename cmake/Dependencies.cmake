@@ -1,6 +1,7 @@
 # Libraries that are installed and called.
 
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Multimedia Network Sql WebSockets)
+find_package(Qt5 5.15 REQUIRED COMPONENTS
+    Core Gui LinguistTools Multimedia Network Quick QuickControls2 Sql WebSockets Widgets)
 find_package(OpenSSL 3.0 REQUIRED)
 find_package(Threads REQUIRED)
 find_package(Boost 1.71 REQUIRED COMPONENTS thread)

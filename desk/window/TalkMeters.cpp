@@ -9,7 +9,10 @@
 
 namespace {
 
-constexpr int tickInterval = 50;     // ms
+constexpr int tickInterval = 50; // ms
+constexpr int ticksPerSecond = 1000 / tickInterval;
+constexpr std::size_t enoughToFlow = 3; // pieces of sound
+constexpr std::size_t mostWaiting = 10;
 constexpr qreal meterBottom = -60.0; // dBFS
 constexpr qreal fall = 0.08;         // a tick: from full to nothing in 0.6 s
 constexpr int mostStreams = 64;
@@ -17,21 +20,36 @@ constexpr float fullScale = 32768.0F;
 
 } // namespace
 
-void TalkMeters::Meter::take(const std::vector<std::int16_t>& samples)
+void TalkMeters::Meter::take(const std::vector<std::int16_t>& sound, int samplesPerSecond)
 {
-    const qreal loud = 1.0 - std::max(SoundLevel::rmsDbfs(samples), meterBottom) / meterBottom;
+    const qreal loud = 1.0 - std::max(SoundLevel::rmsDbfs(sound), meterBottom) / meterBottom;
     level = std::max(level, std::clamp(loud, 0.0, 1.0));
-    for (const std::int16_t sample : samples) {
+    const auto piece = static_cast<std::size_t>(std::max(samplesPerSecond / ticksPerSecond, 1));
+    for (const std::int16_t sample : sound) {
         peak = std::max(peak, std::abs(static_cast<float>(sample)) / fullScale);
+        if (++samples >= piece) {
+            waiting.push_back(peak);
+            samples = 0;
+            peak = 0;
+        }
     }
+    while (waiting.size() > mostWaiting) {
+        waiting.pop_front();
+    }
+    flows = flows || waiting.size() >= enoughToFlow;
 }
 
 void TalkMeters::Meter::tick()
 {
     level = std::max(level - fall, 0.0);
-    history.peaks[history.next] = peak;
+    float next = 0;
+    if (flows && !waiting.empty()) {
+        next = waiting.front();
+        waiting.pop_front();
+    }
+    flows = flows && !waiting.empty();
+    history.peaks[history.next] = next;
     history.next = (history.next + 1) % historyLength;
-    peak = 0;
 }
 
 TalkMeters::TalkMeters()
@@ -72,7 +90,7 @@ void TalkMeters::commandSent(const QString& command, const QVariant& payload, bo
     Q_EMIT packetSent();
     const QByteArray text = payload.toMap().value(QStringLiteral("talkData")).toString().toLatin1();
     if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
-        m_said.take(talk->samples);
+        m_said.take(talk->samples, PacketDecoder::sampleRate);
     }
 }
 
@@ -103,6 +121,8 @@ void TalkMeters::eventArrived(const QString& event, const QVariant& payload)
         stream = std::make_shared<PacketStream>(parameters);
     }
     if (const auto samples = stream->decode(packet.mid(static_cast<int>(offset), static_cast<int>(length)))) {
-        m_heard.take(*samples);
+        const auto channels = static_cast<int>(std::clamp(number("AudioChannelNum") & 255U, 1U, 8U));
+        m_heard.take(*samples,
+                     channels * static_cast<int>(std::clamp(number("AudioSamplingFreq"), 8000U, 192000U)));
     }
 }

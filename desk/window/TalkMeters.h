@@ -10,6 +10,7 @@
 #include <QVariant>
 
 #include <array>
+#include <deque>
 #include <memory>
 
 /**
@@ -62,13 +63,17 @@ Q_SIGNALS:
     void packetSent();
 
 private:
+    /** Packets come in lumps; their peaks wait in a queue and leave it one a tick. */
     struct Meter
     {
         qreal level = 0;
-        float peak = 0; ///< Since the last tick.
         History history;
+        std::deque<float> waiting;
+        bool flows = false;
+        float peak = 0;          ///< Of the piece that is being filled.
+        std::size_t samples = 0; ///< In it.
 
-        void take(const std::vector<std::int16_t>& samples);
+        void take(const std::vector<std::int16_t>& sound, int samplesPerSecond);
         void tick();
     };
 

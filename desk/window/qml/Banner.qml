@@ -42,12 +42,12 @@ Rectangle {
                 font.pixelSize: Theme.textSize
             }
         }
-        Button {
+        ActionButton {
             visible: root.action !== ""
             text: root.action
             onClicked: root.triggered()
         }
-        Button {
+        ActionButton {
             visible: root.dismissable
             text: qsTr("Close")
             Accessible.name: qsTr("Close the message")

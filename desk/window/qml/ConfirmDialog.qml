@@ -13,20 +13,24 @@ Dialog {
     closePolicy: Popup.CloseOnEscape
     onOpened: keep.forceActiveFocus()
 
-    Text {
-        width: parent.width
+    padding: 18
+    header: DialogTitle { text: root.title }
+
+    contentItem: Text {
         text: root.question
         wrapMode: Text.Wrap
         color: Theme.text
         font.pixelSize: Theme.textSize
     }
     footer: DialogButtonBox {
-        Button {
+        padding: 14
+        background: Rectangle { color: Theme.raised }
+        ActionButton {
             id: keep
             text: qsTr("Keep")
             DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
         }
-        Button {
+        ActionButton {
             text: root.action
             DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole
         }

@@ -51,12 +51,12 @@ ScrollView {
         }
         RowLayout {
             spacing: 10
-            Button {
+            ActionButton {
                 text: qsTr("Try again now")
                 visible: !root.connection.online
                 onClicked: root.connection.retry()
             }
-            Button {
+            ActionButton {
                 text: qsTr("Use the server on this computer")
                 visible: !root.connection.local
                 onClicked: root.connection.useLocal()
@@ -109,7 +109,7 @@ ScrollView {
             problem: text === "" || /^[0-9A-Fa-f]{64}$/.test(text.replace(/[\s:]/g, "")) ? "" : qsTr("64 hexadecimal digits, as the server shows them when it starts.")
             field.onAccepted: root.signIn()
         }
-        Button {
+        ActionButton {
             objectName: "signIn"
             text: qsTr("Sign in")
             enabled: url.valid && fingerprint.valid

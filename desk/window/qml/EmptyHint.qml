@@ -21,12 +21,12 @@ ColumnLayout {
     }
     QuietText {
         Layout.alignment: Qt.AlignHCenter
-        Layout.maximumWidth: 420
+        Layout.maximumWidth: 560
         horizontalAlignment: Text.AlignHCenter
         text: root.hint
         font.pixelSize: Theme.textSize
     }
-    Button {
+    ActionButton {
         Layout.alignment: Qt.AlignHCenter
         visible: root.action !== ""
         text: root.action

@@ -51,8 +51,9 @@ ColumnLayout {
             Layout.preferredWidth: 220
             placeholderText: qsTr("Search by name")
         }
-        Button {
+        ActionButton {
             objectName: "uploadFile"
+            highlighted: true
             text: qsTr("Send a file…")
             onClicked: root.addNew()
         }

@@ -9,6 +9,7 @@ Dialog {
     property bool valid: true
     property string hint
     property alias request: pending
+    property int wanted: 520 // height
     property string saveText: qsTr("Save")
     signal save()
 
@@ -16,7 +17,9 @@ Dialog {
     anchors.centerIn: Overlay.overlay
     width: Math.min(560, (Overlay.overlay ? Overlay.overlay.width : 600) - 40)
     closePolicy: pending.busy ? Popup.NoAutoClose : Popup.CloseOnEscape
+    height: Math.min(wanted, (Overlay.overlay ? Overlay.overlay.height : wanted) - 24)
     padding: 18
+    header: DialogTitle { text: root.title }
     onAboutToShow: pending.reset()
 
     function submit() {
@@ -49,12 +52,12 @@ Dialog {
                 visible: pending.busy
                 running: pending.busy
             }
-            Button {
+            ActionButton {
                 text: qsTr("Cancel")
                 enabled: !pending.busy
                 onClicked: root.close()
             }
-            Button {
+            ActionButton {
                 objectName: "save"
                 text: root.saveText
                 highlighted: true

@@ -27,6 +27,7 @@ FormDialog {
     }
 
     objectName: "groupDialog"
+    wanted: 500
     onOpened: nameField.field.forceActiveFocus()
     valid: nameField.valid && members.checkedIds.length > 0
     hint: qsTr("A name and at least one speaker are needed.")
@@ -51,7 +52,7 @@ FormDialog {
             id: members
             objectName: "groupMembers"
             Layout.fillWidth: true
-            Layout.preferredHeight: 280
+            Layout.fillHeight: true
             label: qsTr("Speakers of the group")
             model: root.speakers
             idName: "idRole"

@@ -24,7 +24,7 @@ ColumnLayout {
             placeholderText: qsTr("Search groups and members")
             onTextChanged: root.groups.setFilter(text)
         }
-        Button {
+        ActionButton {
             id: order
             property bool descending: false
             text: descending ? qsTr("Z to A") : qsTr("A to Z")
@@ -34,8 +34,9 @@ ColumnLayout {
                 root.groups.setSort(descending ? Qt.DescendingOrder : Qt.AscendingOrder);
             }
         }
-        Button {
+        ActionButton {
             objectName: "addGroup"
+            highlighted: true
             text: qsTr("Add a group…")
             onClicked: root.addNew()
         }

@@ -109,7 +109,7 @@ ApplicationWindow {
                     color: root.talk.muted ? Theme.warningText : "#ffffff"
                     font { pixelSize: Theme.textSize; weight: Font.DemiBold }
                 }
-                Button { text: qsTr("End the talk"); onClicked: root.talk.stop() }
+                ActionButton { text: qsTr("End the talk"); onClicked: root.talk.stop() }
             }
         }
 

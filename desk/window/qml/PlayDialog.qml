@@ -28,16 +28,24 @@ Dialog {
     width: 460
     height: Math.min(520, (Overlay.overlay ? Overlay.overlay.height : 560) - 40)
     padding: 16
-    standardButtons: Dialog.Cancel
+    header: DialogTitle { text: root.title }
+    footer: DialogButtonBox {
+        padding: 14
+        background: Rectangle { color: Theme.raised }
+        ActionButton {
+            text: qsTr("Cancel")
+            DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+        }
+    }
     onOpened: list.list.forceActiveFocus()
 
     contentItem: ColumnLayout {
         spacing: 10
-        TabBar {
+        ChoiceBar {
             id: tabs
             Layout.fillWidth: true
-            TabButton { text: qsTr("On a speaker") }
-            TabButton { text: qsTr("On a group") }
+            stretch: true
+            choices: [qsTr("On a speaker"), qsTr("On a group")]
         }
         SearchField {
             id: search

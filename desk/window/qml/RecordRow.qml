@@ -79,20 +79,20 @@ Item {
             id: extraControls
             spacing: 6
         }
-        Button {
+        ActionButton {
             visible: root.extraText !== ""
             enabled: root.extraEnabled
             text: root.extraText
             Accessible.name: qsTr("%1: %2").arg(root.title).arg(text)
             onClicked: root.extra()
         }
-        Button {
+        ActionButton {
             visible: root.editable
             text: qsTr("Edit…")
             Accessible.name: qsTr("%1: edit").arg(root.title)
             onClicked: root.edit()
         }
-        Button {
+        ActionButton {
             visible: root.removable
             text: qsTr("Delete…")
             Accessible.name: qsTr("%1: delete").arg(root.title)

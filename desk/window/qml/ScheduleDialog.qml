@@ -69,6 +69,7 @@ FormDialog {
         : desk.schedules.check(record())
 
     objectName: "scheduleDialog"
+    wanted: 640
     width: Math.min(680, (Overlay.overlay ? Overlay.overlay.width : 700) - 40)
     onOpened: nameField.field.forceActiveFocus()
     valid: problem === ""
@@ -115,7 +116,7 @@ FormDialog {
                 spacing: 2
                 Repeater {
                     model: 7
-                    Button {
+                    ActionButton {
                         readonly property int day: index + 1
                         implicitWidth: 56
                         checkable: true
@@ -136,7 +137,8 @@ FormDialog {
         }
         RowLayout {
             Layout.fillWidth: true
-            Layout.preferredHeight: 190
+            Layout.fillHeight: true
+            Layout.minimumHeight: 120
             spacing: 12
             CheckList {
                 id: onSpeakers

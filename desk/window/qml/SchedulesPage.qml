@@ -53,14 +53,14 @@ ColumnLayout {
         spacing: 12
         PageTitle { text: qsTr("Schedules") }
         Item { Layout.fillWidth: true }
-        TabBar {
+        ChoiceBar {
             id: view
             objectName: "scheduleView"
-            TabButton { text: qsTr("List"); width: 90 }
-            TabButton { text: qsTr("Week"); width: 90 }
+            choices: [qsTr("List"), qsTr("Week")]
         }
-        Button {
+        ActionButton {
             objectName: "addSchedule"
+            highlighted: true
             text: qsTr("Add a schedule…")
             onClicked: root.addNew()
         }
@@ -86,7 +86,7 @@ ColumnLayout {
                         .arg(root.now && desk.schedules.nextRun(record))
                 onEdit: dialog.edit(record)
                 onRemove: root.askToDelete(index)
-                Switch {
+                OnOff {
                     id: toggle
                     checked: enableRole
                     Accessible.name: qsTr("%1: switched on").arg(row.title)

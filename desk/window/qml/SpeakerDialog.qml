@@ -31,6 +31,7 @@ FormDialog {
     }
 
     objectName: "speakerDialog"
+    wanted: 580
     onOpened: nameField.field.forceActiveFocus()
     valid: nameField.valid && address.valid && port.valid && user.valid && password.valid
     hint: qsTr("A name, an address and a port are needed.")
@@ -91,7 +92,7 @@ FormDialog {
         CheckList {
             id: cameras
             Layout.fillWidth: true
-            Layout.preferredHeight: 170
+            Layout.fillHeight: true
             label: qsTr("Bound to cameras")
             idName: "modelData"
             searchable: false

@@ -32,8 +32,9 @@ ColumnLayout {
             placeholderText: qsTr("Search by name")
             onTextChanged: root.speakers.filterRegExp = new RegExp(desk.escaped(text), "i")
         }
-        Button {
+        ActionButton {
             objectName: "addSpeaker"
+            highlighted: true
             text: qsTr("Add a speaker…")
             onClicked: root.addNew()
         }

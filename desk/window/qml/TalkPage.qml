@@ -162,7 +162,7 @@ RowLayout {
                 name: qsTr("Level of the microphone")
                 level: root.talk.muted ? 0 : desk.meters.said
             }
-            Button {
+            ActionButton {
                 id: mute
                 objectName: "muteButton"
                 checkable: true
@@ -204,7 +204,7 @@ RowLayout {
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.minimumHeight: 96
-            Layout.maximumHeight: 180
+            Layout.maximumHeight: 260
             color: Theme.surface
             radius: Theme.radius
             border.color: Theme.border

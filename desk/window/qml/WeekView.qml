@@ -24,9 +24,9 @@ ColumnLayout {
 
     RowLayout {
         Layout.fillWidth: true
-        Button { text: qsTr("‹ Earlier"); onClicked: root.monday = root.dayAt(-7) }
-        Button { text: qsTr("This week"); onClicked: root.monday = desk.schedules.mondayOf(new Date()) }
-        Button { text: qsTr("Later ›"); onClicked: root.monday = root.dayAt(7) }
+        ActionButton { text: qsTr("‹ Earlier"); onClicked: root.monday = root.dayAt(-7) }
+        ActionButton { text: qsTr("This week"); onClicked: root.monday = desk.schedules.mondayOf(new Date()) }
+        ActionButton { text: qsTr("Later ›"); onClicked: root.monday = root.dayAt(7) }
         Text {
             Layout.leftMargin: 10
             text: qsTr("%1 to %2").arg(Qt.formatDate(root.monday, Qt.DefaultLocaleShortDate)).arg(Qt.formatDate(root.dayAt(6), Qt.DefaultLocaleShortDate))
@@ -57,7 +57,7 @@ ColumnLayout {
                     Text {
                         Layout.fillWidth: true
                         horizontalAlignment: Text.AlignHCenter
-                        text: Qt.formatDate(day.date, "ddd d.")
+                        text: Qt.formatDate(day.date, "ddd d")
                         color: Theme.text
                         font { pixelSize: Theme.textSize; weight: Font.DemiBold }
                     }

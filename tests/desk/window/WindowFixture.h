@@ -1,0 +1,54 @@
+#pragma once
+
+#include "DeskWindow.h"
+#include "PulseServer.h"
+
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <memory>
+
+/** The desk's window with a server of its own, and a person's hands and eyes for it. */
+class WindowFixture
+{
+public:
+    /** @param change what the server is to be like */
+    explicit WindowFixture(const std::function<void(ClientOptions&)>& change = {});
+    ~WindowFixture();
+
+    Desk& desk() { return *m_desk; }
+    QQuickWindow* window() { return m_window->window(); }
+    QString folder() const { return m_folder.path(); }
+
+    /** A visible item by its objectName; waits a while for it, null without one. */
+    QQuickItem* item(const QString& objectName);
+    /** A visible button, tab, row or field by its text or accessible name. */
+    QQuickItem* control(const QString& text);
+    /** Whether some visible text contains this; waits a while for it. */
+    bool shows(const QString& text);
+    /** Waits a while until an item is not there any more. */
+    bool gone(const QString& objectName);
+
+    void click(QQuickItem* item);
+    void click(const QString& text) { click(control(text)); }
+    /** Types into the field that has the focus, in place of what it held. */
+    void type(const QString& text);
+    /** Clicks a field and types. */
+    void fill(const QString& objectName, const QString& text);
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    void page(int number);
+    void drop(QQuickItem* on, const QList<QUrl>& files);
+
+    /** Keeps a picture of the window among the build's output. */
+    void shoot(const QString& name);
+
+private:
+    QQuickItem* search(QQuickItem* item, const std::function<bool(QQuickItem*)>& matches) const;
+    QQuickItem* find(const std::function<bool(QQuickItem*)>& matches);
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<Desk> m_desk;
+    std::unique_ptr<DeskWindow> m_window;
+};

@@ -1,0 +1,294 @@
+// The window as an operator uses it: a real display, a real sound server, the real plug-in, a server inside.
+
+#include "VirtualDisplay.h"
+#include "WavFiles.h"
+#include "WindowFixture.h"
+
+#include <QApplication>
+#include <QTest>
+
+#include <algorithm>
+
+class TestDeskWindow : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void emptyPages();
+    void talkToACamera();
+    void talkKey();
+    void refusedTalk();
+    void speakers();
+    void severalSpeakersAtOnce();
+    void files();
+    void groups();
+    void schedules();
+
+private:
+    /** Adds a speaker through its dialog. */
+    static void addSpeaker(WindowFixture& desk, const QString& name, const QString& address);
+    static void sendFile(WindowFixture& desk);
+
+    std::unique_ptr<PulseServer> m_pulse;
+};
+
+void TestDeskWindow::initTestCase()
+{
+    m_pulse = std::make_unique<PulseServer>();
+    QVERIFY2(m_pulse->ready(), "PulseAudio does not start. Is the package pulseaudio installed?");
+}
+
+void TestDeskWindow::addSpeaker(WindowFixture& desk, const QString& name, const QString& address)
+{
+    desk.page(2);
+    desk.key(Qt::Key_N, Qt::ControlModifier);
+    desk.fill("speakerName", name);
+    desk.fill("speakerAddress", address);
+    desk.fill("speakerPort", "8080");
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+}
+
+void TestDeskWindow::sendFile(WindowFixture& desk)
+{
+    desk.page(3);
+    desk.drop(desk.item("fileList"), {QUrl::fromLocalFile(ANNOUNCEMENT_WAV)});
+    QVERIFY(desk.control("announcement.wav: Play…"));
+}
+
+void TestDeskWindow::emptyPages()
+{
+    WindowFixture desk;
+    const char* const texts[] = {"Choose whom to talk to", "No speakers yet.",  "No audio files yet.",
+                                 "No groups yet.",         "No schedules yet.", "Another server"};
+    for (int page = 1; page <= 6; ++page) {
+        desk.page(page);
+        QVERIFY2(desk.shows(texts[page - 1]), texts[page - 1]);
+        desk.shoot(QString("empty-%1").arg(page));
+    }
+}
+
+void TestDeskWindow::talkToACamera()
+{
+    WindowFixture desk;
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QVERIFY(desk.shows("Talking to Front gate"));
+    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    QTRY_VERIFY(desk.item("heardMeter")->property("level").toReal() > 0.3); // the camera's echo
+    QTRY_COMPARE(desk.item("talkClock")->property("text").toString(), QString("0:02"));
+    desk.shoot("talking");
+    desk.click("Mute the microphone");
+    QVERIFY(desk.item("mutedSign"));
+    QTRY_COMPARE(desk.item("saidMeter")->property("level").toReal(), 0.0);
+    desk.shoot("muted");
+    desk.page(3);
+    QVERIFY(desk.shows("but the microphone is muted"));
+    desk.key(Qt::Key_M, Qt::ControlModifier);
+    QVERIFY(desk.shows("Talking to Front gate"));
+    desk.shoot("talking-elsewhere");
+    desk.click("End the talk");
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    QVERIFY(!desk.desk().plugin()->property("talking").toBool());
+    // What the camera heard.
+    const QDir recordings(desk.folder() + "/recordings");
+    const QStringList files = recordings.entryList({"camera-1*.wav"}, QDir::Files);
+    QCOMPARE(files.size(), 1);
+    const auto heard = WavFiles::read(recordings.filePath(files.first()));
+    QVERIFY(
+        std::any_of(heard.begin(), heard.end(), [](std::int16_t sample) { return std::abs(sample) > 3000; }));
+}
+
+void TestDeskWindow::talkKey()
+{
+    WindowFixture desk;
+    desk.click("Front gate");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QVERIFY(desk.shows("Talking while you hold the space bar"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    // A space in a text is a space.
+    desk.click(desk.item("targetSearch"));
+    desk.type("front gate");
+    QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    QCOMPARE(desk.desk().targets()->rowCount(), 1);
+    // On other pages it is no talk key.
+    desk.page(6);
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::refusedTalk()
+{
+    WindowFixture desk;
+    desk.click(desk.item("talkButton"));
+    QVERIFY(desk.shows("Nobody is chosen."));
+    desk.click("Car park");
+    desk.click(desk.item("talkButton"));
+    QVERIFY(desk.shows("Car park cannot be talked to: the camera is offline"));
+    desk.shoot("refused");
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    desk.click("Close the message");
+    QVERIFY(desk.desk().talk()->problem().isEmpty());
+}
+
+void TestDeskWindow::speakers()
+{
+    WindowFixture desk;
+    desk.page(2);
+    desk.click("Add a speaker…");
+    desk.fill("speakerName", "Hall");
+    desk.fill("speakerAddress", "not an address");
+    QVERIFY(desk.shows("the address is no IP address and no host name"));
+    desk.fill("speakerPort", "99999");
+    QVERIFY(desk.shows("1 to 65535."));
+    QVERIFY(!desk.item("save")->isEnabled());
+    desk.shoot("speaker-wrong");
+    desk.fill("speakerAddress", "10.0.0.7");
+    desk.fill("speakerPort", "8080");
+    desk.click("Loading dock");
+    QVERIFY(desk.item("save")->isEnabled());
+    desk.shoot("speaker-dialog");
+    desk.click("Save");
+    QVERIFY(desk.control("Hall: edit"));
+    QVERIFY(desk.shows("10.0.0.7:8080  ·  1 camera"));
+
+    desk.click("Hall: Test");
+    QVERIFY(desk.shows("The speaker answers."));
+    desk.shoot("speakers");
+
+    desk.click("Hall: edit");
+    desk.fill("speakerName", "Main hall");
+    desk.key(Qt::Key_Return);
+    QVERIFY(desk.control("Main hall: edit"));
+
+    // The same name twice is the server's to refuse; the dialog stays, and says so.
+    desk.click("Add a speaker…");
+    desk.fill("speakerName", "Main hall");
+    desk.fill("speakerAddress", "10.0.0.8");
+    desk.click("Save");
+    QVERIFY(desk.shows("the name is taken"));
+    desk.key(Qt::Key_Escape);
+
+    desk.click("Main hall: delete");
+    QVERIFY(desk.shows("This cannot be undone."));
+    desk.shoot("delete-asks");
+    desk.click("Keep");
+    QVERIFY(desk.control("Main hall: delete"));
+    desk.click("Main hall: delete");
+    desk.click("Delete");
+    QVERIFY(desk.shows("No speakers yet."));
+}
+
+void TestDeskWindow::severalSpeakersAtOnce()
+{
+    WindowFixture desk([](ClientOptions& options) { options.embedded.offlineAddresses = {"10.0.0.3"}; });
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    addSpeaker(desk, "Stairs", "10.0.0.2");
+    addSpeaker(desk, "Roof", "10.0.0.3");
+    desk.page(1);
+    desk.click("Hall");
+    desk.click("Stairs");
+    desk.click("Roof"); // it is offline
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QTRY_COMPARE(desk.desk().talk()->partners(), QString("Hall, Stairs"));
+    QVERIFY(desk.shows("Roof cannot be talked to"));
+    QVERIFY(desk.shows("The talk goes on with the others."));
+    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    desk.shoot("several-speakers");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::files()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    QVERIFY(desk.shows("0:0"));
+    desk.shoot("files");
+    desk.click("announcement.wav: Play…");
+    QVERIFY(desk.shows("On a group"));
+    desk.shoot("play-dialog");
+    desk.click("Hall");
+    QVERIFY(desk.shows("announcement.wav on Hall"));
+    QTRY_VERIFY(desk.desk().playback()->index(0).data(PlaybackBook::ProgressRole).toReal() > 0.05);
+    desk.shoot("playing");
+    desk.click("announcement.wav on Hall: Stop");
+    QTRY_COMPARE(desk.desk().playback()->rowCount(), 0);
+    desk.click("announcement.wav: delete");
+    desk.click("Delete");
+    QVERIFY(desk.shows("No audio files yet."));
+}
+
+void TestDeskWindow::groups()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    addSpeaker(desk, "Stairs", "10.0.0.2");
+    desk.page(4);
+    desk.click("Add a group…");
+    desk.fill("groupName", "Ground floor");
+    QVERIFY(!desk.item("save")->isEnabled());
+    desk.click("Hall");
+    desk.click("Stairs");
+    desk.shoot("group-dialog");
+    desk.click("Save");
+    QVERIFY(desk.shows("2 speakers: Hall, Stairs"));
+    // Members are searched, too.
+    desk.fill("groupSearch", "stai");
+    QVERIFY(desk.control("Ground floor: edit"));
+    desk.fill("groupSearch", "cellar");
+    QVERIFY(desk.shows("Nothing is found."));
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.control("Ground floor: edit"));
+    desk.shoot("groups");
+    desk.click("Ground floor: edit");
+    desk.click("Stairs");
+    desk.click("Save");
+    QVERIFY(desk.shows("1 speaker: Hall"));
+}
+
+void TestDeskWindow::schedules()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    desk.page(5);
+    desk.click("Add a schedule…");
+    desk.fill("scheduleName", "Opening");
+    QVERIFY(desk.shows("Choose at least one speaker or group."));
+    desk.click("Hall");
+    QVERIFY(desk.item("save")->isEnabled());
+    QVERIFY(desk.shows("Next run: "));
+    desk.shoot("schedule-dialog");
+    desk.click("Save");
+    QVERIFY(desk.shows("announcement.wav, once · next run: "));
+    desk.shoot("schedules");
+    desk.click("Week");
+    QVERIFY(desk.shows("This week"));
+    desk.shoot("week");
+    desk.click("List");
+    desk.click("Opening: switched on");
+    QVERIFY(desk.shows("next run: switched off"));
+}
+
+int main(int argc, char** argv)
+{
+    const VirtualDisplay display(1400, 900);
+    if (!display.ready()) {
+        qFatal("Xvfb does not start. Is the package xvfb installed?");
+    }
+    QApplication application(argc, argv);
+    QAccessible::setActive(true);
+    DeskWindow::registerTypes();
+    TestDeskWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_deskwindow.moc"
