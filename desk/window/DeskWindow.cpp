@@ -43,7 +43,6 @@ void DeskWindow::translate()
     const QString chosen = m_desk.settings()->language();
     const QLocale locale = chosen.isEmpty() ? QLocale::system() : QLocale(chosen);
     QLocale::setDefault(locale);
-    // English is what the texts are written in.
     if (m_translator.load(locale, QStringLiteral("voicedesk"), QStringLiteral("_"),
                           QStringLiteral(":/translations"))) {
         QCoreApplication::installTranslator(&m_translator);

@@ -5,1286 +5,1290 @@
     <name>Banner</name>
     <message>
         <source>Close</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen</translation>
     </message>
     <message>
         <source>Close the message</source>
-        <translation type="unfinished"></translation>
+        <translation>Meldung schließen</translation>
     </message>
 </context>
 <context>
     <name>CheckList</name>
     <message>
         <source>%1 (%2 chosen)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (%2 gewählt)</translation>
     </message>
     <message>
         <source>Search</source>
-        <translation type="unfinished"></translation>
+        <translation>Suchen</translation>
     </message>
     <message>
         <source>Nothing is found.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nichts gefunden.</translation>
     </message>
 </context>
 <context>
     <name>ConfirmDialog</name>
     <message>
         <source>Delete</source>
-        <translation type="unfinished"></translation>
+        <translation>Löschen</translation>
     </message>
     <message>
         <source>Keep</source>
-        <translation type="unfinished"></translation>
+        <translation>Behalten</translation>
     </message>
 </context>
 <context>
     <name>ConnectionPage</name>
     <message>
         <source>Connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindung</translation>
     </message>
     <message>
         <source>%1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message>
         <source>Try again now</source>
-        <translation type="unfinished"></translation>
+        <translation>Jetzt neu versuchen</translation>
     </message>
     <message>
         <source>Use the server on this computer</source>
-        <translation type="unfinished"></translation>
+        <translation>Server auf diesem Rechner nutzen</translation>
     </message>
     <message>
         <source>Another server</source>
-        <translation type="unfinished"></translation>
+        <translation>Anderer Server</translation>
     </message>
     <message>
         <source>Address</source>
-        <translation type="unfinished"></translation>
+        <translation>Adresse</translation>
     </message>
     <message>
         <source>User name (empty for a token)</source>
-        <translation type="unfinished"></translation>
+        <translation>Benutzername (leer für ein Token)</translation>
     </message>
     <message>
         <source>Token</source>
-        <translation type="unfinished"></translation>
+        <translation>Token</translation>
     </message>
     <message>
         <source>Password</source>
-        <translation type="unfinished"></translation>
+        <translation>Passwort</translation>
     </message>
     <message>
-        <source>Fingerprint of the server&apos;s certificate, for wss</source>
-        <translation type="unfinished"></translation>
+        <source>Fingerprint of the server's certificate, for wss</source>
+        <translation>Fingerabdruck des Serverzertifikats, für wss</translation>
     </message>
     <message>
         <source>64 hexadecimal digits, as the server shows them when it starts.</source>
-        <translation type="unfinished"></translation>
+        <translation>64 Hexadezimalziffern, wie sie der Server beim Start zeigt.</translation>
     </message>
     <message>
         <source>Sign in</source>
-        <translation type="unfinished"></translation>
+        <translation>Anmelden</translation>
     </message>
     <message>
         <source>This desk</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Arbeitsplatz</translation>
     </message>
     <message>
         <source>Colours</source>
-        <translation type="unfinished"></translation>
+        <translation>Farben</translation>
     </message>
     <message>
         <source>As the system</source>
-        <translation type="unfinished"></translation>
+        <translation>Wie das System</translation>
     </message>
     <message>
         <source>Light</source>
-        <translation type="unfinished"></translation>
+        <translation>Hell</translation>
     </message>
     <message>
         <source>Dark</source>
-        <translation type="unfinished"></translation>
+        <translation>Dunkel</translation>
     </message>
     <message>
         <source>Language</source>
-        <translation type="unfinished"></translation>
+        <translation>Sprache</translation>
     </message>
     <message>
         <source>Keys: Ctrl+1 to Ctrl+6 pages, space bar talk while held, Ctrl+T talk on and off, Ctrl+M mute, Ctrl+F search, Ctrl+N new, Enter open, Delete delete.</source>
-        <translation type="unfinished"></translation>
+        <translation>Tasten: Strg+1 bis Strg+6 Seiten, Leertaste sprechen, solange sie gehalten wird, Strg+T Gespräch ein und aus, Strg+M stumm, Strg+F suchen, Strg+N neu, Eingabe öffnen, Entf löschen.</translation>
     </message>
 </context>
 <context>
     <name>Desk</name>
     <message>
         <source>Only files on this computer can be sent.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nur Dateien auf diesem Rechner können gesendet werden.</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; cannot be read.</source>
-        <translation type="unfinished"></translation>
+        <source>"%1" cannot be read.</source>
+        <translation>„%1“ kann nicht gelesen werden.</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is larger than 32 MiB.</source>
-        <translation type="unfinished"></translation>
+        <source>"%1" is larger than 32 MiB.</source>
+        <translation>„%1“ ist größer als 32 MiB.</translation>
     </message>
 </context>
 <context>
     <name>DeskConnection</name>
     <message>
         <source>the server on this computer</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server auf diesem Rechner</translation>
     </message>
     <message>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbunden</translation>
     </message>
     <message>
         <source>Connecting…</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbinde …</translation>
     </message>
     <message>
         <source>Connection lost; trying again…</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindung verloren; neuer Versuch …</translation>
     </message>
     <message>
         <source>Sign-in refused</source>
-        <translation type="unfinished"></translation>
+        <translation>Anmeldung abgelehnt</translation>
     </message>
     <message>
         <source>The server cannot start</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server startet nicht</translation>
     </message>
     <message>
         <source>Enter an address like wss://host:8440.</source>
-        <translation type="unfinished"></translation>
+        <translation>Eine Adresse wie wss://host:8440 eingeben.</translation>
     </message>
     <message>
         <source>An address looks like wss://host:8440, or ws:// without encryption.</source>
-        <translation type="unfinished"></translation>
+        <translation>Eine Adresse sieht aus wie wss://host:8440, oder ws:// ohne Verschlüsselung.</translation>
     </message>
 </context>
 <context>
     <name>ErrorWords</name>
     <message>
         <source>the server does not know how to do this</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server kann das nicht</translation>
     </message>
     <message>
         <source>the server did not understand the request</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server hat die Anfrage nicht verstanden</translation>
     </message>
     <message>
         <source>the server does not know this camera</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server kennt diese Kamera nicht</translation>
     </message>
     <message>
         <source>the camera is offline</source>
-        <translation type="unfinished"></translation>
+        <translation>die Kamera ist nicht erreichbar</translation>
     </message>
     <message>
-        <source>the camera&apos;s sound does not work</source>
-        <translation type="unfinished"></translation>
+        <source>the camera's sound does not work</source>
+        <translation>der Ton der Kamera geht nicht</translation>
     </message>
     <message>
         <source>the speaker is offline</source>
-        <translation type="unfinished"></translation>
+        <translation>der Lautsprecher ist nicht erreichbar</translation>
     </message>
     <message>
         <source>the server cannot store it; is its disk full?</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server kann es nicht speichern; ist seine Platte voll?</translation>
     </message>
     <message>
         <source>the speaker is not there any more</source>
-        <translation type="unfinished"></translation>
+        <translation>der Lautsprecher ist nicht mehr da</translation>
     </message>
     <message>
         <source>the audio file is not there any more</source>
-        <translation type="unfinished"></translation>
+        <translation>die Audiodatei ist nicht mehr da</translation>
     </message>
     <message>
         <source>the group is not there any more</source>
-        <translation type="unfinished"></translation>
+        <translation>die Gruppe ist nicht mehr da</translation>
     </message>
     <message>
         <source>the schedule is not there any more</source>
-        <translation type="unfinished"></translation>
+        <translation>der Zeitplan ist nicht mehr da</translation>
     </message>
     <message>
         <source>the name is not allowed</source>
-        <translation type="unfinished"></translation>
+        <translation>der Name ist nicht erlaubt</translation>
     </message>
     <message>
         <source>the name is taken</source>
-        <translation type="unfinished"></translation>
+        <translation>der Name ist vergeben</translation>
     </message>
     <message>
         <source>the address is no IP address and no host name</source>
-        <translation type="unfinished"></translation>
+        <translation>das ist weder eine IP-Adresse noch ein Rechnername</translation>
     </message>
     <message>
         <source>the port is not 1 to 65535</source>
-        <translation type="unfinished"></translation>
+        <translation>der Port liegt nicht zwischen 1 und 65535</translation>
     </message>
     <message>
         <source>user name or password is too long</source>
-        <translation type="unfinished"></translation>
+        <translation>Benutzername oder Passwort ist zu lang</translation>
     </message>
     <message>
         <source>a chosen entry is not there any more</source>
-        <translation type="unfinished"></translation>
+        <translation>ein gewählter Eintrag ist nicht mehr da</translation>
     </message>
     <message>
         <source>the times make no sense</source>
-        <translation type="unfinished"></translation>
+        <translation>die Zeiten ergeben keinen Sinn</translation>
     </message>
     <message>
         <source>there is nothing to play on</source>
-        <translation type="unfinished"></translation>
+        <translation>es gibt nichts, worauf gespielt werden kann</translation>
     </message>
     <message>
         <source>the audio file cannot be played</source>
-        <translation type="unfinished"></translation>
+        <translation>die Audiodatei kann nicht gespielt werden</translation>
     </message>
     <message>
         <source>the server refuses the file</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server lehnt die Datei ab</translation>
     </message>
     <message>
         <source>the server refuses it</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server lehnt es ab</translation>
     </message>
     <message>
         <source>error %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Fehler %1</translation>
     </message>
 </context>
 <context>
     <name>FilesPage</name>
     <message>
         <source>The file cannot be sent: there is no connection to the server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Datei kann nicht gesendet werden: keine Verbindung zum Server.</translation>
     </message>
     <message>
         <source>length unknown</source>
-        <translation type="unfinished"></translation>
+        <translation>Länge unbekannt</translation>
     </message>
     <message>
         <source>being sent…</source>
-        <translation type="unfinished"></translation>
+        <translation>wird gesendet …</translation>
     </message>
     <message>
         <source>refused by the server</source>
-        <translation type="unfinished"></translation>
+        <translation>vom Server abgelehnt</translation>
     </message>
     <message>
         <source>refused by the server; and this computer has no sound output</source>
-        <translation type="unfinished"></translation>
+        <translation>vom Server abgelehnt; und dieser Rechner hat keinen Tonausgang</translation>
     </message>
     <message>
         <source>not ready</source>
-        <translation type="unfinished"></translation>
+        <translation>nicht bereit</translation>
     </message>
     <message>
         <source>Audio files</source>
-        <translation type="unfinished"></translation>
+        <translation>Audiodateien</translation>
     </message>
     <message>
         <source>Search by name</source>
-        <translation type="unfinished"></translation>
+        <translation>Nach Namen suchen</translation>
     </message>
     <message>
         <source>Send a file…</source>
-        <translation type="unfinished"></translation>
+        <translation>Datei senden …</translation>
     </message>
     <message>
         <source>Play…</source>
-        <translation type="unfinished"></translation>
+        <translation>Abspielen …</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is still being sent. It can be taken off this list, but the server may keep it.</source>
-        <translation type="unfinished"></translation>
+        <source>"%1" is still being sent. It can be taken off this list, but the server may keep it.</source>
+        <translation>„%1“ wird noch gesendet. Der Eintrag kann von der Liste genommen werden, doch der Server behält die Datei vielleicht.</translation>
     </message>
     <message>
-        <source>Delete &quot;%1&quot; from the server? Schedules that play it lose it. This cannot be undone.</source>
-        <translation type="unfinished"></translation>
+        <source>Delete "%1" from the server? Schedules that play it lose it. This cannot be undone.</source>
+        <translation>„%1“ vom Server löschen? Zeitpläne, die sie spielen, verlieren sie. Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
         <source>Being sent</source>
-        <translation type="unfinished"></translation>
+        <translation>Wird gesendet</translation>
     </message>
     <message>
         <source>Nothing is found.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nichts gefunden.</translation>
     </message>
     <message>
         <source>No audio files yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Audiodateien.</translation>
     </message>
     <message>
-        <source>No file&apos;s name has this text in it.</source>
-        <translation type="unfinished"></translation>
+        <source>No file's name has this text in it.</source>
+        <translation>Kein Dateiname enthält diesen Text.</translation>
     </message>
     <message>
         <source>Drop WAV, MP3, AAC, FLAC or Ogg files here, or choose one.</source>
-        <translation type="unfinished"></translation>
+        <translation>WAV-, MP3-, AAC-, FLAC- oder Ogg-Dateien hier ablegen oder eine wählen.</translation>
     </message>
     <message>
         <source>Drop to send to the server</source>
-        <translation type="unfinished"></translation>
+        <translation>Ablegen, um sie zum Server zu senden</translation>
     </message>
     <message>
         <source>Playing</source>
-        <translation type="unfinished"></translation>
+        <translation>Wird gespielt</translation>
     </message>
     <message>
         <source>%1 on %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 auf %2</translation>
     </message>
     <message>
         <source>starting…</source>
-        <translation type="unfinished"></translation>
+        <translation>beginnt …</translation>
     </message>
     <message>
         <source>%1 %</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 %</translation>
     </message>
     <message>
         <source>played to the end</source>
-        <translation type="unfinished"></translation>
+        <translation>zu Ende gespielt</translation>
     </message>
     <message>
         <source>failed: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>fehlgeschlagen: %1</translation>
     </message>
     <message>
         <source>Stop</source>
-        <translation type="unfinished"></translation>
+        <translation>Anhalten</translation>
     </message>
     <message>
         <source>Close</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen</translation>
     </message>
     <message>
         <source>Progress</source>
-        <translation type="unfinished"></translation>
+        <translation>Fortschritt</translation>
     </message>
     <message>
         <source>Delete an audio file</source>
-        <translation type="unfinished"></translation>
+        <translation>Audiodatei löschen</translation>
     </message>
     <message>
         <source>Send audio files to the server</source>
-        <translation type="unfinished"></translation>
+        <translation>Audiodateien zum Server senden</translation>
     </message>
     <message>
         <source>Sound (*.wav *.mp3 *.aac *.m4a *.mp4 *.flac *.ogg *.oga *.aif *.aiff)</source>
-        <translation type="unfinished"></translation>
+        <translation>Ton (*.wav *.mp3 *.aac *.m4a *.mp4 *.flac *.ogg *.oga *.aif *.aiff)</translation>
     </message>
     <message>
         <source>All files (*)</source>
-        <translation type="unfinished"></translation>
+        <translation>Alle Dateien (*)</translation>
     </message>
 </context>
 <context>
     <name>FormDialog</name>
     <message>
         <source>Save</source>
-        <translation type="unfinished"></translation>
+        <translation>Speichern</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>
     <name>GroupDialog</name>
     <message>
         <source>Add a group</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppe anlegen</translation>
     </message>
     <message>
-        <source>Group &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <source>Group "%1"</source>
+        <translation>Gruppe „%1“</translation>
     </message>
     <message>
         <source>A name and at least one speaker are needed.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Name und mindestens ein Lautsprecher sind nötig.</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation>Name</translation>
     </message>
     <message>
         <source>Give the group a name.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Gruppe braucht einen Namen.</translation>
     </message>
     <message>
         <source>At most 128 characters.</source>
-        <translation type="unfinished"></translation>
+        <translation>Höchstens 128 Zeichen.</translation>
     </message>
     <message>
         <source>Speakers of the group</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher der Gruppe</translation>
     </message>
     <message>
         <source>There are no speakers yet: add them on the page Speakers.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Lautsprecher: auf der Seite Lautsprecher anlegen.</translation>
     </message>
 </context>
 <context>
     <name>GroupsPage</name>
     <message>
         <source>Groups</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppen</translation>
     </message>
     <message>
         <source>Search groups and members</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppen und Mitglieder suchen</translation>
     </message>
     <message>
         <source>Z to A</source>
-        <translation type="unfinished"></translation>
+        <translation>Z bis A</translation>
     </message>
     <message>
         <source>A to Z</source>
-        <translation type="unfinished"></translation>
+        <translation>A bis Z</translation>
     </message>
     <message>
         <source>Order: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Reihenfolge: %1</translation>
     </message>
     <message>
         <source>Add a group…</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppe anlegen …</translation>
     </message>
     <message numerus="yes">
         <source>%n speaker(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n Lautsprecher</numerusform>
+            <numerusform>%n Lautsprecher</numerusform>
         </translation>
     </message>
     <message>
         <source>no speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>keine Lautsprecher</translation>
     </message>
     <message>
-        <source>Delete the group &quot;%1&quot;? Its speakers stay. Schedules that play on it lose it. This cannot be undone.</source>
-        <translation type="unfinished"></translation>
+        <source>Delete the group "%1"? Its speakers stay. Schedules that play on it lose it. This cannot be undone.</source>
+        <translation>Die Gruppe „%1“ löschen? Ihre Lautsprecher bleiben. Zeitpläne, die auf ihr spielen, verlieren sie. Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
         <source>Nothing is found.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nichts gefunden.</translation>
     </message>
     <message>
         <source>No groups yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Gruppen.</translation>
     </message>
     <message>
         <source>Neither a group nor one of its members has this text in its name.</source>
-        <translation type="unfinished"></translation>
+        <translation>Weder eine Gruppe noch eines ihrer Mitglieder enthält diesen Text im Namen.</translation>
     </message>
     <message>
         <source>A group plays a file on several speakers at once, in step.</source>
-        <translation type="unfinished"></translation>
+        <translation>Eine Gruppe spielt eine Datei auf mehreren Lautsprechern zugleich, im Gleichtakt.</translation>
     </message>
     <message>
         <source>Delete a group</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppe löschen</translation>
     </message>
 </context>
 <context>
     <name>LevelMeter</name>
     <message>
         <source>%1 percent</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Prozent</translation>
     </message>
 </context>
 <context>
     <name>Main</name>
     <message>
         <source>Talking to %1 – VoiceDesk</source>
-        <translation type="unfinished"></translation>
+        <translation>Im Gespräch mit %1 – VoiceDesk</translation>
     </message>
     <message>
         <source>VoiceDesk</source>
-        <translation type="unfinished"></translation>
+        <translation>VoiceDesk</translation>
     </message>
     <message>
         <source>Talk</source>
-        <translation type="unfinished"></translation>
+        <translation>Sprechen</translation>
     </message>
     <message>
         <source>Speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher</translation>
     </message>
     <message>
         <source>Audio files</source>
-        <translation type="unfinished"></translation>
+        <translation>Audiodateien</translation>
     </message>
     <message>
         <source>Groups</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppen</translation>
     </message>
     <message>
         <source>Schedules</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeitpläne</translation>
     </message>
     <message>
         <source>Connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindung</translation>
     </message>
     <message>
         <source>%1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message>
         <source>Connection…</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindung …</translation>
     </message>
     <message>
         <source>The server does not answer.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server antwortet nicht.</translation>
     </message>
     <message>
         <source>What was asked last may or may not have been done. Look at the list before you try again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Was zuletzt verlangt wurde, ist vielleicht geschehen, vielleicht nicht. Vor einem neuen Versuch die Liste ansehen.</translation>
     </message>
     <message>
         <source>Talking to %1, but the microphone is muted</source>
-        <translation type="unfinished"></translation>
+        <translation>Im Gespräch mit %1, aber das Mikrofon ist stumm</translation>
     </message>
     <message>
         <source>Talking to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Im Gespräch mit %1</translation>
     </message>
     <message>
         <source>End the talk</source>
-        <translation type="unfinished"></translation>
+        <translation>Gespräch beenden</translation>
     </message>
 </context>
 <context>
     <name>MomentField</name>
     <message>
         <source>%1: day, like 2026-12-31</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: Tag, wie 2026-12-31</translation>
     </message>
     <message>
         <source>%1: time, like 08:30</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: Uhrzeit, wie 08:30</translation>
     </message>
 </context>
 <context>
     <name>PendingRequest</name>
     <message>
         <source>There is no connection to the server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es besteht keine Verbindung zum Server.</translation>
     </message>
     <message>
         <source>Not done: %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht ausgeführt: %1.</translation>
     </message>
     <message>
         <source>The server did not answer. Nobody knows whether it was done: look at the list before you try again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat nicht geantwortet. Niemand weiß, ob es geschehen ist: vor einem neuen Versuch die Liste ansehen.</translation>
     </message>
 </context>
 <context>
     <name>PlayDialog</name>
     <message>
-        <source>Play &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <source>Play "%1"</source>
+        <translation>„%1“ abspielen</translation>
     </message>
     <message>
         <source>On a speaker</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf einem Lautsprecher</translation>
     </message>
     <message>
         <source>On a group</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf einer Gruppe</translation>
     </message>
     <message>
         <source>Search by name</source>
-        <translation type="unfinished"></translation>
+        <translation>Nach Namen suchen</translation>
     </message>
     <message>
         <source>Groups</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppen</translation>
     </message>
     <message>
         <source>Speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher</translation>
     </message>
     <message>
         <source>Nothing is found.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nichts gefunden.</translation>
     </message>
     <message>
         <source>No groups yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Gruppen.</translation>
     </message>
     <message>
         <source>No speakers yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Lautsprecher.</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>
     <name>PlaybackBook</name>
     <message>
-        <source>&quot;%1&quot; was not played on %2: %3</source>
-        <translation type="unfinished"></translation>
+        <source>"%1" was not played on %2: %3</source>
+        <translation>„%1“ wurde auf %2 nicht gespielt: %3</translation>
     </message>
     <message>
-        <source>Schedule &quot;%1&quot;: &quot;%2&quot; was not played on %3: %4</source>
-        <translation type="unfinished"></translation>
+        <source>Schedule "%1": "%2" was not played on %3: %4</source>
+        <translation>Zeitplan „%1“: „%2“ wurde auf %3 nicht gespielt: %4</translation>
     </message>
     <message>
         <source>no answer from the server</source>
-        <translation type="unfinished"></translation>
+        <translation>keine Antwort vom Server</translation>
     </message>
     <message>
         <source>the connection to the server was lost</source>
-        <translation type="unfinished"></translation>
+        <translation>die Verbindung zum Server ging verloren</translation>
     </message>
 </context>
 <context>
     <name>RecordRow</name>
     <message>
         <source>%1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message>
         <source>Edit…</source>
-        <translation type="unfinished"></translation>
+        <translation>Ändern …</translation>
     </message>
     <message>
         <source>%1: edit</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: ändern</translation>
     </message>
     <message>
         <source>Delete…</source>
-        <translation type="unfinished"></translation>
+        <translation>Löschen …</translation>
     </message>
     <message>
         <source>%1: delete</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: löschen</translation>
     </message>
 </context>
 <context>
     <name>ScheduleDialog</name>
     <message>
         <source>Add a schedule</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeitplan anlegen</translation>
     </message>
     <message>
-        <source>Schedule &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <source>Schedule "%1"</source>
+        <translation>Zeitplan „%1“</translation>
     </message>
     <message>
         <source>The name has more than 128 characters.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Name hat mehr als 128 Zeichen.</translation>
     </message>
     <message>
         <source>The start is no date and time.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Beginn ist kein Datum mit Uhrzeit.</translation>
     </message>
     <message>
         <source>The end is no date and time.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Ende ist kein Datum mit Uhrzeit.</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation>Name</translation>
     </message>
     <message>
         <source>Give the schedule a name.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Zeitplan braucht einen Namen.</translation>
     </message>
     <message>
         <source>Audio file</source>
-        <translation type="unfinished"></translation>
+        <translation>Audiodatei</translation>
     </message>
     <message>
         <source>Choose a file</source>
-        <translation type="unfinished"></translation>
+        <translation>Datei wählen</translation>
     </message>
     <message>
         <source>How often</source>
-        <translation type="unfinished"></translation>
+        <translation>Wie oft</translation>
     </message>
     <message>
         <source>Once</source>
-        <translation type="unfinished"></translation>
+        <translation>Einmal</translation>
     </message>
     <message>
         <source>Every day</source>
-        <translation type="unfinished"></translation>
+        <translation>Jeden Tag</translation>
     </message>
     <message>
         <source>On days of the week</source>
-        <translation type="unfinished"></translation>
+        <translation>An Wochentagen</translation>
     </message>
     <message>
         <source>Days</source>
-        <translation type="unfinished"></translation>
+        <translation>Tage</translation>
     </message>
     <message>
         <source>When</source>
-        <translation type="unfinished"></translation>
+        <translation>Wann</translation>
     </message>
     <message>
         <source>From</source>
-        <translation type="unfinished"></translation>
+        <translation>Ab</translation>
     </message>
     <message>
         <source>Start</source>
-        <translation type="unfinished"></translation>
+        <translation>Beginn</translation>
     </message>
     <message>
         <source>Until</source>
-        <translation type="unfinished"></translation>
+        <translation>Bis</translation>
     </message>
     <message>
         <source>End</source>
-        <translation type="unfinished"></translation>
+        <translation>Ende</translation>
     </message>
     <message>
         <source>Speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher</translation>
     </message>
     <message>
         <source>No speakers yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Lautsprecher.</translation>
     </message>
     <message>
         <source>Groups</source>
-        <translation type="unfinished"></translation>
+        <translation>Gruppen</translation>
     </message>
     <message>
         <source>No groups yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Gruppen.</translation>
     </message>
     <message>
-        <source>Next run: %1 (the server&apos;s time)</source>
-        <translation type="unfinished"></translation>
+        <source>Next run: %1 (the server's time)</source>
+        <translation>Nächster Lauf: %1 (Zeit des Servers)</translation>
     </message>
 </context>
 <context>
     <name>ScheduleWords</name>
     <message>
         <source>Give the schedule a name.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Zeitplan braucht einen Namen.</translation>
     </message>
     <message>
         <source>Choose at least one day of the week.</source>
-        <translation type="unfinished"></translation>
+        <translation>Mindestens einen Wochentag wählen.</translation>
     </message>
     <message>
         <source>The times make no sense.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Zeiten ergeben keinen Sinn.</translation>
     </message>
     <message>
         <source>It would never run: its time is over.</source>
-        <translation type="unfinished"></translation>
+        <translation>Er liefe nie: seine Zeit ist vorbei.</translation>
     </message>
     <message>
         <source>Choose an audio file.</source>
-        <translation type="unfinished"></translation>
+        <translation>Eine Audiodatei wählen.</translation>
     </message>
     <message>
         <source>Choose at least one speaker or group.</source>
-        <translation type="unfinished"></translation>
+        <translation>Mindestens einen Lautsprecher oder eine Gruppe wählen.</translation>
     </message>
     <message>
         <source>switched off</source>
-        <translation type="unfinished"></translation>
+        <translation>ausgeschaltet</translation>
     </message>
     <message>
         <source>its file was deleted</source>
-        <translation type="unfinished"></translation>
+        <translation>seine Datei wurde gelöscht</translation>
     </message>
     <message>
         <source>not any more</source>
-        <translation type="unfinished"></translation>
+        <translation>nicht mehr</translation>
     </message>
     <message>
         <source>today at %1</source>
-        <translation type="unfinished"></translation>
+        <translation>heute um %1</translation>
     </message>
     <message>
         <source>tomorrow at %1</source>
-        <translation type="unfinished"></translation>
+        <translation>morgen um %1</translation>
     </message>
     <message>
         <source>on %1 at %2</source>
-        <translation type="unfinished"></translation>
+        <translation>am %1 um %2</translation>
     </message>
     <message>
         <source>once</source>
-        <translation type="unfinished"></translation>
+        <translation>einmal</translation>
     </message>
     <message>
         <source>every day</source>
-        <translation type="unfinished"></translation>
+        <translation>jeden Tag</translation>
     </message>
 </context>
 <context>
     <name>SchedulesPage</name>
     <message>
         <source>no file</source>
-        <translation type="unfinished"></translation>
+        <translation>keine Datei</translation>
     </message>
     <message>
-        <source>Delete the schedule &quot;%1&quot;? This cannot be undone.</source>
-        <translation type="unfinished"></translation>
+        <source>Delete the schedule "%1"? This cannot be undone.</source>
+        <translation>Den Zeitplan „%1“ löschen? Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
         <source>Schedules</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeitpläne</translation>
     </message>
     <message>
         <source>List</source>
-        <translation type="unfinished"></translation>
+        <translation>Liste</translation>
     </message>
     <message>
         <source>Week</source>
-        <translation type="unfinished"></translation>
+        <translation>Woche</translation>
     </message>
     <message>
         <source>Add a schedule…</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeitplan anlegen …</translation>
     </message>
     <message>
         <source>%1, %2 · next run: %3</source>
-        <translation type="unfinished"></translation>
+        <translation>%1, %2 · nächster Lauf: %3</translation>
     </message>
     <message>
         <source>%1: switched on</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: eingeschaltet</translation>
     </message>
     <message>
         <source>No schedules yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Zeitpläne.</translation>
     </message>
     <message>
         <source>A schedule plays an audio file by itself: once, every day, or on days of the week.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Zeitplan spielt eine Audiodatei von selbst: einmal, jeden Tag oder an Wochentagen.</translation>
     </message>
     <message>
         <source>Delete a schedule</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeitplan löschen</translation>
     </message>
 </context>
 <context>
     <name>SearchField</name>
     <message>
         <source>Empty the search</source>
-        <translation type="unfinished"></translation>
+        <translation>Suche leeren</translation>
     </message>
 </context>
 <context>
     <name>SpeakerDialog</name>
     <message>
         <source>Add a speaker</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher anlegen</translation>
     </message>
     <message>
-        <source>Speaker &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <source>Speaker "%1"</source>
+        <translation>Lautsprecher „%1“</translation>
     </message>
     <message>
         <source>A name, an address and a port are needed.</source>
-        <translation type="unfinished"></translation>
+        <translation>Name, Adresse und Port sind nötig.</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation>Name</translation>
     </message>
     <message>
         <source>Give the speaker a name.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Lautsprecher braucht einen Namen.</translation>
     </message>
     <message>
         <source>At most 128 characters.</source>
-        <translation type="unfinished"></translation>
+        <translation>Höchstens 128 Zeichen.</translation>
     </message>
     <message>
         <source>Address</source>
-        <translation type="unfinished"></translation>
+        <translation>Adresse</translation>
     </message>
     <message>
         <source>An IP address or host name.</source>
-        <translation type="unfinished"></translation>
+        <translation>Eine IP-Adresse oder ein Rechnername.</translation>
     </message>
     <message>
         <source>Port</source>
-        <translation type="unfinished"></translation>
+        <translation>Port</translation>
     </message>
     <message>
         <source>1 to 65535.</source>
-        <translation type="unfinished"></translation>
+        <translation>1 bis 65535.</translation>
     </message>
     <message>
         <source>User name</source>
-        <translation type="unfinished"></translation>
+        <translation>Benutzername</translation>
     </message>
     <message>
         <source>At most 256 characters.</source>
-        <translation type="unfinished"></translation>
+        <translation>Höchstens 256 Zeichen.</translation>
     </message>
     <message>
         <source>Password</source>
-        <translation type="unfinished"></translation>
+        <translation>Passwort</translation>
     </message>
     <message>
         <source>Bound to cameras</source>
-        <translation type="unfinished"></translation>
+        <translation>An Kameras gebunden</translation>
     </message>
     <message>
         <source>The server has no cameras.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat keine Kameras.</translation>
     </message>
 </context>
 <context>
     <name>SpeakersPage</name>
     <message>
         <source>Speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher</translation>
     </message>
     <message>
         <source>Search by name</source>
-        <translation type="unfinished"></translation>
+        <translation>Nach Namen suchen</translation>
     </message>
     <message>
         <source>Add a speaker…</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher anlegen …</translation>
     </message>
     <message numerus="yes">
         <source>%n camera(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n Kamera</numerusform>
+            <numerusform>%n Kameras</numerusform>
         </translation>
     </message>
     <message>
         <source>testing…</source>
-        <translation type="unfinished"></translation>
+        <translation>wird geprüft …</translation>
     </message>
     <message>
         <source>Test</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen</translation>
     </message>
     <message>
-        <source>Delete the speaker &quot;%1&quot;? Groups and schedules lose it, too. This cannot be undone.</source>
-        <translation type="unfinished"></translation>
+        <source>Delete the speaker "%1"? Groups and schedules lose it, too. This cannot be undone.</source>
+        <translation>Den Lautsprecher „%1“ löschen? Auch Gruppen und Zeitpläne verlieren ihn. Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
         <source>Nothing is found.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nichts gefunden.</translation>
     </message>
     <message>
         <source>No speakers yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Lautsprecher.</translation>
     </message>
     <message>
-        <source>No speaker&apos;s name has this text in it.</source>
-        <translation type="unfinished"></translation>
+        <source>No speaker's name has this text in it.</source>
+        <translation>Kein Lautsprechername enthält diesen Text.</translation>
     </message>
     <message>
         <source>A speaker needs a name, its address and its port.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Lautsprecher braucht einen Namen, seine Adresse und seinen Port.</translation>
     </message>
     <message>
         <source>Delete a speaker</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher löschen</translation>
     </message>
 </context>
 <context>
     <name>TalkControl</name>
     <message>
         <source>The connection to the server was lost; the talk has ended.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Verbindung zum Server ging verloren; das Gespräch ist beendet.</translation>
     </message>
     <message>
         <source>It is being made again. Then press Talk again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sie wird neu aufgebaut. Danach wieder auf Sprechen drücken.</translation>
     </message>
     <message>
         <source>Nobody is chosen.</source>
-        <translation type="unfinished"></translation>
+        <translation>Niemand ist gewählt.</translation>
     </message>
     <message>
         <source>Choose a camera or speakers in the list, then press Talk.</source>
-        <translation type="unfinished"></translation>
+        <translation>Eine Kamera oder Lautsprecher in der Liste wählen, dann auf Sprechen drücken.</translation>
     </message>
     <message>
         <source>There is no connection to the server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es besteht keine Verbindung zum Server.</translation>
     </message>
     <message>
         <source>See the connection page; then press Talk again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Siehe die Seite Verbindung; danach wieder auf Sprechen drücken.</translation>
     </message>
     <message>
         <source>The microphone cannot be opened.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Mikrofon lässt sich nicht öffnen.</translation>
     </message>
     <message>
         <source>Plug a microphone in, or allow this program to use it; then press Talk again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Mikrofon anschließen oder diesem Programm erlauben; dann wieder auf Sprechen drücken.</translation>
     </message>
     <message>
         <source>%1 cannot be talked to: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist nicht zu sprechen: %2</translation>
     </message>
     <message>
-        <source>Check the camera&apos;s power and network, or choose another one.</source>
-        <translation type="unfinished"></translation>
+        <source>Check the camera's power and network, or choose another one.</source>
+        <translation>Strom und Netz der Kamera prüfen oder eine andere wählen.</translation>
     </message>
     <message>
         <source>the server refuses it</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server lehnt es ab</translation>
     </message>
     <message>
-        <source>Check the speaker&apos;s power and network, or choose another one.</source>
-        <translation type="unfinished"></translation>
+        <source>Check the speaker's power and network, or choose another one.</source>
+        <translation>Strom und Netz des Lautsprechers prüfen oder einen anderen wählen.</translation>
     </message>
     <message>
         <source>The talk goes on with the others.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gespräch geht mit den anderen weiter.</translation>
     </message>
     <message>
         <source>The other side was lost; the talk has ended.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Gegenstelle ging verloren; das Gespräch ist beendet.</translation>
     </message>
     <message>
         <source>Check its power and network, then press Talk again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Deren Strom und Netz prüfen, dann wieder auf Sprechen drücken.</translation>
     </message>
     <message>
         <source>The microphone is gone; a talk that ran has ended.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Mikrofon ist weg; ein laufendes Gespräch ist beendet.</translation>
     </message>
     <message>
         <source>Plug it in again, then press Talk.</source>
-        <translation type="unfinished"></translation>
+        <translation>Wieder anschließen, dann auf Sprechen drücken.</translation>
     </message>
     <message>
         <source>no answer</source>
-        <translation type="unfinished"></translation>
+        <translation>keine Antwort</translation>
     </message>
     <message>
         <source>The server did not answer in time.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat nicht rechtzeitig geantwortet.</translation>
     </message>
     <message>
         <source>See whether it runs and can be reached; then press Talk again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen, ob er läuft und erreichbar ist; dann wieder auf Sprechen drücken.</translation>
     </message>
     <message>
         <source>the server cannot be asked</source>
-        <translation type="unfinished"></translation>
+        <translation>der Server kann nicht gefragt werden</translation>
     </message>
     <message>
         <source>The speaker answers.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Lautsprecher antwortet.</translation>
     </message>
     <message>
         <source>The speaker does not answer: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Lautsprecher antwortet nicht: %1</translation>
     </message>
     <message>
         <source>The microphone gives no sound.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vom Mikrofon kommt kein Ton.</translation>
     </message>
     <message>
         <source>Is it plugged in, and is it the one that the system uses?</source>
-        <translation type="unfinished"></translation>
+        <translation>Ist es angeschlossen, und ist es das, welches das System nutzt?</translation>
     </message>
 </context>
 <context>
     <name>TalkPage</name>
     <message>
         <source>Talk</source>
-        <translation type="unfinished"></translation>
+        <translation>Sprechen</translation>
     </message>
     <message>
         <source>Search cameras and speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>Kameras und Lautsprecher suchen</translation>
     </message>
     <message>
         <source>Cameras and speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>Kameras und Lautsprecher</translation>
     </message>
     <message>
         <source>Cameras</source>
-        <translation type="unfinished"></translation>
+        <translation>Kameras</translation>
     </message>
     <message>
         <source>Speakers</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher</translation>
     </message>
     <message>
         <source>Nothing is found.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nichts gefunden.</translation>
     </message>
     <message>
         <source>No cameras and no speakers yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine Kameras und Lautsprecher.</translation>
     </message>
     <message>
         <source>Names and addresses are searched.</source>
-        <translation type="unfinished"></translation>
+        <translation>Gesucht wird in Namen und Adressen.</translation>
     </message>
     <message>
         <source>Add a speaker on the page Speakers, or connect with another server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf der Seite Lautsprecher einen anlegen oder einen anderen Server wählen.</translation>
     </message>
     <message>
         <source>Enter chooses. One camera at most, any number of speakers.</source>
-        <translation type="unfinished"></translation>
+        <translation>Eingabe wählt. Höchstens eine Kamera, beliebig viele Lautsprecher.</translation>
     </message>
     <message>
         <source>Talking to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Im Gespräch mit %1</translation>
     </message>
     <message>
         <source>Calling %1…</source>
-        <translation type="unfinished"></translation>
+        <translation>Rufe %1 …</translation>
     </message>
     <message>
         <source>Choose whom to talk to</source>
-        <translation type="unfinished"></translation>
+        <translation>Wählen, mit wem gesprochen wird</translation>
     </message>
     <message>
         <source>Talking for %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Gesprächsdauer %1</translation>
     </message>
     <message>
         <source>No talk</source>
-        <translation type="unfinished"></translation>
+        <translation>Kein Gespräch</translation>
     </message>
     <message>
         <source>End</source>
-        <translation type="unfinished"></translation>
+        <translation>Ende</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbrechen</translation>
     </message>
     <message>
         <source>End the talk</source>
-        <translation type="unfinished"></translation>
+        <translation>Gespräch beenden</translation>
     </message>
     <message>
         <source>Or hold the space bar</source>
-        <translation type="unfinished"></translation>
+        <translation>Oder die Leertaste halten</translation>
     </message>
     <message>
         <source>Talking while you hold the space bar</source>
-        <translation type="unfinished"></translation>
+        <translation>Gespräch, solange die Leertaste gehalten wird</translation>
     </message>
     <message>
         <source>Hold the space bar to talk, or press the button</source>
-        <translation type="unfinished"></translation>
+        <translation>Zum Sprechen die Leertaste halten oder den Knopf drücken</translation>
     </message>
     <message>
         <source>MICROPHONE MUTED – nobody hears you</source>
-        <translation type="unfinished"></translation>
+        <translation>MIKROFON STUMM – niemand hört Sie</translation>
     </message>
     <message>
         <source>Microphone</source>
-        <translation type="unfinished"></translation>
+        <translation>Mikrofon</translation>
     </message>
     <message>
         <source>Level of the microphone</source>
-        <translation type="unfinished"></translation>
+        <translation>Pegel des Mikrofons</translation>
     </message>
     <message>
         <source>Unmute</source>
-        <translation type="unfinished"></translation>
+        <translation>Stumm aus</translation>
     </message>
     <message>
         <source>Mute</source>
-        <translation type="unfinished"></translation>
+        <translation>Stumm</translation>
     </message>
     <message>
         <source>Mute the microphone</source>
-        <translation type="unfinished"></translation>
+        <translation>Mikrofon stumm schalten</translation>
     </message>
     <message>
         <source>Volume</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautstärke</translation>
     </message>
     <message>
         <source>Volume of the microphone</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautstärke des Mikrofons</translation>
     </message>
     <message>
         <source>%1 %</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 %</translation>
     </message>
     <message>
         <source>Heard</source>
-        <translation type="unfinished"></translation>
+        <translation>Gehört</translation>
     </message>
     <message>
         <source>Level of what is heard</source>
-        <translation type="unfinished"></translation>
+        <translation>Pegel des Gehörten</translation>
     </message>
     <message>
         <source>Said, the last ten seconds</source>
-        <translation type="unfinished"></translation>
+        <translation>Gesagt, die letzten zehn Sekunden</translation>
     </message>
 </context>
 <context>
     <name>TargetRow</name>
     <message>
         <source>offline</source>
-        <translation type="unfinished"></translation>
+        <translation>nicht erreichbar</translation>
     </message>
     <message>
         <source>calling…</source>
-        <translation type="unfinished"></translation>
+        <translation>wird gerufen …</translation>
     </message>
     <message>
         <source>talking</source>
-        <translation type="unfinished"></translation>
+        <translation>im Gespräch</translation>
     </message>
     <message>
         <source>failed</source>
-        <translation type="unfinished"></translation>
+        <translation>fehlgeschlagen</translation>
     </message>
     <message>
         <source>Camera, %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Kamera, %1</translation>
     </message>
     <message>
         <source>Speaker, %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Lautsprecher, %1</translation>
     </message>
 </context>
 <context>
     <name>WeekView</name>
     <message>
         <source>‹ Earlier</source>
-        <translation type="unfinished"></translation>
+        <translation>‹ Früher</translation>
     </message>
     <message>
         <source>This week</source>
-        <translation type="unfinished"></translation>
+        <translation>Diese Woche</translation>
     </message>
     <message>
         <source>Later ›</source>
-        <translation type="unfinished"></translation>
+        <translation>Später ›</translation>
     </message>
     <message>
         <source>%1 to %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 bis %2</translation>
     </message>
 </context>
 </TS>
