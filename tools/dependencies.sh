@@ -1,14 +1,18 @@
 # What run and test install with apt; sourced by them.
 
-# The sound plug-in, and the media back end that tells how long a file is: WAV, MP3 and AAC.
+# The sound plug-in, the media back end that tells how long a file is (WAV, MP3 and AAC), and what the window
+# is made of.
 runtime_packages=(
     libqt5multimedia5-plugins libqt5sql5-sqlite
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
+    qml-module-qtqml qml-module-qtquick2 qml-module-qtquick-window2 qml-module-qtquick-layouts
+    qml-module-qtquick-controls2 qml-module-qtquick-templates2 qml-module-qt-labs-platform fonts-dejavu-core
 )
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qtbase5-dev qtmultimedia5-dev libqt5websockets5-dev
+    qtbase5-dev qtmultimedia5-dev libqt5websockets5-dev qtdeclarative5-dev qtquickcontrols2-5-dev
+    qttools5-dev qttools5-dev-tools
     libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
     libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev libsodium-dev libssl-dev
 )
@@ -19,7 +23,7 @@ sound_packages=(
 )
 
 test_packages=(
-    qtdeclarative5-dev qml-module-qtqml clang-format
+    qml-module-qttest xvfb clang-format
     "${sound_packages[@]}" pulseaudio-utils
 )
 

@@ -9,6 +9,8 @@ Button {
     rightPadding: 14
     implicitHeight: 32
     font.pixelSize: Theme.textSize
+    Accessible.role: Accessible.Button
+    Accessible.name: text
     background: Rectangle {
         radius: 4
         color: root.highlighted ? (root.down ? Qt.darker(Theme.accent, 1.2) : Theme.accent)

@@ -1,6 +1,5 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
 import "."
 
 // A strip that says what happened and what to do.
@@ -15,33 +14,35 @@ Rectangle {
     signal dismissed()
 
     color: severe ? Theme.live : Theme.warning
-    implicitHeight: row.implicitHeight + 2 * 8
+    implicitHeight: Math.max(words.height, buttons.height) + 2 * 8
     Accessible.role: Accessible.AlertMessage
     Accessible.name: root.title + " " + root.detail
 
-    RowLayout {
-        id: row
-        anchors { fill: parent; leftMargin: 16; rightMargin: 8; topMargin: 8; bottomMargin: 8 }
-        spacing: Theme.space
-        ColumnLayout {
-            Layout.fillWidth: true
-            spacing: 2
-            Text {
-                Layout.fillWidth: true
-                text: root.title
-                wrapMode: Text.Wrap
-                color: root.severe ? "#ffffff" : Theme.warningText
-                font { pixelSize: Theme.textSize; weight: Font.DemiBold }
-            }
-            Text {
-                Layout.fillWidth: true
-                visible: text !== ""
-                text: root.detail
-                wrapMode: Text.Wrap
-                color: root.severe ? "#ffffff" : Theme.warningText
-                font.pixelSize: Theme.textSize
-            }
+    Column {
+        id: words
+        anchors { left: parent.left; leftMargin: 16; verticalCenter: parent.verticalCenter }
+        width: buttons.x - x - Theme.space
+        spacing: 2
+        Text {
+            width: parent.width
+            text: root.title
+            wrapMode: Text.Wrap
+            color: root.severe ? "#ffffff" : Theme.warningText
+            font { pixelSize: Theme.textSize; weight: Font.DemiBold }
         }
+        Text {
+            width: parent.width
+            visible: text !== ""
+            text: root.detail
+            wrapMode: Text.Wrap
+            color: root.severe ? "#ffffff" : Theme.warningText
+            font.pixelSize: Theme.textSize
+        }
+    }
+    Row {
+        id: buttons
+        anchors { right: parent.right; rightMargin: 8; verticalCenter: parent.verticalCenter }
+        spacing: 8
         ActionButton {
             visible: root.action !== ""
             text: root.action

@@ -12,16 +12,18 @@ ColumnLayout {
     signal triggered()
 
     spacing: Theme.space
+    width: Math.min(parent.width - 40, 560)
 
     Text {
-        Layout.alignment: Qt.AlignHCenter
+        Layout.fillWidth: true
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
         text: root.title
         color: Theme.text
         font.pixelSize: 17
     }
     QuietText {
-        Layout.alignment: Qt.AlignHCenter
-        Layout.maximumWidth: 560
+        Layout.fillWidth: true
         horizontalAlignment: Text.AlignHCenter
         text: root.hint
         font.pixelSize: Theme.textSize

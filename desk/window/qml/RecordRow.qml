@@ -8,6 +8,7 @@ Item {
     id: root
     property string title
     property string detail
+    property string footnote
     property string note
     property bool noteGood: true
     property string extraText
@@ -21,7 +22,7 @@ Item {
     signal remove()
 
     width: ListView.view ? ListView.view.width : implicitWidth
-    height: Theme.rowHeight
+    height: footnote === "" ? Theme.rowHeight : Theme.rowHeight + 16
     Accessible.role: Accessible.ListItem
     Accessible.name: title
     Accessible.description: detail + (note !== "" ? ", " + note : "")
@@ -62,6 +63,14 @@ Item {
                 Layout.fillWidth: true
                 text: root.detail
                 textFormat: Text.PlainText
+                elide: Text.ElideRight
+                color: Theme.quiet
+                font.pixelSize: Theme.smallSize
+            }
+            Text {
+                Layout.fillWidth: true
+                visible: text !== ""
+                text: root.footnote
                 elide: Text.ElideRight
                 color: Theme.quiet
                 font.pixelSize: Theme.smallSize

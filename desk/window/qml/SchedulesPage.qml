@@ -82,8 +82,8 @@ ColumnLayout {
                 id: row
                 readonly property var record: root.revision >= 0 ? desk.schedules.record(root.schedules, index) : ({})
                 title: nameRole
-                detail: qsTr("%1, %2 · next run: %3").arg(root.fileName(audioFileIDRole)).arg(desk.schedules.repetition(record))
-                        .arg(root.now && desk.schedules.nextRun(record))
+                detail: qsTr("%1, %2").arg(root.fileName(audioFileIDRole)).arg(desk.schedules.repetition(record))
+                footnote: qsTr("Next run: %1").arg(root.now && desk.schedules.nextRun(record))
                 onEdit: dialog.edit(record)
                 onRemove: root.askToDelete(index)
                 OnOff {

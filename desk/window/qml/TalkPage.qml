@@ -22,6 +22,7 @@ RowLayout {
     ColumnLayout {
         Layout.fillHeight: true
         Layout.preferredWidth: 380
+        Layout.minimumWidth: 290
         Layout.maximumWidth: 460
         Layout.fillWidth: true
         spacing: 10
@@ -56,7 +57,6 @@ RowLayout {
             delegate: TargetRow { locked: root.talk.phase !== TalkControl.Idle }
             EmptyHint {
                 anchors.centerIn: parent
-                width: parent.width - 32
                 visible: targets.count === 0
                 title: search.text !== "" ? qsTr("Nothing is found.") : qsTr("No cameras and no speakers yet.")
                 hint: search.text !== "" ? qsTr("Names and addresses are searched.") : qsTr("Add a speaker on the page Speakers, or connect with another server.")
@@ -71,7 +71,8 @@ RowLayout {
     ColumnLayout {
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.minimumWidth: 340
+        Layout.minimumWidth: 300
+        Layout.preferredWidth: 400
         spacing: 14
 
         Text {
@@ -127,7 +128,8 @@ RowLayout {
             }
         }
         QuietText {
-            Layout.alignment: Qt.AlignHCenter
+            Layout.fillWidth: true
+            horizontalAlignment: Text.AlignHCenter
             font.pixelSize: Theme.textSize
             text: talkKey.held ? qsTr("Talking while you hold the space bar") : qsTr("Hold the space bar to talk, or press the button")
         }
@@ -141,6 +143,9 @@ RowLayout {
             color: Theme.live
             Text {
                 anchors.centerIn: parent
+                width: parent.width - 16
+                horizontalAlignment: Text.AlignHCenter
+                fontSizeMode: Text.HorizontalFit
                 text: qsTr("MICROPHONE MUTED – nobody hears you")
                 color: "#ffffff"
                 font { pixelSize: 16; weight: Font.Bold }

@@ -1,10 +1,8 @@
 #include "WindowFixture.h"
 
-#include <QAccessible>
 #include <QDir>
 #include <QDropEvent>
 #include <QMimeData>
-#include <QTest>
 
 namespace {
 
@@ -101,6 +99,21 @@ bool WindowFixture::shows(const QString& text)
                return item->property("text").toString().contains(text) && item->width() > 0 &&
                       item->height() > 0;
            }) != nullptr;
+}
+
+QStringList WindowFixture::cutTexts()
+{
+    QStringList cut;
+    search(window()->contentItem(), [&cut](QQuickItem* item) {
+        const QString text = item->property("text").toString();
+        const bool tooWide = item->inherits("QQuickText") && item->property("wrapMode").toInt() == 0 &&
+                             item->width() > 0 && item->property("contentWidth").toReal() > item->width() + 1;
+        if (item->property("truncated").toBool() || tooWide) {
+            cut.append(text);
+        }
+        return false;
+    });
+    return cut;
 }
 
 void WindowFixture::click(QQuickItem* item)

@@ -2,10 +2,14 @@
 
 #include "DeskWindow.h"
 #include "PulseServer.h"
+#include "VirtualDisplay.h"
 
+#include <QAccessible>
+#include <QApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <functional>
 #include <memory>
@@ -28,6 +32,8 @@ public:
     QQuickItem* control(const QString& text);
     /** Whether some visible text contains this; waits a while for it. */
     bool shows(const QString& text);
+    /** The visible texts that do not fit where they stand. */
+    QStringList cutTexts();
     /** Waits a while until an item is not there any more. */
     bool gone(const QString& objectName);
 
@@ -52,3 +58,21 @@ private:
     std::unique_ptr<Desk> m_desk;
     std::unique_ptr<DeskWindow> m_window;
 };
+
+/** The main function of a test of the window: on a display of its own, at a scale. */
+template<class Test>
+int runWindowTest(int argc, char** argv, const char* scale = "1")
+{
+    constexpr int width = 2400;
+    constexpr int height = 1700;
+    const VirtualDisplay display(width, height);
+    if (!display.ready()) {
+        qFatal("Xvfb does not start. Is the package xvfb installed?");
+    }
+    qputenv("QT_SCALE_FACTOR", scale);
+    QApplication application(argc, argv);
+    QAccessible::setActive(true);
+    DeskWindow::registerTypes();
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}

@@ -1,11 +1,9 @@
 // The window as an operator uses it: a real display, a real sound server, the real plug-in, a server inside.
 
-#include "VirtualDisplay.h"
 #include "WavFiles.h"
 #include "WindowFixture.h"
 
-#include <QApplication>
-#include <QTest>
+#include <QDir>
 
 #include <algorithm>
 
@@ -268,27 +266,19 @@ void TestDeskWindow::schedules()
     QVERIFY(desk.shows("Next run: "));
     desk.shoot("schedule-dialog");
     desk.click("Save");
-    QVERIFY(desk.shows("announcement.wav, once · next run: "));
+    QVERIFY(desk.shows("announcement.wav, once"));
     desk.shoot("schedules");
     desk.click("Week");
     QVERIFY(desk.shows("This week"));
     desk.shoot("week");
     desk.click("List");
     desk.click("Opening: switched on");
-    QVERIFY(desk.shows("next run: switched off"));
+    QVERIFY(desk.shows("Next run: switched off"));
 }
 
 int main(int argc, char** argv)
 {
-    const VirtualDisplay display(1400, 900);
-    if (!display.ready()) {
-        qFatal("Xvfb does not start. Is the package xvfb installed?");
-    }
-    QApplication application(argc, argv);
-    QAccessible::setActive(true);
-    DeskWindow::registerTypes();
-    TestDeskWindow test;
-    return QTest::qExec(&test, argc, argv);
+    return runWindowTest<TestDeskWindow>(argc, argv);
 }
 
 #include "tst_deskwindow.moc"
