@@ -54,7 +54,7 @@ ColumnLayout {
         name: root.label
         model: root.model
         onToggleRequested: function(entry) { entry.toggle(); }
-        delegate: CheckBox {
+        delegate: TickBox {
             id: box
             readonly property var entryId: root.idName === "modelData" ? modelData.id : model[root.idName]
             width: ListView.view.width

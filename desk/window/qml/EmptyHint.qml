@@ -1,21 +1,19 @@
 import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
 import "."
 
 // What stands in the place of an empty list, and what can be done about it.
-ColumnLayout {
+Column {
     id: root
     property string title
     property string hint
     property string action
     signal triggered()
 
-    spacing: Theme.space
     width: Math.min(parent.width - 40, 560)
+    spacing: Theme.space
 
     Text {
-        Layout.fillWidth: true
+        width: parent.width
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.Wrap
         text: root.title
@@ -23,13 +21,13 @@ ColumnLayout {
         font.pixelSize: 17
     }
     QuietText {
-        Layout.fillWidth: true
+        width: parent.width
         horizontalAlignment: Text.AlignHCenter
         text: root.hint
         font.pixelSize: Theme.textSize
     }
     ActionButton {
-        Layout.alignment: Qt.AlignHCenter
+        anchors.horizontalCenter: parent.horizontalCenter
         visible: root.action !== ""
         text: root.action
         onClicked: root.triggered()

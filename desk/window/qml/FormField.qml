@@ -28,13 +28,7 @@ ColumnLayout {
         Accessible.name: root.label
         Accessible.description: hint.visible ? root.problem : ""
         onTextEdited: { root.touched = true; root.edited(); }
-        background: Rectangle {
-            implicitHeight: 32
-            radius: 3
-            color: Theme.surface
-            border.width: field.activeFocus ? 2 : 1
-            border.color: hint.visible ? Theme.bad : field.activeFocus ? Theme.accent : Theme.border
-        }
+        background: FieldFrame { active: field.activeFocus; wrong: hint.visible }
     }
     Text {
         id: hint

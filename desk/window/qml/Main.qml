@@ -9,7 +9,7 @@ ApplicationWindow {
     width: 1160
     height: 760
     minimumWidth: 860
-    minimumHeight: 560
+    minimumHeight: 600
     visible: true
     title: talk.phase === TalkControl.Talking ? qsTr("Talking to %1 – VoiceDesk").arg(talk.partners) : qsTr("VoiceDesk")
 
@@ -165,6 +165,7 @@ ApplicationWindow {
 
             StackLayout {
                 id: pages
+                objectName: "pages"
                 Layout.fillWidth: true
                 Layout.fillHeight: true
                 Layout.margins: 20

@@ -30,7 +30,7 @@ RowLayout {
         placeholderText: "2026-12-31"
         Accessible.name: qsTr("%1: day, like 2026-12-31").arg(root.name)
         onTextChanged: root.take()
-        color: root.valid ? Theme.text : Theme.bad
+        background: FieldFrame { active: day.activeFocus; wrong: !root.valid }
     }
     TextField {
         id: time
@@ -39,7 +39,7 @@ RowLayout {
         placeholderText: "08:30"
         Accessible.name: qsTr("%1: time, like 08:30").arg(root.name)
         onTextChanged: root.take()
-        color: root.valid ? Theme.text : Theme.bad
+        background: FieldFrame { active: time.activeFocus; wrong: !root.valid }
     }
     Item { Layout.fillWidth: true }
 }

@@ -132,7 +132,7 @@ FormDialog {
             }
             Text { text: type.currentIndex === 0 ? qsTr("When") : qsTr("From"); color: Theme.text; font.pixelSize: Theme.textSize }
             MomentField { id: start; objectName: "scheduleStart"; name: qsTr("Start") }
-            CheckBox { id: hasEnd; text: qsTr("Until"); visible: type.currentIndex !== 0; onVisibleChanged: if (!visible) checked = false }
+            TickBox { id: hasEnd; text: qsTr("Until"); visible: type.currentIndex !== 0; onVisibleChanged: if (!visible) checked = false }
             MomentField { id: end; name: qsTr("End"); visible: type.currentIndex !== 0; enabled: hasEnd.checked }
         }
         RowLayout {

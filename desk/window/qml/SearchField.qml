@@ -8,6 +8,7 @@ TextField {
     selectByMouse: true
     implicitHeight: 34
     rightPadding: clear.visible ? clear.width + 6 : 8
+    background: FieldFrame { active: root.activeFocus }
     Accessible.name: placeholderText
     Keys.onEscapePressed: function(event) {
         event.accepted = text !== "";

@@ -66,6 +66,7 @@ FormDialog {
             FormField {
                 id: port
                 objectName: "speakerPort"
+                Layout.fillWidth: false
                 Layout.preferredWidth: 110
                 label: qsTr("Port")
                 problem: /^[0-9]{1,5}$/.test(text) && parseInt(text) >= 1 && parseInt(text) <= 65535 ? "" : qsTr("1 to 65535.")
@@ -78,12 +79,14 @@ FormDialog {
             FormField {
                 id: user
                 Layout.fillWidth: true
+                Layout.preferredWidth: 1
                 label: qsTr("User name")
                 problem: text.length > 256 ? qsTr("At most 256 characters.") : ""
             }
             FormField {
                 id: password
                 Layout.fillWidth: true
+                Layout.preferredWidth: 1
                 label: qsTr("Password")
                 field.echoMode: TextInput.Password
                 problem: text.length > 256 ? qsTr("At most 256 characters.") : ""

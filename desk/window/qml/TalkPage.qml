@@ -73,7 +73,7 @@ RowLayout {
         Layout.fillHeight: true
         Layout.minimumWidth: 300
         Layout.preferredWidth: 400
-        spacing: 14
+        spacing: 10
 
         Text {
             objectName: "talkHeading"
@@ -105,8 +105,11 @@ RowLayout {
             id: button
             objectName: "talkButton"
             Layout.alignment: Qt.AlignHCenter
-            implicitWidth: 168
-            implicitHeight: 168
+            Layout.fillHeight: true
+            Layout.minimumHeight: 104
+            Layout.maximumHeight: 168
+            Layout.preferredHeight: 168
+            Layout.preferredWidth: height
             text: root.talking ? qsTr("End") : root.talk.phase === TalkControl.Asking ? qsTr("Cancel") : qsTr("Talk")
             Accessible.name: root.talking ? qsTr("End the talk") : text
             Accessible.description: qsTr("Or hold the space bar")
@@ -208,7 +211,7 @@ RowLayout {
         Rectangle {
             Layout.fillWidth: true
             Layout.fillHeight: true
-            Layout.minimumHeight: 96
+            Layout.minimumHeight: 84
             Layout.maximumHeight: 260
             color: Theme.surface
             radius: Theme.radius

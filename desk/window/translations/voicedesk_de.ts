@@ -863,10 +863,6 @@
         <translation>Zeitplan anlegen …</translation>
     </message>
     <message>
-        <source>%1, %2 · next run: %3</source>
-        <translation>%1, %2 · nächster Lauf: %3</translation>
-    </message>
-    <message>
         <source>%1: switched on</source>
         <translation>%1: eingeschaltet</translation>
     </message>
@@ -881,6 +877,14 @@
     <message>
         <source>Delete a schedule</source>
         <translation>Zeitplan löschen</translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <translation>%1, %2</translation>
+    </message>
+    <message>
+        <source>Next run: %1</source>
+        <translation>Nächster Lauf: %1</translation>
     </message>
 </context>
 <context>

@@ -8,11 +8,26 @@ namespace {
 
 constexpr int patience = 5000; // ms
 
+QStringList warnings;
+QtMessageHandler formerHandler = nullptr;
+
+void keepWarnings(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (type == QtWarningMsg &&
+        (text.contains(QLatin1String("qrc:/desk")) || text.contains(QLatin1String("Layouts")))) {
+        warnings.append(text);
+    }
+    formerHandler(type, context, text);
+}
+
 } // namespace
 
 WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change)
 {
     qputenv("FRAMESMITH_CAPTURE_FILE", ANNOUNCEMENT_WAV);
+    if (formerHandler == nullptr) {
+        formerHandler = qInstallMessageHandler(keepWarnings);
+    }
     ClientOptions options;
     options.pluginPath = QStringLiteral(PLUGIN_DIR "/libVoiceDesk.so");
     options.embedded.cameras = defaultCameras();
@@ -39,6 +54,13 @@ WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change)
 }
 
 WindowFixture::~WindowFixture() = default;
+
+QStringList WindowFixture::takeWarnings()
+{
+    QStringList taken;
+    taken.swap(warnings);
+    return taken;
+}
 
 QQuickItem* WindowFixture::search(QQuickItem* item, const std::function<bool(QQuickItem*)>& matches) const
 {

@@ -47,6 +47,9 @@ public:
     void page(int number);
     void drop(QQuickItem* on, const QList<QUrl>& files);
 
+    /** What QML has complained of since the last call. */
+    static QStringList takeWarnings();
+
     /** Keeps a picture of the window among the build's output. */
     void shoot(const QString& name);
 

@@ -52,6 +52,7 @@ void TestDeskConnection::cleanup()
 {
     m_door.reset();
     m_server.reset();
+    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
 }
 
 void TestDeskConnection::signInAs(WindowFixture& desk, const QString& secret)

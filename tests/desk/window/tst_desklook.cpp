@@ -8,6 +8,7 @@ class TestDeskLook : public QObject
 
 private Q_SLOTS:
     void initTestCase();
+    void cleanup();
     void nothingIsCut_data();
     void nothingIsCut();
     void dark();
@@ -61,6 +62,11 @@ void fillWithRecords(WindowFixture& desk)
 
 } // namespace
 
+void TestDeskLook::cleanup()
+{
+    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
+}
+
 void TestDeskLook::initTestCase()
 {
     m_pulse = std::make_unique<PulseServer>();
@@ -89,6 +95,8 @@ void TestDeskLook::nothingIsCut()
     for (int page = 1; page <= 6; ++page) {
         desk.page(page);
         QTest::qWait(100);
+        const QQuickItem* pages = desk.item("pages");
+        QVERIFY(pages->mapToScene(QPointF(0, pages->height())).y() <= desk.window()->height());
         QCOMPARE(desk.cutTexts().join("; "), QString());
         desk.shoot(QString("%1-%2").arg(language).arg(page));
         if (page >= 2 && page <= 5 && page != 3) {

@@ -13,6 +13,7 @@ class TestDeskWindow : public QObject
 
 private Q_SLOTS:
     void initTestCase();
+    void cleanup();
     void emptyPages();
     void talkToACamera();
     void talkKey();
@@ -30,6 +31,11 @@ private:
 
     std::unique_ptr<PulseServer> m_pulse;
 };
+
+void TestDeskWindow::cleanup()
+{
+    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
+}
 
 void TestDeskWindow::initTestCase()
 {
