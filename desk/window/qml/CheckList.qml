@@ -62,6 +62,7 @@ ColumnLayout {
             checked: root.isChecked(entryId)
             focusPolicy: Qt.ClickFocus
             onClicked: {
+                ListView.view.currentIndex = index;
                 root.setChecked(entryId, checked);
                 checked = Qt.binding(function() { return root.isChecked(box.entryId); });
             }

@@ -161,8 +161,11 @@ void WindowFixture::fill(const QString& objectName, const QString& text)
     QQuickItem* target = item(objectName);
     QVERIFY2(target != nullptr, qPrintable(objectName));
     const QVariant field = target->property("field");
-    click(field.isValid() ? qvariant_cast<QQuickItem*>(field) : target);
+    auto* edited = field.isValid() ? qvariant_cast<QQuickItem*>(field) : target;
+    click(edited);
+    QVERIFY2(edited->hasActiveFocus(), qPrintable(objectName));
     type(text);
+    QCOMPARE(edited->property("text").toString(), text);
 }
 
 void WindowFixture::key(Qt::Key key, Qt::KeyboardModifiers modifiers)
