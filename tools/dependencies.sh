@@ -23,7 +23,7 @@ sound_packages=(
 )
 
 test_packages=(
-    qml-module-qttest xvfb clang-format
+    qml-module-qttest xvfb xdotool clang-format
     "${sound_packages[@]}" pulseaudio-utils
 )
 

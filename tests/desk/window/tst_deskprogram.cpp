@@ -1,0 +1,160 @@
+// The program itself, in a process of its own, by the keys of a real display.
+
+#include "PulseServer.h"
+#include "VirtualDisplay.h"
+#include "WavFiles.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+
+class TestDeskProgram : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void talkByKeys();
+    void recordsOutliveTheProgram();
+    void wrongUsage_data();
+    void wrongUsage();
+    void help();
+
+private:
+    /** Starts the program and waits for its window. */
+    std::unique_ptr<QProcess> start(const QStringList& options = {});
+    static QByteArray xdotool(const QStringList& arguments);
+    static void keys(const QStringList& names) { xdotool(QStringList{"key", "--delay", "60"} + names); }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<PulseServer> m_pulse;
+};
+
+void TestDeskProgram::initTestCase()
+{
+    m_pulse = std::make_unique<PulseServer>();
+    QVERIFY(m_pulse->ready());
+}
+
+QByteArray TestDeskProgram::xdotool(const QStringList& arguments)
+{
+    QProcess process;
+    process.start("xdotool", arguments);
+    if (!process.waitForFinished(20000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+    return process.readAllStandardOutput().trimmed();
+}
+
+std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options)
+{
+    auto program = std::make_unique<QProcess>();
+    program->setProcessChannelMode(QProcess::ForwardedChannels);
+    program->start(PROGRAM_DIR "/voicedesk-desk",
+                   QStringList{"--data", m_folder.filePath("data"), "--output",
+                               m_folder.filePath("recordings"), "--source", ANNOUNCEMENT_WAV} +
+                       options);
+    const QByteArray window =
+        xdotool({"search", "--sync", "--onlyvisible", "--name", "VoiceDesk"}).split('\n').last();
+    if (window.isEmpty()) {
+        return nullptr;
+    }
+    xdotool({"windowfocus", "--sync", QString::fromLatin1(window)});
+    return program;
+}
+
+void TestDeskProgram::talkByKeys()
+{
+    const auto program = start();
+    QVERIFY(program);
+    keys({"ctrl+f"});
+    xdotool({"type", "--delay", "40", "front"});
+    keys({"Down", "Return"});
+    xdotool({"keydown", "space"});
+    const QDir recordings(m_folder.filePath("recordings"));
+    const auto recorded = [&] {
+        const QStringList files = recordings.entryList({"camera-1*.wav"}, QDir::Files);
+        const auto heard =
+            files.isEmpty() ? WavFiles::Samples() : WavFiles::read(recordings.filePath(files.first()));
+        return std::any_of(heard.begin(), heard.end(),
+                           [](std::int16_t sample) { return std::abs(sample) > 3000; });
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(recorded(), 20000);
+    xdotool({"keyup", "space"});
+    QTest::qWait(1000);
+    const auto size = [&] {
+        return QFileInfo(recordings.filePath(recordings.entryList({"camera-1*.wav"}).first())).size();
+    };
+    const qint64 ended = size();
+    QTest::qWait(500);
+    QCOMPARE(size(), ended); // the talk is over
+    QCOMPARE(program->state(), QProcess::Running);
+    program->terminate();
+    QVERIFY(program->waitForFinished(20000));
+}
+
+void TestDeskProgram::recordsOutliveTheProgram()
+{
+    auto program = start();
+    QVERIFY(program);
+    keys({"ctrl+2", "ctrl+n"});
+    QTest::qWait(600); // the dialog comes up
+    xdotool({"type", "--delay", "40", "Hall"});
+    keys({"Tab"});
+    xdotool({"type", "--delay", "40", "10.0.0.7"});
+    keys({"Return"});
+    const auto devices = [&] {
+        QProcess list;
+        list.start(PROGRAM_DIR "/voicedesk", {"devices", "list", "--data", m_folder.filePath("data")});
+        list.waitForFinished(20000);
+        return list.readAllStandardOutput();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(devices().contains("10.0.0.7"), 20000);
+    QVERIFY(devices().contains("Hall"));
+    program->terminate();
+    QVERIFY(program->waitForFinished(20000));
+}
+
+void TestDeskProgram::wrongUsage_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::newRow("unknown") << QStringList{"--colour"};
+    QTest::newRow("argument") << QStringList{"talk"};
+    QTest::newRow("server") << QStringList{"--server", "http://nowhere"};
+}
+
+void TestDeskProgram::wrongUsage()
+{
+    QFETCH(QStringList, options);
+    QProcess program;
+    program.start(PROGRAM_DIR "/voicedesk-desk", options);
+    QVERIFY(program.waitForFinished(20000));
+    QCOMPARE(program.exitCode(), 1);
+    QVERIFY(program.readAllStandardError().startsWith("voicedesk-desk: "));
+}
+
+void TestDeskProgram::help()
+{
+    QProcess program;
+    program.start(PROGRAM_DIR "/voicedesk-desk", {"--help"});
+    QVERIFY(program.waitForFinished(20000));
+    QCOMPARE(program.exitCode(), 0);
+    QVERIFY(program.readAllStandardOutput().contains("--server"));
+}
+
+int main(int argc, char** argv)
+{
+    const VirtualDisplay display(1400, 900);
+    if (!display.ready()) {
+        qFatal("Xvfb does not start. Is the package xvfb installed?");
+    }
+    QCoreApplication application(argc, argv);
+    TestDeskProgram test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_deskprogram.moc"
