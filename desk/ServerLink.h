@@ -23,5 +23,8 @@ Q_SIGNALS:
     void replied(const QString& command, const QVariant& result, void* userData, const QString& returnCode,
                  const QString& errorText);
 
+    /** How much of what waits to be sent has gone; bytes. Only links on which that takes time tell it. */
+    void sending(qint64 sent, qint64 total);
+
     void eventRaised(const QString& event, const QVariant& payload);
 };

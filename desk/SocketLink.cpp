@@ -34,6 +34,11 @@ SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m
     });
     connect(&m_socket, QOverload<QAbstractSocket::SocketError>::of(&QWebSocket::error), this,
             [this] { end(m_socket.errorString()); });
+    connect(&m_socket, &QWebSocket::bytesWritten, this, [this] {
+        const qint64 waiting = m_socket.bytesToWrite();
+        Q_EMIT sending(qMax(m_queued - waiting, qint64{0}), m_queued);
+        m_queued = waiting > 0 ? m_queued : 0;
+    });
     connect(&m_socket, &QWebSocket::sslErrors, this, &SocketLink::checkCertificate);
 }
 
@@ -63,6 +68,7 @@ void SocketLink::checkCertificate(const QList<QSslError>& errors)
 void SocketLink::end(const QString& reason)
 {
     m_ready = false;
+    m_queued = 0;
     m_userData.clear();
     if (m_retryTimer.isActive()) {
         return; // an error and the end of the connection come both
@@ -85,7 +91,7 @@ bool SocketLink::send(const QString& command, const QVariant& payload, void* use
     message.name = command;
     message.payload = payload;
     m_userData.insert(message.id, userData);
-    m_socket.sendBinaryMessage(message.toBytes());
+    m_queued += m_socket.sendBinaryMessage(message.toBytes());
     return true;
 }
 

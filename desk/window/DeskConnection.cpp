@@ -5,9 +5,20 @@
 
 #include <QUrl>
 
+namespace {
+
+constexpr qint64 largeMessage = 100000; // bytes; smaller ones are gone before anybody could look
+
+} // namespace
+
 DeskConnection::DeskConnection(ClientOptions options) : m_options(std::move(options))
 {
     connect(&m_link, &ServerLink::connected, this, [this] { setState(Online); });
+    connect(&m_link, &ServerLink::sending, this, [this](qint64 sent, qint64 total) {
+        const bool tells = total >= largeMessage && sent < total;
+        m_sendProgress = tells ? static_cast<qreal>(sent) / static_cast<qreal>(total) : -1;
+        Q_EMIT sendProgressChanged();
+    });
 }
 
 QString DeskConnection::server() const

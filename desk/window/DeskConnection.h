@@ -19,6 +19,8 @@ class DeskConnection : public QObject
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
     /** Why there is no connection, as the other side or the system told it. */
     Q_PROPERTY(QString reason READ reason NOTIFY changed)
+    /** How much of a large message is on its way, 0 to 1; negative when nothing is known of it. */
+    Q_PROPERTY(qreal sendProgress READ sendProgress NOTIFY sendProgressChanged)
     Q_PROPERTY(QString url READ url NOTIFY changed)
     Q_PROPERTY(QString user READ user NOTIFY changed)
     Q_PROPERTY(QString fingerprint READ fingerprint NOTIFY changed)
@@ -44,6 +46,7 @@ public:
     QString server() const;
     QString stateText() const;
     QString reason() const { return m_reason; }
+    qreal sendProgress() const { return m_sendProgress; }
     QString url() const { return m_options.serverUrl; }
     QString user() const { return m_options.user; }
     QString fingerprint() const { return m_options.fingerprint; }
@@ -66,6 +69,7 @@ public:
 
 Q_SIGNALS:
     void changed();
+    void sendProgressChanged();
     /** Before the server is changed: talks are to be ended now. */
     void aboutToChange();
 
@@ -76,4 +80,5 @@ private:
     LinkSwitch m_link;
     State m_state = Connecting;
     QString m_reason;
+    qreal m_sendProgress = -1;
 };

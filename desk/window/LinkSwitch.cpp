@@ -21,11 +21,14 @@ void LinkSwitch::use(std::unique_ptr<ServerLink> link)
             [this](const QString& command, const QVariant& result, void* userData, const QString& returnCode,
                    const QString& errorText) {
                 if (command == getCamera) {
-                    Q_EMIT camerasListed(result.toList());
+                    if (returnCode == QLatin1String("0")) { // other servers may not know the command
+                        Q_EMIT camerasListed(result.toList());
+                    }
                 } else {
                     Q_EMIT replied(command, result, userData, returnCode, errorText);
                 }
             });
+    connect(m_link.get(), &ServerLink::sending, this, &LinkSwitch::sending);
     connect(m_link.get(), &ServerLink::eventRaised, this, &LinkSwitch::eventRaised);
     m_link->open();
 }

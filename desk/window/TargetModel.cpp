@@ -80,8 +80,10 @@ void TargetModel::setSpeakers(QAbstractItemModel* speakers)
 
 void TargetModel::setCameras(const QVariantList& cameras)
 {
-    m_cameras = cameras;
-    rebuild();
+    if (m_cameras != cameras) {
+        m_cameras = cameras;
+        rebuild();
+    }
 }
 
 void TargetModel::rebuild()

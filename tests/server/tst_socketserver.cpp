@@ -21,6 +21,7 @@ private Q_SLOTS:
     void certificateIsMadeOnce();
     void commandsRepliesAndEvents();
     void userDataComesBackOnce();
+    void largeMessageTellsItsProgress();
     void token();
     void wrongPasswordIsFinal();
     void withoutALoginNoAnswer_data();
@@ -205,6 +206,31 @@ void TestSocketServer::userDataComesBackOnce()
     for (int i = 1; i < replied.size(); ++i) {
         QCOMPARE(replied[i][2].value<void*>(), nullptr);
     }
+}
+
+void TestSocketServer::largeMessageTellsItsProgress()
+{
+    RecordingServer recordingServer{ServerConfig()};
+    SocketServer server(recordingServer, config(), nullptr);
+    QVERIFY(server.listen());
+    SocketLink link(to(server));
+    QSignalSpy connected(&link, &ServerLink::connected);
+    QSignalSpy replied(&link, &ServerLink::replied);
+    link.open();
+    QTRY_COMPARE(connected.size(), 1);
+    QSignalSpy sending(&link, &ServerLink::sending);
+    const QVariantMap upload{{"content", QString(20 << 20, 'A')}, {"filename", "big.wav"}, {"length", 0}};
+    QVERIFY(link.send("UploadFile", upload, nullptr));
+    QTRY_COMPARE_WITH_TIMEOUT(replied.size(), 1, 60000);
+    QVERIFY2(sending.size() > 2, qPrintable(QString::number(sending.size())));
+    qint64 before = 0;
+    for (const auto& step : sending) {
+        const qint64 sent = step[0].toLongLong();
+        QVERIFY(sent >= before && sent <= step[1].toLongLong());
+        before = sent;
+    }
+    QCOMPARE(sending.last()[0], sending.last()[1]); // all of it has gone
+    QVERIFY(before >= 20 << 20);
 }
 
 void TestSocketServer::token()

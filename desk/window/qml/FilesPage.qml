@@ -97,7 +97,8 @@ ColumnLayout {
             }
             ProgressBar {
                 visible: file.audioStatus === 1
-                indeterminate: true
+                indeterminate: desk.connection.sendProgress < 0
+                value: Math.max(0, desk.connection.sendProgress)
                 implicitWidth: 90
                 Accessible.name: qsTr("Being sent")
             }

@@ -1,5 +1,7 @@
 // The window as an operator uses it: a real display, a real sound server, the real plug-in, a server inside.
 
+#include "MonitorRecorder.h"
+#include "SignalMeasure.h"
 #include "WavFiles.h"
 #include "WindowFixture.h"
 
@@ -76,6 +78,8 @@ void TestDeskWindow::emptyPages()
 void TestDeskWindow::talkToACamera()
 {
     WindowFixture desk;
+    MonitorRecorder loudspeaker;
+    QVERIFY(loudspeaker.running());
     desk.click("Front gate");
     desk.click(desk.item("talkButton"));
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
@@ -83,6 +87,7 @@ void TestDeskWindow::talkToACamera()
     QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
     QTRY_VERIFY(desk.item("heardMeter")->property("level").toReal() > 0.3); // the camera's echo
     QTRY_COMPARE(desk.item("talkClock")->property("text").toString(), QString("0:02"));
+    QVERIFY(SignalMeasure::levelDbfs(loudspeaker.sound()) > -40); // and it is heard in the room
     desk.shoot("talking");
     desk.click("Mute the microphone");
     QVERIFY(desk.item("mutedSign"));

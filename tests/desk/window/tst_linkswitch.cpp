@@ -44,6 +44,8 @@ void TestLinkSwitch::hostAsksForItself()
     Q_EMIT inner->replied("GetCamera", QVariantList{1, 2}, nullptr, "0", QString());
     QCOMPARE(listed.size(), 1);
     QCOMPARE(replied.size(), 0); // the plug-in did not ask
+    Q_EMIT inner->replied("GetCamera", QVariant(), nullptr, "101", "what?");
+    QCOMPARE(listed.size(), 1); // a server that does not know the command
     Q_EMIT inner->replied("GetAudioFile", QVariantList(), nullptr, "0", QString());
     QCOMPARE(replied.size(), 1);
 }
