@@ -48,6 +48,6 @@ private:
     bool m_ready = false; ///< Logged in.
     bool m_final = false; ///< Not to be tried again.
     quint32 m_lastId = 0;
-    qint64 m_queued = 0; ///< Bytes given to the socket since it had nothing to send.
+    qint64 m_queued = 0;              ///< Bytes given to the socket since it had nothing to send.
     QHash<quint32, void*> m_userData; ///< Of commands without a reply yet, by number.
 };

@@ -8,7 +8,8 @@ namespace G729APostFilter {
 /** Filters the frame's synthesis into the output; the pitch takes part only in a frame of speech. */
 void filterFrame(G729AState& state, const G729AFrameModel& model);
 
-/** The shortest of the seven delays that the long-term filter tries; 137 where seven would leave the history. */
+/** The shortest of the seven delays that the long-term filter tries; 137 where seven would leave the history.
+ */
 int shortestDelay(int lag);
 
 /** A's coefficients times the powers of gamma, Q15 (Weight_Az). */
