@@ -21,8 +21,12 @@ QString speakerKey(int id)
 } // namespace
 
 TalkControl::TalkControl(QObject* plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout)
-    : m_plugin(plugin), m_targets(targets), m_watch(watch)
+    : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, answerTimeout)
 {
+    connect(&m_test, &SpeakerTest::tested, this, [this](int speaker, bool success, const QString& text) {
+        m_targets.setState(speakerKey(speaker), success ? TargetModel::Ready : TargetModel::Failed);
+        Q_EMIT tested(speaker, success, text);
+    });
     m_answerTimer.setSingleShot(true);
     m_answerTimer.setInterval(answerTimeout);
     connect(&m_answerTimer, &QTimer::timeout, this, &TalkControl::timeOut);
@@ -115,7 +119,7 @@ void TalkControl::setVolume(int volume)
 void TalkControl::start()
 {
     m_release.stop();
-    if (m_phase == Asking || m_testing != 0) {
+    if (m_phase == Asking || m_test.isRunning()) {
         return;
     }
     report(QString(), QString());
@@ -245,10 +249,6 @@ void TalkControl::startTalkResponse(bool success)
 
 void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error, int speaker)
 {
-    if (m_testing == speaker && m_testing != 0) {
-        finishTest(success, error);
-        return;
-    }
     const QString key = speakerKey(speaker);
     if (!m_asked.contains(key)) {
         keepCapturing();
@@ -268,7 +268,7 @@ void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error,
 void TalkControl::talkingChanged()
 {
     const bool talking = m_plugin->property("talking").toBool();
-    if (talking && m_phase == Idle && m_testing == 0) {
+    if (talking && m_phase == Idle && !m_test.isRunning()) {
         // An answer that came after all: nobody waits for it any more.
         call("stopTalk");
         call("stopAudioCapture");
@@ -303,10 +303,6 @@ void TalkControl::timeOut()
         m_targets.setState(key, TargetModel::Failed);
     }
     m_asked.clear();
-    if (m_testing != 0) {
-        finishTest(false, tr("no answer"));
-        return;
-    }
     if (!wasTalking) {
         stop();
     }
@@ -364,30 +360,11 @@ void TalkControl::release()
 
 bool TalkControl::test(int speaker)
 {
-    if (m_phase != Idle || m_testing != 0 || !m_online) {
+    if (m_phase != Idle || m_test.isRunning() || !m_online) {
         return false;
     }
-    m_testing = speaker;
-    m_answerTimer.start();
-    bool accepted = false;
-    QMetaObject::invokeMethod(m_plugin, "startTalkToIPAudio", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(int, speaker));
-    if (!accepted && m_testing != 0) {
-        finishTest(false, tr("the server cannot be asked"));
-    }
+    m_test.start(speaker);
     return true;
-}
-
-void TalkControl::finishTest(bool success, const QString& text)
-{
-    const int speaker = m_testing;
-    m_answerTimer.stop();
-    call("stopTalk");
-    call("stopAudioCapture");
-    m_testing = 0;
-    m_targets.setState(speakerKey(speaker), success ? TargetModel::Ready : TargetModel::Failed);
-    Q_EMIT tested(speaker, success,
-                  success ? tr("The speaker answers.") : tr("The speaker does not answer: %1").arg(text));
 }
 
 void TalkControl::tick()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SpeakerTest.h"
 #include "TargetModel.h"
 
 #include <QElapsedTimer>
@@ -95,7 +96,6 @@ private:
     void askSpeakers();
     void answered(const QString& key, bool success);
     void keepCapturing();
-    void finishTest(bool success, const QString& text);
     void timeOut();
     void tick();
     QString refusalOf(const QString& name) const;
@@ -113,7 +113,7 @@ private:
     QStringList m_partners;   ///< Keys of open targets.
     bool m_held = false;      ///< The talk key is down, and made the talk.
     bool m_openMuted = false; ///< The talk key is down, and lifts a mute.
-    int m_testing = 0;        ///< The speaker that is tested; 0 for none.
+    SpeakerTest m_test;
     QElapsedTimer m_clock;
     QElapsedTimer m_lastPacket;
     QTimer m_answerTimer;

@@ -958,6 +958,25 @@
     </message>
 </context>
 <context>
+    <name>SpeakerTest</name>
+    <message>
+        <source>no answer</source>
+        <translation>keine Antwort</translation>
+    </message>
+    <message>
+        <source>the server cannot be asked</source>
+        <translation>der Server kann nicht gefragt werden</translation>
+    </message>
+    <message>
+        <source>The speaker answers.</source>
+        <translation>Der Lautsprecher antwortet.</translation>
+    </message>
+    <message>
+        <source>The speaker does not answer: %1</source>
+        <translation>Der Lautsprecher antwortet nicht: %1</translation>
+    </message>
+</context>
+<context>
     <name>SpeakersPage</name>
     <message>
         <source>Speakers</source>
@@ -1082,28 +1101,12 @@
         <translation>Wieder anschließen, dann auf Sprechen drücken.</translation>
     </message>
     <message>
-        <source>no answer</source>
-        <translation>keine Antwort</translation>
-    </message>
-    <message>
         <source>The server did not answer in time.</source>
         <translation>Der Server hat nicht rechtzeitig geantwortet.</translation>
     </message>
     <message>
         <source>See whether it runs and can be reached; then press Talk again.</source>
         <translation>Prüfen, ob er läuft und erreichbar ist; dann wieder auf Sprechen drücken.</translation>
-    </message>
-    <message>
-        <source>the server cannot be asked</source>
-        <translation>der Server kann nicht gefragt werden</translation>
-    </message>
-    <message>
-        <source>The speaker answers.</source>
-        <translation>Der Lautsprecher antwortet.</translation>
-    </message>
-    <message>
-        <source>The speaker does not answer: %1</source>
-        <translation>Der Lautsprecher antwortet nicht: %1</translation>
     </message>
     <message>
         <source>The microphone gives no sound.</source>
