@@ -1,7 +1,10 @@
 # Libraries that are installed and called.
 
 find_package(Qt5 5.15 REQUIRED COMPONENTS
-    Core Gui LinguistTools Multimedia Network Quick QuickControls2 Sql WebSockets Widgets)
+    Core Gui Multimedia Network Sql WebSockets)
+if(VOICEDESK_WINDOW)
+    find_package(Qt5 5.15 REQUIRED COMPONENTS LinguistTools Quick QuickControls2 Widgets)
+endif()
 find_package(OpenSSL 3.0 REQUIRED)
 find_package(Threads REQUIRED)
 find_package(Boost 1.71 REQUIRED COMPONENTS thread)
