@@ -19,6 +19,7 @@ private Q_SLOTS:
     void initTestCase();
     void talkByKeys();
     void recordsOutliveTheProgram();
+    void fileIsChosen();
     void wrongUsage_data();
     void wrongUsage();
     void help();
@@ -115,6 +116,28 @@ void TestDeskProgram::recordsOutliveTheProgram()
     };
     QTRY_VERIFY_WITH_TIMEOUT(devices().contains("10.0.0.7"), 20000);
     QVERIFY(devices().contains("Hall"));
+    program->terminate();
+    QVERIFY(program->waitForFinished(20000));
+}
+
+void TestDeskProgram::fileIsChosen()
+{
+    const auto program = start();
+    QVERIFY(program);
+    keys({"ctrl+3", "ctrl+n"});
+    const QByteArray dialog =
+        xdotool({"search", "--sync", "--onlyvisible", "--name", "Send audio files to the server"});
+    QVERIFY(!dialog.isEmpty());
+    xdotool({"windowfocus", "--sync", QString::fromLatin1(dialog.split('\n').last())});
+    xdotool({"type", "--delay", "20", ANNOUNCEMENT_WAV});
+    keys({"Return"});
+    const auto files = [&] {
+        QProcess list;
+        list.start(PROGRAM_DIR "/voicedesk", {"files", "list", "--data", m_folder.filePath("data")});
+        list.waitForFinished(20000);
+        return list.readAllStandardOutput();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(files().contains("announcement.wav"), 20000);
     program->terminate();
     QVERIFY(program->waitForFinished(20000));
 }
