@@ -1,3 +1,4 @@
+#include "BuiltLibraries.h"
 #include "PluginHost.h"
 
 #include <QSignalSpy>
@@ -18,7 +19,7 @@ private Q_SLOTS:
 
 namespace {
 
-const QString pluginPath = QStringLiteral(PLUGIN_DIR "/libVoiceDesk.so");
+const QString pluginPath = BuiltLibraries::path("VoiceDesk");
 
 /** A link whose other end is the test. */
 class TestLink : public ServerLink
@@ -117,7 +118,7 @@ void TestPluginHost::badPlugins()
     }
     {
         QTemporaryDir folder;
-        QFile file(folder.filePath("libVoiceDesk.so"));
+        QFile file(folder.filePath(BuiltLibraries::fileName("VoiceDesk")));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("no library");
         file.close();
@@ -127,7 +128,7 @@ void TestPluginHost::badPlugins()
     }
     {
         PluginHost host(link);
-        QVERIFY(!host.load(QStringLiteral(PLUGIN_DIR "/libSoundTap.so"))); // a library, but no plug-in
+        QVERIFY(!host.load(BuiltLibraries::path("SoundTap"))); // a library, but no plug-in
     }
     QVERIFY(!link.opened);
 }

@@ -1,3 +1,4 @@
+#include "BuiltLibraries.h"
 #include <PluginBase.h>
 
 #include <QFileInfo>
@@ -21,7 +22,7 @@ private Q_SLOTS:
 
 namespace {
 
-const QString pluginPath = QStringLiteral(PLUGIN_DIR "/libVoiceDesk.so");
+const QString pluginPath = BuiltLibraries::path("VoiceDesk");
 
 QStringList runProbe(const QString& plugin, const QString& logFile)
 {
@@ -101,10 +102,11 @@ void TestPluginLoading::exportedClasses()
 void TestPluginLoading::withoutTheLogLibrary()
 {
     QTemporaryDir folder;
-    for (const char* name : {"libVoiceDesk.so", "libFrameSmith.so", "libSoundTap.so"}) {
-        QVERIFY(QFile::copy(QStringLiteral(PLUGIN_DIR "/") + name, folder.filePath(name)));
+    for (const char* name : {"VoiceDesk", "FrameSmith", "SoundTap"}) {
+        QVERIFY(QFile::copy(BuiltLibraries::path(name), folder.filePath(BuiltLibraries::fileName(name))));
     }
-    QCOMPARE(runProbe(folder.filePath("libVoiceDesk.so"), folder.filePath("log")), expectedOutput);
+    QCOMPARE(runProbe(folder.filePath(BuiltLibraries::fileName("VoiceDesk")), folder.filePath("log")),
+             expectedOutput);
     QVERIFY(!QFile::exists(folder.filePath("log")));
 }
 

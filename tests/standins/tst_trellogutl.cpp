@@ -1,3 +1,4 @@
+#include "BuiltLibraries.h"
 #include <TrelLogUtl.h>
 
 #include <QFile>
@@ -41,7 +42,7 @@ void TestTrelLogUtl::initTestCase()
 {
     qputenv("TRELLOG_LEVEL", "3");
     qputenv("TRELLOG_FILE", QFile::encodeName(m_folder.filePath("log.txt")));
-    QLibrary library(QStringLiteral(PLUGIN_DIR "/libTrelLogUtl.so"));
+    QLibrary library(BuiltLibraries::path("TrelLogUtl"));
     m_getGlobalObject =
         reinterpret_cast<LogTraceGetGlobalObject>(library.resolve("LogTrace_GetGlobalObject"));
     QVERIFY2(m_getGlobalObject != nullptr, qPrintable(library.errorString()));

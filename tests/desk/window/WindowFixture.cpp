@@ -1,4 +1,5 @@
 #include "WindowFixture.h"
+#include "BuiltLibraries.h"
 
 #include <QDir>
 #include <QDropEvent>
@@ -29,7 +30,7 @@ WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change)
         formerHandler = qInstallMessageHandler(keepWarnings);
     }
     ClientOptions options;
-    options.pluginPath = QStringLiteral(PLUGIN_DIR "/libVoiceDesk.so");
+    options.pluginPath = BuiltLibraries::path("VoiceDesk");
     options.embedded.cameras = defaultCameras();
     options.embedded.dataDirectory = m_folder.filePath(QStringLiteral("data"));
     options.embedded.recordingDirectory = m_folder.filePath(QStringLiteral("recordings"));

@@ -1,5 +1,6 @@
 // Talks as the operator's controls see them, over the real plug-in; the other end of the link is the test.
 
+#include "BuiltLibraries.h"
 #include "CommandWatch.h"
 #include "PluginHost.h"
 #include "TalkControl.h"
@@ -94,7 +95,7 @@ void TestTalkControl::init()
 {
     m_link = std::make_unique<TestLink>();
     m_host = std::make_unique<PluginHost>(*m_link);
-    QVERIFY2(m_host->load(QStringLiteral(PLUGIN_DIR "/libVoiceDesk.so")), qPrintable(m_host->errorString()));
+    QVERIFY2(m_host->load(BuiltLibraries::path("VoiceDesk")), qPrintable(m_host->errorString()));
     Q_EMIT m_link->connected();
     m_watch = std::make_unique<CommandWatch>(300);
     m_targets = std::make_unique<TargetModel>();
