@@ -88,14 +88,14 @@ void DeskConnection::useRemote(const QString& url, const QString& user, const QS
     start();
 }
 
-QString DeskConnection::checkUrl(const QString& text) const
+QString DeskConnection::checkUrl(const QString& url) const
 {
-    const QUrl url(text, QUrl::StrictMode);
-    if (text.isEmpty()) {
+    const QUrl parsed(url, QUrl::StrictMode);
+    if (url.isEmpty()) {
         return tr("Enter an address like wss://host:8440.");
     }
-    if (!url.isValid() || url.host().isEmpty() ||
-        (url.scheme() != QLatin1String("ws") && url.scheme() != QLatin1String("wss"))) {
+    if (!parsed.isValid() || parsed.host().isEmpty() ||
+        (parsed.scheme() != QLatin1String("ws") && parsed.scheme() != QLatin1String("wss"))) {
         return tr("An address looks like wss://host:8440, or ws:// without encryption.");
     }
     return QString();

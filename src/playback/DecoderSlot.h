@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-struct _TMediaDataPacketInfoV3;
+struct _TMediaDataPacketInfoV3; // NOLINT(bugprone-reserved-identifier): its name in the interface
 
 /**
  * The decoder of a stream, made at the first packet and replaced at any packet whose stream type, rate,
