@@ -13,6 +13,7 @@
 #define WIN32_LEAN_AND_MEAN
 #endif
 #include <windows.h>
+#undef DeleteFile // a macro there, a word of the vocabulary here
 #else
 using DWORD = std::uint32_t;
 #endif

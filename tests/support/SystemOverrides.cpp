@@ -58,12 +58,14 @@ int microphoneListings()
 
 } // namespace SystemOverrides
 
-QString QSysInfo::productType()
+namespace {
+
+QString productType()
 {
     return productTypeText;
 }
 
-QList<QAudioDeviceInfo> QAudioDeviceInfo::availableDevices(QAudio::Mode mode)
+QList<QAudioDeviceInfo> availableDevices(QAudio::Mode mode)
 {
     QList<QAudioDeviceInfo> devices;
     const int count = mode == QAudio::AudioInput ? microphones : outputDevices;
@@ -74,7 +76,7 @@ QList<QAudioDeviceInfo> QAudioDeviceInfo::availableDevices(QAudio::Mode mode)
     return devices;
 }
 
-QAudioFormat QAudioDeviceInfo::nearestFormat(const QAudioFormat& format) const
+QAudioFormat nearestFormat(const QAudioDeviceInfo* /*device*/, const QAudioFormat& format)
 {
     if (nearestFormats.isEmpty()) {
         return QAudioFormat();
@@ -82,3 +84,40 @@ QAudioFormat QAudioDeviceInfo::nearestFormat(const QAudioFormat& format) const
     asked.append(format);
     return nearestFormats.at((asked.size() - 1) % nearestFormats.size());
 }
+
+} // namespace
+
+#ifdef Q_OS_WIN
+
+// What is imported is called through pointers; a program's own come before those of an import library.
+extern "C" {
+extern QString (*const __imp__ZN8QSysInfo11productTypeEv)();
+extern QList<QAudioDeviceInfo> (*const __imp__ZN16QAudioDeviceInfo16availableDevicesEN6QAudio4ModeE)(
+    QAudio::Mode);
+extern QAudioFormat (*const __imp__ZNK16QAudioDeviceInfo13nearestFormatERK12QAudioFormat)(
+    const QAudioDeviceInfo*, const QAudioFormat&);
+QString (*const __imp__ZN8QSysInfo11productTypeEv)() = productType;
+QList<QAudioDeviceInfo> (*const __imp__ZN16QAudioDeviceInfo16availableDevicesEN6QAudio4ModeE)(QAudio::Mode) =
+    availableDevices;
+QAudioFormat (*const __imp__ZNK16QAudioDeviceInfo13nearestFormatERK12QAudioFormat)(
+    const QAudioDeviceInfo*, const QAudioFormat&) = nearestFormat;
+}
+
+#else
+
+QString QSysInfo::productType()
+{
+    return ::productType();
+}
+
+QList<QAudioDeviceInfo> QAudioDeviceInfo::availableDevices(QAudio::Mode mode)
+{
+    return ::availableDevices(mode);
+}
+
+QAudioFormat QAudioDeviceInfo::nearestFormat(const QAudioFormat& format) const
+{
+    return ::nearestFormat(this, format);
+}
+
+#endif

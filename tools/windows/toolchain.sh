@@ -180,7 +180,8 @@ step_boost() {
         compile atomic "$file" "${common[@]}" -D_WIN32_WINNT=0x0601 "-I$sources/libs/atomic/src"
     done
     compile system error_code.cpp "${common[@]}"
-    for library in thread chrono atomic system; do
+    compile date_time gregorian/greg_month.cpp "${common[@]}"
+    for library in thread chrono atomic system date_time; do
         rm -f "$root/libs/lib/libboost_$library.a"
         $host-ar rcs "$root/libs/lib/libboost_$library.a" "${library}"_*.o
     done
@@ -220,7 +221,7 @@ step_openssl() {
     sources=$(sources_of openssl)
     enter openssl
     [[ -e Makefile ]] || CC=$gcc AR=$host-ar RANLIB=$host-ranlib WINDRES=$host-windres RC=$host-windres \
-        quietly openssl-configure perl "$sources/Configure" mingw64 shared no-tests no-apps --prefix="$root/libs" \
+        quietly openssl-configure perl "$sources/Configure" mingw64 shared no-tests --prefix="$root/libs" \
         --openssldir="$root/libs/ssl" --libdir=lib
     quietly openssl make "-j$jobs" build_libs
     quietly openssl-install make install_dev
