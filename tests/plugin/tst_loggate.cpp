@@ -30,7 +30,7 @@ QStringList runProbe(const QString& libraryFolder)
     if (!probe.waitForFinished() || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0) {
         return {"failed", QString::fromLocal8Bit(probe.readAllStandardError())};
     }
-    return QString::fromLocal8Bit(probe.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    return QString::fromLocal8Bit(probe.readAllStandardOutput()).remove('\r').split('\n', Qt::SkipEmptyParts);
 }
 
 } // namespace

@@ -40,7 +40,7 @@ QStringList runProbe(const QString& plugin, const QString& logFile)
     if (!probe.waitForFinished() || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0) {
         return {"failed", QString::fromLocal8Bit(probe.readAllStandardOutput())};
     }
-    return QString::fromLocal8Bit(probe.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    return QString::fromLocal8Bit(probe.readAllStandardOutput()).remove('\r').split('\n', Qt::SkipEmptyParts);
 }
 
 const QStringList expectedOutput{"initialised 1", "command RetrieveIPAudioModel", "command GetAudioFile"};

@@ -92,7 +92,7 @@ void TestTrelLogUtl::lines()
     m_log->checkLevel(m_log->context, static_cast<unsigned>(second) << 8U | 3U, 0, "f", 1);
     print(m_log, "plain");
     QFile file(m_folder.filePath("log.txt"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
     const QList<QByteArray> lines = file.readAll().split('\n');
     QCOMPARE(lines.size(), 3);
     static const QRegularExpression time(
