@@ -11,6 +11,14 @@ Button {
     font.pixelSize: Theme.textSize
     Accessible.role: Accessible.Button
     Accessible.name: text
+    // Enter presses it, too: on the talk page the space bar is the talk key.
+    Keys.onReturnPressed: press()
+    Keys.onEnterPressed: press()
+    function press() {
+        if (checkable)
+            toggle();
+        clicked();
+    }
     background: Rectangle {
         radius: 4
         color: root.highlighted ? (root.down ? Qt.darker(Theme.accent, 1.2) : Theme.accent)

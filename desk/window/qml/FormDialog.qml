@@ -63,7 +63,6 @@ Dialog {
                 highlighted: true
                 enabled: root.valid && !pending.busy
                 onClicked: root.submit()
-                Keys.onReturnPressed: root.submit()
             }
         }
     }

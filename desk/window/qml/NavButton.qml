@@ -13,6 +13,8 @@ AbstractButton {
     focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.PageTab
     Accessible.name: text
+    Keys.onReturnPressed: clicked() // on the talk page the space bar is the talk key
+    Keys.onEnterPressed: clicked()
     ToolTip.visible: hovered && shortcut !== ""
     ToolTip.delay: 600
     ToolTip.text: shortcut

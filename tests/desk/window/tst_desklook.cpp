@@ -154,6 +154,11 @@ void TestDeskLook::keyboardAlone()
     desk.key(Qt::Key_T, Qt::ControlModifier);
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
 
+    // Buttons of the talk page answer to Enter, since the space bar is the talk key there.
+    desk.item("muteButton")->forceActiveFocus();
+    desk.key(Qt::Key_Return);
+    QVERIFY(!desk.desk().talk()->isMuted());
+
     desk.page(2);
     desk.key(Qt::Key_N, Qt::ControlModifier);
     QVERIFY(desk.item("speakerDialog") || desk.item("save"));
