@@ -16,8 +16,6 @@ public:
     /** Takes another link and opens it; what the old one was asked is not answered any more. */
     void use(std::unique_ptr<ServerLink> link);
 
-    ServerLink* current() const { return m_link.get(); }
-
     void open() override {}
     bool send(const QString& command, const QVariant& payload, void* userData) override;
 

@@ -82,7 +82,6 @@ public:
 
     Q_INVOKABLE void choose(const QString& key, bool chosen);
     Q_INVOKABLE void chooseOnly(const QString& key);
-    Q_INVOKABLE bool isChosen(const QString& key) const { return m_chosen.contains(key); }
     /** The cameras, for dialogs: maps with "id" and "name". */
     Q_INVOKABLE QVariantList cameras() const;
 

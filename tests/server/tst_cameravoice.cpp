@@ -204,18 +204,27 @@ void TestCameraVoice::fileKeepsThePaceOfSound()
     QVERIFY(!spy.wait(200)); // once
 }
 
+namespace {
+
+/** A packet dump of one packet again and again. */
+void writeDump(const QString& path, const QByteArray& packet, int count)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (int i = 0; i < count; ++i) {
+        file.write(QByteArray(1, static_cast<char>(packet.size())) + QByteArray(3, '\0') + packet);
+    }
+}
+
+} // namespace
+
 void TestCameraVoice::recordedStream()
 {
     // Two packets of three frames, sixty milliseconds each, at the pace of sound, and what a client decodes.
     QTemporaryDir folder;
     CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File, static_cast<int>(TalkCodec::G7221));
     voiceConfig.file = folder.filePath("stream.rec");
-    QFile file(voiceConfig.file);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    for (int packet = 0; packet < 2; ++packet) {
-        file.write(QByteArray("\xB4\0\0\0", 4) + QByteArray(180, 'x'));
-    }
-    file.close();
+    writeDump(voiceConfig.file, QByteArray(180, 'x'), 2);
     CameraVoice voice(voiceConfig);
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     QElapsedTimer clock;
@@ -243,12 +252,7 @@ void TestCameraVoice::recordedFramesOfManyLengths()
     CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File, static_cast<int>(TalkCodec::G729A));
     voiceConfig.file = folder.filePath("stream.rec");
     const QByteArray packet = '\1' + QByteArray(10, 'x') + QByteArray("\2xx", 3) + QByteArray(3, '\0');
-    QFile file(voiceConfig.file);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    for (int i = 0; i < 5; ++i) {
-        file.write(QByteArray("\x11\0\0\0", 4) + packet);
-    }
-    file.close();
+    writeDump(voiceConfig.file, packet, 5);
     CameraVoice voice(voiceConfig);
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     QElapsedTimer clock;
