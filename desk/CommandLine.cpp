@@ -36,14 +36,14 @@ exit status:
 
 int usageError(const QString& message)
 {
-    std::fprintf(stderr, "voicedesk: %s\nTry: voicedesk --help\n", qPrintable(message));
+    std::fprintf(stderr, "voicedesk: %s\nTry: voicedesk --help\n", qUtf8Printable(message));
     return ExitUsage;
 }
 
 int runCameras()
 {
     for (const CameraConfig& camera : defaultCameras()) {
-        std::printf("%-12s %-16s %s\n", qPrintable(camera.id), qPrintable(camera.name),
+        std::printf("%-12s %-16s %s\n", qUtf8Printable(camera.id), qUtf8Printable(camera.name),
                     camera.online ? "online" : "offline");
     }
     return ExitSuccess;
@@ -54,7 +54,7 @@ int runTalk(const QStringList& arguments)
     TalkOptionReader reader;
     const auto options = reader.read(arguments);
     if (!reader.help.isEmpty()) {
-        std::fputs(qPrintable(reader.help), stdout);
+        std::fputs(qUtf8Printable(reader.help), stdout);
         return ExitSuccess;
     }
     if (!options) {

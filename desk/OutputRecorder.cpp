@@ -11,6 +11,13 @@ namespace {
 
 constexpr std::size_t maxSamples = 600U * OutputRecorder::sampleRate; // ten minutes
 
+/** Whether an input gives back what an output plays; sound servers tell so by its name. */
+bool isMonitor(const QString& input, const QString& output)
+{
+    return !output.isEmpty() && (input == output + QLatin1String(".monitor") ||   // PulseAudio
+                                 input == QLatin1String("Monitor of ") + output); // the same, seen by Windows
+}
+
 } // namespace
 
 std::optional<QAudioDeviceInfo> OutputRecorder::findMonitor()
@@ -19,8 +26,7 @@ std::optional<QAudioDeviceInfo> OutputRecorder::findMonitor()
     const auto inputs = QAudioDeviceInfo::availableDevices(QAudio::AudioInput);
     for (const QAudioDeviceInfo& output : outputs) {
         for (const QAudioDeviceInfo& input : inputs) {
-            if (!output.deviceName().isEmpty() &&
-                input.deviceName() == output.deviceName() + QLatin1String(".monitor")) {
+            if (isMonitor(input.deviceName(), output.deviceName())) {
                 return input;
             }
         }

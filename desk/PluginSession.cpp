@@ -34,7 +34,7 @@ PluginSession::~PluginSession() = default;
 
 int PluginSession::fail(ExitStatus status, const QString& message)
 {
-    std::fprintf(stderr, "voicedesk: %s\n", qPrintable(message));
+    std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(message));
     return status;
 }
 

@@ -3,11 +3,11 @@
 #include "InterruptFlag.h"
 #include "TalkSummary.h"
 
-#include <QCoreApplication>
-#include <QFile>
-#include <QFileInfo>
+#include <EnvironmentVariable.h>
+#include <MediaFiles.h>
 
-#include <sndfile.h>
+#include <QCoreApplication>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cstdio>
@@ -19,25 +19,13 @@ constexpr double fileTail = 0.3;      // s; lets the last packets of a file out
 constexpr double echoTail = 1.0;      // s; lets the last of an echo be heard
 constexpr int recorderTimeout = 5000; // ms
 
-/** Length of a sound file in seconds; negative when it cannot be read. */
-double soundFileDuration(const QString& path)
-{
-    SF_INFO info{};
-    SNDFILE* file = sf_open(QFile::encodeName(path).constData(), SFM_READ, &info);
-    if (file == nullptr) {
-        return -1;
-    }
-    sf_close(file);
-    return static_cast<double>(info.frames) / info.samplerate;
-}
-
 /** How long a camera speaks, seconds; negative when its file cannot be read. */
 double speechDuration(const CameraVoiceConfig& voice)
 {
     const bool recorded =
         voice.codec == TalkCodec::G726 || voice.codec == TalkCodec::G7221 || voice.codec == TalkCodec::G729A;
     if (!recorded) {
-        return soundFileDuration(voice.file);
+        return MediaFiles::duration(voice.file);
     }
     const auto packets = readRecordedStream(voice.file, voice.codec);
     double samples = 0;
@@ -74,10 +62,10 @@ TalkCommand::TalkCommand(TalkOptions options)
 int TalkCommand::run()
 {
     if (!m_options.sourceFile.isEmpty()) {
-        const double duration = soundFileDuration(m_options.sourceFile);
+        const double duration = MediaFiles::duration(m_options.sourceFile);
         if (duration < 0) {
             std::fprintf(stderr, "voicedesk: %s is not a sound file that can be read.\n",
-                         qPrintable(m_options.sourceFile));
+                         qUtf8Printable(m_options.sourceFile));
             return ExitMicrophoneFailed;
         }
         if (m_options.seconds <= 0) {
@@ -86,7 +74,7 @@ int TalkCommand::run()
                 return ExitUsage;
             }
         }
-        qputenv("FRAMESMITH_CAPTURE_FILE", QFile::encodeName(m_options.sourceFile));
+        setEnvironmentVariable("FRAMESMITH_CAPTURE_FILE", m_options.sourceFile);
     } else {
         qunsetenv("FRAMESMITH_CAPTURE_FILE");
     }
@@ -97,7 +85,8 @@ int TalkCommand::run()
     // The front end starts when the server is up, as in the client.
     connect(&m_link, &ServerLink::connected, this, &TalkCommand::prepare);
     if (!m_host.load(m_options.pluginPath)) {
-        std::fprintf(stderr, "voicedesk: the plug-in does not load: %s\n", qPrintable(m_host.errorString()));
+        std::fprintf(stderr, "voicedesk: the plug-in does not load: %s\n",
+                     qUtf8Printable(m_host.errorString()));
         return ExitPluginFailed;
     }
     connect(m_host.plugin(), SIGNAL(startTalkResponse(bool)), this, SLOT(startTalkResponse(bool)));
@@ -120,7 +109,7 @@ bool TalkCommand::prolongForTheCamera()
             const double duration = speechDuration(camera.voice);
             if (duration < 0) {
                 std::fprintf(stderr, "voicedesk: %s is not a sound file that can be read.\n",
-                             qPrintable(camera.voice.file));
+                             qUtf8Printable(camera.voice.file));
                 return false;
             }
             m_options.seconds = std::max(m_options.seconds, duration + echoTail);
@@ -147,8 +136,8 @@ void TalkCommand::begin()
     m_began = true;
     m_recorderTimer.stop();
     QObject* plugin = m_host.plugin();
-    std::fprintf(stderr, "Talking to %s, from %s.\n", qPrintable(m_options.cameraId),
-                 m_options.sourceFile.isEmpty() ? "the microphone" : qPrintable(m_options.sourceFile));
+    std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(m_options.cameraId),
+                 m_options.sourceFile.isEmpty() ? "the microphone" : qUtf8Printable(m_options.sourceFile));
     bool accepted = false;
     QMetaObject::invokeMethod(plugin, "startTalk", Q_RETURN_ARG(bool, accepted),
                               Q_ARG(QString, m_options.cameraId), Q_ARG(QString, QString()));
@@ -210,7 +199,7 @@ void TalkCommand::end(ExitStatus status, const QString& message)
     QMetaObject::invokeMethod(m_host.plugin(), "stopTalk");
     QMetaObject::invokeMethod(m_host.plugin(), "stopAudioCapture"); // also while a request is open
     if (!message.isEmpty()) {
-        std::fprintf(stderr, "voicedesk: %s\n", qPrintable(message));
+        std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(message));
     }
     if (m_talking) {
         printSummary();

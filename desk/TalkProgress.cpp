@@ -3,11 +3,7 @@
 #include "SoundLevel.h"
 #include "TalkMonitor.h"
 
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
+#include <Console.h>
 
 namespace {
 
@@ -15,18 +11,12 @@ constexpr int barWidth = 20;        // characters
 constexpr qint64 linePeriod = 1000; // ms between lines where nothing can be renewed
 constexpr double millisecondsPerSecond = 1000.0;
 
-bool isTerminal(std::FILE* file)
-{
-#ifdef _WIN32
-    return _isatty(_fileno(file)) != 0;
-#else
-    return isatty(fileno(file)) != 0;
-#endif
-}
-
 } // namespace
 
-TalkProgress::TalkProgress(const TalkMonitor& monitor) : m_monitor(monitor), m_terminal(isTerminal(stderr)) {}
+TalkProgress::TalkProgress(const TalkMonitor& monitor)
+    : m_monitor(monitor), m_terminal(Console::isTerminal(stderr))
+{
+}
 
 void TalkProgress::start()
 {
@@ -52,15 +42,15 @@ QString TalkProgress::line() const
 void TalkProgress::update()
 {
     if (m_terminal) {
-        std::fprintf(stderr, "\r%s", qPrintable(line()));
+        std::fprintf(stderr, "\r%s", qUtf8Printable(line()));
         std::fflush(stderr);
     } else if (m_clock.elapsed() - m_lastLine >= linePeriod) {
         m_lastLine = m_clock.elapsed();
-        std::fprintf(stderr, "%s\n", qPrintable(line()));
+        std::fprintf(stderr, "%s\n", qUtf8Printable(line()));
     }
 }
 
 void TalkProgress::finish()
 {
-    std::fprintf(stderr, m_terminal ? "\r%s\n" : "%s\n", qPrintable(line()));
+    std::fprintf(stderr, m_terminal ? "\r%s\n" : "%s\n", qUtf8Printable(line()));
 }

@@ -43,7 +43,7 @@ void TalkSummary::print() const
     }
     printEcho();
     for (const QString& recording : recordings) {
-        std::printf("recording         %s\n", qPrintable(recording));
+        std::printf("recording         %s\n", qUtf8Printable(recording));
     }
 }
 
@@ -53,7 +53,7 @@ void TalkSummary::printEcho() const
         std::puts("heard             not recorded: the sound output has no monitor");
         return;
     }
-    std::printf("heard             %s\n", qPrintable(heardFile));
+    std::printf("heard             %s\n", qUtf8Printable(heardFile));
     if (m_monitor.received() == 0) {
         return;
     }

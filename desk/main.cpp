@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include <Console.h>
+
 #include <QCoreApplication>
 
 extern "C" {
@@ -9,6 +11,7 @@ extern "C" {
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
+    Console::showUtf8();
     av_log_set_level(AV_LOG_QUIET); // a bad packet is silence, not a message
     QCoreApplication::setApplicationName(QStringLiteral("voicedesk"));
     return runCommandLine(QCoreApplication::arguments());

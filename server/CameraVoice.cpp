@@ -2,9 +2,7 @@
 
 #include <PacketHeader.h>
 
-#include <QFile>
-
-#include <sndfile.h>
+#include <MediaFiles.h>
 
 #include <chrono>
 
@@ -26,8 +24,8 @@ std::uint64_t steadyMicroseconds()
 std::vector<std::int16_t> readSoundFile(const QString& path, int rate)
 {
     SF_INFO info{};
-    const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(
-        sf_open(QFile::encodeName(path).constData(), SFM_READ, &info), &sf_close);
+    const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(MediaFiles::open(path, SFM_READ, &info),
+                                                           &sf_close);
     std::vector<std::int16_t> samples;
     if (!file) {
         return samples;

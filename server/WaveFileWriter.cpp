@@ -1,8 +1,6 @@
 #include "WaveFileWriter.h"
 
-#include <sndfile.h>
-
-#include <QFile>
+#include <MediaFiles.h>
 
 WaveFileWriter::WaveFileWriter(const QString& path, int sampleRate)
 {
@@ -10,11 +8,7 @@ WaveFileWriter::WaveFileWriter(const QString& path, int sampleRate)
     info.samplerate = sampleRate;
     info.channels = 1;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-#ifdef _WIN32
-    m_file = sf_wchar_open(reinterpret_cast<const wchar_t*>(path.utf16()), SFM_WRITE, &info);
-#else
-    m_file = sf_open(QFile::encodeName(path).constData(), SFM_WRITE, &info);
-#endif
+    m_file = MediaFiles::open(path, SFM_WRITE, &info);
     if (m_file != nullptr) {
         sf_command(m_file, SFC_SET_UPDATE_HEADER_AUTO, nullptr, SF_TRUE);
     }

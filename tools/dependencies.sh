@@ -27,6 +27,11 @@ test_packages=(
     "${sound_packages[@]}" pulseaudio-utils
 )
 
+# A Windows build and a Wine to run it; the libraries come from tools/windows/toolchain.sh.
+windows_packages=(
+    g++-mingw-w64-x86-64-posix wine64 nasm tcl perl make autoconf automake libtool dpkg-dev xz-utils clang unzip
+)
+
 # Installs the packages given that are missing.
 install_packages() {
     local missing=() package

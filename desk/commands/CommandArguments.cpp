@@ -29,7 +29,7 @@ bool CommandArguments::read(const QStringList& arguments)
         return false;
     }
     if (m_parser.isSet(QStringLiteral("help"))) {
-        std::fputs(qPrintable(m_parser.helpText()), stdout);
+        std::fputs(qUtf8Printable(m_parser.helpText()), stdout);
         m_status = ExitSuccess;
         return false;
     }
@@ -45,7 +45,7 @@ bool CommandArguments::read(const QStringList& arguments)
 
 int CommandArguments::usage(const QString& message)
 {
-    std::fprintf(stderr, "voicedesk: %s\nTry the command with --help.\n", qPrintable(message));
+    std::fprintf(stderr, "voicedesk: %s\nTry the command with --help.\n", qUtf8Printable(message));
     return ExitUsage;
 }
 

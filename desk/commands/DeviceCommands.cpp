@@ -38,7 +38,7 @@ int listDevices(PluginSession& session)
         table.add({index.data(IdRole).toInt(), index.data(NameRole), index.data(AddressRole),
                    index.data(PortRole).toInt(), index.data(UserRole), index.data(CamerasRole)});
     }
-    std::fputs(qPrintable(table.text(session.options().json)), stdout);
+    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
 }
 

@@ -42,7 +42,7 @@ int listFiles(PluginSession& session)
                    file.value(QStringLiteral("audioLength")).toInt() / 1000.0,
                    statusText(file.value(QStringLiteral("audioStatus")).toInt())});
     }
-    std::fputs(qPrintable(table.text(session.options().json)), stdout);
+    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
 }
 
@@ -51,7 +51,7 @@ int addFile(PluginSession& session, const QString& path)
     if (!QFileInfo(path).isFile()) {
         return PluginSession::fail(ExitUsage, QStringLiteral("%1 is no file").arg(path));
     }
-    std::fprintf(stderr, "Reading %s ...\n", qPrintable(path));
+    std::fprintf(stderr, "Reading %s ...\n", qUtf8Printable(path));
     session.forget();
     bool accepted = false;
     QMetaObject::invokeMethod(session.plugin(), "uploadFile", Q_RETURN_ARG(bool, accepted),

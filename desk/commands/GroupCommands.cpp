@@ -35,7 +35,7 @@ int listGroups(PluginSession& session, const QString& filter)
         table.add({index.data(IdRole).toInt(), index.data(NameRole), index.data(DevicesRole),
                    index.data(DeviceNamesRole)});
     }
-    std::fputs(qPrintable(table.text(session.options().json)), stdout);
+    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
 }
 

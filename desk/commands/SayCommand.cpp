@@ -5,11 +5,11 @@
 #include "TalkMonitor.h"
 #include "TalkProgress.h"
 
-#include <QElapsedTimer>
-#include <QFile>
-#include <QThread>
+#include <EnvironmentVariable.h>
+#include <MediaFiles.h>
 
-#include <sndfile.h>
+#include <QElapsedTimer>
+#include <QThread>
 
 #include <cstdio>
 
@@ -17,18 +17,6 @@ namespace {
 
 constexpr double fileTail = 0.3;    // s; lets the last packets of a file out
 constexpr unsigned long pause = 20; // ms between looks
-
-/** Length of a sound file in seconds; negative when it cannot be read. */
-double soundFileDuration(const QString& path)
-{
-    SF_INFO info{};
-    SNDFILE* file = sf_open(QFile::encodeName(path).constData(), SFM_READ, &info);
-    if (file == nullptr) {
-        return -1;
-    }
-    sf_close(file);
-    return static_cast<double>(info.frames) / info.samplerate;
-}
 
 /** Opens the talk to each device; how many were opened. */
 int openTalks(PluginSession& session, const QVariantList& devices)
@@ -71,14 +59,14 @@ int runSay(const QStringList& words)
         return arguments.usage(QStringLiteral("give --device, and either --source or --mic"));
     }
     if (arguments.isSet("source")) {
-        const double duration = soundFileDuration(arguments.value("source"));
+        const double duration = MediaFiles::duration(arguments.value("source"));
         if (duration < 0) {
             return PluginSession::fail(
                 ExitMicrophoneFailed,
                 QStringLiteral("%1 is not a sound file that can be read").arg(arguments.value("source")));
         }
         seconds = seconds > 0 ? seconds : duration + fileTail;
-        qputenv("FRAMESMITH_CAPTURE_FILE", QFile::encodeName(arguments.value("source")));
+        setEnvironmentVariable("FRAMESMITH_CAPTURE_FILE", arguments.value("source"));
     }
     InterruptFlag::install();
     PluginSession session(arguments.client());

@@ -67,7 +67,7 @@ int listSchedules(PluginSession& session)
                    index.data(EndEnabledRole).toBool() ? index.data(EndRole) : QVariant(QString()),
                    index.data(FileRole).toInt(), index.data(GroupsRole), index.data(DevicesRole)});
     }
-    std::fputs(qPrintable(table.text(session.options().json)), stdout);
+    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
 }
 

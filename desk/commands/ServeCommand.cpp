@@ -80,9 +80,10 @@ int runServe(const QStringList& words)
         return PluginSession::fail(ExitServerFailed,
                                    QStringLiteral("cannot listen at %1: %2").arg(listen, door.errorString()));
     }
-    std::printf("serving at %s\n", qPrintable(door.url().toString()));
+    std::printf("serving at %s\n", qUtf8Printable(door.url().toString()));
     if (certificate) {
-        std::printf("certificate %s\n", qPrintable(ServerCertificate::fingerprint(certificate->certificate)));
+        std::printf("certificate %s\n",
+                    qUtf8Printable(ServerCertificate::fingerprint(certificate->certificate)));
     }
     std::fflush(stdout);
     QTimer ticker;

@@ -1,9 +1,10 @@
 #include "DeskWindow.h"
 #include "ExitStatus.h"
 
+#include <EnvironmentVariable.h>
+
 #include <QApplication>
 #include <QDir>
-#include <QFile>
 
 #include <cstdio>
 
@@ -15,7 +16,7 @@ namespace {
 
 int fail(int status, const QString& message)
 {
-    std::fprintf(stderr, "voicedesk-desk: %s\n", qPrintable(message));
+    std::fprintf(stderr, "voicedesk-desk: %s\n", qUtf8Printable(message));
     return status;
 }
 
@@ -39,7 +40,7 @@ std::optional<ClientOptions> readOptions(int* status)
         return std::nullopt;
     }
     if (parser.isSet(QStringLiteral("help"))) {
-        std::fputs(qPrintable(parser.helpText()), stdout);
+        std::fputs(qUtf8Printable(parser.helpText()), stdout);
         *status = ExitSuccess;
         return std::nullopt;
     }
@@ -49,7 +50,7 @@ std::optional<ClientOptions> readOptions(int* status)
         return std::nullopt;
     }
     if (parser.isSet(QStringLiteral("source"))) {
-        qputenv("FRAMESMITH_CAPTURE_FILE", QFile::encodeName(parser.value(QStringLiteral("source"))));
+        setEnvironmentVariable("FRAMESMITH_CAPTURE_FILE", parser.value(QStringLiteral("source")));
     }
     options->embedded.speakersAloud = parser.isSet(QStringLiteral("aloud"));
     return options;

@@ -1,6 +1,6 @@
 #include "AudioFileReader.h"
 
-#include <QFile>
+#include <MediaFiles.h>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -122,7 +122,7 @@ AudioFileReader::~AudioFileReader() = default;
 bool AudioFileReader::open(const QString& path)
 {
     m_private = std::make_unique<Private>();
-    return m_private->open(QFile::encodeName(path).constData());
+    return m_private->open(MediaFiles::ffmpegName(path).constData());
 }
 
 void AudioFileReader::read(std::size_t count, std::vector<std::int16_t>& out)

@@ -86,9 +86,9 @@ HandleTable<MicrophoneChannel>& microphoneChannels()
 
 std::unique_ptr<CaptureSource> makeSource()
 {
-    const QByteArray file = qgetenv("FRAMESMITH_CAPTURE_FILE");
+    const QString file = qEnvironmentVariable("FRAMESMITH_CAPTURE_FILE");
     if (!file.isEmpty()) {
-        return std::make_unique<WaveFileSource>(file.toStdString());
+        return std::make_unique<WaveFileSource>(file);
     }
     return std::make_unique<MicrophoneSource>(qEnvironmentVariable("FRAMESMITH_CAPTURE_DEVICE"));
 }

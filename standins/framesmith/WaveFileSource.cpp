@@ -1,6 +1,6 @@
 #include "WaveFileSource.h"
 
-#include <sndfile.h>
+#include <MediaFiles.h>
 
 #include <algorithm>
 
@@ -12,7 +12,7 @@ constexpr sf_count_t framesPerRead = 4096;
 
 } // namespace
 
-WaveFileSource::WaveFileSource(std::string path) : m_path(std::move(path)) {}
+WaveFileSource::WaveFileSource(QString path) : m_path(std::move(path)) {}
 
 WaveFileSource::~WaveFileSource()
 {
@@ -24,7 +24,7 @@ WaveFileSource::~WaveFileSource()
 Code WaveFileSource::start()
 {
     SF_INFO info{};
-    m_file = sf_open(m_path.c_str(), SFM_READ, &info);
+    m_file = MediaFiles::open(m_path, SFM_READ, &info);
     if (m_file == nullptr) {
         return FileFailed;
     }

@@ -4,11 +4,12 @@
 #include "PacketClock.h"
 #include "PcmConverter.h"
 
+#include <QString>
+
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
 #include <vector>
 
 struct sf_private_tag;
@@ -19,7 +20,7 @@ namespace framesmith {
 class WaveFileSource : public CaptureSource
 {
 public:
-    explicit WaveFileSource(std::string path);
+    explicit WaveFileSource(QString path);
     ~WaveFileSource() override;
 
     Code start() override;
@@ -30,7 +31,7 @@ private:
     /** Decodes until @p count samples lie ready or the file has ended. */
     void fill(std::size_t count);
 
-    std::string m_path;
+    QString m_path;
     sf_private_tag* m_file = nullptr;
     bool m_reads16Bit = false;
     std::unique_ptr<PcmConverter> m_converter;

@@ -50,8 +50,8 @@ TestTalkCommand::Result TestTalkCommand::run(const QStringList& arguments)
         return {-1, QString(), QStringLiteral("did not end")};
     }
     const int status = program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
-    return {status, QString::fromLocal8Bit(program.readAllStandardOutput()),
-            QString::fromLocal8Bit(program.readAllStandardError())};
+    return {status, QString::fromUtf8(program.readAllStandardOutput()),
+            QString::fromUtf8(program.readAllStandardError())};
 }
 
 QString TestTalkCommand::recording(const Result& result)
@@ -188,7 +188,7 @@ void TestTalkCommand::interruptEndsInGoodOrder()
     QVERIFY(program.waitForFinished(10000));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
-    const QString out = QString::fromLocal8Bit(program.readAllStandardOutput());
+    const QString out = QString::fromUtf8(program.readAllStandardOutput());
     QVERIFY(out.contains("recording"));
     const auto heard = WavFiles::read(m_folder.filePath("interrupted/camera-1-1.wav"));
     QVERIFY2(heard.size() >= 640 && heard.size() < 59000, qPrintable(out));

@@ -73,8 +73,8 @@ TestTwoWayTalk::Result TestTwoWayTalk::talk(const QStringList& arguments) const
     if (program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit) {
         result.status = program.exitCode();
     }
-    result.out = QString::fromLocal8Bit(program.readAllStandardOutput());
-    result.err = QString::fromLocal8Bit(program.readAllStandardError());
+    result.out = QString::fromUtf8(program.readAllStandardOutput());
+    result.err = QString::fromUtf8(program.readAllStandardError());
     return result;
 }
 

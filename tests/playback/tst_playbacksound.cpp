@@ -24,6 +24,7 @@ private Q_SLOTS:
     void twoTalkers();
     void outputOutlivesTheStream();
     void vanishingDevice();
+    void vanishingServer();
 
 private:
     std::unique_ptr<PulseServer> m_pulse;
@@ -210,32 +211,37 @@ void TestPlaybackSound::outputOutlivesTheStream()
 
 void TestPlaybackSound::vanishingDevice()
 {
+#ifdef Q_OS_WIN
+    QSKIP("Wine looks for sound devices once in the life of a process");
+#endif
     const QByteArray index =
         m_pulse->control({QStringLiteral("load-module"), QStringLiteral("module-null-sink"),
                           QStringLiteral("sink_name=aaa_passing"), QStringLiteral("rate=48000")});
     QVERIFY(!index.isEmpty());
-    {
-        AudioRenderer renderer;
-        play(renderer, tonePackets(440, 0.5));
-        // Whichever output plays: take all of them away but one, while it plays.
-        m_pulse->control({QStringLiteral("unload-module"), QString::fromLatin1(index.trimmed())});
-        const QByteArray modules =
-            m_pulse->control({QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("modules")});
-        for (const QByteArray& line : modules.split('\n')) {
-            if (line.contains("sink_name=out")) {
-                m_pulse->control({QStringLiteral("unload-module"), QString::fromLatin1(line.split('\t')[0])});
-            }
+    AudioRenderer renderer;
+    play(renderer, tonePackets(440, 0.5));
+    // Whichever output plays: take all of them away but one, while it plays.
+    m_pulse->control({QStringLiteral("unload-module"), QString::fromLatin1(index.trimmed())});
+    const QByteArray modules =
+        m_pulse->control({QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("modules")});
+    for (const QByteArray& line : modules.split('\n')) {
+        if (line.contains("sink_name=out")) {
+            m_pulse->control({QStringLiteral("unload-module"), QString::fromLatin1(line.split('\t')[0])});
         }
-        play(renderer, tonePackets(440, 0.5)); // into nothing, or wherever the server moved the stream
-        // Another format picks an output that is still there.
-        MonitorRecorder recorder(QStringLiteral("mic"));
-        play(renderer, tonePackets(1000, 1.0, 16000), 40);
-        QTRY_VERIFY_WITH_TIMEOUT(recorder.silentFor(0.3), 10000);
-        const auto heard = recorder.sound();
-        const auto ending = secondsOf(heard, durationOf(heard) - 0.6, durationOf(heard));
-        QVERIFY(std::abs(medianFrequency(ending) - 1000) < 3);
     }
-    // The server itself goes: what plays ends in silence, and nothing hangs.
+    play(renderer, tonePackets(440, 0.5)); // into nothing, or wherever the server moved the stream
+    // Another format picks an output that is still there.
+    MonitorRecorder recorder(QStringLiteral("mic"));
+    play(renderer, tonePackets(1000, 1.0, 16000), 40);
+    QTRY_VERIFY_WITH_TIMEOUT(recorder.silentFor(0.3), 10000);
+    const auto heard = recorder.sound();
+    const auto ending = secondsOf(heard, durationOf(heard) - 0.6, durationOf(heard));
+    QVERIFY(std::abs(medianFrequency(ending) - 1000) < 3);
+}
+
+void TestPlaybackSound::vanishingServer()
+{
+    // What plays ends in silence, and nothing hangs.
     AudioRenderer renderer;
     play(renderer, tonePackets(440, 0.5));
     m_pulse.reset();

@@ -1,3 +1,4 @@
+#include "BuiltLibraries.h"
 #include "LogCapture.h"
 #include "vocabulary/LogGate.h"
 
@@ -23,9 +24,7 @@ namespace {
 QStringList runProbe(const QString& libraryFolder)
 {
     QProcess probe;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("LD_LIBRARY_PATH", libraryFolder);
-    probe.setProcessEnvironment(environment);
+    probe.setProcessEnvironment(BuiltLibraries::environmentFor(libraryFolder));
     probe.start(QStringLiteral(PROBE_DIR "/log_probe"), QStringList());
     if (!probe.waitForFinished() || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0) {
         return {"failed", QString::fromLocal8Bit(probe.readAllStandardError())};

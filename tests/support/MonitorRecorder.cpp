@@ -20,16 +20,15 @@ bool isSound(std::int16_t sample)
 } // namespace
 
 MonitorRecorder::MonitorRecorder(const QString& sink)
+    : m_parec(QStringLiteral("parec"),
+              {QStringLiteral("--device=") + sink + QStringLiteral(".monitor"),
+               QStringLiteral("--format=s16le"), QStringLiteral("--rate=%1").arg(sampleRate),
+               QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=20")})
 {
-    m_parec.setProcessChannelMode(QProcess::SeparateChannels);
-    m_parec.start(QStringLiteral("parec"),
-                  {QStringLiteral("--device=") + sink + QStringLiteral(".monitor"),
-                   QStringLiteral("--format=s16le"), QStringLiteral("--rate=%1").arg(sampleRate),
-                   QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=20")});
     QElapsedTimer clock;
     clock.start();
-    while (clock.elapsed() < startTimeout && m_parec.state() != QProcess::NotRunning) {
-        m_parec.waitForReadyRead(100);
+    while (clock.elapsed() < startTimeout && m_parec.isRunning()) {
+        m_parec.waitForOutput(100);
         if (!samples().empty()) {
             m_running = true;
             return;
@@ -37,19 +36,10 @@ MonitorRecorder::MonitorRecorder(const QString& sink)
     }
 }
 
-MonitorRecorder::~MonitorRecorder()
-{
-    m_parec.terminate();
-    if (!m_parec.waitForFinished(5000)) {
-        m_parec.kill();
-        m_parec.waitForFinished();
-    }
-}
-
 const WavFiles::Samples& MonitorRecorder::samples()
 {
     QCoreApplication::processEvents();
-    const QByteArray bytes = m_partial + m_parec.readAllStandardOutput();
+    const QByteArray bytes = m_partial + m_parec.takeOutput();
     const auto count = static_cast<std::size_t>(bytes.size()) / 2;
     if (count == 0) {
         m_partial = bytes;

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "HostCommand.h"
 #include "WavFiles.h"
 
 #include <QByteArray>
-#include <QProcess>
 #include <QString>
 
 /** Records what a sink of the PulseServer plays, from its monitor: 48000 Hz mono, from construction on. */
@@ -14,9 +14,6 @@ public:
 
     /** Returns when the recording runs. @param sink of the server that this process is pointed at */
     explicit MonitorRecorder(const QString& sink = QStringLiteral("out"));
-    ~MonitorRecorder();
-    MonitorRecorder(const MonitorRecorder&) = delete;
-    MonitorRecorder& operator=(const MonitorRecorder&) = delete;
 
     bool running() const { return m_running; }
 
@@ -30,7 +27,7 @@ public:
     WavFiles::Samples sound();
 
 private:
-    QProcess m_parec;
+    HostCommand m_parec;
     QByteArray m_partial; ///< Half a sample.
     WavFiles::Samples m_samples;
     bool m_running = false;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "HostCommand.h"
+
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
@@ -10,7 +12,8 @@
 /**
  * A private PulseAudio server without hardware, for the program that makes it and its children: an output
  * "out" whose monitor can be recorded, and a microphone "virtmic" that speaks what is played to "mic". Ends
- * with the object.
+ * with the object. Under Wine, which reads the server's address as it starts, it is the one of
+ * tests_with_sound.
  */
 class PulseServer
 {
@@ -26,11 +29,12 @@ public:
     /** Runs pactl with these arguments; its output, empty on failure. */
     QByteArray control(const QStringList& arguments) const;
 
-    /** Speaks a WAV file into the microphone, in the background; the process ends with the returned object.
-     */
-    std::unique_ptr<QProcess> speak(const QString& wavFile) const;
+    /** Speaks a WAV file into the microphone, in the background, until the returned object ends. */
+    std::unique_ptr<HostCommand> speak(const QString& wavFile) const;
 
 private:
+    bool start();
+
     QTemporaryDir m_folder;
     QProcess m_server;
     bool m_ready = false;

@@ -1,6 +1,6 @@
 #include "SoundFiles.h"
 
-#include <QFile>
+#include <MediaFiles.h>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -80,7 +80,7 @@ struct Writer
 bool SoundFiles::write(const QString& path, const WavFiles::Samples& samples, int sampleRate)
 {
     Writer writer;
-    if (!writer.open(QFile::encodeName(path).constData(), sampleRate)) {
+    if (!writer.open(MediaFiles::ffmpegName(path).constData(), sampleRate)) {
         return false;
     }
     const auto frameSize = static_cast<std::size_t>(writer.frame->nb_samples);

@@ -8,7 +8,7 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 #include <libswresample/swresample.h>
 }
-#include <sndfile.h>
+#include <MediaFiles.h>
 
 #include <cmath>
 #include <cstring>
@@ -49,7 +49,7 @@ bool write(const QString& path, const Samples& samples, int sampleRate)
 Samples read(const QString& path, int* sampleRate)
 {
     SF_INFO info{};
-    SNDFILE* file = sf_open(QFile::encodeName(path).constData(), SFM_READ, &info);
+    SNDFILE* file = MediaFiles::open(path, SFM_READ, &info);
     if (file == nullptr || info.channels != 1) {
         if (file != nullptr) {
             sf_close(file);

@@ -6,9 +6,8 @@
 #include "StreamType.h"
 
 #include <QCommandLineParser>
-#include <QFile>
 
-#include <sndfile.h>
+#include <MediaFiles.h>
 
 #include <array>
 #include <cstdio>
@@ -82,7 +81,7 @@ struct Options
 
 int complain(Status status, const QString& message)
 {
-    std::fprintf(stderr, "voicedesk-decode: %s\n", qPrintable(message));
+    std::fprintf(stderr, "voicedesk-decode: %s\n", qUtf8Printable(message));
     if (status == WrongUsage) {
         std::fputs("Try: voicedesk-decode --help\n", stderr);
     }
@@ -199,8 +198,8 @@ int decode(const Options& options, const PacketDump& dump)
     info.samplerate = options.outputRate;
     info.channels = options.outputChannels;
     info.format = SF_FORMAT_PCM_16 | (options.raw ? SF_FORMAT_RAW | SF_ENDIAN_LITTLE : SF_FORMAT_WAV);
-    const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(
-        sf_open(QFile::encodeName(options.output).constData(), SFM_WRITE, &info), &sf_close);
+    const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(MediaFiles::open(options.output, SFM_WRITE, &info),
+                                                           &sf_close);
     if (!file) {
         return complain(FileFailed, QStringLiteral("%1 cannot be written: %2")
                                         .arg(options.output, QString::fromLocal8Bit(sf_strerror(nullptr))));

@@ -11,7 +11,7 @@ usage: tools/windows/toolchain.sh FOLDER [STEP...]
 Makes the Windows tool chain in FOLDER: about half an hour on two cores, 5 GB while it is made and 1.5 GB afterwards.
 Steps, in order; all of them without a name:
 
-  packages sources sqlite qtbase qtmultimedia qtwebsockets ffmpeg boost amr sndfile sodium openssl runtime wine
+  packages sources sqlite openssl qtbase qtmultimedia qtwebsockets lame ffmpeg boost amr sndfile sodium runtime wine
 
 Remove FOLDER/done/STEP to do one again. JOBS=n sets how many compilers run at once, KEEP=1 keeps the sources.
 TEXT
@@ -27,7 +27,7 @@ jobs=${JOBS:-$(nproc)}
 host=x86_64-w64-mingw32
 gcc=$host-gcc-posix # the variant with threads, whatever the alternatives say
 gxx=$host-g++-posix
-mkdir -p "$root"/{src,build,log,done}
+mkdir -p "$root"/{log,done}
 unset LIBRARY_PATH CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH PKG_CONFIG_PATH QMAKESPEC CFLAGS CXXFLAGS LDFLAGS MAKEFLAGS || true
 export LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
 
@@ -60,8 +60,7 @@ enter() {
 
 step_packages() {
     source "$(dirname "${BASH_SOURCE[0]}")/../dependencies.sh"
-    install_packages g++-mingw-w64-x86-64-posix wine64 nasm tcl perl make cmake autoconf automake libtool pkg-config \
-        dpkg-dev xz-utils pulseaudio pulseaudio-utils
+    install_packages "${build_packages[@]}" "${windows_packages[@]}"
 }
 
 step_sources() {
@@ -77,7 +76,7 @@ step_sources() {
     quietly sources-update apt-get "${options[@]}" update
     cd "$root/src"
     for package in qtbase-opensource-src qtmultimedia-opensource-src qtwebsockets-opensource-src ffmpeg boost1.74 \
-        sqlite3 opencore-amr libsndfile libsodium openssl; do
+        sqlite3 lame opencore-amr libsndfile libsodium openssl; do
         [[ -e $package.whole ]] && continue
         rm -rf "${package:?}"-*/ # a half-unpacked one must not be taken for a whole one
         # The newest that the archive really has.
@@ -113,13 +112,15 @@ step_qtbase() {
     # Names that only a file system without capitals finds.
     sed -i 's/-lSecur32/-lsecur32/; s/-lCrypt32/-lcrypt32/' "$qt/src/network/ssl/ssl.pri"
     enter qtbase
-    # No tablets: Debian takes their headers out. TLS is Windows' own.
-    [[ -e Makefile ]] || MAKEFLAGS=-j$jobs quietly qtbase-configure "$qt/configure" -opensource -confirm-license \
+    # No tablets: Debian takes their headers out. TLS is OpenSSL's, as on Linux: Qt's way to Windows' own one does
+    # not get a server's certificate through Wine.
+    [[ -e Makefile ]] || MAKEFLAGS=-j$jobs OPENSSL_LIBS="-lssl -lcrypto -lws2_32 -lcrypt32" \
+        quietly qtbase-configure "$qt/configure" -opensource -confirm-license \
         -prefix "$root/qt" -hostprefix "$root/qt" \
         -platform linux-g++ -xplatform win32-g++ -device-option "CROSS_COMPILE=$host-" \
         -release -shared -no-opengl -no-icu -no-dbus -no-glib -no-fontconfig -no-widgets \
         -qt-zlib -qt-pcre -qt-libpng -qt-libjpeg -qt-freetype -qt-harfbuzz -qt-doubleconversion -qt-sqlite \
-        -sql-sqlite -no-sql-odbc -no-sql-mysql -no-sql-psql -no-openssl -schannel \
+        -sql-sqlite -no-sql-odbc -no-sql-mysql -no-sql-psql -openssl-linked "-I$root/libs/include" "-L$root/libs/lib" \
         -no-feature-tabletevent -nomake examples -nomake tests -no-compile-examples -v
     quietly qtbase make "-j$jobs"
     quietly qtbase-install make install
@@ -138,8 +139,11 @@ qt_module() {
 step_qtmultimedia() { qt_module qtmultimedia-opensource-src; }
 step_qtwebsockets() { qt_module qtwebsockets-opensource-src; }
 
+step_lame() { autotools_library lame --disable-shared --enable-static --disable-frontend --disable-decoder; }
+
 step_ffmpeg() {
     local sources
+    # The MP3 encoder serves the tests, which make their sound files themselves.
     sources=$(sources_of ffmpeg)
     enter ffmpeg
     [[ -e ffbuild/config.mak ]] || quietly ffmpeg-configure "$sources/configure" --prefix="$root/libs" \
@@ -150,8 +154,10 @@ step_ffmpeg() {
         --enable-decoder=aac,aac_latm,amrnb,mp3,mp3float,flac,vorbis,opus,alac,g726,g726le,g729 \
         --enable-decoder=pcm_mulaw,pcm_alaw,pcm_s16le,pcm_s16be,pcm_u8,pcm_s24le,pcm_s24be,pcm_s32le,pcm_f32le \
         --enable-decoder=h264,mpeg4,mjpeg --enable-encoder=aac,pcm_mulaw,pcm_alaw,pcm_s16le,flac,mpeg4 \
-        --enable-encoder=h264_mf,mp2 --enable-parser=aac,mpegaudio,flac,vorbis,opus,h264,mpeg4video,mjpeg \
+        --enable-encoder=mjpeg,mp2,libmp3lame --enable-libmp3lame \
+        --enable-parser=aac,mpegaudio,flac,vorbis,opus,h264,mpeg4video,mjpeg \
         --enable-demuxer=wav,mp3,aac,mov,flac,ogg,aiff,amr --enable-muxer=wav,adts,mov,mp4,ipod,flac,ogg,aiff,mp3 \
+        --extra-cflags="-I$root/libs/include" --extra-ldflags="-L$root/libs/lib" \
         --enable-protocol=file --enable-w32threads --disable-pthreads
     quietly ffmpeg make "-j$jobs"
     quietly ffmpeg-install make install
@@ -244,6 +250,8 @@ step_wine() {
 #!/bin/bash
 # wine-run PROGRAM.exe [ARGUMENT...]: runs a Windows program with the libraries of this folder
 export WINEPREFIX=\${WINEPREFIX:-$root/prefix} WINEARCH=win64 WINEDEBUG=\${WINEDEBUG:--all}
+# Names of files and arguments are UTF-8, whatever the caller's language.
+export LC_ALL=C.UTF-8
 # No questions, no menus, and no debugger that takes over when a program crashes.
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winedbg.exe=d;winemenubuilder.exe=d"
 export WINEPATH="$path\${WINEPATH-}"
@@ -258,14 +266,26 @@ TEXT
     quietly wine-version timeout 60 "$root/wine-run" reg add 'HKCU\Software\Wine' /v Version /d win10 /f
 }
 
-steps=(packages sources sqlite qtbase qtmultimedia qtwebsockets ffmpeg boost amr sndfile sodium openssl runtime wine)
+steps=(packages sources sqlite openssl qtbase qtmultimedia qtwebsockets lame ffmpeg boost amr sndfile sodium
+    runtime wine)
 if (($#)); then chosen=("$@"); else chosen=("${steps[@]}"); fi
-number=0
+remaining=()
 for step in "${chosen[@]}"; do
-    ((++number))
     declare -F "step_$step" >/dev/null || { echo "There is no step $step." >&2; usage >&2; exit 64; }
-    [[ -e $root/done/$step ]] && continue
-    printf '== Windows tool chain, %d of %d: %s\n' "$number" "${#chosen[@]}" "$step"
+    [[ -e $root/done/$step ]] || remaining+=("$step")
+done
+((${#remaining[@]})) || exit 0
+if [[ ! -d $root/src && -e $root/done/sources ]]; then # taken away when all was done; now something is to be done again
+    rm "$root/done/sources"
+    remaining=(sources "${remaining[@]}")
+fi
+echo "== Making the Windows tool chain in $root: half an hour on two cores, 5 GB of disk, of which 1.5 GB stay"
+free=$(df --output=avail -B1M "$root" | tail -1)
+((free > 6000)) || { echo "Only $free MB are free there. Set VOICEDESK_WINDOWS_ROOT to another folder." >&2; exit 1; }
+mkdir -p "$root"/{src,build}
+number=0
+for step in "${remaining[@]}"; do
+    printf -- '-- %d of %d: %s\n' $((++number)) "${#remaining[@]}" "$step"
     began=$SECONDS
     ("step_$step")
     printf '   %d s\n' $((SECONDS - began))

@@ -1,0 +1,35 @@
+# Run as the package is made: the libraries that programs need, found by what they import, go beside them.
+# CMake's own way lowers the case of names, which are then not found on a system that tells case apart.
+#   OBJDUMP, FILES (programs and libraries), FOLDERS (where libraries are), DESTINATION
+cmake_policy(VERSION 3.25)
+
+set(windows_own "^(api-ms-.*|advapi32|authz|bcrypt|crypt32|d2d1|d3d9|d3d11|dnsapi|dwmapi|dwrite|dxgi|dxva2|evr|gdi32|imm32|iphlpapi|\
+kernel32|mf|mfplat|mpr|msvcrt|ncrypt|netapi32|ole32|oleaut32|propsys|secur32|setupapi|shell32|shlwapi|user32|userenv|\
+uxtheme|version|winmm|winspool|ws2_32|wtsapi32)$")
+set(seen)
+while(FILES)
+    list(POP_FRONT FILES file)
+    execute_process(COMMAND ${OBJDUMP} -p ${file} OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "DLL Name: [^\r\n]+" lines "${headers}")
+    foreach(line IN LISTS lines)
+        string(REPLACE "DLL Name: " "" name "${line}")
+        string(REGEX REPLACE "\\.[^.]*$" "" base "${name}")
+        string(TOLOWER ${base} base)
+        if(name IN_LIST seen OR base MATCHES "${windows_own}")
+            continue()
+        endif()
+        list(APPEND seen ${name})
+        unset(library)
+        foreach(folder IN LISTS FOLDERS)
+            if(EXISTS ${folder}/${name})
+                set(library ${folder}/${name})
+                break()
+            endif()
+        endforeach()
+        if(NOT library)
+            message(FATAL_ERROR "${file} needs ${name}, which is neither in the tool chain nor a part of Windows")
+        endif()
+        list(APPEND FILES ${library})
+        file(INSTALL ${library} DESTINATION ${DESTINATION})
+    endforeach()
+endwhile()

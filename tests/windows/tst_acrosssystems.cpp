@@ -1,0 +1,212 @@
+// A desk on one system, a server on the other, and names that no code page holds all of. Runs outside of
+// Wine:
+//
+//   VOICEDESK_WINDOWS_PROGRAM  what runs a Windows program
+//   VOICEDESK_WINDOWS_ARGUMENT the Windows desk
+
+#include "SignalMeasure.h"
+#include "WavFiles.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <memory>
+
+class TestAcrossSystems : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void records_data() { systemRows(); }
+    void records();
+    void files_data() { systemRows(); }
+    void files();
+    void talk_data() { systemRows(); }
+    void talk();
+
+private:
+    enum System
+    {
+        Linux,
+        Windows
+    };
+
+    struct Result
+    {
+        int status = -1;
+        QString out;
+        QString err;
+
+        QJsonArray json() const { return QJsonDocument::fromJson(out.toUtf8()).array(); }
+    };
+
+    static void systemRows();
+    void start(QProcess& process, System system, const QStringList& arguments) const;
+    /** Starts the server of this row. */
+    void serve();
+    Result run(System system, const QStringList& arguments) const;
+    Result run(const QStringList& arguments) const { return run(m_desk, arguments); }
+    QString path(const QString& name) const { return m_folder->filePath(name); }
+    /** The tone that a speaker of the server has played, in Hz. */
+    double heardBy(int device) const;
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<QProcess> m_server;
+    QStringList m_serverArguments;
+    System m_desk = Linux;
+};
+
+namespace {
+
+const QString speakerName = QStringLiteral("Tür Süd 門 😀");
+const QString groupName = QStringLiteral("Höfe Ω наружу");
+const QString scheduleName = QStringLiteral("Früh «朝»");
+const QString fileName = QStringLiteral("Grüße 世界 🔔.wav");
+const QString sayName = QStringLiteral("Ansage für 放送 ñ.wav");
+
+} // namespace
+
+void TestAcrossSystems::systemRows()
+{
+    QTest::addColumn<int>("desk");
+    QTest::newRow("Windows desk, Linux server") << int{Windows};
+    QTest::newRow("Linux desk, Windows server") << int{Linux};
+}
+
+void TestAcrossSystems::initTestCase()
+{
+    QVERIFY2(qEnvironmentVariableIsSet("VOICEDESK_WINDOWS_ARGUMENT"), "run by ./test --windows");
+    qputenv("VOICEDESK_SECRET", "schlüssel 鍵");
+}
+
+void TestAcrossSystems::init()
+{
+    QFETCH(int, desk);
+    m_desk = static_cast<System>(desk);
+    m_folder =
+        std::make_unique<QTemporaryDir>(QDir::temp().filePath(QStringLiteral("voicedesk Übung 音 XXXXXX")));
+    QVERIFY(m_folder->isValid());
+    serve();
+}
+
+void TestAcrossSystems::cleanup()
+{
+    m_server->terminate();
+    QVERIFY(m_server->waitForFinished());
+    m_server.reset();
+}
+
+void TestAcrossSystems::start(QProcess& process, System system, const QStringList& arguments) const
+{
+    process.setWorkingDirectory(m_folder->path());
+    if (system == Windows) {
+        process.start(qEnvironmentVariable("VOICEDESK_WINDOWS_PROGRAM"),
+                      QStringList{qEnvironmentVariable("VOICEDESK_WINDOWS_ARGUMENT")} + arguments);
+    } else {
+        process.start(QStringLiteral(PROGRAM_DIR "/voicedesk"), arguments);
+    }
+}
+
+void TestAcrossSystems::serve()
+{
+    m_server = std::make_unique<QProcess>();
+    m_server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    start(*m_server, m_desk == Windows ? Linux : Windows,
+          {"serve", "--listen", "127.0.0.1:0", "--tls", "--add-user", QStringLiteral("Änne"), "--data",
+           QStringLiteral("Daten ñ 数"), "--output", QStringLiteral("Aufnahmen ö 録")});
+    QByteArray said;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (m_server->waitForReadyRead(50), said += m_server->readAllStandardOutput(), said.count('\n') >= 2),
+        60000);
+    const QString text = QString::fromUtf8(said);
+    m_serverArguments =
+        QStringList{"--server",      QRegularExpression("serving at (\\S+)").match(text).captured(1),
+                    "--user",        QStringLiteral("Änne"),
+                    "--fingerprint", QRegularExpression("certificate (\\S+)").match(text).captured(1),
+                    "--timeout",     "20"};
+}
+
+TestAcrossSystems::Result TestAcrossSystems::run(System system, const QStringList& arguments) const
+{
+    QProcess process;
+    start(process, system, arguments + m_serverArguments);
+    Result result;
+    if (process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit) {
+        result.status = process.exitCode();
+    }
+    result.out = QString::fromUtf8(process.readAllStandardOutput()).remove('\r');
+    result.err = QString::fromUtf8(process.readAllStandardError()).remove('\r');
+    return result;
+}
+
+double TestAcrossSystems::heardBy(int device) const
+{
+    int rate = 0;
+    auto heard = WavFiles::read(path(QStringLiteral("Aufnahmen ö 録/speaker-%1.wav").arg(device)), &rate);
+    const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > 1000; };
+    heard.erase(heard.begin(), std::find_if(heard.begin(), heard.end(), isLoud));
+    heard.erase(std::find_if(heard.rbegin(), heard.rend(), isLoud).base(), heard.end());
+    return heard.size() < 4000 ? 0 : SignalMeasure::toneFrequency(heard, rate);
+}
+
+void TestAcrossSystems::records()
+{
+    const Result added = run({"devices", "add", speakerName, "10.0.0.5", "554", "--cameras", "camera-1"});
+    QVERIFY2(added.status == 0, qPrintable(added.err));
+    QCOMPARE(run({"groups", "add", groupName, "--devices", "1"}).status, 0);
+    const QString file = path(fileName);
+    QVERIFY(WavFiles::write(file, WavFiles::sine(700, 0.5, 1.0, 8000), 8000));
+    QCOMPARE(run({"files", "add", fileName}).status, 0);
+    const Result planned = run({"schedules", "add", scheduleName, "--at", "2031-03-01T08:00:00", "--weekdays",
+                                "1,2", "--file", "1", "--groups", "1"});
+    QVERIFY2(planned.status == 0, qPrintable(planned.err));
+    const QList<QPair<QString, QString>> names{
+        {"devices", speakerName}, {"groups", groupName}, {"files", fileName}, {"schedules", scheduleName}};
+    for (const auto& [command, name] : names) {
+        // Both systems say the same of the same server.
+        const Result windows = run(Windows, {command, "list", "--json"});
+        const Result native = run(Linux, {command, "list", "--json"});
+        QVERIFY2(windows.status == 0, qPrintable(windows.err));
+        QCOMPARE(windows.json().size(), 1);
+        QCOMPARE(windows.json()[0].toObject()["name"].toString(), name);
+        QCOMPARE(windows.out, native.out);
+        QCOMPARE(run(Windows, {command, "list"}).out, run(Linux, {command, "list"}).out);
+    }
+}
+
+void TestAcrossSystems::files()
+{
+    QCOMPARE(run({"devices", "add", speakerName, "10.0.0.5", "554"}).status, 0);
+    QVERIFY(WavFiles::write(path(fileName), WavFiles::sine(700, 0.5, 1.5, 8000), 8000));
+    const Result sent = run({"files", "add", fileName});
+    QVERIFY2(sent.status == 0, qPrintable(sent.err));
+    const QJsonObject listed = run({"files", "list", "--json"}).json()[0].toObject();
+    QCOMPARE(listed["name"].toString(), fileName);
+    QVERIFY2(std::abs(listed["seconds"].toDouble() - 1.5) < 0.05,
+             qPrintable(QString::number(listed["seconds"].toDouble())));
+    const Result played = run({"play", "--device", "1", "--file", "1"});
+    QVERIFY2(played.status == 0, qPrintable(played.err));
+    QVERIFY2(std::abs(heardBy(1) - 700) < 4, qPrintable(QString::number(heardBy(1))));
+}
+
+void TestAcrossSystems::talk()
+{
+    QCOMPARE(run({"devices", "add", speakerName, "10.0.0.5", "554"}).status, 0);
+    QVERIFY(WavFiles::write(path(sayName), WavFiles::sine(900, 0.5, 1.5, 8000), 8000));
+    const Result said = run({"say", "--device", "1", "--source", sayName});
+    QVERIFY2(said.status == 0, qPrintable(said.err));
+    QVERIFY2(std::abs(heardBy(1) - 900) < 4, qPrintable(QString::number(heardBy(1))));
+}
+
+QTEST_GUILESS_MAIN(TestAcrossSystems)
+#include "tst_acrosssystems.moc"
