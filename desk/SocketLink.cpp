@@ -73,7 +73,8 @@ void SocketLink::end(const QString& reason)
     if (m_retryTimer.isActive()) {
         return; // an error and the end of the connection come both
     }
-    Q_EMIT lost(reason, m_final);
+    // A refusal says why itself; what the socket says of its end differs between systems.
+    Q_EMIT lost(m_final && !m_refusal.isEmpty() ? m_refusal : reason, m_final);
     if (!m_final) {
         m_retryTimer.start(m_retryDelay);
         m_retryDelay = qMin(2 * m_retryDelay, longestRetryDelay);
@@ -110,7 +111,9 @@ void SocketLink::receive(const QByteArray& bytes)
         break;
     case WireMessage::Refused:
         m_final = true;
-        break; // the server closes, and tells why
+        m_refusal = message->text;
+        m_socket.close();
+        break;
     case WireMessage::Reply:
         // Further replies to a command come without its user data, which its first reply has used up.
         Q_EMIT replied(message->name, message->payload, m_userData.take(message->id), message->code,

@@ -47,6 +47,7 @@ private:
     int m_retryDelay;     ///< ms
     bool m_ready = false; ///< Logged in.
     bool m_final = false; ///< Not to be tried again.
+    QString m_refusal;    ///< Why, in the words of the server.
     quint32 m_lastId = 0;
     qint64 m_queued = 0;              ///< Bytes given to the socket since it had nothing to send.
     QHash<quint32, void*> m_userData; ///< Of commands without a reply yet, by number.

@@ -1,7 +1,8 @@
 #include "SecretBox.h"
 
+#include <PrivateFile.h>
+
 #include <QFile>
-#include <QSaveFile>
 
 #include <sodium.h>
 
@@ -34,13 +35,8 @@ SecretBox::SecretBox(const QString& keyFile)
     }
     QByteArray key(crypto_secretbox_KEYBYTES, '\0');
     randombytes_buf(key.data(), static_cast<std::size_t>(key.size()));
-    if (!keyFile.isEmpty()) {
-        QSaveFile file(keyFile);
-        if (!file.open(QIODevice::WriteOnly) ||
-            !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) ||
-            file.write(key) != key.size() || !file.commit()) {
-            return;
-        }
+    if (!keyFile.isEmpty() && !writePrivateFile(keyFile, key)) {
+        return;
     }
     m_key = key;
 }

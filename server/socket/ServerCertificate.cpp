@@ -1,5 +1,7 @@
 #include "ServerCertificate.h"
 
+#include <PrivateFile.h>
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -72,11 +74,10 @@ bool create(QByteArray* certificatePem, QByteArray* keyPem)
     return true;
 }
 
-bool writeFile(const QString& path, const QByteArray& bytes, QFileDevice::Permissions permissions)
+bool writeFile(const QString& path, const QByteArray& bytes)
 {
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.setPermissions(permissions) &&
-           file.write(bytes) == bytes.size() && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
 }
 
 QByteArray readFile(const QString& path)
@@ -95,10 +96,8 @@ std::optional<ServerCertificate> ServerCertificate::loadOrCreate(const QString& 
     if (!QFile::exists(certificatePath) && !QFile::exists(keyPath)) {
         QByteArray certificatePem;
         QByteArray keyPem;
-        const auto forOwner = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-        const auto forAll = forOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
-        if (!create(&certificatePem, &keyPem) || !writeFile(keyPath, keyPem, forOwner) ||
-            !writeFile(certificatePath, certificatePem, forAll)) {
+        if (!create(&certificatePem, &keyPem) || !writePrivateFile(keyPath, keyPem) ||
+            !writeFile(certificatePath, certificatePem)) {
             *error = QStringLiteral("the certificate cannot be made in %1").arg(folder);
             return std::nullopt;
         }

@@ -5,6 +5,7 @@
 namespace {
 
 constexpr quint64 largestLogin = 16384; // bytes
+constexpr int refusalTime = 1000;       // ms
 
 } // namespace
 
@@ -57,6 +58,16 @@ void SocketClient::drop(const QString& reason)
     QTimer::singleShot(m_config.loginTimeout, this, [this] { m_socket->abort(); });
 }
 
+/** Leaves the closing to the client for a while: on Windows the end of a connection overtakes its last
+ * message. */
+void SocketClient::refuse(const QString& reason)
+{
+    m_loginTimer.stop();
+    endSession();
+    m_refused = true;
+    QTimer::singleShot(refusalTime, this, [this, reason] { drop(reason); });
+}
+
 void SocketClient::send(const WireMessage& message)
 {
     if (m_dropped) {
@@ -72,7 +83,7 @@ void SocketClient::send(const WireMessage& message)
 
 void SocketClient::receive(const QByteArray& bytes)
 {
-    if (m_dropped) {
+    if (m_dropped || m_refused) {
         return;
     }
     const auto message = WireMessage::fromBytes(bytes);
@@ -108,7 +119,7 @@ void SocketClient::answerLogin(bool admitted)
         refused.kind = WireMessage::Refused;
         refused.text = QStringLiteral("wrong user name, password or token");
         send(refused);
-        drop(refused.text);
+        refuse(refused.text);
         return;
     }
     m_loginTimer.stop();

@@ -32,6 +32,7 @@ private:
     void endSession();
     void send(const WireMessage& message);
     void drop(const QString& reason);
+    void refuse(const QString& reason);
 
     RecordingServer& m_server;
     const SocketConfig& m_config;
@@ -41,4 +42,5 @@ private:
     QTimer m_loginTimer;
     quint64 m_loginNumber = 0; ///< Of the login that is being looked at; 0 for none.
     bool m_dropped = false;
+    bool m_refused = false; ///< Not dropped yet, but nothing is heard from it any more.
 };

@@ -1,7 +1,8 @@
 #include "UserBook.h"
 
+#include <PrivateFile.h>
+
 #include <QFile>
-#include <QSaveFile>
 
 #include <sodium.h>
 
@@ -42,15 +43,11 @@ bool UserBook::load(const QString& path)
 
 bool UserBook::save(const QString& path) const
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
-        return false;
-    }
+    QByteArray lines;
     for (auto entry = m_hashes.begin(); entry != m_hashes.end(); ++entry) {
-        file.write(entry.key().toUtf8() + ' ' + entry.value() + '\n');
+        lines += entry.key().toUtf8() + ' ' + entry.value() + '\n';
     }
-    return file.commit();
+    return writePrivateFile(path, lines);
 }
 
 bool UserBook::setPassword(const QString& name, const QString& password)

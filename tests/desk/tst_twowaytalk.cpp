@@ -1,13 +1,12 @@
 // The main job: a talk there and back. What came out of the output is recorded and held against what was
 // said.
 
+#include "ProgramRun.h"
 #include "PulseServer.h"
 #include "SignalMeasure.h"
 #include "WavFiles.h"
 
 #include <QDir>
-#include <QProcess>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -29,27 +28,13 @@ private Q_SLOTS:
     void microphone();
 
 private:
-    struct Result
+    ProgramRun talk(const QStringList& arguments) const
     {
-        int status = -1;
-        QString out;
-        QString err;
-
-        /** The number on a line of the summary that starts with this name; NaN without one. */
-        double value(const char* name, int place = 0) const
-        {
-            const QRegularExpression line(QStringLiteral("^%1\\s+(.*)$").arg(QLatin1String(name)),
-                                          QRegularExpression::MultilineOption);
-            static const QRegularExpression number(QStringLiteral("-?\\d+(\\.\\d+)?"));
-            auto numbers = number.globalMatch(line.match(out).captured(1));
-            for (int i = 0; i < place && numbers.hasNext(); ++i) {
-                numbers.next();
-            }
-            return numbers.hasNext() ? numbers.next().captured().toDouble() : std::nan("");
-        }
-    };
-
-    Result talk(const QStringList& arguments) const;
+        return ProgramRun::of(
+            "voicedesk", m_folder.path(),
+            QStringList{QStringLiteral("talk"), QStringLiteral("--output"), QStringLiteral("out")} +
+                arguments);
+    }
     QString heardFile() const { return m_folder.filePath(QStringLiteral("out/heard.wav")); }
 
     std::unique_ptr<PulseServer> m_pulse;
@@ -60,22 +45,6 @@ void TestTwoWayTalk::initTestCase()
 {
     m_pulse = std::make_unique<PulseServer>();
     QVERIFY(m_pulse->ready());
-}
-
-TestTwoWayTalk::Result TestTwoWayTalk::talk(const QStringList& arguments) const
-{
-    QProcess program;
-    program.setWorkingDirectory(m_folder.path());
-    program.start(QStringLiteral(PROGRAM_DIR "/voicedesk"),
-                  QStringList{QStringLiteral("talk"), QStringLiteral("--output"), QStringLiteral("out")} +
-                      arguments);
-    Result result;
-    if (program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit) {
-        result.status = program.exitCode();
-    }
-    result.out = QString::fromUtf8(program.readAllStandardOutput());
-    result.err = QString::fromUtf8(program.readAllStandardError());
-    return result;
 }
 
 void TestTwoWayTalk::echo_data()
@@ -94,7 +63,7 @@ void TestTwoWayTalk::echo()
     QFETCH(QString, codec);
     QFETCH(double, likeness);
     QFETCH(int, leastReceived);
-    const Result result = talk({"--source", ANNOUNCEMENT_WAV, "--codec", codec});
+    const ProgramRun result = talk({"--source", ANNOUNCEMENT_WAV, "--codec", codec});
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QVERIFY2(result.value("packets sent") > 90, qPrintable(result.out));
     QVERIFY2(result.value("packets received") >= leastReceived, qPrintable(result.out));
@@ -132,8 +101,8 @@ void TestTwoWayTalk::echo()
 
 void TestTwoWayTalk::echoDelayIsKept()
 {
-    const Result soon = talk({"--source", ANNOUNCEMENT_WAV, "--echo-delay", "100"});
-    const Result late = talk({"--source", ANNOUNCEMENT_WAV, "--echo-delay", "1100"});
+    const ProgramRun soon = talk({"--source", ANNOUNCEMENT_WAV, "--echo-delay", "100"});
+    const ProgramRun late = talk({"--source", ANNOUNCEMENT_WAV, "--echo-delay", "1100"});
     const double difference = late.value("mouth to ear") - soon.value("mouth to ear");
     QVERIFY2(std::abs(difference - 1000) < 250, qPrintable(soon.out + late.out));
 }
@@ -144,7 +113,7 @@ void TestTwoWayTalk::speakingCamera()
     QVERIFY(WavFiles::write(source, WavFiles::sine(440, 0.3, 0.5, 8000), 8000));
     const QString speech = m_folder.filePath("speech.wav");
     QVERIFY(WavFiles::write(speech, WavFiles::sine(1000, 0.5, 2.0, 8000), 8000));
-    const Result result = talk({"--camera", "camera-2", "--source", source, "--speech", speech});
+    const ProgramRun result = talk({"--camera", "camera-2", "--source", source, "--speech", speech});
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QVERIFY(result.value("packets received") >= 25);
     QVERIFY(result.value("talked") >= 3.0); // as long as the camera speaks
@@ -188,7 +157,7 @@ void TestTwoWayTalk::recordedSpeech()
     dump.close();
     const QString source = m_folder.filePath("short.wav");
     QVERIFY(WavFiles::write(source, WavFiles::sine(440, 0.01, 0.3, 8000), 8000));
-    const Result result =
+    const ProgramRun result =
         talk({"--camera", "camera-2", "--codec", codec, "--speech", dump.fileName(), "--source", source});
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QFile file(pcm);
@@ -220,7 +189,7 @@ void TestTwoWayTalk::recordedSpeech()
 void TestTwoWayTalk::microphone()
 {
     const auto speaker = m_pulse->speak(QStringLiteral(ANNOUNCEMENT_WAV));
-    const Result result = talk({"--mic", "--seconds", "5"});
+    const ProgramRun result = talk({"--mic", "--seconds", "5"});
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QVERIFY2(result.value("likeness") > 0.8, qPrintable(result.out));
 }

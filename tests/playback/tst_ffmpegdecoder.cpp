@@ -334,7 +334,6 @@ void TestFFmpegDecoder::slotsOfTheTable()
         bool released = false;
     };
     Probe probe;
-#ifndef _WIN32
     using Slot = std::int32_t (*)(void*, void*, void*, void*);
     DecoderContext* decoder = &probe;
     const Slot* table = nullptr;
@@ -344,7 +343,6 @@ void TestFFmpegDecoder::slotsOfTheTable()
     table[2](&probe, nullptr, nullptr, nullptr);
     QVERIFY(probe.released);
     QCOMPARE(table[3](&probe, nullptr, nullptr, nullptr), 104);
-#endif
 }
 
 QTEST_GUILESS_MAIN(TestFFmpegDecoder)

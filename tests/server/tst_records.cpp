@@ -1,5 +1,6 @@
 // The records of the reference server: what it accepts and refuses, and that it keeps what it confirmed.
 
+#include "FileReaders.h"
 #include "ServerHarness.h"
 #include "SoundFiles.h"
 #include "WavFiles.h"
@@ -164,8 +165,7 @@ void TestRecords::passwordsAreSealed()
         QVERIFY(file.open(QIODevice::ReadOnly));
         QVERIFY2(!file.readAll().contains("s3cretWord"), qPrintable(name));
     }
-    const auto permissions = QFile::permissions(folder.filePath("secret.key"));
-    QVERIFY(!permissions.testFlag(QFile::ReadOther) && !permissions.testFlag(QFile::ReadGroup));
+    QVERIFY(FileReaders::isPrivate(folder.filePath("secret.key")));
     ServerHarness harness(config);
     QCOMPARE(harness.ask("RetrieveIPAudioModel").result.toList()[0].toMap()["password"],
              QVariant("s3cretWord"));

@@ -1,5 +1,6 @@
 // The server's door: real sockets, real TLS, and clients of every kind.
 
+#include "FileReaders.h"
 #include "ServerCertificate.h"
 #include "ServerHarness.h"
 #include "SocketLink.h"
@@ -24,6 +25,7 @@ private Q_SLOTS:
     void largeMessageTellsItsProgress();
     void token();
     void wrongPasswordIsFinal();
+    void refusedClientThatStays();
     void withoutALoginNoAnswer_data();
     void withoutALoginNoAnswer();
     void silentClientLosesItsPlace();
@@ -115,7 +117,7 @@ void TestSocketServer::userBook()
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray text = file.readAll();
     QVERIFY(!text.contains("right") && !text.contains("the-token"));
-    QVERIFY(!QFile::permissions(path).testFlag(QFile::ReadOther));
+    QVERIFY(FileReaders::isPrivate(path));
     UserBook read;
     QVERIFY(read.load(path));
     QVERIFY(read.admits("anna", "right"));
@@ -142,7 +144,7 @@ void TestSocketServer::certificateIsMadeOnce()
     QVERIFY(second);
     QCOMPARE(first->certificate, second->certificate);
     QVERIFY(first->certificate.expiryDate() > QDateTime::currentDateTime().addYears(5));
-    QVERIFY(!QFile::permissions(folder + "/server.key").testFlag(QFile::ReadOther));
+    QVERIFY(FileReaders::isPrivate(folder + "/server.key"));
     QFile broken(folder + "/server.key");
     QVERIFY(broken.open(QIODevice::WriteOnly));
     broken.write("x");
@@ -259,9 +261,28 @@ void TestSocketServer::wrongPasswordIsFinal()
     QSignalSpy lost(&link, &SocketLink::lost);
     link.open();
     QVERIFY(waitFor([&] { return !lost.isEmpty(); }));
-    QVERIFY(lost[0][0].toString().contains("password"));
+    QVERIFY2(lost[0][0].toString().contains("password"), qPrintable(lost[0][0].toString()));
     QCOMPARE(lost[0][1].toBool(), true);
     QVERIFY(connected.isEmpty());
+    QVERIFY(waitFor([&] { return door.clients() == 0; }));
+}
+
+void TestSocketServer::refusedClientThatStays()
+{
+    ServerHarness harness;
+    SocketServer door(*harness.server, config(), nullptr);
+    QVERIFY(door.listen());
+    RawClient client(door);
+    QVERIFY(client.connected);
+    client.socket.sendBinaryMessage(loginOf("anna", "wrong"));
+    QVERIFY(waitFor([&] { return !client.received.isEmpty(); }));
+    const auto refusal = WireMessage::fromBytes(client.received[0]);
+    QVERIFY(refusal);
+    QCOMPARE(int{refusal->kind}, int{WireMessage::Refused});
+    QVERIFY(refusal->text.contains("password"));
+    client.socket.sendBinaryMessage(loginOf("anna", "right")); // too late
+    QVERIFY(client.closed());
+    QCOMPARE(client.received.size(), 1);
     QVERIFY(waitFor([&] { return door.clients() == 0; }));
 }
 
