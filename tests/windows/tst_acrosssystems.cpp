@@ -156,7 +156,7 @@ double TestAcrossSystems::heardBy(int device) const
     const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > 1000; };
     heard.erase(heard.begin(), std::find_if(heard.begin(), heard.end(), isLoud));
     heard.erase(std::find_if(heard.rbegin(), heard.rend(), isLoud).base(), heard.end());
-    return heard.size() < 4000 ? 0 : SignalMeasure::toneFrequency(heard, rate);
+    return heard.size() < 4000 ? 0 : SignalMeasure::medianFrequency(heard, rate);
 }
 
 void TestAcrossSystems::records()

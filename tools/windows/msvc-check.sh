@@ -27,7 +27,8 @@ check() {
             last;
         }' "$file")
     clang++ --target=x86_64-pc-windows-msvc -fsyntax-only -std=c++17 -fms-compatibility-version=19.29 \
-        -Wall -Wextra -Wpedantic -Wmicrosoft -Wgnu -Werror \
+        -Wall -Wextra -Wpedantic -Wmicrosoft -Wgnu -Wshorten-64-to-32 -Wimplicit-int-conversion -Wimplicit-float-conversion \
+        -Werror \
         -Wno-deprecated-declarations -Wno-gnu-zero-variadic-macro-arguments `# FFmpeg's old names; Qt's own macros` \
         -include tools/windows/msvc_mode.h -nostdinc++ "${options[@]}" \
         -isystem "$gcc/include/c++" -isystem "$gcc/include/c++/x86_64-w64-mingw32" \
