@@ -19,6 +19,9 @@ void install()
 {
     std::signal(SIGINT, raiseFlag);
     std::signal(SIGTERM, raiseFlag);
+#ifdef SIGBREAK
+    std::signal(SIGBREAK, raiseFlag); // Ctrl-Break, Windows' own
+#endif
 }
 
 bool raised()

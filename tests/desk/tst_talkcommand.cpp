@@ -1,5 +1,6 @@
 // The program as people use it: started with arguments, judged by what it prints, records and returns.
 
+#include "ProgramInterrupt.h"
 #include "ProgramRun.h"
 #include "SignalMeasure.h"
 #include "WavFiles.h"
@@ -8,8 +9,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <csignal>
 
 class TestTalkCommand : public QObject
 {
@@ -147,7 +146,6 @@ void TestTalkCommand::helpIsForStrangers()
 
 void TestTalkCommand::interruptEndsInGoodOrder()
 {
-#ifdef Q_OS_UNIX
     QProcess program;
     program.setWorkingDirectory(m_folder.path());
     program.start(QStringLiteral(PROGRAM_DIR "/voicedesk"),
@@ -158,7 +156,7 @@ void TestTalkCommand::interruptEndsInGoodOrder()
         progress += program.readAllStandardError();
     }
     QVERIFY(progress.contains("packets"));
-    ::kill(static_cast<pid_t>(program.processId()), SIGINT);
+    QVERIFY(interruptProgram(program));
     QVERIFY(program.waitForFinished(10000));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
@@ -166,9 +164,6 @@ void TestTalkCommand::interruptEndsInGoodOrder()
     QVERIFY(out.contains("recording"));
     const auto heard = WavFiles::read(m_folder.filePath("interrupted/camera-1-1.wav"));
     QVERIFY2(heard.size() >= 640 && heard.size() < 59000, qPrintable(out));
-#else
-    QSKIP("needs signals");
-#endif
 }
 
 QTEST_GUILESS_MAIN(TestTalkCommand)

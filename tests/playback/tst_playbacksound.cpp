@@ -62,6 +62,11 @@ void play(AudioRenderer& renderer, const std::vector<MediaPacketPtr>& packets, i
     }
 }
 
+#ifdef Q_OS_WIN
+constexpr double startLoss = 0.5; // s; Wine's output may take so long to open, and the queue holds no more
+#else
+constexpr double startLoss = 0.2;
+#endif
 constexpr std::size_t window = MonitorRecorder::sampleRate / 50; // 20 ms
 
 /** Frequencies of the sound in steps of 20 ms. */
@@ -139,7 +144,7 @@ void TestPlaybackSound::wideStereoIsHeard()
     play(renderer, packets, 40);
     QTRY_VERIFY_WITH_TIMEOUT(recorder.silentFor(0.3), 10000);
     const auto heard = recorder.sound();
-    QVERIFY(std::abs(durationOf(heard) - 1.0) < 0.2);
+    QVERIFY2(std::abs(durationOf(heard) - 1.0) < startLoss, qPrintable(QString::number(durationOf(heard))));
     QVERIFY(std::abs(medianFrequency(heard) - 1000) < 3);
 }
 
