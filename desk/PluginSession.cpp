@@ -158,7 +158,7 @@ QString PluginSession::waitForReply(const QString& command, int timeout)
     if (found == m_replies.end()) {
         return QString();
     }
-    const QString code = found->second;
+    QString code = found->second;
     m_replies.erase(found);
     return code;
 }

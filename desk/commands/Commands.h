@@ -3,11 +3,11 @@
 #include <QStringList>
 
 /** The commands of voicedesk that speak to a server; each takes its arguments, the name first. */
-int runDevices(const QStringList& arguments);
-int runFiles(const QStringList& arguments);
-int runGroups(const QStringList& arguments);
-int runSchedules(const QStringList& arguments);
-int runPlay(const QStringList& arguments);
-int runStop(const QStringList& arguments);
-int runSay(const QStringList& arguments);
-int runServe(const QStringList& arguments);
+int runDevices(const QStringList& words);
+int runFiles(const QStringList& words);
+int runGroups(const QStringList& words);
+int runSchedules(const QStringList& words);
+int runPlay(const QStringList& words);
+int runStop(const QStringList& words);
+int runSay(const QStringList& words);
+int runServe(const QStringList& words);
