@@ -4,8 +4,11 @@
 #include "PluginFixture.h"
 
 #include <ConfigBase.h>
+#include <FrameSmith.h>
 
 #include <QTest>
+
+#include <type_traits>
 
 class TestPlatform : public QObject
 {
@@ -20,6 +23,11 @@ private Q_SLOTS:
 };
 
 namespace {
+
+#ifdef Q_OS_WIN
+static_assert(std::is_same_v<DWORD, unsigned long>, "the type of windows.h");
+static_assert(std::is_same_v<FrameSmithHandle, HANDLE>, "the type of windows.h");
+#endif
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
