@@ -66,13 +66,14 @@ step_packages() {
 step_sources() {
     # A list of source archives of its own; the machine's settings stay as they are.
     local apt=$root/apt file package version
-    mkdir -p "$apt/parts" "$apt/lists/partial"
+    mkdir -p "$apt/parts" "$apt/lists/partial" "$apt/cache/archives/partial"
     for file in /etc/apt/sources.list.d/*.sources; do
         [[ -e $file ]] && sed 's/^Types:.*/Types: deb-src/' "$file" >"$apt/parts/$(basename "$file")"
     done
     [[ -e /etc/apt/sources.list ]] && sed -n 's/^deb /deb-src /p' /etc/apt/sources.list >"$apt/parts/main.list"
     local options=(-o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$apt/parts"
-        -o "Dir::State::lists=$apt/lists" -o APT::Sandbox::User=root)
+        -o "Dir::State::lists=$apt/lists" -o "Dir::Cache=$apt/cache")
+    ((EUID != 0)) || options+=(-o APT::Sandbox::User=root)
     quietly sources-update apt-get "${options[@]}" update
     cd "$root/src"
     for package in qtbase-opensource-src qtmultimedia-opensource-src qtwebsockets-opensource-src ffmpeg boost1.74 \
@@ -84,9 +85,10 @@ step_sources() {
             apt-get "${options[@]}" source "$package=$version" >"$root/log/sources-$package.log" 2>&1 && break
             rm -rf "${package:?}"-*/
         done
-        sources_of "$package" >/dev/null || {
-            echo "The archive does not give the sources of $package. Try again later, or unpack them" >&2
-            echo "to $root/src/$package-VERSION and make the file $root/src/$package.whole." >&2
+        sources_of "$package" >/dev/null 2>&1 || {
+            tail -3 "$root/log/sources-$package.log" >&2
+            echo "The archive does not give the sources of $package now. Try again later, or get them elsewhere: unpack" >&2
+            echo "them to $root/src/$package-VERSION and make the file $root/src/$package.whole." >&2
             exit 1
         }
         touch "$package.whole"
