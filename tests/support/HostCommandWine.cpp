@@ -27,6 +27,9 @@ QString outside(const QString& word)
         return word;
     }
     char* name = unixName(QDir::toNativeSeparators(word).toStdWString().c_str());
+    if (name == nullptr) {
+        return word;
+    }
     const QString path = QString::fromUtf8(name);
     HeapFree(GetProcessHeap(), 0, name);
     return path;
