@@ -15,7 +15,7 @@ constexpr std::size_t maxSamples = 600U * OutputRecorder::sampleRate; // ten min
 bool isMonitor(const QString& input, const QString& output)
 {
     return !output.isEmpty() && (input == output + QLatin1String(".monitor") ||   // PulseAudio
-                                 input == QLatin1String("Monitor of ") + output); // the same, seen by Windows
+                                 input == QLatin1String("Monitor of ") + output); // the same under Wine
 }
 
 } // namespace

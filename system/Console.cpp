@@ -1,6 +1,8 @@
 #include "Console.h"
 
 #ifdef _WIN32
+#include <cstdlib>
+
 #include <io.h>
 #include <windows.h>
 #else
@@ -13,7 +15,9 @@ namespace Console {
 
 void showUtf8()
 {
+    static const UINT before = GetConsoleOutputCP(); // 0 without a console
     SetConsoleOutputCP(CP_UTF8);
+    std::atexit([] { SetConsoleOutputCP(before); });
 }
 
 bool isTerminal(std::FILE* stream)

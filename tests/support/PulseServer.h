@@ -26,7 +26,7 @@ public:
 
     bool ready() const { return m_ready; }
 
-    /** Runs pactl with these arguments; its output, empty on failure. */
+    /** Runs pactl with these arguments; its output, which is empty when the server refuses. */
     QByteArray control(const QStringList& arguments) const;
 
     /** Speaks a WAV file into the microphone, in the background, until the returned object ends. */

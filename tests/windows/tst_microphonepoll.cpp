@@ -105,7 +105,7 @@ void TestMicrophonePoll::comesAndGoes()
         QTRY_VERIFY_WITH_TIMEOUT(talkPackets >= 3, 20000);
 
         order.clear();
-        QVERIFY(m_pulse->control({QStringLiteral("unload-module"), headset}).isEmpty());
+        m_pulse->control({QStringLiteral("unload-module"), headset});
         QTRY_COMPARE_WITH_TIMEOUT(microphones.count(), 0, listTime);
         clock.start();
         QTRY_COMPARE_WITH_TIMEOUT(available.count(), 2, listTime);
