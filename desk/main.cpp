@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include <Console.h>
+#include <ProgramEnd.h>
 
 #include <QCoreApplication>
 
@@ -8,11 +9,20 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
-int main(int argc, char** argv)
+namespace {
+
+int run(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    Console::showUtf8();
+    const Console::Utf8Output console;
     av_log_set_level(AV_LOG_QUIET); // a bad packet is silence, not a message
     QCoreApplication::setApplicationName(QStringLiteral("voicedesk"));
     return runCommandLine(QCoreApplication::arguments());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    endProgram(run(argc, argv));
 }

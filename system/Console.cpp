@@ -1,8 +1,6 @@
 #include "Console.h"
 
 #ifdef _WIN32
-#include <cstdlib>
-
 #include <io.h>
 #include <windows.h>
 #else
@@ -13,11 +11,14 @@ namespace Console {
 
 #ifdef _WIN32
 
-void showUtf8()
+Utf8Output::Utf8Output() : m_before(GetConsoleOutputCP())
 {
-    static const UINT before = GetConsoleOutputCP(); // 0 without a console
     SetConsoleOutputCP(CP_UTF8);
-    std::atexit([] { SetConsoleOutputCP(before); });
+}
+
+Utf8Output::~Utf8Output()
+{
+    SetConsoleOutputCP(m_before);
 }
 
 bool isTerminal(std::FILE* stream)
@@ -27,7 +28,8 @@ bool isTerminal(std::FILE* stream)
 
 #else
 
-void showUtf8() {}
+Utf8Output::Utf8Output() = default;
+Utf8Output::~Utf8Output() = default;
 
 bool isTerminal(std::FILE* stream)
 {

@@ -5,9 +5,18 @@
 /** The terminal that a program was started from. */
 namespace Console {
 
-/** Makes the terminal show UTF-8, which is what our programs write everywhere, until the program ends. Called
- * once, first. */
-void showUtf8();
+/** Makes the terminal show UTF-8, which is what our programs write everywhere, for as long as it lives. */
+class Utf8Output
+{
+public:
+    Utf8Output();
+    ~Utf8Output();
+    Utf8Output(const Utf8Output&) = delete;
+    Utf8Output& operator=(const Utf8Output&) = delete;
+
+private:
+    [[maybe_unused]] unsigned m_before = 0; ///< The code page before, on Windows; 0 without a console.
+};
 
 /** Whether a stream is a terminal, where a line can be renewed, rather than a file or a pipe. */
 bool isTerminal(std::FILE* stream);

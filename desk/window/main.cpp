@@ -2,6 +2,7 @@
 #include "ExitStatus.h"
 
 #include <EnvironmentVariable.h>
+#include <ProgramEnd.h>
 
 #include <QApplication>
 #include <QDir>
@@ -56,9 +57,7 @@ std::optional<ClientOptions> readOptions(int* status)
     return options;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication application(argc, argv);
@@ -82,4 +81,11 @@ int main(int argc, char** argv)
         return fail(ExitPluginFailed, QStringLiteral("the window cannot be shown"));
     }
     return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    endProgram(run(argc, argv));
 }

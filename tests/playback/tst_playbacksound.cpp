@@ -5,6 +5,7 @@
 #include "MonitorRecorder.h"
 #include "PulseServer.h"
 #include "SignalMeasure.h"
+#include "SoundTest.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -259,5 +260,5 @@ void TestPlaybackSound::vanishingServer()
     QVERIFY(renderer.state() == AudioRenderer::State::Off);
 }
 
-QTEST_GUILESS_MAIN(TestPlaybackSound)
+SOUND_TEST_MAIN(TestPlaybackSound)
 #include "tst_playbacksound.moc"

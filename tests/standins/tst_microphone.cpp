@@ -4,6 +4,7 @@
 #include "FrameSmithErrors.h"
 #include "PulseServer.h"
 #include "SignalMeasure.h"
+#include "SoundTest.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -117,5 +118,5 @@ void TestMicrophone::unknownName()
     qunsetenv("FRAMESMITH_CAPTURE_DEVICE");
 }
 
-QTEST_GUILESS_MAIN(TestMicrophone)
+SOUND_TEST_MAIN(TestMicrophone)
 #include "tst_microphone.moc"

@@ -11,7 +11,7 @@ extern "C" {
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    Console::showUtf8();
+    const Console::Utf8Output console;
     av_log_set_level(AV_LOG_QUIET); // a bad packet is named by this program
     return runDecodeCommand(QCoreApplication::arguments());
 }

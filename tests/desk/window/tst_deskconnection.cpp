@@ -3,6 +3,8 @@
 #include "SocketServer.h"
 #include "WindowFixture.h"
 
+#include <ProgramEnd.h>
+
 class TestDeskConnection : public QObject
 {
     Q_OBJECT
@@ -167,7 +169,7 @@ void TestDeskConnection::serverThatCannotStart()
 
 int main(int argc, char** argv)
 {
-    return runWindowTest<TestDeskConnection>(argc, argv);
+    endProgram(runWindowTest<TestDeskConnection>(argc, argv));
 }
 
 #include "tst_deskconnection.moc"

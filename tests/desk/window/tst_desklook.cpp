@@ -2,6 +2,8 @@
 
 #include "WindowFixture.h"
 
+#include <ProgramEnd.h>
+
 class TestDeskLook : public QObject
 {
     Q_OBJECT
@@ -229,7 +231,7 @@ void TestDeskLook::everythingHasAName()
 
 int main(int argc, char** argv)
 {
-    return runWindowTest<TestDeskLook>(argc, argv, "2");
+    endProgram(runWindowTest<TestDeskLook>(argc, argv, "2"));
 }
 
 #include "tst_desklook.moc"

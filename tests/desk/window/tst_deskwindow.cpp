@@ -5,6 +5,8 @@
 #include "WavFiles.h"
 #include "WindowFixture.h"
 
+#include <ProgramEnd.h>
+
 #include <QDir>
 
 #include <algorithm>
@@ -289,7 +291,7 @@ void TestDeskWindow::schedules()
 
 int main(int argc, char** argv)
 {
-    return runWindowTest<TestDeskWindow>(argc, argv);
+    endProgram(runWindowTest<TestDeskWindow>(argc, argv));
 }
 
 #include "tst_deskwindow.moc"
