@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
@@ -45,11 +44,6 @@ private Q_SLOTS:
     void serverIsKilledUnderLoad();
 
 private:
-    struct Result : ProgramRun
-    {
-        QJsonArray json() const { return QJsonDocument::fromJson(out.toUtf8()).array(); }
-    };
-
     static void serverRows()
     {
         QTest::addColumn<QString>("server");
@@ -60,7 +54,7 @@ private:
 
     /** Starts "voicedesk serve" for the data of this test, or nothing for the embedded server. */
     void startServer(const QString& kind, const QStringList& more = QStringList());
-    Result run(QStringList arguments, bool withServer = true);
+    ProgramRun run(QStringList arguments, bool withServer = true);
     QString path(const char* name) const { return m_folder->filePath(QString::fromLatin1(name)); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -124,19 +118,19 @@ void TestRecordCommands::startServer(const QString& kind, const QStringList& mor
     }
 }
 
-TestRecordCommands::Result TestRecordCommands::run(QStringList arguments, bool withServer)
+ProgramRun TestRecordCommands::run(QStringList arguments, bool withServer)
 {
     if (withServer) {
         arguments += m_serverArguments.isEmpty() ? QStringList{"--data", "data"} : m_serverArguments;
     }
-    return {ProgramRun::of("voicedesk", m_folder->path(), arguments)};
+    return ProgramRun::of("voicedesk", m_folder->path(), arguments);
 }
 
 void TestRecordCommands::devices()
 {
     QFETCH(QString, server);
     startServer(server);
-    const Result added =
+    const ProgramRun added =
         run({"devices", "add", QString::fromUtf8("Größe"), "10.0.0.5", "554", "--cameras", "a,b"});
     QVERIFY2(added.status == 0, qPrintable(added.err));
     QCOMPARE(added.out, QString("added device 1\n"));
@@ -150,7 +144,7 @@ void TestRecordCommands::devices()
     QCOMPARE(json[1].toObject()["name"].toString(), QString("Dock"));
     QCOMPARE(json[1].toObject()["port"].toInt(), 81);
     QCOMPARE(json[1].toObject()["cameras"].toArray().size(), 0);
-    const Result taken = run({"devices", "add", "Dock", "10.0.0.6", "81"});
+    const ProgramRun taken = run({"devices", "add", "Dock", "10.0.0.6", "81"});
     QCOMPARE(taken.status, 4);
     QVERIFY(taken.err.contains("412") && taken.err.contains("Dock"));
     QCOMPARE(run({"devices", "delete", "1"}).out, QString("deleted device 1\n"));
@@ -163,7 +157,7 @@ void TestRecordCommands::files()
     QFETCH(QString, server);
     startServer(server);
     QVERIFY(WavFiles::write(path("tone.wav"), WavFiles::sine(440, 0.5, 1.5, 16000), 16000));
-    const Result added = run({"files", "add", "tone.wav"});
+    const ProgramRun added = run({"files", "add", "tone.wav"});
     QVERIFY2(added.status == 0, qPrintable(added.err));
     QCOMPARE(added.out, QString("added file 1\n"));
     QVERIFY(added.err.contains("Uploading"));
@@ -175,7 +169,7 @@ void TestRecordCommands::files()
     QVERIFY(junk.open(QIODevice::WriteOnly));
     junk.write(QByteArray(3000, 'x'));
     junk.close();
-    const Result refused = run({"files", "add", "junk.wav"});
+    const ProgramRun refused = run({"files", "add", "junk.wav"});
     QCOMPARE(refused.status, 4);
     QVERIFY(refused.err.contains("code -2"));
     QCOMPARE(run({"files", "add", "absent.wav"}).status, 1);
@@ -237,7 +231,7 @@ void TestRecordCommands::playAndStop()
     run({"devices", "add", "Gate", "10.0.0.5", "554"});
     run({"devices", "add", "Dock", "10.0.0.6", "554"});
     run({"groups", "add", "Yard", "--devices", "1,2"});
-    const Result played = run({"play", "--device", "1", "--file", "1"});
+    const ProgramRun played = run({"play", "--device", "1", "--file", "1"});
     QVERIFY2(played.status == 0, qPrintable(played.err));
     QVERIFY(played.err.contains("100 %"));
     QCOMPARE(run({"play", "--group", "1", "--file", "1"}).status, 0);
@@ -261,10 +255,10 @@ void TestRecordCommands::offlineSpeaker()
     QVERIFY(WavFiles::write(path("tone.wav"), WavFiles::sine(440, 0.5, 0.5, 16000), 16000));
     run({"files", "add", "tone.wav"});
     run({"devices", "add", "Gate", "10.0.0.66", "554"});
-    const Result played = run({"play", "--device", "1", "--file", "1"});
+    const ProgramRun played = run({"play", "--device", "1", "--file", "1"});
     QCOMPARE(played.status, 4);
     QVERIFY2(played.err.contains("offline"), qPrintable(played.err));
-    const Result said = run({"say", "--device", "1", "--source", "tone.wav"});
+    const ProgramRun said = run({"say", "--device", "1", "--source", "tone.wav"});
     QCOMPARE(said.status, 4);
     QVERIFY(said.err.contains("\"Gate\" is offline"));
 }
@@ -276,7 +270,7 @@ void TestRecordCommands::sayToSpeakers()
     QVERIFY(WavFiles::write(path("tone.wav"), WavFiles::sine(700, 0.5, 1.5, 8000), 8000));
     run({"devices", "add", "Gate", "10.0.0.5", "554"});
     run({"devices", "add", "Dock", "10.0.0.6", "554"});
-    const Result said = run({"say", "--device", "1,2", "--source", "tone.wav"});
+    const ProgramRun said = run({"say", "--device", "1,2", "--source", "tone.wav"});
     QVERIFY2(said.status == 0, qPrintable(said.err));
     for (const char* recording : {"recordings/speaker-1.wav", "recordings/speaker-2.wav"}) {
         auto heard = WavFiles::read(path(recording));
@@ -312,7 +306,7 @@ void TestRecordCommands::wrongUsage_data()
 void TestRecordCommands::wrongUsage()
 {
     QFETCH(QStringList, arguments);
-    const Result result = run(arguments);
+    const ProgramRun result = run(arguments);
     QCOMPARE(result.status, 1);
     QVERIFY(result.err.startsWith("voicedesk: "));
 }
@@ -320,7 +314,7 @@ void TestRecordCommands::wrongUsage()
 void TestRecordCommands::helpOfEveryCommand()
 {
     for (const char* command : {"devices", "files", "groups", "schedules", "play", "stop", "say", "serve"}) {
-        const Result result = run({command, "--help"}, false);
+        const ProgramRun result = run({command, "--help"}, false);
         QCOMPARE(result.status, 0);
         QVERIFY2(result.out.contains("--server"), command);
         QVERIFY(run({"--help"}, false).out.contains(command));
@@ -330,16 +324,16 @@ void TestRecordCommands::helpOfEveryCommand()
 void TestRecordCommands::serverThatCannotStart()
 {
     QVERIFY(QDir(m_folder->path()).mkpath("data/records.sqlite")); // a folder in the database's place
-    const Result embedded = run({"devices", "list"});
+    const ProgramRun embedded = run({"devices", "list"});
     QCOMPARE(embedded.status, 8);
     QVERIFY(!embedded.err.isEmpty());
-    const Result alone = run({"serve", "--listen", "127.0.0.1:0", "--add-user", "anna"});
+    const ProgramRun alone = run({"serve", "--listen", "127.0.0.1:0", "--add-user", "anna"});
     QCOMPARE(alone.status, 8);
 }
 
 void TestRecordCommands::serverWithoutUsers()
 {
-    const Result result = run({"serve", "--listen", "127.0.0.1:0"});
+    const ProgramRun result = run({"serve", "--listen", "127.0.0.1:0"});
     QCOMPARE(result.status, 1);
     QVERIFY(result.err.contains("--add-user"));
 }
@@ -348,7 +342,7 @@ void TestRecordCommands::wrongSecret()
 {
     startServer("ws");
     qputenv("VOICEDESK_SECRET", "wrong");
-    const Result result = run({"devices", "list"});
+    const ProgramRun result = run({"devices", "list"});
     qputenv("VOICEDESK_SECRET", "right");
     QCOMPARE(result.status, 5);
     QVERIFY(result.err.contains("password"));

@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 
 #include <QDir>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -12,6 +13,11 @@ ProgramRun ProgramRun::of(const char* program, const QString& folder, const QStr
     QProcess process;
     process.setWorkingDirectory(folder);
     process.start(QDir(QStringLiteral(PROGRAM_DIR)).filePath(QString::fromLatin1(program)), arguments);
+    return toTheEnd(process, timeout);
+}
+
+ProgramRun ProgramRun::toTheEnd(QProcess& process, int timeout)
+{
     ProgramRun run;
     const bool ended = process.waitForFinished(timeout) && process.exitStatus() == QProcess::NormalExit;
     run.out = QString::fromUtf8(process.readAllStandardOutput()).remove(QLatin1Char('\r'));
@@ -41,4 +47,9 @@ double ProgramRun::value(const char* name, int place) const
         numbers.next();
     }
     return numbers.hasNext() ? numbers.next().captured().toDouble() : std::nan("");
+}
+
+QJsonArray ProgramRun::json() const
+{
+    return QJsonDocument::fromJson(out.toUtf8()).array();
 }

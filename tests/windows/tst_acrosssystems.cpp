@@ -4,13 +4,13 @@
 //   VOICEDESK_WINDOWS_PROGRAM  what runs a Windows program
 //   VOICEDESK_WINDOWS_ARGUMENT the Windows desk
 
+#include "ProgramRun.h"
 #include "SignalMeasure.h"
 #include "WavFiles.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
@@ -44,22 +44,13 @@ private:
         Windows
     };
 
-    struct Result
-    {
-        int status = -1;
-        QString out;
-        QString err;
-
-        QJsonArray json() const { return QJsonDocument::fromJson(out.toUtf8()).array(); }
-    };
-
     static void systemRows();
     /** @param program "voicedesk" or "voicedesk-decode" */
     void start(QProcess& process, System system, const QString& program, const QStringList& arguments) const;
     /** Starts the server of this row. */
     void serve();
-    Result run(System system, const QStringList& arguments) const;
-    Result run(const QStringList& arguments) const { return run(m_desk, arguments); }
+    ProgramRun run(System system, const QStringList& arguments) const;
+    ProgramRun run(const QStringList& arguments) const { return run(m_desk, arguments); }
     QString path(const QString& name) const { return m_folder->filePath(name); }
     /** The tone that a speaker of the server has played, in Hz. */
     double heardBy(int device) const;
@@ -143,17 +134,11 @@ void TestAcrossSystems::serve()
                     "--timeout",     "20"};
 }
 
-TestAcrossSystems::Result TestAcrossSystems::run(System system, const QStringList& arguments) const
+ProgramRun TestAcrossSystems::run(System system, const QStringList& arguments) const
 {
     QProcess process;
     start(process, system, QStringLiteral("voicedesk"), arguments + m_serverArguments);
-    Result result;
-    if (process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit) {
-        result.status = process.exitCode();
-    }
-    result.out = QString::fromUtf8(process.readAllStandardOutput()).remove('\r');
-    result.err = QString::fromUtf8(process.readAllStandardError()).remove('\r');
-    return result;
+    return ProgramRun::toTheEnd(process, 120000);
 }
 
 double TestAcrossSystems::heardBy(int device) const
@@ -172,21 +157,21 @@ void TestAcrossSystems::records()
     if (QTest::currentTestFailed()) {
         return;
     }
-    const Result added = run({"devices", "add", speakerName, "10.0.0.5", "554", "--cameras", "camera-1"});
+    const ProgramRun added = run({"devices", "add", speakerName, "10.0.0.5", "554", "--cameras", "camera-1"});
     QVERIFY2(added.status == 0, qPrintable(added.err));
     QCOMPARE(run({"groups", "add", groupName, "--devices", "1"}).status, 0);
     const QString file = path(fileName);
     QVERIFY(WavFiles::write(file, WavFiles::sine(700, 0.5, 1.0, 8000), 8000));
     QCOMPARE(run({"files", "add", fileName}).status, 0);
-    const Result planned = run({"schedules", "add", scheduleName, "--at", "2031-03-01T08:00:00", "--weekdays",
-                                "1,2", "--file", "1", "--groups", "1"});
+    const ProgramRun planned = run({"schedules", "add", scheduleName, "--at", "2031-03-01T08:00:00",
+                                    "--weekdays", "1,2", "--file", "1", "--groups", "1"});
     QVERIFY2(planned.status == 0, qPrintable(planned.err));
     const QList<QPair<QString, QString>> names{
         {"devices", speakerName}, {"groups", groupName}, {"files", fileName}, {"schedules", scheduleName}};
     for (const auto& [command, name] : names) {
         // Both systems say the same of the same server.
-        const Result windows = run(Windows, {command, "list", "--json"});
-        const Result native = run(Linux, {command, "list", "--json"});
+        const ProgramRun windows = run(Windows, {command, "list", "--json"});
+        const ProgramRun native = run(Linux, {command, "list", "--json"});
         QVERIFY2(windows.status == 0, qPrintable(windows.err));
         QCOMPARE(windows.json().size(), 1);
         QCOMPARE(windows.json()[0].toObject()["name"].toString(), name);
@@ -203,13 +188,13 @@ void TestAcrossSystems::files()
     }
     QCOMPARE(run({"devices", "add", speakerName, "10.0.0.5", "554"}).status, 0);
     QVERIFY(WavFiles::write(path(fileName), WavFiles::sine(700, 0.5, 1.5, 8000), 8000));
-    const Result sent = run({"files", "add", fileName});
+    const ProgramRun sent = run({"files", "add", fileName});
     QVERIFY2(sent.status == 0, qPrintable(sent.err));
     const QJsonObject listed = run({"files", "list", "--json"}).json()[0].toObject();
     QCOMPARE(listed["name"].toString(), fileName);
     QVERIFY2(std::abs(listed["seconds"].toDouble() - 1.5) < 0.05,
              qPrintable(QString::number(listed["seconds"].toDouble())));
-    const Result played = run({"play", "--device", "1", "--file", "1"});
+    const ProgramRun played = run({"play", "--device", "1", "--file", "1"});
     QVERIFY2(played.status == 0, qPrintable(played.err));
     QVERIFY2(std::abs(heardBy(1) - 700) < 4, qPrintable(QString::number(heardBy(1))));
 }
@@ -222,7 +207,7 @@ void TestAcrossSystems::talk()
     }
     QCOMPARE(run({"devices", "add", speakerName, "10.0.0.5", "554"}).status, 0);
     QVERIFY(WavFiles::write(path(sayName), WavFiles::sine(900, 0.5, 1.5, 8000), 8000));
-    const Result said = run({"say", "--device", "1", "--source", sayName});
+    const ProgramRun said = run({"say", "--device", "1", "--source", sayName});
     QVERIFY2(said.status == 0, qPrintable(said.err));
     QVERIFY2(std::abs(heardBy(1) - 900) < 4, qPrintable(QString::number(heardBy(1))));
 }
