@@ -14,6 +14,7 @@ endif()
 add_compile_definitions(QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_DEPRECATED_WARNINGS)
 
 if(VOICEDESK_SANITIZE)
+    # A little optimised: the sound tests must keep pace with real time.
     add_compile_options(-O1 -fsanitize=${VOICEDESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
     add_link_options(-fsanitize=${VOICEDESK_SANITIZE})
 endif()
