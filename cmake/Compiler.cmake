@@ -14,10 +14,23 @@ endif()
 add_compile_definitions(QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_DEPRECATED_WARNINGS)
 
 if(VOICEDESK_SANITIZE)
-    # A little optimised: the sound tests must keep pace with real time.
-    add_compile_options(-O1 -fsanitize=${VOICEDESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
+    # A little optimised: the sound tests must keep pace with real time. Line tables are all that a report needs.
+    add_compile_options(-O1 -fsanitize=${VOICEDESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
     add_link_options(-fsanitize=${VOICEDESK_SANITIZE})
 endif()
 if(VOICEDESK_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# Quicker links and builds, where the machine has the programs for them.
+if(NOT MSVC AND NOT CMAKE_CROSSCOMPILING)
+    include(CheckLinkerFlag)
+    check_linker_flag(CXX -fuse-ld=lld VOICEDESK_HAS_LLD)
+    if(VOICEDESK_HAS_LLD)
+        add_link_options(-fuse-ld=lld)
+    endif()
+endif()
+find_program(VOICEDESK_CCACHE ccache)
+if(VOICEDESK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${VOICEDESK_CCACHE})
 endif()

@@ -23,7 +23,7 @@ sound_packages=(
 )
 
 test_packages=(
-    qml-module-qttest xvfb xdotool clang-format
+    qml-module-qttest xvfb xdotool clang-format lld
     "${sound_packages[@]}" pulseaudio-utils
 )
 
