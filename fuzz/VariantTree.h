@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Words.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QVariant>
@@ -9,27 +11,8 @@
 /** Trees of QVariants from a fuzzer's bytes, with the keys and values that handlers look for among them. */
 inline QVariant variantTree(FuzzedDataProvider& input, int depth = 0)
 {
-    static const char* const keys[] = {"deviceID",
-                                       "deviceName",
-                                       "bindingCameraList",
-                                       "groupID",
-                                       "groupName",
-                                       "scheduleID",
-                                       "networkAudioIDList",
-                                       "groupIDList",
-                                       "audioID",
-                                       "audioStatus",
-                                       "progress",
-                                       "error",
-                                       "talkToken",
-                                       "camId",
-                                       "relayPath",
-                                       "guid",
-                                       "AudioReceived",
-                                       "TalkDisconnected",
-                                       "Token",
-                                       "port"};
-    switch (input.ConsumeIntegralInRange(0, depth < 4 ? 9 : 6)) {
+    constexpr int smallNumbers = 8;
+    switch (input.ConsumeIntegralInRange(0, depth < 4 ? 10 : 7)) {
     case 0:
         return QVariant();
     case 1:
@@ -44,14 +27,18 @@ inline QVariant variantTree(FuzzedDataProvider& input, int depth = 0)
         return input.ConsumeBool();
     case 6:
         return input.ConsumeFloatingPoint<double>();
-    case 7: {
+    case 7: // an id, as a number or as text
+        return input.ConsumeBool()
+                   ? QVariant(input.ConsumeIntegralInRange(-2, smallNumbers))
+                   : QVariant(QString::number(input.ConsumeIntegralInRange(-2, smallNumbers)));
+    case 8: {
         QVariantList list;
         for (int left = input.ConsumeIntegralInRange(0, 5); left > 0; --left) {
             list.append(variantTree(input, depth + 1));
         }
         return list;
     }
-    case 8: {
+    case 9: {
         QStringList list;
         for (int left = input.ConsumeIntegralInRange(0, 5); left > 0; --left) {
             list.append(QString::fromStdString(input.ConsumeRandomLengthString(10)));
@@ -62,7 +49,7 @@ inline QVariant variantTree(FuzzedDataProvider& input, int depth = 0)
         QVariantMap map;
         for (int left = input.ConsumeIntegralInRange(0, 8); left > 0; --left) {
             const QString key = input.ConsumeBool()
-                                    ? QString::fromLatin1(input.PickValueInArray(keys))
+                                    ? *input.PickValueInArray(Words::keys)
                                     : QString::fromStdString(input.ConsumeRandomLengthString(10));
             map.insert(key, variantTree(input, depth + 1));
         }
