@@ -78,6 +78,7 @@ struct Stream
     std::uint8_t format = 0;
     std::vector<Packet> packets;
 
+    /** Takes any bytes; what is cut off at the end is left out. */
     static Stream parse(const std::uint8_t* data, std::size_t size)
     {
         Stream stream;
@@ -183,9 +184,8 @@ private:
     Bytes anyFrame()
     {
         Packet& from = any(m_stream.packets);
-        return from.frames.empty()
-                   ? Bytes{0xFF, 0xF1, 0x60, 0x40, 0x01, 0xBF, 0xFC, 0x01, 0x18, 0x20, 0x07, 0, 0}
-                   : Bytes(any(from.frames));
+        return from.frames.empty() ? Bytes{0xFF, 0xF1, 0x60, 0x40, 0x01, 0x7F, 0xFC, 0x01, 0x18, 0x20, 0x07}
+                                   : Bytes(any(from.frames));
     }
 
     void joinPackets()

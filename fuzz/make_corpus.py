@@ -180,7 +180,7 @@ def aac_seeds():
     seed("stereo", 48000, 2, [(0, packet) for packet in stereo[:8]])
     seed("joined", 16000, 1, [(0, b"".join(mono[at : at + 4])) for at in range(0, 16, 4)])
     seed("mixed", 16000, 1, [(0, mono[2] + stereo[2] + mono[3]), (0, stereo[3]), (0, mono[4])])
-    short = bytes.fromhex("fff1604001bffc011820070000")  # 1024 samples of silence
+    short = bytes.fromhex("fff16040017ffc01182007")  # 1024 samples of silence
     seed("flood", 16000, 1, [(0, mono[1]), (17, short), (0, mono[2])])
     seed("flood-of-frames", 16000, 1, [(12, min(mono, key=len)), (0, mono[2])])
     seed("cut", 16000, 1, [(0, mono[1][:-9]), (0, mono[2] + mono[3][:20]), (0, mono[4])])
@@ -422,11 +422,11 @@ class Steps(Provider):
         return self.number(0, 0, 15).number(kind, 0, 5)
 
     def request(self, kind, number=None):
-        """A request of a talk, accepted: 3 for an upload, 4 for a talk to a device."""
+        """A request of a talk, accepted: 3 for an upload, while which nothing happens, 4 for a talk to a device."""
         self.step(2).number(kind, 0, 6)
-        if number is not None:
-            self.number(number, -3, 8)
-        return self.number(0, 0, 15)
+        if kind == 3:
+            return self.number(0, 0, 3).byte(0).number(0, 0, 15).byte(0)
+        return self.number(number, -3, 8).number(0, 0, 15)
 
     def reply(self, code, of, requests, result, name=None):
         """A reply to a request by its place among those so far; signals that it causes start nothing."""
