@@ -72,8 +72,20 @@ void DecoderIsolated_FFmpeg::Release()
     delete this;
 }
 
-/** 1: the codec took nothing or gave an error, which costs this packet alone; -1: it takes no packets. */
-std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk)
+std::int64_t DecoderIsolated_FFmpeg::pcmSize(const Frame& frame)
+{
+    return std::int64_t{frame.nb_samples} * frame.channels * static_cast<std::int64_t>(sizeof(std::int16_t));
+}
+
+/**
+ * Sends a chunk to the codec and takes the frames that come of it.
+ *
+ * @param mostPcm bytes of PCM in the deque beyond which the rest of the chunk is thrown away; pictures count
+ * nothing
+ * @return 0; 1 when the codec took nothing or gave an error, which costs this packet alone; -1 when it takes
+ * no packets
+ */
+std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk, std::int64_t mostPcm)
 {
     if (chunk.data == nullptr || chunk.size > maxChunkSize) {
         return 1; // null data would tell the codec that the stream is over
@@ -83,6 +95,10 @@ std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk)
     packet.data = const_cast<std::uint8_t*>(chunk.data);
     packet.size = static_cast<int>(chunk.size);
 
+    std::int64_t collected = 0;
+    for (const Frame* frame : m_decoded) {
+        collected += pcmSize(*frame);
+    }
     bool retry = false;
     do {
         const int sent = avcodec_send_packet(m_context, &packet);
@@ -108,6 +124,11 @@ std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk)
                 break;
             }
             m_decoded.push_back(frame);
+            collected += pcmSize(*frame);
+            if (collected > mostPcm) {
+                avcodec_flush_buffers(m_context); // a packet may hold frames for gigabytes of samples
+                return 0;
+            }
         }
     } while (retry);
     return 0;

@@ -19,6 +19,9 @@ struct SwsContext;
  *
  *   chunk -- avcodec_send_packet --> codec -- avcodec_receive_frame --> m_decoded --> swr_convert --> PCM
  *                                                                           '-------> sws_scale --> picture
+ *
+ * Frames that did not fit the caller's room stay for the next call. Of one chunk no more is collected than a
+ * block of PCM, or the room if that is larger, and one frame; the rest of the chunk is dropped.
  */
 class DecoderIsolated_FFmpeg final : public DecoderContext
 {
@@ -37,7 +40,8 @@ private:
 
     ~DecoderIsolated_FFmpeg();
 
-    std::int32_t sendAndCollect(const EncodedChunk& chunk);
+    static std::int64_t pcmSize(const Frame& frame);
+    std::int32_t sendAndCollect(const EncodedChunk& chunk, std::int64_t mostPcm);
     Frame* takeFront();
     std::int32_t appendPcm(const Frame& frame, std::uint8_t* pcm, std::uint32_t room, std::uint32_t& written);
     bool ensureResampler();

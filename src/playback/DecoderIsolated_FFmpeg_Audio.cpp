@@ -1,5 +1,9 @@
 #include "DecoderIsolated_FFmpeg.h"
 
+#include "SwrConverter.h"
+
+#include <algorithm>
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
@@ -12,7 +16,7 @@ std::int32_t DecoderIsolated_FFmpeg::DecodeAudio(std::uint8_t* pcm, std::uint32_
 {
     const std::uint32_t room = *size;
     std::uint32_t written = 0;
-    if (sendAndCollect(*chunk) < 0) {
+    if (sendAndCollect(*chunk, std::max<std::int64_t>(room, pcmBlockSize)) < 0) {
         return -1;
     }
     while (!m_decoded.empty()) {

@@ -1,5 +1,7 @@
 #include "DecoderIsolated_FFmpeg.h"
 
+#include "SwrConverter.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libswscale/swscale.h>
@@ -40,7 +42,7 @@ std::int32_t DecoderIsolated_FFmpeg::DecodeVideo(DecodedPicture* picture, std::u
     if (!m_decoded.empty()) {
         FramePool::release(takeFront()); // the picture of the call before
     }
-    if (sendAndCollect(*chunk) < 0) {
+    if (sendAndCollect(*chunk, pcmBlockSize) < 0) {
         return -1;
     }
     if (m_decoded.empty()) {

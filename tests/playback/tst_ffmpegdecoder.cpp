@@ -7,6 +7,7 @@
 #include "PictureStream.h"
 #include "SwrConverter.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <cstring>
@@ -28,6 +29,8 @@ private Q_SLOTS:
     void everyChannelCountOfG711();
     void nullChunkDoesNotEndTheStream();
     void absurdSizeIsRefused();
+    void packetOfManyFramesIsCutShort();
+    void framesThatDidNotFitStay();
     void pictures_data();
     void pictures();
     void pictureOfAnotherSize();
@@ -166,6 +169,109 @@ void TestFFmpegDecoder::absurdSizeIsRefused()
         QCOMPARE(decoder->DecodeAudio(pcm.data(), &size, &chunk), 0);
         QCOMPARE(size, 0U);
     }
+}
+
+namespace {
+
+/** The bits of a stream, most significant first. */
+struct BitWriter
+{
+    void put(unsigned value, int count)
+    {
+        for (int bit = count - 1; bit >= 0; --bit, ++used) {
+            if (used % 8 == 0) {
+                bytes.append('\0');
+            }
+            bytes.back() = static_cast<char>(bytes.back() | (value >> bit & 1) << (7 - used % 8));
+        }
+    }
+    QByteArray bytes;
+    int used = 0;
+};
+
+/** The shortest AAC frame: an ADTS header and one silent channel, 16 kHz, 1024 samples. */
+QByteArray silentAacFrame()
+{
+    constexpr unsigned size = 11;
+    BitWriter bits;
+    bits.put(0xFFF, 12); // sync word
+    bits.put(0x1, 4);    // MPEG-4, no checksum
+    bits.put(1, 2);      // low complexity
+    bits.put(8, 4);      // 16 kHz
+    bits.put(0, 1);
+    bits.put(1, 3); // mono
+    bits.put(0, 4);
+    bits.put(size, 13);
+    bits.put(0x7FF, 11);            // variable rate
+    bits.put(0, 2);                 // one raw data block
+    bits.put(0, 3 + 4);             // single channel element 0
+    bits.put(100, 8);               // gain
+    bits.put(0, 1 + 2 + 1 + 6 + 1); // one long window without a band
+    bits.put(0, 3);                 // no pulses, no noise shaping, no gain control
+    bits.put(7, 3);                 // end
+    return bits.bytes;
+}
+
+std::uint32_t decodeAudio(const Decoder& decoder, std::vector<std::uint8_t>& pcm, const QByteArray& bytes,
+                          std::int32_t expected = 0)
+{
+    auto size = static_cast<std::uint32_t>(pcm.size());
+    const EncodedChunk chunk = chunkOf(bytes);
+    const std::int32_t result = decoder->DecodeAudio(pcm.data(), &size, &chunk);
+    return result == expected ? size : 0xFFFFFFFF;
+}
+
+} // namespace
+
+void TestFFmpegDecoder::packetOfManyFramesIsCutShort()
+{
+    const QByteArray frame = silentAacFrame();
+    constexpr std::uint32_t frameSize = 2048; // bytes of PCM
+    const Decoder decoder(CreateDecoder_AAC(16000, 1));
+    std::vector<std::uint8_t> pcm(pcmBlockSize);
+    QCOMPARE(decodeAudio(decoder, pcm, frame.repeated(2)), 2 * frameSize);
+
+    // All frames of this packet would be 190 MB of samples. Each is a call of the codec, which the time
+    // shows.
+    const QByteArray packet = frame.repeated(1024 * 1024 / frame.size());
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < 20; ++i) {
+        QCOMPARE(decodeAudio(decoder, pcm, packet, -1), static_cast<std::uint32_t>(pcmBlockSize));
+    }
+    QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+
+    // Neither the codec nor the decoder keeps anything of it.
+    QCOMPARE(decodeAudio(decoder, pcm, frame), frameSize);
+    QCOMPARE(decodeAudio(decoder, pcm, frame.repeated(3)), 3 * frameSize);
+    QCOMPARE(decodeAudio(decoder, pcm, QByteArray()), 0U);
+
+    // A packet that fills the block to its last frame is decoded as a whole.
+    const int most = pcmBlockSize / static_cast<int>(frameSize);
+    QCOMPARE(decodeAudio(decoder, pcm, frame.repeated(most)), static_cast<std::uint32_t>(most) * frameSize);
+    QCOMPARE(decodeAudio(decoder, pcm, frame.repeated(most + 1), -1),
+             static_cast<std::uint32_t>(pcmBlockSize));
+    QCOMPARE(decodeAudio(decoder, pcm, frame), frameSize);
+}
+
+void TestFFmpegDecoder::framesThatDidNotFitStay()
+{
+    const QByteArray frame = silentAacFrame();
+    const Decoder decoder(CreateDecoder_AAC(16000, 1));
+    std::vector<std::uint8_t> pcm(2048);
+    QCOMPARE(decodeAudio(decoder, pcm, frame.repeated(4), -1), 2048U); // one heard in vain, one dropped
+    pcm.resize(pcmBlockSize);
+    QCOMPARE(decodeAudio(decoder, pcm, frame), 3 * 2048U); // two of the packet before, and this one
+
+    // A caller whose room is never enough makes the decoder hold a block and a frame at most.
+    std::vector<std::uint8_t> none(1);
+    for (int i = 0; i < 10; ++i) {
+        QCOMPARE(decodeAudio(decoder, none, frame.repeated(100), -1), 1U);
+    }
+    pcm.resize(10 * pcmBlockSize);
+    const std::uint32_t size = decodeAudio(decoder, pcm, QByteArray());
+    QVERIFY2(size <= pcmBlockSize + 2048, qPrintable(QString::number(size)));
+    QVERIFY(size >= pcmBlockSize - 2 * 2048);
 }
 
 void TestFFmpegDecoder::pictures_data()
