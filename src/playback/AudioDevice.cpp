@@ -77,14 +77,24 @@ void AudioDevice::Push(const MediaPacketPtr& packet, bool dropWhenFull)
     if (!isOpen()) {
         return;
     }
+    const std::uint64_t bytes = std::uint64_t{packet->Offset} + packet->BitstreamSize;
+    if (bytes > ringByteLimit) {
+        return; // there will never be room for it
+    }
     boost::mutex::scoped_lock lock(m_mutex);
-    if (m_pending.full() && dropWhenFull) {
+    if (!hasRoomFor(bytes) && dropWhenFull) {
         return; // deliberate: the newest packet goes, what is queued stays
     }
-    while (m_pending.full()) {
+    while (!hasRoomFor(bytes)) {
         m_condition.wait(lock);
     }
     m_pending.push_back(packet);
+    m_pendingBytes += bytes;
+}
+
+bool AudioDevice::hasRoomFor(std::uint64_t bytes) const
+{
+    return !m_pending.full() && m_pendingBytes + bytes <= ringByteLimit;
 }
 
 bool AudioDevice::PopFront(MediaPacketPtr& out)
@@ -96,6 +106,7 @@ bool AudioDevice::PopFront(MediaPacketPtr& out)
                 return false;
             }
             m_pending.swap(m_reading);
+            m_pendingBytes = 0;
         }
         m_condition.notify_one();
         // Deliberate, also for a capacity of 1, where nothing is ever played: a full ring means that the
@@ -110,21 +121,19 @@ bool AudioDevice::PopFront(MediaPacketPtr& out)
     return true;
 }
 
-/** Puts the next packet's PCM, or silence for the wanted bytes, into the block. */
-void AudioDevice::refill(std::uint32_t wanted)
+/** Puts the next packet's PCM into the block; false, and an empty block, when there is none to be had. */
+bool AudioDevice::refill()
 {
     m_blockPosition = 0;
+    m_blockLength = 0;
     MediaPacketPtr packet;
-    if (PopFront(packet)) {
-        std::uint32_t size = pcmBlockSize;
-        if (m_decoder.Decode(m_block.data(), &size, *packet) >= 0) {
-            m_blockLength = static_cast<std::uint32_t>(
-                m_converter.ConvertInPlace(m_block.data(), static_cast<int>(size)));
-            return;
-        }
+    std::uint32_t size = pcmBlockSize;
+    if (!PopFront(packet) || m_decoder.Decode(m_block.data(), &size, *packet) < 0) {
+        return false;
     }
-    m_blockLength = std::min<std::uint32_t>(wanted, pcmBlockSize);
-    std::memset(m_block.data(), 0, m_blockLength);
+    m_blockLength =
+        static_cast<std::uint32_t>(m_converter.ConvertInPlace(m_block.data(), static_cast<int>(size)));
+    return true;
 }
 
 qint64 AudioDevice::readData(char* data, qint64 maxlen)
@@ -132,8 +141,10 @@ qint64 AudioDevice::readData(char* data, qint64 maxlen)
     qint64 done = 0;
     while (done < maxlen) {
         const qint64 wanted = maxlen - done;
-        if (m_blockPosition >= m_blockLength) {
-            refill(static_cast<std::uint32_t>(std::min<qint64>(wanted, pcmBlockSize)));
+        if (m_blockPosition >= m_blockLength && !refill()) {
+            // Silence lasts for what the request still wants, also if that is more than a block.
+            std::memset(data + done, 0, static_cast<std::size_t>(wanted));
+            break;
         }
         const auto count =
             static_cast<std::uint32_t>(std::min<qint64>(m_blockLength - m_blockPosition, wanted));

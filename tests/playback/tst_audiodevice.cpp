@@ -24,9 +24,14 @@ private Q_SLOTS:
     void fullRingAtTheSwapIsThrownAway();
     void capacityOneIsSilentForEver();
     void packetSizeMayChange();
+    void ringIsBoundedInBytes();
+    void ringFullOfBytesIsStillPlayed();
+    void waitingPusherIsBoundedInBytes();
+    void packetBeyondTheBoundIsDropped();
     void failingPacketsGiveSilence();
     void emptyPacketsAreSkipped();
     void silenceLargerThanTheBlock();
+    void silenceLastsForTheRequest();
     void conversionOfTheLargestPacket();
     void waitingPusherWakesAtTheSwap();
     void pushFromAnotherThread();
@@ -251,6 +256,77 @@ void TestAudioDevice::packetSizeMayChange()
     QCOMPARE(device.pull(320), silence.left(320)); // still six packets, though they are shorter now
 }
 
+namespace {
+
+constexpr int megabyte = 1024 * 1024;
+constexpr auto mostLargePackets = static_cast<std::uint32_t>(ringByteLimit / megabyte);
+
+} // namespace
+
+void TestAudioDevice::ringIsBoundedInBytes()
+{
+    Device device(packetOf('\x10', 8)); // 500 places
+    const auto large = packetOf('\x20', megabyte);
+    for (int i = 0; i < 100; ++i) {
+        device.Push(large, true);
+    }
+    QCOMPARE(referencesOf(large), 1 + mostLargePackets);
+    device.Push(packetOf('\x30', 8), true); // no room in bytes either
+    device.pull(2);                         // the swap empties the ring
+    for (int i = 0; i < 100; ++i) {
+        device.Push(large, true);
+    }
+    QCOMPARE(referencesOf(large), 1 + 2 * mostLargePackets - 1); // one has been decoded
+    // Packets as the first fill all places.
+    Device usual(packetOf('\x10', 8));
+    const auto small = packetOf('\x20', 1400);
+    for (int i = 0; i < 1000; ++i) {
+        usual.Push(small, true);
+    }
+    QCOMPARE(referencesOf(small), 501U);
+}
+
+void TestAudioDevice::ringFullOfBytesIsStillPlayed()
+{
+    // The rule by which a full ring is thrown away counts packets, not bytes.
+    Device device(packetOf('\x10', 8));
+    const auto large = packetOf('\x20', megabyte / 4);
+    for (int i = 0; i < 200; ++i) {
+        device.Push(large, true);
+    }
+    QCOMPARE(device.pull(1280), soundOf('\x20'));
+}
+
+void TestAudioDevice::waitingPusherIsBoundedInBytes()
+{
+    Device device(packetOf('\x10', 8));
+    const auto large = packetOf('\x20', megabyte / 4);
+    for (std::uint32_t i = 0; i < 4 * mostLargePackets; ++i) {
+        device.Push(large, true);
+    }
+    const auto last = packetOf('\x30');
+    std::atomic<bool> pushed{false};
+    std::thread pusher([&] {
+        device.Push(last, false);
+        pushed = true;
+    });
+    device.pull(2);
+    QTRY_VERIFY(pushed);
+    pusher.join();
+    QCOMPARE(referencesOf(last), 2U);
+}
+
+void TestAudioDevice::packetBeyondTheBoundIsDropped()
+{
+    Device device(packetOf('\x10', 8));
+    const auto absurd = packetOf('\x20', static_cast<int>(ringByteLimit) + 1);
+    device.Push(absurd, true);
+    device.Push(absurd, false); // does not wait for room that never comes
+    QCOMPARE(referencesOf(absurd), 1U);
+    device.Push(packetOf('\x30'), true);
+    QCOMPARE(device.pull(1280), soundOf('\x30'));
+}
+
 void TestAudioDevice::failingPacketsGiveSilence()
 {
     const auto undecodable = MediaPackets::make(QByteArray(640, 'x'), {2048, 8000, 1, 1, 0, 0});
@@ -278,6 +354,18 @@ void TestAudioDevice::silenceLargerThanTheBlock()
 {
     Device device(packetOf('\x10'));
     QCOMPARE(device.pull(3 * pcmBlockSize + 17), QByteArray(3 * pcmBlockSize + 17, '\0'));
+}
+
+void TestAudioDevice::silenceLastsForTheRequest()
+{
+    // What a packet that fails leaves of a request is silent as a whole, also beyond the size of a block.
+    const auto undecodable = MediaPackets::make(QByteArray(640, 'x'), {2048, 8000, 1, 1, 0, 0});
+    Device device(packetOf('\x10'));
+    device.Push(undecodable, true);
+    device.Push(packetOf('\x20'), true);
+    constexpr int request = 2 * pcmBlockSize + 5;
+    QCOMPARE(device.pull(request), QByteArray(request, '\0'));
+    QCOMPARE(device.pull(1280), soundOf('\x20'));
 }
 
 void TestAudioDevice::conversionOfTheLargestPacket()
