@@ -2,15 +2,18 @@
 
 #include "SpeechEngine.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
 namespace {
 
-constexpr std::uint32_t alignmentSlack = 3; // bytes
+constexpr std::uint32_t blockAlignment = 4; // bytes
 constexpr std::uint32_t longestRead = 24;   // bits
 constexpr std::uint32_t secondByteMask = 0x0000FF00;
+constexpr std::uint8_t stuffedAfter = 0xFF;
+constexpr std::int32_t stuffingMayFollow = 1; // of the guard
 
 bool isRing(std::uint32_t mode)
 {
@@ -24,60 +27,142 @@ std::int32_t noRefill(void* /*context*/)
 
 void noLock(void* /*context*/) {}
 
+/** Index of the byte at the window's top. */
+std::uint32_t position(const GBEngine& reader)
+{
+    return reader.writeIndex - reader.available + reader.consumed;
+}
+
 /** Where the bytes come from: a plain buffer. */
 struct Buffer
 {
-    static std::uint8_t at(const GBEngine& reader, std::uint32_t index) { return reader.buffer[index]; }
+    static constexpr bool grows = false;
+    static constexpr std::uint32_t lookAhead = 3; // bytes behind the buffer that may be read
 
-    /** Whether so many bytes can be taken; asks for more when not, which helps the next read at the earliest.
-     */
-    static bool has(GBEngine& reader, std::uint32_t bytes)
-    {
-        if (reader.consumed + bytes <= reader.available) {
-            return true;
-        }
-        reader.refill(reader.refillContext);
-        return false;
-    }
-};
+    /** Whether the byte is part of the input. */
+    static bool holds(const GBEngine& reader, std::uint32_t index) { return index < reader.writeIndex; }
 
-/** Where the bytes come from: a ring that refill fills. */
-struct Ring
-{
+    /** A byte of the input or just behind it; 0 farther away. */
     static std::uint8_t at(const GBEngine& reader, std::uint32_t index)
     {
-        return reader.buffer[index & reader.ringMask];
+        return index < std::uint64_t{reader.writeIndex} + lookAhead ? reader.buffer[index] : std::uint8_t{0};
     }
 
-    /** Whether so many bytes can be taken; calls refill until they can, or the retries are used up. */
-    static bool has(GBEngine& reader, std::uint32_t bytes)
+    static std::uint32_t start(const GBEngine& /*reader*/) { return 0; }
+};
+
+/** Where the bytes come from: a ring that is filled as time goes on. */
+struct Ring
+{
+    static constexpr bool grows = true;
+
+    static bool holds(const GBEngine& reader, std::uint32_t index)
     {
-        reader.retries = reader.retriesInit;
-        while (reader.consumed + bytes > reader.available) {
-            if (reader.retries == 0) {
-                return false;
-            }
-            --reader.retries;
-            reader.refill(reader.refillContext);
-        }
-        return true;
+        return index - (reader.writeIndex - reader.available) < reader.available;
     }
+
+    static std::uint8_t at(const GBEngine& reader, std::uint32_t index)
+    {
+        return holds(reader, index) ? reader.buffer[index & reader.ringMask] : std::uint8_t{0};
+    }
+
+    static std::uint32_t start(const GBEngine& reader) { return position(reader); }
 };
 
 /** The operations on a source, with or without byte stuffing. */
 template<class Source, bool Stuffed>
 struct Operations
 {
-    /** Takes the byte at readIndex into the window. */
-    static void take(GBEngine& reader)
+    /** Bytes of the input: how many there are, and what they take up together with stuffed ones. */
+    struct Span
     {
-        const std::uint8_t byte = Source::at(reader, reader.readIndex);
-        reader.window = reader.window << 8U | byte;
-        ++reader.readIndex;
-        if (Stuffed && byte == 0xFF && Source::at(reader, reader.readIndex) == 0) {
-            ++reader.readIndex;
-            ++reader.consumed; // the skipped byte is taken with the one before it
+        std::uint32_t bytes;
+        std::uint32_t taken;
+        bool open; ///< The last one is 0xFF, and what follows is not there yet.
+    };
+
+    /** Up to so many bytes from the position on. */
+    static Span span(const GBEngine& reader, std::uint32_t wanted)
+    {
+        if constexpr (!Stuffed) {
+            const std::uint32_t bytes = std::min(wanted, reader.available - reader.consumed);
+            return {bytes, bytes, false};
         }
+        const std::uint32_t from = position(reader);
+        std::uint32_t index = from + stuffingAt(reader, from, reader.guard == stuffingMayFollow);
+        Span found{};
+        while (found.bytes < wanted && Source::holds(reader, index)) {
+            const bool marker = Source::at(reader, index) == stuffedAfter;
+            ++index;
+            ++found.bytes;
+            found.open = Source::grows && marker && !Source::holds(reader, index);
+            index += stuffingAt(reader, index, marker);
+        }
+        found.taken = index - from;
+        return found;
+    }
+
+    /** Bytes to skip at an index: 1 where a zero follows a marker. */
+    static std::uint32_t stuffingAt(const GBEngine& reader, std::uint32_t index, bool afterMarker)
+    {
+        return afterMarker && Source::holds(reader, index) && Source::at(reader, index) == 0 ? 1 : 0;
+    }
+
+    /** Loads the window from an index of the input. */
+    static void load(GBEngine& reader, std::uint32_t index)
+    {
+        if (Stuffed) {
+            index += stuffingAt(reader, index, reader.guard == stuffingMayFollow);
+        }
+        for (int i = 0; i < 4; ++i) {
+            const std::uint8_t byte = Source::at(reader, index);
+            ++index;
+            reader.window = reader.window << 8U | byte;
+            if (Stuffed) {
+                index += stuffingAt(reader, index, byte == stuffedAfter);
+            }
+        }
+        reader.readIndex = index;
+    }
+
+    /** Whether so many bytes are there; a ring is refilled until they are, or the retries are used up. */
+    static bool fetch(GBEngine& reader, std::uint32_t bytes)
+    {
+        if constexpr (Source::grows) {
+            reader.retries = reader.retriesInit;
+            while (span(reader, bytes).bytes < bytes) {
+                if (reader.retries == 0) {
+                    return false;
+                }
+                --reader.retries;
+                reader.refill(reader.refillContext);
+            }
+            return true;
+        }
+        return span(reader, bytes).bytes >= bytes;
+    }
+
+    /** Fetches the bytes of the next bits, as far as there are any, and puts them into a ring's window. */
+    static void look(GBEngine& reader, std::uint32_t bits)
+    {
+        if constexpr (Source::grows) {
+            fetch(reader, (reader.bitOffset + bits + 7U) >> 3U);
+            load(reader, position(reader));
+        }
+    }
+
+    /** Takes bytes that are there. */
+    static void take(GBEngine& reader, std::uint32_t bytes)
+    {
+        const Span taken = span(reader, bytes);
+        if (bytes == 0) {
+            return;
+        }
+        reader.consumed += taken.taken;
+        if (Stuffed) {
+            reader.guard = taken.open ? stuffingMayFollow : 0;
+        }
+        load(reader, position(reader));
     }
 
     static std::int32_t prime(GBEngine* reader)
@@ -85,9 +170,7 @@ struct Operations
         if (reader->needsPrime != 1) {
             return SpeechSuccess;
         }
-        for (int i = 0; i < 4; ++i) {
-            take(*reader);
-        }
+        load(*reader, Source::start(*reader));
         reader->needsPrime = 0;
         reader->guard = reader->guard == -1 ? 0 : reader->guard;
         return SpeechSuccess;
@@ -98,28 +181,27 @@ struct Operations
         const std::uint32_t total = reader.bitOffset + bits;
         reader.bitOffset = total & 7U;
         const std::uint32_t bytes = total >> 3U;
-        if (bytes == 0) {
-            return SpeechSuccess;
-        }
-        if (!Source::has(reader, bytes)) {
+        if (span(reader, bytes).bytes < bytes) {
+            if constexpr (!Source::grows) {
+                reader.refill(reader.refillContext); // helps the next read at the earliest
+            }
             return SpeechFailure; // deliberate: the bit offset has moved
         }
-        reader.consumed += bytes;
-        for (std::uint32_t i = 0; i < bytes; ++i) {
-            take(reader);
-        }
+        take(reader, bytes);
         return SpeechSuccess;
     }
 
     static std::int32_t readBits(GBEngine* reader, std::uint32_t bits, std::uint32_t* out)
     {
+        look(*reader, std::min(bits, longestRead));
         *out = reader->window << reader->bitOffset;
         return bits > longestRead ? static_cast<std::int32_t>(SpeechFailure) : advance(*reader, bits);
     }
 
     static std::int32_t skipBits(GBEngine* reader, std::uint32_t bits)
     {
-        return bits > longestRead ? static_cast<std::int32_t>(SpeechFailure) : advance(*reader, bits);
+        std::uint32_t skipped = 0;
+        return readBits(reader, bits, &skipped);
     }
 
     static std::int32_t align(GBEngine* reader)
@@ -127,37 +209,27 @@ struct Operations
         if (reader->bitOffset == 0) {
             return SpeechSuccess;
         }
-        if (!Source::has(*reader, 1)) {
+        if (!fetch(*reader, 1)) {
             return SpeechFailure;
         }
-        reader->consumed += 1;
-        take(*reader);
+        take(*reader, 1);
         reader->bitOffset = 0;
         return SpeechSuccess;
     }
 
     static std::int32_t skipBytes(GBEngine* reader, std::uint32_t bytes)
     {
-        if (reader->available < reader->consumed || bytes > reader->available - reader->consumed) {
+        if (!fetch(*reader, bytes)) {
             return SpeechFailure;
         }
-        reader->consumed += bytes;
-        if (Stuffed) {
-            for (std::uint32_t i = 0; i < bytes; ++i) {
-                take(*reader);
-            }
-            return SpeechSuccess;
-        }
-        reader->readIndex += bytes;
-        for (std::uint32_t i = 0; i < 4; ++i) {
-            reader->window = reader->window << 8U | Source::at(*reader, reader->readIndex - 4 + i);
-        }
+        take(*reader, bytes);
         return SpeechSuccess;
     }
 
     template<unsigned Bits>
     static std::int32_t peek(GBEngine* reader, std::uint32_t* out)
     {
+        look(*reader, std::min(Bits, 32U - reader->bitOffset));
         *out = reader->window << reader->bitOffset >> (32U - Bits);
         return SpeechSuccess;
     }
@@ -238,7 +310,7 @@ void installOperations(GBEngine& reader, std::uint32_t mode)
 
 std::uint32_t GB_MemorySize(std::uint32_t mode, std::uint32_t ringSize)
 {
-    return static_cast<std::uint32_t>(sizeof(GBEngine)) + alignmentSlack + (isRing(mode) ? ringSize : 0);
+    return static_cast<std::uint32_t>(sizeof(GBEngine)) + blockAlignment - 1 + (isRing(mode) ? ringSize : 0);
 }
 
 std::int32_t GB_Create(GBEngine** reader, const GBOptions* options)
@@ -255,7 +327,11 @@ std::int32_t GB_Create(GBEngine** reader, const GBOptions* options)
     if (block == nullptr) {
         return SpeechFailure;
     }
-    auto* made = new (block) GBEngine{};
+    const auto misalignment =
+        static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(block) % blockAlignment);
+    std::uint8_t* place =
+        static_cast<std::uint8_t*>(block) + (blockAlignment - misalignment) % blockAlignment;
+    auto* made = new (place) GBEngine{};
     made->ownBlock = block;
     made->external = options->memory != nullptr ? 1 : 0;
     made->guard = -1;
@@ -269,7 +345,7 @@ std::int32_t GB_Create(GBEngine** reader, const GBOptions* options)
     made->unlock = options->unlockCallback != nullptr ? options->unlockCallback : noLock;
     if (isRing(options->mode)) {
         made->ringMask = options->ringSize - 1;
-        made->buffer = static_cast<std::uint8_t*>(block) + sizeof(GBEngine);
+        made->buffer = place + sizeof(GBEngine);
         std::memset(made->buffer, 0, options->ringSize);
     }
     installOperations(*made, options->mode);
@@ -353,7 +429,7 @@ void GB_Release(GBEngine* reader)
 {
     reader->lock(reader->lockContext);
     if (reader->available == reader->consumed) {
-        reader->guard = -1;
+        reader->guard = reader->guard == stuffingMayFollow ? stuffingMayFollow : -1;
         reader->needsPrime = 1;
     }
     reader->available -= reader->consumed;

@@ -288,9 +288,8 @@ void TestG729A::ring()
     const auto push = [&engine](const QByteArray& frame) {
         return GB_PushBytes(engine->reader, reinterpret_cast<const std::uint8_t*>(frame.constData()), 11);
     };
-    QCOMPARE(push(frames[0]), 0);
-    for (std::size_t i = 0; i + 1 < frames.size(); ++i) {
-        QCOMPARE(push(frames[i + 1]), 0); // a frame ahead, since the reader looks at what follows
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        QCOMPARE(push(frames[i]), 0);
         std::uint32_t consumed = 0;
         QCOMPARE(G729A_DecodeFrame(engine.get(), &consumed), 0);
         QCOMPARE(consumed, 11U);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint32_t frameSize = G729AFrameSamples * sizeof(std::int16_t); // bytes of PCM
 constexpr std::uint32_t longestFrame = 11;
-constexpr std::uint32_t inputRoom = longestFrame + 4; // and what the reader looks ahead
+constexpr std::uint32_t inputRoom = longestFrame + 3; // and what the reader looks ahead
 
 } // namespace
 
