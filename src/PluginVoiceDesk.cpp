@@ -30,6 +30,36 @@ PluginVoiceDesk::~PluginVoiceDesk()
     stopAllTalk();
 }
 
+bool PluginVoiceDesk::audioInDevAvailable() const
+{
+    return m_audioInDevFlag;
+}
+
+bool PluginVoiceDesk::talking() const
+{
+    return m_talkingFlag;
+}
+
+QVariantList PluginVoiceDesk::audioFileList() const
+{
+    return m_audioFiles;
+}
+
+QList<QVariant> PluginVoiceDesk::getTalkTargetList() const
+{
+    return m_talkTargetList;
+}
+
+void PluginVoiceDesk::setTalkTargetList(QList<QVariant>& targets)
+{
+    m_talkTargetList.swap(targets);
+}
+
+void PluginVoiceDesk::tst_setTalking(bool talking)
+{
+    m_talkingFlag = talking;
+}
+
 bool PluginVoiceDesk::InitialPluginBase(QQmlContext* context, void* pluginHandle,
                                         FrameworkWrapperBase* framework)
 {

@@ -66,15 +66,16 @@ public:
     /** Traces only; called by nothing in the plug-in. */
     void ErrorProcessor(QString command, void* userData, QString errorCode);
 
-    bool audioInDevAvailable() const { return m_audioInDevFlag; }
-    bool talking() const { return m_talkingFlag; }
-    QVariantList audioFileList() const { return m_audioFiles; }
+    // Not inline, so that the library exports them.
+    bool audioInDevAvailable() const;
+    bool talking() const;
+    QVariantList audioFileList() const;
 
     /** A copy of the open talk targets, one QVariantMap each, in the order of the replies. */
-    QList<QVariant> getTalkTargetList() const { return m_talkTargetList; }
+    QList<QVariant> getTalkTargetList() const;
 
     /** Swaps the open talk targets with @p targets; `talking` stays as it is. */
-    void setTalkTargetList(QList<QVariant>& targets) { m_talkTargetList.swap(targets); }
+    void setTalkTargetList(QList<QVariant>& targets);
 
     /** Replaces the capture object and drops the reference to the old one. */
     void setFrameSmithWrapper(const QSharedPointer<FrameSmithWrapper>& wrapper);
@@ -86,7 +87,7 @@ public:
     int getMediaDuration(const QString& path);
 
     /** For tests: writes the `talking` flag and emits nothing. */
-    void tst_setTalking(bool talking) { m_talkingFlag = talking; }
+    void tst_setTalking(bool talking);
 
 Q_SIGNALS:
     void audioInDevAvailableChanged();

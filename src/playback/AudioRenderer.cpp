@@ -60,6 +60,11 @@ AudioRenderer::State AudioRenderer::state() const
     return m_output ? State::Playing : State::MuteSink;
 }
 
+double AudioRenderer::volume() const
+{
+    return m_volume;
+}
+
 void AudioRenderer::closeDevice()
 {
     m_output.reset();

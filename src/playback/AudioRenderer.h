@@ -38,7 +38,7 @@ public:
     State state() const;
 
     /** The volume as last set; once an output has taken it, as that output says. */
-    double volume() const { return m_volume; }
+    double volume() const;
 
     /** Allows or ends playback. */
     void SetAudioOn(bool on);
