@@ -20,8 +20,10 @@ std::int32_t DecoderContext_SDK_G726::DecodeAudio(std::uint8_t* pcm, std::uint32
 
 void DecoderContext_SDK_G726::Release()
 {
-    G726_Release(m_state);
-    delete this;
+    if (auto* self = releasedObject(this)) {
+        G726_Release(self->m_state);
+        delete self;
+    }
 }
 
 namespace {

@@ -60,7 +60,10 @@ public:
      */
     virtual std::int32_t DecodeAudio(std::uint8_t* pcm, std::uint32_t* size, const EncodedChunk* chunk) = 0;
 
-    /** Frees all that the decoder holds, and the decoder itself. */
+    /**
+     * Frees all that the decoder holds, and the decoder itself. The implementations tolerate a null object,
+     * as far as a call can reach them with one: by the place in the table, not by its lookup in the object.
+     */
     virtual void Release() = 0;
 
     /**
@@ -73,4 +76,12 @@ public:
 
 protected:
     ~DecoderContext() = default;
+
+    /** The object of a Release, which may be null. Volatile, as compilers take `this` for never null. */
+    template<class Decoder>
+    static Decoder* releasedObject(Decoder* self)
+    {
+        Decoder* volatile object = self;
+        return object;
+    }
 };

@@ -69,7 +69,7 @@ DecoderIsolated_FFmpeg::~DecoderIsolated_FFmpeg()
 
 void DecoderIsolated_FFmpeg::Release()
 {
-    delete this;
+    delete releasedObject(this);
 }
 
 std::int64_t DecoderIsolated_FFmpeg::pcmSize(const Frame& frame)

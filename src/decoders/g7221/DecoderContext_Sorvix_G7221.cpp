@@ -58,8 +58,10 @@ std::int32_t DecoderContext_Sorvix_G7221::DecodeAudio(std::uint8_t* pcm, std::ui
 
 void DecoderContext_Sorvix_G7221::Release()
 {
-    G7221_Delete(&m_engine);
-    delete this;
+    if (auto* self = releasedObject(this)) {
+        G7221_Delete(&self->m_engine);
+        delete self;
+    }
 }
 
 DecoderContext* CreateDecoderSorvixG7221()

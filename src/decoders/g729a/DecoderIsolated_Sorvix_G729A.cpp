@@ -55,8 +55,10 @@ std::int32_t DecoderIsolated_Sorvix_G729A::DecodeAudio(std::uint8_t* pcm, std::u
 
 void DecoderIsolated_Sorvix_G729A::Release()
 {
-    G729A_Delete(&m_engine);
-    delete this;
+    if (auto* self = releasedObject(this)) {
+        G729A_Delete(&self->m_engine);
+        delete self;
+    }
 }
 
 DecoderContext* CreateDecoderSorvixG729A()
