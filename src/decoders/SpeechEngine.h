@@ -51,12 +51,12 @@ static_assert(sizeof(void*) != 8 || sizeof(SpeechFrameSetup) == 40);
 using SpeechLockCallback = void (*)(void* context);
 using SpeechRefillCallback = std::int32_t (*)(void* context);
 
-/** How a G.722.1 engine is made. */
+/** The view that G.722.1 has of SpeechEngineOptions. */
 struct G7221Options
 {
     std::uint32_t type;   ///< SpeechTypeWord::G7221.
     std::uint32_t fields; ///< Not read.
-    void* memory;         ///< Block for the engine, G7221_MemorySize bytes; null to allocate.
+    void* memory;         ///< Block of G7221_MemorySize bytes, at a multiple of 4; null to allocate.
     SpeechLockCallback lockCallback;
     SpeechLockCallback unlockCallback;
     void* lockContext;
@@ -81,12 +81,12 @@ enum G729AOptionField : std::uint32_t
     G729AOptionPostFilter = 32,
 };
 
-/** How a G.729A engine is made. */
+/** The view that G.729A has of SpeechEngineOptions. */
 struct G729AOptions
 {
     std::uint32_t type;   ///< SpeechTypeWord::G729A.
     std::uint32_t fields; ///< G729AOptionField.
-    void* memory;         ///< Block for the engine, G729A_MemorySize bytes; null to allocate.
+    void* memory;         ///< Block of G729A_MemorySize bytes, at any address; null to allocate.
     SpeechLockCallback lockCallback;
     SpeechLockCallback unlockCallback;
     SpeechRefillCallback refillCallback;
@@ -103,3 +103,10 @@ struct G729AOptions
 static_assert(sizeof(void*) != 8 || offsetof(G729AOptions, lockContext) == 40);
 static_assert(sizeof(void*) != 8 || offsetof(G729AOptions, input) == 56);
 static_assert(sizeof(void*) != 8 || offsetof(G729AOptions, postFilter) == 84);
+
+/** How an engine is made. Both views start with `type`, which says which of them holds. */
+union SpeechEngineOptions {
+    G729AOptions g729a; // the longer one first, so that {} clears all
+    G7221Options g7221;
+};
+static_assert(sizeof(SpeechEngineOptions) == sizeof(G729AOptions));

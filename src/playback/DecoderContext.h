@@ -2,6 +2,7 @@
 
 /** What a decoder is, whatever the codec. */
 
+#include <cstddef>
 #include <cstdint>
 
 /** What a decoder is given: the codec data of one media packet. */
@@ -11,6 +12,9 @@ struct EncodedChunk
     std::uint32_t size = 0;             ///< Bytes.
     std::uint32_t frames = 0;           ///< Codec frames in it, as the sender counts them.
 };
+static_assert(sizeof(void*) != 8 || offsetof(EncodedChunk, size) == 8);
+static_assert(sizeof(void*) != 8 || offsetof(EncodedChunk, frames) == 12);
+static_assert(sizeof(void*) != 8 || sizeof(EncodedChunk) == 16);
 
 /** One decoded picture, 4:2:0 with 8 bits a sample. */
 struct DecodedPicture
@@ -23,6 +27,11 @@ struct DecodedPicture
     void (*addReference)(void*) = nullptr; ///< Takes one more reference to frame.
     void (*release)(void*) = nullptr;      ///< Drops one reference to frame; on any thread.
 };
+static_assert(sizeof(void*) != 8 || offsetof(DecodedPicture, strides) == 24);
+static_assert(sizeof(void*) != 8 || offsetof(DecodedPicture, width) == 36);
+static_assert(sizeof(void*) != 8 || offsetof(DecodedPicture, frame) == 48);
+static_assert(sizeof(void*) != 8 || offsetof(DecodedPicture, release) == 64);
+static_assert(sizeof(void*) != 8 || sizeof(DecodedPicture) == 72);
 
 /**
  * A decoder. Used by one thread at a time. The order of the operations is a binary contract; there is no

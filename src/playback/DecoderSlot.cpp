@@ -6,6 +6,20 @@
 
 #include <boost/mem_fn.hpp>
 
+#include <cstddef>
+#include <type_traits>
+
+/** Pins the order of the fields: the decoder, its deleter, the key. */
+struct DecoderSlot::Layout
+{
+    static_assert(std::is_standard_layout_v<DecoderSlot>);
+    static_assert(sizeof(void*) != 8 || sizeof(m_decoder) == 16);
+    static_assert(sizeof(void*) != 8 || offsetof(DecoderSlot, m_key) == 16);
+    static_assert(offsetof(Key, sampleRate) == 4 && offsetof(Key, channels) == 8);
+    static_assert(offsetof(Key, bitRate) == 12 && offsetof(Key, packingMode) == 16);
+    static_assert(sizeof(void*) != 8 || sizeof(DecoderSlot) == 40);
+};
+
 namespace {
 
 DecoderContext* createDecoder(const _TMediaDataPacketInfoV3& packet)

@@ -32,6 +32,8 @@ private:
         std::uint8_t packingMode = 0;
     };
 
+    struct Layout;
+
     void ensureDecoder(const _TMediaDataPacketInfoV3& packet);
 
     QRNL::SDK::Utility::unique_ptr<DecoderContext> m_decoder;

@@ -43,16 +43,16 @@ struct Delete
 };
 using Engine = std::unique_ptr<G729AState, Delete>;
 
-inline G729AOptions usualOptions()
+inline SpeechEngineOptions usualOptions()
 {
-    G729AOptions options{};
-    options.type = SpeechTypeWord::G729A;
-    options.fields = G729AOptionPostFilter;
-    options.postFilter = 1;
+    SpeechEngineOptions options{};
+    options.g729a.type = SpeechTypeWord::G729A;
+    options.g729a.fields = G729AOptionPostFilter;
+    options.g729a.postFilter = 1;
     return options;
 }
 
-inline Engine makeEngine(const G729AOptions& options = usualOptions())
+inline Engine makeEngine(const SpeechEngineOptions& options = usualOptions())
 {
     G729AState* engine = nullptr;
     G729A_Create(&engine, &options);

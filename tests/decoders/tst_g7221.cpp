@@ -63,17 +63,17 @@ struct Release
 };
 using Decoder = std::unique_ptr<DecoderContext, Release>;
 
-G7221Options goodOptions()
+SpeechEngineOptions goodOptions()
 {
-    G7221Options options{};
-    options.type = 4;
-    options.bitRate = 24000;
+    SpeechEngineOptions options{};
+    options.g7221.type = 4;
+    options.g7221.bitRate = 24000;
     return options;
 }
 
 Engine makeEngine()
 {
-    const G7221Options options = goodOptions();
+    const SpeechEngineOptions options = goodOptions();
     G7221State* engine = nullptr;
     G7221_Create(&engine, &options);
     return Engine(engine);
@@ -184,8 +184,8 @@ void TestG7221::creation()
 void TestG7221::refusedOptions()
 {
     const auto refused = [](auto change) {
-        G7221Options options = goodOptions();
-        change(options);
+        SpeechEngineOptions options = goodOptions();
+        change(options.g7221);
         G7221State* engine = nullptr;
         const bool failed = G7221_Create(&engine, &options) == -1 && engine == nullptr;
         G7221_Delete(&engine);
@@ -203,20 +203,30 @@ void TestG7221::refusedOptions()
 
 void TestG7221::callersMemory()
 {
-    std::vector<std::uint64_t> memory((G7221_MemorySize() + 7) / 8);
-    G7221Options options = goodOptions();
-    options.memory = memory.data();
-    G7221State* engine = nullptr;
-    QCOMPARE(G7221_Create(&engine, &options), 0);
-    QCOMPARE(static_cast<void*>(engine), static_cast<void*>(memory.data()));
-    QCOMPARE(engine->external, 1U);
-    Frame frame(Generator(1).take(60));
-    const SpeechFrameSetup setup = frame.setup(24000);
-    QCOMPARE(G7221_SetupFrame(engine, &setup), 0);
-    QCOMPARE(G7221_DecodeFrame(engine, nullptr), 0);
-    QCOMPARE(crc32(pcmOf(frame)), 0xD7558F14U);
-    QCOMPARE(G7221_Delete(&engine), 0); // and frees nothing
-    QCOMPARE(engine, nullptr);
+    for (std::size_t offset = 0; offset < 8; ++offset) {
+        std::vector<std::uint8_t> memory(offset + G7221_MemorySize() + 8, 0x5A);
+        SpeechEngineOptions options = goodOptions();
+        options.g7221.memory = memory.data() + offset;
+        G7221State* engine = nullptr;
+        if (offset % 4 != 0) {
+            QCOMPARE(G7221_Create(&engine, &options), -1); // the block is used as given
+            QCOMPARE(engine, nullptr);
+            continue;
+        }
+        QCOMPARE(G7221_Create(&engine, &options), 0);
+        QCOMPARE(static_cast<void*>(engine), options.g7221.memory);
+        QCOMPARE(static_cast<void*>(engine->reader),
+                 static_cast<void*>(engine + 1)); // right behind the state
+        QCOMPARE(engine->external, 1U);
+        Frame frame(Generator(1).take(60));
+        const SpeechFrameSetup setup = frame.setup(24000);
+        QCOMPARE(G7221_SetupFrame(engine, &setup), 0);
+        QCOMPARE(G7221_DecodeFrame(engine, nullptr), 0);
+        QCOMPARE(crc32(pcmOf(frame)), 0xD7558F14U);
+        QCOMPARE(G7221_Delete(&engine), 0); // and frees nothing
+        QCOMPARE(engine, nullptr);
+        QVERIFY(std::all_of(memory.end() - 8, memory.end(), [](int byte) { return byte == 0x5A; }));
+    }
 }
 
 void TestG7221::refusedSetups()
@@ -242,8 +252,8 @@ void TestG7221::refusedSetups()
                  s.mode = 1;
              }),
              0);
-    G7221Options straight = goodOptions();
-    straight.byteOrder = 1; // an engine that swaps nothing takes no input by a set-up
+    SpeechEngineOptions straight = goodOptions();
+    straight.g7221.byteOrder = 1; // an engine that swaps nothing takes no input by a set-up
     G7221State* engine = nullptr;
     QCOMPARE(G7221_Create(&engine, &straight), 0);
     Frame frame(QByteArray(60, 'x'));

@@ -177,8 +177,8 @@ void TestG729A::creation()
 void TestG729A::refusedOptions()
 {
     const auto refused = [](auto change) {
-        G729AOptions options = usualOptions();
-        change(options);
+        SpeechEngineOptions options = usualOptions();
+        change(options.g729a);
         auto* engine = reinterpret_cast<G729AState*>(&options);
         const bool failed = G729A_Create(&engine, &options) == -1 && engine == nullptr;
         G729A_Delete(&engine);
@@ -212,7 +212,7 @@ void TestG729A::refusedOptions()
 
 void TestG729A::callersMemory()
 {
-    const G729AOptions usual = usualOptions();
+    const SpeechEngineOptions usual = usualOptions();
     const std::uint32_t size = G729A_MemorySize(&usual);
     const auto frames = cut(speech().left(110));
     const Engine own = makeEngine();
@@ -220,10 +220,12 @@ void TestG729A::callersMemory()
     for (std::uint32_t offset = 0; offset < 8; ++offset) {
         // Exactly as long as was asked for: the address sanitizer watches the end.
         std::vector<std::uint8_t> memory(offset + size);
-        G729AOptions options = usual;
-        options.memory = memory.data() + offset;
+        SpeechEngineOptions options = usual;
+        options.g729a.memory = memory.data() + offset;
         G729AState* engine = nullptr;
         QCOMPARE(G729A_Create(&engine, &options), 0);
+        const std::uint32_t moved = (offset + 3) / 4 * 4;
+        QCOMPARE(static_cast<void*>(engine), static_cast<void*>(memory.data() + moved));
         QCOMPARE(engine->external, 1U);
         QCOMPARE(engine->noiseState->external, 1U);
         QCOMPARE(engine->postFilterState->external, 1U);
@@ -270,11 +272,11 @@ void TestG729A::nothingSetUp()
 
 void TestG729A::ring()
 {
-    G729AOptions options = usualOptions();
-    options.ringMode = 1;
-    options.ringSize = 64;
-    options.fields |= G729AOptionFrameHeader;
-    options.frameHeader = 1;
+    SpeechEngineOptions options = usualOptions();
+    options.g729a.ringMode = 1;
+    options.g729a.ringSize = 64;
+    options.g729a.fields |= G729AOptionFrameHeader;
+    options.g729a.frameHeader = 1;
     const Engine engine = makeEngine(options);
     QVERIFY(engine);
     const auto frames = cut(speech());
@@ -313,8 +315,8 @@ void TestG729A::withoutTypeByte()
 void TestG729A::withoutPostFilter()
 {
     // Deliberate: from sample 20 of the synthesis on, and beyond it into the excitation.
-    G729AOptions options = usualOptions();
-    options.postFilter = 0;
+    SpeechEngineOptions options = usualOptions();
+    options.g729a.postFilter = 0;
     const Engine engine = makeEngine(options);
     QCOMPARE(engine->postFilterState, nullptr);
     G729AState filter{};

@@ -302,12 +302,12 @@ void TestGBRings::framesArriveOneByOne()
     const Bytes bytes(stream.begin(), stream.end());
     Source source{&bytes, 0, step, 0, nullptr};
     speechSource = &source;
-    G729AOptions options = usualOptions();
-    options.fields |= G729AOptionFrameHeader | G729AOptionRefill;
-    options.frameHeader = 1;
-    options.ringMode = 1;
-    options.ringSize = ringSize;
-    options.refillCallback = [](void*) { return Source::refill(speechSource); };
+    SpeechEngineOptions options = usualOptions();
+    options.g729a.fields |= G729AOptionFrameHeader | G729AOptionRefill;
+    options.g729a.frameHeader = 1;
+    options.g729a.ringMode = 1;
+    options.g729a.ringSize = ringSize;
+    options.g729a.refillCallback = [](void*) { return Source::refill(speechSource); };
     const Engine engine = makeEngine(options);
     source.ring = engine->reader;
     alignas(4) std::int16_t pcm[G729AFrameSamples] = {};

@@ -66,10 +66,10 @@ void DecoderContext_Sorvix_G7221::Release()
 
 DecoderContext* CreateDecoderSorvixG7221()
 {
-    G7221Options options{};
-    options.type = SpeechTypeWord::G7221;
-    options.fields = 16;
-    options.bitRate = 24000;
+    SpeechEngineOptions options{};
+    options.g7221.type = SpeechTypeWord::G7221;
+    options.g7221.fields = 16;
+    options.g7221.bitRate = 24000;
     G7221State* engine = nullptr;
     if (G7221_Create(&engine, &options) < 0) {
         return nullptr;

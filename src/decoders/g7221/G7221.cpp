@@ -15,10 +15,9 @@ constexpr std::uint32_t readerRetries = 500;
 constexpr std::uint32_t readerMode = 3;
 constexpr int halfFrame = G7221FrameSamples / 2;
 constexpr std::uint16_t sampleMask = 0xFFFC;
-constexpr std::uintptr_t outputAlignment = 4;
+constexpr std::uintptr_t alignment = 4; // of the output, and of a given block
 
-// The reader's block lies behind the state, aligned for its pointers.
-constexpr std::size_t readerOffset = (sizeof(G7221State) + 7) / 8 * 8;
+constexpr std::size_t readerOffset = sizeof(G7221State); // in a given block
 
 bool isBitRate(std::uint32_t bitRate)
 {
@@ -62,11 +61,12 @@ std::uint32_t G7221_MemorySize()
     return static_cast<std::uint32_t>(readerOffset) + GB_MemorySize(readerMode, 0);
 }
 
-std::int32_t G7221_Create(G7221State** handle, const G7221Options* options)
+std::int32_t G7221_Create(G7221State** handle, const SpeechEngineOptions* engineOptions)
 {
     *handle = nullptr;
+    const G7221Options* options = &engineOptions->g7221;
     if ((options->type & SpeechTypeWord::mask) != SpeechTypeWord::G7221 || !isBitRate(options->bitRate) ||
-        options->byteOrder > 1) {
+        options->byteOrder > 1 || reinterpret_cast<std::uintptr_t>(options->memory) % alignment != 0) {
         return SpeechFailure;
     }
     const bool external = options->memory != nullptr;
@@ -77,13 +77,15 @@ std::int32_t G7221_Create(G7221State** handle, const G7221Options* options)
     auto* state = new (block) G7221State{};
     const GBOptions reader =
         readerOptions(*options, external ? static_cast<std::uint8_t*>(block) + readerOffset : nullptr);
-    if (GB_Create(&state->reader, &reader) < 0) {
+    GBEngine* bits = nullptr; // a member of a packed record has no address to give
+    if (GB_Create(&bits, &reader) < 0) {
         std::fputs("Initialize GB Engine object fail!!\n", stdout);
         if (!external) {
             std::free(block);
         }
         return SpeechFailure;
     }
+    state->reader = bits;
     state->external = external ? 1 : 0;
     state->swapBytes = options->byteOrder == 0 ? 1 : 0;
     for (std::uint16_t& seed : state->randSeed) {
@@ -115,8 +117,7 @@ std::int32_t G7221_SetupFrame(G7221State* handle, const SpeechFrameSetup* setup)
         handle->inputSize = setup->inputSize;
     }
     if ((setup->fields & SpeechSetupOutput) != 0) {
-        if (setup->output == nullptr ||
-            reinterpret_cast<std::uintptr_t>(setup->output) % outputAlignment != 0) {
+        if (setup->output == nullptr || reinterpret_cast<std::uintptr_t>(setup->output) % alignment != 0) {
             return SpeechFailure;
         }
         handle->output = static_cast<std::int16_t*>(setup->output);
@@ -142,9 +143,9 @@ std::int32_t G7221_DecodeFrame(G7221State* handle, G7221FrameResult* result)
         return SpeechFailure;
     }
     handle->bitsLeft = static_cast<std::int16_t>(handle->bitsPerFrame);
-    const std::int32_t status = G7221FrameBits(*handle).decode();
+    const std::int32_t status = G7221FrameBits(*handle).DecodeFrameBits();
     // Deliberate: a frame that failed is heard all the same, on whatever the coefficients hold.
-    G7221Synthesis::coefsToSamples(*handle);
+    G7221Synthesis::CoefsToSamples(*handle);
     std::int16_t* next = handle->oldSamples - halfFrame;
     handle->oldSamples = handle->newSamples + halfFrame;
     handle->newSamples = next;
@@ -167,8 +168,9 @@ std::int32_t G7221_Delete(G7221State** handle)
     if (handle == nullptr || *handle == nullptr) {
         return SpeechFailure;
     }
-    (*handle)->reader->retries = 0;
-    GB_Delete(&(*handle)->reader);
+    GBEngine* reader = (*handle)->reader;
+    reader->retries = 0;
+    GB_Delete(&reader);
     if ((*handle)->external == 0) {
         std::free(*handle);
     }

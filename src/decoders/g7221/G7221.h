@@ -23,6 +23,9 @@ struct G7221FrameResult
     std::uint32_t position; ///< Bytes taken: 0 after a frame that ran to its end.
 };
 
+// A block for the state may be given at any multiple of 4, so no member may need more.
+#pragma pack(push, 4)
+
 /** All that the decoder remembers. */
 struct G7221State
 {
@@ -32,6 +35,7 @@ struct G7221State
     std::int16_t bitsLeft; ///< Budget of the current frame.
     std::uint32_t wordsPerFrame;
     std::int16_t sampleBufferA[G7221FrameSamples];
+    std::uint32_t paddingA;
     std::int16_t* oldSamples; ///< The half kept from the last frame, 160 samples.
     std::int16_t sampleBufferB[G7221FrameSamples];
     std::int16_t* newSamples; ///< The buffer to fill now.
@@ -39,6 +43,7 @@ struct G7221State
     std::int16_t magShift; ///< -1 to 9.
     std::int16_t oldMagShift;
     std::int16_t oldMltCoefs[G7221FrameSamples]; ///< Of the last good frame.
+    std::uint32_t paddingB;
     std::int16_t* output;
     std::uint8_t* input;
     std::uint32_t inputSize;
@@ -46,11 +51,23 @@ struct G7221State
     std::uint32_t external;
     std::uint32_t frameLost;
 };
+static_assert(sizeof(void*) != 8 || offsetof(G7221State, bitsPerFrame) == 16);
+static_assert(sizeof(void*) != 8 || offsetof(G7221State, sampleBufferA) == 28);
+static_assert(sizeof(void*) != 8 || offsetof(G7221State, oldSamples) == 672);
+static_assert(sizeof(void*) != 8 || offsetof(G7221State, newSamples) == 1320);
+static_assert(sizeof(void*) != 8 || offsetof(G7221State, oldMltCoefs) == 1972);
+static_assert(sizeof(void*) != 8 || offsetof(G7221State, output) == 2616);
+static_assert(sizeof(void*) != 8 || offsetof(G7221State, frameLost) == 2644);
+static_assert(sizeof(void*) != 8 || sizeof(G7221State) == 2648);
+static_assert(alignof(G7221State) == 4);
+
+#pragma pack(pop)
 
 /** Bytes of a block for an engine and its reader. */
 std::uint32_t G7221_MemorySize();
 
-std::int32_t G7221_Create(G7221State** handle, const G7221Options* options);
+/** Makes an engine. @return 0; -1, and a null handle, when options are refused or there is no memory */
+std::int32_t G7221_Create(G7221State** handle, const SpeechEngineOptions* options);
 
 /** Sets the next frame up; swaps the input's byte pairs, until it is decoded. */
 std::int32_t G7221_SetupFrame(G7221State* handle, const SpeechFrameSetup* setup);

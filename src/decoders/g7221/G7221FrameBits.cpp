@@ -46,7 +46,7 @@ std::int32_t G7221FrameBits::readBit(std::uint32_t& bit)
     return status;
 }
 
-std::int32_t G7221FrameBits::decode()
+std::int32_t G7221FrameBits::DecodeFrameBits()
 {
     G7221State& state = m_state;
     const std::uint32_t start = GB_Position(state.reader);
@@ -80,7 +80,7 @@ std::int32_t G7221FrameBits::decode()
 
 std::int32_t G7221FrameBits::decodeCoefficients()
 {
-    if (decodeEnvelope() < 0) {
+    if (DecodeEnvelope() < 0) {
         return SpeechExhausted;
     }
     std::uint32_t word = 0;
@@ -89,18 +89,18 @@ std::int32_t G7221FrameBits::decodeCoefficients()
     if (read < 0) {
         return SpeechExhausted;
     }
-    categorize(m_state.bitsLeft);
+    Categorize(m_state.bitsLeft);
     const auto control = static_cast<int>(word >> (32U - controlBits));
     for (int i = 0; i < control; ++i) {
         if (m_balance[i] < G7221Regions) {
             ++m_category[m_balance[i]];
         }
     }
-    return decodeVectors() < 0 ? static_cast<std::int32_t>(SpeechExhausted) : SpeechSuccess;
+    return DecodeVectors() < 0 ? static_cast<std::int32_t>(SpeechExhausted) : SpeechSuccess;
 }
 
 /** The power of each region (clause 4.2). */
-std::int32_t G7221FrameBits::decodeEnvelope()
+std::int32_t G7221FrameBits::DecodeEnvelope()
 {
     constexpr unsigned firstBits = 5;
     std::uint32_t word = 0;
@@ -150,7 +150,7 @@ void G7221FrameBits::scaleEnvelope()
 }
 
 /** The categories for a budget of bits, and which regions may be coarser (clause 4.3). */
-void G7221FrameBits::categorize(std::int32_t bits)
+void G7221FrameBits::Categorize(std::int32_t bits)
 {
     if (bits > G7221FrameSamples) {
         bits = G7221FrameSamples + ((bits - G7221FrameSamples) * 5 >> 3);
@@ -166,10 +166,10 @@ void G7221FrameBits::categorize(std::int32_t bits)
             answer = test;
         }
     }
-    balanceCategories(answer, bits);
+    BalanceCategories(answer, bits);
 }
 
-void G7221FrameBits::balanceCategories(std::int32_t answer, std::int32_t bits)
+void G7221FrameBits::BalanceCategories(std::int32_t answer, std::int32_t bits)
 {
     std::int32_t maxRate[G7221Regions];
     std::int32_t minRate[G7221Regions];
@@ -218,7 +218,7 @@ void G7221FrameBits::balanceCategories(std::int32_t answer, std::int32_t bits)
 }
 
 /** The coefficients of all regions (clause 4.4). */
-std::int32_t G7221FrameBits::decodeVectors()
+std::int32_t G7221FrameBits::DecodeVectors()
 {
     bool ranOut = false;
     for (int region = 0; region < G7221Regions; ++region) {

@@ -9,15 +9,15 @@ public:
     explicit G7221FrameBits(G7221State& state) : m_state(state) {}
 
     /** Fills the state's coefficients and shift. @return 0, or 5 when the input ended */
-    std::int32_t decode();
+    std::int32_t DecodeFrameBits();
 
 private:
     std::int32_t decodeCoefficients();
-    std::int32_t decodeEnvelope();
+    std::int32_t DecodeEnvelope();
     void scaleEnvelope();
-    void categorize(std::int32_t bits);
-    void balanceCategories(std::int32_t answer, std::int32_t bits);
-    std::int32_t decodeVectors();
+    void Categorize(std::int32_t bits);
+    void BalanceCategories(std::int32_t answer, std::int32_t bits);
+    std::int32_t DecodeVectors();
     std::int32_t decodeRegion(int region, bool& ranOut);
     void fillSparse(std::int16_t* coefs, int category, std::int32_t deviation);
     void fillNoise(std::int16_t* coefs, std::int32_t deviation);

@@ -106,7 +106,7 @@ std::int16_t overlapped(std::uint32_t sum)
 
 } // namespace
 
-void G7221Synthesis::dctTypeIV(const std::int16_t* coefs, std::int16_t* samples)
+void G7221Synthesis::DctTypeIV(const std::int16_t* coefs, std::int16_t* samples)
 {
     std::int16_t workA[length];
     std::int16_t workB[length];
@@ -126,10 +126,10 @@ void G7221Synthesis::dctTypeIV(const std::int16_t* coefs, std::int16_t* samples)
     rotate(in, samples, length, rotations[stages - 1]);
 }
 
-void G7221Synthesis::coefsToSamples(G7221State& state)
+void G7221Synthesis::CoefsToSamples(G7221State& state)
 {
     std::int16_t* fresh = state.newSamples;
-    dctTypeIV(state.mltCoefs, fresh);
+    DctTypeIV(state.mltCoefs, fresh);
     for (int i = 0; i < length; ++i) {
         fresh[i] = wrap16(fresh[i] + synthesisBias[i]);
     }

@@ -6,9 +6,9 @@
 namespace G7221Synthesis {
 
 /** Transforms the state's coefficients and adds the overlap into its output. */
-void coefsToSamples(G7221State& state);
+void CoefsToSamples(G7221State& state);
 
 /** A type IV discrete cosine transform of length 320. @param coefs,samples 320 each, not overlapping */
-void dctTypeIV(const std::int16_t* coefs, std::int16_t* samples);
+void DctTypeIV(const std::int16_t* coefs, std::int16_t* samples);
 
 } // namespace G7221Synthesis

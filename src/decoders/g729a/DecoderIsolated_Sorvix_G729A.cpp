@@ -63,10 +63,10 @@ void DecoderIsolated_Sorvix_G729A::Release()
 
 DecoderContext* CreateDecoderSorvixG729A()
 {
-    G729AOptions options{};
-    options.type = SpeechTypeWord::G729A;
-    options.fields = G729AOptionPostFilter;
-    options.postFilter = 1;
+    SpeechEngineOptions options{};
+    options.g729a.type = SpeechTypeWord::G729A;
+    options.g729a.fields = G729AOptionPostFilter;
+    options.g729a.postFilter = 1;
     G729AState* engine = nullptr;
     if (G729A_Create(&engine, &options) < 0) {
         return nullptr;

@@ -98,7 +98,8 @@ void releaseAll(G729AState* state)
     }
     release(state->postFilterState);
     release(state->noiseState);
-    GB_Delete(&state->reader);
+    GBEngine* reader = state->reader; // a member of a packed record has no address to give
+    GB_Delete(&reader);
     release(state);
 }
 
@@ -141,7 +142,10 @@ G729AState* assemble(const G729AOptions& options)
     }
     state->noiseState = memory.make<G729ANoiseState>();
     const GBOptions reader = readerOptions(options, memory.rest());
-    if (!complete || state->noiseState == nullptr || GB_Create(&state->reader, &reader) < 0) {
+    GBEngine* bits = nullptr;
+    complete = complete && state->noiseState != nullptr && GB_Create(&bits, &reader) >= 0;
+    state->reader = bits;
+    if (!complete) {
         releaseAll(state);
         return nullptr;
     }
@@ -211,17 +215,18 @@ void keepSynthesis(G729AState& state)
 
 } // namespace
 
-std::uint32_t G729A_MemorySize(const G729AOptions* options)
+std::uint32_t G729A_MemorySize(const SpeechEngineOptions* options)
 {
     const std::size_t records =
         roomFor<G729AState>() + roomFor<G729APostFilterState>() + roomFor<G729ANoiseState>();
     return static_cast<std::uint32_t>(records + blockAlignment - 1) +
-           GB_MemorySize(readerMode(*options), options->ringSize);
+           GB_MemorySize(readerMode(options->g729a), options->g729a.ringSize);
 }
 
-std::int32_t G729A_Create(G729AState** handle, const G729AOptions* options)
+std::int32_t G729A_Create(G729AState** handle, const SpeechEngineOptions* engineOptions)
 {
     *handle = nullptr;
+    const G729AOptions* options = &engineOptions->g729a;
     const bool isRing = options->ringMode != 0;
     const bool powerOfTwo = (options->ringSize & (options->ringSize - 1)) == 0;
     if (!hasType(options->type) || (isRing && (options->ringSize < leastRing || !powerOfTwo))) {

@@ -33,6 +33,10 @@ enum G729AFrameType : std::int16_t
     G729ASid = 2,
 };
 
+// A block for these records may be given at any address and is used from a multiple of 4 on, so no member may
+// need more.
+#pragma pack(push, 4)
+
 /** The memory of the post-filter. */
 struct G729APostFilterState
 {
@@ -57,6 +61,7 @@ struct G729ANoiseState
 struct G729AState
 {
     std::uint32_t external;
+    std::uint32_t paddingA;
     GBEngine* reader;
     std::int16_t* output;
     std::uint32_t frameHeader;                            ///< Whether frames start with a type byte.
@@ -90,14 +95,31 @@ struct G729AState
     std::int16_t badLsf; ///< Never set.
     std::int16_t sharp;  ///< Q14.
     std::int16_t oldT0;
+    std::uint32_t paddingB;
     std::int16_t* exc; ///< Where this frame's excitation starts in oldExc.
     std::uint32_t postFilterOn;
+    std::uint32_t paddingC;
     G729APostFilterState* postFilterState;
     G729ANoiseState* noiseState;
 };
 static_assert(offsetof(G729AState, synth) ==
               offsetof(G729AState, synthHistory) + G729AOrder * sizeof(std::int16_t));
 static_assert(offsetof(G729AState, lspOld) % 4 == 0 && offsetof(G729ANoiseState, lspSid) % 4 == 0);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, reader) == 8);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, output) == 16);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, noiseFg) == 44);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, freqPrev) == 224);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, synth) == 324);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, oldExc) == 484);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, noiseTable) == 956);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, lspOld) == 2916);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, parm) == 2968);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, exc) == 3000);
+static_assert(sizeof(void*) != 8 || offsetof(G729AState, noiseState) == 3024);
+static_assert(sizeof(void*) != 8 || sizeof(G729AState) == 3032);
+static_assert(alignof(G729AState) == 4);
+
+#pragma pack(pop)
 
 /** The prediction filters of a frame's subframes, Q12; coefficient 0 is 4096. */
 using G729AFilter = std::int16_t[G729AOrder + 1];
@@ -110,10 +132,10 @@ struct G729AFrameModel
 };
 
 /** Bytes of a block for an engine made with these options. */
-std::uint32_t G729A_MemorySize(const G729AOptions* options);
+std::uint32_t G729A_MemorySize(const SpeechEngineOptions* options);
 
 /** Makes an engine. @return 0; -1, and a null handle, when options are refused or there is no memory */
-std::int32_t G729A_Create(G729AState** handle, const G729AOptions* options);
+std::int32_t G729A_Create(G729AState** handle, const SpeechEngineOptions* options);
 
 /** Sets the next frame up. */
 std::int32_t G729A_SetupFrame(G729AState* handle, const SpeechFrameSetup* setup);
