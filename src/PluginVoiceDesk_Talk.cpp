@@ -24,7 +24,8 @@ const QString success = QStringLiteral("0");
 // Holds the text of any packet of up to 1536 bytes, more than the capture format has, without an allocation.
 constexpr int encodedTextSize = 2049;
 
-// Bytes of a received packet that its text need not fill: larger than any real packet of any codec.
+// A guard: the largest packet, in bytes, whose text may be shorter than the packet and leave it zeros. No
+// codec has packets of that size, and an event of a few bytes must not cost gigabytes.
 constexpr quint64 maxUnfilledPacket = 1U << 20U;
 
 constexpr double receivedVolume = 100.0; // deliberate: outside of 0.0 to 1.0, which the output limits
@@ -191,7 +192,7 @@ void PluginVoiceDesk::handleAudioReceived(const QVariant& payload)
     const std::string text = inner.value(QStringLiteral("AudioData")).toString().toStdString();
     const quint64 packetSize = quint64{offset} + bitstreamSize;
     if (packetSize > std::max<quint64>(maxUnfilledPacket, text.size())) {
-        return; // sizes that nobody has; the sum may not even fit 32 bits
+        return; // deliberate: dropped, where smaller ones are played as zero bytes
     }
     // Deliberate: with one spare byte, the text of a packet of remainder 1 by 3 does not fit, and zero bytes
     // are played in its place.

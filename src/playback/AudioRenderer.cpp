@@ -10,6 +10,10 @@ namespace {
 
 constexpr int sampleFormatS16 = 1; // numbering of SwrConverter
 
+// Hz. Below it, 20 ms hold no frame: Qt's PulseAudio plug-in divides by the frames of such a period, and Qt
+// itself by a rate of 0 where it looks for the nearest format. Both end the process.
+constexpr std::uint32_t lowestSampleRate = 50;
+
 const QString pcmCodec = QStringLiteral("audio/pcm");
 
 QAudioFormat formatOf(const _TMediaDataPacketInfoV3& packet)
@@ -115,8 +119,11 @@ void AudioRenderer::Play(const boost::intrusive_ptr<_TMediaDataPacketInfoV3>& pa
 void AudioRenderer::openDevice(const _TMediaDataPacketInfoV3& packet)
 {
     const QAudioFormat desired = formatOf(packet);
+    QList<QAudioDeviceInfo> outputs;
+    if (packet.AudioSamplingFreq >= lowestSampleRate) { // otherwise no device is asked, and none suits
+        outputs = QAudioDeviceInfo::availableDevices(QAudio::AudioOutput);
+    }
     // Deliberate: the first device that suits wins, whichever is the default one.
-    const QList<QAudioDeviceInfo> outputs = QAudioDeviceInfo::availableDevices(QAudio::AudioOutput);
     for (const QAudioDeviceInfo& info : outputs) {
         const QAudioFormat nearest = info.nearestFormat(desired);
         if (nearest.codec() != pcmCodec) {
