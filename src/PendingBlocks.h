@@ -1,52 +1,42 @@
 #pragma once
 
-#include <algorithm>
+#include <QString>
+
+#include <cstddef>
 #include <memory>
-#include <vector>
 
 /**
- * The heap blocks that travel with commands as their user data and come back with the replies. A block
- * belongs to the handler of its reply; what no reply has brought back goes with this object.
+ * The heap blocks that travel with commands as their user data and come back with the replies. There is one
+ * register of them in the process, which knows the kind of each block: what a reply brings back is read only
+ * as what it was sent as. A block lives until its reply, also when the plug-in's object has been destroyed in
+ * the meantime and another one gets the reply. What no reply brings back stays, reachable, to the end of the
+ * process: one block for each such request of a user.
+ *
+ * Only used on the plug-in's thread; there is no lock.
  */
-template<class T>
-class PendingBlocks
+namespace PendingBlocks {
+
+/** What becomes of a block that is not in the register, and so is the host's own. */
+enum class Unknown
 {
-public:
-    /** Keeps a block whose command is about to be sent; its reply may come from inside of the sending. */
-    T* add(std::unique_ptr<T> block)
-    {
-        m_blocks.push_back(std::move(block));
-        return m_blocks.back().get();
-    }
-
-    /** Frees a block whose command was not accepted, unless a reply has taken it all the same. */
-    void discard(T* pointer)
-    {
-        const auto block = find(pointer);
-        if (block != m_blocks.end()) {
-            m_blocks.erase(block);
-        }
-    }
-
-    /** The block of a reply; null for a reply without one. */
-    std::unique_ptr<T> take(void* userData)
-    {
-        auto* pointer = static_cast<T*>(userData);
-        const auto block = find(pointer);
-        if (block == m_blocks.end()) {
-            return std::unique_ptr<T>(pointer);
-        }
-        std::unique_ptr<T> taken = std::move(*block);
-        m_blocks.erase(block);
-        return taken;
-    }
-
-private:
-    auto find(const T* pointer)
-    {
-        return std::find_if(m_blocks.begin(), m_blocks.end(),
-                            [pointer](const auto& block) { return block.get() == pointer; });
-    }
-
-    std::vector<std::unique_ptr<T>> m_blocks;
+    Adopt, ///< It is taken to be of the wanted kind, as the contract with the host has it, and freed.
+    Leave,
 };
+
+/** Keeps a block whose command is about to be sent; its reply may come from inside the sending. */
+int* add(std::unique_ptr<int> block);
+QString* add(std::unique_ptr<QString> block);
+
+/** Frees a block whose command was not accepted, unless a reply has taken it all the same. */
+void discard(int* block);
+void discard(QString* block);
+
+/** The block of a reply if it is of this kind. Null for a null pointer and for a block of the other kind,
+ * which stays in the register. */
+std::unique_ptr<int> takeNumber(void* userData, Unknown unknown);
+std::unique_ptr<QString> takeText(void* userData, Unknown unknown);
+
+/** How many blocks wait for their replies. */
+std::size_t count();
+
+} // namespace PendingBlocks

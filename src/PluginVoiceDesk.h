@@ -1,7 +1,6 @@
 #pragma once
 
 #include "FrameSmithWrapper.h"
-#include "PendingBlocks.h"
 #include "VoiceDeskExport.h"
 #include "playback/AudioRenderer.h"
 
@@ -234,8 +233,6 @@ private:
     bool m_audioInDevFlag = false;
     quint32 m_talkSequence = 0; ///< Number of the last TalkData since the last request of a talk.
     AudioRenderer m_audioRenderer;
-    QList<QVariant> m_audioFiles;             ///< The audio files on the server, a QVariantMap each.
-    PendingBlocks<int> m_pendingTalkRequests; ///< Ids of the devices that StartTalkToIPAudio asked for.
-    PendingBlocks<QString> m_pendingUploads;  ///< Guids of the entries that UploadFile asked for.
-    int m_uploadAudioId = 0;                  ///< Provisional id of the last upload; only ever decremented.
+    QList<QVariant> m_audioFiles; ///< The audio files on the server, a QVariantMap each.
+    int m_uploadAudioId = 0;      ///< Provisional id of the last upload; only ever decremented.
 };

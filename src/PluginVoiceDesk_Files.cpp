@@ -1,5 +1,6 @@
 // The audio files on the server: upload with provisional entries, the list and its replies, remote playback.
 
+#include "PendingBlocks.h"
 #include "PluginVoiceDesk.h"
 #include "vocabulary/LogGate.h"
 #include "vocabulary/Vocabulary.h"
@@ -72,14 +73,14 @@ bool PluginVoiceDesk::uploadFile(const QUrl& fileUrl)
     }
     const QString name = fileUrl.fileName(QUrl::FullyDecoded);
     const QString guid = QUuid::createUuid().toString();
-    QString* block = m_pendingUploads.add(std::make_unique<QString>(guid));
+    QString* block = PendingBlocks::add(std::make_unique<QString>(guid));
     const QVariantMap payload{
         {QStringLiteral("content"), content.toBase64()},
         {QStringLiteral("filename"), name},
         {QStringLiteral("length"), duration},
     };
     if (!send(Vocabulary::UploadFile, payload, block)) {
-        m_pendingUploads.discard(block);
+        PendingBlocks::discard(block);
         VOICEDESK_LOG_ERROR("%s, Send UploadFile command failed, (%s)", "PluginVoiceDesk::uploadFile",
                             path.toLocal8Bit().constData());
         return false;
@@ -121,12 +122,16 @@ void PluginVoiceDesk::setAudioFileList(const QList<QVariant>& list)
 
 void PluginVoiceDesk::handleAudioFileList(QVariant result, void* userData, QString returnCode)
 {
-    const std::unique_ptr<QString> guid = m_pendingUploads.take(userData);
+    const bool refusal = returnCode == Vocabulary::returnCodeFileRefused;
+    // Only a refusal of the file reads the block; so at any other code a block of the host's own stays its
+    // own.
+    const std::unique_ptr<QString> guid = PendingBlocks::takeText(
+        userData, refusal ? PendingBlocks::Unknown::Adopt : PendingBlocks::Unknown::Leave);
     if (returnCode == success) {
         setAudioFileList(result.toList());
         return;
     }
-    if (returnCode != Vocabulary::returnCodeFileRefused || !guid) {
+    if (!refusal || !guid) {
         return;
     }
     const int entry = findEntry(m_audioFiles, guidKey, *guid);

@@ -1,5 +1,6 @@
 // What the front end asks for: each request builds a payload and sends it; the reply comes to a handler.
 
+#include "PendingBlocks.h"
 #include "PluginVoiceDesk.h"
 #include "models/ItemRoles.h"
 #include "models/NetworkAudioGroupTreeSortFilterModel.h"
@@ -111,9 +112,9 @@ bool PluginVoiceDesk::startTalkToIPAudio(int ipAudioId)
         return true;
     }
     m_talkSequence = 0; // deliberate: the numbers of a running talk start again, too
-    int* deviceId = m_pendingTalkRequests.add(std::make_unique<int>(ipAudioId));
+    int* deviceId = PendingBlocks::add(std::make_unique<int>(ipAudioId));
     if (!send(Vocabulary::StartTalkToIPAudio, ipAudioId, deviceId)) {
-        m_pendingTalkRequests.discard(deviceId);
+        PendingBlocks::discard(deviceId);
         return false;
     }
     return true;

@@ -6,6 +6,7 @@
 //   AudioReceived --> handleAudioReceived --> Base64Decode --> AudioRenderer
 
 #include "Base64.h"
+#include "PendingBlocks.h"
 #include "PluginVoiceDesk.h"
 #include "StreamType.h"
 #include "vocabulary/Vocabulary.h"
@@ -90,7 +91,7 @@ void PluginVoiceDesk::handleStartTalk(QVariant result, void* /*userData*/, QStri
 void PluginVoiceDesk::handleStartTalkToIPAudio(QVariant result, void* userData, QString returnCode,
                                                QString /*errorCode*/, bool /*flag*/, const QString& /*extra*/)
 {
-    const std::unique_ptr<int> deviceId = m_pendingTalkRequests.take(userData);
+    const std::unique_ptr<int> deviceId = PendingBlocks::takeNumber(userData, PendingBlocks::Unknown::Adopt);
     if (!deviceId) {
         return; // not a reply to a request of ours
     }
