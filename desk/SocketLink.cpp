@@ -69,7 +69,7 @@ void SocketLink::end(const QString& reason)
 {
     m_ready = false;
     m_queued = 0;
-    m_userData.clear();
+    m_sent.clear();
     if (m_retryTimer.isActive()) {
         return; // an error and the end of the connection come both
     }
@@ -88,10 +88,9 @@ bool SocketLink::send(const QString& command, const QVariant& payload, void* use
     }
     WireMessage message;
     message.kind = WireMessage::Command;
-    message.id = ++m_lastId != 0 ? m_lastId : ++m_lastId;
+    message.id = m_sent.add(command, userData);
     message.name = command;
     message.payload = payload;
-    m_userData.insert(message.id, userData);
     m_queued += m_socket.sendBinaryMessage(message.toBytes());
     return true;
 }
@@ -114,11 +113,12 @@ void SocketLink::receive(const QByteArray& bytes)
         m_refusal = message->text;
         m_socket.close();
         break;
-    case WireMessage::Reply:
-        // Further replies to a command come without its user data, which its first reply has used up.
-        Q_EMIT replied(message->name, message->payload, m_userData.take(message->id), message->code,
-                       message->text);
+    case WireMessage::Reply: {
+        // By number alone: user data is of no other command than the one that it was sent with.
+        const SentCommands::Match sent = m_sent.match(message->id, message->name);
+        Q_EMIT replied(sent.command, message->payload, sent.userData, message->code, message->text);
         break;
+    }
     case WireMessage::Event:
         Q_EMIT eventRaised(message->name, message->payload);
         break;

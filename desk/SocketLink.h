@@ -1,8 +1,8 @@
 #pragma once
 
+#include "SentCommands.h"
 #include "ServerLink.h"
 
-#include <QHash>
 #include <QTimer>
 #include <QUrl>
 #include <QWebSocket>
@@ -19,7 +19,8 @@ struct SocketLinkConfig
 
 /**
  * A server in another process, by WebSocket. After a loss the connection is made again by itself, and
- * connected is emitted each time it comes up. What was asked before a loss is not answered any more.
+ * connected is emitted each time it comes up. What was asked before a loss is not answered any more, and its
+ * user data is not given back.
  */
 class SocketLink : public ServerLink
 {
@@ -48,7 +49,6 @@ private:
     bool m_ready = false; ///< Logged in.
     bool m_final = false; ///< Not to be tried again.
     QString m_refusal;    ///< Why, in the words of the server.
-    quint32 m_lastId = 0;
-    qint64 m_queued = 0;              ///< Bytes given to the socket since it had nothing to send.
-    QHash<quint32, void*> m_userData; ///< Of commands without a reply yet, by number.
+    SentCommands m_sent;
+    qint64 m_queued = 0; ///< Bytes given to the socket since it had nothing to send.
 };
