@@ -82,6 +82,11 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         }
         options.secret = QString::fromUtf8(file.readAll()).trimmed();
     }
+    if (parser.value(QStringLiteral("data")).isEmpty()) {
+        // An unset variable in a script: the current folder is not meant.
+        *error = QStringLiteral("--data takes the name of a folder");
+        return std::nullopt;
+    }
     options.embedded.cameras = defaultCameras();
     options.embedded.dataDirectory = QDir(parser.value(QStringLiteral("data"))).absolutePath();
     options.embedded.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();

@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFile>
 #include <QSaveFile>
-#include <QSet>
 #include <QUuid>
 
 namespace {
@@ -22,32 +21,11 @@ constexpr int base64Of(int bytes)
 FileStore::FileStore(RecordDatabase& database, const QString& folder) : m_database(database), m_folder(folder)
 {
     QDir().mkpath(m_folder);
-    removeOrphans();
 }
 
 ServerReply FileStore::failed() const
 {
     return refusal(ReturnCode::storageFailed, m_database.errorString());
-}
-
-/** Contents whose upload was cut off before the database knew of them. */
-void FileStore::removeOrphans()
-{
-    QSet<QString> known;
-    QSqlQuery rows = m_database.query();
-    if (!m_database.run(rows, QStringLiteral("SELECT content FROM files"))) {
-        return;
-    }
-    while (rows.next()) {
-        known.insert(rows.value(0).toString());
-    }
-    QDir folder(m_folder);
-    const QStringList entries = folder.entryList(QDir::Files);
-    for (const QString& entry : entries) {
-        if (!known.contains(entry)) {
-            folder.remove(entry);
-        }
-    }
 }
 
 ServerReply FileStore::upload(const QVariant& payload)

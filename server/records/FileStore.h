@@ -9,7 +9,8 @@
 
 /**
  * The audio files of the library: what is known of them in the database, their content in a folder beside it.
- * A file's content is on the disk before the database knows of it.
+ * A file's content is on the disk before the database knows of it. Nothing in the folder is deleted but the
+ * content of a file that a client deletes: what an upload that was cut off left there stays.
  */
 class FileStore
 {
@@ -40,7 +41,6 @@ public:
     bool exists(int id) { return find(id).has_value(); }
 
 private:
-    void removeOrphans();
     ServerReply failed() const;
 
     RecordDatabase& m_database;

@@ -300,15 +300,18 @@ void TestRecordCommands::wrongUsage_data()
     QTest::newRow("server") << QStringList{"devices", "list", "--server", "http://x"};
     QTest::newRow("timeout") << QStringList{"devices", "list", "--timeout", "0"};
     QTest::newRow("listen") << QStringList{"serve", "--listen", "here"};
+    QTest::newRow("data") << QStringList{"devices", "list", "--data", ""};
+    QTest::newRow("data of a server") << QStringList{"serve", "--data="};
     QTest::newRow("secret file") << QStringList{"devices", "list", "--secret-file", "/nonexistent"};
 }
 
 void TestRecordCommands::wrongUsage()
 {
     QFETCH(QStringList, arguments);
-    const ProgramRun result = run(arguments);
+    const ProgramRun result = run(arguments, !arguments.join(' ').contains("--data"));
     QCOMPARE(result.status, 1);
     QVERIFY(result.err.startsWith("voicedesk: "));
+    QVERIFY(!QFile::exists(path("records.sqlite"))); // the current folder is not the data folder
 }
 
 void TestRecordCommands::helpOfEveryCommand()

@@ -37,7 +37,8 @@ private Q_SLOTS:
     void olderSchemaIsMigrated();
     void newerSchemaIsRefused();
     void notADatabase();
-    void orphanedContentsAreRemoved();
+    void nothingIsDeletedAtAStart_data();
+    void nothingIsDeletedAtAStart();
     void everyCommandIsAnswered();
 
 private:
@@ -437,6 +438,27 @@ void runSql(const QString& file, const QStringList& statements)
     QSqlDatabase::removeDatabase("test");
 }
 
+/** Damages the index of 300 more contents, so that reading it ends in the middle. */
+void damageIndexOfFiles(const QString& file)
+{
+    runSql(file, {"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 300) "
+                  "INSERT INTO files (name, length, status, content) "
+                  "SELECT i, 1, 2, printf('content-%04d', i) FROM n"});
+    QFile bytes(file);
+    QVERIFY(bytes.open(QIODevice::ReadWrite));
+    constexpr qint64 pageSize = 4096;
+    constexpr char indexLeaf = 10; // SQLite's type of a page
+    const QByteArray pages = bytes.readAll();
+    for (int page = 0; page < pages.size(); page += pageSize) {
+        if (pages[page] == indexLeaf && pages.mid(page, pageSize).contains("content-0299")) {
+            QVERIFY(bytes.seek(page));
+            QCOMPARE(bytes.write(QByteArray(pageSize, '\xFF')), pageSize);
+            return;
+        }
+    }
+    QFAIL("no such index");
+}
+
 } // namespace
 
 void TestRecords::olderSchemaIsMigrated()
@@ -482,17 +504,48 @@ void TestRecords::notADatabase()
     QCOMPARE(harness.ask("AddIPAudio", ServerHarness::device("a")).returnCode, QString("301"));
 }
 
-void TestRecords::orphanedContentsAreRemoved()
+void TestRecords::nothingIsDeletedAtAStart_data()
 {
-    const ServerConfig config = persistent();
+    QTest::addColumn<QStringList>("statements");
+    QTest::addColumn<bool>("starts");
+    QTest::newRow("missing database") << QStringList() << true;
+    QTest::newRow("empty database") << QStringList() << true;
+    QTest::newRow("database without the files") << QStringList{"DELETE FROM files"} << true;
+    QTest::newRow("newer database") << QStringList{"DELETE FROM files", "PRAGMA user_version = 99"} << false;
+    QTest::newRow("damaged database") << QStringList() << true;
+}
+
+void TestRecords::nothingIsDeletedAtAStart()
+{
+    QFETCH(QStringList, statements);
+    QFETCH(bool, starts);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+    ServerConfig config = persistent();
+    config.dataDirectory += row;
+    const QString database = config.dataDirectory + "/records.sqlite";
+    const QDir files(config.dataDirectory + "/files");
     {
         ServerHarness harness(config);
-        harness.upload(path("tone.wav"));
+        QCOMPARE(harness.upload(path("tone.wav")), 1);
     }
-    QVERIFY(QFile::copy(path("tone.wav"), config.dataDirectory + "/files/orphan"));
-    ServerHarness harness(config);
-    QCOMPARE(QDir(config.dataDirectory + "/files").entryList(QDir::Files).size(), 1);
-    QVERIFY(!QFile::exists(config.dataDirectory + "/files/orphan"));
+    // What is the user's own, and a content of an upload that was cut off.
+    QVERIFY(QFile::copy(path("tone.wav"), files.filePath("thesis.odt")));
+    QVERIFY(QFile::copy(path("tone.wav"), files.filePath("0a0b0c0d-0000-4000-8000-000000000000")));
+    const QStringList before = files.entryList(QDir::Files);
+    QCOMPARE(before.size(), 3);
+    runSql(database, statements);
+    if (row == "missing database") {
+        QVERIFY(QFile::remove(database));
+    } else if (row == "empty database") {
+        QVERIFY(QFile::resize(database, 0));
+    } else if (row == "damaged database") {
+        damageIndexOfFiles(database);
+    }
+    for (int start = 0; start < 2; ++start) {
+        const RecordingServer server(config);
+        QCOMPARE(server.isOpen(), starts);
+        QCOMPARE(files.entryList(QDir::Files), before);
+    }
 }
 
 void TestRecords::everyCommandIsAnswered()
