@@ -3,8 +3,6 @@
 #include "ServerSession.h"
 #include "SpeakerTalk.h"
 
-#include <QDir>
-
 namespace {
 
 constexpr int defaultEchoDelay = 500; // ms
@@ -26,31 +24,17 @@ std::vector<CameraConfig> defaultCameras(const QString& speechFile)
     };
 }
 
-QString RecordingServer::dataPath(const char* name) const
-{
-    if (m_config.dataDirectory.isEmpty()) {
-        return m_temporaryData.filePath(QLatin1String(name));
-    }
-    QDir().mkpath(m_config.dataDirectory);
-    return QDir(m_config.dataDirectory).filePath(QLatin1String(name));
-}
-
 RecordingServer::RecordingServer(ServerConfig config)
-    : m_config(std::move(config)),
-      m_database(m_config.dataDirectory.isEmpty() ? QString() : dataPath("records.sqlite")),
-      m_secrets(m_config.dataDirectory.isEmpty() ? QString() : dataPath("secret.key")),
-      m_devices(m_database, m_secrets), m_files(m_database, dataPath("files")),
-      m_groups(m_database, m_devices), m_schedules(m_database, m_devices, m_groups, m_files),
+    : m_config(std::move(config)), m_data(m_config.dataDirectory),
+      m_database(m_data.isLasting() ? m_data.path("records.sqlite") : QString()),
+      m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString()), m_devices(m_database, m_secrets),
+      m_files(m_database, m_data.path("files")), m_groups(m_database, m_devices),
+      m_schedules(m_database, m_devices, m_groups, m_files),
       m_rack(m_config.recordingDirectory, m_config.speakersAloud),
       m_playback(m_devices, m_groups, m_files, m_rack, m_config.offlineAddresses),
-      m_scheduleRunner(m_schedules, m_config.clock), m_talks(m_config.cameras, m_config.recordingDirectory)
+      m_scheduleRunner(m_schedules, m_config.clock), m_talks(m_config.cameras, m_config.recordingDirectory),
+      m_errorString(whyNotOpen())
 {
-    if (!m_database.isOpen()) {
-        m_errorString = m_database.errorString();
-    } else if (!m_secrets.isValid()) {
-        m_errorString = QStringLiteral("the key of the passwords cannot be read or written: %1")
-                            .arg(dataPath("secret.key"));
-    }
     registerTalks();
     registerRecords();
     registerPlayback();
@@ -66,6 +50,21 @@ RecordingServer::RecordingServer(ServerConfig config)
     if (isOpen()) {
         m_scheduleRunner.start();
     }
+}
+
+QString RecordingServer::whyNotOpen() const
+{
+    if (!m_data.isHeld()) {
+        return m_data.errorString();
+    }
+    if (!m_database.isOpen()) {
+        return QStringLiteral("%1: %2").arg(m_data.path("records.sqlite"), m_database.errorString());
+    }
+    if (!m_secrets.isValid()) {
+        return QStringLiteral("the key of the passwords cannot be read or written: %1")
+            .arg(m_data.path("secret.key"));
+    }
+    return QString();
 }
 
 void RecordingServer::registerTalks()
@@ -173,6 +172,9 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
 {
     if (!m_config.answers) {
         return std::nullopt;
+    }
+    if (!isOpen()) {
+        return refusal(ReturnCode::storageFailed, m_errorString);
     }
     const auto executor = m_executors.constFind(command);
     if (executor == m_executors.constEnd()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DataFolder.h"
 #include "PlaybackService.h"
 #include "ScheduleRunner.h"
 #include "ScheduleStore.h"
@@ -7,7 +8,6 @@
 #include "TalkService.h"
 
 #include <QHash>
-#include <QTemporaryDir>
 
 #include <functional>
 #include <optional>
@@ -19,8 +19,9 @@ class ServerSession;
 struct ServerConfig
 {
     std::vector<CameraConfig> cameras;
-    QString recordingDirectory;     ///< Created when something is recorded.
-    QString dataDirectory;          ///< Of the database and the audio files; empty: they end with the server.
+    QString recordingDirectory; ///< Created when something is recorded.
+    QString dataDirectory;      ///< Of the database and the audio files, for this process alone as long as
+                                ///< the server lives; empty: they end with the server.
     QSet<QString> offlineAddresses; ///< Devices at these addresses are not there.
     bool speakersAloud = false;     ///< Simulated speakers are also heard on this machine.
     bool answers = true;            ///< False: takes commands and answers none, to try out a dead server.
@@ -50,8 +51,9 @@ public:
 
     const ServerConfig& config() const { return m_config; }
 
-    /** Whether its records can be read and written; errorString says why not. */
-    bool isOpen() const { return m_database.isOpen() && m_secrets.isValid(); }
+    /** Whether its records can be read and written; errorString says why not. Else every command is refused.
+     */
+    bool isOpen() const { return m_errorString.isEmpty(); }
     QString errorString() const { return m_errorString; }
 
     /** The recordings of talks to cameras written so far, in the order of the talks. */
@@ -76,7 +78,7 @@ public:
 private:
     using Executor = std::function<ServerReply(ServerSession&, const QVariant&)>;
 
-    QString dataPath(const char* name) const;
+    QString whyNotOpen() const;
     void registerTalks();
     void registerRecords();
     void registerPlayback();
@@ -84,7 +86,7 @@ private:
     ServerReply startTalkToIPAudio(ServerSession& session, const QVariant& payload);
 
     ServerConfig m_config;
-    QTemporaryDir m_temporaryData; ///< In the place of a data directory.
+    DataFolder m_data;
     RecordDatabase m_database;
     SecretBox m_secrets;
     DeviceStore m_devices;

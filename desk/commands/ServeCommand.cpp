@@ -24,7 +24,8 @@ int runServe(const QStringList& words)
     CommandArguments arguments(QStringLiteral(
         "Runs the reference server alone, for desks in other processes.\n\n"
         "Who may log in stands in the file \"users\" of the data folder; --add-user adds a name, or\n"
-        "without one a token, with the password from --secret-file or VOICEDESK_SECRET."));
+        "without one a token, with the password from --secret-file or VOICEDESK_SECRET.\n\n"
+        "While the server runs, no other program may use the data folder; commands reach it by --server."));
     arguments.option("listen", "Address and port (default: 127.0.0.1:8440; port 0 takes a free one).",
                      "address:port", "127.0.0.1:8440");
     arguments.flag("tls", "Encrypt; a certificate is made in the data folder at the first start.");

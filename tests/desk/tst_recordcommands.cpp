@@ -39,6 +39,9 @@ private Q_SLOTS:
     void wrongUsage();
     void helpOfEveryCommand();
     void serverThatCannotStart();
+    void oneServerForADataFolder_data();
+    void oneServerForADataFolder();
+    void killedServerKeepsNobodyOut();
     void serverWithoutUsers();
     void wrongSecret();
     void serverIsKilledUnderLoad();
@@ -332,6 +335,60 @@ void TestRecordCommands::serverThatCannotStart()
     QVERIFY(!embedded.err.isEmpty());
     const ProgramRun alone = run({"serve", "--listen", "127.0.0.1:0", "--add-user", "anna"});
     QCOMPARE(alone.status, 8);
+}
+
+void TestRecordCommands::oneServerForADataFolder_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("another server") << QStringList{"serve", "--listen", "127.0.0.1:0", "--add-user", "bert"};
+    QTest::newRow("a list") << QStringList{"devices", "list"};
+    QTest::newRow("a change") << QStringList{"devices", "add", "Dock", "10.0.0.6", "554"};
+    QTest::newRow("a talk") << QStringList{"say", "--device", "1", "--source", ANNOUNCEMENT_WAV};
+}
+
+void TestRecordCommands::oneServerForADataFolder()
+{
+    QFETCH(QStringList, arguments);
+    startServer("ws");
+    QCOMPARE(run({"devices", "add", "Gate", "10.0.0.5", "554"}).status, 0);
+    // However long it has been running.
+    QFile lock(path("data/server.lock"));
+    QVERIFY(lock.open(QIODevice::ReadWrite));
+    QVERIFY(lock.setFileTime(QDateTime::currentDateTime().addYears(-1), QFileDevice::FileModificationTime));
+    lock.close();
+    const auto state = [this] {
+        QStringList entries;
+        for (const QFileInfo& entry : QDir(path("data")).entryInfoList(QDir::Files)) {
+            entries += QStringLiteral("%1 %2 %3")
+                           .arg(entry.fileName())
+                           .arg(entry.size())
+                           .arg(entry.lastModified().toMSecsSinceEpoch());
+        }
+        return entries;
+    };
+    const QStringList before = state();
+    const ProgramRun second = run(arguments + QStringList{"--data", "data"}, false);
+    QCOMPARE(second.status, 8);
+    const QString holder = QStringLiteral("in use by voicedesk (process %1 on %2)")
+                               .arg(m_server->processId())
+                               .arg(QSysInfo::machineHostName());
+    QVERIFY2(second.err.contains(holder), qPrintable(second.err));
+    QCOMPARE(state(), before);
+    QCOMPARE(run({"devices", "list", "--json"}).json().size(), 1); // the first one goes on
+}
+
+void TestRecordCommands::killedServerKeepsNobodyOut()
+{
+    startServer("ws");
+    QCOMPARE(run({"devices", "add", "Gate", "10.0.0.5", "554"}).status, 0);
+    m_server->kill();
+    QVERIFY(m_server->waitForFinished());
+    m_server.reset();
+    QVERIFY(QFile::exists(path("data/server.lock")));
+    const ProgramRun list = run({"devices", "list", "--json", "--data", "data"}, false);
+    QVERIFY2(list.status == 0, qPrintable(list.err));
+    QCOMPARE(list.json().size(), 1);
+    QVERIFY(!QFile::exists(path("data/server.lock"))); // it ended by itself
 }
 
 void TestRecordCommands::serverWithoutUsers()

@@ -39,6 +39,8 @@ private Q_SLOTS:
     void notADatabase();
     void nothingIsDeletedAtAStart_data();
     void nothingIsDeletedAtAStart();
+    void successorMayStart();
+    void lockOfAKilledProcessOfTheSameNumber();
     void everyCommandIsAnswered();
 
 private:
@@ -501,7 +503,12 @@ void TestRecords::notADatabase()
     file.close();
     ServerHarness harness(config);
     QVERIFY(!harness.server->isOpen());
-    QCOMPARE(harness.ask("AddIPAudio", ServerHarness::device("a")).returnCode, QString("301"));
+    QVERIFY(harness.server->errorString().contains("records.sqlite"));
+    for (const char* command : {"AddIPAudio", "RetrieveIPAudioModel", "UploadFile", "GetCamera"}) {
+        const ServerReply reply = harness.ask(command, ServerHarness::device("a"));
+        QCOMPARE(reply.returnCode, QString("301"));
+        QCOMPARE(reply.errorText, harness.server->errorString());
+    }
 }
 
 void TestRecords::nothingIsDeletedAtAStart_data()
@@ -546,6 +553,38 @@ void TestRecords::nothingIsDeletedAtAStart()
         QCOMPARE(server.isOpen(), starts);
         QCOMPARE(files.entryList(QDir::Files), before);
     }
+}
+
+void TestRecords::successorMayStart()
+{
+    // A window makes its next server before the one before is deleted.
+    const ServerConfig config = persistent();
+    auto first = std::make_unique<ServerHarness>(config);
+    first->addDevice("Gate");
+    ServerHarness second(config);
+    QVERIFY2(second.server->isOpen(), qPrintable(second.server->errorString()));
+    first.reset();
+    QVERIFY(QFile::exists(config.dataDirectory + "/server.lock")); // the second one's, too
+    QCOMPARE(second.ask("RetrieveIPAudioModel").result.toList().size(), 1);
+}
+
+void TestRecords::lockOfAKilledProcessOfTheSameNumber()
+{
+    const ServerConfig config = persistent();
+    QFile lock(config.dataDirectory + "/server.lock");
+    QByteArray left;
+    {
+        const RecordingServer server(config);
+        QVERIFY(lock.open(QIODevice::ReadOnly));
+        left = lock.readAll();
+        lock.close();
+        QVERIFY(left.startsWith(QByteArray::number(QCoreApplication::applicationPid())));
+    }
+    QVERIFY(lock.open(QIODevice::WriteOnly));
+    QCOMPARE(lock.write(left), qint64{left.size()});
+    lock.close();
+    const RecordingServer server(config);
+    QVERIFY2(server.isOpen(), qPrintable(server.errorString()));
 }
 
 void TestRecords::everyCommandIsAnswered()

@@ -6,6 +6,8 @@
 
 #include <QDir>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -30,6 +32,9 @@ private:
     static QByteArray xdotool(const QStringList& arguments);
     static void keys(const QStringList& names) { xdotool(QStringList{"key", "--delay", "60"} + names); }
 
+    /** The texts of a query on the records while the program has them open. */
+    QStringList stored(const char* query) const;
+
     QTemporaryDir m_folder;
     std::unique_ptr<PulseServer> m_pulse;
 };
@@ -38,6 +43,24 @@ void TestDeskProgram::initTestCase()
 {
     m_pulse = std::make_unique<PulseServer>();
     QVERIFY(m_pulse->ready());
+}
+
+QStringList TestDeskProgram::stored(const char* query) const
+{
+    QStringList texts;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "records");
+        database.setDatabaseName(m_folder.filePath("data/records.sqlite"));
+        database.setConnectOptions("QSQLITE_OPEN_READONLY");
+        database.open();
+        QSqlQuery rows(database);
+        rows.exec(QString::fromLatin1(query));
+        while (rows.next()) {
+            texts.append(rows.value(0).toString());
+        }
+    }
+    QSqlDatabase::removeDatabase("records");
+    return texts;
 }
 
 QByteArray TestDeskProgram::xdotool(const QStringList& arguments)
@@ -108,16 +131,15 @@ void TestDeskProgram::recordsOutliveTheProgram()
     keys({"Tab"});
     xdotool({"type", "--delay", "40", "10.0.0.7"});
     keys({"Return"});
-    const auto devices = [&] {
-        QProcess list;
-        list.start(PROGRAM_DIR "/voicedesk", {"devices", "list", "--data", m_folder.filePath("data")});
-        list.waitForFinished(20000);
-        return list.readAllStandardOutput();
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(devices().contains("10.0.0.7"), 20000);
-    QVERIFY(devices().contains("Hall"));
+    QTRY_COMPARE_WITH_TIMEOUT(stored("SELECT ip FROM devices"), QStringList{"10.0.0.7"}, 20000);
     program->terminate();
     QVERIFY(program->waitForFinished(20000));
+    // Not before: the data folder is the running program's.
+    QProcess list;
+    list.start(PROGRAM_DIR "/voicedesk", {"devices", "list", "--data", m_folder.filePath("data")});
+    QVERIFY(list.waitForFinished(20000));
+    const QByteArray devices = list.readAllStandardOutput();
+    QVERIFY2(devices.contains("10.0.0.7") && devices.contains("Hall"), devices.constData());
 }
 
 void TestDeskProgram::fileIsChosen()
@@ -131,13 +153,7 @@ void TestDeskProgram::fileIsChosen()
     xdotool({"windowfocus", "--sync", QString::fromLatin1(dialog.split('\n').last())});
     xdotool({"type", "--delay", "20", ANNOUNCEMENT_WAV});
     keys({"Return"});
-    const auto files = [&] {
-        QProcess list;
-        list.start(PROGRAM_DIR "/voicedesk", {"files", "list", "--data", m_folder.filePath("data")});
-        list.waitForFinished(20000);
-        return list.readAllStandardOutput();
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(files().contains("announcement.wav"), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(stored("SELECT name FROM files"), QStringList{"announcement.wav"}, 20000);
     program->terminate();
     QVERIFY(program->waitForFinished(20000));
 }
