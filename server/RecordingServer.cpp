@@ -27,9 +27,10 @@ std::vector<CameraConfig> defaultCameras(const QString& speechFile)
 RecordingServer::RecordingServer(ServerConfig config)
     : m_config(std::move(config)), m_data(m_config.dataDirectory),
       m_database(m_data.isLasting() ? m_data.path("records.sqlite") : QString()),
-      m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString()), m_devices(m_database, m_secrets),
-      m_files(m_database, m_data.path("files")), m_groups(m_database, m_devices),
-      m_schedules(m_database, m_devices, m_groups, m_files),
+      m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString(),
+                !DeviceStore::hasPasswords(m_database)),
+      m_devices(m_database, m_secrets), m_files(m_database, m_data.path("files")),
+      m_groups(m_database, m_devices), m_schedules(m_database, m_devices, m_groups, m_files),
       m_rack(m_config.recordingDirectory, m_config.speakersAloud),
       m_playback(m_devices, m_groups, m_files, m_rack, m_config.offlineAddresses),
       m_scheduleRunner(m_schedules, m_config.clock), m_talks(m_config.cameras, m_config.recordingDirectory),
@@ -61,8 +62,7 @@ QString RecordingServer::whyNotOpen() const
         return QStringLiteral("%1: %2").arg(m_data.path("records.sqlite"), m_database.errorString());
     }
     if (!m_secrets.isValid()) {
-        return QStringLiteral("the key of the passwords cannot be read or written: %1")
-            .arg(m_data.path("secret.key"));
+        return m_secrets.errorString();
     }
     return QString();
 }

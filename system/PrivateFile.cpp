@@ -2,6 +2,7 @@
 
 #ifdef _WIN32
 #include <QDir>
+#include <QUuid>
 
 #include <cstddef>
 #include <memory>
@@ -13,6 +14,8 @@
 #include <aclapi.h>
 #include <sddl.h>
 #else
+#include "WholeFile.h"
+
 #include <QSaveFile>
 #endif
 
@@ -56,42 +59,58 @@ HANDLE createFor(const std::wstring& user, const QString& path)
     }
     const Local<void> owner(descriptor, &LocalFree);
     SECURITY_ATTRIBUTES attributes{sizeof(attributes), descriptor, FALSE};
-    return CreateFileW(path.toStdWString().c_str(), GENERIC_WRITE, 0, &attributes, CREATE_ALWAYS,
+    return CreateFileW(path.toStdWString().c_str(), GENERIC_WRITE, 0, &attributes, CREATE_NEW,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 } // namespace
 
-bool writePrivateFile(const QString& path, const QByteArray& bytes)
+bool writePrivateFile(const QString& path, const QByteArray& bytes, QString* error)
 {
+    const auto fail = [error](DWORD code) {
+        if (error != nullptr) {
+            *error = qt_error_string(static_cast<int>(code));
+        }
+        return false;
+    };
     const QString target = QDir::toNativeSeparators(path);
-    const QString made = target + QStringLiteral(".new");
-    DeleteFileW(made.toStdWString().c_str()); // an older one would keep its rights
+    // Of a name that no other file has: one that is there already is somebody's, and would keep its rights.
+    const QString made =
+        QStringLiteral("%1.%2").arg(target, QUuid::createUuid().toString(QUuid::WithoutBraces));
     const HANDLE file = createFor(currentUser(), made);
     if (file == INVALID_HANDLE_VALUE) {
-        return false;
+        return fail(GetLastError());
     }
     DWORD written = 0;
     const bool whole =
         WriteFile(file, bytes.constData(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0 &&
         written == static_cast<DWORD>(bytes.size()) && FlushFileBuffers(file) != 0;
+    DWORD code = GetLastError();
     CloseHandle(file);
-    if (whole && MoveFileExW(made.toStdWString().c_str(), target.toStdWString().c_str(),
-                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0) {
-        return true;
+    if (whole) {
+        if (MoveFileExW(made.toStdWString().c_str(), target.toStdWString().c_str(),
+                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0) {
+            return true;
+        }
+        code = GetLastError();
     }
     DeleteFileW(made.toStdWString().c_str());
-    return false;
+    return fail(code);
 }
 
 #else
 
-bool writePrivateFile(const QString& path, const QByteArray& bytes)
+bool writePrivateFile(const QString& path, const QByteArray& bytes, QString* error)
 {
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) &&
-           file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
-           file.write(bytes) == bytes.size() && file.commit();
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ||
+        !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
+        if (error != nullptr) {
+            *error = file.errorString();
+        }
+        return false;
+    }
+    return saveWhole(file, bytes, error);
 }
 
 #endif

@@ -57,12 +57,19 @@ int runServe(const QStringList& words)
     if (!config.users.load(usersFile)) {
         return PluginSession::fail(ExitServerFailed, QStringLiteral("%1 cannot be read").arg(usersFile));
     }
-    if (arguments.isSet("add-user") &&
-        (!config.users.setPassword(arguments.value("add-user"), arguments.client().secret) ||
-         !config.users.save(usersFile))) {
-        return PluginSession::fail(ExitUsage,
-                                   QStringLiteral("the user cannot be added; is there a password in "
-                                                  "--secret-file or VOICEDESK_SECRET?"));
+    if (arguments.isSet("add-user")) {
+        if (!config.users.setPassword(arguments.value("add-user"), arguments.client().secret)) {
+            return PluginSession::fail(ExitUsage,
+                                       QStringLiteral("the user cannot be added; is there a password in "
+                                                      "--secret-file or VOICEDESK_SECRET?"));
+        }
+        QString error;
+        if (!config.users.save(usersFile, &error)) {
+            return PluginSession::fail(
+                ExitServerFailed,
+                QStringLiteral("the user is not added, %1 cannot be written: %2; it is as it was")
+                    .arg(usersFile, error));
+        }
     }
     if (config.users.isEmpty()) {
         return PluginSession::fail(ExitUsage,

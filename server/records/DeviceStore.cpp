@@ -37,6 +37,15 @@ QVariantMap readRecord(const QSqlQuery& row, const SecretBox& secrets)
 
 } // namespace
 
+bool DeviceStore::hasPasswords(RecordDatabase& database)
+{
+    QSqlQuery sealed = database.query();
+    return !database.run(sealed,
+                         QStringLiteral("SELECT EXISTS (SELECT 1 FROM devices WHERE length(password) > ?)"),
+                         {SecretBox::overhead()}) ||
+           !sealed.next() || sealed.value(0).toBool();
+}
+
 ServerReply DeviceStore::failed() const
 {
     return refusal(ReturnCode::storageFailed, m_database.errorString());

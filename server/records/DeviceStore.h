@@ -16,6 +16,10 @@ public:
     {
     }
 
+    /** Whether a device has a password, which only the key that sealed it opens; true when that cannot be
+     * known. */
+    static bool hasPasswords(RecordDatabase& database);
+
     ServerReply add(const QVariant& payload);
     ServerReply update(const QVariant& payload);
     ServerReply remove(const QVariant& payload);

@@ -3,10 +3,11 @@
 #include "AudioFileReader.h"
 #include "RecordChecks.h"
 
+#include <WholeFile.h>
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 #include <QUuid>
 
 namespace {
@@ -46,10 +47,9 @@ ServerReply FileStore::upload(const QVariant& payload)
     }
     const QString contentName = QUuid::createUuid().toString(QUuid::WithoutBraces);
     const QString path = QDir(m_folder).filePath(contentName);
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content.decoded) != content.decoded.size() ||
-        !file.commit()) {
-        return refuse(QStringLiteral("the file cannot be stored: %1").arg(file.errorString()));
+    QString error;
+    if (!writeWholeFile(path, content.decoded, &error)) {
+        return refuse(QStringLiteral("the file cannot be stored: %1").arg(error));
     }
     const auto length = AudioFileReader::duration(path);
     if (!length) {

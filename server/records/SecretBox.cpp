@@ -20,25 +20,46 @@ unsigned char* bytesOf(QByteArray& bytes)
 
 } // namespace
 
-SecretBox::SecretBox(const QString& keyFile)
+SecretBox::SecretBox(const QString& keyFile, bool mayMakeKey) : m_key(readOrMakeKey(keyFile, mayMakeKey)) {}
+
+int SecretBox::overhead()
 {
+    return crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
+}
+
+/** Empty, and the error set, on failure. */
+QByteArray SecretBox::readOrMakeKey(const QString& keyFile, bool mayMakeKey)
+{
+    constexpr int keySize = crypto_secretbox_KEYBYTES;
     if (sodium_init() < 0) {
-        return;
+        m_error = QStringLiteral("the cipher of the passwords does not start");
+        return QByteArray();
     }
     QFile existing(keyFile);
-    if (!keyFile.isEmpty() && existing.exists()) {
-        if (existing.open(QIODevice::ReadOnly)) {
-            const QByteArray key = existing.readAll();
-            m_key = key.size() == static_cast<int>(crypto_secretbox_KEYBYTES) ? key : QByteArray();
+    if (!keyFile.isEmpty() && existing.exists() && existing.size() > 0) {
+        const bool opened = existing.open(QIODevice::ReadOnly);
+        const QByteArray key = opened ? existing.readAll() : QByteArray();
+        if (key.size() == keySize) {
+            return key;
         }
-        return;
+        m_error = opened ? QStringLiteral("%1 is not a key of %2 bytes").arg(keyFile).arg(keySize)
+                         : QStringLiteral("%1 cannot be read: %2").arg(keyFile, existing.errorString());
+        return QByteArray();
     }
-    QByteArray key(crypto_secretbox_KEYBYTES, '\0');
+    if (!mayMakeKey) {
+        m_error = QStringLiteral("%1 is missing or empty, and passwords of devices are sealed with it; "
+                                 "put it back from a copy")
+                      .arg(keyFile);
+        return QByteArray();
+    }
+    QByteArray key(keySize, '\0');
     randombytes_buf(key.data(), static_cast<std::size_t>(key.size()));
-    if (!keyFile.isEmpty() && !writePrivateFile(keyFile, key)) {
-        return;
+    QString reason;
+    if (!keyFile.isEmpty() && !writePrivateFile(keyFile, key, &reason)) {
+        m_error = QStringLiteral("%1 cannot be written: %2").arg(keyFile, reason);
+        return QByteArray();
     }
-    m_key = key;
+    return key;
 }
 
 QByteArray SecretBox::seal(const QString& text) const

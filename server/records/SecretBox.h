@@ -11,10 +11,19 @@
 class SecretBox
 {
 public:
-    /** @param keyFile made when missing; empty for a key that ends with the object */
-    explicit SecretBox(const QString& keyFile);
+    /**
+     * @param keyFile empty for a key that ends with the object
+     * @param mayMakeKey whether a key file that is missing, or has no bytes, is made: not when something is
+     *        sealed with the key that is lost
+     */
+    explicit SecretBox(const QString& keyFile, bool mayMakeKey = true);
 
+    /** Whether there is a key; errorString says why not. */
     bool isValid() const { return !m_key.isEmpty(); }
+    QString errorString() const { return m_error; }
+
+    /** Bytes that seal adds to a text's UTF-8. */
+    static int overhead();
 
     QByteArray seal(const QString& text) const;
 
@@ -22,5 +31,8 @@ public:
     QString unseal(const QByteArray& sealed) const;
 
 private:
+    QByteArray readOrMakeKey(const QString& keyFile, bool mayMakeKey);
+
+    QString m_error;
     QByteArray m_key;
 };

@@ -1,11 +1,11 @@
 #include "ServerCertificate.h"
 
 #include <PrivateFile.h>
+#include <WholeFile.h>
 
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -74,12 +74,6 @@ bool create(QByteArray* certificatePem, QByteArray* keyPem)
     return true;
 }
 
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
-}
-
 QByteArray readFile(const QString& path)
 {
     QFile file(path);
@@ -96,9 +90,18 @@ std::optional<ServerCertificate> ServerCertificate::loadOrCreate(const QString& 
     if (!QFile::exists(certificatePath) && !QFile::exists(keyPath)) {
         QByteArray certificatePem;
         QByteArray keyPem;
-        if (!create(&certificatePem, &keyPem) || !writePrivateFile(keyPath, keyPem) ||
-            !writeFile(certificatePath, certificatePem)) {
-            *error = QStringLiteral("the certificate cannot be made in %1").arg(folder);
+        if (!create(&certificatePem, &keyPem)) {
+            *error = QStringLiteral("the certificate cannot be made");
+            return std::nullopt;
+        }
+        QString reason;
+        if (!writePrivateFile(keyPath, keyPem, &reason)) {
+            *error = QStringLiteral("%1 cannot be written: %2").arg(keyPath, reason);
+            return std::nullopt;
+        }
+        if (!writeWholeFile(certificatePath, certificatePem, &reason)) {
+            QFile::remove(keyPath); // made just now; alone it would keep the next start from making both
+            *error = QStringLiteral("%1 cannot be written: %2").arg(certificatePath, reason);
             return std::nullopt;
         }
     }

@@ -41,13 +41,13 @@ bool UserBook::load(const QString& path)
     return true;
 }
 
-bool UserBook::save(const QString& path) const
+bool UserBook::save(const QString& path, QString* error) const
 {
     QByteArray lines;
     for (auto entry = m_hashes.begin(); entry != m_hashes.end(); ++entry) {
         lines += entry.key().toUtf8() + ' ' + entry.value() + '\n';
     }
-    return writePrivateFile(path, lines);
+    return writePrivateFile(path, lines, error);
 }
 
 bool UserBook::setPassword(const QString& name, const QString& password)

@@ -16,7 +16,8 @@ public:
     /** Reads a file; false when that fails, an absent file is an empty book. */
     bool load(const QString& path);
 
-    bool save(const QString& path) const;
+    /** Writes a file; false, and an error, when that fails, an older one is then as it was. */
+    bool save(const QString& path, QString* error = nullptr) const;
 
     /** Adds a user or changes a password; an empty name stands for a token. False for a name with blanks. */
     bool setPassword(const QString& name, const QString& password);

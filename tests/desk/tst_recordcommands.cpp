@@ -1,6 +1,7 @@
 // The commands on records, as people and scripts use them: against the server inside of the program, and
 // against one in another process.
 
+#include "FullDisk.h"
 #include "ProgramRun.h"
 #include "SignalMeasure.h"
 #include "WavFiles.h"
@@ -42,6 +43,7 @@ private Q_SLOTS:
     void oneServerForADataFolder_data();
     void oneServerForADataFolder();
     void killedServerKeepsNobodyOut();
+    void userOnAFullDisk();
     void serverWithoutUsers();
     void wrongSecret();
     void serverIsKilledUnderLoad();
@@ -389,6 +391,28 @@ void TestRecordCommands::killedServerKeepsNobodyOut()
     QVERIFY2(list.status == 0, qPrintable(list.err));
     QCOMPARE(list.json().size(), 1);
     QVERIFY(!QFile::exists(path("data/server.lock"))); // it ended by itself
+}
+
+void TestRecordCommands::userOnAFullDisk()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Needs a limit of a file's size.");
+    }
+    QCOMPARE(run({"devices", "list"}).status, 0);
+    QFile users(path("data/users"));
+    QVERIFY(users.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 4000; ++i) {
+        users.write(QStringLiteral("user%1 $argon2id$v=19$m=65536,t=2,p=1$c2FsdA$aGFzaA\n").arg(i).toUtf8());
+    }
+    users.close();
+    const qint64 size = users.size();
+    // The records have room, the users, one more than before, have not.
+    const FullDisk disk(static_cast<unsigned long>(size) + 20);
+    const ProgramRun result =
+        run({"serve", "--listen", "127.0.0.1:0", "--add-user", "anna", "--data", "data"}, false);
+    QCOMPARE(result.status, 8);
+    QVERIFY2(result.err.contains(path("data/users") + " cannot be written: "), qPrintable(result.err));
+    QCOMPARE(users.size(), size);
 }
 
 void TestRecordCommands::serverWithoutUsers()

@@ -1,6 +1,7 @@
 // The records of the reference server: what it accepts and refuses, and that it keeps what it confirmed.
 
 #include "FileReaders.h"
+#include "FullDisk.h"
 #include "ServerHarness.h"
 #include "SoundFiles.h"
 #include "WavFiles.h"
@@ -21,6 +22,10 @@ private Q_SLOTS:
     void passwordsAreSealed();
     void recordsOutliveTheServer();
     void lostKeyIsReported();
+    void lostKeyIsNotReplaced_data();
+    void lostKeyIsNotReplaced();
+    void keyThatCannotBeWritten();
+    void uploadOnAFullDisk();
     void groups();
     void refusedGroups();
     void files_data();
@@ -207,6 +212,76 @@ void TestRecords::lostKeyIsReported()
     const RecordingServer server(config);
     QVERIFY(!server.isOpen());
     QVERIFY(server.errorString().contains("secret.key"));
+}
+
+void TestRecords::lostKeyIsNotReplaced_data()
+{
+    QTest::addColumn<bool>("empty");
+    QTest::addColumn<QString>("password");
+    QTest::newRow("missing, with a password") << false << "s3cret";
+    QTest::newRow("empty, with a password") << true << "s3cret";
+    QTest::newRow("missing, with a device without a password") << false << "";
+    QTest::newRow("empty, as a start on a full disk left it") << true << "";
+}
+
+void TestRecords::lostKeyIsNotReplaced()
+{
+    QFETCH(bool, empty);
+    QFETCH(QString, password);
+    ServerConfig config = persistent();
+    config.dataDirectory += QString::fromLatin1(QTest::currentDataTag());
+    {
+        ServerHarness harness(config);
+        harness.ask("AddIPAudio", with(ServerHarness::device("Gate"), "password", password));
+    }
+    QFile key(config.dataDirectory + "/secret.key");
+    QVERIFY(empty ? key.resize(0) : key.remove());
+    {
+        ServerHarness harness(config);
+        QCOMPARE(harness.server->isOpen(), password.isEmpty());
+        QCOMPARE(harness.server->errorString().contains(config.dataDirectory + "/secret.key"),
+                 !password.isEmpty());
+    }
+    QCOMPARE(key.size(), qint64{password.isEmpty() ? 32 : 0});
+    QCOMPARE(key.exists(), empty || password.isEmpty());
+}
+
+void TestRecords::keyThatCannotBeWritten()
+{
+#ifdef Q_OS_WIN
+    QSKIP("Needs a symbolic link.");
+#endif
+    const ServerConfig config = persistent();
+    QVERIFY(QDir().mkpath(config.dataDirectory));
+    QVERIFY(QFile::link("/nonexistent/key", config.dataDirectory + "/secret.key"));
+    const RecordingServer server(config);
+    QVERIFY(!server.isOpen());
+    QVERIFY2(
+        server.errorString().contains(config.dataDirectory + "/secret.key cannot be written: No such file"),
+        qPrintable(server.errorString()));
+}
+
+void TestRecords::uploadOnAFullDisk()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Needs a limit of a file's size.");
+    }
+    const ServerConfig config = persistent();
+    ServerHarness harness(config);
+    QCOMPARE(harness.upload(path("tone.wav")), 1);
+    const QDir files(config.dataDirectory + "/files");
+    const QStringList before = files.entryList(QDir::Files);
+    {
+        // All but the last bytes have room.
+        const FullDisk disk(static_cast<unsigned long>(QFileInfo(path("tone.wav")).size() - 10));
+        QFile file(path("tone.wav"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const ServerReply reply = harness.ask(
+            "UploadFile", QVariantMap{{"filename", "tone.wav"}, {"content", file.readAll().toBase64()}});
+        QCOMPARE(reply.returnCode, QString("-2"));
+        QVERIFY2(reply.errorText.contains("cannot be stored: "), qPrintable(reply.errorText));
+    }
+    QCOMPARE(files.entryList(QDir::Files), before);
 }
 
 void TestRecords::groups()

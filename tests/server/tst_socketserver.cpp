@@ -1,6 +1,7 @@
 // The server's door: real sockets, real TLS, and clients of every kind.
 
 #include "FileReaders.h"
+#include "FullDisk.h"
 #include "ServerCertificate.h"
 #include "ServerHarness.h"
 #include "SocketLink.h"
@@ -20,6 +21,7 @@ private Q_SLOTS:
     void initTestCase();
     void userBook();
     void certificateIsMadeOnce();
+    void certificateOnAFullDisk();
     void commandsRepliesAndEvents();
     void userDataComesBackOnce();
     void largeMessageTellsItsProgress();
@@ -151,6 +153,24 @@ void TestSocketServer::certificateIsMadeOnce()
     broken.close();
     QVERIFY(!ServerCertificate::loadOrCreate(folder, &error));
     QVERIFY(error.contains("server.key"));
+}
+
+void TestSocketServer::certificateOnAFullDisk()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Needs a limit of a file's size.");
+    }
+    const QString folder = m_folder.filePath("full");
+    for (const unsigned long room : {0UL, 300UL}) { // none; for the key, which is shorter, alone
+        const FullDisk disk(room);
+        QString error;
+        QVERIFY(!ServerCertificate::loadOrCreate(folder, &error));
+        QVERIFY2(error.contains(folder + (room == 0 ? "/server.key cannot" : "/server.crt cannot")),
+                 qPrintable(error));
+        QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList());
+    }
+    QString error;
+    QVERIFY2(ServerCertificate::loadOrCreate(folder, &error), qPrintable(error));
 }
 
 void TestSocketServer::commandsRepliesAndEvents()

@@ -1,5 +1,7 @@
 #include "FileReaders.h"
+#include "FullDisk.h"
 #include "PrivateFile.h"
+#include "WholeFile.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -12,6 +14,8 @@ private Q_SLOTS:
     void isWrittenWhole();
     void takesTheOtherOnesPlace();
     void cannotBeWritten();
+    void fullDisk_data();
+    void fullDisk();
 
 private:
     static QByteArray contents(const QString& path)
@@ -57,6 +61,41 @@ void TestPrivateFile::cannotBeWritten()
     QVERIFY(QDir().mkpath(folder + QStringLiteral("/inside")));
     QVERIFY(!writePrivateFile(folder, "x"));
     QVERIFY(QFileInfo(folder).isDir());
+}
+
+void TestPrivateFile::fullDisk_data()
+{
+    QTest::addColumn<bool>("isPrivate");
+    QTest::addColumn<int>("room");
+    for (const bool isPrivate : {true, false}) {
+        const QByteArray kind = isPrivate ? "private" : "whole";
+        QTest::addRow("%s file, no room", kind.constData()) << isPrivate << 0;
+        QTest::addRow("%s file, too little room", kind.constData()) << isPrivate << 100;
+    }
+}
+
+void TestPrivateFile::fullDisk()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Needs a limit of a file's size.");
+    }
+    QFETCH(bool, isPrivate);
+    QFETCH(int, room);
+    const auto write = [&](const QString& path, QString* error) {
+        const QByteArray bytes(103, 'n'); // less than any buffer
+        const FullDisk disk(static_cast<unsigned long>(room));
+        return isPrivate ? writePrivateFile(path, bytes, error) : writeWholeFile(path, bytes, error);
+    };
+    const QString folder = m_folder.filePath(QString::fromLatin1(QTest::currentDataTag()));
+    QVERIFY(QDir().mkpath(folder));
+    const QString older = QDir(folder).filePath(QStringLiteral("older"));
+    QVERIFY(writePrivateFile(older, "old"));
+    QString error;
+    QVERIFY(!write(older, &error));
+    QVERIFY(!error.isEmpty());
+    QCOMPARE(contents(older), QByteArray("old"));
+    QVERIFY(!write(QDir(folder).filePath(QStringLiteral("new")), nullptr));
+    QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList{"older"});
 }
 
 QTEST_GUILESS_MAIN(TestPrivateFile)
