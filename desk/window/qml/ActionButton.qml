@@ -27,7 +27,7 @@ Button {
         border.width: root.visualFocus ? 2 : 1
         border.color: root.visualFocus ? (root.highlighted ? Theme.text : Theme.accent) : root.highlighted ? Theme.accent : Theme.border
     }
-    contentItem: Text {
+    contentItem: PlainText {
         text: root.text
         font: root.font
         color: root.highlighted ? Theme.accentText : Theme.text

@@ -23,14 +23,14 @@ Rectangle {
         anchors { left: parent.left; leftMargin: 16; verticalCenter: parent.verticalCenter }
         width: buttons.x - x - Theme.space
         spacing: 2
-        Text {
+        PlainText {
             width: parent.width
             text: root.title
             wrapMode: Text.Wrap
             color: root.severe ? "#ffffff" : Theme.warningText
             font { pixelSize: Theme.textSize; weight: Font.DemiBold }
         }
-        Text {
+        PlainText {
             width: parent.width
             visible: text !== ""
             text: root.detail

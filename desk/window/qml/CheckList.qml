@@ -29,7 +29,7 @@ ColumnLayout {
 
     RowLayout {
         Layout.fillWidth: true
-        Text {
+        PlainText {
             Layout.fillWidth: true
             text: root.checkedIds.length > 0 ? qsTr("%1 (%2 chosen)").arg(root.label).arg(root.checkedIds.length) : root.label
             elide: Text.ElideRight
@@ -68,7 +68,7 @@ ColumnLayout {
             }
             function toggle() { root.setChecked(entryId, !root.isChecked(entryId)); }
         }
-        Text {
+        PlainText {
             anchors.centerIn: parent
             width: parent.width - 24
             visible: frame.count === 0

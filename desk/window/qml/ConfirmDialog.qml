@@ -16,7 +16,7 @@ Dialog {
     padding: 18
     header: DialogTitle { text: root.title }
 
-    contentItem: Text {
+    contentItem: PlainText {
         text: root.question
         wrapMode: Text.Wrap
         color: Theme.text

@@ -32,7 +32,7 @@ ScrollView {
                 radius: 7
                 color: root.connection.online ? Theme.good : Theme.bad
             }
-            Text {
+            PlainText {
                 objectName: "connectionState"
                 Layout.fillWidth: true
                 text: qsTr("%1: %2").arg(root.connection.stateText).arg(root.connection.server)
@@ -41,7 +41,7 @@ ScrollView {
                 font { pixelSize: 16; weight: Font.DemiBold }
             }
         }
-        Text {
+        PlainText {
             Layout.fillWidth: true
             visible: root.connection.reason !== "" && !root.connection.online
             text: root.connection.reason
@@ -63,7 +63,7 @@ ScrollView {
             }
         }
 
-        Text {
+        PlainText {
             Layout.topMargin: 10
             text: qsTr("Another server")
             color: Theme.text
@@ -116,7 +116,7 @@ ScrollView {
             onClicked: root.signIn()
         }
 
-        Text {
+        PlainText {
             Layout.topMargin: 10
             text: qsTr("This desk")
             color: Theme.text
@@ -126,8 +126,8 @@ ScrollView {
             columns: 2
             columnSpacing: 14
             rowSpacing: 8
-            Text { text: qsTr("Colours"); color: Theme.text; font.pixelSize: Theme.textSize }
-            ComboBox {
+            PlainText { text: qsTr("Colours"); color: Theme.text; font.pixelSize: Theme.textSize }
+            DropDown {
                 id: theme
                 objectName: "themeChoice"
                 readonly property var values: ["system", "light", "dark"]
@@ -137,8 +137,8 @@ ScrollView {
                 onActivated: desk.settings.theme = values[index]
                 Accessible.name: qsTr("Colours")
             }
-            Text { text: qsTr("Language"); color: Theme.text; font.pixelSize: Theme.textSize }
-            ComboBox {
+            PlainText { text: qsTr("Language"); color: Theme.text; font.pixelSize: Theme.textSize }
+            DropDown {
                 id: language
                 objectName: "languageChoice"
                 readonly property var values: ["", "en", "de"]

@@ -12,7 +12,7 @@ Column {
     width: Math.min(parent.width - 40, 560)
     spacing: Theme.space
 
-    Text {
+    PlainText {
         width: parent.width
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.Wrap

@@ -121,7 +121,7 @@ ColumnLayout {
                 color: Qt.rgba(Theme.accent.r, Theme.accent.g, Theme.accent.b, 0.18)
                 border { width: 3; color: Theme.accent }
                 radius: Theme.radius
-                Text {
+                PlainText {
                     anchors.centerIn: parent
                     text: qsTr("Drop to send to the server")
                     color: Theme.text
@@ -131,7 +131,7 @@ ColumnLayout {
         }
     }
 
-    Text {
+    PlainText {
         visible: desk.playback.count > 0
         text: qsTr("Playing")
         color: Theme.text

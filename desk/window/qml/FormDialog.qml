@@ -37,7 +37,7 @@ Dialog {
         RowLayout {
             width: parent.width
             spacing: 8
-            Text {
+            PlainText {
                 Layout.fillWidth: true
                 text: pending.problem !== "" ? pending.problem : !root.valid ? root.hint : ""
                 wrapMode: Text.Wrap

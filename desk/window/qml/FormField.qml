@@ -16,7 +16,7 @@ ColumnLayout {
 
     spacing: 3
 
-    Text {
+    PlainText {
         text: root.label
         color: Theme.text
         font.pixelSize: Theme.textSize
@@ -30,7 +30,7 @@ ColumnLayout {
         onTextEdited: { root.touched = true; root.edited(); }
         background: FieldFrame { active: field.activeFocus; wrong: hint.visible }
     }
-    Text {
+    PlainText {
         id: hint
         Layout.fillWidth: true
         visible: root.touched && !root.valid

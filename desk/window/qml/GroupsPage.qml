@@ -71,7 +71,7 @@ ColumnLayout {
             onTriggered: root.addNew()
         }
     }
-    Text {
+    PlainText {
         Layout.fillWidth: true
         visible: deletion.problem !== ""
         text: deletion.problem

@@ -101,7 +101,7 @@ ApplicationWindow {
             implicitHeight: 40
             RowLayout {
                 anchors { fill: parent; leftMargin: 16; rightMargin: 8 }
-                Text {
+                PlainText {
                     Layout.fillWidth: true
                     elide: Text.ElideRight
                     text: root.talk.muted ? qsTr("Talking to %1, but the microphone is muted").arg(root.talk.partners)
@@ -126,7 +126,7 @@ ApplicationWindow {
                     id: rail
                     anchors { fill: parent; margins: 12 }
                     spacing: 4
-                    Text {
+                    PlainText {
                         Layout.bottomMargin: 12
                         Layout.leftMargin: 8
                         text: "VoiceDesk"

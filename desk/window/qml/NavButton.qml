@@ -25,7 +25,7 @@ AbstractButton {
         border.width: root.visualFocus ? 2 : 0
         border.color: root.checked ? Theme.text : Theme.accent
     }
-    contentItem: Text {
+    contentItem: PlainText {
         leftPadding: 8
         verticalAlignment: Text.AlignVCenter
         text: root.text

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import "."
 
 // The heading of a page.
-Text {
+PlainText {
     font.pixelSize: Theme.titleSize
     font.weight: Font.DemiBold
     color: Theme.text

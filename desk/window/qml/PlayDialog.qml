@@ -66,12 +66,20 @@ Dialog {
             onModelChanged: list.list.currentIndex = -1
             onOpenRequested: function(entry) { entry.clicked(); }
             delegate: ItemDelegate {
+                id: entry
                 width: ListView.view.width
                 text: root.onGroup ? model.nameRole : model.deviceNameRole
                 onClicked: root.start(model.idRole, text)
                 focusPolicy: Qt.NoFocus
+                contentItem: PlainText {
+                    text: entry.text
+                    elide: Text.ElideRight
+                    verticalAlignment: Text.AlignVCenter
+                    color: Theme.text
+                    font.pixelSize: Theme.textSize
+                }
             }
-            Text {
+            PlainText {
                 anchors.centerIn: parent
                 visible: list.count === 0
                 color: Theme.quiet

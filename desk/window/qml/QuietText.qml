@@ -2,7 +2,7 @@ import QtQuick 2.15
 import "."
 
 // An explanation.
-Text {
+PlainText {
     color: Theme.quiet
     font.pixelSize: Theme.smallSize
     wrapMode: Text.Wrap

@@ -51,23 +51,21 @@ Item {
         ColumnLayout {
             Layout.fillWidth: true
             spacing: 1
-            Text {
+            PlainText {
                 Layout.fillWidth: true
                 text: root.title
-                textFormat: Text.PlainText
                 elide: Text.ElideRight
                 color: Theme.text
                 font.pixelSize: Theme.textSize
             }
-            Text {
+            PlainText {
                 Layout.fillWidth: true
                 text: root.detail
-                textFormat: Text.PlainText
                 elide: Text.ElideRight
                 color: Theme.quiet
                 font.pixelSize: Theme.smallSize
             }
-            Text {
+            PlainText {
                 Layout.fillWidth: true
                 visible: text !== ""
                 text: root.footnote
@@ -76,7 +74,7 @@ Item {
                 font.pixelSize: Theme.smallSize
             }
         }
-        Text {
+        PlainText {
             Layout.maximumWidth: 320
             visible: root.note !== ""
             text: root.note

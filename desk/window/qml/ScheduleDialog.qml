@@ -95,22 +95,22 @@ FormDialog {
             columns: 2
             columnSpacing: 12
             rowSpacing: 8
-            Text { text: qsTr("Audio file"); color: Theme.text; font.pixelSize: Theme.textSize }
-            ComboBox {
+            PlainText { text: qsTr("Audio file"); color: Theme.text; font.pixelSize: Theme.textSize }
+            DropDown {
                 id: file
                 Layout.fillWidth: true
                 model: root.files.map(function(entry) { return entry.audioName; })
                 displayText: currentIndex < 0 ? qsTr("Choose a file") : currentText
                 Accessible.name: qsTr("Audio file")
             }
-            Text { text: qsTr("How often"); color: Theme.text; font.pixelSize: Theme.textSize }
-            ComboBox {
+            PlainText { text: qsTr("How often"); color: Theme.text; font.pixelSize: Theme.textSize }
+            DropDown {
                 id: type
                 Layout.fillWidth: true
                 model: [qsTr("Once"), qsTr("Every day"), qsTr("On days of the week")]
                 Accessible.name: qsTr("How often")
             }
-            Text { text: qsTr("Days"); color: Theme.text; font.pixelSize: Theme.textSize; visible: type.currentIndex === 2 }
+            PlainText { text: qsTr("Days"); color: Theme.text; font.pixelSize: Theme.textSize; visible: type.currentIndex === 2 }
             RowLayout {
                 visible: type.currentIndex === 2
                 spacing: 2
@@ -130,7 +130,7 @@ FormDialog {
                     }
                 }
             }
-            Text { text: type.currentIndex === 0 ? qsTr("When") : qsTr("From"); color: Theme.text; font.pixelSize: Theme.textSize }
+            PlainText { text: type.currentIndex === 0 ? qsTr("When") : qsTr("From"); color: Theme.text; font.pixelSize: Theme.textSize }
             MomentField { id: start; objectName: "scheduleStart"; name: qsTr("Start") }
             TickBox { id: hasEnd; text: qsTr("Until"); visible: type.currentIndex !== 0; onVisibleChanged: if (!visible) checked = false }
             MomentField { id: end; name: qsTr("End"); visible: type.currentIndex !== 0; enabled: hasEnd.checked }

@@ -111,7 +111,7 @@ ColumnLayout {
             onChosen: function(row) { dialog.edit(desk.schedules.record(root.schedules, row)); }
         }
     }
-    Text {
+    PlainText {
         Layout.fillWidth: true
         visible: text !== ""
         text: deletion.problem !== "" ? deletion.problem : change.problem

@@ -44,7 +44,7 @@ RowLayout {
             name: qsTr("Cameras and speakers")
             model: desk.targets
             list.section.property: "kind"
-            list.section.delegate: Text {
+            list.section.delegate: PlainText {
                 width: ListView.view.width
                 leftPadding: 10
                 topPadding: 8
@@ -75,7 +75,7 @@ RowLayout {
         Layout.preferredWidth: 400
         spacing: 10
 
-        Text {
+        PlainText {
             objectName: "talkHeading"
             Layout.fillWidth: true
             Layout.topMargin: 4
@@ -91,7 +91,7 @@ RowLayout {
             Accessible.role: Accessible.StaticText
             Accessible.name: text
         }
-        Text {
+        PlainText {
             objectName: "talkClock"
             Layout.alignment: Qt.AlignHCenter
             text: root.talking ? root.clock(root.talk.seconds) : "–"
@@ -122,7 +122,7 @@ RowLayout {
                 border.width: button.visualFocus ? 4 : 0
                 border.color: Theme.text
             }
-            contentItem: Text {
+            contentItem: PlainText {
                 text: button.text
                 horizontalAlignment: Text.AlignHCenter
                 verticalAlignment: Text.AlignVCenter
@@ -144,7 +144,7 @@ RowLayout {
             implicitHeight: 44
             radius: Theme.radius
             color: Theme.live
-            Text {
+            PlainText {
                 anchors.centerIn: parent
                 width: parent.width - 16
                 horizontalAlignment: Text.AlignHCenter
@@ -163,7 +163,7 @@ RowLayout {
             columnSpacing: 12
             rowSpacing: 10
 
-            Text { text: qsTr("Microphone"); color: Theme.text; font.pixelSize: Theme.textSize }
+            PlainText { text: qsTr("Microphone"); color: Theme.text; font.pixelSize: Theme.textSize }
             LevelMeter {
                 objectName: "saidMeter"
                 Layout.fillWidth: true
@@ -185,7 +185,7 @@ RowLayout {
                 ToolTip.delay: 600
                 ToolTip.text: "Ctrl+M"
             }
-            Text { text: qsTr("Volume"); color: Theme.text; font.pixelSize: Theme.textSize }
+            PlainText { text: qsTr("Volume"); color: Theme.text; font.pixelSize: Theme.textSize }
             Slider {
                 id: volume
                 objectName: "volumeSlider"
@@ -197,8 +197,8 @@ RowLayout {
                 Accessible.name: qsTr("Volume of the microphone")
                 onMoved: root.talk.volume = value
             }
-            Text { text: qsTr("%1 %").arg(Math.round(volume.value)); color: Theme.text; font.pixelSize: Theme.textSize; Layout.minimumWidth: 50 }
-            Text { text: qsTr("Heard"); color: Theme.text; font.pixelSize: Theme.textSize }
+            PlainText { text: qsTr("%1 %").arg(Math.round(volume.value)); color: Theme.text; font.pixelSize: Theme.textSize; Layout.minimumWidth: 50 }
+            PlainText { text: qsTr("Heard"); color: Theme.text; font.pixelSize: Theme.textSize }
             LevelMeter {
                 objectName: "heardMeter"
                 Layout.fillWidth: true

@@ -57,7 +57,7 @@ AbstractButton {
             color: root.chosen ? Theme.accent : "transparent"
             border.width: 1.5
             border.color: root.chosen ? Theme.accent : Theme.quiet
-            Text {
+            PlainText {
                 anchors.centerIn: parent
                 visible: root.chosen
                 text: "✓"
@@ -68,14 +68,14 @@ AbstractButton {
         ColumnLayout {
             Layout.fillWidth: true
             spacing: 1
-            Text {
+            PlainText {
                 Layout.fillWidth: true
                 text: root.name
                 elide: Text.ElideRight
                 color: root.offline ? Theme.quiet : Theme.text
                 font.pixelSize: Theme.textSize
             }
-            Text {
+            PlainText {
                 Layout.fillWidth: true
                 text: root.detail
                 elide: Text.ElideRight
@@ -83,7 +83,7 @@ AbstractButton {
                 font.pixelSize: Theme.smallSize
             }
         }
-        Text {
+        PlainText {
             Layout.rightMargin: 10
             text: root.stateText
             color: root.state === TargetModel.Talking ? Theme.good : root.state === TargetModel.Failed ? Theme.bad : Theme.quiet

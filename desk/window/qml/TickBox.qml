@@ -16,7 +16,7 @@ CheckBox {
         border.width: root.visualFocus ? 3 : 1.5
         border.color: root.checked || root.visualFocus ? Theme.accent : Theme.quiet
         opacity: root.enabled ? 1 : 0.5
-        Text {
+        PlainText {
             anchors.centerIn: parent
             visible: root.checked
             text: "✓"
@@ -24,10 +24,9 @@ CheckBox {
             font { pixelSize: 13; weight: Font.Bold }
         }
     }
-    contentItem: Text {
+    contentItem: PlainText {
         leftPadding: root.indicator.width + 8
         text: root.text
-        textFormat: Text.PlainText
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
         color: Theme.text

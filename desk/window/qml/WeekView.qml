@@ -27,7 +27,7 @@ ColumnLayout {
         ActionButton { text: qsTr("‹ Earlier"); onClicked: root.monday = root.dayAt(-7) }
         ActionButton { text: qsTr("This week"); onClicked: root.monday = desk.schedules.mondayOf(new Date()) }
         ActionButton { text: qsTr("Later ›"); onClicked: root.monday = root.dayAt(7) }
-        Text {
+        PlainText {
             Layout.leftMargin: 10
             text: qsTr("%1 to %2").arg(Qt.formatDate(root.monday, Qt.DefaultLocaleShortDate)).arg(Qt.formatDate(root.dayAt(6), Qt.DefaultLocaleShortDate))
             color: Theme.text
@@ -54,7 +54,7 @@ ColumnLayout {
                 ColumnLayout {
                     anchors { fill: parent; margins: 6 }
                     spacing: 4
-                    Text {
+                    PlainText {
                         Layout.fillWidth: true
                         horizontalAlignment: Text.AlignHCenter
                         text: Qt.formatDate(day.date, "ddd d")
@@ -85,16 +85,15 @@ ColumnLayout {
                             }
                             contentItem: Column {
                                 leftPadding: 6
-                                Text {
+                                PlainText {
                                     id: time
                                     text: Qt.formatTime(new Date(2000, 0, 1, Math.floor(modelData.minute / 60), modelData.minute % 60), Qt.DefaultLocaleShortDate)
                                     color: Theme.quiet
                                     font.pixelSize: Theme.smallSize
                                 }
-                                Text {
+                                PlainText {
                                     width: run.width - 14
                                     text: modelData.name
-                                    textFormat: Text.PlainText
                                     elide: Text.ElideRight
                                     color: Theme.text
                                     font.pixelSize: Theme.smallSize

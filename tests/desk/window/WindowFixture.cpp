@@ -124,17 +124,24 @@ bool WindowFixture::shows(const QString& text)
            }) != nullptr;
 }
 
+void WindowFixture::visit(const std::function<void(QQuickItem*)>& look)
+{
+    search(window()->contentItem(), [&look](QQuickItem* item) {
+        look(item);
+        return false;
+    });
+}
+
 QStringList WindowFixture::cutTexts()
 {
     QStringList cut;
-    search(window()->contentItem(), [&cut](QQuickItem* item) {
+    visit([&cut](QQuickItem* item) {
         const QString text = item->property("text").toString();
         const bool tooWide = item->inherits("QQuickText") && item->property("wrapMode").toInt() == 0 &&
                              item->width() > 0 && item->property("contentWidth").toReal() > item->width() + 1;
         if (item->property("truncated").toBool() || tooWide) {
             cut.append(text);
         }
-        return false;
     });
     return cut;
 }

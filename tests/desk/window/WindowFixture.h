@@ -32,6 +32,8 @@ public:
     QQuickItem* control(const QString& text);
     /** Whether some visible text contains this; waits a while for it. */
     bool shows(const QString& text);
+    /** Calls a function with every visible item. */
+    void visit(const std::function<void(QQuickItem*)>& look);
     /** The visible texts that do not fit where they stand. */
     QStringList cutTexts();
     /** Waits a while until an item is not there any more. */
