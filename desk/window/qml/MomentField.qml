@@ -7,20 +7,14 @@ import "."
 RowLayout {
     id: root
     property string name
-    property string value
     readonly property bool valid: !isNaN(Date.fromLocaleString(Qt.locale("C"), day.text + " " + time.text, "yyyy-MM-dd hh:mm").getTime())
+    // Empty while the texts are no date and time.
+    readonly property string value: valid ? day.text + "T" + time.text + ":00" : ""
     spacing: 8
 
-    onValueChanged: {
-        const parts = value.split("T");
-        if (day.text !== parts[0])
-            day.text = parts[0];
-        if (parts.length > 1 && time.text !== parts[1].substring(0, 5))
-            time.text = parts[1].substring(0, 5);
-    }
-    function take() {
-        if (valid)
-            value = day.text + "T" + time.text + ":00";
+    function show(moment) {
+        day.text = moment.substring(0, 10);
+        time.text = moment.substring(11, 16);
     }
 
     TextField {
@@ -29,7 +23,6 @@ RowLayout {
         selectByMouse: true
         placeholderText: "2026-12-31"
         Accessible.name: qsTr("%1: day, like 2026-12-31").arg(root.name)
-        onTextChanged: root.take()
         background: FieldFrame { active: day.activeFocus; wrong: !root.valid }
     }
     TextField {
@@ -38,7 +31,6 @@ RowLayout {
         selectByMouse: true
         placeholderText: "08:30"
         Accessible.name: qsTr("%1: time, like 08:30").arg(root.name)
-        onTextChanged: root.take()
         background: FieldFrame { active: time.activeFocus; wrong: !root.valid }
     }
     Item { Layout.fillWidth: true }

@@ -35,9 +35,9 @@ FormDialog {
         nameField.touched = false;
         type.currentIndex = record.scheduleType;
         weekdays = settings.weekdays ? Array.from(settings.weekdays) : [];
-        start.value = record.scheduleStartTime;
+        start.show(record.scheduleStartTime);
         hasEnd.checked = record.enableScheduleEndTime === true;
-        end.value = record.scheduleEndTime !== "" ? record.scheduleEndTime : record.scheduleStartTime;
+        end.show(record.scheduleEndTime !== "" ? record.scheduleEndTime : record.scheduleStartTime);
         let at = -1;
         for (let i = 0; i < files.length; ++i) {
             if (files[i].audioID === record.audioID)
@@ -133,7 +133,7 @@ FormDialog {
             PlainText { text: type.currentIndex === 0 ? qsTr("When") : qsTr("From"); color: Theme.text; font.pixelSize: Theme.textSize }
             MomentField { id: start; objectName: "scheduleStart"; name: qsTr("Start") }
             TickBox { id: hasEnd; text: qsTr("Until"); visible: type.currentIndex !== 0; onVisibleChanged: if (!visible) checked = false }
-            MomentField { id: end; name: qsTr("End"); visible: type.currentIndex !== 0; enabled: hasEnd.checked }
+            MomentField { id: end; objectName: "scheduleEnd"; name: qsTr("End"); visible: type.currentIndex !== 0; enabled: hasEnd.checked }
         }
         RowLayout {
             Layout.fillWidth: true

@@ -27,6 +27,7 @@ private Q_SLOTS:
     void files();
     void groups();
     void schedules();
+    void typedScheduleTimes();
 
 private:
     /** Adds a speaker through its dialog. */
@@ -287,6 +288,42 @@ void TestDeskWindow::schedules()
     desk.click("List");
     desk.click("Opening: switched on");
     QVERIFY(desk.shows("Next run: switched off"));
+}
+
+void TestDeskWindow::typedScheduleTimes()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    desk.page(5);
+    desk.click("Add a schedule…");
+    desk.fill("scheduleName", "Opening");
+    desk.click("Hall");
+    const QDate day = QDate::currentDate().addDays(3);
+    desk.click("Start: day, like 2026-12-31");
+    desk.key(Qt::Key_A, Qt::ControlModifier);
+    for (const QChar character : day.toString(Qt::ISODate)) {
+        QTest::keyClick(desk.window(), character.toLatin1());
+    }
+    desk.click("Start: time, like 08:30");
+    desk.key(Qt::Key_A, Qt::ControlModifier);
+    for (const char character : {'0', '7', ':', '4', '1'}) {
+        QTest::keyClick(desk.window(), character);
+    }
+    QVERIFY(desk.item("save")->isEnabled());
+    desk.key(Qt::Key_Backspace);
+    QVERIFY(!desk.item("save")->isEnabled());
+    QVERIFY(desk.shows("The start is no date and time."));
+    QTest::keyClick(desk.window(), '5');
+    QTRY_VERIFY(desk.item("save")->isEnabled());
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+    QVERIFY(desk.control("Opening: edit"));
+    QObject* schedules = nullptr;
+    QMetaObject::invokeMethod(desk.desk().plugin(), "getNetworkAudioScheduleModel",
+                              Q_RETURN_ARG(QObject*, schedules), Q_ARG(QObject*, desk.window()));
+    QCOMPARE(desk.desk().schedules()->record(schedules, 0).value("scheduleStartTime"),
+             QVariant(day.toString(Qt::ISODate) + "T07:45:00"));
 }
 
 int main(int argc, char** argv)

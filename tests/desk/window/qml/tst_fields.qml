@@ -74,15 +74,42 @@ Item {
                 { tag: "words", text: "tomorrow", time: "noon", valid: false }
             ];
         }
+        function write(field, text) {
+            mouseClick(field);
+            keyClick(Qt.Key_A, Qt.ControlModifier);
+            for (let i = 0; i < text.length; ++i)
+                keyClick(text[i]);
+            if (text === "")
+                keyClick(Qt.Key_Delete);
+            compare(field.text, text);
+        }
         function test_moments(row) {
-            moment.value = "2026-01-01T00:00:00";
-            compare(moment.children[0].text, "2026-01-01");
-            compare(moment.children[1].text, "00:00");
-            moment.children[0].text = row.text;
-            moment.children[1].text = row.time;
+            moment.show("2026-01-01T00:00:00");
+            compare(moment.value, "2026-01-01T00:00:00");
+            write(moment.children[0], row.text);
+            write(moment.children[1], row.time);
             compare(moment.valid, row.valid);
-            if (row.valid)
-                compare(moment.value, row.text + "T" + row.time + ":00");
+            compare(moment.value, row.valid ? row.text + "T" + row.time + ":00" : "");
+        }
+        function test_correctedMoment() {
+            moment.show("2026-11-22T08:30:00");
+            mouseClick(moment.children[0]);
+            keyClick(Qt.Key_End);
+            keyClick(Qt.Key_Backspace);
+            compare(moment.valid, false);
+            keyClick("9");
+            compare(moment.value, "2026-11-29T08:30:00");
+            mouseClick(moment.children[1]);
+            keyClick(Qt.Key_End);
+            keyClick(Qt.Key_Backspace);
+            keyClick("5");
+            compare(moment.value, "2026-11-29T08:35:00");
+        }
+        function test_shownMomentReplacesAWrongOne() {
+            moment.show("2026-11-22T08:30:00");
+            write(moment.children[0], "soon");
+            moment.show("2026-11-22T08:30:00");
+            compare(moment.value, "2026-11-22T08:30:00");
         }
     }
 }
