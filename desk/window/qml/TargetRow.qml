@@ -35,7 +35,11 @@ AbstractButton {
     width: ListView.view ? ListView.view.width : implicitWidth
     height: Theme.rowHeight
     focusPolicy: Qt.NoFocus
-    onClicked: { ListView.view.currentIndex = index; toggle(); }
+    onClicked: {
+        ListView.view.forceActiveFocus(); // out of the search, where a space would be a letter
+        ListView.view.currentIndex = index;
+        toggle();
+    }
     onDoubleClicked: if (!locked) { desk.targets.chooseOnly(key); desk.talk.start(); }
     Accessible.role: Accessible.CheckBox
     Accessible.checkable: true

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void emptyPages();
     void talkToACamera();
     void talkKey();
+    void talkKeyAfterASearch();
     void refusedTalk();
     void speakers();
     void severalSpeakersAtOnce();
@@ -132,6 +133,22 @@ void TestDeskWindow::talkKey()
     QTest::keyPress(desk.window(), Qt::Key_Space);
     QTest::keyRelease(desk.window(), Qt::Key_Space);
     QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::talkKeyAfterASearch()
+{
+    WindowFixture desk;
+    desk.click(desk.item("targetSearch"));
+    for (const char character : {'g', 'a', 't', 'e'}) {
+        QTest::keyClick(desk.window(), character);
+    }
+    desk.click("Front gate");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QCOMPARE(desk.desk().talk()->partners(), QString("Front gate"));
+    QCOMPARE(desk.item("targetSearch")->property("text").toString(), QString("gate"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
 }
 
 void TestDeskWindow::refusedTalk()
