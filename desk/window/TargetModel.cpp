@@ -63,7 +63,7 @@ void TargetModel::setSearch(const QString& text)
     }
     m_search = text;
     Q_EMIT searchChanged();
-    filter();
+    rearrange(m_targets);
 }
 
 void TargetModel::setSpeakers(QAbstractItemModel* speakers)
@@ -92,7 +92,7 @@ void TargetModel::rebuild()
     for (const Target& target : m_targets) {
         states.insert(target.key(), target.state);
     }
-    m_targets.clear();
+    std::vector<Target> targets;
     for (const QVariant& entry : qAsConst(m_cameras)) {
         const QVariantMap camera = entry.toMap();
         Target target;
@@ -101,7 +101,7 @@ void TargetModel::rebuild()
         target.name = camera.value(QStringLiteral("camName")).toString();
         target.detail = target.id;
         target.online = camera.value(QStringLiteral("online"), true).toBool();
-        m_targets.push_back(target);
+        targets.push_back(target);
     }
     for (int row = 0; m_speakers && row < m_speakers->rowCount(); ++row) {
         const QModelIndex index = m_speakers->index(row, 0);
@@ -109,34 +109,79 @@ void TargetModel::rebuild()
         target.id = QString::number(index.data(SpeakerId).toInt());
         target.name = index.data(SpeakerName).toString();
         target.detail = index.data(SpeakerAddress).toString();
-        m_targets.push_back(target);
+        targets.push_back(target);
     }
     QSet<QString> keys;
-    for (Target& target : m_targets) {
+    for (Target& target : targets) {
         target.state = target.online ? states.value(target.key(), Ready) : Offline;
         target.state = target.online && target.state == Offline ? Ready : target.state;
         keys.insert(target.key());
     }
     const int before = m_chosen.size();
     m_chosen.intersect(keys);
-    filter();
+    rearrange(std::move(targets));
     Q_EMIT listed();
     if (m_chosen.size() != before) {
         Q_EMIT chosenChanged();
     }
 }
 
-void TargetModel::filter()
+/** Shows what the search finds in a list; a row that stays is neither removed nor moved. */
+void TargetModel::rearrange(std::vector<Target> targets)
 {
-    beginResetModel();
-    m_shown.clear();
-    for (std::size_t i = 0; i < m_targets.size(); ++i) {
-        if (m_targets[i].name.contains(m_search, Qt::CaseInsensitive) ||
-            m_targets[i].detail.contains(m_search, Qt::CaseInsensitive)) {
-            m_shown.push_back(i);
+    std::vector<std::size_t> shown;
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        if (targets[i].name.contains(m_search, Qt::CaseInsensitive) ||
+            targets[i].detail.contains(m_search, Qt::CaseInsensitive)) {
+            shown.push_back(i);
         }
     }
-    endResetModel();
+    // Same rows at the start and at the end stay; what lies between is taken out and put in anew.
+    const auto same = [&](std::size_t before, std::size_t after) {
+        return m_targets[before].isSameAs(targets[after]);
+    };
+    const auto ends = std::mismatch(m_shown.begin(), m_shown.end(), shown.begin(), shown.end(), same);
+    const auto first = static_cast<std::size_t>(ends.first - m_shown.begin());
+    const auto lasts = std::mismatch(m_shown.rbegin(), std::make_reverse_iterator(ends.first), shown.rbegin(),
+                                     std::make_reverse_iterator(ends.second), same);
+    const auto kept = static_cast<std::size_t>(lasts.first - m_shown.rbegin());
+    const auto removed = m_shown.size() - first - kept;
+    const auto added = shown.size() - first - kept;
+    std::vector<std::size_t> changed;
+    for (std::size_t row = 0; row < shown.size(); ++row) {
+        const bool stays = row < first || row >= first + added;
+        if (stays &&
+            !m_targets[m_shown[row < first ? row : row - added + removed]].looksLike(targets[shown[row]])) {
+            changed.push_back(row);
+        }
+    }
+
+    const bool moves = removed > 0 || added > 0;
+    if (moves) {
+        Q_EMIT aboutToRearrange();
+    }
+    if (removed > 0) {
+        beginRemoveRows(QModelIndex(), static_cast<int>(first), static_cast<int>(first + removed) - 1);
+        const auto from = m_shown.begin() + static_cast<std::ptrdiff_t>(first);
+        m_shown.erase(from, from + static_cast<std::ptrdiff_t>(removed));
+        endRemoveRows();
+    }
+    m_targets = std::move(targets);
+    m_shown = shown;
+    const auto at = m_shown.begin() + static_cast<std::ptrdiff_t>(first);
+    m_shown.erase(at, at + static_cast<std::ptrdiff_t>(added));
+    if (added > 0) {
+        beginInsertRows(QModelIndex(), static_cast<int>(first), static_cast<int>(first + added) - 1);
+        m_shown = std::move(shown);
+        endInsertRows();
+    }
+    for (const std::size_t row : changed) {
+        const QModelIndex changedRow = index(static_cast<int>(row));
+        Q_EMIT dataChanged(changedRow, changedRow);
+    }
+    if (moves) {
+        Q_EMIT rearranged();
+    }
 }
 
 void TargetModel::refresh(const QString& key)
@@ -227,6 +272,18 @@ void TargetModel::chooseOnly(const QString& key)
         }
     }
     choose(key, true);
+}
+
+QString TargetModel::keyAt(int row) const
+{
+    return index(row).data(KeyRole).toString();
+}
+
+int TargetModel::rowOf(const QString& key) const
+{
+    const auto found = std::find_if(m_shown.begin(), m_shown.end(),
+                                    [&](std::size_t shown) { return m_targets[shown].key() == key; });
+    return found == m_shown.end() ? -1 : static_cast<int>(found - m_shown.begin());
 }
 
 QVariantList TargetModel::cameras() const

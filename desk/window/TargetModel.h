@@ -53,6 +53,11 @@ public:
         State state = Ready;
 
         QString key() const { return (camera ? QStringLiteral("camera:") : QStringLiteral("speaker:")) + id; }
+        bool isSameAs(const Target& other) const { return camera == other.camera && id == other.id; }
+        bool looksLike(const Target& other) const
+        {
+            return name == other.name && detail == other.detail && state == other.state;
+        }
     };
 
     TargetModel();
@@ -82,6 +87,10 @@ public:
 
     Q_INVOKABLE void choose(const QString& key, bool chosen);
     Q_INVOKABLE void chooseOnly(const QString& key);
+    /** The key of a row; empty for none. */
+    Q_INVOKABLE QString keyAt(int row) const;
+    /** The row of a key; -1 when it is not shown. */
+    Q_INVOKABLE int rowOf(const QString& key) const;
     /** The cameras, for dialogs: maps with "id" and "name". */
     Q_INVOKABLE QVariantList cameras() const;
 
@@ -89,10 +98,13 @@ Q_SIGNALS:
     void searchChanged();
     void chosenChanged();
     void listed();
+    /** Before and after rows come, go or change places; rowOf finds them again. */
+    void aboutToRearrange();
+    void rearranged();
 
 private:
     void rebuild();
-    void filter();
+    void rearrange(std::vector<Target> targets);
     void refresh(const QString& key);
 
     QPointer<QAbstractItemModel> m_speakers;

@@ -19,6 +19,14 @@ RowLayout {
         return minutes + ":" + (rest < 10 ? "0" : "") + rest;
     }
 
+    // The cursor belongs to a target, wherever its row goes; without its target there is none.
+    Connections {
+        target: desk.targets
+        property string cursor
+        function onAboutToRearrange() { cursor = desk.targets.keyAt(targets.list.currentIndex); }
+        function onRearranged() { targets.list.currentIndex = desk.targets.rowOf(cursor); }
+    }
+
     ColumnLayout {
         Layout.fillHeight: true
         Layout.preferredWidth: 380

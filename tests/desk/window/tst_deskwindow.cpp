@@ -24,6 +24,7 @@ private Q_SLOTS:
     void talkKeyAfterASearch();
     void refusedTalk();
     void speakers();
+    void cursorStaysWithItsTarget();
     void severalSpeakersAtOnce();
     void files();
     void groups();
@@ -211,6 +212,70 @@ void TestDeskWindow::speakers()
     desk.click("Main hall: delete");
     desk.click("Delete");
     QVERIFY(desk.shows("No speakers yet."));
+}
+
+void TestDeskWindow::cursorStaysWithItsTarget()
+{
+    WindowFixture desk;
+    QObject* plugin = desk.desk().plugin();
+    TargetModel& targets = *desk.desk().targets();
+    const auto save = [&](int id, const char* name) {
+        bool accepted = false;
+        const auto common = [&](const char* invokable, auto... first) {
+            QMetaObject::invokeMethod(plugin, invokable, Q_RETURN_ARG(bool, accepted), first...,
+                                      Q_ARG(QString, name), Q_ARG(QString, "10.0.0.1"), Q_ARG(int, 80 + id),
+                                      Q_ARG(QString, QString()), Q_ARG(QString, QString()),
+                                      Q_ARG(QStringList, QStringList()));
+        };
+        if (id == 0) {
+            const int before = targets.total();
+            common("addIPAudio");
+            QTRY_COMPARE(targets.total(), before + 1);
+        } else {
+            common("updateIPAudio", Q_ARG(int, id));
+            QTRY_COMPARE(targets.find(QString("speaker:%1").arg(id))->name, QString(name));
+        }
+        QVERIFY(accepted);
+    };
+    const auto enter = [&] {
+        desk.key(Qt::Key_Return);
+        const QString chosen = targets.chosenNames();
+        desk.key(Qt::Key_Return);
+        return chosen;
+    };
+    QTRY_COMPARE(targets.total(), 3);
+    save(0, "Hall");
+    save(0, "Roof");
+    desk.key(Qt::Key_F, Qt::ControlModifier);
+    desk.key(Qt::Key_Down);
+    for (int row = 0; row < 3; ++row) {
+        desk.key(Qt::Key_Down);
+    }
+    QCOMPARE(enter(), QString("Hall"));
+    save(0, "Cellar"); // above it
+    QCOMPARE(targets.rowOf("speaker:1"), 4);
+    QCOMPARE(enter(), QString("Hall"));
+    save(3, "Yard"); // from above to below
+    QCOMPARE(targets.rowOf("speaker:1"), 3);
+    QCOMPARE(enter(), QString("Hall"));
+    save(1, "Zoo"); // itself to the end
+    QCOMPARE(targets.rowOf("speaker:1"), 5);
+    QCOMPARE(enter(), QString("Zoo"));
+    // Under a search.
+    targets.setSearch("o"); // Front gate, Loading dock, Roof, Zoo
+    QCOMPARE(enter(), QString("Zoo"));
+    save(0, "Office");
+    QCOMPARE(enter(), QString("Zoo"));
+    bool accepted = false;
+    QMetaObject::invokeMethod(plugin, "deleteIPAudio", Q_RETURN_ARG(bool, accepted), Q_ARG(int, 2));
+    QVERIFY(accepted);
+    QTRY_COMPARE(targets.find("speaker:2"), nullptr);
+    QCOMPARE(enter(), QString("Zoo"));
+    // Without its target there is no cursor.
+    QMetaObject::invokeMethod(plugin, "deleteIPAudio", Q_RETURN_ARG(bool, accepted), Q_ARG(int, 1));
+    QVERIFY(accepted);
+    QTRY_COMPARE(targets.find("speaker:1"), nullptr);
+    QCOMPARE(enter(), QString());
 }
 
 void TestDeskWindow::severalSpeakersAtOnce()

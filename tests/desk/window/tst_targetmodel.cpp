@@ -18,6 +18,7 @@ private Q_SLOTS:
     void statesOutliveAList();
     void camerasComeAndGo();
     void staleRows();
+    void rowsThatStayAreLeftAlone();
 
 private:
     void addSpeaker(int id, const QString& name, const QString& address);
@@ -149,6 +150,41 @@ void TestTargetModel::staleRows()
     m_targets->setSearch("gate");
     QCOMPARE(m_targets->data(last, TargetModel::NameRole), QVariant());
     QCOMPARE(m_targets->data(QModelIndex(), TargetModel::NameRole), QVariant());
+}
+
+void TestTargetModel::rowsThatStayAreLeftAlone()
+{
+    QSignalSpy reset(m_targets.get(), &QAbstractItemModel::modelReset);
+    QSignalSpy inserted(m_targets.get(), &QAbstractItemModel::rowsInserted);
+    QSignalSpy removed(m_targets.get(), &QAbstractItemModel::rowsRemoved);
+    QSignalSpy changed(m_targets.get(), &QAbstractItemModel::dataChanged);
+    QSignalSpy rearranged(m_targets.get(), &TargetModel::rearranged);
+    const QPersistentModelIndex stairs = m_targets->index(3);
+    m_targets->setCameras({camera("gate", "Gate"), camera("yard", "Yard"), camera("park", "Park", false)});
+    QCOMPARE(inserted.size(), 1);
+    QCOMPARE(inserted[0][1].toInt(), 1);
+    QCOMPARE(inserted[0][2].toInt(), 1);
+    QCOMPARE(stairs.data(TargetModel::NameRole).toString(), QString("Stairs"));
+    QCOMPARE(m_targets->keyAt(4), QString("speaker:12"));
+    QCOMPARE(m_targets->rowOf("speaker:12"), 4);
+    // A name alone moves nothing.
+    m_targets->setCameras(
+        {camera("gate", "Main gate"), camera("yard", "Yard"), camera("park", "Park", false)});
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed[0][0].toModelIndex().row(), 0);
+    QCOMPARE(rearranged.size(), 1);
+    m_targets->setCameras({camera("yard", "Yard"), camera("park", "Park", false)});
+    QCOMPARE(removed.size(), 1);
+    QCOMPARE(m_targets->rowOf("camera:gate"), -1);
+    QCOMPARE(m_targets->keyAt(-1), QString());
+    QCOMPARE(stairs.row(), 3);
+    // Changed places.
+    m_targets->setCameras({camera("park", "Park", false), camera("yard", "Yard")});
+    QCOMPARE(names(), (QStringList{"Park", "Yard", "Hall", "Stairs"}));
+    QCOMPARE(stairs.row(), 3);
+    m_targets->setCameras({});
+    QCOMPARE(names(), (QStringList{"Hall", "Stairs"}));
+    QCOMPARE(reset.size(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestTargetModel)
