@@ -57,6 +57,12 @@ bool Desk::load()
         m_playback->forget();
         m_watch.forget();
     });
+    connect(&m_connection, &DeskConnection::serverChanged, this, [this] {
+        m_talk->forgetServer();
+        m_playback->clear();
+        m_targets.forgetServer();
+    });
+    connect(plugin(), SIGNAL(ipAudioModelChanged()), &m_targets, SLOT(speakersListed()));
     connect(&m_connection, &DeskConnection::changed, this, [this] {
         m_talk->setOnline(m_connection.isOnline());
         if (m_connection.state() == DeskConnection::Reconnecting) {

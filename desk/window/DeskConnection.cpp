@@ -56,6 +56,18 @@ void DeskConnection::setState(State state, const QString& reason)
 void DeskConnection::start()
 {
     Q_EMIT aboutToChange();
+    open();
+}
+
+void DeskConnection::change()
+{
+    Q_EMIT aboutToChange();
+    Q_EMIT serverChanged();
+    open();
+}
+
+void DeskConnection::open()
+{
     setState(Connecting);
     std::unique_ptr<ServerLink> link = m_options.makeLink();
     if (const auto* embedded = qobject_cast<EmbeddedLink*>(link.get());
@@ -75,7 +87,7 @@ void DeskConnection::start()
 void DeskConnection::useLocal()
 {
     m_options.serverUrl.clear();
-    start();
+    change();
 }
 
 void DeskConnection::useRemote(const QString& url, const QString& user, const QString& secret,
@@ -85,7 +97,7 @@ void DeskConnection::useRemote(const QString& url, const QString& user, const QS
     m_options.user = user;
     m_options.secret = secret;
     m_options.fingerprint = fingerprint.simplified().remove(QLatin1Char(' ')).remove(QLatin1Char(':'));
-    start();
+    change();
 }
 
 QString DeskConnection::checkUrl(const QString& url) const

@@ -70,10 +70,14 @@ public:
 Q_SIGNALS:
     void changed();
     void sendProgressChanged();
-    /** Before the server is changed: talks are to be ended now. */
+    /** Before the connection is made anew: talks are to be ended now. */
     void aboutToChange();
+    /** After aboutToChange, when another server follows: what is known by number means other things there. */
+    void serverChanged();
 
 private:
+    void change();
+    void open();
     void setState(State state, const QString& reason = QString());
 
     ClientOptions m_options;

@@ -193,6 +193,15 @@ void PlaybackBook::forget()
     }
 }
 
+void PlaybackBook::clear()
+{
+    m_timer.stop();
+    beginResetModel();
+    m_entries.clear();
+    endResetModel();
+    Q_EMIT countChanged();
+}
+
 void PlaybackBook::tick()
 {
     const auto live = [](const Entry& entry) { return entry.state == Playing; };

@@ -53,6 +53,8 @@ public:
     void timedOut(const QString& command);
     /** The connection is lost: nobody knows how it goes on. */
     void forget();
+    /** Another server follows: no row is of interest any more. */
+    void clear();
 
 Q_SIGNALS:
     void countChanged();

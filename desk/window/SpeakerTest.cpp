@@ -2,6 +2,8 @@
 
 #include <QMetaObject>
 
+#include <utility>
+
 SpeakerTest::SpeakerTest(QObject* plugin, int answerTimeout) : m_plugin(plugin)
 {
     m_answerTimer.setSingleShot(true);
@@ -30,13 +32,25 @@ void SpeakerTest::startTalkToIPAudioResponse(bool success, const QString& error,
     }
 }
 
-void SpeakerTest::finish(bool success, const QString& error)
+void SpeakerTest::cancel()
+{
+    if (isRunning()) {
+        close();
+    }
+}
+
+/** Closes what a test has opened. @return the speaker */
+int SpeakerTest::close()
 {
     m_answerTimer.stop();
     QMetaObject::invokeMethod(m_plugin, "stopTalk");
     QMetaObject::invokeMethod(m_plugin, "stopAudioCapture");
-    const int speaker = m_speaker;
-    m_speaker = 0;
+    return std::exchange(m_speaker, 0);
+}
+
+void SpeakerTest::finish(bool success, const QString& error)
+{
+    const int speaker = close();
     Q_EMIT tested(speaker, success,
                   success ? tr("The speaker answers.") : tr("The speaker does not answer: %1").arg(error));
 }

@@ -17,6 +17,8 @@ public:
 
     /** Starts a test; tested follows. @param speaker not 0 */
     void start(int speaker);
+    /** Ends a test without a word. */
+    void cancel();
 
 Q_SIGNALS:
     /** @param text how it went, for people */
@@ -26,6 +28,7 @@ private Q_SLOTS:
     void startTalkToIPAudioResponse(bool success, const QString& error, int speaker);
 
 private:
+    int close();
     void finish(bool success, const QString& error);
 
     QObject* m_plugin;

@@ -367,6 +367,13 @@ bool TalkControl::test(int speaker)
     return true;
 }
 
+void TalkControl::forgetServer()
+{
+    stop();
+    m_test.cancel();
+    report(QString(), QString());
+}
+
 void TalkControl::tick()
 {
     Q_EMIT secondsChanged();

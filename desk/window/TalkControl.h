@@ -67,6 +67,9 @@ public:
     /** Opens a talk to a speaker and closes it again; tested tells how it went. Not while talking. */
     Q_INVOKABLE bool test(int speaker);
 
+    /** Another server follows: ends what runs, and takes back what was said of the last server. */
+    void forgetServer();
+
     Q_INVOKABLE void dismissProblem() { report(QString(), QString()); }
 
     /** A packet of sound went out. */

@@ -86,6 +86,21 @@ void TargetModel::setCameras(const QVariantList& cameras)
     }
 }
 
+void TargetModel::forgetServer()
+{
+    m_cameras.clear();
+    m_speakersListed = false;
+    rebuild();
+}
+
+void TargetModel::speakersListed()
+{
+    if (!m_speakersListed) {
+        m_speakersListed = true;
+        rebuild();
+    }
+}
+
 void TargetModel::rebuild()
 {
     QHash<QString, State> states;
@@ -103,7 +118,7 @@ void TargetModel::rebuild()
         target.online = camera.value(QStringLiteral("online"), true).toBool();
         targets.push_back(target);
     }
-    for (int row = 0; m_speakers && row < m_speakers->rowCount(); ++row) {
+    for (int row = 0; m_speakersListed && m_speakers && row < m_speakers->rowCount(); ++row) {
         const QModelIndex index = m_speakers->index(row, 0);
         Target target;
         target.id = QString::number(index.data(SpeakerId).toInt());

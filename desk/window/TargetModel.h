@@ -76,6 +76,8 @@ public:
     void setSpeakers(QAbstractItemModel* speakers);
     /** The cameras come from the host: maps with "camId", "camName", "online". */
     void setCameras(const QVariantList& cameras);
+    /** Another server follows: nobody is chosen, and nobody is listed until that server lists its own. */
+    void forgetServer();
 
     /** The chosen targets, the camera first. */
     std::vector<Target> chosen() const;
@@ -94,6 +96,10 @@ public:
     /** The cameras, for dialogs: maps with "id" and "name". */
     Q_INVOKABLE QVariantList cameras() const;
 
+public Q_SLOTS:
+    /** The speakers' model holds this server's speakers. */
+    void speakersListed();
+
 Q_SIGNALS:
     void searchChanged();
     void chosenChanged();
@@ -108,6 +114,7 @@ private:
     void refresh(const QString& key);
 
     QPointer<QAbstractItemModel> m_speakers;
+    bool m_speakersListed = true; ///< False while m_speakers has those of the last server.
     QVariantList m_cameras;
     std::vector<Target> m_targets;
     std::vector<std::size_t> m_shown; ///< Indices of m_targets.

@@ -91,6 +91,13 @@ ColumnLayout {
             root.setResult(speaker, text, success);
         }
     }
+    Connections {
+        target: desk.connection
+        function onServerChanged() {
+            root.testing = 0;
+            root.testResults = {};
+        }
+    }
     PendingRequest { id: deletion }
     Connections {
         target: desk.plugin

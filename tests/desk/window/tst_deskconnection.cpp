@@ -5,6 +5,8 @@
 
 #include <ProgramEnd.h>
 
+#include <QSignalSpy>
+
 class TestDeskConnection : public QObject
 {
     Q_OBJECT
@@ -19,6 +21,7 @@ private Q_SLOTS:
     void serverThatNeverAnswers();
     void cameraThatIsLost();
     void serverThatCannotStart();
+    void nothingIsKeptOfAnotherServer();
 
 private:
     void signInAs(WindowFixture& desk, const QString& secret);
@@ -165,6 +168,68 @@ void TestDeskConnection::serverThatCannotStart()
     QCOMPARE(desk.desk().connection()->state(), DeskConnection::Failed);
     QVERIFY(desk.shows("The server cannot start"));
     desk.shoot("server-failed");
+}
+
+void TestDeskConnection::nothingIsKeptOfAnotherServer()
+{
+    // Both servers have a camera "camera-1" and a speaker of number 1.
+    WindowFixture desk;
+    Desk& model = desk.desk();
+    const auto addSpeaker = [&](const char* name) {
+        bool accepted = false;
+        QMetaObject::invokeMethod(model.plugin(), "addIPAudio", Q_RETURN_ARG(bool, accepted),
+                                  Q_ARG(QString, name), Q_ARG(QString, "10.0.0.1"), Q_ARG(int, 80),
+                                  Q_ARG(QString, QString()), Q_ARG(QString, QString()),
+                                  Q_ARG(QStringList, QStringList()));
+        QVERIFY(accepted);
+        QTRY_VERIFY(model.targets()->find("speaker:1") != nullptr);
+        QCOMPARE(model.targets()->find("speaker:1")->name, QString(name));
+    };
+    signInAs(desk, "right");
+    QTRY_COMPARE(model.connection()->state(), DeskConnection::Online);
+    addSpeaker("Elsewhere");
+    desk.click("Use the server on this computer");
+    QTRY_COMPARE(model.connection()->state(), DeskConnection::Online);
+    QTRY_VERIFY(model.targets()->find("camera:camera-1") != nullptr);
+    addSpeaker("Hall");
+
+    desk.page(2);
+    desk.click("Hall: Test");
+    QVERIFY(desk.shows("The speaker answers."));
+    model.playback()->play(false, 1, "Hall", 1, "bell.wav", 60000);
+    desk.page(1);
+    desk.click("Front gate");
+    desk.click("Hall");
+    QTRY_COMPARE(model.targets()->chosenCount(), 2);
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(model.talk()->partners(), QString("Front gate, Hall"));
+    // A choice outlives a connection that is made anew with the same server.
+    QSignalSpy listed(model.targets(), &TargetModel::listed);
+    model.connection()->retry();
+    QCOMPARE(model.talk()->phase(), TalkControl::Idle);
+    QTRY_VERIFY(listed.size() > 0);
+    QCOMPARE(model.targets()->chosenCount(), 2);
+    QVERIFY(model.playback()->rowCount() > 0);
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(model.talk()->partners(), QString("Front gate, Hall"));
+    bool ended = false; // when the last server is forgotten
+    connect(model.connection(), &DeskConnection::serverChanged, &desk.desk(),
+            [&] { ended = model.talk()->phase() == TalkControl::Idle; });
+
+    signInAs(desk, "right");
+    QVERIFY(ended);
+    QCOMPARE(model.targets()->total(), 0); // until the other server lists its own
+    QCOMPARE(model.targets()->chosenCount(), 0);
+    QCOMPARE(model.playback()->rowCount(), 0);
+    QTRY_COMPARE(model.targets()->total(), 4);
+    QCOMPARE(model.targets()->find("speaker:1")->name, QString("Elsewhere"));
+    QCOMPARE(model.targets()->find("camera:camera-1")->name, QString("Far away gate"));
+    QCOMPARE(model.targets()->chosenCount(), 0);
+    desk.page(2);
+    QVERIFY(desk.control("Elsewhere: edit"));
+    desk.visit([](QQuickItem* item) {
+        QVERIFY(!item->property("text").toString().contains("The speaker answers."));
+    });
 }
 
 int main(int argc, char** argv)

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void errorsOutsideOfReplies();
     void noAnswer();
     void lostConnection();
+    void anotherServer();
     void unexpectedAnswers();
 
 private:
@@ -162,6 +163,16 @@ void TestPlaybackBook::lostConnection()
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
     QCOMPARE(field(0, PlaybackBook::ProblemRole).toString(),
              QString("the connection to the server was lost"));
+}
+
+void TestPlaybackBook::anotherServer()
+{
+    m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
+    m_book->play(true, 4, "Yard", 8, "bell.wav", 4000);
+    QSignalSpy counts(m_book.get(), &PlaybackBook::countChanged);
+    m_book->clear();
+    QCOMPARE(m_book->rowCount(), 0);
+    QCOMPARE(counts.size(), 1);
 }
 
 void TestPlaybackBook::unexpectedAnswers()

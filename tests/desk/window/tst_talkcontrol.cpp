@@ -36,6 +36,7 @@ private Q_SLOTS:
     void volumeAndMute();
     void testOfASpeaker();
     void silentMicrophone();
+    void anotherServer();
 
 private:
     /** A link whose other end is the test. */
@@ -409,6 +410,31 @@ void TestTalkControl::silentMicrophone()
     QTRY_COMPARE_WITH_TIMEOUT(m_talk->problem(), QString("The microphone gives no sound."), 10000);
     m_talk->packetSent();
     QTRY_VERIFY(m_talk->problem().isEmpty());
+}
+
+void TestTalkControl::anotherServer()
+{
+    // A test of the last server's speaker ends without a result, and its late answer without a talk.
+    QSignalSpy tested(m_talk.get(), &TalkControl::tested);
+    QVERIFY(m_talk->test(2));
+    m_talk->forgetServer();
+    answerSpeaker(2);
+    QVERIFY(!talking());
+    QCOMPARE(tested.size(), 0);
+    openCamera();
+    m_talk->forgetServer();
+    QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(!talking());
+    m_talk->stop();
+    m_talk->setOnline(false);
+    m_talk->start();
+    QVERIFY(!m_talk->problem().isEmpty());
+    m_talk->forgetServer();
+    QVERIFY(m_talk->problem().isEmpty());
+    m_talk->setOnline(true);
+    QVERIFY(m_talk->test(2)); // the next server's
+    answerSpeaker(2);
+    QCOMPARE(tested.size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestTalkControl)

@@ -19,6 +19,7 @@ private Q_SLOTS:
     void camerasComeAndGo();
     void staleRows();
     void rowsThatStayAreLeftAlone();
+    void anotherServer();
 
 private:
     void addSpeaker(int id, const QString& name, const QString& address);
@@ -185,6 +186,24 @@ void TestTargetModel::rowsThatStayAreLeftAlone()
     m_targets->setCameras({});
     QCOMPARE(names(), (QStringList{"Hall", "Stairs"}));
     QCOMPARE(reset.size(), 0);
+}
+
+void TestTargetModel::anotherServer()
+{
+    m_targets->choose("camera:gate", true);
+    m_targets->choose("speaker:1", true);
+    m_targets->forgetServer();
+    QCOMPARE(m_targets->chosenCount(), 0);
+    QCOMPARE(m_targets->total(), 0);
+    // Its cameras may come first; the speakers' model is still the last server's.
+    m_targets->setCameras({camera("gate", "Another gate")});
+    addSpeaker(13, "Roof", "10.0.0.3");
+    QCoreApplication::processEvents();
+    QCOMPARE(names(), QStringList{"Another gate"});
+    m_targets->choose("speaker:1", true);
+    QCOMPARE(m_targets->chosenCount(), 0);
+    m_targets->speakersListed();
+    QCOMPARE(names(), (QStringList{"Another gate", "Hall", "Stairs", "Roof"}));
 }
 
 QTEST_GUILESS_MAIN(TestTargetModel)
