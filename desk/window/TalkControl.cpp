@@ -71,8 +71,13 @@ void TalkControl::setPhase(Phase phase)
     } else {
         m_ticker.stop();
     }
+    if (phase == Idle) {
+        m_held = false;
+        restoreMute();
+    }
     Q_EMIT phaseChanged();
     Q_EMIT secondsChanged();
+    updateWhileHeld();
 }
 
 void TalkControl::report(const QString& problem, const QString& advice)
@@ -97,12 +102,44 @@ void TalkControl::setOnline(bool online)
 
 void TalkControl::setMuted(bool muted)
 {
+    m_openMuted = false;
+    mute(muted);
+}
+
+void TalkControl::mute(bool muted)
+{
     if (m_muted == muted) {
         return;
     }
     m_muted = muted;
     QMetaObject::invokeMethod(m_plugin, "setMicMute", Q_ARG(bool, muted));
     Q_EMIT mutedChanged();
+    updateWhileHeld();
+}
+
+void TalkControl::liftMute()
+{
+    if (m_muted) {
+        m_openMuted = true;
+        mute(false);
+    }
+}
+
+void TalkControl::restoreMute()
+{
+    if (m_openMuted) {
+        m_openMuted = false;
+        mute(true);
+    }
+}
+
+void TalkControl::updateWhileHeld()
+{
+    const bool whileHeld = m_phase == Talking && !m_muted && (m_held || m_openMuted);
+    if (m_whileHeld != whileHeld) {
+        m_whileHeld = whileHeld;
+        Q_EMIT whileHeldChanged();
+    }
 }
 
 void TalkControl::setVolume(int volume)
@@ -119,7 +156,11 @@ void TalkControl::setVolume(int volume)
 void TalkControl::start()
 {
     m_release.stop();
-    if (m_phase == Asking || m_test.isRunning()) {
+    if (m_phase == Asking) {
+        return;
+    }
+    if (m_test.isRunning()) {
+        report(tr("A speaker is being tested."), tr("Press Talk again when the test is over."));
         return;
     }
     report(QString(), QString());
@@ -276,7 +317,6 @@ void TalkControl::talkingChanged()
         m_partners.clear();
         m_asked.clear();
         m_targets.endStates();
-        m_held = false;
         setPhase(Idle);
         Q_EMIT partnersChanged();
     }
@@ -314,7 +354,6 @@ void TalkControl::stop()
 {
     m_release.stop();
     m_answerTimer.stop();
-    m_held = false;
     m_asked.clear();
     call("stopTalk");
     call("stopAudioCapture"); // also while nobody has answered
@@ -339,22 +378,24 @@ void TalkControl::press()
         m_release.stop(); // down again before the end
         return;
     }
-    if (m_phase == Idle) {
+    const bool opens = m_phase == Idle;
+    liftMute(); // before the first sound
+    if (opens) {
         start();
         m_held = m_phase != Idle;
-    } else if (m_muted) {
-        m_openMuted = true;
-        setMuted(false);
+        if (!m_held) {
+            restoreMute();
+        }
     }
+    updateWhileHeld();
 }
 
 void TalkControl::release()
 {
-    if (m_openMuted) {
-        m_openMuted = false;
-        setMuted(true);
-    } else if (m_held) {
-        m_release.start();
+    if (m_held) {
+        m_release.start(); // its end restores the mute
+    } else {
+        restoreMute();
     }
 }
 

@@ -23,7 +23,10 @@ class TalkControl : public QObject
     Q_PROPERTY(QString partners READ partners NOTIFY partnersChanged)
     /** How long the talk has been open, s. */
     Q_PROPERTY(int seconds READ seconds NOTIFY secondsChanged)
+    /** A held talk key lifts it for as long as it is held; set meanwhile, it stays as it was set. */
     Q_PROPERTY(bool muted READ isMuted WRITE setMuted NOTIFY mutedChanged)
+    /** Whether somebody hears the microphone for no longer than the talk key is held. */
+    Q_PROPERTY(bool whileHeld READ isWhileHeld NOTIFY whileHeldChanged)
     /** Of the microphone, 0 to 100; 50 leaves it as it is. */
     Q_PROPERTY(int volume READ volume WRITE setVolume NOTIFY volumeChanged)
     /** What went wrong with the last talk, and what can be done; empty when nothing did. */
@@ -47,6 +50,7 @@ public:
     int seconds() const { return m_phase == Talking ? static_cast<int>(m_clock.elapsed() / 1000) : 0; }
     bool isMuted() const { return m_muted; }
     void setMuted(bool muted);
+    bool isWhileHeld() const { return m_whileHeld; }
     int volume() const { return m_volume; }
     void setVolume(int volume);
     QString problem() const { return m_problem; }
@@ -60,7 +64,7 @@ public:
     Q_INVOKABLE void stop();
     Q_INVOKABLE void toggle();
 
-    /** The talk key goes down: talks while it is held; in an open talk that is muted, is heard while held. */
+    /** The talk key goes down: talks while it is held; a mute is lifted for as long. */
     Q_INVOKABLE void press();
     Q_INVOKABLE void release();
 
@@ -80,6 +84,7 @@ Q_SIGNALS:
     void partnersChanged();
     void secondsChanged();
     void mutedChanged();
+    void whileHeldChanged();
     void volumeChanged();
     void problemChanged();
     void tested(int speaker, bool success, const QString& text);
@@ -93,6 +98,10 @@ private Q_SLOTS:
 
 private:
     void setPhase(Phase phase);
+    void mute(bool muted);
+    void liftMute();
+    void restoreMute();
+    void updateWhileHeld();
     void report(const QString& problem, const QString& advice);
     bool call(const char* invokable);
     void askCamera(const TargetModel::Target& camera);
@@ -116,6 +125,7 @@ private:
     QStringList m_partners;   ///< Keys of open targets.
     bool m_held = false;      ///< The talk key is down, and made the talk.
     bool m_openMuted = false; ///< The talk key is down, and lifts a mute.
+    bool m_whileHeld = false;
     SpeakerTest m_test;
     QElapsedTimer m_clock;
     QElapsedTimer m_lastPacket;

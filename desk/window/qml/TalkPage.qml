@@ -138,30 +138,40 @@ RowLayout {
                 font { pixelSize: 26; weight: Font.Bold }
             }
         }
-        QuietText {
+        // One place for the hint and the sign: nothing below moves under a pointer.
+        Item {
             Layout.fillWidth: true
-            horizontalAlignment: Text.AlignHCenter
-            font.pixelSize: Theme.textSize
-            text: talkKey.held ? qsTr("Talking while you hold the space bar") : qsTr("Hold the space bar to talk, or press the button")
-        }
-
-        Rectangle {
-            objectName: "mutedSign"
-            Layout.fillWidth: true
-            visible: root.talk.muted
             implicitHeight: 44
-            radius: Theme.radius
-            color: Theme.live
-            PlainText {
-                anchors.centerIn: parent
-                width: parent.width - 16
+            QuietText {
+                objectName: "talkHint"
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.width
+                visible: !root.talk.muted
                 horizontalAlignment: Text.AlignHCenter
-                fontSizeMode: Text.HorizontalFit
-                text: qsTr("MICROPHONE MUTED – nobody hears you")
-                color: "#ffffff"
-                font { pixelSize: 16; weight: Font.Bold }
-                Accessible.role: Accessible.AlertMessage
-                Accessible.name: text
+                font.pixelSize: Theme.textSize
+                text: root.talk.whileHeld ? qsTr("Talking while you hold the space bar")
+                    : root.talking ? qsTr("Press the button to end the talk")
+                    : root.talk.phase === TalkControl.Asking ? qsTr("Nobody hears you yet")
+                    : search.activeFocus ? qsTr("Press the button to talk")
+                    : qsTr("Hold the space bar to talk, or press the button")
+            }
+            Rectangle {
+                objectName: "mutedSign"
+                anchors.fill: parent
+                visible: root.talk.muted
+                radius: Theme.radius
+                color: Theme.live
+                PlainText {
+                    anchors.centerIn: parent
+                    width: parent.width - 16
+                    horizontalAlignment: Text.AlignHCenter
+                    fontSizeMode: Text.HorizontalFit
+                    text: qsTr("MICROPHONE MUTED – nobody hears you")
+                    color: "#ffffff"
+                    font { pixelSize: 16; weight: Font.Bold }
+                    Accessible.role: Accessible.AlertMessage
+                    Accessible.name: text
+                }
             }
         }
 

@@ -77,7 +77,7 @@
         <translation>Passwort</translation>
     </message>
     <message>
-        <source>Fingerprint of the server's certificate, for wss</source>
+        <source>Fingerprint of the server&apos;s certificate, for wss</source>
         <translation>Fingerabdruck des Serverzertifikats, für wss</translation>
     </message>
     <message>
@@ -124,11 +124,11 @@
         <translation>Nur Dateien auf diesem Rechner können gesendet werden.</translation>
     </message>
     <message>
-        <source>"%1" cannot be read.</source>
+        <source>&quot;%1&quot; cannot be read.</source>
         <translation>„%1“ kann nicht gelesen werden.</translation>
     </message>
     <message>
-        <source>"%1" is larger than 32 MiB.</source>
+        <source>&quot;%1&quot; is larger than 32 MiB.</source>
         <translation>„%1“ ist größer als 32 MiB.</translation>
     </message>
 </context>
@@ -186,7 +186,7 @@
         <translation>die Kamera ist nicht erreichbar</translation>
     </message>
     <message>
-        <source>the camera's sound does not work</source>
+        <source>the camera&apos;s sound does not work</source>
         <translation>der Ton der Kamera geht nicht</translation>
     </message>
     <message>
@@ -305,11 +305,11 @@
         <translation>Abspielen …</translation>
     </message>
     <message>
-        <source>"%1" is still being sent. It can be taken off this list, but the server may keep it.</source>
+        <source>&quot;%1&quot; is still being sent. It can be taken off this list, but the server may keep it.</source>
         <translation>„%1“ wird noch gesendet. Der Eintrag kann von der Liste genommen werden, doch der Server behält die Datei vielleicht.</translation>
     </message>
     <message>
-        <source>Delete "%1" from the server? Schedules that play it lose it. This cannot be undone.</source>
+        <source>Delete &quot;%1&quot; from the server? Schedules that play it lose it. This cannot be undone.</source>
         <translation>„%1“ vom Server löschen? Zeitpläne, die sie spielen, verlieren sie. Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
@@ -325,7 +325,7 @@
         <translation>Noch keine Audiodateien.</translation>
     </message>
     <message>
-        <source>No file's name has this text in it.</source>
+        <source>No file&apos;s name has this text in it.</source>
         <translation>Kein Dateiname enthält diesen Text.</translation>
     </message>
     <message>
@@ -407,7 +407,7 @@
         <translation>Gruppe anlegen</translation>
     </message>
     <message>
-        <source>Group "%1"</source>
+        <source>Group &quot;%1&quot;</source>
         <translation>Gruppe „%1“</translation>
     </message>
     <message>
@@ -473,7 +473,7 @@
         <translation>keine Lautsprecher</translation>
     </message>
     <message>
-        <source>Delete the group "%1"? Its speakers stay. Schedules that play on it lose it. This cannot be undone.</source>
+        <source>Delete the group &quot;%1&quot;? Its speakers stay. Schedules that play on it lose it. This cannot be undone.</source>
         <translation>Die Gruppe „%1“ löschen? Ihre Lautsprecher bleiben. Zeitpläne, die auf ihr spielen, verlieren sie. Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
@@ -596,7 +596,7 @@
 <context>
     <name>PlayDialog</name>
     <message>
-        <source>Play "%1"</source>
+        <source>Play &quot;%1&quot;</source>
         <translation>„%1“ abspielen</translation>
     </message>
     <message>
@@ -639,11 +639,11 @@
 <context>
     <name>PlaybackBook</name>
     <message>
-        <source>"%1" was not played on %2: %3</source>
+        <source>&quot;%1&quot; was not played on %2: %3</source>
         <translation>„%1“ wurde auf %2 nicht gespielt: %3</translation>
     </message>
     <message>
-        <source>Schedule "%1": "%2" was not played on %3: %4</source>
+        <source>Schedule &quot;%1&quot;: &quot;%2&quot; was not played on %3: %4</source>
         <translation>Zeitplan „%1“: „%2“ wurde auf %3 nicht gespielt: %4</translation>
     </message>
     <message>
@@ -685,7 +685,7 @@
         <translation>Zeitplan anlegen</translation>
     </message>
     <message>
-        <source>Schedule "%1"</source>
+        <source>Schedule &quot;%1&quot;</source>
         <translation>Zeitplan „%1“</translation>
     </message>
     <message>
@@ -773,7 +773,7 @@
         <translation>Noch keine Gruppen.</translation>
     </message>
     <message>
-        <source>Next run: %1 (the server's time)</source>
+        <source>Next run: %1 (the server&apos;s time)</source>
         <translation>Nächster Lauf: %1 (Zeit des Servers)</translation>
     </message>
 </context>
@@ -843,7 +843,7 @@
         <translation>keine Datei</translation>
     </message>
     <message>
-        <source>Delete the schedule "%1"? This cannot be undone.</source>
+        <source>Delete the schedule &quot;%1&quot;? This cannot be undone.</source>
         <translation>Den Zeitplan „%1“ löschen? Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
@@ -901,7 +901,7 @@
         <translation>Lautsprecher anlegen</translation>
     </message>
     <message>
-        <source>Speaker "%1"</source>
+        <source>Speaker &quot;%1&quot;</source>
         <translation>Lautsprecher „%1“</translation>
     </message>
     <message>
@@ -1006,7 +1006,7 @@
         <translation>Prüfen</translation>
     </message>
     <message>
-        <source>Delete the speaker "%1"? Groups and schedules lose it, too. This cannot be undone.</source>
+        <source>Delete the speaker &quot;%1&quot;? Groups and schedules lose it, too. This cannot be undone.</source>
         <translation>Den Lautsprecher „%1“ löschen? Auch Gruppen und Zeitpläne verlieren ihn. Das lässt sich nicht rückgängig machen.</translation>
     </message>
     <message>
@@ -1018,7 +1018,7 @@
         <translation>Noch keine Lautsprecher.</translation>
     </message>
     <message>
-        <source>No speaker's name has this text in it.</source>
+        <source>No speaker&apos;s name has this text in it.</source>
         <translation>Kein Lautsprechername enthält diesen Text.</translation>
     </message>
     <message>
@@ -1069,7 +1069,7 @@
         <translation>%1 ist nicht zu sprechen: %2</translation>
     </message>
     <message>
-        <source>Check the camera's power and network, or choose another one.</source>
+        <source>Check the camera&apos;s power and network, or choose another one.</source>
         <translation>Strom und Netz der Kamera prüfen oder eine andere wählen.</translation>
     </message>
     <message>
@@ -1077,7 +1077,7 @@
         <translation>der Server lehnt es ab</translation>
     </message>
     <message>
-        <source>Check the speaker's power and network, or choose another one.</source>
+        <source>Check the speaker&apos;s power and network, or choose another one.</source>
         <translation>Strom und Netz des Lautsprechers prüfen oder einen anderen wählen.</translation>
     </message>
     <message>
@@ -1115,6 +1115,14 @@
     <message>
         <source>Is it plugged in, and is it the one that the system uses?</source>
         <translation>Ist es angeschlossen, und ist es das, welches das System nutzt?</translation>
+    </message>
+    <message>
+        <source>A speaker is being tested.</source>
+        <translation>Ein Lautsprecher wird gerade geprüft.</translation>
+    </message>
+    <message>
+        <source>Press Talk again when the test is over.</source>
+        <translation>Nach der Prüfung noch einmal „Sprechen“ drücken.</translation>
     </message>
 </context>
 <context>
@@ -1250,6 +1258,18 @@
     <message>
         <source>Said, the last ten seconds</source>
         <translation>Gesagt, die letzten zehn Sekunden</translation>
+    </message>
+    <message>
+        <source>Press the button to end the talk</source>
+        <translation>Zum Beenden den Knopf drücken</translation>
+    </message>
+    <message>
+        <source>Nobody hears you yet</source>
+        <translation>Noch hört Sie niemand</translation>
+    </message>
+    <message>
+        <source>Press the button to talk</source>
+        <translation>Zum Sprechen den Knopf drücken</translation>
     </message>
 </context>
 <context>

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void emptyPages();
     void talkToACamera();
     void talkKey();
+    void hintOfTheTalkKey();
     void talkKeyAfterASearch();
     void refusedTalk();
     void speakers();
@@ -134,6 +135,54 @@ void TestDeskWindow::talkKey()
     QTest::keyPress(desk.window(), Qt::Key_Space);
     QTest::keyRelease(desk.window(), Qt::Key_Space);
     QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::hintOfTheTalkKey()
+{
+    WindowFixture desk;
+    TalkControl& talk = *desk.desk().talk();
+    const auto hint = [&] { return desk.item("talkHint")->property("text").toString(); };
+    const QString held = "Talking while you hold the space bar";
+    QTest::keyPress(desk.window(), Qt::Key_Space); // to nobody
+    QVERIFY(desk.shows("Nobody is chosen."));
+    QCOMPARE(hint(), QString("Hold the space bar to talk, or press the button"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    desk.click("Front gate");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QCOMPARE(hint(), held);
+    desk.key(Qt::Key_M, Qt::ControlModifier);
+    QVERIFY(desk.item("mutedSign"));
+    QVERIFY(desk.gone("talkHint"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Idle);
+    // Muted at rest: the key lifts the mute, and the sign goes.
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QVERIFY(desk.gone("mutedSign"));
+    QCOMPARE(hint(), held);
+    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Idle);
+    QVERIFY(desk.item("mutedSign"));
+    talk.setMuted(false);
+    // Refused, with the key still down.
+    desk.click("Car park");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QVERIFY(desk.shows("Car park cannot be talked to"));
+    QCOMPARE(hint(), QString("Hold the space bar to talk, or press the button"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    // In a talk that the button opened nothing depends on the key.
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QCOMPARE(hint(), QString("Press the button to end the talk"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    desk.click(desk.item("talkButton"));
+    // In the search the space bar writes.
+    desk.click(desk.item("targetSearch"));
+    QTRY_COMPARE(hint(), QString("Press the button to talk"));
 }
 
 void TestDeskWindow::talkKeyAfterASearch()

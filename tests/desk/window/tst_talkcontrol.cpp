@@ -2,11 +2,19 @@
 
 #include "BuiltLibraries.h"
 #include "CommandWatch.h"
+#include "PacketDecoder.h"
 #include "PluginHost.h"
+#include "SoundLevel.h"
 #include "TalkControl.h"
 
 #include <QSignalSpy>
 #include <QTest>
+
+namespace {
+
+constexpr double silence = -200.0; // dBFS
+
+} // namespace
 
 class TestTalkControl : public QObject
 {
@@ -33,6 +41,10 @@ private Q_SLOTS:
     void heldKey();
     void keyTwiceInHaste();
     void heldKeyWhileMuted();
+    void heldKeyWhileMutedAtRest();
+    void heldKeyWithoutATalk();
+    void muteWhileTheKeyIsHeld();
+    void whileHeld();
     void volumeAndMute();
     void testOfASpeaker();
     void silentMicrophone();
@@ -74,6 +86,7 @@ private:
     };
 
     void openCamera();
+    void openCameraByKey();
     /** Answers the request of a speaker. */
     void answerSpeaker(int id, const QString& error = QString(), const QString& code = QStringLiteral("0"));
     bool talking() const { return m_host->plugin()->property("talking").toBool(); }
@@ -85,6 +98,7 @@ private:
     std::unique_ptr<TargetModel> m_targets;
     std::unique_ptr<TalkControl> m_talk;
     QList<int> m_packets;
+    double m_loudest = silence; ///< Of the packets sent, dBFS.
 };
 
 void TestTalkControl::initTestCase()
@@ -103,12 +117,18 @@ void TestTalkControl::init()
     connect(m_host.get(), &PluginHost::commandSent, m_watch.get(), &CommandWatch::commandSent);
     connect(m_host.get(), &PluginHost::replyArrived, m_watch.get(), &CommandWatch::replyArrived);
     m_talk = std::make_unique<TalkControl>(m_host->plugin(), *m_targets, *m_watch, 300);
-    connect(m_host.get(), &PluginHost::commandSent, m_talk.get(), [this](const QString& command) {
-        if (command == QLatin1String("TalkData")) {
-            m_talk->packetSent();
-            m_packets.append(1);
-        }
-    });
+    connect(m_host.get(), &PluginHost::commandSent, m_talk.get(),
+            [this](const QString& command, const QVariant& payload) {
+                if (command == QLatin1String("TalkData")) {
+                    m_talk->packetSent();
+                    m_packets.append(1);
+                    PacketDecoder decoder;
+                    const auto sound = decoder.decode(
+                        QByteArray::fromBase64(payload.toMap()["talkData"].toString().toLatin1()));
+                    QVERIFY(sound);
+                    m_loudest = std::max(m_loudest, SoundLevel::rmsDbfs(sound->samples));
+                }
+            });
     m_packets.clear();
     m_talk->setOnline(true);
     m_targets->setCameras({QVariantMap{{"camId", "gate"}, {"camName", "Gate"}, {"online", true}},
@@ -141,6 +161,15 @@ void TestTalkControl::openCamera()
     m_talk->start();
     QCOMPARE(m_talk->phase(), TalkControl::Asking);
     QCOMPARE(state("camera:gate"), TargetModel::Asked);
+    m_link->answer("StartTalk", QVariantMap{{"camId", "gate"}, {"talkToken", "token"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+}
+
+void TestTalkControl::openCameraByKey()
+{
+    m_targets->choose("camera:gate", true);
+    m_talk->press();
+    QCOMPARE(m_talk->phase(), TalkControl::Asking);
     m_link->answer("StartTalk", QVariantMap{{"camId", "gate"}, {"talkToken", "token"}});
     QCOMPARE(m_talk->phase(), TalkControl::Talking);
 }
@@ -364,6 +393,93 @@ void TestTalkControl::heldKeyWhileMuted()
     m_talk->release();
     QVERIFY(m_talk->isMuted());
     QCOMPARE(m_talk->phase(), TalkControl::Talking);
+}
+
+void TestTalkControl::heldKeyWhileMutedAtRest()
+{
+    m_talk->setMuted(true);
+    openCameraByKey();
+    QVERIFY(!m_talk->isMuted());
+    m_loudest = silence;
+    QTRY_VERIFY(m_loudest > -40); // what goes out is speech, not silence
+    m_talk->release();
+    QVERIFY(!m_talk->isMuted()); // the last sound goes out, too
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(m_talk->isMuted());
+    // A talk by the button stays muted.
+    openCamera();
+    m_packets.clear();
+    m_loudest = silence;
+    QTRY_VERIFY(m_packets.size() > 20);
+    QVERIFY(m_loudest < -80);
+}
+
+void TestTalkControl::heldKeyWithoutATalk()
+{
+    m_talk->setMuted(true);
+    m_talk->press();
+    QCOMPARE(m_talk->problem(), QString("Nobody is chosen."));
+    QVERIFY(m_talk->isMuted());
+    QVERIFY(!m_talk->isWhileHeld());
+    m_talk->release();
+    m_targets->choose("camera:gate", true);
+    m_talk->press();
+    QVERIFY(!m_talk->isMuted());
+    QVERIFY(!m_talk->isWhileHeld()); // not yet
+    m_link->answer("StartTalk", QVariant(), "202", "the camera is offline");
+    QVERIFY(m_talk->isMuted()); // though the key is still down
+    QVERIFY(!m_talk->isWhileHeld());
+    m_talk->release();
+    QVERIFY(m_talk->isMuted());
+    // While a speaker is tested there is no talk either, and that is said.
+    QVERIFY(m_talk->test(2));
+    m_talk->press();
+    QCOMPARE(m_talk->problem(), QString("A speaker is being tested."));
+    QVERIFY(m_talk->isMuted());
+    m_talk->release();
+}
+
+void TestTalkControl::muteWhileTheKeyIsHeld()
+{
+    m_talk->setMuted(true);
+    openCameraByKey();
+    m_talk->setMuted(true);
+    QVERIFY(!m_talk->isWhileHeld());
+    m_talk->setMuted(false);
+    QVERIFY(m_talk->isWhileHeld());
+    m_talk->release();
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(!m_talk->isMuted()); // as it was set last
+}
+
+void TestTalkControl::whileHeld()
+{
+    QSignalSpy changed(m_talk.get(), &TalkControl::whileHeldChanged);
+    openCameraByKey();
+    QVERIFY(m_talk->isWhileHeld());
+    QCOMPARE(changed.size(), 1);
+    m_talk->release();
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(!m_talk->isWhileHeld());
+    QCOMPARE(changed.size(), 2);
+    // A talk that the button opened goes on after the key.
+    openCamera();
+    m_talk->press();
+    QVERIFY(!m_talk->isWhileHeld());
+    m_talk->release();
+    m_talk->setMuted(true);
+    m_talk->press();
+    QVERIFY(m_talk->isWhileHeld());
+    m_talk->release();
+    QVERIFY(!m_talk->isWhileHeld());
+    // A talk that is lost.
+    m_talk->press();
+    Q_EMIT m_link->eventRaised("TalkDisconnected",
+                               QVariantMap{{"TalkDisconnected", QVariantMap{{"Token", "token"}}}});
+    QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(!m_talk->isWhileHeld());
+    QVERIFY(m_talk->isMuted());
+    m_talk->release();
 }
 
 void TestTalkControl::volumeAndMute()
