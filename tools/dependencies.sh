@@ -27,6 +27,11 @@ test_packages=(
     "${sound_packages[@]}" pulseaudio-utils
 )
 
+# What runs tests/mutants/run.py, and a linker that is quick.
+mutants_packages=(
+    python3 lld
+)
+
 # A Windows build and a Wine to run it; the libraries come from tools/windows/toolchain.sh.
 windows_packages=(
     g++-mingw-w64-x86-64-posix wine64 nasm tcl perl make autoconf automake libtool dpkg-dev xz-utils clang unzip
