@@ -5,6 +5,7 @@
 #include "PluginVoiceDesk.h"
 #include "RecordingFramework.h"
 #include "SystemOverrides.h"
+#include "Variants.h"
 
 #include <QSignalSpy>
 

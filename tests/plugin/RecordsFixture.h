@@ -75,6 +75,17 @@ struct RecordsFixture : PluginFixture
         return values;
     }
 
+    /** Notes the role of each change of a row in a model behind a proxy, in order. */
+    static void noteRoles(const QSortFilterProxyModel& proxy, QStringList& notes)
+    {
+        QObject::connect(proxy.sourceModel(), &QAbstractItemModel::dataChanged, proxy.sourceModel(),
+                         [&notes](const QModelIndex&, const QModelIndex&, const QVector<int>& roles) {
+                             for (const int role : roles) {
+                                 notes.append(QString::number(role));
+                             }
+                         });
+    }
+
     std::unique_ptr<QSortFilterProxyModel> devices;
     std::unique_ptr<QSortFilterProxyModel> groups;
     std::unique_ptr<QSortFilterProxyModel> schedules;

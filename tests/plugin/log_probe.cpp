@@ -4,6 +4,42 @@
 
 #include <cstdio>
 
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+namespace {
+
+bool logLibraryIsLoaded()
+{
+#ifdef _WIN32
+    return GetModuleHandleA("TrelLogUtl.dll") != nullptr;
+#else
+    void* library = dlopen("libTrelLogUtl.so", RTLD_NOW | RTLD_NOLOAD);
+    if (library != nullptr) {
+        dlclose(library);
+    }
+    return library != nullptr;
+#endif
+}
+
+/** Made before the gate opens its library, and so destroyed after the gate has closed it. */
+struct End
+{
+    ~End()
+    {
+        VOICEDESK_LOG_ERROR("%s, too late", "Probe::end");
+        std::printf("end object %d library %d\n", g_logObject != nullptr ? 1 : 0,
+                    logLibraryIsLoaded() ? 1 : 0);
+    }
+};
+
+const End end;
+
+} // namespace
+
 static void traced()
 {
     VOICEDESK_TRACE("traced");

@@ -150,6 +150,7 @@ void TestBase64::decodeExamples_data()
     QTest::newRow("equals signs only") << QByteArray("====") << QByteArray(1, '\0');
     // What ends a group is not used up by it: the next group starts there.
     QTest::newRow("padding inside") << QByteArray("QQ==QUJD") << QByteArray("A\0\x04\x14", 4);
+    QTest::newRow("one padding inside") << QByteArray("QUI=QUJD") << QByteArray("AB\x01\x05\x09", 5);
     // A group that the text cuts short is filled up with zeros.
     QTest::newRow("one character") << QByteArray("Q") << QByteArray("@\0\0", 3);
     QTest::newRow("two characters") << QByteArray("QQ") << QByteArray("A\0\0", 3);

@@ -23,6 +23,9 @@ private Q_SLOTS:
     void startWhileCapturing();
     void stopWhileNotCapturing();
     void startWithoutAChannel();
+    void captureWithoutAChannel();
+    void handlesOfTheCalls();
+    void startSetsVolumeAndMuteThroughTheTable();
     void failedStartLeavesAStaleChannel();
     void failedStop();
     void volumeAndMuteBeforeCapture();
@@ -31,6 +34,7 @@ private Q_SLOTS:
     void destructionOrder();
     void destructionWhileCapturing();
     void callbackCopiesThePacket();
+    void callbackAnnouncesThePacketFirst();
     void callbackPaces_data();
     void callbackPaces();
     void callbackWithoutAContext();
@@ -144,6 +148,74 @@ void TestFrameSmithWrapper::startWithoutAChannel()
     QVERIFY(!FakeFrameSmith::functions().contains("FrameSmith_StartAudioCapture"));
 }
 
+void TestFrameSmithWrapper::captureWithoutAChannel()
+{
+    // No error and no channel: capture counts as running, and there is nothing to set, start or stop.
+    LogCapture log;
+    FrameSmithWrapper wrapper;
+    FakeFrameSmith::withholdCaptureChannel();
+    FakeFrameSmith::clearCalls();
+    QVERIFY(wrapper.StartAudioCapture());
+    QVERIFY(wrapper.AudioCapturing());
+    wrapper.StopAudioCapture();
+    QVERIFY(!wrapper.AudioCapturing());
+    QCOMPARE(FakeFrameSmith::functions(), QStringList{"FrameSmith_CreateAudioCaptureChannel"});
+    QVERIFY(log.messages().isEmpty());
+}
+
+void TestFrameSmithWrapper::handlesOfTheCalls()
+{
+    void* captureChannel = nullptr;
+    void* packetChannel = nullptr;
+    std::vector<FakeFrameSmith::Call> calls;
+    {
+        FrameSmithWrapper wrapper;
+        wrapper.StartAudioCapture();
+        wrapper.SetMicVolume(10);
+        wrapper.SetMicMute(true);
+        captureChannel = FakeFrameSmith::calls().back().handle;
+        wrapper.StopAudioCapture();
+        wrapper.StartAudioCapture();
+        wrapper.StopAudioCapture();
+        calls = FakeFrameSmith::calls();
+        FakeFrameSmith::clearCalls();
+    }
+    packetChannel = FakeFrameSmith::calls().front().handle;
+    void* library = FakeFrameSmith::calls().back().handle;
+    QVERIFY(library != nullptr && captureChannel != nullptr && packetChannel != nullptr);
+    QVERIFY(library != captureChannel && library != packetChannel && captureChannel != packetChannel);
+    QCOMPARE(calls[1].function, QStringLiteral("FrameSmith_CreateChannel"));
+    QCOMPARE(calls[1].handle, library);
+    void* current = nullptr; // the capture channel of the calls that follow
+    for (std::size_t i = 2; i < calls.size(); ++i) {
+        if (calls[i].function == QLatin1String("FrameSmith_CreateAudioCaptureChannel")) {
+            QCOMPARE(calls[i].handle, library);
+            current = i < 8 ? captureChannel : nullptr;
+            continue;
+        }
+        if (current == nullptr) {
+            current = calls[i].handle;
+            QVERIFY(current != nullptr && current != captureChannel && current != packetChannel);
+        }
+        QVERIFY2(calls[i].handle == current, qPrintable(calls[i].function));
+    }
+}
+
+void TestFrameSmithWrapper::startSetsVolumeAndMuteThroughTheTable()
+{
+    struct Wrapper : FrameSmithWrapper
+    {
+        void SetMicVolume(int volume) override { set << QStringLiteral("volume %1").arg(volume); }
+        void SetMicMute(bool mute) override { set << QStringLiteral("mute %1").arg(mute); }
+        QStringList set;
+    };
+    Wrapper wrapper;
+    QVERIFY(wrapper.StartAudioCapture());
+    QCOMPARE(wrapper.set, (QStringList{"volume 50", "mute 0"}));
+    QVERIFY(!FakeFrameSmith::functions().contains("FrameSmith_UpdateChannelSettings"));
+    QVERIFY(!FakeFrameSmith::functions().contains("FrameSmith_SetAudioCaptureChannelOption"));
+}
+
 void TestFrameSmithWrapper::failedStartLeavesAStaleChannel()
 {
     LogCapture log;
@@ -255,6 +327,19 @@ void TestFrameSmithWrapper::callbackCopiesThePacket()
     QCOMPARE(captured.count(), 1);
     QCOMPARE(captured[0][0].toUInt(), 8192U);
     QCOMPARE(captured[0][1].toByteArray(), packet);
+}
+
+void TestFrameSmithWrapper::callbackAnnouncesThePacketFirst()
+{
+    FrameSmithWrapper wrapper;
+    wrapper.StartAudioCapture();
+    std::chrono::steady_clock::time_point heard;
+    connect(
+        &wrapper, &FrameSmithWrapper::audioCaptured, &wrapper,
+        [&heard] { heard = std::chrono::steady_clock::now(); }, Qt::DirectConnection);
+    FakeFrameSmith::deliver(QByteArray(660, 'x'), 20, 8192, 330);
+    const auto waited = std::chrono::steady_clock::now() - heard;
+    QVERIFY(waited >= std::chrono::milliseconds(299)); // all of the wait comes behind the signal
 }
 
 void TestFrameSmithWrapper::callbackPaces_data()

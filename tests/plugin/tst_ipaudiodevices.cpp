@@ -18,6 +18,9 @@ private Q_SLOTS:
     void addReplyWithoutData();
     void failedReplies();
     void updateReply();
+    void updateTakesTexts();
+    void updateFindsThePrefix();
+    void orderOfChangesAndSignals();
     void updateOfAnUnknownDevice();
     void deleteReply();
     void deleteFindsThePrefix();
@@ -36,20 +39,20 @@ void TestIPAudioDevices::requests()
     const auto& commands = fixture.framework.commands;
     QCOMPARE(fixture.framework.names(),
              (QStringList{"AddIPAudio", "UpdateIPAudio", "DeleteIPAudio", "RetrieveIPAudioModel"}));
-    QCOMPARE(commands[0].map(), (QVariantMap{{"deviceName", "Gate"},
-                                             {"ip", "10.0.0.9"},
-                                             {"port", 8080},
-                                             {"username", "user"},
-                                             {"password", "secret"},
-                                             {"bindingCameraList", "cam1|cam2"}}));
-    QCOMPARE(commands[1].map(), (QVariantMap{{"deviceID", 7},
-                                             {"deviceName", "Dock"},
-                                             {"ip", "h"},
-                                             {"port", 1},
-                                             {"username", "u"},
-                                             {"password", "p"},
-                                             {"bindingCameraList", "c"}}));
-    QCOMPARE(commands[2].param, QVariant(7));
+    COMPARE_VARIANTS(commands[0].map(), (QVariantMap{{"deviceName", "Gate"},
+                                                     {"ip", "10.0.0.9"},
+                                                     {"port", 8080},
+                                                     {"username", "user"},
+                                                     {"password", "secret"},
+                                                     {"bindingCameraList", "cam1|cam2"}}));
+    COMPARE_VARIANTS(commands[1].map(), (QVariantMap{{"deviceID", 7},
+                                                     {"deviceName", "Dock"},
+                                                     {"ip", "h"},
+                                                     {"port", 1},
+                                                     {"username", "u"},
+                                                     {"password", "p"},
+                                                     {"bindingCameraList", "c"}}));
+    COMPARE_VARIANTS(commands[2].param, QVariant(7));
     QVERIFY(!commands[3].param.isValid());
     for (const auto& command : commands) {
         QCOMPARE(command.userData, nullptr);
@@ -77,7 +80,7 @@ void TestIPAudioDevices::emptyBindings()
     RecordsFixture fixture;
     fixture.plugin->addIPAudio("n", "i", 1, "u", "p", {});
     const QVariant sent = fixture.framework.commands[0].map()["bindingCameraList"];
-    QCOMPARE(sent, QVariant(QString("")));
+    COMPARE_VARIANTS(sent, QVariant(QString("")));
     QCOMPARE(sent.type(), QVariant::String);
 }
 
@@ -85,7 +88,7 @@ void TestIPAudioDevices::nothingIsChecked()
 {
     RecordsFixture fixture;
     QVERIFY(fixture.plugin->addIPAudio("", "", -70000, "", "", {}));
-    QCOMPARE(fixture.framework.commands[0].map()["port"], QVariant(-70000));
+    COMPARE_VARIANTS(fixture.framework.commands[0].map()["port"], QVariant(-70000));
 }
 
 void TestIPAudioDevices::requestsChangeNothing()
@@ -96,7 +99,7 @@ void TestIPAudioDevices::requestsChangeNothing()
     fixture.plugin->addIPAudio("Dock", "i", 1, "u", "p", {});
     fixture.plugin->updateIPAudio(1, "Dock", "i", 1, "u", "p", {});
     fixture.plugin->deleteIPAudio(1);
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 258), QVariantList{"Gate"});
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 258), QVariantList{"Gate"});
     QCOMPARE(changed.size(), 1);
 }
 
@@ -107,16 +110,16 @@ void TestIPAudioDevices::addReply()
     const QSignalSpy response(fixture.plugin.get(), &PluginVoiceDesk::addIPAudioResponse);
     fixture.addDevice(4, "Gate", "cam1|cam2");
     const QModelIndex row = fixture.devices->sourceModel()->index(0, 0);
-    QCOMPARE(row.data(257), QVariant(4));
-    QCOMPARE(row.data(258), QVariant("Gate"));
-    QCOMPARE(row.data(259), QVariant("10.0.0.1"));
-    QCOMPARE(row.data(260), QVariant(554)); // as the server sent it
-    QCOMPARE(row.data(261), QVariant("u"));
-    QCOMPARE(row.data(262), QVariant("p"));
-    QCOMPARE(row.data(263), QVariant(QStringList{"cam1", "cam2"}));
+    COMPARE_VARIANTS(row.data(257), QVariant(4));
+    COMPARE_VARIANTS(row.data(258), QVariant("Gate"));
+    COMPARE_VARIANTS(row.data(259), QVariant("10.0.0.1"));
+    COMPARE_VARIANTS(row.data(260), QVariant(554)); // as the server sent it
+    COMPARE_VARIANTS(row.data(261), QVariant("u"));
+    COMPARE_VARIANTS(row.data(262), QVariant("p"));
+    COMPARE_VARIANTS(row.data(263), QVariant(QStringList{"cam1", "cam2"}));
     QCOMPARE(changed.size(), 1);
     QCOMPARE(response.size(), 1);
-    QCOMPARE(response[0], (QVariantList{true, "0", 4}));
+    COMPARE_VARIANTS(response[0], (QVariantList{true, "0", 4}));
 }
 
 void TestIPAudioDevices::bindingsOfReplies_data()
@@ -138,11 +141,11 @@ void TestIPAudioDevices::bindingsOfReplies()
     QFETCH(QStringList, list);
     RecordsFixture fixture;
     fixture.addDevice(1, "a", text);
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 263)[0], QVariant(list));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 263)[0], QVariant(list));
     fixture.reply("UpdateIPAudio", "0", RecordsFixture::device(1, "b", text));
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 263)[0], QVariant(list));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 263)[0], QVariant(list));
     fixture.reply("RetrieveIPAudioModel", "0", QVariantList{RecordsFixture::device(1, "c", text)});
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 263)[0], QVariant(list));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 263)[0], QVariant(list));
 }
 
 void TestIPAudioDevices::addReplyWithoutData()
@@ -150,11 +153,11 @@ void TestIPAudioDevices::addReplyWithoutData()
     RecordsFixture fixture;
     const QSignalSpy response(fixture.plugin.get(), &PluginVoiceDesk::addIPAudioResponse);
     fixture.reply("AddIPAudio", "0");
-    QCOMPARE(response[0], (QVariantList{true, "0", 0}));
+    COMPARE_VARIANTS(response[0], (QVariantList{true, "0", 0}));
     const QModelIndex row = fixture.devices->sourceModel()->index(0, 0);
     QVERIFY(row.isValid());
     QVERIFY(!row.data(257).isValid());
-    QCOMPARE(row.data(263), QVariant(QStringList()));
+    COMPARE_VARIANTS(row.data(263), QVariant(QStringList()));
 }
 
 void TestIPAudioDevices::failedReplies()
@@ -168,11 +171,11 @@ void TestIPAudioDevices::failedReplies()
     fixture.reply("AddIPAudio", "77");
     fixture.reply("UpdateIPAudio", "00", RecordsFixture::device(1, "Dock"));
     fixture.reply("DeleteIPAudio", "", 1);
-    QCOMPARE(add[0], (QVariantList{false, "77", 0}));
-    QCOMPARE(update[0], (QVariantList{false, "00", 1}));
-    QCOMPARE(remove[0], (QVariantList{false, "", 1}));
+    COMPARE_VARIANTS(add[0], (QVariantList{false, "77", 0}));
+    COMPARE_VARIANTS(update[0], (QVariantList{false, "00", 1}));
+    COMPARE_VARIANTS(remove[0], (QVariantList{false, "", 1}));
     QCOMPARE(changed.size(), 0);
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 258), QVariantList{"Gate"});
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 258), QVariantList{"Gate"});
 }
 
 void TestIPAudioDevices::updateReply()
@@ -185,16 +188,70 @@ void TestIPAudioDevices::updateReply()
         "UpdateIPAudio", "0",
         QVariantMap{{"deviceID", 1}, {"deviceName", "Dock"}, {"port", 99}, {"bindingCameraList", "cam9"}});
     const QModelIndex row = fixture.devices->sourceModel()->index(0, 0);
-    QCOMPARE(row.data(257), QVariant(1));
-    QCOMPARE(row.data(258), QVariant("Dock"));
-    QCOMPARE(row.data(259), QVariant(""));
+    COMPARE_VARIANTS(row.data(257), QVariant(1));
+    COMPARE_VARIANTS(row.data(258), QVariant("Dock"));
+    COMPARE_VARIANTS(row.data(259), QVariant(""));
     QCOMPARE(row.data(260).type(), QVariant::String); // a number before
-    QCOMPARE(row.data(260), QVariant("99"));
-    QCOMPARE(row.data(261), QVariant(""));
-    QCOMPARE(row.data(262), QVariant(""));
-    QCOMPARE(row.data(263), QVariant(QStringList{"cam9"})); // replaced, not merged
+    COMPARE_VARIANTS(row.data(260), QVariant("99"));
+    COMPARE_VARIANTS(row.data(261), QVariant(""));
+    COMPARE_VARIANTS(row.data(262), QVariant(""));
+    COMPARE_VARIANTS(row.data(263), QVariant(QStringList{"cam9"})); // replaced, not merged
     QCOMPARE(changed.size(), 1);
-    QCOMPARE(response[0], (QVariantList{true, "0", 1}));
+    COMPARE_VARIANTS(response[0], (QVariantList{true, "0", 1}));
+}
+
+void TestIPAudioDevices::updateTakesTexts()
+{
+    RecordsFixture fixture;
+    fixture.addDevice(1, "Gate");
+    fixture.reply("UpdateIPAudio", "0",
+                  QVariantMap{{"deviceID", 1},
+                              {"deviceName", 10},
+                              {"ip", 11},
+                              {"port", 12},
+                              {"username", 13},
+                              {"password", 14},
+                              {"bindingCameraList", 15}});
+    const QModelIndex row = fixture.devices->sourceModel()->index(0, 0);
+    QVariantList fields;
+    for (int role = 257; role <= 263; ++role) {
+        fields.append(row.data(role));
+    }
+    COMPARE_VARIANTS(fields, (QVariantList{1, "10", "11", "12", "13", "14", QStringList{"15"}}));
+}
+
+void TestIPAudioDevices::updateFindsThePrefix()
+{
+    RecordsFixture fixture;
+    fixture.addDevice(12, "twelve");
+    fixture.addDevice(1, "one");
+    fixture.reply("UpdateIPAudio", "0", RecordsFixture::device(1, "changed"));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 257), (QVariantList{12, 1}));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 258), (QVariantList{"changed", "one"}));
+}
+
+void TestIPAudioDevices::orderOfChangesAndSignals()
+{
+    RecordsFixture fixture;
+    QStringList notes;
+    const PluginVoiceDesk* plugin = fixture.plugin.get();
+    const QAbstractItemModel* source = fixture.devices->sourceModel();
+    connect(plugin, &PluginVoiceDesk::ipAudioModelChanged, this,
+            [&] { notes << QStringLiteral("changed, rows %1").arg(source->rowCount()); });
+    for (const auto response : {&PluginVoiceDesk::addIPAudioResponse, &PluginVoiceDesk::updateIPAudioResponse,
+                                &PluginVoiceDesk::deleteIPAudioResponse}) {
+        connect(plugin, response, this, [&notes] { notes << "answer"; });
+    }
+    fixture.addDevice(1, "Gate");
+    QCOMPARE(notes, (QStringList{"changed, rows 1", "answer"}));
+    notes.clear();
+    RecordsFixture::noteRoles(*fixture.devices, notes);
+    fixture.reply("UpdateIPAudio", "0",
+                  QVariantMap{{"deviceID", 1}, {"deviceName", "n"}, {"bindingCameraList", "c"}});
+    QCOMPARE(notes, (QStringList{"258", "259", "260", "261", "262", "263", "changed, rows 1", "answer"}));
+    notes.clear();
+    fixture.reply("DeleteIPAudio", "0", 1);
+    QCOMPARE(notes, (QStringList{"changed, rows 0", "answer"}));
 }
 
 void TestIPAudioDevices::updateOfAnUnknownDevice()
@@ -204,9 +261,9 @@ void TestIPAudioDevices::updateOfAnUnknownDevice()
     const QSignalSpy changed(fixture.plugin.get(), &PluginVoiceDesk::ipAudioModelChanged);
     const QSignalSpy response(fixture.plugin.get(), &PluginVoiceDesk::updateIPAudioResponse);
     fixture.reply("UpdateIPAudio", "0", RecordsFixture::device(9, "Dock"));
-    QCOMPARE(response[0], (QVariantList{true, "0", 9}));
+    COMPARE_VARIANTS(response[0], (QVariantList{true, "0", 9}));
     QCOMPARE(changed.size(), 0);
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 258), QVariantList{"Gate"});
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 258), QVariantList{"Gate"});
 }
 
 void TestIPAudioDevices::deleteReply()
@@ -219,11 +276,11 @@ void TestIPAudioDevices::deleteReply()
     fixture.reply("DeleteIPAudio", "0", 1);
     fixture.reply("DeleteIPAudio", "0", 8);
     fixture.reply("DeleteIPAudio", "0", "no number");
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 257), QVariantList{2});
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 257), QVariantList{2});
     QCOMPARE(changed.size(), 1);
-    QCOMPARE(response[0], (QVariantList{true, "0", 1}));
-    QCOMPARE(response[1], (QVariantList{true, "0", 8}));
-    QCOMPARE(response[2], (QVariantList{true, "0", 0}));
+    COMPARE_VARIANTS(response[0], (QVariantList{true, "0", 1}));
+    COMPARE_VARIANTS(response[1], (QVariantList{true, "0", 8}));
+    COMPARE_VARIANTS(response[2], (QVariantList{true, "0", 0}));
 }
 
 void TestIPAudioDevices::deleteFindsThePrefix()
@@ -233,8 +290,8 @@ void TestIPAudioDevices::deleteFindsThePrefix()
     fixture.addDevice(1, "one");
     const QSignalSpy response(fixture.plugin.get(), &PluginVoiceDesk::deleteIPAudioResponse);
     fixture.reply("DeleteIPAudio", "0", 1);
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 257), QVariantList{1});
-    QCOMPARE(response[0], (QVariantList{true, "0", 1}));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 257), QVariantList{1});
+    COMPARE_VARIANTS(response[0], (QVariantList{true, "0", 1}));
 }
 
 void TestIPAudioDevices::retrieveReplaces()
@@ -244,7 +301,7 @@ void TestIPAudioDevices::retrieveReplaces()
     const QSignalSpy changed(fixture.plugin.get(), &PluginVoiceDesk::ipAudioModelChanged);
     fixture.reply("RetrieveIPAudioModel", "0",
                   QVariantList{RecordsFixture::device(9, "z"), RecordsFixture::device(3, "a"), "no map"});
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 257), (QVariantList{9, 3, QVariant()}));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 257), (QVariantList{9, 3, QVariant()}));
     QCOMPARE(changed.size(), 1);
     fixture.reply("RetrieveIPAudioModel", "0", QVariantList());
     QCOMPARE(fixture.devices->rowCount(), 0);
@@ -267,15 +324,18 @@ void TestIPAudioDevices::failedRetrieveEmpties()
 void TestIPAudioDevices::queryOfBindings()
 {
     RecordsFixture fixture;
-    QCOMPARE(fixture.plugin->queryBindingIPAudio("cam1"), QVariantMap());
+    COMPARE_VARIANTS(fixture.plugin->queryBindingIPAudio("cam1"), QVariantMap());
     fixture.addDevice(5, "Gate", "cam1|cam2");
     fixture.addDevice(6, "Dock", "cam2|cam3");
     fixture.framework.commands.clear();
-    QCOMPARE(fixture.plugin->queryBindingIPAudio("cam3"), (QVariantMap{{"id", 6}, {"name", "Dock"}}));
-    QCOMPARE(fixture.plugin->queryBindingIPAudio("cam2"), (QVariantMap{{"id", 5}, {"name", "Gate"}}));
-    QCOMPARE(fixture.plugin->queryBindingIPAudio("CAM2"), QVariantMap());
-    QCOMPARE(fixture.plugin->queryBindingIPAudio("cam"), QVariantMap());
-    QCOMPARE(fixture.plugin->queryBindingIPAudio(""), QVariantMap());
+    COMPARE_VARIANTS(fixture.plugin->queryBindingIPAudio("cam3"), (QVariantMap{{"id", 6}, {"name", "Dock"}}));
+    COMPARE_VARIANTS(fixture.plugin->queryBindingIPAudio("cam2"), (QVariantMap{{"id", 5}, {"name", "Gate"}}));
+    COMPARE_VARIANTS(fixture.plugin->queryBindingIPAudio("CAM2"), QVariantMap());
+    COMPARE_VARIANTS(fixture.plugin->queryBindingIPAudio("cam"), QVariantMap());
+    COMPARE_VARIANTS(fixture.plugin->queryBindingIPAudio(""), QVariantMap());
+    fixture.reply("AddIPAudio", "0",
+                  QVariantMap{{"deviceID", "7"}, {"deviceName", 8}, {"bindingCameraList", "cam7"}});
+    COMPARE_VARIANTS(fixture.plugin->queryBindingIPAudio("cam7"), (QVariantMap{{"id", 7}, {"name", "8"}}));
     QVERIFY(fixture.framework.commands.empty());
 }
 

@@ -13,6 +13,7 @@ class TestItemModels : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void roleNames();
     void rowsTakeTheirFieldsAsTheyAre();
     void missingKeysAreInvalid();
     void rowsHaveNoTextAndNoMore();
@@ -49,6 +50,38 @@ int foundId(const QStandardItemModel& model, int id)
 
 } // namespace
 
+void TestItemModels::roleNames()
+{
+    // Written out: what QML binds to is these words.
+    using Names = QHash<int, QByteArray>;
+    QCOMPARE(ipAudioRoleNames(), (Names{{257, "idRole"},
+                                        {258, "deviceNameRole"},
+                                        {259, "ipRole"},
+                                        {260, "portRole"},
+                                        {261, "userRole"},
+                                        {262, "passwordRole"},
+                                        {263, "bindingCameraListRole"}}));
+    QCOMPARE(networkAudioGroupRoleNames(), (Names{{257, "idRole"},
+                                                  {258, "nameRole"},
+                                                  {259, "networkAudioIDListRole"},
+                                                  {260, "networkAudioNameListRole"}}));
+    QCOMPARE(networkAudioScheduleRoleNames(), (Names{{257, "idRole"},
+                                                     {258, "enableRole"},
+                                                     {259, "nameRole"},
+                                                     {260, "startTimeRole"},
+                                                     {261, "scheduleTypeRole"},
+                                                     {262, "scheduleSettingsRole"},
+                                                     {263, "endTimeRole"},
+                                                     {264, "enableEndTimeRole"},
+                                                     {265, "audioFileIDRole"},
+                                                     {266, "groupIDListRole"},
+                                                     {267, "networkAudioIDListRole"}}));
+    const RecordsFixture fixture;
+    QCOMPARE(fixture.devices->roleNames(), ipAudioRoleNames());
+    QCOMPARE(fixture.groups->roleNames(), networkAudioGroupRoleNames());
+    QCOMPARE(fixture.schedules->roleNames(), networkAudioScheduleRoleNames());
+}
+
 void TestItemModels::rowsTakeTheirFieldsAsTheyAre()
 {
     const auto device = own(makeIPAudioRow({{"deviceID", "7"},
@@ -58,22 +91,22 @@ void TestItemModels::rowsTakeTheirFieldsAsTheyAre()
                                             {"username", "u"},
                                             {"password", "p"},
                                             {"bindingCameraList", QStringList{"a", "b"}}}));
-    QCOMPARE(device->data(257), QVariant("7"));
-    QCOMPARE(device->data(258), QVariant("Gate"));
-    QCOMPARE(device->data(259), QVariant("10.0.0.1"));
-    QCOMPARE(device->data(260), QVariant(80.5));
-    QCOMPARE(device->data(261), QVariant("u"));
-    QCOMPARE(device->data(262), QVariant("p"));
-    QCOMPARE(device->data(263), QVariant(QStringList{"a", "b"}));
+    COMPARE_VARIANTS(device->data(257), QVariant("7"));
+    COMPARE_VARIANTS(device->data(258), QVariant("Gate"));
+    COMPARE_VARIANTS(device->data(259), QVariant("10.0.0.1"));
+    COMPARE_VARIANTS(device->data(260), QVariant(80.5));
+    COMPARE_VARIANTS(device->data(261), QVariant("u"));
+    COMPARE_VARIANTS(device->data(262), QVariant("p"));
+    COMPARE_VARIANTS(device->data(263), QVariant(QStringList{"a", "b"}));
 
     const auto group = own(makeNetworkAudioGroupRow({{"groupID", 1},
                                                      {"groupName", "Yard"},
                                                      {"networkAudioIDList", QVariantList{1, 2}},
                                                      {"networkAudioNameList", QVariantList{"x"}}}));
-    QCOMPARE(group->data(257), QVariant(1));
-    QCOMPARE(group->data(258), QVariant("Yard"));
-    QCOMPARE(group->data(259), QVariant(QVariantList{1, 2}));
-    QCOMPARE(group->data(260), QVariant(QVariantList{"x"}));
+    COMPARE_VARIANTS(group->data(257), QVariant(1));
+    COMPARE_VARIANTS(group->data(258), QVariant("Yard"));
+    COMPARE_VARIANTS(group->data(259), QVariant(QVariantList{1, 2}));
+    COMPARE_VARIANTS(group->data(260), QVariant(QVariantList{"x"}));
 
     const auto schedule = own(makeNetworkAudioScheduleRow({{"scheduleID", 1},
                                                            {"enableSchedule", true},
@@ -89,7 +122,7 @@ void TestItemModels::rowsTakeTheirFieldsAsTheyAre()
     const QVariantList fields{
         1, true, "Noon", "s", 3, "set", "e", false, 9, QVariantList{4}, QVariantList{5}};
     for (int i = 0; i < fields.size(); ++i) {
-        QCOMPARE(schedule->data(257 + i), fields[i]);
+        COMPARE_VARIANTS(schedule->data(257 + i), fields[i]);
     }
 }
 
@@ -142,14 +175,15 @@ void TestItemModels::proxiesOfTheDevices()
     QCOMPARE(fixture.devices->sortRole(), 258);
     QCOMPARE(fixture.devices->sortColumn(), 0);
     QCOMPARE(fixture.devices->sortOrder(), Qt::AscendingOrder);
+    QCOMPARE(fixture.devices->sortCaseSensitivity(), Qt::CaseSensitive);
     QVERIFY(fixture.devices->dynamicSortFilter());
     fixture.addDevice(1, "Gate");
     fixture.addDevice(2, "dock");
     fixture.addDevice(3, "Alley");
     // Upper case stands before lower case: the sort's case sensitivity is Qt's default.
-    QCOMPARE(RecordsFixture::shown(*fixture.devices, 258), (QVariantList{"Alley", "Gate", "dock"}));
+    COMPARE_VARIANTS(RecordsFixture::shown(*fixture.devices, 258), (QVariantList{"Alley", "Gate", "dock"}));
     fixture.devices->setFilterFixedString("GA");
-    QCOMPARE(RecordsFixture::shown(*fixture.devices, 258), QVariantList{"Gate"});
+    COMPARE_VARIANTS(RecordsFixture::shown(*fixture.devices, 258), QVariantList{"Gate"});
 }
 
 void TestItemModels::proxiesOfTheGroups()
@@ -157,6 +191,9 @@ void TestItemModels::proxiesOfTheGroups()
     RecordsFixture fixture;
     QVERIFY(qobject_cast<NetworkAudioGroupTreeSortFilterModel*>(fixture.groups.get()) != nullptr);
     QCOMPARE(fixture.groups->sortRole(), 258);
+    QCOMPARE(fixture.groups->sortCaseSensitivity(), Qt::CaseSensitive);
+    QCOMPARE(fixture.groups->filterCaseSensitivity(), Qt::CaseSensitive);
+    QCOMPARE(fixture.groups->filterRole(), static_cast<int>(Qt::DisplayRole));
     QCOMPARE(fixture.groups->sortColumn(), 0);
     QCOMPARE(fixture.groups->sortOrder(), Qt::AscendingOrder);
 }
@@ -166,10 +203,14 @@ void TestItemModels::proxiesOfTheSchedules()
     RecordsFixture fixture;
     QCOMPARE(fixture.schedules->metaObject()->className(), "QSortFilterProxyModel");
     QCOMPARE(fixture.schedules->sortRole(), 259);
+    QCOMPARE(fixture.schedules->sortColumn(), 0);
+    QCOMPARE(fixture.schedules->sortOrder(), Qt::AscendingOrder);
+    QCOMPARE(fixture.schedules->sortCaseSensitivity(), Qt::CaseSensitive);
+    QCOMPARE(fixture.schedules->filterCaseSensitivity(), Qt::CaseSensitive);
     QCOMPARE(fixture.schedules->filterRole(), static_cast<int>(Qt::DisplayRole));
     fixture.reply("AddNetworkAudioSchedule", "0", QVariantMap{{"scheduleID", 1}, {"scheduleName", "b"}});
     fixture.reply("AddNetworkAudioSchedule", "0", QVariantMap{{"scheduleID", 2}, {"scheduleName", "a"}});
-    QCOMPARE(RecordsFixture::shown(*fixture.schedules, 257), (QVariantList{2, 1}));
+    COMPARE_VARIANTS(RecordsFixture::shown(*fixture.schedules, 257), (QVariantList{2, 1}));
 }
 
 void TestItemModels::eachCallMakesAProxy()
@@ -202,8 +243,8 @@ void TestItemModels::proxiesFollowTheModel()
     QCOMPARE(inserted.size(), 2);
     QCOMPARE(inserted[0][1].toInt(), 0); // its sorted place, at once
     QCOMPARE(inserted[1][1].toInt(), 2);
-    QCOMPARE(RecordsFixture::shown(*fixture.devices, 257), (QVariantList{2, 1, 3}));
-    QCOMPARE(RecordsFixture::column(*fixture.devices, 257), (QVariantList{1, 2, 3}));
+    COMPARE_VARIANTS(RecordsFixture::shown(*fixture.devices, 257), (QVariantList{2, 1, 3}));
+    COMPARE_VARIANTS(RecordsFixture::column(*fixture.devices, 257), (QVariantList{1, 2, 3}));
 }
 
 void TestItemModels::modelsPassTheTester()

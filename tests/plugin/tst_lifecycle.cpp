@@ -6,14 +6,36 @@
 #include <QTest>
 #include <QTimerEvent>
 
+#include <cstdlib>
 #include <new>
 #include <stdexcept>
 
 namespace {
 
 int allocationsUntilFailure = -1; // of the non-throwing kind, which only the models use
+int allocations = 0;              // of the throwing kind
 
 } // namespace
+
+void* operator new(std::size_t size)
+{
+    ++allocations;
+    void* block = std::malloc(size > 0 ? size : 1);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
@@ -37,7 +59,9 @@ class TestLifecycle : public QObject
 private Q_SLOTS:
     void commandBeforeInitialisationReportsFalse();
     void replyBeforeInitialisationIsDropped();
+    void identity();
     void initialisation();
+    void initialisationStartsAnew();
     void wrapperThatThrows();
     void modelThatCannotBeBuilt_data();
     void modelThatCannotBeBuilt();
@@ -48,8 +72,12 @@ private Q_SLOTS:
     void microphonePollRaisesAndDrops();
     void noPollElsewhere();
     void microphoneLossEndsTheTalkFirst();
+    void newMicrophoneLeavesTheTalkAlone();
     void serverConnection();
+    void packetOnThePluginsThreadIsServedAtOnce();
     void handlerMayDestroyTheTable();
+    void handlerRunsFromACopy();
+    void unknownCommandsJoinNoTable();
     void destructionClosesTargets();
     void orderOfDestruction();
 };
@@ -90,6 +118,30 @@ void TestLifecycle::replyBeforeInitialisationIsDropped()
     QVERIFY(plugin.getTalkTargetList().isEmpty());
 }
 
+void TestLifecycle::identity()
+{
+    struct Named : PluginVoiceDesk
+    {
+        using PluginBase::m_basePrivate;
+        using PluginBase::m_framework;
+        using PluginBase::m_pluginHandle;
+        using PluginBase::m_pluginId;
+        using PluginBase::m_pluginName;
+    };
+    FakeFrameSmith::reset();
+    Named plugin;
+    QVERIFY(plugin.m_pluginName.isEmpty() && plugin.m_pluginId.isEmpty());
+    QVERIFY(plugin.m_framework == nullptr && plugin.m_pluginHandle == nullptr);
+    RecordingFramework framework;
+    int handle = 0;
+    QVERIFY(plugin.InitialPluginBase(nullptr, &handle, &framework));
+    QCOMPARE(plugin.m_pluginName, QStringLiteral("VoiceDeskPlugin"));
+    QCOMPARE(plugin.m_pluginId, QStringLiteral("710EF4C43CF94BB2A4A359E0796BC4F5"));
+    QCOMPARE(plugin.m_pluginHandle, static_cast<void*>(&handle));
+    QCOMPARE(plugin.m_framework, static_cast<FrameworkWrapperBase*>(&framework));
+    QCOMPARE(plugin.m_basePrivate, nullptr);
+}
+
 void TestLifecycle::initialisation()
 {
     PluginFixture f;
@@ -104,6 +156,24 @@ void TestLifecycle::initialisation()
     QCOMPARE(models[2]->roleNames(), networkAudioScheduleRoleNames());
     QCOMPARE(FakeFrameSmith::functions(), (QStringList{"FrameSmith_Initial", "FrameSmith_CreateChannel"}));
     QVERIFY(f.framework.commands.empty());
+}
+
+void TestLifecycle::initialisationStartsAnew()
+{
+    PluginFixture f;
+    f.openCameraTalk("t");
+    for (int i = 0; i < 3; ++i) {
+        FakeFrameSmith::deliver(QByteArray(660, 'x'), 20, 8192, 0);
+    }
+    QCoreApplication::processEvents();
+    COMPARE_VARIANTS(f.framework.commands.back().map()["sequence"], 3U);
+    QVERIFY(f.plugin->talking());
+    QVERIFY(f.plugin->Init(nullptr));
+    QVERIFY(!f.plugin->talking());
+    f.plugin->startAudioCapture();
+    FakeFrameSmith::deliver(QByteArray(660, 'x'), 20, 8192, 0);
+    QCoreApplication::processEvents();
+    COMPARE_VARIANTS(f.framework.commands.back().map()["sequence"], 1U);
 }
 
 void TestLifecycle::wrapperThatThrows()
@@ -287,6 +357,18 @@ void TestLifecycle::microphoneLossEndsTheTalkFirst()
     QCOMPARE(disconnected.count(), 0);
 }
 
+void TestLifecycle::newMicrophoneLeavesTheTalkAlone()
+{
+    PluginFixture f("windows");
+    f.openCameraTalk("t");
+    f.framework.commands.clear();
+    SystemOverrides::setMicrophones(1);
+    tick(*f.plugin);
+    QVERIFY(f.plugin->audioInDevAvailable());
+    QVERIFY(f.plugin->talking());
+    QVERIFY(f.framework.commands.empty());
+}
+
 void TestLifecycle::serverConnection()
 {
     PluginFixture f;
@@ -307,6 +389,21 @@ void TestLifecycle::serverConnection()
     QCOMPARE(f.framework.commands.size(), std::size_t{6});
 }
 
+void TestLifecycle::packetOnThePluginsThreadIsServedAtOnce()
+{
+    PluginFixture f;
+    f.openCameraTalk("t");
+    f.framework.commands.clear();
+    QByteArray packet(660, 'x');
+    TMediaDataPacketInfo record{};
+    record.Buffer = reinterpret_cast<std::uint8_t*>(packet.data());
+    record.BitstreamSize = 660;
+    record.StreamType = 8192;
+    const FrameSmithCaptureOptions options = FakeFrameSmith::captureOptions();
+    options.packetCallback(options.context, &record, 0);
+    QCOMPARE(f.framework.names(), QStringList{"TalkData"});
+}
+
 void TestLifecycle::handlerMayDestroyTheTable()
 {
     PluginFixture f;
@@ -314,6 +411,41 @@ void TestLifecycle::handlerMayDestroyTheTable()
             [&f] { f.plugin->Init(nullptr); }); // fills the table anew while an entry of it runs
     f.reply("StartTalk", "0", QVariantMap{{"talkToken", "t"}});
     QVERIFY(f.plugin->findChildren<QStandardItemModel*>().size() == 3);
+}
+
+void TestLifecycle::handlerRunsFromACopy()
+{
+    // Nothing reads a function any more that its table has let go while it ran, so what shows the copy is
+    // the memory that it takes.
+    struct Captured
+    {
+        void* object;
+        void (Captured::*handler)();
+    };
+    const Captured captured{};
+    const std::function<void()> sample = [captured] { static_cast<void>(captured); };
+    int before = allocations;
+    const std::function<void()> copy = sample;
+    if (allocations == before) {
+        QSKIP("functions of this size take no memory here");
+    }
+    PluginFixture f;
+    f.log.object().context = nullptr; // keeping messages takes memory
+    const QString command = QStringLiteral("StopTalk");
+    const QString code = QStringLiteral("0");
+    before = allocations;
+    f.plugin->CommandProcessor(command, QVariant(), nullptr, code, QString(), false, QString());
+    QVERIFY(allocations > before);
+}
+
+void TestLifecycle::unknownCommandsJoinNoTable()
+{
+    PluginFixture f;
+    f.log.object().context = nullptr;
+    const QString command = QStringLiteral("Unknown");
+    const int before = allocations;
+    f.plugin->CommandProcessor(command, QVariant(), nullptr, QString(), QString(), false, QString());
+    QCOMPARE(allocations, before);
 }
 
 void TestLifecycle::destructionClosesTargets()
@@ -326,8 +458,9 @@ void TestLifecycle::destructionClosesTargets()
     f.framework.commands.clear();
     f.plugin.reset();
     QCOMPARE(f.framework.names(), (QStringList{"StopTalk", "StopTalk"}));
-    QCOMPARE(f.framework.commands[0].map(), (QVariantMap{{"talkToken", "one"}, {"relayPath", "relay"}}));
-    QCOMPARE(f.framework.commands[1].map(), (QVariantMap{{"talkToken", "two"}, {"relayPath", ""}}));
+    COMPARE_VARIANTS(f.framework.commands[0].map(),
+                     (QVariantMap{{"talkToken", "one"}, {"relayPath", "relay"}}));
+    COMPARE_VARIANTS(f.framework.commands[1].map(), (QVariantMap{{"talkToken", "two"}, {"relayPath", ""}}));
 }
 
 void TestLifecycle::orderOfDestruction()

@@ -47,6 +47,8 @@ void TestLogGate::libraryAtStart_data()
     QTest::newRow("no object") << "no_object" << QStringList{get, "object 0 id 0"} << false;
     QTest::newRow("no registration") << "no_register" << QStringList{get, "object 1 id 0"} << true;
     QTest::newRow("no context") << "no_context" << QStringList{get, "object 1 id 0"} << false;
+    QTest::newRow("no print") << "no_print" << QStringList{get, "register log 19 VoiceDesk", "object 1 id 77"}
+                              << false;
     QTest::newRow("no check") << "no_check" << QStringList{get, "register log 19 VoiceDesk", "object 1 id 77"}
                               << false;
 }
@@ -59,12 +61,15 @@ void TestLogGate::libraryAtStart()
     QStringList lines = runProbe(QStringLiteral(LOG_LIBRARIES_DIR "/") + kind);
     QCOMPARE(lines.mid(0, start.size()), start);
     lines = lines.mid(start.size());
+    QCOMPARE(lines.takeLast(), QString("end object 0 library 0"));
     QVERIFY(lines.contains("inside"));
     QCOMPARE(lines.contains("print log Probe::main, went wrong"), logs);
     QCOMPARE(lines.contains("print log traced, Enter"), logs);
     QCOMPARE(lines.contains("print log traced, Leave"), logs);
     if (!logs) {
-        QCOMPARE(lines, QStringList{"inside"});
+        const int checks = kind == "no_print" ? 3 : 0; // the gate is asked where it can be
+        QCOMPARE(lines.filter("check log").size(), checks);
+        QCOMPARE(lines.size(), checks + 1);
     }
 }
 

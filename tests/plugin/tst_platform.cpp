@@ -178,7 +178,7 @@ void TestPlatform::frameworkThroughTheTable()
     QCOMPARE(framework.commands[0].pluginHandle, &handle);
     QCOMPARE(framework.commands[0].pluginId, QStringLiteral("id"));
     QCOMPARE(framework.commands[0].command, QStringLiteral("command"));
-    QCOMPARE(framework.commands[0].param, QVariant(7));
+    COMPARE_VARIANTS(framework.commands[0].param, QVariant(7));
     QCOMPARE(framework.commands[0].userData, &userData);
     QCOMPARE(framework.commands[0].extra, QStringLiteral("extra"));
 }

@@ -17,6 +17,7 @@ private Q_SLOTS:
     void stopWhileRequested();
     void hostNeverReplies();
     void successfulReply();
+    void repliesBecomeTexts();
     void replyWithoutKeys();
     void refusedReply();
     void refusalWhileTalkingStopsCaptureOnly();
@@ -25,11 +26,13 @@ private Q_SLOTS:
     void failedStopReplyChangesNothing();
     void stopTalkRefusedByTheHost();
     void disconnectionOfAKnownTarget();
+    void disconnectionWithoutTheFlag();
     void disconnectionOfAnUnknownTarget_data();
     void disconnectionOfAnUnknownTarget();
     void emptyTokenIsAToken();
     void microphoneVolumeLimits_data();
     void microphoneVolumeLimits();
+    void muteOnAndOff();
     void volumeAndMuteWithoutATalk();
     void setTalkingEmitsChangesOnly();
     void forcedTalkingStopsCapture();
@@ -65,7 +68,7 @@ void TestTalkSession::startSendsTheRequest()
     QCOMPARE(f.framework.commands.size(), std::size_t{1});
     const auto& command = f.framework.commands[0];
     QCOMPARE(command.command, QStringLiteral("StartTalk"));
-    QCOMPARE(command.map(), (QVariantMap{{"camId", "camera 7"}, {"relayPath", "relay/1"}}));
+    COMPARE_VARIANTS(command.map(), (QVariantMap{{"camId", "camera 7"}, {"relayPath", "relay/1"}}));
     QCOMPARE(command.map()["camId"].userType(), int{QMetaType::QString});
     QCOMPARE(command.pluginHandle, &f.handle);
     QCOMPARE(command.pluginId, QStringLiteral("710EF4C43CF94BB2A4A359E0796BC4F5"));
@@ -171,9 +174,17 @@ void TestTalkSession::successfulReply()
     f.reply("StartTalk", "0", reply("token"));
     QCOMPARE(order, (QStringList{"talkingChanged 1", "startTalkResponse 1"}));
     // What counts is the server's word, not the request's.
-    QCOMPARE(
+    COMPARE_VARIANTS(
         f.plugin->getTalkTargetList(),
         (QList<QVariant>{QVariantMap{{"camId", "cam"}, {"talkToken", "token"}, {"relayPath", "relay"}}}));
+}
+
+void TestTalkSession::repliesBecomeTexts()
+{
+    PluginFixture f;
+    f.reply("StartTalk", "0", QVariantMap{{"camId", 7}, {"talkToken", 8}, {"relayPath", 9}});
+    COMPARE_VARIANTS(f.plugin->getTalkTargetList(),
+                     (QVariantList{QVariantMap{{"camId", "7"}, {"talkToken", "8"}, {"relayPath", "9"}}}));
 }
 
 void TestTalkSession::replyWithoutKeys()
@@ -183,7 +194,7 @@ void TestTalkSession::replyWithoutKeys()
         f.plugin->setTalkTargetList(*std::make_unique<QList<QVariant>>());
         f.reply("StartTalk", "0", result);
         const QVariantMap entry = f.plugin->getTalkTargetList().value(0).toMap();
-        QCOMPARE(entry, (QVariantMap{{"camId", ""}, {"talkToken", ""}, {"relayPath", ""}}));
+        COMPARE_VARIANTS(entry, (QVariantMap{{"camId", ""}, {"talkToken", ""}, {"relayPath", ""}}));
         QCOMPARE(entry["talkToken"].userType(), int{QMetaType::QString});
     }
 }
@@ -193,8 +204,12 @@ void TestTalkSession::refusedReply()
     PluginFixture f;
     QSignalSpy response(f.plugin.get(), &PluginVoiceDesk::startTalkResponse);
     QSignalSpy changed(f.plugin.get(), &PluginVoiceDesk::talkingChanged);
+    QStringList callsBefore;
+    connect(f.plugin.get(), &PluginVoiceDesk::startTalkResponse, this,
+            [&callsBefore] { callsBefore = FakeFrameSmith::functions(); });
     f.plugin->startTalk("cam", "");
     f.reply("StartTalk", "201", reply("token"));
+    QVERIFY(callsBefore.contains("FrameSmith_StopAudioCapture")); // silent before the front end hears of it
     QCOMPARE(response.count(), 1);
     QCOMPARE(response[0][0].toBool(), false);
     QCOMPARE(changed.count(), 0);
@@ -243,19 +258,26 @@ void TestTalkSession::stopClosesEachTargetInOrder()
     FakeFrameSmith::clearCalls();
     QStringList order;
     f.framework.onCommand = [&](const RecordingFramework::Command& command) {
-        order << QStringLiteral("%1 capture calls %2")
+        order << QStringLiteral("%1 capture calls %2, targets %3, talking %4")
                      .arg(command.map()["talkToken"].toString())
-                     .arg(FakeFrameSmith::calls().size());
+                     .arg(FakeFrameSmith::calls().size())
+                     .arg(f.plugin->getTalkTargetList().size())
+                     .arg(f.plugin->talking());
     };
     connect(f.plugin.get(), &PluginVoiceDesk::talkingChanged, this, [&] {
-        order << QStringLiteral("talkingChanged, targets %1").arg(f.plugin->getTalkTargetList().size());
+        order << QStringLiteral("talkingChanged %1, targets %2")
+                     .arg(f.plugin->talking())
+                     .arg(f.plugin->getTalkTargetList().size());
     });
     QVERIFY(f.plugin->stopTalk());
     QCOMPARE(order,
-             (QStringList{"first capture calls 2", "second capture calls 2", "talkingChanged, targets 0"}));
+             (QStringList{"first capture calls 2, targets 2, talking 1",
+                          "second capture calls 2, targets 2, talking 1", "talkingChanged 0, targets 0"}));
     QCOMPARE(f.framework.names(), (QStringList{"StopTalk", "StopTalk"}));
-    QCOMPARE(f.framework.commands[0].map(), (QVariantMap{{"talkToken", "first"}, {"relayPath", "relay"}}));
-    QCOMPARE(f.framework.commands[1].map(), (QVariantMap{{"talkToken", "second"}, {"relayPath", ""}}));
+    COMPARE_VARIANTS(f.framework.commands[0].map(),
+                     (QVariantMap{{"talkToken", "first"}, {"relayPath", "relay"}}));
+    COMPARE_VARIANTS(f.framework.commands[1].map(),
+                     (QVariantMap{{"talkToken", "second"}, {"relayPath", ""}}));
     QCOMPARE(f.framework.commands[1].map()["relayPath"].userType(), int{QMetaType::QString});
     QCOMPARE(f.framework.commands[0].userData, nullptr);
 }
@@ -305,6 +327,20 @@ void TestTalkSession::disconnectionOfAKnownTarget()
     QCOMPARE(order, (QStringList{"talkingChanged", "talkDisconnected"}));
     QVERIFY(f.plugin->getTalkTargetList().isEmpty());
     QVERIFY(FakeFrameSmith::functions().contains("FrameSmith_StopAudioCapture"));
+}
+
+void TestTalkSession::disconnectionWithoutTheFlag()
+{
+    // The token alone decides: a stop that finds nothing to do is still reported.
+    PluginFixture f;
+    QList<QVariant> targets{QVariantMap{{"talkToken", "t"}}};
+    f.plugin->setTalkTargetList(targets);
+    QVERIFY(!f.plugin->talking());
+    QSignalSpy disconnected(f.plugin.get(), &PluginVoiceDesk::talkDisconnected);
+    f.event("TalkDisconnected", PluginFixture::disconnected("t"));
+    QCOMPARE(disconnected.count(), 1);
+    QVERIFY(f.framework.commands.empty());
+    QCOMPARE(f.plugin->getTalkTargetList().size(), 1);
 }
 
 void TestTalkSession::disconnectionOfAnUnknownTarget_data()
@@ -368,6 +404,18 @@ void TestTalkSession::microphoneVolumeLimits()
     QCOMPARE(call.arguments, (std::vector<qint64>{1, passed, 0}));
 }
 
+void TestTalkSession::muteOnAndOff()
+{
+    PluginFixture f;
+    f.plugin->startAudioCapture();
+    for (const bool mute : {true, false, true, false}) {
+        f.plugin->setMicMute(mute);
+        const auto call = FakeFrameSmith::calls().back();
+        QCOMPARE(call.function, QStringLiteral("FrameSmith_SetAudioCaptureChannelOption"));
+        QCOMPARE(call.arguments, (std::vector<qint64>{6, mute ? 1 : 0, 0}));
+    }
+}
+
 void TestTalkSession::volumeAndMuteWithoutATalk()
 {
     PluginFixture f;
@@ -412,8 +460,8 @@ void TestTalkSession::setTalkTargetListSwaps()
     const QList<QVariant> after = other;
     QSignalSpy changed(f.plugin.get(), &PluginVoiceDesk::talkingChanged);
     f.plugin->setTalkTargetList(other);
-    QCOMPARE(other, before);
-    QCOMPARE(f.plugin->getTalkTargetList(), after);
+    COMPARE_VARIANTS(other, before);
+    COMPARE_VARIANTS(f.plugin->getTalkTargetList(), after);
     QList<QVariant> empty;
     f.plugin->setTalkTargetList(empty);
     QVERIFY(f.plugin->talking()); // not derived from the list

@@ -19,6 +19,7 @@ private Q_SLOTS:
     void lengths_data();
     void lengths();
     void numbersStartAgainWithARequest();
+    void numbersGoOnWithoutARequest();
     void numbersGoOnForLateTargets();
     void deliveryOnThePluginsThread();
     void queuedPacketsAfterTheStopAreDropped();
@@ -50,9 +51,9 @@ void TestTalkUplink::messageOfOnePacket()
     QCoreApplication::processEvents();
     QCOMPARE(f.framework.names(), QStringList{"TalkData"});
     const auto& command = f.framework.commands[0];
-    QCOMPARE(command.map(), (QVariantMap{{"targets", "<Dest>relay/token</Dest>"},
-                                         {"sequence", 1U},
-                                         {"talkData", QString::fromLatin1(packet.toBase64())}}));
+    COMPARE_VARIANTS(command.map(), (QVariantMap{{"targets", "<Dest>relay/token</Dest>"},
+                                                 {"sequence", 1U},
+                                                 {"talkData", QString::fromLatin1(packet.toBase64())}}));
     QCOMPARE(command.map()["sequence"].userType(), int{QMetaType::UInt});
     QCOMPARE(command.map()["talkData"].userType(), int{QMetaType::QString});
     QCOMPARE(command.userData, nullptr);
@@ -102,12 +103,24 @@ void TestTalkUplink::refusedPacketUsesUpItsNumber()
 void TestTalkUplink::withoutAFramework()
 {
     FakeFrameSmith::reset();
+    RecordingFramework framework; // comes late
     PluginVoiceDesk plugin;
     QVERIFY(plugin.InitialPluginBase(nullptr, nullptr, nullptr));
     plugin.startTalk("cam", "");
     QList<QVariant> targets{QVariantMap{{"talkToken", "t"}}};
     plugin.setTalkTargetList(targets);
-    capture(QByteArray(660, 'x')); // lost without a word
+    capture(QByteArray(660, 'x')); // lost without a word, but not without a number
+    struct Access : PluginVoiceDesk
+    {
+        static FrameworkWrapperBase*& framework(PluginVoiceDesk& plugin)
+        {
+            return plugin.*(&Access::m_framework);
+        }
+    };
+    Access::framework(plugin) = &framework;
+    capture(QByteArray(660, 'x'));
+    QCOMPARE(framework.names(), QStringList{"TalkData"});
+    COMPARE_VARIANTS(framework.commands[0].map()["sequence"], 2U);
 }
 
 void TestTalkUplink::targetsOfAllKindsInOrder()
@@ -196,6 +209,43 @@ void TestTalkUplink::numbersStartAgainWithARequest()
     f.openCameraTalk("u");
     capture(QByteArray(3, 'x'));
     QCOMPARE(f.framework.commands.back().map()["sequence"].toUInt(), 1U);
+}
+
+void TestTalkUplink::numbersGoOnWithoutARequest()
+{
+    PluginFixture f;
+    quint32 expected = 0;
+    const auto next = [&] {
+        capture(QByteArray(3, 'x'));
+        const QString sent = Variants::describe(f.framework.commands.back().map()["sequence"]);
+        return sent == Variants::describe(++expected);
+    };
+    f.plugin->startTalkToIPAudio(7);
+    f.reply("StartTalkToIPAudio", "0", QVariantMap{{"talkToken", "device"}},
+            f.framework.commands.back().userData);
+    f.plugin->startAudioCapture();
+    QVERIFY(next());
+    QVERIFY(f.plugin->startTalk("cam", "")); // talks already: no request
+    QVERIFY(next());
+    QVERIFY(f.plugin->startTalkToIPAudio(7)); // in the list already: no request
+    QVERIFY(next());
+    f.plugin->stopTalkToIPAudio(7);
+    QVERIFY(next());
+    // A camera's talk that fails before its request leaves the numbers alone, too.
+    f.plugin->tst_setTalking(false);
+    f.plugin->stopAudioCapture();
+    FakeFrameSmith::fail("FrameSmith_StartAudioCapture", -5);
+    QVERIFY(!f.plugin->startTalk("cam", ""));
+    FakeFrameSmith::fail("FrameSmith_StartAudioCapture", 0);
+    f.plugin->startAudioCapture();
+    QVERIFY(next());
+    // So does the end of a talk.
+    f.plugin->tst_setTalking(true);
+    QList<QVariant> targets{QVariantMap{{"talkToken", "t"}}};
+    f.plugin->stopTalk();
+    f.plugin->setTalkTargetList(targets);
+    f.plugin->startAudioCapture();
+    QVERIFY(next());
 }
 
 void TestTalkUplink::numbersGoOnForLateTargets()

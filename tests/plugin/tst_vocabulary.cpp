@@ -147,7 +147,8 @@ void TestVocabulary::replyToAnUnusedCommandIsDropped()
     f.reply("AlarmPlayIPAudio", "0", QVariantMap{{"talkToken", "x"}});
     f.reply("addSystemLog", "1");
     f.reply("starttalk", "0", QVariantMap{{"talkToken", "x"}});
-    QCOMPARE(f.plugin->getTalkTargetList(), targets);
+    f.reply("StartTalk ", "0", QVariantMap{{"talkToken", "x"}});
+    COMPARE_VARIANTS(f.plugin->getTalkTargetList(), targets);
     QVERIFY(f.framework.commands.empty());
     QVERIFY(f.log.errors().isEmpty());
 }

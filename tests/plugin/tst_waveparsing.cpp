@@ -30,6 +30,8 @@ private Q_SLOTS:
     void bufferIsReplaced();
     void returnedTime_data();
     void returnedTime();
+    void answersAboveZeroAreGood();
+    void packetsAreMadeOnTheirChannel();
     void unreadableHeader();
     void missingFile();
     void seekThatFails();
@@ -199,6 +201,27 @@ void TestWaveParsing::returnedTime()
     QFETCH(unsigned, milliseconds);
     makeFile(44, 640, 0, sampleRate);
     QCOMPARE(parse(), DWORD{milliseconds});
+}
+
+void TestWaveParsing::answersAboveZeroAreGood()
+{
+    makeFile(44, 10);
+    FakeSoundTap::answer(1, 8000, 44, 64);
+    QVERIFY(parse() > 0);
+}
+
+void TestWaveParsing::packetsAreMadeOnTheirChannel()
+{
+    m_wrapper->StartAudioCapture(); // another channel
+    makeFile(44, 10);
+    parse();
+    const FakeFrameSmith::Call made = FakeFrameSmith::calls().back();
+    QCOMPARE(made.function, QStringLiteral("FrameSmith_MakeAudioPacket"));
+    FakeFrameSmith::clearCalls();
+    m_wrapper.reset();
+    QCOMPARE(FakeFrameSmith::functions().first(), QStringLiteral("FrameSmith_DeleteChannel"));
+    QVERIFY(made.handle != nullptr);
+    QCOMPARE(made.handle, FakeFrameSmith::calls().front().handle);
 }
 
 void TestWaveParsing::unreadableHeader()

@@ -20,6 +20,7 @@ struct State
     FrameSmithCaptureOptions captureOptions{};
     QByteArray pcm;
     std::uintptr_t nextHandle = 0x1000;
+    bool withholdsCaptureChannel = false;
 };
 
 State& state()
@@ -75,6 +76,11 @@ void clearCalls()
 void fail(const QString& function, std::int32_t code)
 {
     state().failures[function] = code;
+}
+
+void withholdCaptureChannel()
+{
+    state().withholdsCaptureChannel = true;
 }
 
 void setInitialHook(std::function<void()> hook)
@@ -165,7 +171,7 @@ std::int32_t FrameSmith_CreateAudioCaptureChannel(FrameSmithHandle library, Fram
 {
     const std::int32_t code = record({"FrameSmith_CreateAudioCaptureChannel", bytesOf(options), {}, library});
     state().captureOptions = *options;
-    if (code == 0) {
+    if (code == 0 && !state().withholdsCaptureChannel) {
         *channel = newHandle();
     }
     return code;

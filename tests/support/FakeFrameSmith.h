@@ -36,6 +36,9 @@ void clearCalls();
 /** Makes all further calls of a function return @p code. */
 void fail(const QString& function, std::int32_t code);
 
+/** Makes FrameSmith_CreateAudioCaptureChannel succeed without a channel. */
+void withholdCaptureChannel();
+
 /** Runs instead of the default behaviour of FrameSmith_Initial; may throw. */
 void setInitialHook(std::function<void()> hook);
 
