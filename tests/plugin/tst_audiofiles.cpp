@@ -154,7 +154,6 @@ void TestAudioFiles::uploadSendsTheFile()
     QFile file(odd);
     QVERIFY(file.open(QIODevice::ReadOnly));
     COMPARE_VARIANTS(command.map()["content"], QVariant(file.readAll().toBase64()));
-    QCOMPARE(command.map()["content"].type(), QVariant::ByteArray);
     COMPARE_VARIANTS(command.map()["filename"], QVariant(QString::fromUtf8("Größe %41 #1.wav")));
     COMPARE_VARIANTS(command.map()["length"], QVariant(500));
     COMPARE_VARIANTS(entries(fixture)[0].toMap()["audioName"], QString::fromUtf8("Größe %41 #1.wav"));

@@ -79,8 +79,7 @@ void TestGroups::idListsOfRequests()
     RecordsFixture fixture;
     fixture.plugin->addNetworkAudioGroup("", list);
     const QVariant sent = fixture.framework.commands[0].map()["networkAudioIDList"];
-    QCOMPARE(sent.type(), QVariant::String);
-    QCOMPARE(sent.toString(), text);
+    COMPARE_VARIANTS(sent, text);
 }
 
 void TestGroups::addReply()

@@ -81,7 +81,6 @@ void TestIPAudioDevices::emptyBindings()
     fixture.plugin->addIPAudio("n", "i", 1, "u", "p", {});
     const QVariant sent = fixture.framework.commands[0].map()["bindingCameraList"];
     COMPARE_VARIANTS(sent, QVariant(QString("")));
-    QCOMPARE(sent.type(), QVariant::String);
 }
 
 void TestIPAudioDevices::nothingIsChecked()
@@ -191,8 +190,7 @@ void TestIPAudioDevices::updateReply()
     COMPARE_VARIANTS(row.data(257), QVariant(1));
     COMPARE_VARIANTS(row.data(258), QVariant("Dock"));
     COMPARE_VARIANTS(row.data(259), QVariant(""));
-    QCOMPARE(row.data(260).type(), QVariant::String); // a number before
-    COMPARE_VARIANTS(row.data(260), QVariant("99"));
+    COMPARE_VARIANTS(row.data(260), QVariant("99")); // a number before
     COMPARE_VARIANTS(row.data(261), QVariant(""));
     COMPARE_VARIANTS(row.data(262), QVariant(""));
     COMPARE_VARIANTS(row.data(263), QVariant(QStringList{"cam9"})); // replaced, not merged

@@ -69,7 +69,6 @@ void TestTalkSession::startSendsTheRequest()
     const auto& command = f.framework.commands[0];
     QCOMPARE(command.command, QStringLiteral("StartTalk"));
     COMPARE_VARIANTS(command.map(), (QVariantMap{{"camId", "camera 7"}, {"relayPath", "relay/1"}}));
-    QCOMPARE(command.map()["camId"].userType(), int{QMetaType::QString});
     QCOMPARE(command.pluginHandle, &f.handle);
     QCOMPARE(command.pluginId, QStringLiteral("710EF4C43CF94BB2A4A359E0796BC4F5"));
     QCOMPARE(command.userData, nullptr);
@@ -195,7 +194,6 @@ void TestTalkSession::replyWithoutKeys()
         f.reply("StartTalk", "0", result);
         const QVariantMap entry = f.plugin->getTalkTargetList().value(0).toMap();
         COMPARE_VARIANTS(entry, (QVariantMap{{"camId", ""}, {"talkToken", ""}, {"relayPath", ""}}));
-        QCOMPARE(entry["talkToken"].userType(), int{QMetaType::QString});
     }
 }
 
@@ -278,7 +276,6 @@ void TestTalkSession::stopClosesEachTargetInOrder()
                      (QVariantMap{{"talkToken", "first"}, {"relayPath", "relay"}}));
     COMPARE_VARIANTS(f.framework.commands[1].map(),
                      (QVariantMap{{"talkToken", "second"}, {"relayPath", ""}}));
-    QCOMPARE(f.framework.commands[1].map()["relayPath"].userType(), int{QMetaType::QString});
     QCOMPARE(f.framework.commands[0].userData, nullptr);
 }
 
