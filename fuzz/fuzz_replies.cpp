@@ -1,5 +1,5 @@
 // Requests of the plug-in, replies with the requests' own user data, and events, in any order: replies come
-// twice, under another command's name, from inside of a request, or after the plug-in's object has been
+// twice, under another command's name, from inside the request, or after the plug-in's object has been
 // destroyed and made again.
 
 #include "PluginVoiceDesk.h"

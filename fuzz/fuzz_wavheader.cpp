@@ -1,4 +1,4 @@
-// Any bytes as a WAV file: the header's reader stays inside of them and gives offsets that make sense.
+// Any bytes as a WAV file: the header's reader stays inside them and gives offsets that make sense.
 
 #include "WavHeader.h"
 
