@@ -1,5 +1,6 @@
 #include "WireMessage.h"
 
+#include "CborLengths.h"
 #include "VariantCbor.h"
 
 #include <QCborMap>
@@ -52,6 +53,9 @@ QByteArray WireMessage::toBytes() const
 
 std::optional<WireMessage> WireMessage::fromBytes(const QByteArray& bytes)
 {
+    if (!cborLengthsFit(bytes)) {
+        return std::nullopt;
+    }
     QCborParserError error;
     const QCborValue value = QCborValue::fromCbor(bytes, &error);
     if (error.error != QCborError::NoError || error.offset != bytes.size() || !value.isMap()) {

@@ -72,15 +72,13 @@ QDateTime ScheduleRule::runOn(const QDate& day, const QTimeZone& zone) const
     QDateTime run(day, timeOfDay, zone);
     if (run.isValid() && run.date() == day && run.time() == timeOfDay) {
         // A time that comes twice: one hour earlier may read the same on the clock.
-        for (const QTimeZone::OffsetData& change : {zone.previousTransition(run)}) {
-            const QDateTime before =
-                run.addSecs(change.offsetFromUtc - zone.offsetFromUtc(change.atUtc.addSecs(-1)));
-            if (change.atUtc.isValid() && before < run && before.toTimeZone(zone).time() == timeOfDay &&
-                before.toTimeZone(zone).date() == day) {
-                return before.toTimeZone(zone);
-            }
+        const QTimeZone::OffsetData change = zone.previousTransition(run);
+        if (!change.atUtc.isValid()) {
+            return run; // before the zone's first change, whose offsets are no numbers of seconds
         }
-        return run;
+        const QDateTime before =
+            run.addSecs(change.offsetFromUtc - zone.offsetFromUtc(change.atUtc.addSecs(-1))).toTimeZone(zone);
+        return before < run && before.time() == timeOfDay && before.date() == day ? before : run;
     }
     // Skipped by the clock: the moment of the change. Noon before and after are never skipped.
     const QDateTime noonBefore(day.addDays(-1), QTime(12, 0), zone);

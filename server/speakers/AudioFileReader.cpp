@@ -14,6 +14,10 @@ extern "C" {
 namespace {
 
 constexpr int msPerSecond = 1000;
+// Sample rates of real files, Hz. Below and above them a resampler takes gigabytes, for its output or its
+// filter.
+constexpr int leastRate = 1000;
+constexpr int mostRate = 384000;
 constexpr std::size_t longestPart = 600U * AudioFileReader::sampleRate; // decoded to learn a length, samples
 
 } // namespace
@@ -67,7 +71,8 @@ struct AudioFileReader::Private
         }
         AVChannelLayout mono{};
         av_channel_layout_default(&mono, 1);
-        return codec->sample_rate > 0 && codec->ch_layout.nb_channels > 0 &&
+        return codec->sample_rate >= leastRate && codec->sample_rate <= mostRate &&
+               codec->ch_layout.nb_channels > 0 &&
                swr_alloc_set_opts2(&converter, &mono, AV_SAMPLE_FMT_S16, sampleRate, &codec->ch_layout,
                                    codec->sample_fmt, codec->sample_rate, 0, nullptr) >= 0 &&
                swr_init(converter) >= 0;

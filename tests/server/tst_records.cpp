@@ -30,6 +30,7 @@ private Q_SLOTS:
     void refusedGroups();
     void files_data();
     void files();
+    void fileRates();
     void refusedFiles_data();
     void refusedFiles();
     void deletedFilesLeaveTheDisk();
@@ -55,6 +56,7 @@ private:
         config.dataDirectory = m_folder.filePath("data-" + QString::fromLatin1(QTest::currentTestFunction()));
         return config;
     }
+    static QByteArray wavOfRate(int rate);
     QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
 
     QTemporaryDir m_folder;
@@ -337,6 +339,24 @@ void TestRecords::files()
     QVERIFY2(qAbs(length - 1500) <= tolerance, qPrintable(QString::number(length)));
 }
 
+QByteArray TestRecords::wavOfRate(int rate)
+{
+    return WavFiles::riff(WavFiles::chunk("fmt ", WavFiles::pcmFormat(1, rate, 16)) +
+                          WavFiles::chunk("data", QByteArray(20000, 'x')));
+}
+
+void TestRecords::fileRates()
+{
+    ServerHarness harness;
+    int files = 0;
+    for (const int rate : {1000, 384000}) {
+        const ServerReply reply = harness.ask(
+            "UploadFile", QVariantMap{{"filename", "a.wav"}, {"content", wavOfRate(rate).toBase64()}});
+        QCOMPARE(reply.returnCode, QString("0"));
+        QCOMPARE(reply.result.toList().size(), ++files);
+    }
+}
+
 void TestRecords::refusedFiles_data()
 {
     QTest::addColumn<QVariantMap>("payload");
@@ -354,6 +374,9 @@ void TestRecords::refusedFiles_data()
     QTest::newRow("a playlist") << payload("a.m3u8",
                                            QByteArray("#EXTM3U\n#EXTINF:1,\n/etc/passwd\n").toBase64());
     QTest::newRow("too large") << payload("a.wav", QByteArray(45 << 20, 'A'));
+    for (const int rate : {1, 999, 384001, 84000000}) {
+        QTest::addRow("%d Hz", rate) << payload("a.wav", wavOfRate(rate).toBase64());
+    }
     QTest::newRow("nothing") << QVariantMap();
 }
 

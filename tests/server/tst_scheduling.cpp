@@ -12,6 +12,7 @@ private Q_SLOTS:
     void initTestCase();
     void runs_data();
     void runs();
+    void beforeTheZonesFirstChange();
     void endIsTheLastStart();
     void badRecords();
     void schedulesReallyPlay();
@@ -177,6 +178,16 @@ void TestScheduling::runs()
             moment = *run;
         }
     }
+}
+
+void TestScheduling::beforeTheZonesFirstChange()
+{
+    QString error;
+    const auto rule = ScheduleRule::fromRecord(record(0, "1013-05-04T08:30:00"), &error);
+    QVERIFY2(rule, qPrintable(error));
+    const auto run = rule->nextRun(local("1013-05-04T08:29:59"), berlin);
+    QVERIFY(run);
+    QCOMPARE(*run, local("1013-05-04T08:30:00"));
 }
 
 void TestScheduling::endIsTheLastStart()

@@ -1,3 +1,4 @@
+#include "CborLengths.h"
 #include "VariantCbor.h"
 #include "WireMessage.h"
 
@@ -21,6 +22,8 @@ private Q_SLOTS:
     void messagesSurvive();
     void brokenMessages_data();
     void brokenMessages();
+    void lengthsThatCannotBeTrue_data();
+    void lengthsThatCannotBeTrue();
 };
 
 void TestWireMessage::typesSurvive_data()
@@ -122,6 +125,11 @@ void TestWireMessage::brokenMessages_data()
     QTest::newRow("map with a number as key") << map({{0, 1}, {1, 4}, {5, QCborMap{{1, 2}}}});
     QTest::newRow("list of texts with a number")
         << map({{0, 1}, {1, 4}, {5, QCborValue(static_cast<QCborTag>(65539), QCborArray{1})}});
+    QTest::newRow("text longer than the message") << QByteArray("\xA1\x01\x7A\x7F\xFF\xFF\xFFx", 8);
+    QTest::newRow("list longer than the message") << QByteArray("\xA1\x05\x9A\x04\x00\x00\x00", 7);
+    QTest::newRow("length of 2^64 - 1") << QByteArray("\xA1\x05\x9B\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 11);
+    QTest::newRow("length cut short") << QByteArray("\xA1\x05\x9B\xFF", 4);
+    QTest::newRow("reserved length") << QByteArray("\xA1\x05\x9C", 3);
     QTest::newRow("nested far too deep") << QByteArray(100000, '\x81');
 }
 
@@ -129,6 +137,34 @@ void TestWireMessage::brokenMessages()
 {
     QFETCH(QByteArray, bytes);
     QVERIFY(!WireMessage::fromBytes(bytes));
+}
+
+void TestWireMessage::lengthsThatCannotBeTrue_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("fit");
+    const auto bytes = [](const char* hex) { return QByteArray::fromHex(hex); };
+    QTest::newRow("nothing") << QByteArray() << true;
+    QTest::newRow("text") << bytes("6161") << true;
+    QTest::newRow("text, one byte short") << bytes("626161").chopped(1) << false;
+    QTest::newRow("bytes, one byte short") << bytes("5802FF") << false;
+    QTest::newRow("bytes") << bytes("5802FFFF") << true;
+    QTest::newRow("number like a length") << bytes("1BFFFFFFFFFFFFFFFF") << true;
+    QTest::newRow("number cut short") << bytes("1BFFFFFFFFFFFFFF") << false;
+    QTest::newRow("indefinite") << bytes("9F0102FF") << true;
+    QTest::newRow("list of as many entries as bytes") << bytes("83F6F6") << true;
+    QTest::newRow("list of more entries than bytes") << bytes("84F6F6") << false;
+    QTest::newRow("map of more entries than bytes") << bytes("A4F6F6") << false;
+    // Each could be true, but not all of them: a reader that nests would reserve for each.
+    QTest::newRow("lists that share their entries") << bytes("828383F6F6F6") << false;
+    QTest::newRow("8 bytes of length") << bytes("9B7FFFFFFFFFFFFFFF") << false;
+}
+
+void TestWireMessage::lengthsThatCannotBeTrue()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, fit);
+    QCOMPARE(cborLengthsFit(bytes), fit);
 }
 
 QTEST_APPLESS_MAIN(TestWireMessage)
