@@ -147,9 +147,6 @@ void PluginVoiceDesk::fillCommandHandlers()
     m_commandHandlers[StopTalkToIPAudio] = full(&PluginVoiceDesk::handleStopTalkToIPAudio);
     m_commandHandlers[TalkData] = full(&PluginVoiceDesk::handleSendTalkData);
     m_commandHandlers[AddIPAudio] = full(&PluginVoiceDesk::handleAddIPAudioData);
-    m_commandHandlers[UpdateIPAudio] = full(&PluginVoiceDesk::handleUpdateIPAudioData);
-    m_commandHandlers[DeleteIPAudio] = full(&PluginVoiceDesk::handleDeleteIPAudioData);
-    m_commandHandlers[RetrieveIPAudioModel] = full(&PluginVoiceDesk::handleRetrieveIPAudioData);
     m_commandHandlers[PlayAudio] = full(&PluginVoiceDesk::handlePlayAudio);
     m_commandHandlers[PlayGroupAudio] = full(&PluginVoiceDesk::handlePlayAudio);
     m_commandHandlers[StopCurrentAudio] = full(&PluginVoiceDesk::handleStopCurrentAudio);
@@ -157,6 +154,9 @@ void PluginVoiceDesk::fillCommandHandlers()
     m_commandHandlers[UploadFile] = file(&PluginVoiceDesk::handleAudioFileList);
     m_commandHandlers[GetAudioFile] = file(&PluginVoiceDesk::handleAudioFileList);
     m_commandHandlers[DeleteFile] = file(&PluginVoiceDesk::handleAudioFileList);
+    m_commandHandlers[UpdateIPAudio] = full(&PluginVoiceDesk::handleUpdateIPAudioData);
+    m_commandHandlers[DeleteIPAudio] = full(&PluginVoiceDesk::handleDeleteIPAudioData);
+    m_commandHandlers[RetrieveIPAudioModel] = full(&PluginVoiceDesk::handleRetrieveIPAudioData);
     m_commandHandlers[AddNetworkAudioGroup] = brief(&PluginVoiceDesk::handleAddNetworkAudioGroup);
     m_commandHandlers[UpdateNetworkAudioGroup] = brief(&PluginVoiceDesk::handleUpdateNetworkAudioGroup);
     m_commandHandlers[DeleteNetworkAudioGroup] = brief(&PluginVoiceDesk::handleDeleteNetworkAudioGroup);
