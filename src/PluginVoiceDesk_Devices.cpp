@@ -31,10 +31,12 @@ QVariantMap PluginVoiceDesk::queryBindingIPAudio(const QString& nodeId)
     }
     for (int row = 0; row < m_ipAudioModel->rowCount(); ++row) {
         const QModelIndex index = m_ipAudioModel->index(row, 0);
-        if (index.data(IPAudioBindingCameraListRole).toStringList().contains(nodeId, Qt::CaseSensitive)) {
+        if (index.data(IPAudioRole::bindingCameraListRole)
+                .toStringList()
+                .contains(nodeId, Qt::CaseSensitive)) {
             // Deliberate: these keys are not the record's.
-            return {{QStringLiteral("id"), index.data(IPAudioIdRole).toInt()},
-                    {QStringLiteral("name"), index.data(IPAudioDeviceNameRole).toString()}};
+            return {{QStringLiteral("id"), index.data(IPAudioRole::idRole).toInt()},
+                    {QStringLiteral("name"), index.data(IPAudioRole::deviceNameRole).toString()}};
         }
     }
     return {};
@@ -61,12 +63,13 @@ void PluginVoiceDesk::handleUpdateIPAudioData(QVariant result, void* /*userData*
     if (!hits.isEmpty()) {
         const QPersistentModelIndex row = hits.at(0);
         const auto set = [&](int role, const QVariant& value) { m_ipAudioModel->setData(row, value, role); };
-        set(IPAudioDeviceNameRole, record.value(Vocabulary::deviceName).toString());
-        set(IPAudioIpRole, record.value(Vocabulary::ip).toString());
-        set(IPAudioPortRole, record.value(Vocabulary::port).toString()); // deliberate: text from here on
-        set(IPAudioUserRole, record.value(Vocabulary::username).toString());
-        set(IPAudioPasswordRole, record.value(Vocabulary::password).toString());
-        set(IPAudioBindingCameraListRole,
+        set(IPAudioRole::deviceNameRole, record.value(Vocabulary::deviceName).toString());
+        set(IPAudioRole::ipRole, record.value(Vocabulary::ip).toString());
+        set(IPAudioRole::portRole,
+            record.value(Vocabulary::port).toString()); // deliberate: text from here on
+        set(IPAudioRole::userRole, record.value(Vocabulary::username).toString());
+        set(IPAudioRole::passwordRole, record.value(Vocabulary::password).toString());
+        set(IPAudioRole::bindingCameraListRole,
             splitBindingCameraList(record.value(Vocabulary::bindingCameraList).toString()));
         Q_EMIT ipAudioModelChanged();
     }

@@ -27,7 +27,7 @@ QVariantList PluginVoiceDesk::getNetworkAudioName(const QVariantList& idList) co
     for (const QVariant& id : idList) {
         const QModelIndexList hits = findRowById(m_ipAudioModel.data(), id.toInt());
         if (!hits.isEmpty()) { // deliberate: an unknown id leaves no gap, so the lists may not correspond
-            names.append(hits.at(0).data(IPAudioDeviceNameRole));
+            names.append(hits.at(0).data(IPAudioRole::deviceNameRole));
         }
     }
     return names;
@@ -63,9 +63,9 @@ void PluginVoiceDesk::handleUpdateNetworkAudioGroup(const QVariant& result, cons
             m_networkAudioGroupModel->setData(row, value, role);
         };
         const QVariantList ids = toList(record.value(Vocabulary::networkAudioIDList).toString());
-        set(NetworkAudioGroupNameRole, record.value(Vocabulary::groupName).toString());
-        set(NetworkAudioGroupNetworkAudioIDListRole, ids);
-        set(NetworkAudioGroupNetworkAudioNameListRole, getNetworkAudioName(ids));
+        set(NetworkAudioGroupRole::nameRole, record.value(Vocabulary::groupName).toString());
+        set(NetworkAudioGroupRole::networkAudioIDListRole, ids);
+        set(NetworkAudioGroupRole::networkAudioNameListRole, getNetworkAudioName(ids));
     }
     Q_EMIT updateNetworkAudioGroupResponse(returnCode == success, returnCode, id);
 }

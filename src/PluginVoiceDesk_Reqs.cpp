@@ -156,9 +156,9 @@ QObject* PluginVoiceDesk::getIPAudioModel(QObject* parent) const
 {
     auto* proxy = new QSortFilterProxyModel(parent);
     proxy->setSourceModel(m_ipAudioModel.data());
-    proxy->setFilterRole(IPAudioDeviceNameRole);
+    proxy->setFilterRole(IPAudioRole::deviceNameRole);
     proxy->setFilterCaseSensitivity(Qt::CaseInsensitive);
-    proxy->setSortRole(IPAudioDeviceNameRole);
+    proxy->setSortRole(IPAudioRole::deviceNameRole);
     proxy->sort(0, Qt::AscendingOrder);
     return proxy;
 }
@@ -167,7 +167,7 @@ QObject* PluginVoiceDesk::getNetworkAudioGroupModel(QObject* parent) const
 {
     auto* proxy = new NetworkAudioGroupTreeSortFilterModel(parent);
     proxy->setSourceModel(m_networkAudioGroupModel.data());
-    proxy->setSortRole(NetworkAudioGroupNameRole);
+    proxy->setSortRole(NetworkAudioGroupRole::nameRole);
     proxy->sort(0, Qt::AscendingOrder);
     return proxy;
 }
@@ -176,7 +176,7 @@ QObject* PluginVoiceDesk::getNetworkAudioScheduleModel(QObject* parent) const
 {
     auto* proxy = new QSortFilterProxyModel(parent);
     proxy->setSourceModel(m_networkAudioScheduleModel.data());
-    proxy->setSortRole(NetworkAudioScheduleNameRole);
+    proxy->setSortRole(NetworkAudioScheduleRole::nameRole);
     proxy->sort(0, Qt::AscendingOrder);
     return proxy;
 }

@@ -42,16 +42,17 @@ void PluginVoiceDesk::handleUpdateNetworkAudioSchedule(const QVariant& result, c
         const auto set = [&](int role, const QVariant& value) {
             m_networkAudioScheduleModel->setData(row, value, role);
         };
-        set(NetworkAudioScheduleEnableRole, record.value(Vocabulary::enableSchedule));
-        set(NetworkAudioScheduleNameRole, record.value(Vocabulary::scheduleName));
-        set(NetworkAudioScheduleStartTimeRole, record.value(Vocabulary::scheduleStartTime));
-        set(NetworkAudioScheduleScheduleTypeRole, record.value(Vocabulary::scheduleType));
-        set(NetworkAudioScheduleScheduleSettingsRole, record.value(Vocabulary::scheduleSettings));
-        set(NetworkAudioScheduleEndTimeRole, record.value(Vocabulary::scheduleEndTime));
-        set(NetworkAudioScheduleEnableEndTimeRole, record.value(Vocabulary::enableScheduleEndTime));
-        set(NetworkAudioScheduleAudioFileIDRole, record.value(Vocabulary::audioID));
-        set(NetworkAudioScheduleGroupIDListRole, toList(record.value(Vocabulary::groupIDList).toString()));
-        set(NetworkAudioScheduleNetworkAudioIDListRole,
+        set(NetworkAudioScheduleRole::enableRole, record.value(Vocabulary::enableSchedule));
+        set(NetworkAudioScheduleRole::nameRole, record.value(Vocabulary::scheduleName));
+        set(NetworkAudioScheduleRole::startTimeRole, record.value(Vocabulary::scheduleStartTime));
+        set(NetworkAudioScheduleRole::scheduleTypeRole, record.value(Vocabulary::scheduleType));
+        set(NetworkAudioScheduleRole::scheduleSettingsRole, record.value(Vocabulary::scheduleSettings));
+        set(NetworkAudioScheduleRole::endTimeRole, record.value(Vocabulary::scheduleEndTime));
+        set(NetworkAudioScheduleRole::enableEndTimeRole, record.value(Vocabulary::enableScheduleEndTime));
+        set(NetworkAudioScheduleRole::audioFileIDRole, record.value(Vocabulary::audioID));
+        set(NetworkAudioScheduleRole::groupIDListRole,
+            toList(record.value(Vocabulary::groupIDList).toString()));
+        set(NetworkAudioScheduleRole::networkAudioIDListRole,
             toList(record.value(Vocabulary::networkAudioIDList).toString()));
     }
     Q_EMIT updateNetworkAudioScheduleResponse(returnCode == success, returnCode, id);

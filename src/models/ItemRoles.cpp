@@ -3,39 +3,39 @@
 QHash<int, QByteArray> ipAudioRoleNames()
 {
     return {
-        {IPAudioIdRole, "idRole"},
-        {IPAudioDeviceNameRole, "deviceNameRole"},
-        {IPAudioIpRole, "ipRole"},
-        {IPAudioPortRole, "portRole"},
-        {IPAudioUserRole, "userRole"},
-        {IPAudioPasswordRole, "passwordRole"},
-        {IPAudioBindingCameraListRole, "bindingCameraListRole"},
+        {IPAudioRole::idRole, "idRole"},
+        {IPAudioRole::deviceNameRole, "deviceNameRole"},
+        {IPAudioRole::ipRole, "ipRole"},
+        {IPAudioRole::portRole, "portRole"},
+        {IPAudioRole::userRole, "userRole"},
+        {IPAudioRole::passwordRole, "passwordRole"},
+        {IPAudioRole::bindingCameraListRole, "bindingCameraListRole"},
     };
 }
 
 QHash<int, QByteArray> networkAudioGroupRoleNames()
 {
     return {
-        {NetworkAudioGroupIdRole, "idRole"},
-        {NetworkAudioGroupNameRole, "nameRole"},
-        {NetworkAudioGroupNetworkAudioIDListRole, "networkAudioIDListRole"},
-        {NetworkAudioGroupNetworkAudioNameListRole, "networkAudioNameListRole"},
+        {NetworkAudioGroupRole::idRole, "idRole"},
+        {NetworkAudioGroupRole::nameRole, "nameRole"},
+        {NetworkAudioGroupRole::networkAudioIDListRole, "networkAudioIDListRole"},
+        {NetworkAudioGroupRole::networkAudioNameListRole, "networkAudioNameListRole"},
     };
 }
 
 QHash<int, QByteArray> networkAudioScheduleRoleNames()
 {
     return {
-        {NetworkAudioScheduleIdRole, "idRole"},
-        {NetworkAudioScheduleEnableRole, "enableRole"},
-        {NetworkAudioScheduleNameRole, "nameRole"},
-        {NetworkAudioScheduleStartTimeRole, "startTimeRole"},
-        {NetworkAudioScheduleScheduleTypeRole, "scheduleTypeRole"},
-        {NetworkAudioScheduleScheduleSettingsRole, "scheduleSettingsRole"},
-        {NetworkAudioScheduleEndTimeRole, "endTimeRole"},
-        {NetworkAudioScheduleEnableEndTimeRole, "enableEndTimeRole"},
-        {NetworkAudioScheduleAudioFileIDRole, "audioFileIDRole"},
-        {NetworkAudioScheduleGroupIDListRole, "groupIDListRole"},
-        {NetworkAudioScheduleNetworkAudioIDListRole, "networkAudioIDListRole"},
+        {NetworkAudioScheduleRole::idRole, "idRole"},
+        {NetworkAudioScheduleRole::enableRole, "enableRole"},
+        {NetworkAudioScheduleRole::nameRole, "nameRole"},
+        {NetworkAudioScheduleRole::startTimeRole, "startTimeRole"},
+        {NetworkAudioScheduleRole::scheduleTypeRole, "scheduleTypeRole"},
+        {NetworkAudioScheduleRole::scheduleSettingsRole, "scheduleSettingsRole"},
+        {NetworkAudioScheduleRole::endTimeRole, "endTimeRole"},
+        {NetworkAudioScheduleRole::enableEndTimeRole, "enableEndTimeRole"},
+        {NetworkAudioScheduleRole::audioFileIDRole, "audioFileIDRole"},
+        {NetworkAudioScheduleRole::groupIDListRole, "groupIDListRole"},
+        {NetworkAudioScheduleRole::networkAudioIDListRole, "networkAudioIDListRole"},
     };
 }

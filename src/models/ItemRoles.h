@@ -2,46 +2,58 @@
 
 /**
  * The roles of the three item models. A record is one item; each of its fields stands under a role. The
- * numbers start anew in each model; the role names are what QML binds to.
+ * numbers start anew in each model; QML binds to the enumerators' names.
  */
 
 #include <QByteArray>
 #include <QHash>
 #include <Qt>
 
-enum IPAudioRole
+namespace IPAudioRole {
+
+enum Role
 {
-    IPAudioIdRole = Qt::UserRole + 1,
-    IPAudioDeviceNameRole,
-    IPAudioIpRole,
-    IPAudioPortRole,
-    IPAudioUserRole,
-    IPAudioPasswordRole,
-    IPAudioBindingCameraListRole,
+    idRole = Qt::UserRole + 1,
+    deviceNameRole,
+    ipRole,
+    portRole,
+    userRole,
+    passwordRole,
+    bindingCameraListRole,
 };
 
-enum NetworkAudioGroupRole
+} // namespace IPAudioRole
+
+namespace NetworkAudioGroupRole {
+
+enum Role
 {
-    NetworkAudioGroupIdRole = Qt::UserRole + 1,
-    NetworkAudioGroupNameRole,
-    NetworkAudioGroupNetworkAudioIDListRole,
-    NetworkAudioGroupNetworkAudioNameListRole,
+    idRole = Qt::UserRole + 1,
+    nameRole,
+    networkAudioIDListRole,
+    networkAudioNameListRole,
 };
 
-enum NetworkAudioScheduleRole
+} // namespace NetworkAudioGroupRole
+
+namespace NetworkAudioScheduleRole {
+
+enum Role
 {
-    NetworkAudioScheduleIdRole = Qt::UserRole + 1,
-    NetworkAudioScheduleEnableRole,
-    NetworkAudioScheduleNameRole,
-    NetworkAudioScheduleStartTimeRole,
-    NetworkAudioScheduleScheduleTypeRole,
-    NetworkAudioScheduleScheduleSettingsRole,
-    NetworkAudioScheduleEndTimeRole,
-    NetworkAudioScheduleEnableEndTimeRole,
-    NetworkAudioScheduleAudioFileIDRole,
-    NetworkAudioScheduleGroupIDListRole,
-    NetworkAudioScheduleNetworkAudioIDListRole,
+    idRole = Qt::UserRole + 1,
+    enableRole,
+    nameRole,
+    startTimeRole,
+    scheduleTypeRole,
+    scheduleSettingsRole,
+    endTimeRole,
+    enableEndTimeRole,
+    audioFileIDRole,
+    groupIDListRole,
+    networkAudioIDListRole,
 };
+
+} // namespace NetworkAudioScheduleRole
 
 QHash<int, QByteArray> ipAudioRoleNames();
 QHash<int, QByteArray> networkAudioGroupRoleNames();

@@ -31,41 +31,43 @@ QStandardItem* makeRow(const QVariantMap& record, const Field (&fields)[Count])
 QStandardItem* makeIPAudioRow(const QVariantMap& record)
 {
     return makeRow(record, {
-                               {IPAudioIdRole, Vocabulary::deviceID},
-                               {IPAudioDeviceNameRole, Vocabulary::deviceName},
-                               {IPAudioIpRole, Vocabulary::ip},
-                               {IPAudioPortRole, Vocabulary::port},
-                               {IPAudioUserRole, Vocabulary::username},
-                               {IPAudioPasswordRole, Vocabulary::password},
-                               {IPAudioBindingCameraListRole, Vocabulary::bindingCameraList},
+                               {IPAudioRole::idRole, Vocabulary::deviceID},
+                               {IPAudioRole::deviceNameRole, Vocabulary::deviceName},
+                               {IPAudioRole::ipRole, Vocabulary::ip},
+                               {IPAudioRole::portRole, Vocabulary::port},
+                               {IPAudioRole::userRole, Vocabulary::username},
+                               {IPAudioRole::passwordRole, Vocabulary::password},
+                               {IPAudioRole::bindingCameraListRole, Vocabulary::bindingCameraList},
                            });
 }
 
 QStandardItem* makeNetworkAudioGroupRow(const QVariantMap& record)
 {
-    return makeRow(record, {
-                               {NetworkAudioGroupIdRole, Vocabulary::groupID},
-                               {NetworkAudioGroupNameRole, Vocabulary::groupName},
-                               {NetworkAudioGroupNetworkAudioIDListRole, Vocabulary::networkAudioIDList},
-                               {NetworkAudioGroupNetworkAudioNameListRole, Vocabulary::networkAudioNameList},
-                           });
+    return makeRow(record,
+                   {
+                       {NetworkAudioGroupRole::idRole, Vocabulary::groupID},
+                       {NetworkAudioGroupRole::nameRole, Vocabulary::groupName},
+                       {NetworkAudioGroupRole::networkAudioIDListRole, Vocabulary::networkAudioIDList},
+                       {NetworkAudioGroupRole::networkAudioNameListRole, Vocabulary::networkAudioNameList},
+                   });
 }
 
 QStandardItem* makeNetworkAudioScheduleRow(const QVariantMap& record)
 {
-    return makeRow(record, {
-                               {NetworkAudioScheduleIdRole, Vocabulary::scheduleID},
-                               {NetworkAudioScheduleEnableRole, Vocabulary::enableSchedule},
-                               {NetworkAudioScheduleNameRole, Vocabulary::scheduleName},
-                               {NetworkAudioScheduleStartTimeRole, Vocabulary::scheduleStartTime},
-                               {NetworkAudioScheduleScheduleTypeRole, Vocabulary::scheduleType},
-                               {NetworkAudioScheduleScheduleSettingsRole, Vocabulary::scheduleSettings},
-                               {NetworkAudioScheduleEndTimeRole, Vocabulary::scheduleEndTime},
-                               {NetworkAudioScheduleEnableEndTimeRole, Vocabulary::enableScheduleEndTime},
-                               {NetworkAudioScheduleAudioFileIDRole, Vocabulary::audioID},
-                               {NetworkAudioScheduleGroupIDListRole, Vocabulary::groupIDList},
-                               {NetworkAudioScheduleNetworkAudioIDListRole, Vocabulary::networkAudioIDList},
-                           });
+    return makeRow(record,
+                   {
+                       {NetworkAudioScheduleRole::idRole, Vocabulary::scheduleID},
+                       {NetworkAudioScheduleRole::enableRole, Vocabulary::enableSchedule},
+                       {NetworkAudioScheduleRole::nameRole, Vocabulary::scheduleName},
+                       {NetworkAudioScheduleRole::startTimeRole, Vocabulary::scheduleStartTime},
+                       {NetworkAudioScheduleRole::scheduleTypeRole, Vocabulary::scheduleType},
+                       {NetworkAudioScheduleRole::scheduleSettingsRole, Vocabulary::scheduleSettings},
+                       {NetworkAudioScheduleRole::endTimeRole, Vocabulary::scheduleEndTime},
+                       {NetworkAudioScheduleRole::enableEndTimeRole, Vocabulary::enableScheduleEndTime},
+                       {NetworkAudioScheduleRole::audioFileIDRole, Vocabulary::audioID},
+                       {NetworkAudioScheduleRole::groupIDListRole, Vocabulary::groupIDList},
+                       {NetworkAudioScheduleRole::networkAudioIDListRole, Vocabulary::networkAudioIDList},
+                   });
 }
 
 QModelIndexList findRowById(const QAbstractItemModel* model, int id)

@@ -32,9 +32,9 @@ bool NetworkAudioGroupTreeSortFilterModel::filterAcceptsRow(int sourceRow,
     const auto contains = [this](const QVariant& text) {
         return text.toString().indexOf(m_filter, 0, Qt::CaseInsensitive) != -1;
     };
-    if (contains(index.data(NetworkAudioGroupNameRole))) {
+    if (contains(index.data(NetworkAudioGroupRole::nameRole))) {
         return true;
     }
-    const QVariantList names = index.data(NetworkAudioGroupNetworkAudioNameListRole).toList();
+    const QVariantList names = index.data(NetworkAudioGroupRole::networkAudioNameListRole).toList();
     return std::any_of(names.begin(), names.end(), contains);
 }
