@@ -224,6 +224,7 @@ void TestG729AFrames::shortFrames()
     const QByteArray shortFrame = static_cast<char>(type) + Generator(4).take(size - 1);
     QCOMPARE(decode(engine.get(), shortFrame).status, -1);
     // History is as it was, and the reader stands at a whole byte again.
+    QCOMPARE(engine->reader->bitOffset, 0U);
     const auto rest = cut(speech().mid(11 * 60));
     const QByteArray decoded = decodeAll(engine.get(), rest);
     QVERIFY(decoded.size() > 100);

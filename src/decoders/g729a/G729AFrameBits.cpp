@@ -104,7 +104,8 @@ std::int32_t unpack(G729AState& state)
     if (state.frameHeader != 0 ? readTyped(state) : readSpeech(state)) {
         return SpeechSuccess;
     }
-    // A failed read has moved the bit offset; left there, it would garble every frame to come.
+    // Deliberate: a failed read has moved the bit offset, which goes back here, as all history stays as it
+    // was; left where it is, it would garble every frame to come.
     state.reader->bitOffset = 0;
     return SpeechFailure;
 }
