@@ -96,6 +96,8 @@ void TalkControl::setOnline(bool online)
         stop();
         report(tr("The connection to the server was lost; the talk has ended."),
                tr("It is being made again. Then press Talk again."));
+    } else if (m_online && !online) {
+        report(QString(), QString()); // of an earlier attempt
     }
     m_online = online;
 }
@@ -164,14 +166,14 @@ void TalkControl::start()
         return;
     }
     report(QString(), QString());
-    const auto chosen = m_targets.chosen();
-    if (chosen.empty()) {
-        report(tr("Nobody is chosen."), tr("Choose a camera or speakers in the list, then press Talk."));
-        return;
-    }
     if (!m_online) {
         report(tr("There is no connection to the server."),
                tr("See the connection page; then press Talk again."));
+        return;
+    }
+    const auto chosen = m_targets.chosen();
+    if (chosen.empty()) {
+        report(tr("Nobody is chosen."), tr("Choose a camera or speakers in the list, then press Talk."));
         return;
     }
     if (m_phase == Idle && chosen.front().camera) {

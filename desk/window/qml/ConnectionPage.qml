@@ -23,7 +23,6 @@ ScrollView {
         width: Math.min(root.availableWidth, 620)
         spacing: 14
 
-        PageTitle { text: qsTr("Connection") }
         RowLayout {
             spacing: 10
             Rectangle {

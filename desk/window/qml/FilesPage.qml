@@ -9,7 +9,7 @@ import "."
 ColumnLayout {
     id: root
     spacing: 12
-    property string problem
+    property string problem // with what was sent last
     readonly property var shown: desk.plugin.audioFileList.filter(function(file) {
         return file.audioName.toLowerCase().indexOf(search.text.toLowerCase()) >= 0;
     })
@@ -44,25 +44,18 @@ ColumnLayout {
     RowLayout {
         Layout.fillWidth: true
         spacing: 12
-        PageTitle { text: qsTr("Audio files") }
-        Item { Layout.fillWidth: true }
         SearchField {
             id: search
-            Layout.preferredWidth: 220
+            Layout.preferredWidth: 260
             placeholderText: qsTr("Search by name")
         }
+        Item { Layout.fillWidth: true }
         ActionButton {
             objectName: "uploadFile"
             highlighted: true
             text: qsTr("Send a file…")
             onClicked: root.addNew()
         }
-    }
-    Banner {
-        Layout.fillWidth: true
-        visible: root.problem !== ""
-        title: root.problem
-        onDismissed: root.problem = ""
     }
 
     ListFrame {

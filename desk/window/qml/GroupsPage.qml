@@ -15,12 +15,10 @@ ColumnLayout {
     RowLayout {
         Layout.fillWidth: true
         spacing: 12
-        PageTitle { text: qsTr("Groups") }
-        Item { Layout.fillWidth: true }
         SearchField {
             id: search
             objectName: "groupSearch"
-            Layout.preferredWidth: 240
+            Layout.preferredWidth: 260
             placeholderText: qsTr("Search groups and members")
             onTextChanged: root.groups.setFilter(text)
         }
@@ -34,6 +32,7 @@ ColumnLayout {
                 root.groups.setSort(descending ? Qt.DescendingOrder : Qt.AscendingOrder);
             }
         }
+        Item { Layout.fillWidth: true }
         ActionButton {
             objectName: "addGroup"
             highlighted: true

@@ -17,6 +17,31 @@ ApplicationWindow {
     readonly property var connection: desk.connection
     readonly property var pageNames: [qsTr("Talk"), qsTr("Speakers"), qsTr("Audio files"), qsTr("Groups"), qsTr("Schedules"), qsTr("Connection")]
     property alias page: pages.currentIndex
+    property string playFailure
+    // What has to be said, the most urgent first.
+    readonly property var notices: [
+        {
+            title: talk.problem,
+            detail: talk.advice,
+            close: function() { root.talk.dismissProblem(); }
+        }, {
+            title: connection.online || connection.state === DeskConnection.Connecting ? "" : connection.stateText,
+            detail: qsTr("%1: %2").arg(connection.server).arg(connection.reason),
+            severe: true,
+            action: qsTr("Connection…"),
+            follow: function() { root.page = 5; }
+        }, {
+            title: files.problem,
+            close: function() { files.problem = ""; }
+        }, {
+            title: playFailure,
+            close: function() { root.playFailure = ""; }
+        }, {
+            title: desk.watch.overdue && connection.online ? qsTr("The server does not answer.") : "",
+            detail: qsTr("What was asked last may or may not have been done. Look at the list before you try again."),
+            close: function() { desk.watch.dismiss(); }
+        }
+    ].filter(function(notice) { return notice.title !== ""; })
 
     color: Theme.window
     palette {
@@ -55,123 +80,91 @@ ApplicationWindow {
     Shortcut { sequence: StandardKey.Find; onActivated: pages.children[root.page].focusSearch() }
     Shortcut { sequence: StandardKey.New; onActivated: pages.children[root.page].addNew() }
 
-    ColumnLayout {
+    Connections {
+        target: desk.playback
+        function onFailed(text) { root.playFailure = text; }
+    }
+    Connections {
+        target: root.connection
+        function onServerChanged() { root.playFailure = ""; }
+    }
+
+    RowLayout {
         anchors.fill: parent
         spacing: 0
 
-        Banner {
-            Layout.fillWidth: true
-            visible: !root.connection.online && root.connection.state !== DeskConnection.Connecting
-            severe: true
-            dismissable: false
-            title: root.connection.stateText
-            detail: qsTr("%1: %2").arg(root.connection.server).arg(root.connection.reason)
-            action: qsTr("Connection…")
-            onTriggered: root.page = 5
-        }
-        Banner {
-            Layout.fillWidth: true
-            visible: desk.watch.overdue && root.connection.online
-            title: qsTr("The server does not answer.")
-            detail: qsTr("What was asked last may or may not have been done. Look at the list before you try again.")
-            onDismissed: desk.watch.dismiss()
-        }
-        Banner {
-            Layout.fillWidth: true
-            visible: root.talk.problem !== ""
-            title: root.talk.problem
-            detail: root.talk.advice
-            onDismissed: root.talk.dismissProblem()
-        }
-        Banner {
-            id: playFailure
-            Layout.fillWidth: true
-            visible: title !== ""
-            onDismissed: title = ""
-            Connections {
-                target: desk.playback
-                function onFailed(text) { playFailure.title = text; }
-            }
-        }
-        // On the air: on every page, wherever the operator has gone meanwhile.
         Rectangle {
-            Layout.fillWidth: true
-            visible: root.talk.phase === TalkControl.Talking && root.page !== 0
-            color: root.talk.muted ? Theme.warning : Theme.live
-            implicitHeight: 40
-            RowLayout {
-                anchors { fill: parent; leftMargin: 16; rightMargin: 8 }
+            Layout.fillHeight: true
+            implicitWidth: rail.implicitWidth + 24
+            color: Theme.surface
+            ColumnLayout {
+                id: rail
+                anchors { fill: parent; margins: 12 }
+                spacing: 4
                 PlainText {
-                    Layout.fillWidth: true
-                    elide: Text.ElideRight
-                    text: root.talk.muted ? qsTr("Talking to %1, but the microphone is muted").arg(root.talk.partners)
-                                          : qsTr("Talking to %1").arg(root.talk.partners)
-                    color: root.talk.muted ? Theme.warningText : "#ffffff"
-                    font { pixelSize: Theme.textSize; weight: Font.DemiBold }
+                    Layout.bottomMargin: 12
+                    Layout.leftMargin: 8
+                    text: "VoiceDesk"
+                    color: Theme.text
+                    font { pixelSize: 18; weight: Font.Bold }
                 }
-                ActionButton { text: qsTr("End the talk"); onClicked: root.talk.stop() }
+                Repeater {
+                    model: root.pageNames
+                    NavButton {
+                        Layout.fillWidth: true
+                        text: modelData
+                        shortcut: "Ctrl+" + (index + 1)
+                        checked: root.page === index
+                        onClicked: root.page = index
+                    }
+                }
+                Item { Layout.fillHeight: true }
+                OnAir {
+                    objectName: "onAir"
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 1
+                    Layout.bottomMargin: 8
+                    visible: root.talk.phase === TalkControl.Talking && root.page !== 0
+                    partners: root.talk.partners
+                    muted: root.talk.muted
+                    onEnded: root.talk.stop()
+                }
+                RowLayout {
+                    Layout.leftMargin: 8
+                    spacing: 8
+                    Rectangle {
+                        width: 10
+                        height: 10
+                        radius: 5
+                        color: root.connection.online ? Theme.good : Theme.bad
+                    }
+                    QuietText {
+                        Layout.fillWidth: true
+                        Layout.maximumWidth: 140
+                        text: root.connection.stateText
+                    }
+                }
             }
+            Rectangle { anchors.right: parent.right; height: parent.height; width: 1; color: Theme.border }
         }
 
-        RowLayout {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
+        ColumnLayout {
             spacing: 0
-
-            Rectangle {
-                Layout.fillHeight: true
-                implicitWidth: rail.implicitWidth + 24
-                color: Theme.surface
-                ColumnLayout {
-                    id: rail
-                    anchors { fill: parent; margins: 12 }
-                    spacing: 4
-                    PlainText {
-                        Layout.bottomMargin: 12
-                        Layout.leftMargin: 8
-                        text: "VoiceDesk"
-                        color: Theme.text
-                        font { pixelSize: 18; weight: Font.Bold }
-                    }
-                    Repeater {
-                        model: root.pageNames
-                        NavButton {
-                            Layout.fillWidth: true
-                            text: modelData
-                            shortcut: "Ctrl+" + (index + 1)
-                            checked: root.page === index
-                            onClicked: root.page = index
-                        }
-                    }
-                    Item { Layout.fillHeight: true }
-                    RowLayout {
-                        Layout.leftMargin: 8
-                        spacing: 8
-                        Rectangle {
-                            width: 10
-                            height: 10
-                            radius: 5
-                            color: root.connection.online ? Theme.good : Theme.bad
-                        }
-                        QuietText {
-                            Layout.fillWidth: true
-                            Layout.maximumWidth: 140
-                            text: root.connection.stateText
-                        }
-                    }
-                }
-                Rectangle { anchors.right: parent.right; height: parent.height; width: 1; color: Theme.border }
+            PageHead {
+                Layout.fillWidth: true
+                title: root.pageNames[root.page]
+                notices: root.notices
             }
-
             StackLayout {
                 id: pages
                 objectName: "pages"
                 Layout.fillWidth: true
                 Layout.fillHeight: true
                 Layout.margins: 20
+                Layout.topMargin: 8
                 TalkPage { }
                 SpeakersPage { }
-                FilesPage { }
+                FilesPage { id: files }
                 GroupsPage { }
                 SchedulesPage { }
                 ConnectionPage { }

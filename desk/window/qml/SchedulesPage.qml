@@ -51,13 +51,12 @@ ColumnLayout {
     RowLayout {
         Layout.fillWidth: true
         spacing: 12
-        PageTitle { text: qsTr("Schedules") }
-        Item { Layout.fillWidth: true }
         ChoiceBar {
             id: view
             objectName: "scheduleView"
             choices: [qsTr("List"), qsTr("Week")]
         }
+        Item { Layout.fillWidth: true }
         ActionButton {
             objectName: "addSchedule"
             highlighted: true

@@ -23,15 +23,14 @@ ColumnLayout {
     RowLayout {
         Layout.fillWidth: true
         spacing: 12
-        PageTitle { text: qsTr("Speakers") }
-        Item { Layout.fillWidth: true }
         SearchField {
             id: search
             objectName: "speakerSearch"
-            Layout.preferredWidth: 220
+            Layout.preferredWidth: 260
             placeholderText: qsTr("Search by name")
             onTextChanged: root.speakers.filterRegExp = new RegExp(desk.escaped(text), "i")
         }
+        Item { Layout.fillWidth: true }
         ActionButton {
             objectName: "addSpeaker"
             highlighted: true

@@ -35,7 +35,6 @@ RowLayout {
         Layout.fillWidth: true
         spacing: 10
 
-        PageTitle { text: qsTr("Talk") }
         SearchField {
             id: search
             objectName: "targetSearch"
@@ -83,11 +82,14 @@ RowLayout {
         Layout.preferredWidth: 400
         spacing: 10
 
+        FontMetrics { id: headingLine; font: heading.font }
         PlainText {
+            id: heading
             objectName: "talkHeading"
             Layout.fillWidth: true
-            Layout.topMargin: 4
+            Layout.preferredHeight: Math.ceil(2 * (headingLine.lineSpacing + 1)) // also for one line
             horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
             elide: Text.ElideRight
             maximumLineCount: 2
             wrapMode: Text.Wrap
@@ -109,33 +111,37 @@ RowLayout {
             Accessible.name: root.talking ? qsTr("Talking for %1").arg(text) : qsTr("No talk")
         }
 
-        AbstractButton {
-            id: button
-            objectName: "talkButton"
-            Layout.alignment: Qt.AlignHCenter
+        Item {
+            Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.minimumHeight: 104
             Layout.maximumHeight: 168
             Layout.preferredHeight: 168
-            Layout.preferredWidth: height
-            text: root.talking ? qsTr("End") : root.talk.phase === TalkControl.Asking ? qsTr("Cancel") : qsTr("Talk")
-            Accessible.name: root.talking ? qsTr("End the talk") : text
-            Accessible.description: qsTr("Or hold the space bar")
-            onClicked: root.talk.toggle()
-            Keys.onReturnPressed: root.talk.toggle()
-            background: Rectangle {
-                radius: width / 2
-                color: root.talking ? Theme.live : button.pressed ? Qt.darker(Theme.accent, 1.2) : Theme.accent
-                opacity: root.talk.phase === TalkControl.Asking ? 0.6 : 1
-                border.width: button.visualFocus ? 4 : 0
-                border.color: Theme.text
-            }
-            contentItem: PlainText {
-                text: button.text
-                horizontalAlignment: Text.AlignHCenter
-                verticalAlignment: Text.AlignVCenter
-                color: root.talking ? "#ffffff" : Theme.accentText
-                font { pixelSize: 26; weight: Font.Bold }
+            AbstractButton {
+                id: button
+                objectName: "talkButton"
+                anchors.centerIn: parent
+                width: parent.height
+                height: parent.height
+                text: root.talking ? qsTr("End") : root.talk.phase === TalkControl.Asking ? qsTr("Cancel") : qsTr("Talk")
+                Accessible.name: root.talking ? qsTr("End the talk") : text
+                Accessible.description: qsTr("Or hold the space bar")
+                onClicked: root.talk.toggle()
+                Keys.onReturnPressed: root.talk.toggle()
+                background: Rectangle {
+                    radius: width / 2
+                    color: root.talking ? Theme.live : button.pressed ? Qt.darker(Theme.accent, 1.2) : Theme.accent
+                    opacity: root.talk.phase === TalkControl.Asking ? 0.6 : 1
+                    border.width: button.visualFocus ? 4 : 0
+                    border.color: Theme.text
+                }
+                contentItem: PlainText {
+                    text: button.text
+                    horizontalAlignment: Text.AlignHCenter
+                    verticalAlignment: Text.AlignVCenter
+                    color: root.talking ? "#ffffff" : Theme.accentText
+                    font { pixelSize: 26; weight: Font.Bold }
+                }
             }
         }
         // One place for the hint and the sign: nothing below moves under a pointer.
@@ -175,6 +181,8 @@ RowLayout {
             }
         }
 
+        TextMetrics { id: muteWidth; font: mute.font; text: qsTr("Mute") }
+        TextMetrics { id: unmuteWidth; font: mute.font; text: qsTr("Unmute") }
         GridLayout {
             Layout.fillWidth: true
             columns: 3
@@ -191,6 +199,7 @@ RowLayout {
             ActionButton {
                 id: mute
                 objectName: "muteButton"
+                Layout.minimumWidth: Math.ceil(Math.max(muteWidth.advanceWidth, unmuteWidth.advanceWidth)) + leftPadding + rightPadding
                 checkable: true
                 checked: root.talk.muted
                 text: checked ? qsTr("Unmute") : qsTr("Mute")

@@ -41,10 +41,6 @@
 <context>
     <name>ConnectionPage</name>
     <message>
-        <source>Connection</source>
-        <translation>Verbindung</translation>
-    </message>
-    <message>
         <source>%1: %2</source>
         <translation>%1: %2</translation>
     </message>
@@ -554,18 +550,6 @@
         <source>What was asked last may or may not have been done. Look at the list before you try again.</source>
         <translation>Was zuletzt verlangt wurde, ist vielleicht geschehen, vielleicht nicht. Vor einem neuen Versuch die Liste ansehen.</translation>
     </message>
-    <message>
-        <source>Talking to %1, but the microphone is muted</source>
-        <translation>Im Gespräch mit %1, aber das Mikrofon ist stumm</translation>
-    </message>
-    <message>
-        <source>Talking to %1</source>
-        <translation>Im Gespräch mit %1</translation>
-    </message>
-    <message>
-        <source>End the talk</source>
-        <translation>Gespräch beenden</translation>
-    </message>
 </context>
 <context>
     <name>MomentField</name>
@@ -576,6 +560,28 @@
     <message>
         <source>%1: time, like 08:30</source>
         <translation>%1: Uhrzeit, wie 08:30</translation>
+    </message>
+</context>
+<context>
+    <name>OnAir</name>
+    <message>
+        <source>Talking to %1</source>
+        <translation>Im Gespräch mit %1</translation>
+    </message>
+    <message>
+        <source>End the talk</source>
+        <translation>Gespräch beenden</translation>
+    </message>
+    <message>
+        <source>The microphone is muted.</source>
+        <translation>Das Mikrofon ist stumm.</translation>
+    </message>
+</context>
+<context>
+    <name>PageHead</name>
+    <message>
+        <source>%1 of %2</source>
+        <translation>%1 von %2</translation>
     </message>
 </context>
 <context>
@@ -1122,7 +1128,7 @@
     </message>
     <message>
         <source>Press Talk again when the test is over.</source>
-        <translation>Nach der Prüfung noch einmal „Sprechen“ drücken.</translation>
+        <translation>Nach der Prüfung wieder auf Sprechen drücken.</translation>
     </message>
 </context>
 <context>

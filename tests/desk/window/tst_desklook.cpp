@@ -18,6 +18,10 @@ private Q_SLOTS:
     void keyboardAlone();
     void focusIsVisible();
     void everythingHasAName();
+    void nothingMovesUnderThePointer_data();
+    void nothingMovesUnderThePointer();
+    void noticesAreNotCut_data();
+    void noticesAreNotCut();
 
 private:
     std::unique_ptr<PulseServer> m_pulse;
@@ -227,6 +231,111 @@ void TestDeskLook::everythingHasAName()
             QVERIFY2(!accessible->text(QAccessible::Name).isEmpty(), focused->metaObject()->className());
         }
     }
+}
+
+void TestDeskLook::nothingMovesUnderThePointer_data()
+{
+    nothingIsCut_data();
+}
+
+void TestDeskLook::nothingMovesUnderThePointer()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, theme);
+    WindowFixture desk;
+    fillWithRecords(desk);
+    desk.desk().settings()->setLanguage(language);
+    desk.desk().settings()->setTheme(theme);
+    desk.window()->resize(desk.window()->minimumSize());
+    TalkControl& talk = *desk.desk().talk();
+    const auto places = [&] {
+        QMap<QQuickItem*, QRectF> map;
+        desk.visit([&map](QQuickItem* item) {
+            if (item->inherits("QQuickAbstractButton") || item->inherits("QQuickTextField") ||
+                item->inherits("QQuickSlider") || item->inherits("QQuickItemView")) {
+                map.insert(item, item->mapRectToScene(QRectF(0, 0, item->width(), item->height())));
+            }
+        });
+        return map;
+    };
+    for (int page = 1; page <= 6; ++page) {
+        desk.page(page);
+        QTRY_VERIFY(places().size() > 8); // the rail, and what is on the page
+        const auto before = places();
+        const auto compare = [&](const char* what) {
+            desk.window()->grabWindow(); // lays out and draws what has changed
+            const auto now = places();
+            for (auto it = before.begin(); it != before.end(); ++it) {
+                QVERIFY2(now.contains(it.key()), what);
+                QVERIFY2(now[it.key()] == it.value(), what);
+            }
+        };
+        talk.start(); // nobody is chosen
+        QVERIFY(desk.item("notice"));
+        compare("one notice");
+        Q_EMIT desk.desk().playback()->failed("\"bell.wav\" was not played on Hall: the speaker is offline");
+        compare("two notices");
+        desk.shoot(QString("%1-%2-notices").arg(language).arg(page));
+        talk.setMuted(true);
+        compare("muted");
+        desk.desk().targets()->choose("camera:camera-1", true);
+        desk.desk().targets()->choose("speaker:1", true);
+        desk.desk().targets()->choose("speaker:2", true);
+        compare("several chosen");
+        talk.start();
+        QTRY_COMPARE(talk.partners().count(','), 3); // one name has a comma in it
+        compare("a talk, muted");
+        talk.setMuted(false);
+        compare("a talk");
+        if (page > 1) {
+            QVERIFY(desk.item("onAir"));
+            QCOMPARE(desk.cutTexts().join("; "), QString());
+        }
+        desk.shoot(QString("%1-%2-talk").arg(language).arg(page));
+        talk.stop();
+        for (const char* key : {"camera:camera-1", "speaker:1", "speaker:2"}) {
+            desk.desk().targets()->choose(key, false);
+        }
+        desk.click(desk.item("closeNotice"));
+        QVERIFY(desk.gone("notice"));
+        compare("no notice any more");
+    }
+}
+
+void TestDeskLook::noticesAreNotCut_data()
+{
+    nothingIsCut_data();
+}
+
+void TestDeskLook::noticesAreNotCut()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, theme);
+    WindowFixture desk([](ClientOptions& options) {
+        options.embedded.answers = false;
+        options.timeout = 200;
+    });
+    desk.desk().settings()->setLanguage(language);
+    desk.desk().settings()->setTheme(theme);
+    desk.window()->resize(desk.window()->minimumSize());
+    QVERIFY(desk.item("notice")); // the server does not answer
+    const auto look = [&](const QString& picture) {
+        desk.window()->grabWindow();
+        QCOMPARE(desk.cutTexts().join("; "), QString());
+        desk.shoot(language + "-notice-" + picture);
+    };
+    look("overdue");
+    desk.desk().talk()->start();
+    look("nobody");
+    desk.desk().targets()->setCameras(
+        {QVariantMap{{"camId", "camera-1"}, {"camName", "Front gate"}, {"online", true}}});
+    desk.desk().targets()->choose("camera:camera-1", true);
+    desk.desk().talk()->start();
+    QTRY_COMPARE_WITH_TIMEOUT(desk.desk().talk()->phase(), TalkControl::Idle, 10000);
+    look("no-answer");
+    desk.desk().connection()->useRemote("ws://127.0.0.1:1", "anna", "secret", QString());
+    QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Reconnecting);
+    look("connection");
 }
 
 int main(int argc, char** argv)
