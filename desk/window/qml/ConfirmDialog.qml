@@ -7,6 +7,7 @@ Dialog {
     id: root
     property string question
     property string action: qsTr("Delete")
+    property string keepText: qsTr("Keep")
     modal: true
     anchors.centerIn: Overlay.overlay
     width: Math.min(440, Overlay.overlay ? Overlay.overlay.width - 40 : 440)
@@ -27,7 +28,7 @@ Dialog {
         background: Rectangle { color: Theme.raised }
         ActionButton {
             id: keep
-            text: qsTr("Keep")
+            text: root.keepText
             DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
         }
         ActionButton {

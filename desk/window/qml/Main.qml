@@ -67,7 +67,36 @@ ApplicationWindow {
     font.pixelSize: Theme.textSize
 
     Binding { target: Theme; property: "dark"; value: desk.settings.dark }
-    Binding { target: talkKey; property: "enabled"; value: root.page === 0 }
+    // While a question is open the space bar presses its buttons; a talk that a held one opened goes on.
+    Binding { target: talkKey; property: "enabled"; value: root.page === 0 && (!closing.visible || talkKey.held) }
+
+    onClosing: function(event) {
+        if (talk.phase !== TalkControl.Idle) {
+            event.accepted = false;
+            closing.open();
+        }
+    }
+    ConfirmDialog {
+        id: closing
+        objectName: "closingQuestion"
+        title: qsTr("Closing during a talk")
+        question: root.talk.phase === TalkControl.Talking ? qsTr("You are talking to %1. Closing the window ends the talk.").arg(root.talk.partners)
+                                                          : qsTr("A talk is being opened. Closing the window gives it up.")
+        action: qsTr("End the talk and close")
+        keepText: qsTr("Keep talking")
+        onAccepted: {
+            root.talk.stop();
+            root.close();
+        }
+        // A talk that ends meanwhile leaves nothing to ask; why it ended is told in the window.
+        Connections {
+            target: root.talk
+            function onPhaseChanged() {
+                if (root.talk.phase === TalkControl.Idle)
+                    closing.close();
+            }
+        }
+    }
 
     Shortcut { sequence: "Ctrl+1"; onActivated: root.page = 0 }
     Shortcut { sequence: "Ctrl+2"; onActivated: root.page = 1 }

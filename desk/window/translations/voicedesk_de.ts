@@ -550,6 +550,26 @@
         <source>What was asked last may or may not have been done. Look at the list before you try again.</source>
         <translation>Was zuletzt verlangt wurde, ist vielleicht geschehen, vielleicht nicht. Vor einem neuen Versuch die Liste ansehen.</translation>
     </message>
+    <message>
+        <source>Closing during a talk</source>
+        <translation>Schließen während eines Gesprächs</translation>
+    </message>
+    <message>
+        <source>You are talking to %1. Closing the window ends the talk.</source>
+        <translation>Es läuft ein Gespräch mit %1. Mit dem Fenster endet auch das Gespräch.</translation>
+    </message>
+    <message>
+        <source>A talk is being opened. Closing the window gives it up.</source>
+        <translation>Ein Gespräch wird aufgebaut. Mit dem Fenster wird es aufgegeben.</translation>
+    </message>
+    <message>
+        <source>End the talk and close</source>
+        <translation>Gespräch beenden und schließen</translation>
+    </message>
+    <message>
+        <source>Keep talking</source>
+        <translation>Weitersprechen</translation>
+    </message>
 </context>
 <context>
     <name>MomentField</name>

@@ -22,6 +22,7 @@ private Q_SLOTS:
     void talkToACamera();
     void talkKey();
     void hintOfTheTalkKey();
+    void closingDuringATalk();
     void talkKeyAfterASearch();
     void refusedTalk();
     void speakers();
@@ -183,6 +184,65 @@ void TestDeskWindow::hintOfTheTalkKey()
     // In the search the space bar writes.
     desk.click(desk.item("targetSearch"));
     QTRY_COMPARE(hint(), QString("Press the button to talk"));
+}
+
+void TestDeskWindow::closingDuringATalk()
+{
+    WindowFixture desk;
+    TalkControl& talk = *desk.desk().talk();
+    const auto questions = [&] {
+        int count = 0;
+        desk.visit([&count](QQuickItem* item) {
+            count += item->property("text").toString() == "Closing during a talk" ? 1 : 0;
+        });
+        return count;
+    };
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QVERIFY(!desk.window()->close());
+    QVERIFY(desk.shows("You are talking to Front gate. Closing the window ends the talk."));
+    QVERIFY(!desk.window()->close()); // no second question
+    QCOMPARE(questions(), 1);
+    desk.shoot("closing-asks");
+    // By keys: Escape and "Keep talking" keep the talk.
+    desk.key(Qt::Key_Escape);
+    QTRY_COMPARE(questions(), 0);
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(desk.window()->activeFocusItem()->property("text").toString(), QString("Keep talking"));
+    desk.key(Qt::Key_Space);
+    QTRY_COMPARE(questions(), 0);
+    QCOMPARE(talk.phase(), TalkControl::Talking);
+    // A talk that ends meanwhile takes the question with it.
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(questions(), 1);
+    talk.stop();
+    QTRY_COMPARE(questions(), 0);
+    QVERIFY(desk.window()->isVisible());
+    // A held key keeps its talk while the question is open.
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(questions(), 1);
+    QCOMPARE(talk.phase(), TalkControl::Talking);
+    QVERIFY(talk.isWhileHeld());
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Idle);
+    QTRY_COMPARE(questions(), 0);
+    // On another page, from the keyboard.
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    desk.page(6);
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(desk.window()->activeFocusItem()->property("text").toString(), QString("Keep talking"));
+    desk.key(Qt::Key_Tab);
+    desk.key(Qt::Key_Return);
+    QTRY_VERIFY(!desk.window()->isVisible());
+    QCOMPARE(talk.phase(), TalkControl::Idle);
+    // Without a talk nothing is asked.
+    desk.window()->show();
+    QVERIFY(desk.window()->close());
+    QVERIFY(!desk.window()->isVisible());
 }
 
 void TestDeskWindow::talkKeyAfterASearch()
