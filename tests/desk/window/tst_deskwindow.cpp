@@ -224,7 +224,7 @@ void TestDeskWindow::closingDuringATalk()
     QTRY_COMPARE(talk.phase(), TalkControl::Talking);
     QVERIFY(!desk.window()->close());
     QTRY_COMPARE(questions(), 1);
-    QCOMPARE(talk.phase(), TalkControl::Talking);
+    QTRY_COMPARE(talk.seconds(), 1); // well after a key that is let go
     QVERIFY(talk.isWhileHeld());
     QTest::keyRelease(desk.window(), Qt::Key_Space);
     QTRY_COMPARE(talk.phase(), TalkControl::Idle);
