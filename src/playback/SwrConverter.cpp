@@ -13,8 +13,8 @@ extern "C" {
 
 namespace {
 
-// Deliberately below what libswresample takes: its filter grows with the ratio of the rates, up to gigabytes
-// and minutes within its own limit, and a stream's rate comes from outside. No sound card goes beyond.
+// Deliberately below what libswresample takes: its filter grows with the ratio of the rates, to a gigabyte
+// and many seconds within its own limit, and a stream's rate comes from outside. No sound card goes beyond.
 constexpr int maxRate = 768000; // Hz
 
 constexpr std::array<int, 4> bytesPerSample{1, 2, 4, 4}; // by sample format

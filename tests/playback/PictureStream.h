@@ -53,4 +53,18 @@ inline QList<QByteArray> motionJpeg(AVPixelFormat format, int width, int height,
     return stream;
 }
 
+/**
+ * Gives a picture other sampling factors in its frame header: one byte, across and down, for the brightness,
+ * and one for both colours. The picture holds as long as the products of the two stay what they were.
+ */
+inline void setSampling(QByteArray& picture, char brightness, char colours)
+{
+    const int header = picture.indexOf(QByteArray("\xFF\xC0"));
+    const int factors = header + 11; // behind size, precision, height, width, count and a component's number
+    constexpr int componentSize = 3;
+    picture[factors] = brightness;
+    picture[factors + componentSize] = colours;
+    picture[factors + 2 * componentSize] = colours;
+}
+
 } // namespace PictureStream

@@ -34,6 +34,7 @@ private Q_SLOTS:
     void silenceLastsForTheRequest();
     void conversionOfTheLargestPacket();
     void waitingPusherWakesAtTheSwap();
+    void waitingPusherOverwritesNothing();
     void pushFromAnotherThread();
     void neverOpenedDeviceDropsAll();
     void writingIsRefused();
@@ -212,7 +213,17 @@ void TestAudioDevice::fullRingDropsTheNewest()
     QCOMPARE(device.pull(1280), silence); // the full ring goes at the swap
     device.Push(packetOf('\x08'), true);
     QCOMPARE(device.pull(1280), soundOf('\x08'));
-    // What is queued stays when the newest is dropped: a waiting pusher finds it, see below.
+
+    const auto oldest = packetOf('\x01');
+    const auto newest = packetOf('\x07');
+    Device full(packetOf('\x10'));
+    full.Push(oldest, true);
+    for (char code = 2; code <= 6; ++code) {
+        full.Push(packetOf(code), true);
+    }
+    full.Push(newest, true);
+    QCOMPARE(referencesOf(oldest), 2U); // what is queued stays
+    QCOMPARE(referencesOf(newest), 1U);
 }
 
 void TestAudioDevice::fullRingAtTheSwapIsThrownAway()
@@ -394,6 +405,36 @@ void TestAudioDevice::waitingPusherWakesAtTheSwap()
     QTRY_VERIFY(device.pull(1280) == soundOf('\x30') || pushed);
     pusher.join();
     QVERIFY(pushed);
+}
+
+void TestAudioDevice::waitingPusherOverwritesNothing()
+{
+    // The ring is full, so its swap loses what is in it; what a pusher waited with comes after that. Whether
+    // the pusher is already waiting at the swap is up to the system: often enough it is.
+    for (int round = 0; round < 300; ++round) {
+        Device device(packetOf('\x10'));
+        for (char code = 1; code <= 6; ++code) {
+            device.Push(packetOf(code), true);
+        }
+        std::atomic<bool> running{false};
+        std::atomic<bool> pushed{false};
+        std::thread pusher([&] {
+            running = true;
+            device.Push(packetOf('\x30'), false);
+            pushed = true;
+        });
+        while (!running) {
+            std::this_thread::yield();
+        }
+        for (int i = 0; i < round % 50; ++i) {
+            std::this_thread::yield();
+        }
+        const QByteArray swapped = device.pull(1280);
+        pusher.join();
+        const QByteArray heard = swapped == silence ? device.pull(1280) : swapped;
+        QVERIFY(pushed);
+        QCOMPARE(heard, soundOf('\x30'));
+    }
 }
 
 void TestAudioDevice::pushFromAnotherThread()

@@ -28,6 +28,10 @@ private Q_SLOTS:
     void failedFactoryIsTriedAgain();
     void changedKeyReplacesTheDecoder_data();
     void changedKeyReplacesTheDecoder();
+    void changedTypeReplacesTheDecoder();
+    void emptySlotHasAnEmptyKey();
+    void recordedG726_data();
+    void recordedG726();
     void tooLittleRoomFails();
     void chunkWithoutAFrameGivesNoBytes();
     void refusedPacketCostsThatPacketOnly();
@@ -154,24 +158,32 @@ void TestDecoderSlot::failedFactoryIsTriedAgain()
 
 void TestDecoderSlot::changedKeyReplacesTheDecoder_data()
 {
+    QTest::addColumn<unsigned>("rate"); // the codec reads rate and channels from the stream
+    QTest::addColumn<int>("channels");
     QTest::addColumn<unsigned>("bitRate");
     QTest::addColumn<int>("packing");
     QTest::addColumn<bool>("fresh");
-    QTest::newRow("same key") << 0U << 0 << false;
-    QTest::newRow("bit rate") << 1U << 0 << true;
-    QTest::newRow("packing") << 0U << 1 << true;
+    QTest::newRow("same key") << 16000U << 1 << 0U << 0 << false;
+    QTest::newRow("rate") << 8000U << 1 << 0U << 0 << true;
+    QTest::newRow("channels") << 16000U << 2 << 0U << 0 << true;
+    QTest::newRow("bit rate") << 16000U << 1 << 1U << 0 << true;
+    QTest::newRow("packing") << 16000U << 1 << 0U << 1 << true;
 }
 
 void TestDecoderSlot::changedKeyReplacesTheDecoder()
 {
     // An AAC decoder's first frame overlaps with nothing, so it tells a fresh decoder from one with a
     // history.
+    QFETCH(unsigned, rate);
+    QFETCH(int, channels);
     QFETCH(unsigned, bitRate);
     QFETCH(int, packing);
     QFETCH(bool, fresh);
     const auto packets = packetsOf(QStringLiteral("aac/mono16k.rec"));
     const MediaPackets::Format format{1024, 16000, 1, 1, 0, 0};
     MediaPackets::Format changed = format;
+    changed.sampleRate = rate;
+    changed.channels = static_cast<std::uint8_t>(channels);
     changed.bitRate = bitRate;
     changed.packing = static_cast<std::uint8_t>(packing);
 
@@ -186,6 +198,65 @@ void TestDecoderSlot::changedKeyReplacesTheDecoder()
     }
     QCOMPARE(room.decode(slot, MediaPackets::make(packets[10], changed)), 0);
     QCOMPARE(room.bytes() == withoutHistory, fresh);
+}
+
+void TestDecoderSlot::changedTypeReplacesTheDecoder()
+{
+    DecoderSlot slot;
+    Room room;
+    const QByteArray bytes(10, '\x20');
+    QCOMPARE(room.decode(slot, MediaPackets::make(bytes, {8192})), 0);
+    const QByteArray muLaw = room.bytes();
+    QCOMPARE(room.decode(slot, MediaPackets::make(bytes, {16384})), 0);
+    const QByteArray aLaw = room.bytes();
+    QCOMPARE(aLaw.size(), 20);
+    QVERIFY(aLaw != muLaw);
+    QCOMPARE(room.decode(slot, MediaPackets::make(bytes, {8192})), 0);
+    QCOMPARE(room.bytes(), muLaw);
+}
+
+void TestDecoderSlot::emptySlotHasAnEmptyKey()
+{
+    // A type without a decoder ends the one before it, so that the stream starts anew behind it.
+    const auto packets = packetsOf(QStringLiteral("aac/mono16k.rec"));
+    const MediaPackets::Format format{1024, 16000, 1, 1, 0, 0};
+    DecoderSlot first;
+    Room room;
+    QCOMPARE(room.decode(first, MediaPackets::make(packets[10], format)), 0);
+    const QByteArray withoutHistory = room.bytes();
+    DecoderSlot slot;
+    QCOMPARE(room.decode(slot, MediaPackets::make(packets[9], format)), 0);
+    QCOMPARE(room.decode(slot, MediaPackets::make(packets[9], {2048, 16000})), -1);
+    QCOMPARE(room.decode(slot, MediaPackets::make(packets[10], format)), 0);
+    QCOMPARE(room.bytes(), withoutHistory);
+}
+
+void TestDecoderSlot::recordedG726_data()
+{
+    QTest::addColumn<unsigned>("rate");
+    QTest::addColumn<int>("packingMode");
+    for (const int kilobits : {16, 24, 32, 40}) {
+        QTest::addRow("random1_%dk_left", kilobits) << kilobits * 1000U << 1;
+        QTest::addRow("random1_%dk_right", kilobits) << kilobits * 1000U << 0;
+    }
+}
+
+void TestDecoderSlot::recordedG726()
+{
+    QFETCH(unsigned, rate);
+    QFETCH(int, packingMode);
+    const QString name = QStringLiteral("g726/") + QString::fromLatin1(QTest::currentDataTag());
+    const auto packets = packetsOf(name + QStringLiteral(".rec"));
+    QVERIFY(!packets.empty());
+    DecoderSlot slot;
+    Room room;
+    QByteArray decoded;
+    for (const QByteArray& packet : packets) {
+        const MediaPackets::Format format{32768, 8000, 1, 1, rate, static_cast<std::uint8_t>(packingMode)};
+        QCOMPARE(room.decode(slot, MediaPackets::make(packet, format)), 0);
+        decoded += room.bytes();
+    }
+    QCOMPARE(decoded, fileContents(name + QStringLiteral(".pcm")));
 }
 
 void TestDecoderSlot::tooLittleRoomFails()

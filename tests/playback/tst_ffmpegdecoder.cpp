@@ -1,5 +1,6 @@
 // The decoder of libavcodec behind its interface: frames, pictures and the pool.
 
+#include "AacStream.h"
 #include "DecoderContext.h"
 #include "DecoderFactories.h"
 #include "DecoderIsolated_FFmpeg.h"
@@ -173,45 +174,6 @@ void TestFFmpegDecoder::absurdSizeIsRefused()
 
 namespace {
 
-/** The bits of a stream, most significant first. */
-struct BitWriter
-{
-    void put(unsigned value, int count)
-    {
-        for (int bit = count - 1; bit >= 0; --bit, ++used) {
-            if (used % 8 == 0) {
-                bytes.append('\0');
-            }
-            bytes.back() = static_cast<char>(bytes.back() | (value >> bit & 1) << (7 - used % 8));
-        }
-    }
-    QByteArray bytes;
-    int used = 0;
-};
-
-/** The shortest AAC frame: an ADTS header and one silent channel, 16 kHz, 1024 samples. */
-QByteArray silentAacFrame()
-{
-    constexpr unsigned size = 11;
-    BitWriter bits;
-    bits.put(0xFFF, 12); // sync word
-    bits.put(0x1, 4);    // MPEG-4, no checksum
-    bits.put(1, 2);      // low complexity
-    bits.put(8, 4);      // 16 kHz
-    bits.put(0, 1);
-    bits.put(1, 3); // mono
-    bits.put(0, 4);
-    bits.put(size, 13);
-    bits.put(0x7FF, 11);            // variable rate
-    bits.put(0, 2);                 // one raw data block
-    bits.put(0, 3 + 4);             // single channel element 0
-    bits.put(100, 8);               // gain
-    bits.put(0, 1 + 2 + 1 + 6 + 1); // one long window without a band
-    bits.put(0, 3);                 // no pulses, no noise shaping, no gain control
-    bits.put(7, 3);                 // end
-    return bits.bytes;
-}
-
 std::uint32_t decodeAudio(const Decoder& decoder, std::vector<std::uint8_t>& pcm, const QByteArray& bytes,
                           std::int32_t expected = 0)
 {
@@ -225,7 +187,7 @@ std::uint32_t decodeAudio(const Decoder& decoder, std::vector<std::uint8_t>& pcm
 
 void TestFFmpegDecoder::packetOfManyFramesIsCutShort()
 {
-    const QByteArray frame = silentAacFrame();
+    const QByteArray frame = AacStream::silentFrame();
     constexpr std::uint32_t frameSize = 2048; // bytes of PCM
     const Decoder decoder(CreateDecoder_AAC(16000, 1));
     std::vector<std::uint8_t> pcm(pcmBlockSize);
@@ -256,7 +218,7 @@ void TestFFmpegDecoder::packetOfManyFramesIsCutShort()
 
 void TestFFmpegDecoder::framesThatDidNotFitStay()
 {
-    const QByteArray frame = silentAacFrame();
+    const QByteArray frame = AacStream::silentFrame();
     const Decoder decoder(CreateDecoder_AAC(16000, 1));
     std::vector<std::uint8_t> pcm(2048);
     QCOMPARE(decodeAudio(decoder, pcm, frame.repeated(4), -1), 2048U); // one heard in vain, one dropped
@@ -277,15 +239,26 @@ void TestFFmpegDecoder::framesThatDidNotFitStay()
 void TestFFmpegDecoder::pictures_data()
 {
     QTest::addColumn<int>("format");
-    QTest::newRow("4:2:0 full range, as it is") << static_cast<int>(AV_PIX_FMT_YUVJ420P);
-    QTest::newRow("4:2:2 full range, scaled") << static_cast<int>(AV_PIX_FMT_YUVJ422P);
-    QTest::newRow("4:4:4 full range, scaled") << static_cast<int>(AV_PIX_FMT_YUVJ444P);
+    QTest::addColumn<int>("sampling"); // of brightness and colours; 0 for the encoder's own
+    QTest::newRow("4:2:0 full range, as it is") << static_cast<int>(AV_PIX_FMT_YUVJ420P) << 0;
+    QTest::newRow("4:2:2 full range, scaled") << static_cast<int>(AV_PIX_FMT_YUVJ422P) << 0;
+    QTest::newRow("4:4:4 full range, scaled") << static_cast<int>(AV_PIX_FMT_YUVJ444P) << 0;
+    // No encoder makes these two.
+    QTest::newRow("4:4:0 full range, scaled") << static_cast<int>(AV_PIX_FMT_YUVJ422P) << 0x2221;
+    QTest::newRow("4:1:1 full range, scaled") << static_cast<int>(AV_PIX_FMT_YUVJ420P) << 0x4111;
 }
 
 void TestFFmpegDecoder::pictures()
 {
     QFETCH(int, format);
-    const QList<QByteArray> stream = PictureStream::motionJpeg(static_cast<AVPixelFormat>(format), 64, 48, 5);
+    QFETCH(int, sampling);
+    QList<QByteArray> stream = PictureStream::motionJpeg(static_cast<AVPixelFormat>(format), 64, 48, 5);
+    if (sampling != 0) {
+        for (QByteArray& picture : stream) {
+            PictureStream::setSampling(picture, static_cast<char>(sampling >> 8),
+                                       static_cast<char>(sampling));
+        }
+    }
     QCOMPARE(stream.size(), 5);
     const Decoder decoder(CreateDecoderFFmpeg(AV_CODEC_ID_MJPEG, 0, 0, 0));
     QVERIFY(decoder);

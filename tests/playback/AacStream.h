@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+
+/** Streams of AAC, written bit by bit (ISO/IEC 14496-3). */
+namespace AacStream {
+
+/** The bits of a stream, most significant first. */
+struct BitWriter
+{
+    void put(unsigned value, int count)
+    {
+        for (int bit = count - 1; bit >= 0; --bit, ++used) {
+            if (used % 8 == 0) {
+                bytes.append('\0');
+            }
+            bytes.back() = static_cast<char>(bytes.back() | (value >> bit & 1) << (7 - used % 8));
+        }
+    }
+    QByteArray bytes;
+    int used = 0;
+};
+
+/** The shortest AAC frame: an ADTS header and one silent channel, 16 kHz, 1024 samples. @param channels as
+ * the header has it */
+inline QByteArray silentFrame(unsigned channels = 1)
+{
+    constexpr unsigned size = 11;
+    BitWriter bits;
+    bits.put(0xFFF, 12); // sync word
+    bits.put(0x1, 4);    // MPEG-4, no checksum
+    bits.put(1, 2);      // low complexity
+    bits.put(8, 4);      // 16 kHz
+    bits.put(0, 1);
+    bits.put(channels, 3);
+    bits.put(0, 4);
+    bits.put(size, 13);
+    bits.put(0x7FF, 11);            // variable rate
+    bits.put(0, 2);                 // one raw data block
+    bits.put(0, 3 + 4);             // single channel element 0
+    bits.put(100, 8);               // gain
+    bits.put(0, 1 + 2 + 1 + 6 + 1); // one long window without a band
+    bits.put(0, 3);                 // no pulses, no noise shaping, no gain control
+    bits.put(7, 3);                 // end
+    return bits.bytes;
+}
+
+} // namespace AacStream
