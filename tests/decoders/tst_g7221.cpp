@@ -5,6 +5,8 @@
 #include "SwrConverter.h"
 #include "VectorFiles.h"
 
+#include <QCoreApplication>
+#include <QProcess>
 #include <QTest>
 
 #include <algorithm>
@@ -23,6 +25,8 @@ private Q_SLOTS:
     void tables();
     void creation();
     void refusedOptions();
+    void failedCreationSaysSo();
+    void firstOutput();
     void callersMemory();
     void refusedSetups();
     void setupLeavesWhatIsNotGiven();
@@ -41,6 +45,8 @@ private Q_SLOTS:
     void frameCountOfZero();
     void misalignedOutput();
     void shortFrameIsHeard();
+    void frameThatFailsAtItsEnd();
+    void failedFrameHasNoSamples();
     void highBandIsZero();
     void outputHasFourteenBits();
     void picturesAreNotItsAffair();
@@ -199,6 +205,33 @@ void TestG7221::refusedOptions()
     QVERIFY(refused([](G7221Options& o) { o.ringSize = 3; }));       // the reader's refusal
     QVERIFY(!refused([](G7221Options& o) { o.type = 0xAB00CD04; })); // bits outside of the mask do not count
     QVERIFY(!refused([](G7221Options& o) { o.bitRate = 32000; }));
+}
+
+void TestG7221::failedCreationSaysSo()
+{
+    // On the standard output, so a process of its own makes it: this program, with the test before.
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("refusedOptions")});
+    QVERIFY(child.waitForFinished());
+    QCOMPARE(child.exitCode(), 0);
+    QByteArray output = child.readAllStandardOutput();
+    QCOMPARE(output.replace('\r', "").count("Initialize GB Engine object fail!!\n"), 1);
+}
+
+void TestG7221::firstOutput()
+{
+    Frame frame(Generator(1).take(60));
+    SpeechEngineOptions options = goodOptions();
+    options.g7221.output = frame.pcm;
+    G7221State* engine = nullptr;
+    QCOMPARE(G7221_Create(&engine, &options), 0);
+    SpeechFrameSetup setup = frame.setup(24000);
+    setup.fields = SpeechSetupInput;
+    setup.output = nullptr;
+    QCOMPARE(G7221_SetupFrame(engine, &setup), 0);
+    QCOMPARE(G7221_DecodeFrame(engine, nullptr), 0);
+    QCOMPARE(crc32(pcmOf(frame)), 0xD7558F14U);
+    G7221_Delete(&engine);
 }
 
 void TestG7221::callersMemory()
@@ -493,6 +526,38 @@ void TestG7221::shortFrameIsHeard()
         std::all_of(engine->oldMltCoefs, engine->oldMltCoefs + 320, [](std::int16_t c) { return c == 0; }));
 }
 
+void TestG7221::frameThatFailsAtItsEnd()
+{
+    // All is decoded but for the fill: the frame's spectrum is kept, the shift of the good frame before it,
+    // too.
+    int found = 0;
+    for (std::uint32_t seed = 1; seed <= 300; ++seed) {
+        const Engine engine = makeEngine();
+        Frame good(Generator(seed).take(60));
+        SpeechFrameSetup setup = good.setup(24000);
+        G7221_SetupFrame(engine.get(), &setup);
+        QCOMPARE(G7221_DecodeFrame(engine.get(), nullptr), 0);
+        QCOMPARE(engine->oldMagShift, engine->magShift);
+        const std::int16_t shift = engine->oldMagShift;
+        Frame cut(QByteArray(60, '\0')); // much of it is fill
+        cut.size = 58;
+        setup = cut.setup(24000);
+        G7221_SetupFrame(engine.get(), &setup);
+        QCOMPARE(G7221_DecodeFrame(engine.get(), nullptr), 5);
+        found += engine->magShift != shift ? 1 : 0;
+        QCOMPARE(engine->oldMagShift, shift);
+    }
+    QVERIFY(found > 100);
+}
+
+void TestG7221::failedFrameHasNoSamples()
+{
+    const Engine engine = makeEngine();
+    G7221FrameResult result{7, 8};
+    QCOMPARE(G7221_DecodeFrame(engine.get(), &result), -1); // nothing is set up
+    QCOMPARE(result.samples, 0U);
+}
+
 void TestG7221::highBandIsZero()
 {
     const Engine engine = makeEngine();
@@ -530,5 +595,5 @@ void TestG7221::picturesAreNotItsAffair()
     QCOMPARE(static_cast<std::uint32_t>(decoder->QueryFrame(&picture, 2)), 0x80000004U);
 }
 
-QTEST_APPLESS_MAIN(TestG7221)
+QTEST_GUILESS_MAIN(TestG7221)
 #include "tst_g7221.moc"

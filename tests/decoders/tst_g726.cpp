@@ -1,6 +1,7 @@
 #include "DecoderContext.h"
 #include "DecoderFactories.h"
 #include "G726.h"
+#include "G726Predictor.h"
 #include "SwrConverter.h"
 #include "VectorFiles.h"
 
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void emptyPackets();
     void silenceKeepsTheScaleAtItsFloor();
     void historyOfZeros();
+    void historyOfSignals();
     void declaredRoomIsNotRespected();
     void blockIsNeverOverrun();
     void picturesAreNotItsAffair();
@@ -309,6 +311,23 @@ void TestG726::historyOfZeros()
     QCOMPARE(static_cast<std::uint16_t>(state->dq[0]), std::uint16_t{0xFC20});
     decode(*state, QByteArray(1, '\0'));
     QCOMPARE(static_cast<std::uint16_t>(state->dq[0]), std::uint16_t{0x20});
+}
+
+void TestG726::historyOfSignals()
+{
+    const std::pair<int, unsigned> signalWords[] = {{0, 0x20},
+                                                    {1, (1 << 6) + 32},
+                                                    {-1, 64 + 32 - 0x400},
+                                                    {32767, (15 << 6) + 63},
+                                                    {-32767, (15 << 6) + 63 - 0x400},
+                                                    {-32768, 0xFC20}}; // deliberate: as a negative zero
+    for (const auto& [signal, word] : signalWords) {
+        const State state = make(32000);
+        state->sr[0] = 77;
+        G726::update(*state, 544, 0, 0, 0, signal, 0, 8);
+        QCOMPARE(static_cast<std::uint16_t>(state->sr[0]), static_cast<std::uint16_t>(word));
+        QCOMPARE(int{state->sr[1]}, 77);
+    }
 }
 
 void TestG726::declaredRoomIsNotRespected()

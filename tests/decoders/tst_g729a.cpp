@@ -26,6 +26,8 @@ private Q_SLOTS:
     void creation();
     void refusedOptions();
     void callersMemory();
+    void firstInputAndOutput();
+    void callbacksCountOnlyWithTheirFields();
     void refusedSetups();
     void nothingSetUp();
     void ring();
@@ -232,6 +234,68 @@ void TestG729A::callersMemory()
         QCOMPARE(decodeAll(engine, frames), expected);
         QCOMPARE(G729A_Delete(&engine), 0); // and frees nothing
         QCOMPARE(engine, nullptr);
+    }
+}
+
+void TestG729A::firstInputAndOutput()
+{
+    const auto frames = cut(speech().left(33));
+    const Engine other = makeEngine();
+    QByteArray input = frames[0] + frames[1] + QByteArray(3, '\0');
+    alignas(4) std::int16_t pcm[G729AFrameSamples] = {};
+    SpeechEngineOptions options = usualOptions();
+    options.g729a.fields |= G729AOptionInput | G729AOptionOutput | G729AOptionFrameHeader;
+    options.g729a.input = reinterpret_cast<std::uint8_t*>(input.data());
+    options.g729a.inputSize = 22;
+    options.g729a.output = pcm;
+    options.g729a.frameHeader = 1;
+    const Engine engine = makeEngine(options);
+    QVERIFY(engine);
+    for (int i = 0; i < 2; ++i) {
+        std::uint32_t consumed = 0;
+        QCOMPARE(G729A_DecodeFrame(engine.get(), &consumed), 0);
+        QCOMPARE(consumed, 11U);
+        QCOMPARE(QByteArray(reinterpret_cast<const char*>(pcm), sizeof pcm),
+                 decode(other.get(), frames[static_cast<std::size_t>(i)]).pcm);
+    }
+    QCOMPARE(G729A_DecodeFrame(engine.get(), nullptr), -1);
+    // Without their fields none of them counts.
+    options.g729a.fields = usualOptions().g729a.fields;
+    const Engine bare = makeEngine(options);
+    QCOMPARE(bare->output, nullptr);
+    QCOMPARE(bare->reader->buffer, nullptr);
+    QCOMPARE(bare->frameHeader, 0U);
+}
+
+namespace {
+
+std::vector<void*> lockContexts;
+std::vector<void*> refillContexts;
+
+} // namespace
+
+void TestG729A::callbacksCountOnlyWithTheirFields()
+{
+    for (const std::uint32_t fields : {0U, 1U, 2U, 3U}) {
+        lockContexts.clear();
+        refillContexts.clear();
+        SpeechEngineOptions options = usualOptions();
+        options.g729a.fields |= fields;
+        options.g729a.lockCallback = [](void* context) { lockContexts.push_back(context); };
+        options.g729a.unlockCallback = options.g729a.lockCallback;
+        options.g729a.refillCallback = [](void* context) {
+            refillContexts.push_back(context);
+            return 0;
+        };
+        options.g729a.lockContext = 17;
+        options.g729a.refillContext = 19;
+        const Engine engine = makeEngine(options);
+        QCOMPARE(decode(engine.get(), speech().left(11)).status, 0);
+        QCOMPARE(decode(engine.get(), speech().left(4)).status, -1);
+        const bool locks = (fields & G729AOptionLocks) != 0;
+        const bool refills = (fields & G729AOptionRefill) != 0;
+        QVERIFY(lockContexts == std::vector<void*>(locks ? 2 : 0, reinterpret_cast<void*>(17)));
+        QVERIFY(refillContexts == std::vector<void*>(refills ? 1 : 0, reinterpret_cast<void*>(19)));
     }
 }
 
