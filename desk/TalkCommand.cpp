@@ -5,6 +5,7 @@
 
 #include <EnvironmentVariable.h>
 #include <MediaFiles.h>
+#include <NumberedFile.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -121,7 +122,7 @@ bool TalkCommand::prolongForTheCamera()
 /** Records the output, where that is possible, from before the talk on. */
 void TalkCommand::prepare()
 {
-    if (m_options.heardFile.isEmpty() || !m_recorder.start()) {
+    if (!m_recorder.start()) {
         begin();
         return;
     }
@@ -213,8 +214,13 @@ void TalkCommand::printSummary()
     TalkSummary summary(m_monitor);
     summary.duration = m_progress.elapsed();
     summary.recordings = m_link.server().recordings();
-    if (m_recorder.running() && m_recorder.write(m_options.heardFile)) {
-        summary.heardFile = m_options.heardFile;
+    QString heardFile = m_options.heardFile;
+    if (m_recorder.running() && heardFile.isEmpty()) {
+        heardFile = NumberedFile::create(m_options.server.recordingDirectory, QStringLiteral("heard"),
+                                         QStringLiteral("wav"));
+    }
+    if (m_recorder.running() && m_recorder.write(heardFile)) {
+        summary.heardFile = heardFile;
         summary.heard = m_recorder.sound();
     }
     summary.print();

@@ -19,7 +19,7 @@ struct TalkOptions
     double seconds = 0;       ///< Length of the talk; 0: as long as the file, or until interrupted.
     int volume = 50;          ///< Microphone volume, 0 to 100.
     int answerTimeout = 5000; ///< Wait for the server's answer, ms.
-    QString heardFile;        ///< What was heard goes there.
+    QString heardFile;        ///< What was heard goes there; empty: to a new file beside the recordings.
     ServerConfig server;
 };
 

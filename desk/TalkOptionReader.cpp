@@ -45,9 +45,12 @@ void addOptions(QCommandLineParser& parser)
                     "also g726, g7221, g729a.",
                     "name", "pcmu"),
         valueOption("echo-delay", "Time after which camera-1 echoes, ms (default: 500).", "n", "500"),
-        valueOption("output", "Folder of the server's recordings (default: recordings).", "folder",
-                    "recordings"),
-        valueOption("heard", "WAV file of what was heard (default: heard.wav in that folder).", "file"),
+        valueOption("output",
+                    "Folder of the server's recordings, a new file for each talk (default: recordings).",
+                    "folder", "recordings"),
+        valueOption("heard",
+                    "WAV file of what was heard, replaced (default: a new heard-N.wav in that folder).",
+                    "file"),
         valueOption("timeout", "Wait for the server's answer (default: 5).", "seconds", "5"),
         valueOption("fault",
                     "Try out a failing server: \"silent\" answers nothing, \"drop\" loses the camera after a "
@@ -149,8 +152,6 @@ std::optional<TalkOptions> TalkOptionReader::read(const QStringList& arguments)
     options.answerTimeout = static_cast<int>(*timeout * 1000);
     const QDir output(parser.value(QStringLiteral("output")));
     options.server.recordingDirectory = output.absolutePath();
-    options.heardFile = parser.isSet(QStringLiteral("heard"))
-                            ? parser.value(QStringLiteral("heard"))
-                            : output.absoluteFilePath(QStringLiteral("heard.wav"));
+    options.heardFile = parser.value(QStringLiteral("heard"));
     return options;
 }

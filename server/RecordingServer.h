@@ -59,7 +59,7 @@ public:
     /** The recordings of talks to cameras written so far, in the order of the talks. */
     QStringList recordings() const { return m_talks.recordings(); }
 
-    /** Where a simulated speaker's recording is, once it has played something. */
+    /** Where a simulated speaker's recording is; empty until it has played something. */
     QString speakerRecording(int device) const { return m_rack.recordingPath(device); }
 
     /** Looks for schedules that are due, beside the regular looks. */

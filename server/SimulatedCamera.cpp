@@ -1,6 +1,7 @@
 #include "SimulatedCamera.h"
 
-#include <QDir>
+#include "NumberedFile.h"
+
 #include <QRegularExpression>
 
 namespace {
@@ -47,11 +48,10 @@ SimulatedCamera::SimulatedCamera(CameraConfig config, QString directory)
 
 std::unique_ptr<CameraTalk> SimulatedCamera::openTalk()
 {
-    if (!QDir().mkpath(m_directory)) {
+    const QString path = NumberedFile::create(m_directory, fileNameOf(m_config.id), QStringLiteral("wav"));
+    if (path.isEmpty()) {
         return nullptr;
     }
-    ++m_talks;
-    const QString name = QStringLiteral("%1-%2.wav").arg(fileNameOf(m_config.id)).arg(m_talks);
-    auto talk = std::make_unique<CameraTalk>(QDir(m_directory).filePath(name), m_config.voice);
+    auto talk = std::make_unique<CameraTalk>(path, m_config.voice);
     return talk->isRecording() ? std::move(talk) : nullptr;
 }

@@ -51,11 +51,10 @@ public:
 
     const CameraConfig& config() const { return m_config; }
 
-    /** Starts a talk that is recorded to a file of its own; null when that cannot be created. */
+    /** Starts a talk that is recorded to a new file of its own; null when that cannot be created. */
     std::unique_ptr<CameraTalk> openTalk();
 
 private:
     CameraConfig m_config;
     QString m_directory;
-    int m_talks = 0;
 };

@@ -1,8 +1,7 @@
 #include "SpeakerRack.h"
 
 #include "LocalOutput.h"
-
-#include <QDir>
+#include "NumberedFile.h"
 
 #include <algorithm>
 #include <limits>
@@ -28,7 +27,8 @@ SpeakerRack::~SpeakerRack() = default;
 
 QString SpeakerRack::recordingPath(int speaker) const
 {
-    return QDir(m_directory).filePath(QStringLiteral("speaker-%1.wav").arg(speaker));
+    const auto recording = m_recordings.find(speaker);
+    return recording == m_recordings.end() ? QString() : recording->second->path();
 }
 
 int SpeakerRack::addSource(const QList<int>& speakers, Source source)
@@ -109,8 +109,8 @@ void SpeakerRack::write(const Mix& mix)
     for (const auto& [speaker, sum] : mix) {
         auto& recording = m_recordings[speaker];
         if (!recording) {
-            QDir().mkpath(m_directory);
-            recording = std::make_unique<SpeakerRecording>(recordingPath(speaker));
+            recording = std::make_unique<SpeakerRecording>(NumberedFile::create(
+                m_directory, QStringLiteral("speaker-%1").arg(speaker), QStringLiteral("wav")));
         }
         recording->write(static_cast<std::uint64_t>(m_step) * stepSamples, limited(sum));
         std::transform(sum.begin(), sum.end(), together.begin(), together.begin(), std::plus<>());

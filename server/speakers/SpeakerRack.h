@@ -43,7 +43,7 @@ public:
     /** Moves a running source to other speakers. */
     void setSpeakers(int number, const QList<int>& speakers);
 
-    /** The recording of a speaker, whether or not it has played something. */
+    /** The recording of a speaker since the start of the server; empty until it has played something. */
     QString recordingPath(int speaker) const;
 
 Q_SIGNALS:

@@ -13,8 +13,10 @@ public:
     static constexpr int sampleRate = 16000;          // Hz
     static constexpr std::uint64_t longestPause = 10; // s; a longer one is cut to it
 
-    /** The file is made at the first sound; time 0 is the start of the server. */
-    explicit SpeakerRecording(const QString& path) : m_writer(path, sampleRate) {}
+    /** @param path empty for a recording that cannot be written. Time 0 is the start of the server. */
+    explicit SpeakerRecording(const QString& path) : m_path(path), m_writer(path, sampleRate) {}
+
+    const QString& path() const { return m_path; }
 
     bool isOpen() const { return m_writer.isOpen(); }
 
@@ -28,6 +30,7 @@ public:
     }
 
 private:
+    QString m_path;
     WaveFileWriter m_writer;
     std::uint64_t m_end = 0; ///< Of what was written last, on the time line.
 };

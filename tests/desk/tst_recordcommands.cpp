@@ -240,11 +240,11 @@ void TestRecordCommands::playAndStop()
     QVERIFY2(played.status == 0, qPrintable(played.err));
     QVERIFY(played.err.contains("100 %"));
     QCOMPARE(run({"play", "--group", "1", "--file", "1"}).status, 0);
-    QVERIFY(WavFiles::read(path("recordings/speaker-2.wav")).size() >= 16000);
+    QVERIFY(WavFiles::read(path("recordings/speaker-2-1.wav")).size() >= 16000);
     QProcess longPlay;
     longPlay.setWorkingDirectory(m_folder->path());
     longPlay.start(program, QStringList{"play", "--group", "1", "--file", "2"} + m_serverArguments);
-    const auto size = [this] { return WavFiles::read(path("recordings/speaker-1.wav")).size(); };
+    const auto size = [this] { return WavFiles::read(path("recordings/speaker-1-1.wav")).size(); };
     const auto before = size();
     QTRY_VERIFY_WITH_TIMEOUT(size() > before + 8000, 20000);
     QCOMPARE(run({"stop", "--group", "1"}).status, 0);
@@ -277,7 +277,12 @@ void TestRecordCommands::sayToSpeakers()
     run({"devices", "add", "Dock", "10.0.0.6", "554"});
     const ProgramRun said = run({"say", "--device", "1,2", "--source", "tone.wav"});
     QVERIFY2(said.status == 0, qPrintable(said.err));
-    for (const char* recording : {"recordings/speaker-1.wav", "recordings/speaker-2.wav"}) {
+    if (server.isEmpty()) {
+        // The next server's recording is another one.
+        QCOMPARE(run({"say", "--device", "1", "--source", "tone.wav", "--seconds", "0.5"}).status, 0);
+        QVERIFY(QFile::exists(path("recordings/speaker-1-2.wav")));
+    }
+    for (const char* recording : {"recordings/speaker-1-1.wav", "recordings/speaker-2-1.wav"}) {
         auto heard = WavFiles::read(path(recording));
         const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > 1000; };
         heard.erase(heard.begin(), std::find_if(heard.begin(), heard.end(), isLoud));

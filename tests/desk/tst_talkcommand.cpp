@@ -52,6 +52,12 @@ void TestTalkCommand::announcementArrivesAsMuLawCarriesIt()
     QVERIFY2(match.correlation > 0.999, qPrintable(QString::number(match.correlation)));
     QVERIFY2(qAbs(match.gainDb) < 0.1, qPrintable(QString::number(match.gainDb)));
     QCOMPARE(match.lag, 0); // from the first sample on
+
+    // The next talk leaves it alone.
+    const ProgramRun next =
+        run({"talk", "--source", ANNOUNCEMENT_WAV, "--output", "out", "--seconds", "0.5"});
+    QCOMPARE(recording(next), QDir(m_folder.path()).filePath("out/camera-1-2.wav"));
+    QCOMPARE(WavFiles::read(recording(result)).size(), heard.size());
 }
 
 void TestTalkCommand::eightKilohertzFileArrivesToTheSample()

@@ -37,7 +37,6 @@ private:
             QStringList{QStringLiteral("talk"), QStringLiteral("--output"), QStringLiteral("out")} +
                 arguments);
     }
-    QString heardFile() const { return m_folder.filePath(QStringLiteral("out/heard.wav")); }
 
     std::unique_ptr<PulseServer> m_pulse;
     QTemporaryDir m_folder;
@@ -81,7 +80,7 @@ void TestTwoWayTalk::echo()
 
     // The same by hand, on the file that was left: the second half, where the output runs steadily.
     int rate = 0;
-    const auto heard = WavFiles::read(heardFile(), &rate);
+    const auto heard = WavFiles::read(result.line("heard"), &rate);
     QCOMPARE(rate, 16000);
     const auto said = WavFiles::resample(WavFiles::read(ANNOUNCEMENT_WAV), 16000, 8000);
     const auto heardAt8000 = WavFiles::resample(heard, 16000, 8000);
@@ -122,7 +121,7 @@ void TestTwoWayTalk::speakingCamera()
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QVERIFY(result.value("packets received") >= 25);
     QVERIFY(result.value("talked") >= 3.0); // as long as the camera speaks
-    auto heard = WavFiles::read(heardFile());
+    auto heard = WavFiles::read(result.line("heard"));
     const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > 1000; };
     heard.erase(heard.begin(), std::find_if(heard.begin(), heard.end(), isLoud));
     heard.erase(std::find_if(heard.rbegin(), heard.rend(), isLoud).base(), heard.end());
@@ -170,7 +169,7 @@ void TestTwoWayTalk::recordedSpeech()
     const QByteArray bytes = file.readAll();
     const auto* samples = reinterpret_cast<const std::int16_t*>(bytes.constData());
     const auto said = WavFiles::resample(WavFiles::Samples(samples, samples + bytes.size() / 2), rate, 8000);
-    const auto heard = WavFiles::resample(WavFiles::read(heardFile()), 16000, 8000);
+    const auto heard = WavFiles::resample(WavFiles::read(result.line("heard")), 16000, 8000);
     // Half a second of its second half, where the output runs steadily: the loudest.
     WavFiles::Samples piece;
     for (std::size_t from = said.size() / 2; from + 4000 <= said.size(); from += 2000) {
@@ -193,10 +192,16 @@ void TestTwoWayTalk::recordedSpeech()
 
 void TestTwoWayTalk::microphone()
 {
+    QFile earlier(m_folder.filePath("out/heard-1.wav"));
+    QVERIFY(QDir(m_folder.path()).mkpath("out") && earlier.open(QIODevice::WriteOnly));
+    QCOMPARE(earlier.write("an earlier talk"), qint64{15});
+    earlier.close();
     const auto speaker = m_pulse->speak(QStringLiteral(ANNOUNCEMENT_WAV));
     const ProgramRun result = talk({"--mic", "--seconds", "5"});
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QVERIFY2(result.value("likeness") > 0.8, qPrintable(result.out));
+    QVERIFY(result.line("heard") != earlier.fileName());
+    QCOMPARE(earlier.size(), qint64{15});
 }
 
 void TestTwoWayTalk::soundLibraryIsNotTornDown()

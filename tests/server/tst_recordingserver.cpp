@@ -1,14 +1,18 @@
+#include "NumberedFile.h"
 #include "PacketHeader.h"
 #include "RecordingServer.h"
 #include "ServerSession.h"
 #include "WavFiles.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
+#include <mutex>
+#include <thread>
 
 class TestRecordingServer : public QObject
 {
@@ -36,6 +40,9 @@ private Q_SLOTS:
     void unwritableFolder();
     void cameraNamesMakeSafeFiles();
     void recordingIsCompleteAtAnyMoment();
+    void recordingsAreNotReplaced();
+    void numbersCostFewLooks();
+    void numbersOfTwoPrograms();
 
 private:
     struct Answer
@@ -385,6 +392,76 @@ void TestRecordingServer::recordingIsCompleteAtAnyMoment()
         ask("TalkData", talk(dest(token), packet((i - 1) * 640, silentPacket)));
         QCOMPARE(WavFiles::read(m_server->recordings()[0]).size(), std::size_t{i * 640});
     }
+}
+
+void TestRecordingServer::recordingsAreNotReplaced()
+{
+    const QDir folder(m_server->config().recordingDirectory);
+    QVERIFY(folder.mkpath("."));
+    QFile own(folder.filePath("cam-2.wav")); // what the user put there is not replaced, either
+    QVERIFY(own.open(QIODevice::WriteOnly));
+    own.close();
+    QStringList made;
+    for (int start = 0; start < 3; ++start) {
+        RecordingServer server(m_server->config());
+        for (int talk = 0; talk < 2; ++talk) {
+            ServerSession session(server);
+            session.submit("StartTalk", QVariantMap{{"camId", "cam"}}, nullptr);
+        }
+        QCOMPARE(server.recordings().size(), 2);
+        made += server.recordings();
+    }
+    QStringList names;
+    for (const QString& recording : qAsConst(made)) {
+        names += QFileInfo(recording).fileName();
+    }
+    QCOMPARE(names,
+             (QStringList{"cam-1.wav", "cam-3.wav", "cam-4.wav", "cam-5.wav", "cam-6.wav", "cam-7.wav"}));
+    QCOMPARE(own.size(), qint64{0});
+}
+
+void TestRecordingServer::numbersCostFewLooks()
+{
+    const QDir folder(m_folder->filePath("many"));
+    for (int number = 1; number <= 3000; ++number) {
+        const QString made = NumberedFile::create(folder.path(), "talk", "wav");
+        QCOMPARE(QFileInfo(made).fileName(), QStringLiteral("talk-%1.wav").arg(number));
+    }
+    // Any that is free may be taken, none that is there.
+    QVERIFY(QFile::remove(folder.filePath("talk-100.wav")));
+    QFile kept(folder.filePath("talk-3000.wav"));
+    QVERIFY(kept.open(QIODevice::WriteOnly) && kept.write("sound") == 5);
+    kept.close();
+    QSet<QString> made;
+    for (int i = 0; i < 10; ++i) {
+        made.insert(NumberedFile::create(folder.path(), "talk", "wav"));
+    }
+    QCOMPARE(made.size(), 10);
+    QCOMPARE(kept.size(), qint64{5});
+    QCOMPARE(NumberedFile::create("/proc/none", "talk", "wav"), QString());
+}
+
+void TestRecordingServer::numbersOfTwoPrograms()
+{
+    // Threads in the place of programs: to the file system it is the same.
+    const QString folder = m_folder->filePath("both");
+    std::vector<std::thread> threads;
+    std::mutex mutex;
+    QStringList made;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int talk = 0; talk < 100; ++talk) {
+                const QString path = NumberedFile::create(folder, "talk", "wav");
+                const std::lock_guard<std::mutex> lock(mutex);
+                made.append(path);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    QVERIFY(!made.contains(QString()));
+    QCOMPARE(made.removeDuplicates(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestRecordingServer)

@@ -144,7 +144,7 @@ ProgramRun TestAcrossSystems::run(System system, const QStringList& arguments) c
 double TestAcrossSystems::heardBy(int device) const
 {
     int rate = 0;
-    auto heard = WavFiles::read(path(QStringLiteral("Aufnahmen ö 録/speaker-%1.wav").arg(device)), &rate);
+    auto heard = WavFiles::read(path(QStringLiteral("Aufnahmen ö 録/speaker-%1-1.wav").arg(device)), &rate);
     const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > 1000; };
     heard.erase(heard.begin(), std::find_if(heard.begin(), heard.end(), isLoud));
     heard.erase(std::find_if(heard.rbegin(), heard.rend(), isLoud).base(), heard.end());
