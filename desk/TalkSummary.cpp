@@ -64,7 +64,7 @@ void TalkSummary::printEcho() const
     }
     const double eventToSound =
         m_monitor.firstReceivedSaidAt() + echo->firstDelay - m_monitor.firstReceivedAt();
-    std::printf("event to sound    %.0f ms (first packet to its sound at the output)\n",
+    std::printf("event to sound    %.0f ms (first packet to its sound at the sound server's output)\n",
                 eventToSound * msPerSecond);
     std::printf("mouth to ear      %.0f ms at the start, %.0f ms at the end\n",
                 echo->firstDelay * msPerSecond, echo->lastDelay * msPerSecond);

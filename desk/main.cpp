@@ -2,6 +2,7 @@
 
 #include <Console.h>
 #include <ProgramEnd.h>
+#include <ProgramStart.h>
 
 #include <QCoreApplication>
 
@@ -24,5 +25,6 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    prepareProgram();
     endProgram(run(argc, argv));
 }

@@ -3,6 +3,7 @@
 
 #include <EnvironmentVariable.h>
 #include <ProgramEnd.h>
+#include <ProgramStart.h>
 
 #include <QApplication>
 #include <QDir>
@@ -87,5 +88,6 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    prepareProgram();
     endProgram(run(argc, argv));
 }

@@ -53,10 +53,11 @@ void TestTwoWayTalk::echo_data()
     QTest::addColumn<QString>("codec");
     QTest::addColumn<double>("likeness"); // at 8 kHz, up to half a sample off; AMR keeps no waveform
     QTest::addColumn<int>("leastReceived");
-    QTest::newRow("mu-law") << "pcmu" << 0.9 << 90;
-    QTest::newRow("A-law") << "pcma" << 0.9 << 90;
-    QTest::newRow("AAC") << "aac" << 0.8 << 110;
-    QTest::newRow("AMR") << "amr" << 0.65 << 360;
+    QTest::addColumn<int>("latestSound"); // ms; some 200 more with a queue of PulseAudio's own size
+    QTest::newRow("mu-law") << "pcmu" << 0.9 << 90 << 150;
+    QTest::newRow("A-law") << "pcma" << 0.9 << 90 << 150;
+    QTest::newRow("AAC") << "aac" << 0.8 << 110 << 330; // its coder begins with a frame and more of nothing
+    QTest::newRow("AMR") << "amr" << 0.65 << 360 << 150;
 }
 
 void TestTwoWayTalk::echo()
@@ -64,18 +65,20 @@ void TestTwoWayTalk::echo()
     QFETCH(QString, codec);
     QFETCH(double, likeness);
     QFETCH(int, leastReceived);
+    QFETCH(int, latestSound);
     const ProgramRun result = talk({"--source", ANNOUNCEMENT_WAV, "--codec", codec});
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QVERIFY2(result.value("packets sent") > 90, qPrintable(result.out));
     QVERIFY2(result.value("packets received") >= leastReceived, qPrintable(result.out));
     QVERIFY2(result.value("capture to send") >= 0, qPrintable(result.out));
     QVERIFY2(result.value("capture to send", 1) < 400, qPrintable(result.out));
-    // A packet of 80 ms, half a second at the camera, and the output's own buffer.
-    QVERIFY2(result.value("mouth to ear") > 580, qPrintable(result.out));
-    QVERIFY2(result.value("mouth to ear", 1) < 2000, qPrintable(result.out));
-    QVERIFY2(result.value("event to sound") > 0, qPrintable(result.out));
-    QVERIFY2(result.value("event to sound") < 1400, qPrintable(result.out));
-    QVERIFY2(result.value("gaps", 1) < 500, qPrintable(result.out));
+    // A packet of 80 ms, half a second at the camera, and the output's own buffer, less the piece that the
+    // sound server has made up before it plays.
+    QVERIFY2(result.value("mouth to ear") > 530, qPrintable(result.out));
+    QVERIFY2(result.value("mouth to ear", 1) < 1200, qPrintable(result.out));
+    QVERIFY2(result.value("event to sound") > -60, qPrintable(result.out));
+    QVERIFY2(result.value("event to sound") < latestSound, qPrintable(result.out));
+    QVERIFY2(result.value("gaps", 1) < 250, qPrintable(result.out));
     QVERIFY2(result.value("likeness") > likeness, qPrintable(result.out));
 
     // The same by hand, on the file that was left: the second half, where the output runs steadily.

@@ -62,10 +62,11 @@ bool PulseServer::start()
         QStringLiteral("pulseaudio"),
         {QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"), QStringLiteral("-n"),
          QStringLiteral("--log-level=error"), QStringLiteral("--use-pid-file=no"), QStringLiteral("-L"),
-         QStringLiteral(
-             "module-null-sink sink_name=out rate=48000 sink_properties=device.description=Loudspeaker"),
+         QStringLiteral("module-null-sink sink_name=out rate=48000 norewinds=1 "
+                        "sink_properties=device.description=Loudspeaker"),
          QStringLiteral("-L"),
-         QStringLiteral("module-null-sink sink_name=mic sink_properties=device.description=Mouth"),
+         QStringLiteral(
+             "module-null-sink sink_name=mic norewinds=1 sink_properties=device.description=Mouth"),
          QStringLiteral("-L"),
          QStringLiteral("module-remap-source master=mic.monitor source_name=virtmic "
                         "source_properties=device.description=virtmic"),
