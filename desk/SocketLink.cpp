@@ -6,6 +6,7 @@
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslError>
+#include <QTcpSocket>
 
 namespace {
 
@@ -22,6 +23,7 @@ SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m
     m_retryTimer.setSingleShot(true);
     connect(&m_retryTimer, &QTimer::timeout, this, &SocketLink::open);
     connect(&m_socket, &QWebSocket::connected, this, [this] {
+        sendAtOnce();
         WireMessage login;
         login.kind = WireMessage::Login;
         login.name = m_config.user;
@@ -45,6 +47,15 @@ SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m
 SocketLink::~SocketLink()
 {
     m_socket.disconnect(this);
+}
+
+/** Else a command waits for the acknowledgement of the one before, which the server may delay for 40 ms. */
+void SocketLink::sendAtOnce()
+{
+    // A web socket hides its connection, but owns it.
+    for (QTcpSocket* connection : m_socket.findChildren<QTcpSocket*>()) {
+        connection->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    }
 }
 
 void SocketLink::open()

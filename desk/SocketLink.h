@@ -38,6 +38,7 @@ Q_SIGNALS:
     void lost(const QString& reason, bool final);
 
 private:
+    void sendAtOnce();
     void receive(const QByteArray& bytes);
     void checkCertificate(const QList<QSslError>& errors);
     void end(const QString& reason);

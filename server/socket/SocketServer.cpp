@@ -3,6 +3,8 @@
 #include "ServerCertificate.h"
 #include "SocketClient.h"
 
+#include <SocketOptions.h>
+
 #include <QSslConfiguration>
 #include <QWebSocket>
 
@@ -30,7 +32,12 @@ SocketServer::~SocketServer()
 
 bool SocketServer::listen()
 {
-    return m_server.listen(m_config.address, m_config.port);
+    if (!m_server.listen(m_config.address, m_config.port)) {
+        return false;
+    }
+    // Else an answer waits for the acknowledgement of the one before, which the client may delay for 40 ms.
+    SocketOptions::setNoDelay(m_server.nativeDescriptor());
+    return true;
 }
 
 void SocketServer::accept()

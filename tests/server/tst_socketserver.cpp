@@ -13,6 +13,12 @@
 #include <QTcpSocket>
 #include <QWebSocket>
 
+#ifndef Q_OS_WIN
+#include <arpa/inet.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#endif
+
 class TestSocketServer : public QObject
 {
     Q_OBJECT
@@ -33,6 +39,8 @@ private Q_SLOTS:
     void silentClientLosesItsPlace();
     void tlsWithAFingerprint();
     void tlsWithAnotherFingerprint();
+    void nothingWaitsForAcknowledgements_data();
+    void nothingWaitsForAcknowledgements();
     void connectionIsMadeAgain();
     void slowClientIsDropped();
     void tooManyClients();
@@ -383,6 +391,73 @@ void TestSocketServer::tlsWithAnotherFingerprint()
         QVERIFY(waitFor([&] { return !lost.isEmpty(); }));
         QVERIFY(connected.isEmpty());
     }
+}
+
+namespace {
+
+#ifndef Q_OS_WIN
+
+/** TCP_NODELAY of this process's connections with a port at their near end or, if @p far, at their far end.
+ */
+QList<bool> noDelays(int port, bool far)
+{
+    QList<bool> found;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+        sockaddr_in address{};
+        socklen_t size = sizeof(address);
+        const bool connected = getpeername(descriptor, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+                               (far || getsockname(descriptor, reinterpret_cast<sockaddr*>(&address),
+                                                   &(size = sizeof(address))) == 0);
+        if (connected && ntohs(address.sin_port) == port) {
+            int value = 0;
+            size = sizeof(value);
+            getsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &value, &size);
+            found.append(value != 0);
+        }
+    }
+    return found;
+}
+
+#endif
+
+} // namespace
+
+void TestSocketServer::nothingWaitsForAcknowledgements_data()
+{
+    QTest::addColumn<bool>("tls");
+    QTest::newRow("plain") << false;
+    QTest::newRow("TLS") << true;
+}
+
+void TestSocketServer::nothingWaitsForAcknowledgements()
+{
+#ifdef Q_OS_WIN
+    QSKIP("Looks through the descriptors of the process.");
+#else
+    QFETCH(bool, tls);
+    ServerHarness harness;
+    QString error;
+    const auto certificate = ServerCertificate::loadOrCreate(m_folder.filePath("tls4"), &error);
+    QVERIFY2(certificate, qPrintable(error));
+    auto door = std::make_unique<SocketServer>(*harness.server, config(), tls ? &*certificate : nullptr);
+    QVERIFY(door->listen());
+    SocketLinkConfig pinned = to(*door);
+    pinned.fingerprint = ServerCertificate::fingerprint(certificate->certificate);
+    SocketLink link(pinned);
+    const QSignalSpy connected(&link, &ServerLink::connected);
+    link.open();
+    for (int connection = 1; connection <= 2; ++connection) { // and when it is made again
+        QVERIFY(waitFor([&] { return connected.size() == connection; }));
+        const int port = door->url().port();
+        QCOMPARE(noDelays(port, false), QList<bool>{true}); // the server's end
+        QCOMPARE(noDelays(port, true), QList<bool>{true});  // the client's
+        SocketConfig again = config();
+        again.port = static_cast<quint16>(port);
+        door.reset();
+        door = std::make_unique<SocketServer>(*harness.server, again, tls ? &*certificate : nullptr);
+        QVERIFY(waitFor([&] { return door->listen(); }));
+    }
+#endif
 }
 
 void TestSocketServer::connectionIsMadeAgain()
