@@ -68,7 +68,13 @@ int addFile(PluginSession& session, const QString& path)
         return PluginSession::fail(ExitRefused,
                                    QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
     }
-    std::printf("added file %d\n", filesOf(session).last().toMap().value(QStringLiteral("audioID")).toInt());
+    const QVariantList files = filesOf(session);
+    const QVariantMap added = files.isEmpty() ? QVariantMap() : files.last().toMap();
+    if (!added.contains(QStringLiteral("audioID"))) {
+        return PluginSession::fail(ExitRefused,
+                                   QStringLiteral("the server has taken the file, but does not list it"));
+    }
+    std::printf("added file %d\n", added.value(QStringLiteral("audioID")).toInt());
     return ExitSuccess;
 }
 
