@@ -20,6 +20,14 @@ bool pollsMicrophone()
     return QSysInfo::productType() == QLatin1String("windows");
 }
 
+/** Whether the static objects of the library, such as the words of the protocol, exist. */
+bool libraryInUse = true;
+
+[[maybe_unused]] const struct LibraryEnd
+{
+    ~LibraryEnd() { libraryInUse = false; }
+} libraryEnd;
+
 } // namespace
 
 PluginVoiceDesk::PluginVoiceDesk() = default;
@@ -27,7 +35,10 @@ PluginVoiceDesk::PluginVoiceDesk() = default;
 PluginVoiceDesk::~PluginVoiceDesk()
 {
     VOICEDESK_TRACE("PluginVoiceDesk::~PluginVoiceDesk");
-    stopAllTalk();
+    // A host that leaves the object to Qt, which destroys it at the very end of the process, is gone by then.
+    if (libraryInUse) {
+        stopAllTalk();
+    }
 }
 
 bool PluginVoiceDesk::audioInDevAvailable() const

@@ -5,6 +5,7 @@
 
 #include <QAudioDeviceInfo>
 #include <QAudioOutput>
+#include <QCoreApplication>
 
 namespace {
 
@@ -58,10 +59,15 @@ AudioRenderer::State AudioRenderer::state() const
     if (!m_audioOn) {
         return State::Off;
     }
-    if (!m_device) {
-        return State::Armed;
+    if (m_device && !m_output) {
+        return State::MuteSink;
     }
-    return m_output ? State::Playing : State::MuteSink;
+    return hasRunningOutput() ? State::Playing : State::Armed;
+}
+
+bool AudioRenderer::hasRunningOutput() const
+{
+    return m_output && m_output->audioOutput() != nullptr;
 }
 
 double AudioRenderer::volume() const
@@ -88,7 +94,7 @@ void AudioRenderer::SetAudioOn(bool on)
 
 void AudioRenderer::SetVolume(double volume)
 {
-    if (m_output) {
+    if (hasRunningOutput()) {
         applyVolume(volume);
     } else {
         m_volume = volume;
@@ -107,10 +113,14 @@ void AudioRenderer::Play(const boost::intrusive_ptr<_TMediaDataPacketInfoV3>& pa
     if (!m_audioOn || !packet) {
         return;
     }
-    if (m_device && !m_device->hasKeyOf(*packet)) {
+    const bool ended = m_output && !hasRunningOutput(); // with its application
+    if (m_device && (ended || !m_device->hasKeyOf(*packet))) {
         closeDevice();
     }
     if (!m_device) {
+        if (QCoreApplication::instance() == nullptr) {
+            return; // Qt's sound needs an application
+        }
         openDevice(*packet);
     }
     m_device->Push(packet, dropWhenFull);
@@ -137,10 +147,10 @@ void AudioRenderer::openDevice(const _TMediaDataPacketInfoV3& packet)
         m_device = std::make_unique<AudioDevice>(std::move(converter), &packet);
         m_output = std::make_unique<AudioOutput>(info, nearest, m_device.get());
         m_output->start(QThread::InheritPriority);
-        while (m_output->audioOutput() == nullptr) {
+        while (m_output->audioOutput() == nullptr && !m_output->isFinished()) {
             QThread::yieldCurrentThread();
         }
-        applyVolume(m_volume);
+        SetVolume(m_volume);
         return;
     }
     m_device = std::make_unique<AudioDevice>(packet);

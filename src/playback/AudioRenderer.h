@@ -14,8 +14,10 @@ class AudioOutput;
  *
  *   off -- SetAudioOn(true) --> armed -- first packet --> playing, or mute where no device suits
  *
- * The end of a stream stops nothing: the output plays silence until the format changes. Nothing is reported:
- * a failure is heard as silence. All calls on one thread.
+ * The end of a stream stops nothing: the output plays silence until the format changes. The end of the
+ * application object ends the output, too; packets are dropped then, until there is another application.
+ * Nothing is reported: a failure is heard as silence. All calls on one thread, on which the application ends,
+ * too.
  */
 class VOICEDESK_EXPORT AudioRenderer
 {
@@ -47,6 +49,7 @@ public:
     void SetVolume(double volume);
 
 private:
+    bool hasRunningOutput() const;
     void closeDevice();
     void openDevice(const _TMediaDataPacketInfoV3& packet);
     void applyVolume(double volume);

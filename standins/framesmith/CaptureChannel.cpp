@@ -33,7 +33,7 @@ bool CaptureChannel::onCaptureThread() const
 Code CaptureChannel::start()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_source) {
+    if (m_started) {
         return WrongState;
     }
     auto source = m_makeSource();
@@ -41,6 +41,7 @@ Code CaptureChannel::start()
     if (code != Success) {
         return code;
     }
+    m_started = true;
     m_source = std::move(source);
     m_thread = std::thread(&CaptureChannel::run, this);
     return Success;
@@ -52,14 +53,32 @@ Code CaptureChannel::stop()
         return WrongThread;
     }
     const std::lock_guard lock(m_mutex);
-    if (!m_source) {
+    if (!m_started) {
         return WrongState;
+    }
+    endThreads();
+    m_started = false;
+    return Success;
+}
+
+void CaptureChannel::end()
+{
+    if (onCaptureThread()) {
+        return;
+    }
+    const std::lock_guard lock(m_mutex);
+    endThreads();
+}
+
+void CaptureChannel::endThreads()
+{
+    if (!m_source) {
+        return;
     }
     m_source->stop();
     m_thread.join();
     m_threadId = std::thread::id();
     m_source.reset();
-    return Success;
 }
 
 void CaptureChannel::run()

@@ -35,6 +35,11 @@ public:
 
     Code start();
     Code stop();
+
+    /** Ends the threads of a capture, which counts as started until it is stopped but gives no more packets.
+     * For the end of the application. Nothing happens on the capture thread. */
+    void end();
+
     bool onCaptureThread() const;
 
     void setVolume(int volume) { m_volume = volume; }
@@ -42,6 +47,7 @@ public:
 
 private:
     void run();
+    void endThreads();
     void applyVolume(std::int16_t* samples, std::size_t count) const;
 
     FrameSmithCaptureOptions m_options;
@@ -50,7 +56,8 @@ private:
     std::atomic<bool> m_mute = false;
     std::atomic<std::thread::id> m_threadId;
 
-    std::mutex m_mutex; // guards a start or stop against another
+    std::mutex m_mutex; // guards a start, stop or end against another
+    bool m_started = false;
     std::unique_ptr<CaptureSource> m_source;
     std::thread m_thread;
 };

@@ -9,6 +9,9 @@
 #include "PacketMaker.h"
 #include "WaveFileSource.h"
 
+#include <ApplicationEnd.h>
+#include <NeverDestroyed.h>
+
 #include <QtGlobal>
 
 #include <atomic>
@@ -66,22 +69,32 @@ struct MicrophoneChannel
     CaptureChannel capture;
 };
 
+// A client may release its handles as late as by static objects of its own: the tables are never destroyed.
+
 HandleTable<Library>& libraries()
 {
-    static HandleTable<Library> table(1);
-    return table;
+    static NeverDestroyed<HandleTable<Library>> table(1U);
+    return table.value;
 }
 
 HandleTable<PacketChannel>& packetChannels()
 {
-    static HandleTable<PacketChannel> table(2);
-    return table;
+    static NeverDestroyed<HandleTable<PacketChannel>> table(2U);
+    return table.value;
 }
 
 HandleTable<MicrophoneChannel>& microphoneChannels()
 {
-    static HandleTable<MicrophoneChannel> table(3);
-    return table;
+    static NeverDestroyed<HandleTable<MicrophoneChannel>> table(3U);
+    return table.value;
+}
+
+/** No thread of this library outlives the application object, without which Qt's sound does not work. */
+void endCaptures()
+{
+    for (const auto& channel : microphoneChannels().all()) {
+        channel->capture.end();
+    }
 }
 
 std::unique_ptr<CaptureSource> makeSource()
@@ -194,7 +207,16 @@ std::int32_t FrameSmith_DeleteAudioCaptureChannel(FrameSmithHandle* channel)
 std::int32_t FrameSmith_StartAudioCapture(FrameSmithHandle channel)
 {
     const auto object = microphoneChannels().find(channel);
-    return object ? object->capture.start() : InvalidHandle;
+    if (!object) {
+        return InvalidHandle;
+    }
+    const Code code = object->capture.start();
+    if (code == Success) {
+        // Made when the microphone has been opened: what Qt's sound has of static objects outlives this one.
+        static ApplicationEnd applicationEnd(endCaptures);
+        applicationEnd.arm();
+    }
+    return code;
 }
 
 std::int32_t FrameSmith_StopAudioCapture(FrameSmithHandle channel)

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace framesmith {
 
@@ -30,6 +31,17 @@ public:
         const std::lock_guard lock(m_mutex);
         const auto found = m_objects.find(reinterpret_cast<std::uintptr_t>(handle));
         return found == m_objects.end() ? nullptr : found->second;
+    }
+
+    /** All objects, in the order of their handles. */
+    std::vector<std::shared_ptr<Object>> all() const
+    {
+        const std::lock_guard lock(m_mutex);
+        std::vector<std::shared_ptr<Object>> objects;
+        for (const auto& [handle, object] : m_objects) {
+            objects.push_back(object);
+        }
+        return objects;
     }
 
     void remove(void* handle)
