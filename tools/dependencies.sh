@@ -23,13 +23,13 @@ sound_packages=(
 )
 
 test_packages=(
-    qml-module-qttest xvfb xdotool clang-format lld
+    qml-module-qttest xvfb xdotool clang-format lld python3
     "${sound_packages[@]}" pulseaudio-utils
 )
 
-# What runs tests/mutants/run.py, and a linker that is quick.
+# A linker that is quick, for tests/mutants/run.py.
 mutants_packages=(
-    python3 lld
+    lld
 )
 
 # A Windows build and a Wine to run it; the libraries come from tools/windows/toolchain.sh.

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Changes the sources in small ways, one at a time, and demands that a test fails each time.
 
-    run.py [--root FOLDER] [PATTERN]
+    run.py [--root FOLDER] [--check] [PATTERN]
 
 The changes stand in the lists beside this program, *.mutants; see README.md here for their form. Each is applied to a
 copy of the tree in build/mutants/tree, built with the preset "mutants", and undone. PATTERN, a regular expression,
-chooses those whose list, title, file or test it matches.
+chooses those whose list, title, file or test it matches. --check builds nothing: it only demands that the lists can
+be read and that each change fits its file.
 
 What was noticed is kept in build/mutants/noticed under a hash of the entry and of all files of the tree but documents,
 lists and the sources of other tests (tst_*), so that a run that was cut off goes on where it was. The exit status is 0
@@ -293,12 +294,36 @@ class Runner:
                 print(f"NOT NOTICED {mutant} ({mutant.file}, {mutant.test} {mutant.args}; {seconds})", flush=True)
 
 
+def check(root, mutants):
+    """Reports entries that do not fit the tree. Returns their number."""
+    errors = 0
+    for mutant in mutants:
+        try:
+            path = root / mutant.file
+            if not path.is_file():
+                raise EntryError(f"no file {mutant.file}")
+            mutant.applied_to(path.read_text(encoding="utf-8"))
+        except EntryError as error:
+            errors += 1
+            print(f"ERROR       {mutant}: {error}")
+    return errors
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", 1)[0])
     parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parents[2], help="the tree to try")
+    parser.add_argument("--check", action="store_true", help="only check that the changes fit the tree")
     parser.add_argument("pattern", nargs="?", default="")
     options = parser.parse_args()
     tree = Tree(options.root.resolve())
+    try:
+        mutants = [mutant for path in sorted((tree.root / "tests/mutants").glob("*.mutants"))
+                   for mutant in parse(path) if mutant.matches(options.pattern)]
+    except EntryError as error:
+        print(error, file=sys.stderr)
+        return 2
+    if options.check:
+        return 2 if check(tree.root, mutants) else 0
     tree.copy.mkdir(parents=True, exist_ok=True)
     with open(tree.root / "build/mutants/lock", "w", encoding="utf-8") as lock:
         try:
@@ -308,8 +333,6 @@ def main():
             return 2
         runner = Runner(tree)
         try:
-            mutants = [mutant for path in sorted((tree.root / "tests/mutants").glob("*.mutants"))
-                       for mutant in parse(path) if mutant.matches(options.pattern)]
             tree.synchronise()
             tree.configure()
         except EntryError as error:

@@ -146,6 +146,8 @@ class RunnerTest(unittest.TestCase):
             entry("no such file", file="none.cpp") + entry("no such test", test="tst_none") +
             entry("does not compile", new="    int result = c;") + entry("fails as it is", test="tst_broken"))
         self.assertEqual(status, 2, output)
+        self.assertNotEqual(self.run_list(entry("no such lines", old="    int result = b;"), "--check")[0], 0)
+        self.assertEqual(self.run_list(entry("fits"), "--check"), (0, ""))
         for line in ("no such lines: the old lines stand 0 times", "twice there: the old lines stand 2 times",
                      "no such file: no file none.cpp", "no such test: no test tst_none",
                      "does not compile: does not compile", "fails as it is: tst_broken fails in the unchanged tree"):

@@ -77,7 +77,6 @@ private Q_SLOTS:
     void packetOnThePluginsThreadIsServedAtOnce();
     void handlerMayDestroyTheTable();
     void handlerRunsFromACopy();
-    void unknownCommandsJoinNoTable();
     void destructionClosesTargets();
     void orderOfDestruction();
 };
@@ -436,16 +435,6 @@ void TestLifecycle::handlerRunsFromACopy()
     before = allocations;
     f.plugin->CommandProcessor(command, QVariant(), nullptr, code, QString(), false, QString());
     QVERIFY(allocations > before);
-}
-
-void TestLifecycle::unknownCommandsJoinNoTable()
-{
-    PluginFixture f;
-    f.log.object().context = nullptr;
-    const QString command = QStringLiteral("Unknown");
-    const int before = allocations;
-    f.plugin->CommandProcessor(command, QVariant(), nullptr, QString(), QString(), false, QString());
-    QCOMPARE(allocations, before);
 }
 
 void TestLifecycle::destructionClosesTargets()
