@@ -87,16 +87,19 @@ void TestTwoWayTalk::echo()
     QCOMPARE(rate, 16000);
     const auto said = WavFiles::resample(WavFiles::read(ANNOUNCEMENT_WAV), 16000, 8000);
     const auto heardAt8000 = WavFiles::resample(heard, 16000, 8000);
-    const WavFiles::Samples piece(said.begin() + 32000, said.begin() + 40000);
     double best = 0;
     double gain = 0;
-    for (std::size_t from = 0; from + piece.size() <= heardAt8000.size(); from += 4000) {
-        const auto begin = heardAt8000.begin() + static_cast<std::ptrdiff_t>(from);
-        const auto match = SignalMeasure::align(
-            piece, WavFiles::Samples(begin, begin + static_cast<std::ptrdiff_t>(piece.size())), 4000);
-        if (match.correlation > best) {
-            best = match.correlation;
-            gain = match.gainDb;
+    // One of several pieces: a busy machine may tear one.
+    for (std::ptrdiff_t at = 32000; at <= 44000 && best <= likeness; at += 4000) {
+        const WavFiles::Samples piece(said.begin() + at, said.begin() + at + 8000);
+        for (std::size_t from = 0; from + piece.size() <= heardAt8000.size(); from += 4000) {
+            const auto begin = heardAt8000.begin() + static_cast<std::ptrdiff_t>(from);
+            const auto match = SignalMeasure::align(
+                piece, WavFiles::Samples(begin, begin + static_cast<std::ptrdiff_t>(piece.size())), 4000);
+            if (match.correlation > best) {
+                best = match.correlation;
+                gain = match.gainDb;
+            }
         }
     }
     QVERIFY2(best > likeness, qPrintable(QString::number(best)));
