@@ -53,6 +53,10 @@ RecordDatabase::RecordDatabase(const QString& path)
     : m_connection(QUuid::createUuid().toString(QUuid::WithoutBraces))
 {
     m_open = open(path.isEmpty() ? QStringLiteral(":memory:") : path) && migrate();
+    if (!m_open) {
+        QSqlDatabase::database(m_connection, false)
+            .close(); // nothing runs any more: the error stays the first one
+    }
 }
 
 RecordDatabase::~RecordDatabase()
@@ -146,7 +150,9 @@ RecordDatabase::Transaction::Transaction(RecordDatabase& database) : m_database(
 RecordDatabase::Transaction::~Transaction()
 {
     if (!m_ended) {
+        const QString error = m_database.m_error; // why it comes to this
         m_database.run(QStringLiteral("ROLLBACK"));
+        m_database.m_error = error;
     }
 }
 

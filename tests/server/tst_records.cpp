@@ -25,6 +25,8 @@ private Q_SLOTS:
     void lostKeyIsNotReplaced_data();
     void lostKeyIsNotReplaced();
     void keyThatCannotBeWritten();
+    void firstStartOnAFullDisk_data();
+    void firstStartOnAFullDisk();
     void uploadOnAFullDisk();
     void groups();
     void refusedGroups();
@@ -261,6 +263,37 @@ void TestRecords::keyThatCannotBeWritten()
     QVERIFY2(
         server.errorString().contains(config.dataDirectory + "/secret.key cannot be written: No such file"),
         qPrintable(server.errorString()));
+}
+
+void TestRecords::firstStartOnAFullDisk_data()
+{
+    QTest::addColumn<int>("room");
+    for (const int room : {0, 4096, 40960}) {
+        QTest::addRow("%d bytes", room) << room;
+    }
+}
+
+void TestRecords::firstStartOnAFullDisk()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Needs a limit of a file's size.");
+    }
+    QFETCH(int, room);
+    ServerConfig config = persistent();
+    config.dataDirectory += QString::number(room);
+    {
+        const FullDisk disk(static_cast<unsigned long>(room));
+        const RecordingServer server(config);
+        QVERIFY(!server.isOpen());
+        const QString reason = server.errorString();
+        QVERIFY2(reason.contains(config.dataDirectory + (room == 0 ? "/server.lock" : "/records.sqlite")),
+                 qPrintable(reason));
+        QVERIFY2(reason.contains("full") || reason.contains("I/O"),
+                 qPrintable(reason)); // not what follows from it
+        QVERIFY(!QFile::exists(config.dataDirectory + "/secret.key"));
+    }
+    const RecordingServer server(config); // with room again
+    QVERIFY2(server.isOpen(), qPrintable(server.errorString()));
 }
 
 void TestRecords::uploadOnAFullDisk()
