@@ -4,8 +4,10 @@
 #include "PluginVoiceDesk.h"
 #include "models/ItemRows.h"
 #include "models/NetworkAudioGroupTreeSortFilterModel.h"
+#include "models/RowsById.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QSortFilterProxyModel>
 
 #include <benchmark/benchmark.h>
@@ -79,6 +81,31 @@ void findLastRow(benchmark::State& state)
     state.SetComplexityN(state.range(0));
 }
 
+/** A group of 1000 members that no device has: read once, against a search for each, which "ratio" compares.
+ */
+void findUnknownMembers(benchmark::State& state)
+{
+    constexpr int members = 1000;
+    const Fixture fixture(state.range(0));
+    const QAbstractItemModel* model = fixture.proxy->sourceModel();
+    const int first = static_cast<int>(state.range(0)) + 1;
+    QElapsedTimer clock;
+    clock.start();
+    for (int id = first; id < first + members; ++id) {
+        benchmark::DoNotOptimize(findRowById(model, id));
+    }
+    const qint64 single = clock.nsecsElapsed();
+    clock.start();
+    for (auto _ : state) {
+        RowsById rows(model);
+        for (int id = first; id < first + members; ++id) {
+            benchmark::DoNotOptimize(rows.find(id));
+        }
+    }
+    const double once = static_cast<double>(clock.nsecsElapsed()) / static_cast<double>(state.iterations());
+    state.counters["ratio"] = static_cast<double>(single) / once;
+}
+
 void addToList(benchmark::State& state)
 {
     Fixture fixture(state.range(0));
@@ -135,6 +162,7 @@ void groupFilterKeystroke(benchmark::State& state)
 } // namespace
 
 BENCHMARK(findLastRow)->Arg(100)->Arg(1000)->Arg(10000)->Complexity()->Unit(benchmark::kMicrosecond);
+BENCHMARK(findUnknownMembers)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(addToList)
     ->Arg(100)
     ->Arg(1000)

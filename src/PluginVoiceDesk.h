@@ -16,6 +16,8 @@
 
 #include <functional>
 
+class RowsById;
+
 /**
  * The plug-in: the one object between the client's front end, its host framework and the recording server.
  *
@@ -211,7 +213,8 @@ private:
 
     static QVariantList toList(const QString& text);
     QVariantList getNetworkAudioName(const QVariantList& idList) const;
-    QStandardItem* makeGroupRow(QVariantMap record) const;
+    QVariantList getNetworkAudioName(const QVariantList& idList, RowsById& devices) const;
+    QStandardItem* makeGroupRow(QVariantMap record, RowsById& devices) const;
     void handleAddNetworkAudioGroup(const QVariant& result, const QString& returnCode);
     void handleUpdateNetworkAudioGroup(const QVariant& result, const QString& returnCode);
     void handleDeleteNetworkAudioGroup(const QVariant& result, const QString& returnCode);

@@ -3,6 +3,7 @@
 #include "PluginVoiceDesk.h"
 #include "models/ItemRoles.h"
 #include "models/ItemRows.h"
+#include "models/RowsById.h"
 #include "vocabulary/Vocabulary.h"
 
 namespace {
@@ -23,21 +24,27 @@ QVariantList PluginVoiceDesk::toList(const QString& text)
 
 QVariantList PluginVoiceDesk::getNetworkAudioName(const QVariantList& idList) const
 {
+    RowsById devices(m_ipAudioModel.data());
+    return getNetworkAudioName(idList, devices);
+}
+
+QVariantList PluginVoiceDesk::getNetworkAudioName(const QVariantList& idList, RowsById& devices) const
+{
     QVariantList names;
     for (const QVariant& id : idList) {
-        const QModelIndexList hits = findRowById(m_ipAudioModel.data(), id.toInt());
-        if (!hits.isEmpty()) { // deliberate: an unknown id leaves no gap, so the lists may not correspond
-            names.append(hits.at(0).data(IPAudioRole::deviceNameRole));
+        const int row = devices.find(id.toInt());
+        if (row >= 0) { // deliberate: an unknown id leaves no gap, so the lists may not correspond
+            names.append(m_ipAudioModel->index(row, 0).data(IPAudioRole::deviceNameRole));
         }
     }
     return names;
 }
 
-QStandardItem* PluginVoiceDesk::makeGroupRow(QVariantMap record) const
+QStandardItem* PluginVoiceDesk::makeGroupRow(QVariantMap record, RowsById& devices) const
 {
     const QVariantList ids = toList(record.value(Vocabulary::networkAudioIDList).toString());
     record[Vocabulary::networkAudioIDList] = ids;
-    record[Vocabulary::networkAudioNameList] = getNetworkAudioName(ids);
+    record[Vocabulary::networkAudioNameList] = getNetworkAudioName(ids, devices);
     return makeNetworkAudioGroupRow(record);
 }
 
@@ -45,7 +52,8 @@ void PluginVoiceDesk::handleAddNetworkAudioGroup(const QVariant& result, const Q
 {
     const QVariantMap record = result.toMap();
     if (returnCode == success) {
-        m_networkAudioGroupModel->appendRow(makeGroupRow(record));
+        RowsById devices(m_ipAudioModel.data());
+        m_networkAudioGroupModel->appendRow(makeGroupRow(record, devices));
     }
     Q_EMIT addNetworkAudioGroupResponse(returnCode == success, returnCode,
                                         record.value(Vocabulary::groupID).toInt());
@@ -63,9 +71,10 @@ void PluginVoiceDesk::handleUpdateNetworkAudioGroup(const QVariant& result, cons
             m_networkAudioGroupModel->setData(row, value, role);
         };
         const QVariantList ids = toList(record.value(Vocabulary::networkAudioIDList).toString());
+        const QVariantList names = getNetworkAudioName(ids); // before a slot can change the devices
         set(NetworkAudioGroupRole::nameRole, record.value(Vocabulary::groupName).toString());
         set(NetworkAudioGroupRole::networkAudioIDListRole, ids);
-        set(NetworkAudioGroupRole::networkAudioNameListRole, getNetworkAudioName(ids));
+        set(NetworkAudioGroupRole::networkAudioNameListRole, names);
     }
     Q_EMIT updateNetworkAudioGroupResponse(returnCode == success, returnCode, id);
 }
@@ -84,8 +93,9 @@ void PluginVoiceDesk::handleDeleteNetworkAudioGroup(const QVariant& result, cons
 void PluginVoiceDesk::handleGetNetworkAudioGroup(const QVariant& result, const QString& /*returnCode*/)
 {
     m_networkAudioGroupModel->clear(); // deliberate: whatever the code, so a failure leaves an empty model
+    RowsById devices(m_ipAudioModel.data());
     const QVariantList records = result.toList();
     for (const QVariant& record : records) {
-        m_networkAudioGroupModel->appendRow(makeGroupRow(record.toMap()));
+        m_networkAudioGroupModel->appendRow(makeGroupRow(record.toMap(), devices));
     }
 }

@@ -14,8 +14,6 @@ struct Field
     const QString& key;
 };
 
-constexpr int idRole = Qt::UserRole + 1; // in every model
-
 template<std::size_t Count>
 QStandardItem* makeRow(const QVariantMap& record, const Field (&fields)[Count])
 {

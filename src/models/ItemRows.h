@@ -7,9 +7,13 @@
 
 #include <QModelIndexList>
 #include <QVariantMap>
+#include <Qt>
 
 class QAbstractItemModel;
 class QStandardItem;
+
+/** The role of the id in every model. */
+inline constexpr int idRole = Qt::UserRole + 1;
 
 /** The new item belongs to the model that it is appended to. */
 QStandardItem* makeIPAudioRow(const QVariantMap& record);
