@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -445,16 +446,23 @@ void TestRecordingServer::numbersOfTwoPrograms()
 {
     // Threads in the place of programs: to the file system it is the same.
     const QString folder = m_folder->filePath("both");
+    constexpr int programs = 4;
     std::vector<std::thread> threads;
     std::mutex mutex;
+    std::atomic<int> ready = 0;
     QStringList made;
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < programs; ++i) {
         threads.emplace_back([&] {
-            for (int talk = 0; talk < 100; ++talk) {
-                const QString path = NumberedFile::create(folder, "talk", "wav");
-                const std::lock_guard<std::mutex> lock(mutex);
-                made.append(path);
+            QStringList own;
+            ++ready;
+            while (ready < programs) {
+                std::this_thread::yield();
             }
+            for (int talk = 0; talk < 500; ++talk) {
+                own.append(NumberedFile::create(folder, "talk", "wav"));
+            }
+            const std::lock_guard<std::mutex> lock(mutex);
+            made += own;
         });
     }
     for (std::thread& thread : threads) {
