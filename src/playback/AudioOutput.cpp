@@ -2,61 +2,14 @@
 
 #include "AudioDevice.h"
 
-#include <ApplicationEnd.h>
-#include <NeverDestroyed.h>
-
 #include <QAudioOutput>
-
-#include <mutex>
-#include <set>
-
-namespace {
-
-/** All outputs of the process. */
-struct Outputs
-{
-    std::mutex mutex;
-    std::set<AudioOutput*> set;
-};
-
-Outputs& outputs()
-{
-    static NeverDestroyed<Outputs> outputs; // the plug-in may be destroyed after the static objects
-    return outputs.value;
-}
-
-} // namespace
 
 AudioOutput::AudioOutput(const QAudioDeviceInfo& deviceInfo, const QAudioFormat& format, AudioDevice* device)
     : m_deviceInfo(deviceInfo), m_format(format), m_device(device)
 {
-    {
-        const std::lock_guard lock(outputs().mutex);
-        outputs().set.insert(this);
-    }
-    // The device was listed by Qt, whose static objects exist by now and so outlive this one.
-    static ApplicationEnd applicationEnd(&AudioOutput::endAll);
-    applicationEnd.arm();
 }
 
 AudioOutput::~AudioOutput()
-{
-    {
-        const std::lock_guard lock(outputs().mutex);
-        outputs().set.erase(this);
-    }
-    end();
-}
-
-void AudioOutput::endAll()
-{
-    const std::lock_guard lock(outputs().mutex);
-    for (AudioOutput* output : outputs().set) {
-        output->end();
-    }
-}
-
-void AudioOutput::end()
 {
     quit();
     wait();

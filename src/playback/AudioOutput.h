@@ -9,10 +9,7 @@
 class AudioDevice;
 class QAudioOutput;
 
-/**
- * The thread that owns a QAudioOutput: pulling, decoding and conversion happen on its event loop. It ends
- * with the object, or with the application object if that goes first: Qt's sound does not work without one.
- */
+/** The thread that owns a QAudioOutput: pulling, decoding and conversion happen on its event loop. */
 class AudioOutput : private QThread
 {
 public:
@@ -22,17 +19,13 @@ public:
     /** Waits until the output has stopped. */
     ~AudioOutput() override;
 
-    using QThread::isFinished;
     using QThread::start;
 
-    /** The running output; null until the thread has started it and when it has ended. For volume calls only.
-     */
+    /** The running output; null until the thread has started it. For volume calls only. */
     QAudioOutput* audioOutput() const { return m_audioOutput.load(std::memory_order_acquire); }
 
 private:
-    static void endAll();
     void run() override;
-    void end();
 
     QAudioDeviceInfo m_deviceInfo;
     QAudioFormat m_format;

@@ -3,9 +3,15 @@
 #include "AudioDevice.h"
 #include "AudioOutput.h"
 
+#include <ApplicationEnd.h>
+#include <NeverDestroyed.h>
+
 #include <QAudioDeviceInfo>
 #include <QAudioOutput>
 #include <QCoreApplication>
+
+#include <mutex>
+#include <set>
 
 namespace {
 
@@ -48,26 +54,49 @@ int sampleFormatOf(const QAudioFormat& format)
     }
 }
 
+/** The renderers that have an output. */
+struct Playing
+{
+    std::mutex mutex;
+    std::set<AudioRenderer*> renderers;
+};
+
+Playing& playing()
+{
+    static NeverDestroyed<Playing> playing; // the plug-in may be destroyed after the static objects
+    return playing.value;
+}
+
 } // namespace
 
 AudioRenderer::AudioRenderer() = default;
 
-AudioRenderer::~AudioRenderer() = default;
+AudioRenderer::~AudioRenderer()
+{
+    closeDevice();
+}
 
 AudioRenderer::State AudioRenderer::state() const
 {
     if (!m_audioOn) {
         return State::Off;
     }
-    if (m_device && !m_output) {
-        return State::MuteSink;
+    if (!m_device) {
+        return State::Armed;
     }
-    return hasRunningOutput() ? State::Playing : State::Armed;
+    return m_output ? State::Playing : State::MuteSink;
 }
 
-bool AudioRenderer::hasRunningOutput() const
+void AudioRenderer::closeAll()
 {
-    return m_output && m_output->audioOutput() != nullptr;
+    std::set<AudioRenderer*> open;
+    {
+        const std::lock_guard lock(playing().mutex);
+        open = playing().renderers;
+    }
+    for (AudioRenderer* renderer : open) {
+        renderer->closeDevice();
+    }
 }
 
 double AudioRenderer::volume() const
@@ -77,8 +106,24 @@ double AudioRenderer::volume() const
 
 void AudioRenderer::closeDevice()
 {
+    {
+        const std::lock_guard lock(playing().mutex);
+        playing().renderers.erase(this);
+    }
     m_output.reset();
     m_device.reset();
+}
+
+/** The output's thread must not outlive the application object, without which Qt's sound does not work. */
+void AudioRenderer::closeWithApplication()
+{
+    {
+        const std::lock_guard lock(playing().mutex);
+        playing().renderers.insert(this);
+    }
+    // Made when a device has been opened: what Qt's sound has of static objects outlives this one.
+    static ApplicationEnd applicationEnd(&AudioRenderer::closeAll);
+    applicationEnd.arm();
 }
 
 void AudioRenderer::SetAudioOn(bool on)
@@ -94,7 +139,7 @@ void AudioRenderer::SetAudioOn(bool on)
 
 void AudioRenderer::SetVolume(double volume)
 {
-    if (hasRunningOutput()) {
+    if (m_output) {
         applyVolume(volume);
     } else {
         m_volume = volume;
@@ -113,8 +158,7 @@ void AudioRenderer::Play(const boost::intrusive_ptr<_TMediaDataPacketInfoV3>& pa
     if (!m_audioOn || !packet) {
         return;
     }
-    const bool ended = m_output && !hasRunningOutput(); // with its application
-    if (m_device && (ended || !m_device->hasKeyOf(*packet))) {
+    if (m_device && !m_device->hasKeyOf(*packet)) {
         closeDevice();
     }
     if (!m_device) {
@@ -147,10 +191,11 @@ void AudioRenderer::openDevice(const _TMediaDataPacketInfoV3& packet)
         m_device = std::make_unique<AudioDevice>(std::move(converter), &packet);
         m_output = std::make_unique<AudioOutput>(info, nearest, m_device.get());
         m_output->start(QThread::InheritPriority);
-        while (m_output->audioOutput() == nullptr && !m_output->isFinished()) {
+        while (m_output->audioOutput() == nullptr) {
             QThread::yieldCurrentThread();
         }
-        SetVolume(m_volume);
+        applyVolume(m_volume);
+        closeWithApplication();
         return;
     }
     m_device = std::make_unique<AudioDevice>(packet);

@@ -15,7 +15,7 @@ class AudioOutput;
  *   off -- SetAudioOn(true) --> armed -- first packet --> playing, or mute where no device suits
  *
  * The end of a stream stops nothing: the output plays silence until the format changes. The end of the
- * application object ends the output, too; packets are dropped then, until there is another application.
+ * application object closes it, too; packets are dropped then, until there is another application.
  * Nothing is reported: a failure is heard as silence. All calls on one thread, on which the application ends,
  * too.
  */
@@ -49,8 +49,9 @@ public:
     void SetVolume(double volume);
 
 private:
-    bool hasRunningOutput() const;
+    static void closeAll();
     void closeDevice();
+    void closeWithApplication();
     void openDevice(const _TMediaDataPacketInfoV3& packet);
     void applyVolume(double volume);
 

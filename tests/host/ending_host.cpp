@@ -157,7 +157,7 @@ void endApplication(std::optional<QCoreApplication>& application, const QByteArr
     }
 }
 
-QPluginLoader* left = nullptr; // reachable for a leak checker
+QPluginLoader* volatile left = nullptr; // reachable for a leak checker
 
 int run(int argc, char** argv)
 {
