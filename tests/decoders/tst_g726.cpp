@@ -37,6 +37,7 @@ private Q_SLOTS:
     void silenceKeepsTheScaleAtItsFloor();
     void historyOfZeros();
     void historyOfSignals();
+    void secondPoleIsLimited();
     void declaredRoomIsNotRespected();
     void blockIsNeverOverrun();
     void picturesAreNotItsAffair();
@@ -327,6 +328,29 @@ void TestG726::historyOfSignals()
         G726::update(*state, 544, 0, 0, 0, signal, 0, 8);
         QCOMPARE(static_cast<std::uint16_t>(state->sr[0]), static_cast<std::uint16_t>(word));
         QCOMPARE(int{state->sr[1]}, 77);
+    }
+}
+
+void TestG726::secondPoleIsLimited()
+{
+    const struct
+    {
+        std::int16_t before;
+        std::int16_t olderSign; // of the partial signal; 0 agrees with the new one
+        std::int16_t after;
+        bool tone;
+    } rows[] = {{-12288, 1, -12288, true},
+                {-12288, 0, -12064, true},
+                {-11700, 1, -11736, false},
+                {12288, 0, 12288, false},
+                {12288, 1, 12064, false}};
+    for (const auto& row : rows) {
+        const State state = make(32000);
+        state->a[1] = row.before;
+        state->pk[1] = row.olderSign;
+        G726::update(*state, 544, 0, 0, 100, 100, 1, 8);
+        QCOMPARE(int{state->a[1]}, int{row.after});
+        QCOMPARE(state->td, row.tone ? 1 : 0);
     }
 }
 

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void emptySlotHasAnEmptyKey();
     void recordedG726_data();
     void recordedG726();
+    void headerIsNotDecoded();
     void tooLittleRoomFails();
     void chunkWithoutAFrameGivesNoBytes();
     void refusedPacketCostsThatPacketOnly();
@@ -257,6 +258,25 @@ void TestDecoderSlot::recordedG726()
         decoded += room.bytes();
     }
     QCOMPARE(decoded, fileContents(name + QStringLiteral(".pcm")));
+}
+
+void TestDecoderSlot::headerIsNotDecoded()
+{
+    QByteArray bytes = QByteArray(7, '\x7F') + QByteArray(100, '\x20');
+    TMediaDataPacketInfo record{};
+    record.StreamType = 8192;
+    record.AudioSamplingFreq = 8000;
+    record.AudioChannelNum = 1;
+    record.FrameNumber = 1;
+    record.Buffer = reinterpret_cast<std::uint8_t*>(bytes.data());
+    record.Offset = 7;
+    record.BitstreamSize = 100;
+    DecoderSlot slot;
+    Room room;
+    QCOMPARE(room.decode(slot, makeMediaPacket(record)), 0);
+    const QByteArray decoded = room.bytes();
+    QCOMPARE(room.decode(slot, MediaPackets::make(QByteArray(100, '\x20'))), 0);
+    QCOMPARE(decoded, room.bytes());
 }
 
 void TestDecoderSlot::tooLittleRoomFails()

@@ -57,6 +57,7 @@ struct Gate
 
 Gate gate;
 
+bool openingFails = false;
 int failingConversion = 0; ///< Which conversion from now on fails; 0 for none.
 int resamplers = 0;        ///< Made or made anew.
 int outCount = -1;         ///< Of the last conversion.
@@ -69,6 +70,9 @@ extern "C" {
 int avcodec_open2(AVCodecContext* context, const AVCodec* codec, AVDictionary** options)
 {
     gate.pass();
+    if (openingFails) {
+        return AVERROR(ENOMEM);
+    }
     return original<decltype(&avcodec_open2)>("avcodec_open2")(context, codec, options);
 }
 
@@ -108,6 +112,7 @@ private Q_SLOTS:
     void init();
     void openingAndClosingOneAtATime_data();
     void openingAndClosingOneAtATime();
+    void failedOpeningIsTriedAgain();
     void failedConversionIsSkipped();
     void failedConversionOfAFrame();
     void resamplerIsBuiltOnce();
@@ -130,6 +135,7 @@ constexpr int S16 = 1;
 
 void TestFFmpegCalls::init()
 {
+    openingFails = false;
     failingConversion = 0;
     delay = -1;
 }
@@ -159,6 +165,19 @@ void TestFFmpegCalls::openingAndClosingOneAtATime()
     gate.watching = false;
     QCOMPARE(gate.most, 1);
     QVERIFY(made[0]);
+}
+
+void TestFFmpegCalls::failedOpeningIsTriedAgain()
+{
+    DecoderSlot slot;
+    std::vector<std::uint8_t> pcm(1280);
+    std::uint32_t size = 1280;
+    const auto packet = MediaPackets::make(QByteArray(640, '\x10'));
+    openingFails = true;
+    QCOMPARE(slot.Decode(pcm.data(), &size, *packet), -1);
+    QCOMPARE(slot.Decode(pcm.data(), &size, *packet), -1);
+    openingFails = false;
+    QCOMPARE(slot.Decode(pcm.data(), &size, *packet), 0);
 }
 
 void TestFFmpegCalls::failedConversionIsSkipped()

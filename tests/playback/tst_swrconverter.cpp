@@ -16,6 +16,8 @@ private Q_SLOTS:
     void refusedFormats_data();
     void refusedFormats();
     void everyChannelCountHasALayout();
+    void layoutsPlaceTheCentre_data();
+    void layoutsPlaceTheCentre();
     void resamplesToSixTimesTheBytes();
     void widensSamplesInPlace_data();
     void widensSamplesInPlace();
@@ -100,6 +102,33 @@ void TestSwrConverter::everyChannelCountHasALayout()
         const int made = other.ConvertInPlace(block.bytes.data(), 3200);
         QCOMPARE(made % (4 * channels), 0);
         QVERIFY(made > 4 * channels * 4000);
+    }
+}
+
+void TestSwrConverter::layoutsPlaceTheCentre_data()
+{
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<QVector<int>>("sounding"); // places in a frame that a single channel is heard at
+    QTest::newRow("stereo") << 2 << QVector<int>{0, 1};
+    QTest::newRow("2.1") << 3 << QVector<int>{0, 1};
+    for (int channels = 4; channels <= 8; ++channels) {
+        QTest::addRow("%d", channels) << channels << QVector<int>{2};
+    }
+}
+
+void TestSwrConverter::layoutsPlaceTheCentre()
+{
+    QFETCH(int, channels);
+    QFETCH(QVector<int>, sounding);
+    SwrConverter converter;
+    QCOMPARE(converter.Setup(S16, 8000, channels, S16, 8000, 1), 1);
+    Block block;
+    block.put(WavFiles::Samples(100, 10000));
+    QCOMPARE(converter.ConvertInPlace(block.bytes.data(), 200), 200 * channels);
+    for (int i = 0; i < 100 * channels; ++i) {
+        std::int16_t sample = 0;
+        std::memcpy(&sample, block.bytes.data() + 2 * i, 2);
+        QCOMPARE(sample != 0, sounding.contains(i % channels));
     }
 }
 
