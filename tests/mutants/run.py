@@ -9,7 +9,7 @@ chooses those whose list, title, file or test it matches. --check builds nothing
 be read and that each change fits its file.
 
 What was noticed is kept in build/mutants/noticed under a hash of the entry and of all files of the tree but documents,
-lists and the sources of other tests (tst_*), so that a run that was cut off goes on where it was. The exit status is 0
+this folder and the sources of other tests (tst_*), so that a run that was cut off goes on where it was. The exit status is 0
 when every change was noticed, 1 when one was not, 2 when an entry could not be tried.
 """
 
@@ -159,7 +159,7 @@ class Tree:
         digest = hashlib.sha256()
         for name in sorted(self.hashes):
             path = Path(name)
-            if path.suffix in (".md", ".mutants") or path.parts[0] == "docs":
+            if path.suffix == ".md" or path.parts[0] == "docs" or path.parts[:2] == ("tests", "mutants"):
                 continue
             if path.stem.startswith("tst_") and path.stem != test:
                 continue
