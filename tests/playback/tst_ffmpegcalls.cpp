@@ -67,40 +67,39 @@ std::int64_t delay = -1;   ///< To report; -1 for the real one.
 
 extern "C" {
 
-int avcodec_open2(AVCodecContext* context, const AVCodec* codec, AVDictionary** options)
+int avcodec_open2(AVCodecContext* avctx, const AVCodec* codec, AVDictionary** options)
 {
     gate.pass();
     if (openingFails) {
         return AVERROR(ENOMEM);
     }
-    return original<decltype(&avcodec_open2)>("avcodec_open2")(context, codec, options);
+    return original<decltype(&avcodec_open2)>("avcodec_open2")(avctx, codec, options);
 }
 
-void avcodec_free_context(AVCodecContext** context)
+void avcodec_free_context(AVCodecContext** avctx)
 {
     gate.pass();
-    original<decltype(&avcodec_free_context)>("avcodec_free_context")(context);
+    original<decltype(&avcodec_free_context)>("avcodec_free_context")(avctx);
 }
 
-int swr_init(SwrContext* context)
+int swr_init(SwrContext* s)
 {
     ++resamplers;
-    return original<decltype(&swr_init)>("swr_init")(context);
+    return original<decltype(&swr_init)>("swr_init")(s);
 }
 
-int swr_convert(SwrContext* context, std::uint8_t** out, int outSamples, const std::uint8_t** in,
-                int inSamples)
+int swr_convert(SwrContext* s, std::uint8_t** out, int out_count, const std::uint8_t** in, int in_count)
 {
-    outCount = outSamples;
+    outCount = out_count;
     if (failingConversion > 0 && --failingConversion == 0) {
         return AVERROR(EINVAL);
     }
-    return original<decltype(&swr_convert)>("swr_convert")(context, out, outSamples, in, inSamples);
+    return original<decltype(&swr_convert)>("swr_convert")(s, out, out_count, in, in_count);
 }
 
-std::int64_t swr_get_delay(SwrContext* context, std::int64_t base)
+std::int64_t swr_get_delay(SwrContext* s, std::int64_t base)
 {
-    return delay >= 0 ? delay : original<decltype(&swr_get_delay)>("swr_get_delay")(context, base);
+    return delay >= 0 ? delay : original<decltype(&swr_get_delay)>("swr_get_delay")(s, base);
 }
 }
 

@@ -111,6 +111,7 @@ const char* const pluginHandlers[] = {
     "_ZN15PluginVoiceDesk20handleAddIPAudioDataE8QVariantPv7QStringS2_bRKS2_",
     "_ZN15PluginVoiceDesk26handleAddNetworkAudioGroupERK8QVariantRK7QString",
     "_ZN15PluginVoiceDesk29handleAddNetworkAudioScheduleERK8QVariantRK7QString",
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     "_ZN15PluginVoiceDesk18handleAudioCaptureE" MANGLED_DWORD "10QByteArray",
     "_ZN15PluginVoiceDesk19handleAudioFileListE8QVariantPv7QString",
     "_ZN15PluginVoiceDesk19handleAudioReceivedERK8QVariant",
@@ -147,8 +148,10 @@ const char* const captureOperations[] = {
     "_ZN17FrameSmithWrapper10SetMicMuteEb",
     "_ZN17FrameSmithWrapper12SetMicVolumeEi",
     "_ZN17FrameSmithWrapper17StartAudioCaptureEv",
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     "_ZN17FrameSmithWrapper20StaticPacketCallbackEPvP20TMediaDataPacketInfo" MANGLED_DWORD,
     "_ZN17FrameSmithWrapper16StopAudioCaptureEv",
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     "_ZN17FrameSmithWrapper13audioCapturedE" MANGLED_DWORD "10QByteArray",
     "_ZNK17FrameSmithWrapper10metaObjectEv",
     "_ZN17FrameSmithWrapper11qt_metacallEN11QMetaObject4CallEiPPv",
