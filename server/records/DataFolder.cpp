@@ -32,7 +32,10 @@ QString holderOf(const QLockFile& lock, const QString& file)
     if (!lock.getLockInfo(&process, &host, &program)) {
         return QStringLiteral("an unknown program; if none uses it, delete %1").arg(file);
     }
-    return QStringLiteral("%1 (process %2 on %3)").arg(program).arg(process).arg(host);
+    return QStringLiteral("%1 (process %2 on %3); if that process is gone, delete %4")
+        .arg(program)
+        .arg(process)
+        .arg(host, file);
 }
 
 /** Whether a lock that this process does not hold bears its number: one like it was killed, in a container,

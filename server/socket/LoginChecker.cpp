@@ -1,5 +1,7 @@
 #include "LoginChecker.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int threadCount = 2;
@@ -34,6 +36,22 @@ quint64 LoginChecker::check(const QString& name, const QString& secret)
     }
     m_condition.notify_one();
     return m_lastNumber;
+}
+
+void LoginChecker::withdraw(quint64 number)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::find_if(m_requests.begin(), m_requests.end(),
+                                    [number](const Request& request) { return request.number == number; });
+    if (found != m_requests.end()) {
+        m_requests.erase(found);
+    }
+}
+
+std::size_t LoginChecker::waiting()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_requests.size();
 }
 
 void LoginChecker::work()

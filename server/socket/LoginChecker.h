@@ -26,6 +26,13 @@ public:
     /** Begins to look at a login; its number comes back with checked. */
     quint64 check(const QString& name, const QString& secret);
 
+    /** Takes back a login whose client has gone, so that it costs the others no time. One that is already
+     * being looked at, or unknown, is left alone. */
+    void withdraw(quint64 number);
+
+    /** How many logins wait to be looked at. */
+    std::size_t waiting();
+
 Q_SIGNALS:
     void checked(quint64 number, bool admitted);
 

@@ -39,13 +39,30 @@ QByteArray contents(BIO* memory)
     return QByteArray(data, static_cast<int>(size));
 }
 
-/** A certificate of this name for its own key, in PEM. */
-bool create(QByteArray* certificatePem, QByteArray* keyPem)
+/** A key that wants a password is refused; nobody could type one. */
+int noPassword(char* /*buffer*/, int /*size*/, int /*write*/, void* /*data*/)
+{
+    return -1;
+}
+
+/** A new key in PEM; empty on failure. */
+QByteArray createKey()
 {
     const Key key(EVP_EC_gen("P-256"));
+    const Memory text(BIO_new(BIO_s_mem()));
+    const bool written =
+        key && PEM_write_bio_PrivateKey(text.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1;
+    return written ? contents(text.get()) : QByteArray();
+}
+
+/** A certificate of this server's name in PEM, signed by its own key; empty on failure. */
+QByteArray createCertificate(const QByteArray& keyPem)
+{
+    const Memory keyText(BIO_new_mem_buf(keyPem.constData(), keyPem.size()));
+    const Key key(PEM_read_bio_PrivateKey(keyText.get(), nullptr, noPassword, nullptr));
     const Certificate certificate(X509_new());
     if (!key || !certificate) {
-        return false;
+        return QByteArray();
     }
     unsigned char serial[serialSize];
     RAND_bytes(serial, serialSize);
@@ -60,18 +77,10 @@ bool create(QByteArray* certificatePem, QByteArray* keyPem)
     X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
                                reinterpret_cast<const unsigned char*>("VoiceDesk server"), -1, -1, 0);
     X509_set_issuer_name(certificate.get(), name);
-    if (X509_sign(certificate.get(), key.get(), EVP_sha256()) == 0) {
-        return false;
-    }
-    const Memory certificateText(BIO_new(BIO_s_mem()));
-    const Memory keyText(BIO_new(BIO_s_mem()));
-    if (PEM_write_bio_X509(certificateText.get(), certificate.get()) != 1 ||
-        PEM_write_bio_PrivateKey(keyText.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) != 1) {
-        return false;
-    }
-    *certificatePem = contents(certificateText.get());
-    *keyPem = contents(keyText.get());
-    return true;
+    const Memory text(BIO_new(BIO_s_mem()));
+    const bool written = X509_sign(certificate.get(), key.get(), EVP_sha256()) != 0 &&
+                         PEM_write_bio_X509(text.get(), certificate.get()) == 1;
+    return written ? contents(text.get()) : QByteArray();
 }
 
 QByteArray readFile(const QString& path)
@@ -87,20 +96,19 @@ std::optional<ServerCertificate> ServerCertificate::loadOrCreate(const QString& 
     QDir().mkpath(folder);
     const QString certificatePath = QDir(folder).filePath(QStringLiteral("server.crt"));
     const QString keyPath = QDir(folder).filePath(QStringLiteral("server.key"));
-    if (!QFile::exists(certificatePath) && !QFile::exists(keyPath)) {
-        QByteArray certificatePem;
-        QByteArray keyPem;
-        if (!create(&certificatePem, &keyPem)) {
-            *error = QStringLiteral("the certificate cannot be made");
-            return std::nullopt;
-        }
+    if (!QFile::exists(certificatePath)) {
+        // A key alone is the user's, or what a start that was cut off has left: it gets a certificate.
         QString reason;
-        if (!writePrivateFile(keyPath, keyPem, &reason)) {
+        if (!QFile::exists(keyPath) && !writePrivateFile(keyPath, createKey(), &reason)) {
             *error = QStringLiteral("%1 cannot be written: %2").arg(keyPath, reason);
             return std::nullopt;
         }
+        const QByteArray certificatePem = createCertificate(readFile(keyPath));
+        if (certificatePem.isEmpty()) {
+            *error = QStringLiteral("%1 cannot be read, or holds no key without a password").arg(keyPath);
+            return std::nullopt;
+        }
         if (!writeWholeFile(certificatePath, certificatePem, &reason)) {
-            QFile::remove(keyPath); // made just now; alone it would keep the next start from making both
             *error = QStringLiteral("%1 cannot be written: %2").arg(certificatePath, reason);
             return std::nullopt;
         }

@@ -34,6 +34,7 @@ SocketClient::SocketClient(RecordingServer& server, const SocketConfig& config, 
 SocketClient::~SocketClient()
 {
     m_socket->disconnect(this);
+    m_logins.withdraw(m_loginNumber);
 }
 
 /** Later, because the session may be the one that is speaking. */
@@ -52,6 +53,7 @@ void SocketClient::drop(const QString& reason)
     }
     m_dropped = true;
     m_loginTimer.stop();
+    m_logins.withdraw(m_loginNumber);
     endSession();
     m_socket->close(QWebSocketProtocol::CloseCodePolicyViolated, reason);
     // A peer that does not answer the closing would hold the connection.
@@ -109,6 +111,7 @@ void SocketClient::login(const WireMessage& message)
         drop(QStringLiteral("not logged in"));
         return;
     }
+    m_loginTimer.stop(); // from here on the time is the server's: many logins wait for each other
     m_loginNumber = m_logins.check(message.name, message.secret);
 }
 

@@ -36,6 +36,7 @@ public:
         listening = m_server.listen(QHostAddress::LocalHost);
         connect(&m_server, &QWebSocketServer::newConnection, this, [this] {
             client = m_server.nextPendingConnection();
+            client->setParent(this);
             connect(client, &QWebSocket::binaryMessageReceived, this, [this](const QByteArray& bytes) {
                 const WireMessage message = WireMessage::fromBytes(bytes).value_or(WireMessage());
                 if (message.kind == WireMessage::Login) {

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void userBook();
     void certificateIsMadeOnce();
     void certificateOnAFullDisk();
+    void keyAloneGetsACertificate();
     void commandsRepliesAndEvents();
     void userDataComesBackOnce();
     void largeMessageTellsItsProgress();
@@ -37,6 +38,8 @@ private Q_SLOTS:
     void withoutALoginNoAnswer_data();
     void withoutALoginNoAnswer();
     void silentClientLosesItsPlace();
+    void loginsOfThoseWhoLeftAreWithdrawn();
+    void loginsWaitForEachOther();
     void tlsWithAFingerprint();
     void tlsWithAnotherFingerprint();
     void nothingWaitsForAcknowledgements_data();
@@ -175,10 +178,33 @@ void TestSocketServer::certificateOnAFullDisk()
         QVERIFY(!ServerCertificate::loadOrCreate(folder, &error));
         QVERIFY2(error.contains(folder + (room == 0 ? "/server.key cannot" : "/server.crt cannot")),
                  qPrintable(error));
-        QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList());
+        QCOMPARE(QDir(folder).entryList(QDir::Files), room == 0 ? QStringList() : QStringList("server.key"));
     }
     QString error;
     QVERIFY2(ServerCertificate::loadOrCreate(folder, &error), qPrintable(error));
+}
+
+/** As a start leaves it that is killed between the two files. */
+void TestSocketServer::keyAloneGetsACertificate()
+{
+    const QString folder = m_folder.filePath("key alone");
+    QString error;
+    const auto first = ServerCertificate::loadOrCreate(folder, &error);
+    QVERIFY2(first, qPrintable(error));
+    QVERIFY(QFile::remove(folder + "/server.crt"));
+    const auto second = ServerCertificate::loadOrCreate(folder, &error);
+    QVERIFY2(second, qPrintable(error));
+    QVERIFY(second->key == first->key);
+    QVERIFY(second->certificate.publicKey() == first->certificate.publicKey());
+    QVERIFY(second->certificate.serialNumber() != first->certificate.serialNumber());
+    QVERIFY(QFile::remove(folder + "/server.crt"));
+    QFile broken(folder + "/server.key");
+    QVERIFY(broken.open(QIODevice::WriteOnly));
+    broken.write("x");
+    broken.close();
+    QVERIFY(!ServerCertificate::loadOrCreate(folder, &error));
+    QVERIFY(error.contains("server.key"));
+    QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList("server.key")); // whatever it is, it stays
 }
 
 void TestSocketServer::commandsRepliesAndEvents()
@@ -355,6 +381,59 @@ void TestSocketServer::silentClientLosesItsPlace()
     QVERIFY(client.connected);
     QVERIFY(client.closed());
     QVERIFY(waitFor([&] { return door.clients() == 0; }));
+}
+
+void TestSocketServer::loginsOfThoseWhoLeftAreWithdrawn()
+{
+    ServerHarness harness;
+    SocketServer door(*harness.server, config(), nullptr);
+    QVERIFY(door.listen());
+    QElapsedTimer clock;
+    const auto timeOfAnHonestLogin = [&] {
+        clock.start();
+        SocketLink link(to(door));
+        bool connected = false;
+        QObject::connect(&link, &ServerLink::connected, [&connected] { connected = true; });
+        link.open();
+        return waitFor([&] { return connected; }, 60000) ? clock.elapsed() : 60000;
+    };
+    const qint64 alone = timeOfAnHonestLogin();
+    constexpr int count = 100; // two are looked at at a time
+    std::vector<std::unique_ptr<RawClient>> leaving;
+    for (int i = 0; i < count; ++i) {
+        leaving.push_back(std::make_unique<RawClient>(door));
+        QVERIFY(leaving.back()->connected);
+    }
+    for (const auto& client : leaving) {
+        client->socket.sendBinaryMessage(loginOf("anna", "wrong"));
+        client->socket.close();
+    }
+    QVERIFY(waitFor([&] { return door.clients() == 0; }));
+    leaving.clear();
+    const qint64 after = timeOfAnHonestLogin();
+    QVERIFY2(after < alone * count / 5, qPrintable(QString("%1 ms, alone %2 ms").arg(after).arg(alone)));
+}
+
+/** A login that waits for others' is not one that never came. */
+void TestSocketServer::loginsWaitForEachOther()
+{
+    ServerHarness harness;
+    SocketConfig quick = config();
+    quick.loginTimeout = 300;
+    SocketServer door(*harness.server, quick, nullptr);
+    QVERIFY(door.listen());
+    std::vector<std::unique_ptr<RawClient>> clients;
+    for (int i = 0; i < 40; ++i) {
+        clients.push_back(std::make_unique<RawClient>(door));
+        QVERIFY(clients.back()->connected);
+        clients.back()->socket.sendBinaryMessage(loginOf("anna", "right"));
+    }
+    for (const auto& client : clients) {
+        QVERIFY(waitFor([&] { return !client->received.isEmpty(); }, 60000));
+        const auto answer = WireMessage::fromBytes(client->received[0]);
+        QVERIFY(answer);
+        QCOMPARE(int{answer->kind}, int{WireMessage::Welcome});
+    }
 }
 
 void TestSocketServer::tlsWithAFingerprint()

@@ -25,7 +25,8 @@ Item {
         action: root.notice.action || ""
         position: root.notices.length > 1 ? qsTr("%1 of %2").arg(1).arg(root.notices.length) : ""
         dismissable: root.notice.close !== undefined
-        onTriggered: root.notice.follow()
-        onDismissed: root.notice.close()
+        // Another notice may have taken the place of the one that was clicked.
+        onTriggered: if (root.notice.follow) root.notice.follow()
+        onDismissed: if (root.notice.close) root.notice.close()
     }
 }
