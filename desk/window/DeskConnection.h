@@ -32,7 +32,7 @@ public:
         Online,
         Reconnecting,
         Refused, ///< For good: the sign-in is wrong.
-        Failed,  ///< For good: the server inside of this program cannot start.
+        Failed,  ///< For good: the server inside this program cannot start.
     };
     Q_ENUM(State)
 
@@ -54,7 +54,7 @@ public:
     /** Connects with the server of the options. */
     void start();
 
-    /** Uses the server inside of this program. */
+    /** Uses the server inside this program. */
     Q_INVOKABLE void useLocal();
 
     /** Uses a server elsewhere. @param user empty: the secret is a token */

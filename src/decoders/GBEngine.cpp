@@ -27,17 +27,20 @@ std::int32_t noRefill(void* /*context*/)
 
 void noLock(void* /*context*/) {}
 
-/** Index of the byte at the window's top. */
-std::uint32_t position(const GBEngine& reader)
-{
-    return reader.writeIndex - reader.available + reader.consumed;
-}
-
 /** Where the bytes come from: a plain buffer. */
 struct Buffer
 {
     static constexpr bool grows = false;
     static constexpr std::uint32_t lookAhead = 3; // bytes behind the buffer that may be read
+
+    /** Index of the byte at the window's top. */
+    static std::uint32_t position(const GBEngine& reader)
+    {
+        return reader.writeIndex - reader.available + reader.consumed;
+    }
+
+    /** Bytes from the position to the end. */
+    static std::uint32_t left(const GBEngine& reader) { return reader.available - reader.consumed; }
 
     /** Whether the byte is part of the input. */
     static bool holds(const GBEngine& reader, std::uint32_t index) { return index < reader.writeIndex; }
@@ -51,14 +54,34 @@ struct Buffer
     static std::uint32_t start(const GBEngine& /*reader*/) { return 0; }
 };
 
-/** Where the bytes come from: a ring that is filled as time goes on. */
+/** Where the bytes come from: a ring that is filled as time goes on, by another thread perhaps. */
 struct Ring
 {
     static constexpr bool grows = true;
 
+    struct Filled
+    {
+        std::uint32_t begin; ///< Index of the first byte that has not been released.
+        std::uint32_t size;
+    };
+
+    /** A push changes two fields, which are read under its lock. */
+    static Filled filled(const GBEngine& reader)
+    {
+        reader.lock(reader.lockContext);
+        const Filled now{reader.writeIndex - reader.available, reader.available};
+        reader.unlock(reader.lockContext);
+        return now;
+    }
+
+    static std::uint32_t position(const GBEngine& reader) { return filled(reader).begin + reader.consumed; }
+
+    static std::uint32_t left(const GBEngine& reader) { return filled(reader).size - reader.consumed; }
+
     static bool holds(const GBEngine& reader, std::uint32_t index)
     {
-        return index - (reader.writeIndex - reader.available) < reader.available;
+        const Filled now = filled(reader);
+        return index - now.begin < now.size;
     }
 
     static std::uint8_t at(const GBEngine& reader, std::uint32_t index)
@@ -85,10 +108,10 @@ struct Operations
     static Span span(const GBEngine& reader, std::uint32_t wanted)
     {
         if constexpr (!Stuffed) {
-            const std::uint32_t bytes = std::min(wanted, reader.available - reader.consumed);
+            const std::uint32_t bytes = std::min(wanted, Source::left(reader));
             return {bytes, bytes, false};
         }
-        const std::uint32_t from = position(reader);
+        const std::uint32_t from = Source::position(reader);
         std::uint32_t index = from + stuffingAt(reader, from, reader.guard == stuffingMayFollow);
         Span found{};
         while (found.bytes < wanted && Source::holds(reader, index)) {
@@ -147,7 +170,7 @@ struct Operations
     {
         if constexpr (Source::grows) {
             fetch(reader, (reader.bitOffset + bits + 7U) >> 3U);
-            load(reader, position(reader));
+            load(reader, Source::position(reader));
         }
     }
 
@@ -162,7 +185,7 @@ struct Operations
         if (Stuffed) {
             reader.guard = taken.open ? stuffingMayFollow : 0;
         }
-        load(reader, position(reader));
+        load(reader, Source::position(reader));
     }
 
     static std::int32_t prime(GBEngine* reader)

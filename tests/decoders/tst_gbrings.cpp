@@ -6,7 +6,10 @@
 
 #include <QTest>
 
+#include <atomic>
+#include <mutex>
 #include <random>
+#include <thread>
 #include <vector>
 
 class TestGBRings : public QObject
@@ -23,6 +26,8 @@ private Q_SLOTS:
     void looksRefill();
     void framesArriveOneByOne_data();
     void framesArriveOneByOne();
+    void anotherThreadFills_data();
+    void anotherThreadFills();
 };
 
 namespace {
@@ -324,6 +329,59 @@ void TestGBRings::framesArriveOneByOne()
         QCOMPARE(static_cast<int>(consumed), frame.size());
         QCOMPARE(QByteArray(reinterpret_cast<const char*>(pcm), sizeof pcm), decode(other.get(), frame).pcm);
     }
+}
+
+void TestGBRings::anotherThreadFills_data()
+{
+    QTest::addColumn<unsigned>("mode");
+    QTest::newRow("stuffed") << 2U;
+    QTest::newRow("plain") << 4U;
+}
+
+void TestGBRings::anotherThreadFills()
+{
+    QFETCH(unsigned, mode);
+    std::mutex mutex;
+    GBOptions options{};
+    options.type = SpeechTypeWord::GB;
+    options.mode = mode;
+    options.ringSize = ringSize;
+    options.retries = 0xFFFFFFFF; // the other thread needs its time
+    options.lockContext = &mutex;
+    options.lockCallback = [](void* context) { static_cast<std::mutex*>(context)->lock(); };
+    options.unlockCallback = [](void* context) { static_cast<std::mutex*>(context)->unlock(); };
+    options.refillCallback = [](void* /*context*/) {
+        std::this_thread::yield();
+        return 0;
+    };
+    GBEngine* ring = nullptr;
+    QCOMPARE(GB_Create(&ring, &options), 0);
+
+    constexpr unsigned count = 200000;
+    const auto valueOf = [](unsigned index) { return static_cast<std::uint8_t>(index % 251 + 1); }; // never 0
+    std::atomic<bool> stop{false};
+    std::thread filler([&] {
+        for (unsigned next = 0; next < count && !stop;) {
+            const std::uint8_t bytes[3] = {valueOf(next), valueOf(next + 1), valueOf(next + 2)};
+            const unsigned size = next % 3 + 1;
+            if (GB_PushBytes(ring, bytes, size) == 0) {
+                next += size;
+            } else {
+                std::this_thread::yield();
+            }
+        }
+    });
+    unsigned wrong = 0;
+    GB_Prime(ring);
+    for (unsigned i = 0; i < count && wrong == 0; ++i) {
+        std::uint32_t word = 0;
+        wrong += GB_ReadBits(ring, 8, &word) != 0 || word >> 24U != valueOf(i) ? 1 : 0;
+        GB_Release(ring);
+    }
+    stop = true;
+    filler.join();
+    GB_Delete(&ring);
+    QCOMPARE(wrong, 0U);
 }
 
 QTEST_APPLESS_MAIN(TestGBRings)
