@@ -6,14 +6,16 @@
 #include <QTest>
 #include <QTimerEvent>
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
 
 namespace {
 
-int allocationsUntilFailure = -1; // of the non-throwing kind, which only the models use
-int allocations = 0;              // of the throwing kind
+// Qt's threads count, too.
+std::atomic<int> allocationsUntilFailure = -1; // of the non-throwing kind, which only the models use
+std::atomic<int> allocations = 0;              // of the throwing kind
 
 } // namespace
 
