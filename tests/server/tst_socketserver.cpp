@@ -398,7 +398,7 @@ void TestSocketServer::loginsOfThoseWhoLeftAreWithdrawn()
         return waitFor([&] { return connected; }, 60000) ? clock.elapsed() : 60000;
     };
     const qint64 alone = timeOfAnHonestLogin();
-    constexpr int count = 100; // two are looked at at a time
+    constexpr int count = 40; // two are looked at at a time
     std::vector<std::unique_ptr<RawClient>> leaving;
     for (int i = 0; i < count; ++i) {
         leaving.push_back(std::make_unique<RawClient>(door));
@@ -423,7 +423,7 @@ void TestSocketServer::loginsWaitForEachOther()
     SocketServer door(*harness.server, quick, nullptr);
     QVERIFY(door.listen());
     std::vector<std::unique_ptr<RawClient>> clients;
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < 24; ++i) {
         clients.push_back(std::make_unique<RawClient>(door));
         QVERIFY(clients.back()->connected);
         clients.back()->socket.sendBinaryMessage(loginOf("anna", "right"));
