@@ -21,12 +21,9 @@ struct BitWriter
     int used = 0;
 };
 
-/** The shortest AAC frame: an ADTS header and one silent channel, 16 kHz, 1024 samples. @param channels as
- * the header has it */
-inline QByteArray silentFrame(unsigned channels = 1)
+/** An ADTS header for 16 kHz. @param channels configuration @param size bytes of the frame with its header */
+inline void putHeader(BitWriter& bits, unsigned channels, unsigned size)
 {
-    constexpr unsigned size = 11;
-    BitWriter bits;
     bits.put(0xFFF, 12); // sync word
     bits.put(0x1, 4);    // MPEG-4, no checksum
     bits.put(1, 2);      // low complexity
@@ -35,13 +32,40 @@ inline QByteArray silentFrame(unsigned channels = 1)
     bits.put(channels, 3);
     bits.put(0, 4);
     bits.put(size, 13);
-    bits.put(0x7FF, 11);            // variable rate
-    bits.put(0, 2);                 // one raw data block
-    bits.put(0, 3 + 4);             // single channel element 0
+    bits.put(0x7FF, 11); // variable rate
+    bits.put(0, 2);      // one raw data block
+}
+
+/** A silent channel of an element. */
+inline void putSilence(BitWriter& bits)
+{
     bits.put(100, 8);               // gain
     bits.put(0, 1 + 2 + 1 + 6 + 1); // one long window without a band
     bits.put(0, 3);                 // no pulses, no noise shaping, no gain control
-    bits.put(7, 3);                 // end
+}
+
+/** The shortest AAC frame: an ADTS header and one silent channel, 16 kHz, 1024 samples. @param channels as
+ * the header has it */
+inline QByteArray silentFrame(unsigned channels = 1)
+{
+    BitWriter bits;
+    putHeader(bits, channels, 11);
+    bits.put(0, 3 + 4); // single channel element 0
+    putSilence(bits);
+    bits.put(7, 3); // end
+    return bits.bytes;
+}
+
+/** A frame of two silent channels, 16 kHz, 1024 samples each. */
+inline QByteArray silentStereoFrame()
+{
+    BitWriter bits;
+    putHeader(bits, 2, 14);
+    bits.put(1, 3);     // channel pair element
+    bits.put(0, 4 + 1); // 0, each channel with a window of its own
+    putSilence(bits);
+    putSilence(bits);
+    bits.put(7, 3); // end
     return bits.bytes;
 }
 

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void capacityOneIsSilentForEver();
     void packetSizeMayChange();
     void ringIsBoundedInBytes();
+    void offsetCountsAgainstTheBound();
     void ringFullOfBytesIsStillPlayed();
     void waitingPusherIsBoundedInBytes();
     void packetBeyondTheBoundIsDropped();
@@ -270,7 +271,7 @@ void TestAudioDevice::packetSizeMayChange()
 namespace {
 
 constexpr int megabyte = 1024 * 1024;
-constexpr auto mostLargePackets = static_cast<std::uint32_t>(ringByteLimit / megabyte);
+constexpr std::uint32_t mostLargePackets = 32;
 
 } // namespace
 
@@ -295,6 +296,28 @@ void TestAudioDevice::ringIsBoundedInBytes()
         usual.Push(small, true);
     }
     QCOMPARE(referencesOf(small), 501U);
+}
+
+void TestAudioDevice::offsetCountsAgainstTheBound()
+{
+    // A packet of few bytes may stand behind an offset that takes up much more memory.
+    MediaPackets::Format format;
+    format.offset = megabyte - 8;
+    const auto large = MediaPackets::make(QByteArray(8, '\x20'), format);
+    Device device(packetOf('\x10', 8));
+    for (int i = 0; i < 100; ++i) {
+        device.Push(large, true);
+    }
+    QCOMPARE(referencesOf(large), 1 + mostLargePackets);
+    format.offset = mostLargePackets * megabyte - 7;
+    const auto absurd = MediaPackets::make(QByteArray(8, '\x20'), format);
+    Device other(packetOf('\x10', 8));
+    other.Push(absurd, false); // does not wait for room that never comes
+    QCOMPARE(referencesOf(absurd), 1U);
+    --format.offset;
+    const auto largest = MediaPackets::make(QByteArray(8, '\x20'), format);
+    other.Push(largest, true);
+    QCOMPARE(referencesOf(largest), 2U);
 }
 
 void TestAudioDevice::ringFullOfBytesIsStillPlayed()
@@ -330,7 +353,7 @@ void TestAudioDevice::waitingPusherIsBoundedInBytes()
 void TestAudioDevice::packetBeyondTheBoundIsDropped()
 {
     Device device(packetOf('\x10', 8));
-    const auto absurd = packetOf('\x20', static_cast<int>(ringByteLimit) + 1);
+    const auto absurd = packetOf('\x20', static_cast<int>(mostLargePackets) * megabyte + 1);
     device.Push(absurd, true);
     device.Push(absurd, false); // does not wait for room that never comes
     QCOMPARE(referencesOf(absurd), 1U);

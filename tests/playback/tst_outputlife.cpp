@@ -5,10 +5,12 @@
 #include "SystemOverrides.h"
 
 #include <QAudioOutput>
+#include <QCoreApplication>
 #include <QTest>
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -71,11 +73,19 @@ class TestOutputLife : public QObject
 
 private Q_SLOTS:
     void init();
+    void cleanup() { m_application.reset(); }
     void outputEndsBeforeItsDevice_data();
     void outputEndsBeforeItsDevice();
     void volumeReachesTheOutput();
     void laterVolumesReachTheOutput();
     void volumeIsKeptForTheNextOutput();
+    void outputEndsWithEachApplication();
+    void nothingIsOpenedWithoutAnApplication();
+
+private:
+    void startApplication();
+
+    std::optional<QCoreApplication> m_application;
 };
 
 namespace {
@@ -87,8 +97,17 @@ MediaPacketPtr packetOf(std::uint32_t streamType)
 
 } // namespace
 
+void TestOutputLife::startApplication()
+{
+    static int count = 1;
+    static char name[] = "tst_outputlife";
+    static char* arguments[] = {name, nullptr};
+    m_application.emplace(count, arguments);
+}
+
 void TestOutputLife::init()
 {
+    startApplication();
     QAudioFormat plain;
     plain.setSampleRate(8000);
     plain.setChannelCount(1);
@@ -166,5 +185,34 @@ void TestOutputLife::volumeIsKeptForTheNextOutput()
     QCOMPARE(calls.take(), QStringList()); // once an output, not for each packet
 }
 
-QTEST_GUILESS_MAIN(TestOutputLife)
+void TestOutputLife::outputEndsWithEachApplication()
+{
+    AudioRenderer renderer;
+    renderer.SetAudioOn(true);
+    for (int application = 1; application <= 3; ++application) {
+        renderer.Play(packetOf(8192), true);
+        QCOMPARE(calls.take(), (QStringList{"start", "volume 1"}));
+        m_application.reset();
+        QCOMPARE(calls.take(), (QStringList{"stop", "close"}));
+        QCOMPARE(renderer.state(), AudioRenderer::State::Armed);
+        startApplication();
+    }
+}
+
+void TestOutputLife::nothingIsOpenedWithoutAnApplication()
+{
+    AudioRenderer renderer;
+    renderer.SetAudioOn(true);
+    m_application.reset();
+    renderer.Play(packetOf(8192), true);
+    QCOMPARE(renderer.state(), AudioRenderer::State::Armed);
+    QCOMPARE(SystemOverrides::outputListings(), 0);
+    QCOMPARE(calls.take(), QStringList());
+    startApplication();
+    renderer.Play(packetOf(8192), true);
+    QCOMPARE(renderer.state(), AudioRenderer::State::Playing);
+    QCOMPARE(calls.take(), (QStringList{"start", "volume 1"}));
+}
+
+QTEST_APPLESS_MAIN(TestOutputLife)
 #include "tst_outputlife.moc"

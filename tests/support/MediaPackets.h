@@ -15,6 +15,7 @@ struct Format
     std::uint32_t frames = 1;
     std::uint32_t bitRate = 0;
     std::uint8_t packing = 0;
+    std::uint32_t offset = 0; ///< Bytes of room before the bitstream.
 };
 
 inline MediaPacketPtr make(const QByteArray& bitstream, const Format& format = Format())
@@ -27,7 +28,9 @@ inline MediaPacketPtr make(const QByteArray& bitstream, const Format& format = F
     record.AudioBitRate = format.bitRate;
     record.AudioPackingMode = format.packing;
     record.BitstreamSize = static_cast<std::uint32_t>(bitstream.size());
-    record.Buffer = reinterpret_cast<std::uint8_t*>(const_cast<char*>(bitstream.constData()));
+    record.Offset = format.offset;
+    const QByteArray buffer = QByteArray(static_cast<int>(format.offset), '\0') + bitstream;
+    record.Buffer = reinterpret_cast<std::uint8_t*>(const_cast<char*>(buffer.constData()));
     return makeMediaPacket(record);
 }
 
