@@ -5,6 +5,7 @@
 
 #include <QRandomGenerator>
 #include <QStandardItemModel>
+#include <QStringListModel>
 #include <QTest>
 
 #include <limits>
@@ -18,8 +19,10 @@ private Q_SLOTS:
     void findsWhatASearchFinds();
     void manyModels();
     void followsTheModel();
+    void followsMovedRows();
     void namesAreComputedBeforeTheFieldsAreSet();
     void devicesThatChangeBetweenTheGroups();
+    void idsAreReadOnceForAReply();
 };
 
 namespace {
@@ -79,6 +82,7 @@ void TestRowsById::findsWhatASearchFinds_data()
     QTest::newRow("larger than int") << QVariantList{"21474836470"} << 2147483647 << 0;
     QTest::newRow("much larger") << QVariantList{QString(100000, '9')} << 999999999 << 0;
     QTest::newRow("other digits") << QVariantList{QString(QChar(0x0661))} << 1 << -1;
+    QTest::newRow("code of another digit") << QVariantList{QString(QChar(0x0661))} << 0x0661 - '0' << -1;
 }
 
 void TestRowsById::findsWhatASearchFinds()
@@ -133,10 +137,37 @@ void TestRowsById::followsTheModel()
     QCOMPARE(rows.find(3), 0);
     append(model, 1);
     model.setSortRole(idRole);
+    QCOMPARE(rows.find(3), 0);
     model.sort(0);
     QCOMPARE(rows.find(3), 1);
     model.clear();
     QCOMPARE(rows.find(1), -1);
+}
+
+namespace {
+
+/** Ids in a model whose rows can be moved. */
+class MovableIds : public QStringListModel
+{
+public:
+    using QStringListModel::QStringListModel;
+
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        return QStringListModel::data(index, role == idRole ? Qt::DisplayRole : role);
+    }
+};
+
+} // namespace
+
+void TestRowsById::followsMovedRows()
+{
+    MovableIds model({"1", "2", "3"});
+    RowsById rows(&model);
+    QCOMPARE(rows.find(1), 0);
+    QVERIFY(model.moveRow(QModelIndex(), 0, QModelIndex(), 3));
+    QCOMPARE(rows.find(1), 2);
+    QCOMPARE(rows.find(2), 0);
 }
 
 void TestRowsById::namesAreComputedBeforeTheFieldsAreSet()
@@ -157,7 +188,8 @@ void TestRowsById::namesAreComputedBeforeTheFieldsAreSet()
     QVERIFY(!first);
     const QModelIndex row = groups->index(0, 0);
     QCOMPARE(row.data(NetworkAudioGroupRole::nameRole).toString(), QStringLiteral("Dock"));
-    QCOMPARE(row.data(NetworkAudioGroupRole::networkAudioNameListRole).toList(), (QVariantList{"Gate", "Gate"}));
+    QCOMPARE(row.data(NetworkAudioGroupRole::networkAudioNameListRole).toList(),
+             (QVariantList{"Gate", "Gate"}));
     QCOMPARE(f.devices->index(0, 0).data(IPAudioRole::deviceNameRole).toString(), QStringLiteral("Door"));
 }
 
@@ -176,6 +208,43 @@ void TestRowsById::devicesThatChangeBetweenTheGroups()
             QVariantList{RecordsFixture::group(5, "Yard", "1,2"), RecordsFixture::group(6, "Dock", "1,2")});
     QCOMPARE(RecordsFixture::column(*f.groups, NetworkAudioGroupRole::networkAudioNameListRole),
              (QVariantList{QVariantList{"Gate", "Door"}, QVariantList{"Door"}}));
+}
+
+namespace {
+
+/** A device that counts how often its id is read. */
+class CountingDevice : public QStandardItem
+{
+public:
+    CountingDevice(int id, int& reads) : m_reads(reads) { setData(id, idRole); }
+
+    QVariant data(int role) const override
+    {
+        m_reads += role == idRole ? 1 : 0;
+        return QStandardItem::data(role);
+    }
+
+private:
+    int& m_reads;
+};
+
+} // namespace
+
+void TestRowsById::idsAreReadOnceForAReply()
+{
+    int reads = 0; // outlives the item
+    RecordsFixture f;
+    auto* devices = qobject_cast<QStandardItemModel*>(f.devices->sourceModel());
+    QVERIFY(devices != nullptr);
+    devices->appendRow(new CountingDevice(1, reads));
+    QVariantList groups;
+    for (int id = 1; id <= 20; ++id) {
+        groups.append(RecordsFixture::group(id, "Yard", "1,1,1"));
+    }
+    reads = 0;
+    f.reply("GetNetworkAudioGroup", "0", groups);
+    QCOMPARE(reads, 1);
+    QCOMPARE(f.groups->sourceModel()->rowCount(), 20);
 }
 
 QTEST_GUILESS_MAIN(TestRowsById)
