@@ -1,9 +1,11 @@
+#include "CaptureChannel.h"
 #include "CaptureHarness.h"
 #include "FrameSmithErrors.h"
 #include "PacketClock.h"
 #include "PcmConverter.h"
 #include "SignalMeasure.h"
 #include "WavFiles.h"
+#include "WaveFileSource.h"
 
 #include <FrameSmith.h>
 
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void noDriftOverAnHour();
     void slowCallbackCatchesUp();
     void stopEndsTheDelivery();
+    void endedCaptureIsStoppedOnce();
     void stopFromTheCallback();
     void withoutAMicrophone();
     void makeAudioPacket();
@@ -477,6 +480,25 @@ void TestFrameSmith::stopEndsTheDelivery()
     QVERIFY(!inside); // the last callback has returned
     const std::size_t count = harness.taken().size();
     QVERIFY(!harness.waitForPackets(count + 1, std::chrono::seconds(1)));
+}
+
+void TestFrameSmith::endedCaptureIsStoppedOnce()
+{
+    CaptureHarness harness;
+    CaptureChannel channel(CaptureHarness::captureOptions(&harness),
+                           [] { return std::make_unique<WaveFileSource>(QStringLiteral(ANNOUNCEMENT_WAV)); });
+    channel.end(); // nothing to end
+    QCOMPARE(channel.stop(), WrongState);
+    for (int capture = 1; capture <= 2; ++capture) {
+        QCOMPARE(channel.start(), Success);
+        const std::size_t before = harness.taken().size();
+        QVERIFY(harness.waitForPackets(before + 1));
+        channel.end();
+        channel.end();
+        QCOMPARE(channel.start(), WrongState); // it counts as started
+        QCOMPARE(channel.stop(), Success);
+        QCOMPARE(channel.stop(), WrongState);
+    }
 }
 
 void TestFrameSmith::stopFromTheCallback()
