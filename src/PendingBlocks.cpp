@@ -12,8 +12,9 @@ enum class Kind
     Text,
 };
 
-/** The blocks by their addresses. The blocks themselves are not owned by it: a reply finds them even when the
- * library was unloaded and loaded again. */
+/** The blocks by their addresses, for all plug-in objects of the process, as a reply may come to a later one.
+ * The register lasts as long as the library: a library that was unloaded and loaded again begins with an
+ * empty one, and a block from before counts as the host's own. */
 std::map<const void*, Kind>& blocks()
 {
     static NeverDestroyed<std::map<const void*, Kind>> blocks;

@@ -1,11 +1,13 @@
-// A host that ends as Qt programs do. What it is asked for, in words:
+// A host that ends as Qt programs do. Its arguments are the plug-in's path and three words.
 //
-//   rest, sound, talk         what the plug-in does at the end: nothing; it has played, and its output runs
-//   on; it
-//                             captures a microphone, too, with a talk open
-//   delete, unload, gone,     what becomes of the plug-in: deleted; unloaded; its loader is destroyed; left
-//   as it is; left, late, again         deleted after the application object; used again under a second
-//   application object return, exit              how the program ends
+// The first word says what the plug-in does at the end. With "rest" it does nothing. With "sound" it has
+// played, and its output runs on. With "talk" it also captures a microphone, with a talk open.
+//
+// The second word says what becomes of the plug-in. With "delete" it is deleted, with "unload" it is
+// unloaded, with "gone" its loader is destroyed, and with "left" it stays as it is. With "late" it is deleted
+// after the application object, and with "again" it is used under a second application object.
+//
+// The third word says how the program ends: by "return" from main or by "exit".
 //
 // The exit status is 0 when all went well up to the very end, at which no thread may be left, and 1
 // otherwise.
