@@ -206,7 +206,7 @@ struct Operations
         const std::uint32_t bytes = total >> 3U;
         if (span(reader, bytes).bytes < bytes) {
             if constexpr (!Source::grows) {
-                reader.refill(reader.refillContext); // helps the next read at the earliest
+                reader.refill(reader.refillContext); // what it brings is there for the next read
             }
             return SpeechFailure; // deliberate: the bit offset has moved
         }
