@@ -32,9 +32,9 @@ TalkControl::TalkControl(QObject* plugin, TargetModel& targets, CommandWatch& wa
     connect(&m_answerTimer, &QTimer::timeout, this, &TalkControl::timeOut);
     m_ticker.setInterval(tickInterval);
     connect(&m_ticker, &QTimer::timeout, this, &TalkControl::tick);
-    m_release.setSingleShot(true);
-    m_release.setInterval(releaseTail);
-    connect(&m_release, &QTimer::timeout, this, &TalkControl::stop);
+    m_tail.setSingleShot(true);
+    m_tail.setInterval(releaseTail);
+    connect(&m_tail, &QTimer::timeout, this, &TalkControl::stop);
     connect(m_plugin, SIGNAL(startTalkResponse(bool)), this, SLOT(startTalkResponse(bool)));
     connect(m_plugin, SIGNAL(startTalkToIPAudioResponse(bool, QString, int)), this,
             SLOT(startTalkToIPAudioResponse(bool, QString, int)));
@@ -72,12 +72,22 @@ void TalkControl::setPhase(Phase phase)
         m_ticker.stop();
     }
     if (phase == Idle) {
-        m_held = false;
+        setHold(Hold::None);
         restoreMute();
     }
     Q_EMIT phaseChanged();
     Q_EMIT secondsChanged();
     updateWhileHeld();
+}
+
+void TalkControl::setHold(Hold hold)
+{
+    m_hold = hold;
+    if (hold == Hold::Tail) {
+        m_tail.start();
+    } else {
+        m_tail.stop();
+    }
 }
 
 void TalkControl::report(const QString& problem, const QString& advice)
@@ -104,8 +114,9 @@ void TalkControl::setOnline(bool online)
 
 void TalkControl::setMuted(bool muted)
 {
-    m_openMuted = false;
+    m_lifted = false;
     mute(muted);
+    updateWhileHeld();
 }
 
 void TalkControl::mute(bool muted)
@@ -122,22 +133,22 @@ void TalkControl::mute(bool muted)
 void TalkControl::liftMute()
 {
     if (m_muted) {
-        m_openMuted = true;
+        m_lifted = true;
         mute(false);
     }
 }
 
 void TalkControl::restoreMute()
 {
-    if (m_openMuted) {
-        m_openMuted = false;
+    if (m_lifted) {
+        m_lifted = false;
         mute(true);
     }
 }
 
 void TalkControl::updateWhileHeld()
 {
-    const bool whileHeld = m_phase == Talking && !m_muted && (m_held || m_openMuted);
+    const bool whileHeld = m_phase == Talking && !m_muted && (m_hold != Hold::None || m_lifted);
     if (m_whileHeld != whileHeld) {
         m_whileHeld = whileHeld;
         Q_EMIT whileHeldChanged();
@@ -157,8 +168,7 @@ void TalkControl::setVolume(int volume)
 
 void TalkControl::start()
 {
-    m_release.stop();
-    if (m_phase == Asking) {
+    if (m_phase == Asking || m_hold == Hold::Tail) {
         return;
     }
     if (m_test.isRunning()) {
@@ -203,7 +213,7 @@ void TalkControl::askSpeakers()
 {
     QStringList keys;
     for (const TargetModel::Target& target : m_targets.chosen()) {
-        if (!target.camera && !m_partners.contains(target.key())) {
+        if (!target.camera && !m_partners.contains(target.key()) && !m_asked.contains(target.key())) {
             keys.append(target.key());
         }
     }
@@ -354,7 +364,6 @@ void TalkControl::timeOut()
 
 void TalkControl::stop()
 {
-    m_release.stop();
     m_answerTimer.stop();
     m_asked.clear();
     call("stopTalk");
@@ -376,17 +385,16 @@ void TalkControl::toggle()
 
 void TalkControl::press()
 {
-    if (m_held && m_release.isActive()) {
-        m_release.stop(); // down again before the end
-        return;
-    }
-    const bool opens = m_phase == Idle;
     liftMute(); // before the first sound
-    if (opens) {
+    if (m_hold == Hold::Tail) {
+        setHold(Hold::Down);
+        start(); // to those chosen since
+    } else if (m_phase == Idle) {
         start();
-        m_held = m_phase != Idle;
-        if (!m_held) {
+        if (m_phase == Idle) {
             restoreMute();
+        } else {
+            setHold(Hold::Down);
         }
     }
     updateWhileHeld();
@@ -394,8 +402,8 @@ void TalkControl::press()
 
 void TalkControl::release()
 {
-    if (m_held) {
-        m_release.start(); // its end restores the mute
+    if (m_hold == Hold::Down) {
+        setHold(Hold::Tail); // its end restores the mute
     } else {
         restoreMute();
     }

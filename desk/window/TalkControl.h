@@ -59,7 +59,10 @@ public:
     /** Whether the server can be asked at all; false makes start tell so. */
     void setOnline(bool online);
 
-    /** Starts a talk to what is chosen, or adds chosen speakers to the one that runs. */
+    /**
+     * Starts a talk to what is chosen, or adds chosen speakers to the one that runs. Does nothing while a
+     * talk is being opened, or ends after its key was let go.
+     */
     Q_INVOKABLE void start();
     Q_INVOKABLE void stop();
     Q_INVOKABLE void toggle();
@@ -97,7 +100,16 @@ private Q_SLOTS:
     void microphoneChanged();
 
 private:
+    /** How long a talk lasts that the talk key opened. */
+    enum class Hold
+    {
+        None, ///< There is none; any talk was opened by the button.
+        Down, ///< As long as the key is down.
+        Tail, ///< The key is up; the last sound goes out. Nothing but the key makes the talk last longer.
+    };
+
     void setPhase(Phase phase);
+    void setHold(Hold hold);
     void mute(bool muted);
     void liftMute();
     void restoreMute();
@@ -121,15 +133,15 @@ private:
     int m_volume = 50;
     QString m_problem;
     QString m_advice;
-    QStringList m_asked;      ///< Keys without an answer yet.
-    QStringList m_partners;   ///< Keys of open targets.
-    bool m_held = false;      ///< The talk key is down, and made the talk.
-    bool m_openMuted = false; ///< The talk key is down, and lifts a mute.
+    QStringList m_asked;    ///< Keys without an answer yet.
+    QStringList m_partners; ///< Keys of open targets.
+    Hold m_hold = Hold::None;
+    bool m_lifted = false; ///< The talk key lifts a mute, until the key is up and a tail is over.
     bool m_whileHeld = false;
     SpeakerTest m_test;
     QElapsedTimer m_clock;
     QElapsedTimer m_lastPacket;
     QTimer m_answerTimer;
-    QTimer m_ticker;  ///< While talking.
-    QTimer m_release; ///< Lets the last sound out after the key.
+    QTimer m_ticker; ///< While talking.
+    QTimer m_tail;   ///< Runs in Hold::Tail and nowhere else.
 };

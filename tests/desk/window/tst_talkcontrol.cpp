@@ -40,6 +40,13 @@ private Q_SLOTS:
     void lostConnection();
     void heldKey();
     void keyTwiceInHaste();
+    void startWithinTheTail();
+    void startWithinTheTailOfACall();
+    void chosenWithinTheTail();
+    void endedWithinTheTail();
+    void muteWithinTheTail();
+    void lostWithinTheTail();
+    void askedOnce();
     void heldKeyWhileMuted();
     void heldKeyWhileMutedAtRest();
     void heldKeyWithoutATalk();
@@ -384,6 +391,112 @@ void TestTalkControl::keyTwiceInHaste()
     QTRY_VERIFY(!talking());
 }
 
+void TestTalkControl::startWithinTheTail()
+{
+    m_talk->setMuted(true);
+    openCameraByKey();
+    m_talk->release();
+    m_targets->choose("speaker:1", true);
+    m_talk->start(); // as a click on the speaker does
+    QVERIFY(!m_link->sent.contains("StartTalkToIPAudio"));
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(!talking());
+    QVERIFY(m_talk->isMuted());
+    QVERIFY(!m_talk->isWhileHeld());
+}
+
+void TestTalkControl::startWithinTheTailOfACall()
+{
+    m_talk->setMuted(true);
+    m_targets->choose("camera:gate", true);
+    m_talk->press();
+    m_talk->release();
+    m_talk->start();
+    m_link->answer("StartTalk", QVariantMap{{"camId", "gate"}, {"talkToken", "token"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(m_talk->isMuted());
+}
+
+void TestTalkControl::chosenWithinTheTail()
+{
+    m_talk->setMuted(true);
+    openCameraByKey();
+    m_talk->release();
+    m_targets->choose("speaker:1", true);
+    m_talk->start();
+    m_talk->press(); // now it is meant
+    answerSpeaker(1);
+    QCOMPARE(m_talk->partners(), QString("Gate, Speaker 1"));
+    QTRY_COMPARE(m_talk->seconds(), 1); // longer than a tail
+    QVERIFY(!m_talk->isMuted());
+    QVERIFY(m_talk->isWhileHeld());
+    QCOMPARE(m_link->sent.count("StartTalk"), 1);
+    m_talk->release();
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(m_talk->isMuted());
+}
+
+void TestTalkControl::endedWithinTheTail()
+{
+    m_talk->setMuted(true);
+    openCameraByKey();
+    m_talk->release();
+    m_talk->toggle();
+    QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(m_talk->isMuted());
+    // The next talk is the button's, whatever the key did before.
+    openCamera();
+    QVERIFY(m_talk->isMuted());
+    QTRY_COMPARE(m_talk->seconds(), 1);
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    QVERIFY(m_talk->isMuted());
+}
+
+void TestTalkControl::muteWithinTheTail()
+{
+    m_talk->setMuted(true);
+    openCameraByKey();
+    m_talk->release();
+    m_talk->setMuted(true);
+    QVERIFY(!m_talk->isWhileHeld());
+    m_talk->press();
+    QVERIFY(!m_talk->isMuted());
+    QVERIFY(m_talk->isWhileHeld());
+    m_talk->release();
+    m_talk->setMuted(false);
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(!m_talk->isMuted()); // as it was set last
+}
+
+void TestTalkControl::lostWithinTheTail()
+{
+    m_talk->setMuted(true);
+    openCameraByKey();
+    m_talk->release();
+    Q_EMIT m_link->eventRaised("TalkDisconnected",
+                               QVariantMap{{"TalkDisconnected", QVariantMap{{"Token", "token"}}}});
+    QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(m_talk->isMuted());
+    QVERIFY(!m_talk->isWhileHeld());
+    openCamera();
+    QTRY_COMPARE(m_talk->seconds(), 1);
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+}
+
+void TestTalkControl::askedOnce()
+{
+    openCamera();
+    m_targets->choose("speaker:1", true);
+    m_talk->start();
+    m_targets->choose("speaker:2", true);
+    m_talk->start();
+    QCOMPARE(m_link->sent.count("StartTalkToIPAudio"), 2);
+    answerSpeaker(2);
+    answerSpeaker(1);
+    QCOMPARE(m_talk->partners(), QString("Gate, Speaker 2, Speaker 1"));
+}
+
 void TestTalkControl::heldKeyWhileMuted()
 {
     openCamera();
@@ -472,6 +585,13 @@ void TestTalkControl::whileHeld()
     QVERIFY(m_talk->isWhileHeld());
     m_talk->release();
     QVERIFY(!m_talk->isWhileHeld());
+    // An end of the mute that is set meanwhile lasts.
+    m_talk->press();
+    m_talk->setMuted(false);
+    QVERIFY(!m_talk->isWhileHeld());
+    m_talk->release();
+    QVERIFY(!m_talk->isMuted());
+    m_talk->setMuted(true);
     // A talk that is lost.
     m_talk->press();
     Q_EMIT m_link->eventRaised("TalkDisconnected",
