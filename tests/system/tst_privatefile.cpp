@@ -6,6 +6,31 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#ifndef _WIN32
+#include <cerrno>
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+bool syncFails = false;
+int synced = 0;
+
+} // namespace
+
+/** In the C library's place: some file systems find out only here that there is no room. */
+extern "C" int fsync(int file)
+{
+    ++synced;
+    if (syncFails) {
+        errno = ENOSPC;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_fsync, file));
+}
+#endif
+
 class TestPrivateFile : public QObject
 {
     Q_OBJECT
@@ -16,6 +41,8 @@ private Q_SLOTS:
     void cannotBeWritten();
     void fullDisk_data();
     void fullDisk();
+    void fullDiskFoundAtTheEnd_data();
+    void fullDiskFoundAtTheEnd();
 
 private:
     static QByteArray contents(const QString& path)
@@ -96,6 +123,39 @@ void TestPrivateFile::fullDisk()
     QCOMPARE(contents(older), QByteArray("old"));
     QVERIFY(!write(QDir(folder).filePath(QStringLiteral("new")), nullptr));
     QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList{"older"});
+}
+
+void TestPrivateFile::fullDiskFoundAtTheEnd_data()
+{
+    QTest::addColumn<bool>("isPrivate");
+    QTest::newRow("private file") << true;
+    QTest::newRow("whole file") << false;
+}
+
+void TestPrivateFile::fullDiskFoundAtTheEnd()
+{
+#ifdef _WIN32
+    QSKIP("Needs a system whose calls a program can replace.");
+#else
+    QFETCH(bool, isPrivate);
+    const QString folder = m_folder.filePath(QString::fromLatin1(QTest::currentDataTag()));
+    QVERIFY(QDir().mkpath(folder));
+    const QString path = QDir(folder).filePath(QStringLiteral("users"));
+    const auto write = [&](const QByteArray& bytes, QString* error) {
+        return isPrivate ? writePrivateFile(path, bytes, error) : writeWholeFile(path, bytes, error);
+    };
+    synced = 0;
+    QVERIFY(write("old", nullptr));
+    QCOMPARE(synced, 1); // before it has its name
+    syncFails = true;
+    QString error;
+    const bool written = write("new", &error);
+    syncFails = false;
+    QVERIFY(!written);
+    QCOMPARE(error, qt_error_string(ENOSPC));
+    QCOMPARE(contents(path), QByteArray("old"));
+    QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList{"users"});
+#endif
 }
 
 QTEST_GUILESS_MAIN(TestPrivateFile)
