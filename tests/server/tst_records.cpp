@@ -47,6 +47,7 @@ private Q_SLOTS:
     void notADatabase();
     void nothingIsDeletedAtAStart_data();
     void nothingIsDeletedAtAStart();
+    void successorMayStart_data();
     void successorMayStart();
     void lockOfAKilledProcessOfTheSameNumber();
     void everyCommandIsAnswered();
@@ -686,13 +687,31 @@ void TestRecords::nothingIsDeletedAtAStart()
     }
 }
 
+void TestRecords::successorMayStart_data()
+{
+    QTest::addColumn<QString>("way"); // to the same folder, beside it
+    QTest::newRow("the same path") << "data";
+    QTest::newRow("a detour") << "data/../data";
+#ifndef Q_OS_WIN // whose links are files
+    QTest::newRow("a link") << "link";
+#endif
+}
+
 void TestRecords::successorMayStart()
 {
+    QFETCH(QString, way);
     // A window makes its next server before the one before is deleted.
-    const ServerConfig config = persistent();
+    const QDir folder(persistent().dataDirectory + QString::fromLatin1(QTest::currentDataTag()));
+    ServerConfig config;
+    config.dataDirectory = folder.filePath("data");
     auto first = std::make_unique<ServerHarness>(config);
     first->addDevice("Gate");
-    ServerHarness second(config);
+    if (way == "link") {
+        QVERIFY(QFile::link(config.dataDirectory, folder.filePath("link")));
+    }
+    ServerConfig same;
+    same.dataDirectory = folder.filePath(way);
+    ServerHarness second(same);
     QVERIFY2(second.server->isOpen(), qPrintable(second.server->errorString()));
     first.reset();
     QVERIFY(QFile::exists(config.dataDirectory + "/server.lock")); // the second one's, too
