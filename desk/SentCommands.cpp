@@ -12,7 +12,7 @@ SentCommands::SentCommands() : m_recent(remembered) {}
 quint32 SentCommands::add(const QString& command, void* userData)
 {
     do {
-        ++m_last; // wraps; a number that still waits for its reply is not given again
+        ++m_last; // wraps
     } while (m_last == 0 || m_withData.contains(m_last));
     m_recent[m_last % remembered] = {m_last, command};
     if (userData != nullptr) {

@@ -14,8 +14,12 @@ class SentCommands
 public:
     SentCommands();
 
-    /** Remembers a command. @return its number, which is not 0 */
+    /** Remembers a command. @return its number, which is not 0 and not that of one whose user data still
+     * waits */
     quint32 add(const QString& command, void* userData);
+
+    /** The next command has the first free number after this one. */
+    void continueAfter(quint32 number) { m_last = number; }
 
     struct Match
     {

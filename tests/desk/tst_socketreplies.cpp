@@ -3,6 +3,7 @@
 
 #include "BuiltLibraries.h"
 #include "PluginHost.h"
+#include "SentCommands.h"
 #include "SocketLink.h"
 #include "WireMessage.h"
 
@@ -20,6 +21,7 @@ private Q_SLOTS:
     void userDataIsGivenOnce();
     void repliesThatNobodyAskedFor();
     void moreCommandsThanAreRemembered();
+    void numbersBeginAgain();
     void afterALossNothingIsAnswered();
     void refusedUploadInPlaceOfATalk();
     void answeredTalkInPlaceOfAnUpload();
@@ -214,6 +216,23 @@ void TestSocketReplies::moreCommandsThanAreRemembered()
     QCOMPARE(line.userData(0), static_cast<void*>(&block));
     QCOMPARE(line.name(1), QStringLiteral("PlayAudio"));
     QCOMPARE(line.name(2), QStringLiteral("TalkData"));
+}
+
+void TestSocketReplies::numbersBeginAgain()
+{
+    SentCommands sent;
+    int first = 0;
+    int second = 0;
+    QCOMPARE(sent.add("UploadFile", &first), 1U);
+    QCOMPARE(sent.add("StartTalkToIPAudio", &second), 2U);
+    sent.continueAfter(0xFFFFFFFE);
+    QCOMPARE(sent.add("TalkData", nullptr), 0xFFFFFFFFU);
+    QCOMPARE(sent.add("TalkData", nullptr), 3U); // not 0, and neither of those that wait
+    QCOMPARE(sent.match(1, QString()).userData, static_cast<void*>(&first));
+    QCOMPARE(sent.match(2, QString()).userData, static_cast<void*>(&second));
+    sent.continueAfter(0xFFFFFFFF);
+    QCOMPARE(sent.add("PlayAudio", nullptr), 1U);
+    QCOMPARE(sent.match(1, QString()).command, QString("PlayAudio"));
 }
 
 void TestSocketReplies::afterALossNothingIsAnswered()
