@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -22,6 +23,7 @@ private Q_SLOTS:
     void talkByKeys();
     void recordsOutliveTheProgram();
     void fileIsChosen();
+    void soundWaitsInAShortQueue();
     void wrongUsage_data();
     void wrongUsage();
     void help();
@@ -156,6 +158,36 @@ void TestDeskProgram::fileIsChosen()
     QTRY_COMPARE_WITH_TIMEOUT(stored("SELECT name FROM files"), QStringList{"announcement.wav"}, 20000);
     program->terminate();
     QVERIFY(program->waitForFinished(20000));
+}
+
+void TestDeskProgram::soundWaitsInAShortQueue()
+{
+    const QStringList ownData{"--data", m_folder.filePath("aloud")};
+    QCOMPARE(QProcess::execute(PROGRAM_DIR "/voicedesk",
+                               QStringList{"devices", "add", "Hall", "10.0.0.7", "554"} + ownData),
+             0);
+    qunsetenv("PULSE_LATENCY_MSEC"); // which the program leaves as the user has set it
+    const auto program = start(QStringList{"--aloud"} + ownData);
+    QVERIFY(program);
+    keys({"ctrl+f"});
+    xdotool({"type", "--delay", "40", "Hall"});
+    keys({"Down", "Return"});
+    xdotool({"keydown", "space"});
+    // As the sound server sees it, several times: a queue is short while it fills.
+    const QRegularExpression queued("Buffer Latency: ([1-9][0-9]*) usec");
+    int longest = 0; // us
+    int looks = 0;
+    const auto enoughLooks = [&] {
+        const auto match = queued.match(QString::fromLatin1(m_pulse->control({"list", "sink-inputs"})));
+        longest = std::max(longest, match.captured(1).toInt());
+        looks += match.hasMatch() ? 1 : 0;
+        return looks >= 20;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(enoughLooks(), 20000);
+    xdotool({"keyup", "space"});
+    program->terminate();
+    QVERIFY(program->waitForFinished(20000));
+    QVERIFY2(longest <= 100000, qPrintable(QString::number(longest)));
 }
 
 void TestDeskProgram::wrongUsage_data()
