@@ -70,6 +70,15 @@ ApplicationWindow {
     // While a question is open the space bar presses its buttons; a talk that a held one opened goes on.
     Binding { target: talkKey; property: "enabled"; value: root.page === 0 && (!closing.visible || talkKey.held) }
 
+    onPageChanged: {
+        // What has the focus on the page that goes would go on taking keys, the space bar too.
+        for (let item = activeFocusItem; item; item = item.parent) {
+            if (item === pages) {
+                pages.children[page].forceActiveFocus();
+                break;
+            }
+        }
+    }
     onClosing: function(event) {
         if (talk.phase !== TalkControl.Idle) {
             event.accepted = false;

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void hintOfTheTalkKey();
     void closingDuringATalk();
     void talkKeyAfterASearch();
+    void talkKeyAfterAnotherPagesSearch();
     void refusedTalk();
     void speakers();
     void cursorStaysWithItsTarget();
@@ -257,6 +258,19 @@ void TestDeskWindow::talkKeyAfterASearch()
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
     QCOMPARE(desk.desk().talk()->partners(), QString("Front gate"));
     QCOMPARE(desk.item("targetSearch")->property("text").toString(), QString("gate"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::talkKeyAfterAnotherPagesSearch()
+{
+    WindowFixture desk;
+    desk.click("Front gate");
+    QTest::keyClick(desk.window(), Qt::Key_2, Qt::ControlModifier);
+    QTest::keyClick(desk.window(), Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClick(desk.window(), Qt::Key_1, Qt::ControlModifier);
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
     QTest::keyRelease(desk.window(), Qt::Key_Space);
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
 }
