@@ -39,7 +39,7 @@ constexpr int timeout = 60000; // ms
 // libpulse. No host can rule it out that runs static destructors. A sanitizer makes that moment long;
 // elsewhere more than a few would be something else.
 constexpr int mostFaultsOfQt = 2;
-const QByteArray faultOfQt("/pulsecore/pdispatch.c");
+const QByteArray faultOfQt(" failed at ../src/pulsecore/");
 
 } // namespace
 
