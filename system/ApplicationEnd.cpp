@@ -1,6 +1,18 @@
 #include "ApplicationEnd.h"
 
 #include <QCoreApplication>
+#include <QThread>
+
+#ifndef Q_OS_WIN
+namespace {
+
+// Qt's PulseAudio plug-in takes its connection down in a static destructor, without the lock of the thread
+// that reads from it: a message that comes at that moment ends the process in libpulse. The sound server
+// sends some when a stream has ended; they come within 20 ms, or a few times that on a busy machine.
+constexpr unsigned long settlingTime = 100; // ms
+
+} // namespace
+#endif
 
 ApplicationEnd::ApplicationEnd(void (*routine)()) : m_routine(routine) {}
 
@@ -9,6 +21,7 @@ ApplicationEnd::~ApplicationEnd()
     qRemovePostRoutine(m_routine);
 #ifndef Q_OS_WIN // where a library's destructors run when the process has no other threads any more
     m_routine();
+    QThread::msleep(settlingTime);
 #endif
 }
 

@@ -9,7 +9,8 @@
  *   - the library is unloaded: by the destructor.
  *
  * To be made as a static object of a function, after what the routine uses: at the end of the process static
- * objects are destroyed in the opposite order.
+ * objects are destroyed in the opposite order. The destructor then waits a tenth of a second, so that Qt's
+ * sound is at rest when its own static objects are destroyed.
  */
 class ApplicationEnd
 {
