@@ -1,7 +1,7 @@
 // Base64Encode and Base64Decode against QByteArray's toBase64 and fromBase64, in the same run. Ours write to
 // a buffer of the caller's; Qt's allocate one.
 
-#include "Base64.h"
+#include "src/Base64.h"
 
 #include <QByteArray>
 

@@ -2,7 +2,7 @@
 // the start. A frame is to be drawn in less than 16 ms; the software renderer draws, as on a machine without
 // graphics.
 
-#include "DeskWindow.h"
+#include "desk/DeskWindow.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,8 +1,8 @@
 // The cost of one received packet from EventProcessor to AudioDevice::Push, on an output device that stays
 // open.
 
-#include "PluginVoiceDesk.h"
-#include "SystemOverrides.h"
+#include "src/PluginVoiceDesk.h"
+#include "tests/support/SystemOverrides.h"
 
 #include <QCoreApplication>
 

@@ -1,9 +1,9 @@
 // The output thread's work: readData for 10 ms of output, by codec and output format. The real time per
 // iteration over 10 ms is the share of the thread that playback takes.
 
-#include "AllocationCounter.h"
-#include "AudioDevice.h"
-#include "PacketDump.h"
+#include "audio/PacketDump.h"
+#include "bench/AllocationCounter.h"
+#include "src/playback/AudioDevice.h"
 
 #include <benchmark/benchmark.h>
 

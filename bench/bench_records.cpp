@@ -1,10 +1,10 @@
 // The records in the plug-in: looking up, adding, updating, whole lists, and a keystroke in the search of
 // groups, by the number of rows.
 
-#include "PluginVoiceDesk.h"
-#include "models/ItemRows.h"
-#include "models/NetworkAudioGroupTreeSortFilterModel.h"
-#include "models/RowsById.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/models/ItemRows.h"
+#include "src/models/NetworkAudioGroupTreeSortFilterModel.h"
+#include "src/models/RowsById.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

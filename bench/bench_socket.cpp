@@ -1,8 +1,8 @@
 // Commands through the socket, there and back, by the number of clients that ask at once.
 
-#include "RecordingServer.h"
-#include "SocketLink.h"
-#include "SocketServer.h"
+#include "client/SocketLink.h"
+#include "server/access/SocketServer.h"
+#include "server/RecordingServer.h"
 
 #include <QCoreApplication>
 

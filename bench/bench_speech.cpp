@@ -1,10 +1,10 @@
 // The speech decoders. G.726 against libavcodec's in the same run, both packings; G.722.1 in times real time;
 // G.729A against libbcg729's and libavcodec's on the same speech, and on noise.
 
-#include "AllocationCounter.h"
-#include "DecoderContext.h"
-#include "DecoderFactories.h"
-#include "SwrConverter.h"
+#include "bench/AllocationCounter.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/SwrConverter.h"
 
 #include <QByteArray>
 #include <QFile>

@@ -1,8 +1,7 @@
 // The cost of one captured packet from handleAudioCapture to SendCommand, by the number of targets.
 
-#include "PluginVoiceDesk.h"
-
-#include <FrameworkWrapperBase.h>
+#include "platform/FrameworkWrapperBase.h"
+#include "src/PluginVoiceDesk.h"
 
 #include <QCoreApplication>
 

@@ -22,6 +22,11 @@ if(VOICEDESK_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# A library is linked for what is used of it.
+if(UNIX AND NOT APPLE)
+    add_link_options(LINKER:--as-needed)
+endif()
+
 # Quicker links and builds, where the machine has the programs for them.
 if(NOT MSVC AND NOT CMAKE_CROSSCOMPILING)
     include(CheckLinkerFlag)

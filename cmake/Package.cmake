@@ -19,7 +19,7 @@ foreach(plugin IN LISTS qt_plugins)
     install(FILES ${qt_root}/plugins/${plugin} DESTINATION ${folder})
     list(APPEND plugin_files ${qt_root}/plugins/${plugin})
 endforeach()
-install(FILES ${PROJECT_SOURCE_DIR}/desk/data/announcement.wav DESTINATION .)
+install(FILES ${PROJECT_SOURCE_DIR}/cli/data/announcement.wav DESTINATION .)
 foreach(text README THIRD-PARTY)
     configure_file(${PROJECT_SOURCE_DIR}/docs/windows/${text}.txt ${PROJECT_BINARY_DIR}/${text}.txt
         @ONLY NEWLINE_STYLE WIN32)

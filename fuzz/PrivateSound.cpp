@@ -1,4 +1,4 @@
-#include "PrivateSound.h"
+#include "fuzz/PrivateSound.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Words.h"
+#include "fuzz/Words.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <vocabulary/Vocabulary.h>
+#include "src/vocabulary/Vocabulary.h"
 
 /** The words of the protocol as arrays, for a fuzzer to pick from. */
 namespace Words {

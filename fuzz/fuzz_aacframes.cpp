@@ -4,10 +4,10 @@
 //   input    sample rate as an index of 4 bits, channels in 4 bits; packets
 //   packet   u8 how often its bytes are repeated, as a power of two; u16 length, little endian; frames
 
-#include "DecoderSlot.h"
-#include "MediaPacket.h"
-#include "StreamType.h"
-#include "SwrConverter.h"
+#include "src/MediaPacket.h"
+#include "src/playback/DecoderSlot.h"
+#include "src/playback/SwrConverter.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <sanitizer/allocator_interface.h>
 

@@ -1,9 +1,9 @@
 // Any AudioReceived events, through the plug-in to media packets, and those through the queue to PCM, as fast
 // as they come: without an output. fuzz_audioreceived has one.
 
-#include "AudioDevice.h"
-#include "AudioEvent.h"
-#include "PluginVoiceDesk.h"
+#include "fuzz/AudioEvent.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/playback/AudioDevice.h"
 
 extern "C" {
 #include <libavutil/log.h>

@@ -1,11 +1,11 @@
 // Any AudioReceived events through the plug-in to a real output of Qt's at a private sound server.
 
-#include "AudioDevice.h"
-#include "AudioEvent.h"
-#include "DecoderSlot.h"
-#include "MediaPacket.h"
-#include "PluginVoiceDesk.h"
-#include "PrivateSound.h"
+#include "fuzz/AudioEvent.h"
+#include "fuzz/PrivateSound.h"
+#include "src/MediaPacket.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/playback/AudioDevice.h"
+#include "src/playback/DecoderSlot.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

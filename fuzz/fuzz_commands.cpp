@@ -1,8 +1,8 @@
 // Any commands, one after another, into the reference server, which has cameras, a speaker and a file.
 
-#include "RecordingServer.h"
-#include "ServerSession.h"
-#include "VariantTree.h"
+#include "fuzz/VariantTree.h"
+#include "server/RecordingServer.h"
+#include "server/core/ServerSession.h"
 
 #include <QCoreApplication>
 #include <QFile>

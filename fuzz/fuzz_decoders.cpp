@@ -1,9 +1,9 @@
 // Any chunks into the decoder of FUZZED_STREAM_TYPE, through DecoderSlot.
 
-#include "DecoderSlot.h"
-#include "MediaPacket.h"
-#include "StreamType.h"
-#include "SwrConverter.h"
+#include "src/MediaPacket.h"
+#include "src/playback/DecoderSlot.h"
+#include "src/playback/SwrConverter.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -1,7 +1,7 @@
 // Any file as a packet dump, and its first packet as one with an ADTS header.
 
-#include "AdtsHeader.h"
-#include "PacketDump.h"
+#include "audio/AdtsHeader.h"
+#include "audio/PacketDump.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

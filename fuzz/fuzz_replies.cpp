@@ -2,10 +2,9 @@
 // twice, under another command's name, from inside the request, or after the plug-in's object has been
 // destroyed and made again.
 
-#include "PluginVoiceDesk.h"
-#include "VariantTree.h"
-
-#include <FrameworkWrapperBase.h>
+#include "fuzz/VariantTree.h"
+#include "platform/FrameworkWrapperBase.h"
+#include "src/PluginVoiceDesk.h"
 
 #include <QCoreApplication>
 #include <QMediaPlayer>

@@ -3,7 +3,7 @@
 //
 //   input    a line each: type, start, end, moment, zone; the rest is the settings as JSON
 
-#include "ScheduleRule.h"
+#include "protocol/ScheduleRule.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

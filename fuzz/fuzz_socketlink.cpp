@@ -3,10 +3,9 @@
 //
 //   input    messages, each behind a length of 16 bits, little endian
 
-#include "PluginHost.h"
-#include "SocketLink.h"
-
-#include <WireMessage.h>
+#include "client/PluginHost.h"
+#include "client/SocketLink.h"
+#include "protocol/WireMessage.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 // Any bytes as a sound file that a client uploads: read for some seconds, and measured.
 
-#include "AudioFileReader.h"
+#include "audio/AudioFileReader.h"
 
 #include <QFile>
 #include <QTemporaryDir>

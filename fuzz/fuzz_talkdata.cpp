@@ -1,6 +1,6 @@
 // Any text as the targets of a talk packet: the tokens taken out of it give the same text again.
 
-#include "TalkDestinations.h"
+#include "server/talks/TalkDestinations.h"
 
 #include <cstdlib>
 

@@ -1,6 +1,6 @@
 // Any bytes as a talk packet at the server.
 
-#include "PacketDecoder.h"
+#include "audio/PacketDecoder.h"
 
 #include <cstdlib>
 

@@ -1,6 +1,6 @@
 // Any file as the file of users: what was read is the same after it was written.
 
-#include "UserBook.h"
+#include "server/access/UserBook.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 // Any bytes as a WAV file: the header's reader stays inside them and gives offsets that make sense.
 
-#include "WavHeader.h"
+#include "standins/soundtap/WavHeader.h"
 
 #include <cstdlib>
 #include <sstream>

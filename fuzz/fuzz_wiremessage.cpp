@@ -1,6 +1,6 @@
 // Any bytes as a message on the socket. What is a message is one again after it was written.
 
-#include "WireMessage.h"
+#include "protocol/WireMessage.h"
 
 #include <cstdlib>
 

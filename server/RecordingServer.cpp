@@ -1,7 +1,7 @@
-#include "RecordingServer.h"
+#include "server/RecordingServer.h"
 
-#include "ServerSession.h"
-#include "SpeakerTalk.h"
+#include "server/core/ServerSession.h"
+#include "server/devices/simulated/SpeakerTalk.h"
 
 namespace {
 

@@ -1,19 +1,17 @@
 #pragma once
 
-#include "DataFolder.h"
-#include "PlaybackService.h"
-#include "ScheduleRunner.h"
-#include "ScheduleStore.h"
-#include "ServerReply.h"
-#include "TalkService.h"
+#include "server/core/CommandExecutor.h"
+#include "server/playback/PlaybackService.h"
+#include "server/records/DataFolder.h"
+#include "server/schedules/ScheduleRunner.h"
+#include "server/schedules/ScheduleStore.h"
+#include "server/talks/TalkService.h"
 
 #include <QHash>
 
 #include <functional>
 #include <optional>
 #include <vector>
-
-class ServerSession;
 
 /** How a reference recording server is set up. */
 struct ServerConfig
@@ -42,7 +40,7 @@ std::vector<CameraConfig> defaultCameras(const QString& speechFile = QString());
  * A service or store owns one kind of thing: talks, devices, files, groups, schedules, playback. Lives on one
  * thread.
  */
-class RecordingServer : public QObject
+class RecordingServer : public QObject, public CommandExecutor
 {
     Q_OBJECT
 
@@ -65,15 +63,10 @@ public:
     /** Looks for schedules that are due, beside the regular looks. */
     void lookAtSchedules() { m_scheduleRunner.look(); }
 
-    /** Executes one command; empty when this server answers nothing. Called by sessions. */
     std::optional<ServerReply> execute(ServerSession& session, const QString& command,
-                                       const QVariant& payload);
-
-    /** Takes notice of a session. Called by sessions. */
-    void openSession(ServerSession& session);
-
-    /** Frees what a session holds. Called by sessions. */
-    void closeSession(ServerSession& session);
+                                       const QVariant& payload) override;
+    void openSession(ServerSession& session) override;
+    void closeSession(ServerSession& session) override;
 
 private:
     using Executor = std::function<ServerReply(ServerSession&, const QVariant&)>;

@@ -1,10 +1,9 @@
-#include "FrameSmithWrapper.h"
+#include "src/FrameSmithWrapper.h"
 
-#include "StreamType.h"
-#include "WaveReaderState.h"
-#include "vocabulary/LogGate.h"
-
-#include <SoundTap.h>
+#include "platform/SoundTap.h"
+#include "src/WaveReaderState.h"
+#include "src/vocabulary/LogGate.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <QMetaType>
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "VoiceDeskExport.h"
-
-#include <FrameSmith.h>
+#include "platform/FrameSmith.h"
+#include "src/VoiceDeskExport.h"
 
 #include <QByteArray>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "MediaPacket.h"
+#include "src/MediaPacket.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -10,7 +10,7 @@
  * References may be taken and dropped on any thread.
  */
 
-#include <MediaDataPacketInfo.h>
+#include "platform/MediaDataPacketInfo.h"
 
 #include <boost/intrusive_ptr.hpp>
 

@@ -1,6 +1,6 @@
-#include "PendingBlocks.h"
+#include "src/PendingBlocks.h"
 
-#include <NeverDestroyed.h>
+#include "lifetime/NeverDestroyed.h"
 
 #include <map>
 

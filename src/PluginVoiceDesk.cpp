@@ -1,10 +1,9 @@
-#include "PluginVoiceDesk.h"
+#include "src/PluginVoiceDesk.h"
 
-#include "models/ItemRoles.h"
-#include "vocabulary/LogGate.h"
-#include "vocabulary/Vocabulary.h"
-
-#include <FrameworkWrapperBase.h>
+#include "platform/FrameworkWrapperBase.h"
+#include "src/models/ItemRoles.h"
+#include "src/vocabulary/LogGate.h"
+#include "src/vocabulary/Vocabulary.h"
 
 #include <QAudioDeviceInfo>
 #include <QSysInfo>

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "FrameSmithWrapper.h"
-#include "VoiceDeskExport.h"
-#include "playback/AudioRenderer.h"
-
-#include <PluginBase.h>
+#include "platform/PluginBase.h"
+#include "src/FrameSmithWrapper.h"
+#include "src/VoiceDeskExport.h"
+#include "src/playback/AudioRenderer.h"
 
 #include <QList>
 #include <QMap>

@@ -1,9 +1,9 @@
 // IP audio devices: the replies that change their model, and what the model knows of cameras.
 
-#include "PluginVoiceDesk.h"
-#include "models/ItemRoles.h"
-#include "models/ItemRows.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/models/ItemRoles.h"
+#include "src/models/ItemRows.h"
+#include "src/vocabulary/Vocabulary.h"
 
 namespace {
 

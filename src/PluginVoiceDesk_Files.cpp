@@ -1,9 +1,9 @@
 // The audio files on the server: upload with provisional entries, the list and its replies, remote playback.
 
-#include "PendingBlocks.h"
-#include "PluginVoiceDesk.h"
-#include "vocabulary/LogGate.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/PendingBlocks.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/vocabulary/LogGate.h"
+#include "src/vocabulary/Vocabulary.h"
 
 #include <QEventLoop>
 #include <QFile>

@@ -1,10 +1,10 @@
 // Network audio groups: the replies that change their model.
 
-#include "PluginVoiceDesk.h"
-#include "models/ItemRoles.h"
-#include "models/ItemRows.h"
-#include "models/RowsById.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/models/ItemRoles.h"
+#include "src/models/ItemRows.h"
+#include "src/models/RowsById.h"
+#include "src/vocabulary/Vocabulary.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // What the front end asks for: each request builds a payload and sends it; the reply comes to a handler.
 
-#include "PendingBlocks.h"
-#include "PluginVoiceDesk.h"
-#include "models/ItemRoles.h"
-#include "models/NetworkAudioGroupTreeSortFilterModel.h"
-#include "vocabulary/LogGate.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/PendingBlocks.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/models/ItemRoles.h"
+#include "src/models/NetworkAudioGroupTreeSortFilterModel.h"
+#include "src/vocabulary/LogGate.h"
+#include "src/vocabulary/Vocabulary.h"
 
 #include <QSortFilterProxyModel>
 

@@ -1,10 +1,10 @@
 // Network audio schedules: the replies that change their model. Times, types and settings pass through
 // unread.
 
-#include "PluginVoiceDesk.h"
-#include "models/ItemRoles.h"
-#include "models/ItemRows.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/models/ItemRoles.h"
+#include "src/models/ItemRows.h"
+#include "src/vocabulary/Vocabulary.h"
 
 namespace {
 

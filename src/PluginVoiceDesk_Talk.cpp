@@ -5,11 +5,11 @@
 //   audioCaptured --> handleAudioCapture --> Base64Encode --> sendEncodeTalkData --> TalkData to all targets
 //   AudioReceived --> handleAudioReceived --> Base64Decode --> AudioRenderer
 
-#include "Base64.h"
-#include "PendingBlocks.h"
-#include "PluginVoiceDesk.h"
-#include "StreamType.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/Base64.h"
+#include "src/PendingBlocks.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/vocabulary/StreamType.h"
+#include "src/vocabulary/Vocabulary.h"
 
 #include <QVarLengthArray>
 

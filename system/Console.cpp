@@ -1,4 +1,4 @@
-#include "Console.h"
+#include "system/Console.h"
 
 #ifdef _WIN32
 #include <io.h>

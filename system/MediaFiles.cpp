@@ -1,4 +1,4 @@
-#include "MediaFiles.h"
+#include "system/MediaFiles.h"
 
 #include <QFile>
 

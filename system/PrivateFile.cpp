@@ -1,4 +1,4 @@
-#include "PrivateFile.h"
+#include "system/PrivateFile.h"
 
 #ifdef _WIN32
 #include <QDir>
@@ -14,7 +14,7 @@
 #include <aclapi.h>
 #include <sddl.h>
 #else
-#include "WholeFile.h"
+#include "system/WholeFile.h"
 
 #include <QSaveFile>
 #endif

@@ -1,4 +1,4 @@
-#include "ProgramEnd.h"
+#include "system/ProgramEnd.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "ProgramStart.h"
+#include "system/ProgramStart.h"
 
 #include <QByteArray>
 

@@ -1,4 +1,4 @@
-#include "SocketOptions.h"
+#include "system/SocketOptions.h"
 
 #ifdef _WIN32
 #include <winsock2.h>

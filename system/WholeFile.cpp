@@ -1,4 +1,4 @@
-#include "WholeFile.h"
+#include "system/WholeFile.h"
 
 #include <QSaveFile>
 

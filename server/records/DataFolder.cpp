@@ -1,4 +1,4 @@
-#include "DataFolder.h"
+#include "server/records/DataFolder.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
-#include "DeviceStore.h"
+#include "server/records/DeviceStore.h"
 
-#include "RecordChecks.h"
+#include "protocol/RecordChecks.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "RecordDatabase.h"
-#include "SecretBox.h"
-#include "ServerReply.h"
+#include "protocol/ServerReply.h"
+#include "server/records/RecordDatabase.h"
+#include "server/records/SecretBox.h"
 
 #include <QList>
 

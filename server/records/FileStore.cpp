@@ -1,9 +1,8 @@
-#include "FileStore.h"
+#include "server/records/FileStore.h"
 
-#include "AudioFileReader.h"
-#include "RecordChecks.h"
-
-#include <WholeFile.h>
+#include "audio/AudioFileReader.h"
+#include "protocol/RecordChecks.h"
+#include "system/WholeFile.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "RecordDatabase.h"
-#include "ServerReply.h"
+#include "protocol/ServerReply.h"
+#include "server/records/RecordDatabase.h"
 
 #include <QString>
 

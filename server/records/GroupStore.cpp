@@ -1,6 +1,6 @@
-#include "GroupStore.h"
+#include "server/records/GroupStore.h"
 
-#include "RecordChecks.h"
+#include "protocol/RecordChecks.h"
 
 #include <algorithm>
 

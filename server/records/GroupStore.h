@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DeviceStore.h"
-#include "LinkTable.h"
+#include "server/records/DeviceStore.h"
+#include "server/records/LinkTable.h"
 
 /** The groups of devices of the database, in the shape of the protocol. */
 class GroupStore

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RecordDatabase.h"
+#include "server/records/RecordDatabase.h"
 
 #include <QList>
 

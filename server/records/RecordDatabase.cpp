@@ -1,4 +1,4 @@
-#include "RecordDatabase.h"
+#include "server/records/RecordDatabase.h"
 
 #include <QSqlError>
 #include <QStringList>

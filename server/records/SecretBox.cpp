@@ -1,6 +1,6 @@
-#include "SecretBox.h"
+#include "server/records/SecretBox.h"
 
-#include <PrivateFile.h>
+#include "system/PrivateFile.h"
 
 #include <QFile>
 

@@ -1,4 +1,4 @@
-#include "ScheduleRunner.h"
+#include "server/schedules/ScheduleRunner.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ScheduleStore.h"
+#include "server/schedules/ScheduleStore.h"
 
 #include <QDateTime>
 #include <QObject>

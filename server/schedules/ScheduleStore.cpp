@@ -1,6 +1,6 @@
-#include "ScheduleStore.h"
+#include "server/schedules/ScheduleStore.h"
 
-#include "RecordChecks.h"
+#include "protocol/RecordChecks.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "DeviceStore.h"
-#include "FileStore.h"
-#include "GroupStore.h"
-#include "LinkTable.h"
-#include "ScheduleRule.h"
+#include "protocol/ScheduleRule.h"
+#include "server/records/DeviceStore.h"
+#include "server/records/FileStore.h"
+#include "server/records/GroupStore.h"
+#include "server/records/LinkTable.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
-#include "DecoderContext_SDK_G726.h"
+#include "src/decoders/DecoderContext_SDK_G726.h"
 
-#include "DecoderFactories.h"
-#include "G726.h"
-#include "SwrConverter.h"
+#include "src/decoders/G726.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/SwrConverter.h"
 
 #include <algorithm>
 #include <new>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SpeechDecoder.h"
+#include "src/decoders/SpeechDecoder.h"
 
 struct G726State;
 

@@ -1,6 +1,6 @@
-#include "G726.h"
+#include "src/decoders/G726.h"
 
-#include "G726Step.h"
+#include "src/decoders/G726Step.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G726State.h"
+#include "src/decoders/G726State.h"
 
 /**
  * G.726 adaptive differential PCM (ITU-T G.726): 16, 24, 32 and 40 kbit/s, 8000 Hz mono.

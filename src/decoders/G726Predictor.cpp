@@ -1,4 +1,4 @@
-#include "G726Predictor.h"
+#include "src/decoders/G726Predictor.h"
 
 #include <algorithm>
 #include <cstdlib>

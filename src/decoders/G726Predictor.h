@@ -2,8 +2,8 @@
 
 /** The parts of a G.726 step that are the same at all rates. */
 
-#include "G726State.h"
-#include "Integer.h"
+#include "src/decoders/G726State.h"
+#include "src/decoders/Integer.h"
 
 namespace G726 {
 

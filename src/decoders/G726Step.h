@@ -2,9 +2,9 @@
 
 /** One sample through the coder, at each of the rates. */
 
-#include "G726Predictor.h"
-#include "G726Tables.h"
-#include "G726Tandem.h"
+#include "src/decoders/G726Predictor.h"
+#include "src/decoders/G726Tables.h"
+#include "src/decoders/G726Tandem.h"
 
 template<class Rate>
 struct G726Step

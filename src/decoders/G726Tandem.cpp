@@ -1,7 +1,7 @@
-#include "G726Tandem.h"
+#include "src/decoders/G726Tandem.h"
 
-#include "G726State.h"
-#include "Integer.h"
+#include "src/decoders/G726State.h"
+#include "src/decoders/Integer.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "GBEngine.h"
+#include "src/decoders/GBEngine.h"
 
-#include "SpeechEngine.h"
+#include "src/decoders/SpeechEngine.h"
 
 #include <algorithm>
 #include <cstdlib>

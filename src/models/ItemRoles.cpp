@@ -1,4 +1,4 @@
-#include "ItemRoles.h"
+#include "src/models/ItemRoles.h"
 
 QHash<int, QByteArray> ipAudioRoleNames()
 {

@@ -1,7 +1,7 @@
-#include "ItemRows.h"
+#include "src/models/ItemRows.h"
 
-#include "ItemRoles.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/models/ItemRoles.h"
+#include "src/vocabulary/Vocabulary.h"
 
 #include <QAbstractItemModel>
 #include <QStandardItem>

@@ -1,6 +1,6 @@
-#include "NetworkAudioGroupTreeSortFilterModel.h"
+#include "src/models/NetworkAudioGroupTreeSortFilterModel.h"
 
-#include "ItemRoles.h"
+#include "src/models/ItemRoles.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VoiceDeskExport.h"
+#include "src/VoiceDeskExport.h"
 
 #include <QSortFilterProxyModel>
 

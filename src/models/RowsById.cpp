@@ -1,6 +1,6 @@
-#include "RowsById.h"
+#include "src/models/RowsById.h"
 
-#include "ItemRows.h"
+#include "src/models/ItemRows.h"
 
 #include <QAbstractItemModel>
 

@@ -1,6 +1,6 @@
-#include "AudioDevice.h"
+#include "src/playback/AudioDevice.h"
 
-#include "StreamType.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <algorithm>
 #include <cstring>

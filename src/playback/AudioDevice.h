@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DecoderSlot.h"
-#include "MediaPacket.h"
-#include "SwrConverter.h"
+#include "src/MediaPacket.h"
+#include "src/playback/DecoderSlot.h"
+#include "src/playback/SwrConverter.h"
 
 #include <QIODevice>
 

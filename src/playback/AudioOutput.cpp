@@ -1,6 +1,6 @@
-#include "AudioOutput.h"
+#include "src/playback/AudioOutput.h"
 
-#include "AudioDevice.h"
+#include "src/playback/AudioDevice.h"
 
 #include <QAudioOutput>
 

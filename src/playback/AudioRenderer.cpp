@@ -1,10 +1,9 @@
-#include "AudioRenderer.h"
+#include "src/playback/AudioRenderer.h"
 
-#include "AudioDevice.h"
-#include "AudioOutput.h"
-
-#include <ApplicationEnd.h>
-#include <NeverDestroyed.h>
+#include "lifetime/ApplicationEnd.h"
+#include "lifetime/NeverDestroyed.h"
+#include "src/playback/AudioDevice.h"
+#include "src/playback/AudioOutput.h"
 
 #include <QAudioDeviceInfo>
 #include <QAudioOutput>

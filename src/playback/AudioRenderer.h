@@ -1,7 +1,7 @@
 #pragma once
 
-#include "MediaPacket.h"
-#include "VoiceDeskExport.h"
+#include "src/MediaPacket.h"
+#include "src/VoiceDeskExport.h"
 
 #include <memory>
 

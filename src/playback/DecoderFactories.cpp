@@ -1,6 +1,6 @@
-#include "DecoderFactories.h"
+#include "src/playback/DecoderFactories.h"
 
-#include "DecoderIsolated_FFmpeg.h"
+#include "src/playback/DecoderIsolated_FFmpeg.h"
 
 extern "C" {
 #include <libavcodec/codec_id.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DecoderContext.h"
-#include "Frame.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/Frame.h"
 
 #include <deque>
 

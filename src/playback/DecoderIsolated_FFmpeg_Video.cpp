@@ -1,6 +1,5 @@
-#include "DecoderIsolated_FFmpeg.h"
-
-#include "SwrConverter.h"
+#include "src/playback/DecoderIsolated_FFmpeg.h"
+#include "src/playback/SwrConverter.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -1,8 +1,8 @@
-#include "DecoderSlot.h"
+#include "src/playback/DecoderSlot.h"
 
-#include "DecoderFactories.h"
-#include "MediaPacket.h"
-#include "StreamType.h"
+#include "src/MediaPacket.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <boost/mem_fn.hpp>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DecoderContext.h"
-#include "UniquePtr.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/UniquePtr.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FrameQueue.h"
+#include "src/playback/FrameQueue.h"
 
 extern "C" {
 #include <libavutil/frame.h>

@@ -1,4 +1,4 @@
-#include "SwrConverter.h"
+#include "src/playback/SwrConverter.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "LogGate.h"
+#include "src/vocabulary/LogGate.h"
 
-#include "RuntimeLibrary.h"
+#include "src/vocabulary/RuntimeLibrary.h"
 
 #include <cstdlib>
 

@@ -11,7 +11,7 @@
  * The thread safety of the log is the library's.
  */
 
-#include <TrelLogUtl.h>
+#include "platform/TrelLogUtl.h"
 
 #include <QtGlobal>
 

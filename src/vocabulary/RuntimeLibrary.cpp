@@ -1,4 +1,4 @@
-#include "RuntimeLibrary.h"
+#include "src/vocabulary/RuntimeLibrary.h"
 
 #ifdef _WIN32
 #include <windows.h>

@@ -1,6 +1,6 @@
-#include "CaptureChannel.h"
+#include "standins/framesmith/CaptureChannel.h"
 
-#include "PacketMaker.h"
+#include "standins/framesmith/PacketMaker.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "CaptureSource.h"
-
-#include <FrameSmith.h>
+#include "platform/FrameSmith.h"
+#include "standins/framesmith/CaptureSource.h"
 
 #include <atomic>
 #include <functional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FrameSmithErrors.h"
+#include "standins/framesmith/FrameSmithErrors.h"
 
 #include <cstddef>
 #include <cstdint>

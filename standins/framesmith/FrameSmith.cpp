@@ -1,16 +1,14 @@
 // The C interface: handles, checks of arguments, and the choice of where captured sound comes from.
 
-#include <FrameSmith.h>
-
-#include "CaptureChannel.h"
-#include "FrameSmithErrors.h"
-#include "HandleTable.h"
-#include "MicrophoneSource.h"
-#include "PacketMaker.h"
-#include "WaveFileSource.h"
-
-#include <ApplicationEnd.h>
-#include <NeverDestroyed.h>
+#include "platform/FrameSmith.h"
+#include "lifetime/ApplicationEnd.h"
+#include "lifetime/NeverDestroyed.h"
+#include "standins/framesmith/CaptureChannel.h"
+#include "standins/framesmith/FrameSmithErrors.h"
+#include "standins/framesmith/HandleTable.h"
+#include "standins/framesmith/MicrophoneSource.h"
+#include "standins/framesmith/PacketMaker.h"
+#include "standins/framesmith/WaveFileSource.h"
 
 #include <QtGlobal>
 

@@ -1,7 +1,7 @@
-#include "MicrophoneSource.h"
+#include "standins/framesmith/MicrophoneSource.h"
 
-#include "PcmConverter.h"
-#include "SampleQueue.h"
+#include "audio/PcmConverter.h"
+#include "standins/framesmith/SampleQueue.h"
 
 #include <QAudioDeviceInfo>
 #include <QAudioInput>

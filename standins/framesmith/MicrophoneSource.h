@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CaptureSource.h"
+#include "standins/framesmith/CaptureSource.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "MuLawEncoder.h"
+#include "standins/framesmith/MuLawEncoder.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -1,8 +1,7 @@
-#include "PacketMaker.h"
+#include "standins/framesmith/PacketMaker.h"
 
-#include "PacketHeader.h"
-
-#include <MediaDataPacketInfo.h>
+#include "audio/PacketHeader.h"
+#include "platform/MediaDataPacketInfo.h"
 
 #include <algorithm>
 #include <chrono>

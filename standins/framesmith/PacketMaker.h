@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MuLawEncoder.h"
+#include "standins/framesmith/MuLawEncoder.h"
 
 #include <cstddef>
 #include <cstdint>

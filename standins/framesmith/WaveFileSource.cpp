@@ -1,6 +1,6 @@
-#include "WaveFileSource.h"
+#include "standins/framesmith/WaveFileSource.h"
 
-#include <MediaFiles.h>
+#include "system/MediaFiles.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CaptureSource.h"
-#include "PacketClock.h"
-#include "PcmConverter.h"
+#include "audio/PcmConverter.h"
+#include "standins/framesmith/CaptureSource.h"
+#include "standins/framesmith/PacketClock.h"
 
 #include <QString>
 

@@ -1,6 +1,5 @@
-#include <SoundTap.h>
-
-#include "WavHeader.h"
+#include "platform/SoundTap.h"
+#include "standins/soundtap/WavHeader.h"
 
 #include <fstream>
 

@@ -1,4 +1,4 @@
-#include "WavHeader.h"
+#include "standins/soundtap/WavHeader.h"
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 //   TRELLOG_LEVEL  highest level that is printed, 0 (nothing) to 255; 2 (errors) if not set
 //   TRELLOG_FILE   file to append to; stderr if not set or not to be opened
 
-#include <TrelLogUtl.h>
+#include "platform/TrelLogUtl.h"
 
 #include <array>
 #include <chrono>

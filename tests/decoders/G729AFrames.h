@@ -1,7 +1,7 @@
 #pragma once
 
-#include "G729A.h"
-#include "VectorFiles.h"
+#include "src/decoders/g729a/G729A.h"
+#include "tests/decoders/VectorFiles.h"
 
 #include <QByteArray>
 

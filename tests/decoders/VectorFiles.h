@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PacketDump.h"
+#include "audio/PacketDump.h"
 
 #include <QByteArray>
 #include <QFile>

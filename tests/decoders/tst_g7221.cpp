@@ -1,9 +1,9 @@
-#include "DecoderContext.h"
-#include "DecoderFactories.h"
-#include "G7221.h"
-#include "G7221Tables.h"
-#include "SwrConverter.h"
-#include "VectorFiles.h"
+#include "src/decoders/g7221/G7221.h"
+#include "src/decoders/g7221/G7221Tables.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/SwrConverter.h"
+#include "tests/decoders/VectorFiles.h"
 
 #include <QCoreApplication>
 #include <QProcess>

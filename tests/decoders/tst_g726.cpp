@@ -1,9 +1,9 @@
-#include "DecoderContext.h"
-#include "DecoderFactories.h"
-#include "G726.h"
-#include "G726Predictor.h"
-#include "SwrConverter.h"
-#include "VectorFiles.h"
+#include "src/decoders/G726.h"
+#include "src/decoders/G726Predictor.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/SwrConverter.h"
+#include "tests/decoders/VectorFiles.h"
 
 #include <QDir>
 #include <QTest>

@@ -1,9 +1,9 @@
 // The engine as a whole: streams bit for bit, how it is made and set up, and what it refuses.
 
-#include "G729AFrames.h"
-#include "G729AHighPass.h"
-#include "G729ATables.h"
-#include "VectorFiles.h"
+#include "src/decoders/g729a/G729AHighPass.h"
+#include "src/decoders/g729a/G729ATables.h"
+#include "tests/decoders/G729AFrames.h"
+#include "tests/decoders/VectorFiles.h"
 
 #include <QDir>
 #include <QTest>

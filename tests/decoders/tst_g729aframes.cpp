@@ -1,13 +1,13 @@
 // Frames of every kind, whole, lost and short, and packets of them.
 
-#include "DecoderContext.h"
-#include "DecoderFactories.h"
-#include "G729AFrameBits.h"
-#include "G729AFrames.h"
-#include "G729ANoisePath.h"
-#include "G729ATables.h"
-#include "SwrConverter.h"
-#include "VectorFiles.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
+#include "src/decoders/g729a/G729ANoisePath.h"
+#include "src/decoders/g729a/G729ATables.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/SwrConverter.h"
+#include "tests/decoders/G729AFrames.h"
+#include "tests/decoders/VectorFiles.h"
 
 #include <QTest>
 

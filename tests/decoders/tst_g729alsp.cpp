@@ -1,9 +1,9 @@
 // Line spectral frequencies, their pairs and filters, against floating point.
 
-#include "G729AFrameBits.h"
-#include "G729AFrames.h"
-#include "G729ALsp.h"
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
+#include "src/decoders/g729a/G729ALsp.h"
+#include "src/decoders/g729a/G729ATables.h"
+#include "tests/decoders/G729AFrames.h"
 
 #include <QTest>
 

@@ -1,12 +1,12 @@
 // From the bits of a frame to its parameters, each stage against values computed another way.
 
-#include "G729AFixedCodebook.h"
-#include "G729AFrameBits.h"
-#include "G729AFrames.h"
-#include "G729AGains.h"
-#include "G729AMath.h"
-#include "G729APitch.h"
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729AFixedCodebook.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
+#include "src/decoders/g729a/G729AGains.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729APitch.h"
+#include "src/decoders/g729a/G729ATables.h"
+#include "tests/decoders/G729AFrames.h"
 
 #include <QTest>
 

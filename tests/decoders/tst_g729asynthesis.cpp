@@ -1,13 +1,13 @@
 // From parameters to samples: synthesis, noise, post-filter and high-pass, each against values.
 
-#include "G729AFrames.h"
-#include "G729AHighPass.h"
-#include "G729ALsp.h"
-#include "G729AMath.h"
-#include "G729ANoiseExcitation.h"
-#include "G729ANoisePath.h"
-#include "G729APostFilter.h"
-#include "G729ASynthesis.h"
+#include "src/decoders/g729a/G729AHighPass.h"
+#include "src/decoders/g729a/G729ALsp.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729ANoiseExcitation.h"
+#include "src/decoders/g729a/G729ANoisePath.h"
+#include "src/decoders/g729a/G729APostFilter.h"
+#include "src/decoders/g729a/G729ASynthesis.h"
+#include "tests/decoders/G729AFrames.h"
 
 #include <QTest>
 #include <QtMath>

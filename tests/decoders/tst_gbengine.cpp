@@ -1,5 +1,5 @@
-#include "GBEngine.h"
-#include "SpeechEngine.h"
+#include "src/decoders/GBEngine.h"
+#include "src/decoders/SpeechEngine.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 // A ring gives the bits of a plain buffer, whatever way its bytes arrive.
 
-#include "G729AFrames.h"
-#include "GBEngine.h"
-#include "SpeechEngine.h"
+#include "src/decoders/GBEngine.h"
+#include "src/decoders/SpeechEngine.h"
+#include "tests/decoders/G729AFrames.h"
 
 #include <QTest>
 

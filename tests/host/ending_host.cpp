@@ -12,8 +12,8 @@
 // The exit status is 0 when all went well up to the very end, at which no thread may be left, and 1
 // otherwise.
 
-#include <FrameworkWrapperBase.h>
-#include <PluginBase.h>
+#include "platform/FrameworkWrapperBase.h"
+#include "platform/PluginBase.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,8 +1,8 @@
 // Hosts end by return and by exit, whatever they do with the plug-in and whatever it does then: nothing
 // crashes in what runs after that.
 
-#include "BuiltLibraries.h"
-#include "PulseServer.h"
+#include "tests/support/BuiltLibraries.h"
+#include "tests/support/PulseServer.h"
 
 #include <QProcess>
 #include <QTest>

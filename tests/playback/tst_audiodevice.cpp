@@ -1,6 +1,6 @@
-#include "AudioDevice.h"
-#include "MediaPackets.h"
-#include "WavFiles.h"
+#include "src/playback/AudioDevice.h"
+#include "tests/support/MediaPackets.h"
+#include "tests/support/WavFiles.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 // The choice of the output device, with devices and their formats as the tests want them. No sound is made.
 
-#include "AudioRenderer.h"
-#include "MediaPackets.h"
-#include "SystemOverrides.h"
+#include "src/playback/AudioRenderer.h"
+#include "tests/support/MediaPackets.h"
+#include "tests/support/SystemOverrides.h"
 
 #include <QTest>
 

@@ -1,11 +1,11 @@
 // The codecs of the playback path against recorded streams, and the rules by which a decoder comes and goes.
 
-#include "DecoderFactories.h"
-#include "DecoderSlot.h"
-#include "MediaPackets.h"
-#include "PacketDump.h"
-#include "SwrConverter.h"
-#include "UniquePtr.h"
+#include "audio/PacketDump.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/DecoderSlot.h"
+#include "src/playback/SwrConverter.h"
+#include "src/playback/UniquePtr.h"
+#include "tests/support/MediaPackets.h"
 
 #include <QFile>
 #include <QTest>

@@ -1,12 +1,12 @@
 // What the playback path asks of FFmpeg's libraries, with calls that are replaced: they wait, fail, and note
 // what they were given.
 
-#include "AacStream.h"
-#include "AudioDevice.h"
-#include "DecoderContext.h"
-#include "DecoderFactories.h"
-#include "MediaPackets.h"
-#include "SwrConverter.h"
+#include "src/playback/AudioDevice.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/SwrConverter.h"
+#include "tests/playback/AacStream.h"
+#include "tests/support/MediaPackets.h"
 
 #include <QTest>
 

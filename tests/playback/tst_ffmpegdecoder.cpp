@@ -1,12 +1,12 @@
 // The decoder of libavcodec behind its interface: frames, pictures and the pool.
 
-#include "AacStream.h"
-#include "DecoderContext.h"
-#include "DecoderFactories.h"
-#include "DecoderIsolated_FFmpeg.h"
-#include "Frame.h"
-#include "PictureStream.h"
-#include "SwrConverter.h"
+#include "src/playback/DecoderContext.h"
+#include "src/playback/DecoderFactories.h"
+#include "src/playback/DecoderIsolated_FFmpeg.h"
+#include "src/playback/Frame.h"
+#include "src/playback/SwrConverter.h"
+#include "tests/playback/AacStream.h"
+#include "tests/playback/PictureStream.h"
 
 #include <QElapsedTimer>
 #include <QTest>

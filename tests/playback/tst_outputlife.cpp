@@ -1,8 +1,8 @@
 // What AudioRenderer asks of QAudioOutput, in which order, with a QAudioOutput whose calls are replaced.
 
-#include "AudioRenderer.h"
-#include "MediaPackets.h"
-#include "SystemOverrides.h"
+#include "src/playback/AudioRenderer.h"
+#include "tests/support/MediaPackets.h"
+#include "tests/support/SystemOverrides.h"
 
 #include <QAudioOutput>
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 // Playback on a machine without any sound output.
 
-#include "AudioRenderer.h"
-#include "MediaPackets.h"
+#include "src/playback/AudioRenderer.h"
+#include "tests/support/MediaPackets.h"
 
 #include <QTest>
 

@@ -1,11 +1,11 @@
 // Playback through a real sound server: what is played is recorded from the output's monitor and measured.
 
-#include "AudioRenderer.h"
-#include "MediaPackets.h"
-#include "MonitorRecorder.h"
-#include "PulseServer.h"
-#include "SignalMeasure.h"
-#include "SoundTest.h"
+#include "src/playback/AudioRenderer.h"
+#include "tests/support/MediaPackets.h"
+#include "tests/support/MonitorRecorder.h"
+#include "tests/support/PulseServer.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/SoundTest.h"
 
 #include <QElapsedTimer>
 #include <QTest>

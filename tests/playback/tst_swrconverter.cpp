@@ -1,7 +1,6 @@
-#include "SwrConverter.h"
-#include "WavFiles.h"
-
-#include "SignalMeasure.h"
+#include "src/playback/SwrConverter.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/WavFiles.h"
 
 #include <QTest>
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "FakeFrameSmith.h"
-#include "LogCapture.h"
-#include "PluginVoiceDesk.h"
-#include "RecordingFramework.h"
-#include "SystemOverrides.h"
-#include "Variants.h"
+#include "src/PluginVoiceDesk.h"
+#include "tests/support/FakeFrameSmith.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/RecordingFramework.h"
+#include "tests/support/SystemOverrides.h"
+#include "tests/support/Variants.h"
 
 #include <QSignalSpy>
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "PluginFixture.h"
-
-#include "models/ItemRoles.h"
+#include "src/models/ItemRoles.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QAbstractItemModel>
 #include <QSortFilterProxyModel>

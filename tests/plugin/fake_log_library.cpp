@@ -1,6 +1,6 @@
 // A log library that tells on stdout how it is called, and that lacks what its build leaves out.
 
-#include <TrelLogUtl.h>
+#include "platform/TrelLogUtl.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 // Tells what the log gate found when it was loaded, and logs once.
 
-#include "vocabulary/LogGate.h"
+#include "src/vocabulary/LogGate.h"
 
 #include <cstdio>
 

@@ -1,8 +1,8 @@
 // A host as small as can be: loads the plug-in given, initialises it, asks for a talk, and tells what
 // happened.
 
-#include <FrameworkWrapperBase.h>
-#include <PluginBase.h>
+#include "platform/FrameworkWrapperBase.h"
+#include "platform/PluginBase.h"
 
 #include <QCoreApplication>
 #include <QPluginLoader>

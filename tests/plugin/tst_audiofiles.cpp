@@ -1,8 +1,8 @@
 // The audio files on the server and their remote playback.
 
-#include "PluginFixture.h"
-#include "SoundFiles.h"
-#include "WavFiles.h"
+#include "tests/plugin/PluginFixture.h"
+#include "tests/support/SoundFiles.h"
+#include "tests/support/WavFiles.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>

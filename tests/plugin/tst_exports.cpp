@@ -1,6 +1,6 @@
 // What the library exports, read from the library: callers outside of it link to these names.
 
-#include "BuiltLibraries.h"
+#include "tests/support/BuiltLibraries.h"
 
 #include <QLibrary>
 #include <QTest>

@@ -1,6 +1,6 @@
-#include "FakeFrameSmith.h"
-#include "FrameSmithWrapper.h"
-#include "LogCapture.h"
+#include "src/FrameSmithWrapper.h"
+#include "tests/support/FakeFrameSmith.h"
+#include "tests/support/LogCapture.h"
 
 #include <QSignalSpy>
 #include <QTest>

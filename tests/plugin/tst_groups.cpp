@@ -1,6 +1,5 @@
-#include "RecordsFixture.h"
-
-#include "models/NetworkAudioGroupTreeSortFilterModel.h"
+#include "src/models/NetworkAudioGroupTreeSortFilterModel.h"
+#include "tests/plugin/RecordsFixture.h"
 
 #include <QTest>
 

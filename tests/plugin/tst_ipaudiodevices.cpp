@@ -1,4 +1,4 @@
-#include "RecordsFixture.h"
+#include "tests/plugin/RecordsFixture.h"
 
 #include <QTest>
 

@@ -1,7 +1,6 @@
-#include "RecordsFixture.h"
-
-#include "models/ItemRows.h"
-#include "models/NetworkAudioGroupTreeSortFilterModel.h"
+#include "src/models/ItemRows.h"
+#include "src/models/NetworkAudioGroupTreeSortFilterModel.h"
+#include "tests/plugin/RecordsFixture.h"
 
 #include <QAbstractItemModelTester>
 #include <QStandardItem>

@@ -1,6 +1,5 @@
-#include "PluginFixture.h"
-
-#include "models/ItemRoles.h"
+#include "src/models/ItemRoles.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QAbstractEventDispatcher>
 #include <QTest>

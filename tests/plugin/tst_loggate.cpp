@@ -1,6 +1,6 @@
-#include "BuiltLibraries.h"
-#include "LogCapture.h"
-#include "vocabulary/LogGate.h"
+#include "src/vocabulary/LogGate.h"
+#include "tests/support/BuiltLibraries.h"
+#include "tests/support/LogCapture.h"
 
 #include <QProcess>
 #include <QTest>

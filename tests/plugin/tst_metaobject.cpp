@@ -1,6 +1,6 @@
 // What the front end can reach by the meta-object, in its order.
 
-#include "PluginFixture.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QTest>
 

@@ -1,10 +1,9 @@
 // The binary contract with the host: the order of virtual operations and of members. A host that was built
 // from other headers calls through the table by place, so these tests do, too.
 
-#include "PluginFixture.h"
-
-#include <ConfigBase.h>
-#include <FrameSmith.h>
+#include "platform/ConfigBase.h"
+#include "platform/FrameSmith.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QTest>
 

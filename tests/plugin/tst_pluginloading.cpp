@@ -1,5 +1,5 @@
-#include "BuiltLibraries.h"
-#include <PluginBase.h>
+#include "platform/PluginBase.h"
+#include "tests/support/BuiltLibraries.h"
 
 #include <QFileInfo>
 #include <QJsonObject>

@@ -1,11 +1,11 @@
 // Received packets of every rate and channel count, through the plug-in to the real Qt and a real sound
 // server.
 
-#include "AudioRenderer.h"
-#include "MediaPackets.h"
-#include "PluginVoiceDesk.h"
-#include "PulseServer.h"
-#include "SoundTest.h"
+#include "src/PluginVoiceDesk.h"
+#include "src/playback/AudioRenderer.h"
+#include "tests/support/MediaPackets.h"
+#include "tests/support/PulseServer.h"
+#include "tests/support/SoundTest.h"
 
 #include <QTest>
 

@@ -1,7 +1,6 @@
-#include "RecordsFixture.h"
-
-#include "models/ItemRows.h"
-#include "models/RowsById.h"
+#include "src/models/ItemRows.h"
+#include "src/models/RowsById.h"
+#include "tests/plugin/RecordsFixture.h"
 
 #include <QRandomGenerator>
 #include <QStandardItemModel>

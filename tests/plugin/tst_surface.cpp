@@ -1,4 +1,4 @@
-#include "PluginFixture.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QQmlComponent>
 #include <QQmlContext>

@@ -1,7 +1,7 @@
 // From an AudioReceived event to the packet that AudioRenderer gets. AudioRenderer is replaced here by one
 // that remembers its calls.
 
-#include "PluginFixture.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 // The blocks that travel as user data: whose they are, what they hold, and when they are freed. Reads and
 // frees of the wrong memory are seen by the address sanitizer, lost blocks by its leak checker.
 
-#include "PendingBlocks.h"
-#include "PluginFixture.h"
+#include "src/PendingBlocks.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QTest>
 

@@ -1,5 +1,5 @@
-#include "PluginFixture.h"
-#include "vocabulary/Vocabulary.h"
+#include "src/vocabulary/Vocabulary.h"
+#include "tests/plugin/PluginFixture.h"
 
 #include <QTest>
 

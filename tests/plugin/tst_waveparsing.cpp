@@ -1,6 +1,6 @@
-#include "FakeFrameSmith.h"
-#include "FakeSoundTap.h"
-#include "FrameSmithWrapper.h"
+#include "src/FrameSmithWrapper.h"
+#include "tests/support/FakeFrameSmith.h"
+#include "tests/support/FakeSoundTap.h"
 
 #include <QFile>
 #include <QTemporaryDir>

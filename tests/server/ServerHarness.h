@@ -1,7 +1,7 @@
 #pragma once
 
-#include "RecordingServer.h"
-#include "ServerSession.h"
+#include "server/RecordingServer.h"
+#include "server/core/ServerSession.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -1,12 +1,12 @@
 // What simulated cameras say: their packets are decoded again and compared with what they heard or read.
 
-#include "CameraVoice.h"
-#include "DecoderSlot.h"
-#include "MediaPackets.h"
-#include "PacketHeader.h"
-#include "SignalMeasure.h"
-#include "SwrConverter.h"
-#include "WavFiles.h"
+#include "audio/PacketHeader.h"
+#include "server/devices/simulated/CameraVoice.h"
+#include "src/playback/DecoderSlot.h"
+#include "src/playback/SwrConverter.h"
+#include "tests/support/MediaPackets.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/WavFiles.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>

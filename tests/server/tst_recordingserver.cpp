@@ -1,8 +1,8 @@
-#include "NumberedFile.h"
-#include "PacketHeader.h"
-#include "RecordingServer.h"
-#include "ServerSession.h"
-#include "WavFiles.h"
+#include "audio/NumberedFile.h"
+#include "audio/PacketHeader.h"
+#include "server/RecordingServer.h"
+#include "server/core/ServerSession.h"
+#include "tests/support/WavFiles.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,10 +1,10 @@
 // The records of the reference server: what it accepts and refuses, and that it keeps what it confirmed.
 
-#include "FileReaders.h"
-#include "FullDisk.h"
-#include "ServerHarness.h"
-#include "SoundFiles.h"
-#include "WavFiles.h"
+#include "tests/server/ServerHarness.h"
+#include "tests/support/FileReaders.h"
+#include "tests/support/FullDisk.h"
+#include "tests/support/SoundFiles.h"
+#include "tests/support/WavFiles.h"
 
 #include <QDir>
 #include <QSqlDatabase>

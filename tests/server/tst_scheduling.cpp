@@ -1,8 +1,8 @@
 // Schedules by a clock of the test's: weeks go by in milliseconds.
 
-#include "ScheduleRule.h"
-#include "ServerHarness.h"
-#include "WavFiles.h"
+#include "protocol/ScheduleRule.h"
+#include "tests/server/ServerHarness.h"
+#include "tests/support/WavFiles.h"
 
 class TestScheduling : public QObject
 {

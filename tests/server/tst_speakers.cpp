@@ -1,10 +1,9 @@
 // Simulated speakers: what they play is measured in their recordings.
 
-#include "ServerHarness.h"
-#include "SignalMeasure.h"
-#include "WavFiles.h"
-
-#include <PacketHeader.h>
+#include "audio/PacketHeader.h"
+#include "tests/server/ServerHarness.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/WavFiles.h"
 
 #include <cmath>
 

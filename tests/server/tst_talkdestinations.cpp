@@ -1,4 +1,4 @@
-#include "TalkDestinations.h"
+#include "server/talks/TalkDestinations.h"
 
 #include <QTest>
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "PacketHeader.h"
-
-#include <FrameSmith.h>
+#include "audio/PacketHeader.h"
+#include "platform/FrameSmith.h"
 
 #include <QByteArray>
 

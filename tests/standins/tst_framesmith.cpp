@@ -1,13 +1,12 @@
-#include "CaptureChannel.h"
-#include "CaptureHarness.h"
-#include "FrameSmithErrors.h"
-#include "PacketClock.h"
-#include "PcmConverter.h"
-#include "SignalMeasure.h"
-#include "WavFiles.h"
-#include "WaveFileSource.h"
-
-#include <FrameSmith.h>
+#include "audio/PcmConverter.h"
+#include "platform/FrameSmith.h"
+#include "standins/framesmith/CaptureChannel.h"
+#include "standins/framesmith/FrameSmithErrors.h"
+#include "standins/framesmith/PacketClock.h"
+#include "standins/framesmith/WaveFileSource.h"
+#include "tests/standins/CaptureHarness.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/WavFiles.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,10 +1,10 @@
 // Capture from a real sound server: what is spoken into its virtual microphone arrives as packets.
 
-#include "CaptureHarness.h"
-#include "FrameSmithErrors.h"
-#include "PulseServer.h"
-#include "SignalMeasure.h"
-#include "SoundTest.h"
+#include "standins/framesmith/FrameSmithErrors.h"
+#include "tests/standins/CaptureHarness.h"
+#include "tests/support/PulseServer.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/SoundTest.h"
 
 #include <QTemporaryDir>
 #include <QTest>

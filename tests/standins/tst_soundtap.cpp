@@ -1,7 +1,6 @@
-#include "WavFiles.h"
-#include "WavHeader.h"
-
-#include <SoundTap.h>
+#include "platform/SoundTap.h"
+#include "standins/soundtap/WavHeader.h"
+#include "tests/support/WavFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>

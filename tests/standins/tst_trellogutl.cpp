@@ -1,5 +1,5 @@
-#include "BuiltLibraries.h"
-#include <TrelLogUtl.h>
+#include "platform/TrelLogUtl.h"
+#include "tests/support/BuiltLibraries.h"
 
 #include <QFile>
 #include <QLibrary>

@@ -1,4 +1,4 @@
-#include "FakeFrameSmith.h"
+#include "tests/support/FakeFrameSmith.h"
 
 #include <QMap>
 #include <QStringList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <FrameSmith.h>
+#include "platform/FrameSmith.h"
 
 #include <QByteArray>
 #include <QString>

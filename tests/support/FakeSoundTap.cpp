@@ -1,4 +1,4 @@
-#include "FakeSoundTap.h"
+#include "tests/support/FakeSoundTap.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <SoundTap.h>
+#include "platform/SoundTap.h"
 
 /** Takes the WAV header library's place in a test program. */
 namespace FakeSoundTap {

@@ -1,4 +1,4 @@
-#include "HostCommand.h"
+#include "tests/support/HostCommand.h"
 
 #include <QProcess>
 

@@ -1,6 +1,6 @@
 // Under Wine: a connection to tests_with_sound is the command; closing it ends the command.
 
-#include "HostCommand.h"
+#include "tests/support/HostCommand.h"
 
 #include <QDir>
 #include <QFileInfo>

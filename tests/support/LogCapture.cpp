@@ -1,6 +1,6 @@
-#include "LogCapture.h"
+#include "tests/support/LogCapture.h"
 
-#include "vocabulary/LogGate.h"
+#include "src/vocabulary/LogGate.h"
 
 LogCapture::LogCapture() : m_previous(g_logObject)
 {

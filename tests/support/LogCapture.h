@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TrelLogUtl.h>
+#include "platform/TrelLogUtl.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MediaPacket.h"
+#include "src/MediaPacket.h"
 
 #include <QByteArray>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "HostCommand.h"
-#include "WavFiles.h"
+#include "tests/support/HostCommand.h"
+#include "tests/support/WavFiles.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "HostCommand.h"
+#include "tests/support/HostCommand.h"
 
 #include <QByteArray>
 #include <QProcess>

@@ -1,4 +1,4 @@
-#include "RecordingFramework.h"
+#include "tests/support/RecordingFramework.h"
 
 void RecordingFramework::reservedOperation()
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <FrameworkWrapperBase.h>
+#include "platform/FrameworkWrapperBase.h"
 
 #include <QStringList>
 #include <QVariantMap>

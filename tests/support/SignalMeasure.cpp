@@ -1,4 +1,4 @@
-#include "SignalMeasure.h"
+#include "tests/support/SignalMeasure.h"
 
 #include <algorithm>
 #include <cmath>

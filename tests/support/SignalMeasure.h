@@ -1,6 +1,6 @@
 #pragma once
 
-#include "WavFiles.h"
+#include "tests/support/WavFiles.h"
 
 /** What a person would hear, in numbers. */
 namespace SignalMeasure {

@@ -1,6 +1,6 @@
-#include "SoundFiles.h"
+#include "tests/support/SoundFiles.h"
 
-#include <MediaFiles.h>
+#include "system/MediaFiles.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "WavFiles.h"
+#include "tests/support/WavFiles.h"
 
 /** Sound files in the formats that users have, by libavformat and libavcodec. */
 namespace SoundFiles {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ProgramEnd.h>
+#include "system/ProgramEnd.h"
 
 #include <QCoreApplication>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "SystemOverrides.h"
+#include "tests/support/SystemOverrides.h"
 
 #include <QAudioDeviceInfo>
 #include <QSysInfo>

@@ -1,4 +1,4 @@
-#include "VirtualDisplay.h"
+#include "tests/support/VirtualDisplay.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "WavFiles.h"
+#include "tests/support/WavFiles.h"
 
 #include <QFile>
 #include <QtEndian>
@@ -8,7 +8,7 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 #include <libswresample/swresample.h>
 }
-#include <MediaFiles.h>
+#include "system/MediaFiles.h"
 
 #include <cmath>
 #include <cstring>

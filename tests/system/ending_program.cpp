@@ -1,6 +1,6 @@
 // Writes, and ends as programs with sound do.
 
-#include "ProgramEnd.h"
+#include "system/ProgramEnd.h"
 
 #include <cstdio>
 

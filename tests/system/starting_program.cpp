@@ -1,6 +1,6 @@
 // Shows what a program with sound finds in its environment.
 
-#include "ProgramStart.h"
+#include "system/ProgramStart.h"
 
 #include <QByteArray>
 

@@ -1,4 +1,4 @@
-#include "EnvironmentVariable.h"
+#include "system/EnvironmentVariable.h"
 
 #include <QTest>
 

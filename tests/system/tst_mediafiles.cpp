@@ -1,5 +1,5 @@
-#include "MediaFiles.h"
-#include "SoundFiles.h"
+#include "system/MediaFiles.h"
+#include "tests/support/SoundFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
-#include "FileReaders.h"
-#include "FullDisk.h"
-#include "PrivateFile.h"
-#include "WholeFile.h"
+#include "system/PrivateFile.h"
+#include "system/WholeFile.h"
+#include "tests/support/FileReaders.h"
+#include "tests/support/FullDisk.h"
 
 #include <QTemporaryDir>
 #include <QTest>

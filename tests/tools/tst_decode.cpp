@@ -1,8 +1,8 @@
 // voicedesk-decode as an integrator runs it.
 
-#include "AdtsHeader.h"
-#include "PacketDump.h"
-#include "WavFiles.h"
+#include "audio/AdtsHeader.h"
+#include "audio/PacketDump.h"
+#include "tests/support/WavFiles.h"
 
 #include <QFile>
 #include <QProcess>

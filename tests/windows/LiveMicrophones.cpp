@@ -1,7 +1,7 @@
 // Qt's sound plug-in asks waveInGetNumDevs how many microphones there are. Here it is made to ask this file
 // instead, which knows from a child process.
 
-#include "LiveMicrophones.h"
+#include "tests/windows/LiveMicrophones.h"
 
 #include <QAudioDeviceInfo>
 #include <QCoreApplication>

@@ -6,7 +6,7 @@
 // Each connection to the port in VOICEDESK_TEST_HOST is one command: a line of its words, parted by tabs,
 // goes in, its output comes out, and whichever ends first, the connection or the command, ends the other.
 
-#include "PulseServer.h"
+#include "tests/support/PulseServer.h"
 
 #include <QCoreApplication>
 #include <QProcess>

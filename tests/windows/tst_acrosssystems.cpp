@@ -4,9 +4,9 @@
 //   VOICEDESK_WINDOWS_PROGRAM  what runs a Windows program
 //   VOICEDESK_WINDOWS_ARGUMENT the Windows desk
 
-#include "ProgramRun.h"
-#include "SignalMeasure.h"
-#include "WavFiles.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/WavFiles.h"
 
 #include <QDir>
 #include <QFileInfo>

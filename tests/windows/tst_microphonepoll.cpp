@@ -1,11 +1,11 @@
 // Microphones that are plugged in and out while the plug-in runs in a host, with a server. The microphones
 // are the sound server's. Elsewhere than on Windows Qt's list is never empty, and the plug-in does not look.
 
-#include "BuiltLibraries.h"
-#include "EmbeddedLink.h"
-#include "LiveMicrophones.h"
-#include "PluginHost.h"
-#include "PulseServer.h"
+#include "client/PluginHost.h"
+#include "embedded/EmbeddedLink.h"
+#include "tests/support/BuiltLibraries.h"
+#include "tests/support/PulseServer.h"
+#include "tests/windows/LiveMicrophones.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>

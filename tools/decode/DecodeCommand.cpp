@@ -1,13 +1,13 @@
-#include "DecodeCommand.h"
+#include "tools/decode/DecodeCommand.h"
 
-#include "AdtsHeader.h"
-#include "PacketDump.h"
-#include "PacketStream.h"
-#include "StreamType.h"
+#include "audio/AdtsHeader.h"
+#include "audio/PacketDump.h"
+#include "audio/PacketStream.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <QCommandLineParser>
 
-#include <MediaFiles.h>
+#include "system/MediaFiles.h"
 
 #include <array>
 #include <cstdio>

@@ -1,6 +1,5 @@
-#include "DecodeCommand.h"
-
-#include <Console.h>
+#include "system/Console.h"
+#include "tools/decode/DecodeCommand.h"
 
 #include <QCoreApplication>
 

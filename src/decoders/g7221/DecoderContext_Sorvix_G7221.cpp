@@ -1,6 +1,6 @@
-#include "DecoderContext_Sorvix_G7221.h"
+#include "src/decoders/g7221/DecoderContext_Sorvix_G7221.h"
 
-#include "DecoderFactories.h"
+#include "src/playback/DecoderFactories.h"
 
 #include <algorithm>
 #include <cstring>

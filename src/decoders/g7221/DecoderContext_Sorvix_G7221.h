@@ -1,7 +1,7 @@
 #pragma once
 
-#include "G7221.h"
-#include "SpeechDecoder.h"
+#include "src/decoders/SpeechDecoder.h"
+#include "src/decoders/g7221/G7221.h"
 
 /** G.722.1 behind the decoder interface. */
 class DecoderContext_Sorvix_G7221 final : public SpeechDecoder

@@ -1,7 +1,7 @@
-#include "G7221.h"
+#include "src/decoders/g7221/G7221.h"
 
-#include "G7221FrameBits.h"
-#include "G7221Synthesis.h"
+#include "src/decoders/g7221/G7221FrameBits.h"
+#include "src/decoders/g7221/G7221Synthesis.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -10,8 +10,8 @@
  * a frame.
  */
 
-#include "GBEngine.h"
-#include "SpeechEngine.h"
+#include "src/decoders/GBEngine.h"
+#include "src/decoders/SpeechEngine.h"
 
 inline constexpr int G7221FrameSamples = 320;
 inline constexpr int G7221Regions = 14;

@@ -1,7 +1,7 @@
-#include "G7221FrameBits.h"
+#include "src/decoders/g7221/G7221FrameBits.h"
 
-#include "G7221Tables.h"
-#include "Integer.h"
+#include "src/decoders/Integer.h"
+#include "src/decoders/g7221/G7221Tables.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G7221.h"
+#include "src/decoders/g7221/G7221.h"
 
 /** From the bits of a frame to its transform coefficients (ITU-T G.722.1, clauses 4.1 to 4.6). */
 class G7221FrameBits

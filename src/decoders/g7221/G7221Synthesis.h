@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G7221.h"
+#include "src/decoders/g7221/G7221.h"
 
 /** From coefficients to samples: the inverse modulated lapped transform (ITU-T G.722.1, clause 4.7). */
 namespace G7221Synthesis {

@@ -1,6 +1,6 @@
 // Generated once from the tables of ITU-T G.722.1; row-major.
 
-#include "G7221Tables.h"
+#include "src/decoders/g7221/G7221Tables.h"
 
 namespace G7221Tables {
 

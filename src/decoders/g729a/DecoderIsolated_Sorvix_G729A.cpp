@@ -1,6 +1,6 @@
-#include "DecoderIsolated_Sorvix_G729A.h"
+#include "src/decoders/g729a/DecoderIsolated_Sorvix_G729A.h"
 
-#include "DecoderFactories.h"
+#include "src/playback/DecoderFactories.h"
 
 #include <algorithm>
 #include <cstring>

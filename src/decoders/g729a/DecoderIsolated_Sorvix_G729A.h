@@ -1,7 +1,7 @@
 #pragma once
 
-#include "G729A.h"
-#include "SpeechDecoder.h"
+#include "src/decoders/SpeechDecoder.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** G.729A behind the decoder interface; in spite of its name it decodes on the caller's thread. */
 class DecoderIsolated_Sorvix_G729A final : public SpeechDecoder

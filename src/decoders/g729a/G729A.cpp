@@ -1,15 +1,15 @@
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
-#include "G729AFrameBits.h"
-#include "G729AGains.h"
-#include "G729AHighPass.h"
-#include "G729ALsp.h"
-#include "G729AMath.h"
-#include "G729ANoisePath.h"
-#include "G729ANoiseTable.h"
-#include "G729APostFilter.h"
-#include "G729ASpeechPath.h"
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
+#include "src/decoders/g729a/G729AGains.h"
+#include "src/decoders/g729a/G729AHighPass.h"
+#include "src/decoders/g729a/G729ALsp.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729ANoisePath.h"
+#include "src/decoders/g729a/G729ANoiseTable.h"
+#include "src/decoders/g729a/G729APostFilter.h"
+#include "src/decoders/g729a/G729ASpeechPath.h"
+#include "src/decoders/g729a/G729ATables.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -12,8 +12,8 @@
  * a time; no allocation a frame.
  */
 
-#include "GBEngine.h"
-#include "SpeechEngine.h"
+#include "src/decoders/GBEngine.h"
+#include "src/decoders/SpeechEngine.h"
 
 inline constexpr int G729AFrameSamples = 80;
 inline constexpr int G729ASubframeSamples = 40;

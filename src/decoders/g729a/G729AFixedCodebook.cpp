@@ -1,6 +1,6 @@
-#include "G729AFixedCodebook.h"
+#include "src/decoders/g729a/G729AFixedCodebook.h"
 
-#include "Integer.h"
+#include "src/decoders/Integer.h"
 
 #include <algorithm>
 

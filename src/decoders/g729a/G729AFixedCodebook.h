@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** Four pulses a subframe (ITU-T G.729, clauses 3.8 and 4.1.4). */
 namespace G729AFixedCodebook {

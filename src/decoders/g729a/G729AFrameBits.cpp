@@ -1,4 +1,4 @@
-#include "G729AFrameBits.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
 
 #include <algorithm>
 

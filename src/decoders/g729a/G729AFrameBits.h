@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** From the bits of a frame to its parameters (ITU-T G.729, clause 4; Annex B, clause B.4). */
 namespace G729AFrameBits {

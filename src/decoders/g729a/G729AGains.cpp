@@ -1,7 +1,7 @@
-#include "G729AGains.h"
+#include "src/decoders/g729a/G729AGains.h"
 
-#include "G729AMath.h"
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729ATables.h"
 
 #include <algorithm>
 #include <numeric>

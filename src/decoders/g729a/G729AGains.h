@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The gains of the two codebooks (ITU-T G.729, clauses 3.9, 4.1.5 and 4.4.2). */
 namespace G729AGains {

@@ -1,6 +1,6 @@
-#include "G729AHighPass.h"
+#include "src/decoders/g729a/G729AHighPass.h"
 
-#include "G729AMath.h"
+#include "src/decoders/g729a/G729AMath.h"
 
 #include <algorithm>
 #include <limits>

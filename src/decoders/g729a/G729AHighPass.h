@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The high-pass at 100 Hz behind the decoder, which also doubles the level (ITU-T G.729, clause 4.2.5). */
 namespace G729AHighPass {

@@ -1,8 +1,8 @@
-#include "G729ALsp.h"
+#include "src/decoders/g729a/G729ALsp.h"
 
-#include "G729AFrameBits.h"
-#include "G729AMath.h"
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729ATables.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** Line spectral frequencies and pairs, and the filters that they stand for (ITU-T G.729, clause 3.2). */
 namespace G729ALsp {

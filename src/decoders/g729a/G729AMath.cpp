@@ -1,6 +1,6 @@
-#include "G729AMath.h"
+#include "src/decoders/g729a/G729AMath.h"
 
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729ATables.h"
 
 namespace G729AMath {
 

@@ -4,7 +4,7 @@
  * Integer forms of ITU-T G.729's basic operators and functions. Sums wrap modulo 2^32; nothing saturates.
  */
 
-#include "Integer.h"
+#include "src/decoders/Integer.h"
 
 namespace G729AMath {
 

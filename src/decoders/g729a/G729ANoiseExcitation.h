@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The random excitation of comfort noise (ITU-T G.729 Annex B, clause B.4.4). */
 namespace G729ANoiseExcitation {

@@ -1,11 +1,11 @@
-#include "G729ANoisePath.h"
+#include "src/decoders/g729a/G729ANoisePath.h"
 
-#include "G729AFrameBits.h"
-#include "G729ALsp.h"
-#include "G729AMath.h"
-#include "G729ANoiseExcitation.h"
-#include "G729ASynthesis.h"
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
+#include "src/decoders/g729a/G729ALsp.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729ANoiseExcitation.h"
+#include "src/decoders/g729a/G729ASynthesis.h"
+#include "src/decoders/g729a/G729ATables.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The path of a frame without speech: comfort noise (ITU-T G.729 Annex B, clause B.4). */
 namespace G729ANoisePath {

@@ -1,6 +1,6 @@
-#include "G729ANoiseTable.h"
+#include "src/decoders/g729a/G729ANoiseTable.h"
 
-#include "G729AMath.h"
+#include "src/decoders/g729a/G729AMath.h"
 
 namespace G729ANoiseTable {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The random words of the comfort noise, drawn ahead so that nothing waits for a seed. */
 namespace G729ANoiseTable {

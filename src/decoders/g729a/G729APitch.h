@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The lag and the adaptive codebook (ITU-T G.729, clauses 4.1.2 and 4.1.3). */
 namespace G729APitch {

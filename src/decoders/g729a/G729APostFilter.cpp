@@ -1,7 +1,7 @@
-#include "G729APostFilter.h"
+#include "src/decoders/g729a/G729APostFilter.h"
 
-#include "G729AMath.h"
-#include "G729ASynthesis.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729ASynthesis.h"
 
 #include <algorithm>
 #include <cstring>

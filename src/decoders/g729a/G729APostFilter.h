@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The post-filter of ITU-T G.729 Annex A, clause A.4.2: pitch, formants, tilt, gain control. */
 namespace G729APostFilter {

@@ -1,12 +1,12 @@
-#include "G729ASpeechPath.h"
+#include "src/decoders/g729a/G729ASpeechPath.h"
 
-#include "G729AFixedCodebook.h"
-#include "G729AFrameBits.h"
-#include "G729AGains.h"
-#include "G729ALsp.h"
-#include "G729AMath.h"
-#include "G729APitch.h"
-#include "G729ASynthesis.h"
+#include "src/decoders/g729a/G729AFixedCodebook.h"
+#include "src/decoders/g729a/G729AFrameBits.h"
+#include "src/decoders/g729a/G729AGains.h"
+#include "src/decoders/g729a/G729ALsp.h"
+#include "src/decoders/g729a/G729AMath.h"
+#include "src/decoders/g729a/G729APitch.h"
+#include "src/decoders/g729a/G729ASynthesis.h"
 
 #include <algorithm>
 

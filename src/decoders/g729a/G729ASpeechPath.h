@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** The path of a speech frame, good or erased. */
 namespace G729ASpeechPath {

@@ -1,6 +1,6 @@
-#include "G729ASynthesis.h"
+#include "src/decoders/g729a/G729ASynthesis.h"
 
-#include "G729AMath.h"
+#include "src/decoders/g729a/G729AMath.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "G729A.h"
+#include "src/decoders/g729a/G729A.h"
 
 /** From excitation to speech by the prediction filter (ITU-T G.729, clause 3.10). */
 namespace G729ASynthesis {

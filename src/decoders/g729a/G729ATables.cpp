@@ -1,6 +1,6 @@
 // Generated once from the tables of ITU-T G.729; row-major.
 
-#include "G729ATables.h"
+#include "src/decoders/g729a/G729ATables.h"
 
 namespace G729ATables {
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "audio/TalkEncoder.h"
+
+struct AVCodecContext;
+struct AVFrame;
+struct AVPacket;
+
+/** G.711 (ITU-T G.711) and AAC with ADTS headers (ISO/IEC 13818-7), by libavcodec. */
+class AvTalkEncoder : public TalkEncoder
+{
+public:
+    /** @param codec PcmMuLaw, PcmALaw or Aac */
+    explicit AvTalkEncoder(TalkCodec codec);
+    ~AvTalkEncoder() override;
+    AvTalkEncoder(const AvTalkEncoder&) = delete;
+    AvTalkEncoder& operator=(const AvTalkEncoder&) = delete;
+
+    bool valid() const { return m_context != nullptr; }
+
+    TalkFormat format() const override { return m_format; }
+    QByteArray encode(const std::int16_t* samples) override;
+
+private:
+    bool open(int codecId);
+
+    TalkFormat m_format;
+    AVCodecContext* m_context = nullptr;
+    AVFrame* m_frame;
+    AVPacket* m_packet;
+};

@@ -1,0 +1,68 @@
+#include "audio/PacketDecoder.h"
+
+#include "audio/PacketHeader.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/channel_layout.h>
+}
+
+#include <cstring>
+
+namespace {
+
+constexpr std::uint32_t muLawStreamType = 8192;
+constexpr int maxBitstreamSize = 16384; // bytes; two seconds of sound
+
+} // namespace
+
+PacketDecoder::PacketDecoder() : m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
+{
+    const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_PCM_MULAW);
+    m_context = codec != nullptr ? avcodec_alloc_context3(codec) : nullptr;
+    if (m_context == nullptr) {
+        return;
+    }
+    m_context->sample_rate = sampleRate;
+    av_channel_layout_default(&m_context->ch_layout, 1);
+    if (avcodec_open2(m_context, codec, nullptr) < 0) {
+        avcodec_free_context(&m_context);
+    }
+}
+
+PacketDecoder::~PacketDecoder()
+{
+    avcodec_free_context(&m_context);
+    av_frame_free(&m_frame);
+    av_packet_free(&m_packet);
+}
+
+std::optional<DecodedTalk> PacketDecoder::decode(const QByteArray& packet)
+{
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(packet.constData());
+    const auto header = framesmith::PacketHeader::fromBytes(bytes, static_cast<std::size_t>(packet.size()));
+    if (!header || header->streamType != muLawStreamType || header->channels != 1 ||
+        header->sampleRate != sampleRate || m_context == nullptr) {
+        return std::nullopt;
+    }
+    const int size = packet.size() - header->length;
+    DecodedTalk talk;
+    talk.position = header->position;
+    talk.captureTime = header->captureTime;
+    if (size == 0) {
+        return talk;
+    }
+    if (size > maxBitstreamSize || av_new_packet(m_packet, size) < 0) {
+        return std::nullopt;
+    }
+    std::memcpy(m_packet->data, bytes + header->length, static_cast<std::size_t>(size));
+    const int sent = avcodec_send_packet(m_context, m_packet);
+    av_packet_unref(m_packet);
+    if (sent < 0 || avcodec_receive_frame(m_context, m_frame) < 0) {
+        return std::nullopt;
+    }
+    const auto* samples = reinterpret_cast<const std::int16_t*>(m_frame->data[0]);
+    talk.samples.assign(samples, samples + m_frame->nb_samples);
+    av_frame_unref(m_frame);
+    return talk;
+}

@@ -1,0 +1,157 @@
+#include "cli/TalkOptionReader.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+
+#include <algorithm>
+
+namespace {
+
+constexpr double longestTalk = 86400;     // s
+constexpr double longestTimeout = 3600;   // s
+constexpr double longestEchoDelay = 5000; // ms
+constexpr int packetsOfASecond = 12;
+
+const QList<QPair<QString, TalkCodec>> codecs{
+    {QStringLiteral("pcmu"), TalkCodec::PcmMuLaw}, {QStringLiteral("pcma"), TalkCodec::PcmALaw},
+    {QStringLiteral("aac"), TalkCodec::Aac},       {QStringLiteral("amr"), TalkCodec::AmrNb},
+    {QStringLiteral("g726"), TalkCodec::G726},     {QStringLiteral("g7221"), TalkCodec::G7221},
+    {QStringLiteral("g729a"), TalkCodec::G729A},
+};
+
+QCommandLineOption valueOption(const char* name, const char* description, const char* value,
+                               const char* fallback = "")
+{
+    return QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(description),
+                              QString::fromLatin1(value), QString::fromLatin1(fallback));
+}
+
+void addOptions(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "Talks to a camera: the server records what the camera hears, and what the camera says is played.\n"
+        "The talk lasts as long as the source file, or the camera's answer if that is longer; with a\n"
+        "microphone, until Ctrl-C or for --seconds."));
+    parser.addOptions({
+        valueOption("camera", "Camera to talk to (default: camera-1, which echoes).", "id", "camera-1"),
+        valueOption("seconds", "Length of the talk.", "n"),
+        valueOption("source", "Sound file that speaks in the microphone's place.", "file"),
+        QCommandLineOption(QStringLiteral("mic"), QStringLiteral("Use the default microphone.")),
+        valueOption("device", "Use the microphone of this name.", "name"),
+        valueOption("volume", "Microphone volume, 0 to 100; 50 leaves it as it is.", "n", "50"),
+        valueOption("speech", "Sound file or packet dump that camera-2 speaks.", "file"),
+        valueOption("codec",
+                    "The cameras' codec: pcmu (default), pcma, aac, amr; for --speech with a packet dump "
+                    "also g726, g7221, g729a.",
+                    "name", "pcmu"),
+        valueOption("echo-delay", "Time after which camera-1 echoes, ms (default: 500).", "n", "500"),
+        valueOption("output",
+                    "Folder of the server's recordings, a new file for each talk (default: recordings).",
+                    "folder", "recordings"),
+        valueOption("heard",
+                    "WAV file of what was heard, replaced (default: a new heard-N.wav in that folder).",
+                    "file"),
+        valueOption("timeout", "Wait for the server's answer (default: 5).", "seconds", "5"),
+        valueOption("fault",
+                    "Try out a failing server: \"silent\" answers nothing, \"drop\" loses the camera after a "
+                    "second.",
+                    "kind"),
+        valueOption("plugin", "The plug-in (default: found beside this program).", "file"),
+        QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
+                           QStringLiteral("Show this help.")),
+    });
+}
+
+/** A number above `above` and up to `most`; empty when the option holds anything else. */
+std::optional<double> number(const QCommandLineParser& parser, const char* option, double above, double most,
+                             QString* error)
+{
+    bool valid = false;
+    const double value = parser.value(QString::fromLatin1(option)).toDouble(&valid);
+    if (!valid || !(value > above && value <= most)) {
+        *error = QStringLiteral("--%1 takes a number from %2 to %3")
+                     .arg(QString::fromLatin1(option))
+                     .arg(above < 0 ? 0 : above)
+                     .arg(most);
+        return std::nullopt;
+    }
+    return value;
+}
+
+/** Sets the cameras up; false, and an error, when that was not said properly. */
+bool readCameras(const QCommandLineParser& parser, ServerConfig& server, QString* error)
+{
+    server.cameras = defaultCameras(parser.value(QStringLiteral("speech")));
+    const auto echoDelay = number(parser, "echo-delay", -1, longestEchoDelay, error);
+    if (!echoDelay) {
+        return false;
+    }
+    const QString codecName = parser.value(QStringLiteral("codec"));
+    const auto codec = std::find_if(codecs.begin(), codecs.end(),
+                                    [&](const auto& entry) { return entry.first == codecName; });
+    if (codec == codecs.end()) {
+        *error = QStringLiteral("--codec takes pcmu, pcma, aac, amr, g726, g7221 or g729a");
+        return false;
+    }
+    const QString fault = parser.value(QStringLiteral("fault"));
+    if (!fault.isEmpty() && fault != QLatin1String("silent") && fault != QLatin1String("drop")) {
+        *error = QStringLiteral("--fault takes \"silent\" or \"drop\"");
+        return false;
+    }
+    server.answers = fault != QLatin1String("silent");
+    for (CameraConfig& camera : server.cameras) {
+        camera.voice.codec = codec->second;
+        camera.voice.echoDelay = static_cast<int>(*echoDelay);
+        camera.dropAfterPackets = fault == QLatin1String("drop") ? packetsOfASecond : 0;
+    }
+    return true;
+}
+
+} // namespace
+
+std::optional<TalkOptions> TalkOptionReader::read(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    addOptions(parser);
+    if (!parser.parse(arguments)) {
+        error = parser.errorText();
+        return std::nullopt;
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        help = parser.helpText();
+        return std::nullopt;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        error = QStringLiteral("\"%1\" is one word too many").arg(parser.positionalArguments()[0]);
+        return std::nullopt;
+    }
+    const bool microphone = parser.isSet(QStringLiteral("mic")) || parser.isSet(QStringLiteral("device"));
+    if (parser.isSet(QStringLiteral("source")) && microphone) {
+        error = QStringLiteral("choose either --source or a microphone");
+        return std::nullopt;
+    }
+
+    TalkOptions options;
+    options.cameraId = parser.value(QStringLiteral("camera"));
+    options.pluginPath = parser.value(QStringLiteral("plugin"));
+    options.sourceFile = parser.value(QStringLiteral("source"));
+    options.inputDevice = parser.value(QStringLiteral("device"));
+    if (parser.isSet(QStringLiteral("seconds"))) {
+        const auto seconds = number(parser, "seconds", 0, longestTalk, &error);
+        if (!seconds) {
+            return std::nullopt;
+        }
+        options.seconds = *seconds;
+    }
+    const auto volume = number(parser, "volume", -1, 100, &error);
+    const auto timeout = number(parser, "timeout", 0, longestTimeout, &error);
+    if (!volume || !timeout || !readCameras(parser, options.server, &error)) {
+        return std::nullopt;
+    }
+    options.volume = static_cast<int>(*volume);
+    options.answerTimeout = static_cast<int>(*timeout * 1000);
+    const QDir output(parser.value(QStringLiteral("output")));
+    options.server.recordingDirectory = output.absolutePath();
+    options.heardFile = parser.value(QStringLiteral("heard"));
+    return options;
+}

@@ -1,0 +1,129 @@
+#include "cli/PluginSession.h"
+#include "cli/commands/CommandArguments.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Table.h"
+
+#include <QFileInfo>
+#include <QUrl>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int uploadTimeout = 120000; // ms
+
+QString statusText(int status)
+{
+    switch (status) {
+    case 1:
+        return QStringLiteral("uploading");
+    case 2:
+        return QStringLiteral("ready");
+    case 4:
+    case 5:
+        return QStringLiteral("refused");
+    default:
+        return QStringLiteral("status %1").arg(status);
+    }
+}
+
+QVariantList filesOf(const PluginSession& session)
+{
+    return session.plugin()->property("audioFileList").toList();
+}
+
+int listFiles(PluginSession& session)
+{
+    Table table({{"id", "id"}, {"name", "name"}, {"seconds", "seconds"}, {"status", "status"}});
+    const QVariantList files = filesOf(session);
+    for (const QVariant& entry : files) {
+        const QVariantMap file = entry.toMap();
+        table.add({file.value(QStringLiteral("audioID")).toInt(), file.value(QStringLiteral("audioName")),
+                   file.value(QStringLiteral("audioLength")).toInt() / 1000.0,
+                   statusText(file.value(QStringLiteral("audioStatus")).toInt())});
+    }
+    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
+    return ExitSuccess;
+}
+
+int addFile(PluginSession& session, const QString& path)
+{
+    if (!QFileInfo(path).isFile()) {
+        return PluginSession::fail(ExitUsage, QStringLiteral("%1 is no file").arg(path));
+    }
+    std::fprintf(stderr, "Reading %s ...\n", qUtf8Printable(path));
+    session.forget();
+    bool accepted = false;
+    QMetaObject::invokeMethod(session.plugin(), "uploadFile", Q_RETURN_ARG(bool, accepted),
+                              Q_ARG(QUrl, QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath())));
+    if (!accepted) {
+        return PluginSession::fail(ExitRefused, QStringLiteral("%1 cannot be read or sent").arg(path));
+    }
+    std::fprintf(stderr, "Uploading %lld bytes ...\n", static_cast<long long>(QFileInfo(path).size()));
+    const QString code = session.waitForReply(QStringLiteral("UploadFile"), uploadTimeout);
+    if (code.isEmpty()) {
+        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
+    }
+    if (code != QLatin1String("0")) {
+        return PluginSession::fail(ExitRefused,
+                                   QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
+    }
+    const QVariantList files = filesOf(session);
+    const QVariantMap added = files.isEmpty() ? QVariantMap() : files.last().toMap();
+    if (!added.contains(QStringLiteral("audioID"))) {
+        return PluginSession::fail(ExitRefused,
+                                   QStringLiteral("the server has taken the file, but does not list it"));
+    }
+    std::printf("added file %d\n", added.value(QStringLiteral("audioID")).toInt());
+    return ExitSuccess;
+}
+
+int deleteFile(PluginSession& session, int id)
+{
+    session.forget();
+    QMetaObject::invokeMethod(session.plugin(), "deleteAudioFile", Q_ARG(int, id));
+    const QString code = session.waitForReply(QStringLiteral("DeleteFile"));
+    if (code.isEmpty()) {
+        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
+    }
+    if (code != QLatin1String("0")) {
+        return PluginSession::fail(ExitRefused,
+                                   QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
+    }
+    std::printf("deleted file %d\n", id);
+    return ExitSuccess;
+}
+
+} // namespace
+
+int runFiles(const QStringList& words)
+{
+    CommandArguments arguments(
+        QStringLiteral("The audio files on the server.\n\n  list\n  add FILE\n  delete ID"));
+    if (!arguments.read(words)) {
+        return arguments.exitStatus();
+    }
+    const QString verb = arguments.word(0);
+    const bool known = (verb == QLatin1String("list") && arguments.words() == 1) ||
+                       (verb == QLatin1String("add") && arguments.words() == 2) ||
+                       (verb == QLatin1String("delete") && arguments.words() == 2);
+    if (!known) {
+        return arguments.usage(QStringLiteral("files list, add FILE, or delete ID"));
+    }
+    const auto id =
+        verb == QLatin1String("delete") ? arguments.number(arguments.word(1), "id") : std::optional(0);
+    if (!id || *id < 0) {
+        return ExitUsage;
+    }
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    if (session.waitForReply(QStringLiteral("GetAudioFile")).isEmpty()) {
+        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
+    }
+    if (verb == QLatin1String("list")) {
+        return listFiles(session);
+    }
+    return verb == QLatin1String("add") ? addFile(session, arguments.word(1)) : deleteFile(session, *id);
+}

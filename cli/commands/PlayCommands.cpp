@@ -1,0 +1,111 @@
+#include "cli/InterruptFlag.h"
+#include "cli/PluginSession.h"
+#include "cli/commands/CommandArguments.h"
+#include "cli/commands/Commands.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr int wholeProgress = 100; // percent
+
+/** What is to be played on: a device or a group; false, after a complaint, for neither or both. */
+bool readTarget(CommandArguments& arguments, bool* group, int* id)
+{
+    *group = arguments.isSet("group");
+    if (*group == arguments.isSet("device")) {
+        arguments.usage(QStringLiteral("give either --device or --group"));
+        return false;
+    }
+    const auto number = arguments.number(arguments.value(*group ? "group" : "device"), "id");
+    *id = number.value_or(0);
+    return number.has_value();
+}
+
+/** Follows a playback to its end. */
+int follow(PluginSession& session)
+{
+    int progress = 0;
+    while (progress < wholeProgress) {
+        if (InterruptFlag::raised()) {
+            return PluginSession::fail(ExitSuccess, QStringLiteral("interrupted; the server plays on"));
+        }
+        const auto response = session.waitFor("playAudioResponse");
+        if (const auto failure = session.takeNow("playAudioError")) {
+            PluginSession::fail(ExitRefused,
+                                QStringLiteral("%1: %2").arg(failure->arguments.value(0).toString(),
+                                                             failure->arguments.value(2).toString()));
+            if (!response) {
+                return ExitRefused;
+            }
+        }
+        if (!response) {
+            return PluginSession::fail(ExitNoAnswer, QStringLiteral("the playback ended without a word"));
+        }
+        if (!response->arguments.value(0).toBool()) {
+            return PluginSession::fail(ExitRefused, response->arguments.value(2).toString());
+        }
+        progress = response->arguments.value(1).toInt();
+        std::fprintf(stderr, "\r%3d %%", progress);
+        std::fflush(stderr);
+    }
+    std::fputs("\n", stderr);
+    return ExitSuccess;
+}
+
+} // namespace
+
+int runPlay(const QStringList& words)
+{
+    CommandArguments arguments(QStringLiteral("Plays an audio file of the server on a device or a group."));
+    arguments.option("file", "Id of the audio file.", "id");
+    arguments.option("device", "Id of the device.", "id");
+    arguments.option("group", "Id of the group.", "id");
+    if (!arguments.read(words)) {
+        return arguments.exitStatus();
+    }
+    bool group = false;
+    int target = 0;
+    const auto file = arguments.number(arguments.value("file"), "file id (--file)");
+    if (!file || !readTarget(arguments, &group, &target)) {
+        return ExitUsage;
+    }
+    InterruptFlag::install();
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    QMetaObject::invokeMethod(session.plugin(), group ? "playGroupAudio" : "playAudio", Q_ARG(int, target),
+                              Q_ARG(int, *file));
+    return follow(session);
+}
+
+int runStop(const QStringList& words)
+{
+    CommandArguments arguments(QStringLiteral("Stops what a device or a group plays."));
+    arguments.option("device", "Id of the device.", "id");
+    arguments.option("group", "Id of the group.", "id");
+    if (!arguments.read(words)) {
+        return arguments.exitStatus();
+    }
+    bool group = false;
+    int target = 0;
+    if (!readTarget(arguments, &group, &target)) {
+        return ExitUsage;
+    }
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    QMetaObject::invokeMethod(session.plugin(), group ? "stopCurrentGroupAudio" : "stopCurrentAudio",
+                              Q_ARG(int, target));
+    const QString code = session.waitForReply(group ? QStringLiteral("StopCurrentGroupAudio")
+                                                    : QStringLiteral("StopCurrentAudio"));
+    if (code.isEmpty()) {
+        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
+    }
+    return code == QLatin1String("0")
+               ? static_cast<int>(ExitSuccess)
+               : PluginSession::fail(ExitRefused,
+                                     QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
+}

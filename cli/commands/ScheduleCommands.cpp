@@ -1,0 +1,153 @@
+#include "cli/commands/CommandArguments.h"
+#include "cli/commands/CommandResult.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Table.h"
+
+#include <QAbstractItemModel>
+
+#include <cstdio>
+
+namespace {
+
+enum Role
+{
+    IdRole = Qt::UserRole + 1,
+    EnabledRole,
+    NameRole,
+    StartRole,
+    TypeRole,
+    SettingsRole,
+    EndRole,
+    EndEnabledRole,
+    FileRole,
+    GroupsRole,
+    DevicesRole,
+};
+
+QString repeatText(const QModelIndex& schedule)
+{
+    switch (schedule.data(TypeRole).toInt()) {
+    case 0:
+        return QStringLiteral("once");
+    case 1:
+        return QStringLiteral("daily");
+    default: {
+        QStringList days;
+        const QVariantList weekdays =
+            schedule.data(SettingsRole).toMap().value(QStringLiteral("weekdays")).toList();
+        for (const QVariant& day : weekdays) {
+            days.append(day.toString());
+        }
+        return QStringLiteral("weekly on ") + days.join(QLatin1Char(','));
+    }
+    }
+}
+
+int listSchedules(PluginSession& session)
+{
+    session.forget();
+    QMetaObject::invokeMethod(session.plugin(), "getNetworkAudioSchedule");
+    if (session.waitForReply(QStringLiteral("GetNetworkAudioSchedule")).isEmpty()) {
+        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
+    }
+    const QAbstractItemModel* model = session.model("getNetworkAudioScheduleModel");
+    Table table({{"id", "id"},
+                 {"name", "name"},
+                 {"on", "enabled"},
+                 {"start", "start"},
+                 {"repeat", "repeat"},
+                 {"until", "end"},
+                 {"file", "file"},
+                 {"groups", "groups"},
+                 {"devices", "devices"}});
+    for (int row = 0; row < model->rowCount(); ++row) {
+        const QModelIndex index = model->index(row, 0);
+        table.add({index.data(IdRole).toInt(), index.data(NameRole), index.data(EnabledRole).toBool(),
+                   index.data(StartRole), repeatText(index),
+                   index.data(EndEnabledRole).toBool() ? index.data(EndRole) : QVariant(QString()),
+                   index.data(FileRole).toInt(), index.data(GroupsRole), index.data(DevicesRole)});
+    }
+    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
+    return ExitSuccess;
+}
+
+/** The record of an add or update; empty after a complaint. */
+std::optional<QVariantMap> recordOf(CommandArguments& arguments, const QString& name)
+{
+    const auto weekdays = arguments.ids("weekdays");
+    const auto groups = arguments.ids("groups");
+    const auto devices = arguments.ids("devices");
+    const auto file = arguments.number(arguments.value("file"), "file id (--file)");
+    if (!weekdays || !groups || !devices || !file) {
+        return std::nullopt;
+    }
+    const int type = arguments.isSet("weekdays") ? 2 : arguments.isSet("daily") ? 1 : 0;
+    return QVariantMap{
+        {QStringLiteral("scheduleName"), name},
+        {QStringLiteral("enableSchedule"), !arguments.isSet("disabled")},
+        {QStringLiteral("scheduleType"), type},
+        {QStringLiteral("scheduleSettings"), QVariantMap{{QStringLiteral("weekdays"), *weekdays}}},
+        {QStringLiteral("scheduleStartTime"), arguments.value("at")},
+        {QStringLiteral("scheduleEndTime"), arguments.value("until")},
+        {QStringLiteral("enableScheduleEndTime"), arguments.isSet("until")},
+        {QStringLiteral("audioID"), *file},
+        {QStringLiteral("groupIDList"), *groups},
+        {QStringLiteral("networkAudioIDList"), *devices},
+    };
+}
+
+} // namespace
+
+int runSchedules(const QStringList& words)
+{
+    CommandArguments arguments(
+        QStringLiteral("When the server plays which file.\n\n"
+                       "  list\n  add NAME\n  update ID NAME\n  delete ID\n\n"
+                       "Times are the server's local times, like 2026-03-01T08:30:00."));
+    arguments.option("at", "First run.", "time");
+    arguments.flag("daily", "Run every day.");
+    arguments.option("weekdays", "Run on these days of the week, 1 Monday to 7 Sunday.", "days");
+    arguments.option("until", "No run starts after this.", "time");
+    arguments.option("file", "Id of the audio file.", "id", "0");
+    arguments.option("devices", "Ids of devices to play on.", "ids");
+    arguments.option("groups", "Ids of groups to play on.", "ids");
+    arguments.flag("disabled", "Switched off.");
+    if (!arguments.read(words)) {
+        return arguments.exitStatus();
+    }
+    const QString verb = arguments.word(0);
+    const bool update = verb == QLatin1String("update");
+    const bool remove = verb == QLatin1String("delete");
+    const bool known = (verb == QLatin1String("list") && arguments.words() == 1) ||
+                       (verb == QLatin1String("add") && arguments.words() == 2) ||
+                       (update && arguments.words() == 3) || (remove && arguments.words() == 2);
+    if (!known) {
+        return arguments.usage(QStringLiteral("schedules list, add NAME, update ID NAME, or delete ID"));
+    }
+    const auto id = update || remove ? arguments.number(arguments.word(1), "id") : std::optional(0);
+    const auto record = recordOf(arguments, arguments.word(update ? 2 : 1));
+    if (!id || !record) {
+        return ExitUsage;
+    }
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    if (verb == QLatin1String("list")) {
+        return listSchedules(session);
+    }
+    bool accepted = false;
+    if (remove) {
+        QMetaObject::invokeMethod(session.plugin(), "deleteNetworkAudioSchedule",
+                                  Q_RETURN_ARG(bool, accepted), Q_ARG(int, *id));
+        return reportChange(session, accepted, "deleteNetworkAudioScheduleResponse", "deleted schedule");
+    }
+    if (update) {
+        QMetaObject::invokeMethod(session.plugin(), "updateNetworkAudioSchedule",
+                                  Q_RETURN_ARG(bool, accepted), Q_ARG(int, *id), Q_ARG(QVariantMap, *record));
+        return reportChange(session, accepted, "updateNetworkAudioScheduleResponse", "updated schedule");
+    }
+    QMetaObject::invokeMethod(session.plugin(), "addNetworkAudioSchedule", Q_RETURN_ARG(bool, accepted),
+                              Q_ARG(QVariantMap, *record));
+    return reportChange(session, accepted, "addNetworkAudioScheduleResponse", "added schedule");
+}

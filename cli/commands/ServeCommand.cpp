@@ -1,0 +1,105 @@
+#include "cli/InterruptFlag.h"
+#include "cli/PluginSession.h"
+#include "cli/commands/CommandArguments.h"
+#include "cli/commands/Commands.h"
+#include "client/ExitStatus.h"
+#include "server/access/ServerCertificate.h"
+#include "server/access/SocketServer.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int lookInterval = 100; // ms
+
+} // namespace
+
+int runServe(const QStringList& words)
+{
+    CommandArguments arguments(QStringLiteral(
+        "Runs the reference server alone, for desks in other processes.\n\n"
+        "Who may log in stands in the file \"users\" of the data folder; --add-user adds a name, or\n"
+        "without one a token, with the password from --secret-file or VOICEDESK_SECRET.\n\n"
+        "While the server runs, no other program may use the data folder; commands reach it by --server."));
+    arguments.option("listen", "Address and port (default: 127.0.0.1:8440; port 0 takes a free one).",
+                     "address:port", "127.0.0.1:8440");
+    arguments.flag("tls", "Encrypt; a certificate is made in the data folder at the first start.");
+    arguments.option("add-user", "Add this user (\"\" for a token), then serve.", "name");
+    arguments.option("offline", "Addresses of devices that are not there, joined with commas.", "addresses");
+    arguments.flag("aloud", "Play what the simulated speakers play on this machine, too.");
+    if (!arguments.read(words)) {
+        return arguments.exitStatus();
+    }
+    const QString listen = arguments.value("listen");
+    const int colon = listen.lastIndexOf(QLatin1Char(':'));
+    bool validPort = false;
+    SocketConfig config;
+    config.port = listen.mid(colon + 1).toUShort(&validPort);
+    if (colon < 0 || !validPort || !config.address.setAddress(listen.left(colon))) {
+        return arguments.usage(QStringLiteral("--listen takes an address and a port, like 127.0.0.1:8440"));
+    }
+    ServerConfig serverConfig = arguments.client().embedded;
+    serverConfig.speakersAloud = arguments.isSet("aloud");
+    for (const QString& address : arguments.value("offline").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        serverConfig.offlineAddresses.insert(address);
+    }
+    InterruptFlag::install();
+    RecordingServer server(serverConfig);
+    if (!server.isOpen()) {
+        return PluginSession::fail(ExitServerFailed, server.errorString());
+    }
+    const QString usersFile = QDir(serverConfig.dataDirectory).filePath(QStringLiteral("users"));
+    if (!config.users.load(usersFile)) {
+        return PluginSession::fail(ExitServerFailed, QStringLiteral("%1 cannot be read").arg(usersFile));
+    }
+    if (arguments.isSet("add-user")) {
+        if (!config.users.setPassword(arguments.value("add-user"), arguments.client().secret)) {
+            return PluginSession::fail(ExitUsage,
+                                       QStringLiteral("the user cannot be added; is there a password in "
+                                                      "--secret-file or VOICEDESK_SECRET?"));
+        }
+        QString error;
+        if (!config.users.save(usersFile, &error)) {
+            return PluginSession::fail(
+                ExitServerFailed,
+                QStringLiteral("the user is not added, %1 cannot be written: %2; it is as it was")
+                    .arg(usersFile, error));
+        }
+    }
+    if (config.users.isEmpty()) {
+        return PluginSession::fail(ExitUsage,
+                                   QStringLiteral("nobody may log in yet; add a user with --add-user NAME"));
+    }
+    std::optional<ServerCertificate> certificate;
+    if (arguments.isSet("tls")) {
+        QString error;
+        certificate = ServerCertificate::loadOrCreate(serverConfig.dataDirectory, &error);
+        if (!certificate) {
+            return PluginSession::fail(ExitServerFailed, error);
+        }
+    }
+    SocketServer door(server, config, certificate ? &*certificate : nullptr);
+    if (!door.listen()) {
+        return PluginSession::fail(ExitServerFailed,
+                                   QStringLiteral("cannot listen at %1: %2").arg(listen, door.errorString()));
+    }
+    std::printf("serving at %s\n", qUtf8Printable(door.url().toString()));
+    if (certificate) {
+        std::printf("certificate %s\n",
+                    qUtf8Printable(ServerCertificate::fingerprint(certificate->certificate)));
+    }
+    std::fflush(stdout);
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, [] {
+        if (InterruptFlag::raised()) {
+            QCoreApplication::quit();
+        }
+    });
+    ticker.start(lookInterval);
+    QCoreApplication::exec();
+    return ExitSuccess;
+}

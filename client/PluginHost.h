@@ -1,0 +1,64 @@
+#pragma once
+
+#include "client/ServerLink.h"
+#include "platform/FrameworkWrapperBase.h"
+
+#include <QPluginLoader>
+
+class PluginBase;
+
+/**
+ * The host framework, as far as the plug-in needs one: loads the plug-in and carries commands, replies and
+ * events between it and a server.
+ *
+ *   plug-in -- SendCommand --> PluginHost --> ServerLink --> server
+ *   plug-in <-- CommandProcessor, EventProcessor, PluginServerConnected -- PluginHost <-- ServerLink
+ *
+ * Everything happens on the thread that made the host. The front end reaches the plug-in through its
+ * meta-object only.
+ */
+class PluginHost : public QObject, private FrameworkWrapperBase
+{
+    Q_OBJECT
+
+public:
+    /** @param link outlives the host */
+    explicit PluginHost(ServerLink& link);
+    ~PluginHost() override;
+
+    /**
+     * Loads the plug-in, initialises it, and opens the link.
+     *
+     * @param path the library; empty to look beside the program and in the lib folder beside its folder
+     * @return false when that fails; errorString then says why
+     */
+    bool load(const QString& path);
+
+    QString errorString() const { return m_errorString; }
+
+    /** The plug-in's object; null before load and after unload. */
+    QObject* plugin() const;
+
+    /** Destroys the plug-in, which ends its talks. */
+    void unload();
+
+Q_SIGNALS:
+    /** The plug-in sent a command, and whether the link took it. */
+    void commandSent(const QString& command, const QVariant& payload, bool accepted);
+
+    /** A reply came, before the plug-in sees it. */
+    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText);
+
+    /** An event came, before the plug-in sees it. */
+    void eventArrived(const QString& event, const QVariant& payload);
+
+private:
+    void reservedOperation() override {}
+    bool SendCommand(void* pluginHandle, const QString& pluginId, const QString& command,
+                     const QVariant& param, void* userData, bool flag, const QString& extra) override;
+
+    ServerLink& m_link;
+    QPluginLoader m_loader;
+    PluginBase* m_plugin = nullptr; ///< Owned; the loader's instance.
+    QString m_errorString;
+};

@@ -1,0 +1,139 @@
+#include "client/SocketLink.h"
+
+#include "protocol/WireMessage.h"
+
+#include <QCryptographicHash>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslError>
+#include <QTcpSocket>
+
+namespace {
+
+constexpr int firstRetryDelay = 250; // ms
+constexpr int longestRetryDelay = 5000;
+constexpr quint64 largestMessage = 256U << 20U; // bytes
+
+} // namespace
+
+SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m_retryDelay(firstRetryDelay)
+{
+    m_socket.setMaxAllowedIncomingMessageSize(largestMessage);
+    m_socket.setMaxAllowedIncomingFrameSize(largestMessage);
+    m_retryTimer.setSingleShot(true);
+    connect(&m_retryTimer, &QTimer::timeout, this, &SocketLink::open);
+    connect(&m_socket, &QWebSocket::connected, this, [this] {
+        sendAtOnce();
+        WireMessage login;
+        login.kind = WireMessage::Login;
+        login.name = m_config.user;
+        login.secret = m_config.secret;
+        m_socket.sendBinaryMessage(login.toBytes());
+    });
+    connect(&m_socket, &QWebSocket::binaryMessageReceived, this, &SocketLink::receive);
+    connect(&m_socket, &QWebSocket::disconnected, this, [this] {
+        end(m_socket.closeReason().isEmpty() ? m_socket.errorString() : m_socket.closeReason());
+    });
+    connect(&m_socket, QOverload<QAbstractSocket::SocketError>::of(&QWebSocket::error), this,
+            [this] { end(m_socket.errorString()); });
+    connect(&m_socket, &QWebSocket::bytesWritten, this, [this] {
+        const qint64 waiting = m_socket.bytesToWrite();
+        Q_EMIT sending(qMax(m_queued - waiting, qint64{0}), m_queued);
+        m_queued = waiting > 0 ? m_queued : 0;
+    });
+    connect(&m_socket, &QWebSocket::sslErrors, this, &SocketLink::checkCertificate);
+}
+
+SocketLink::~SocketLink()
+{
+    m_socket.disconnect(this);
+}
+
+/** Else a command waits for the acknowledgement of the one before, which the server may delay for 40 ms. */
+void SocketLink::sendAtOnce()
+{
+    // A web socket hides its connection, but owns it.
+    for (QTcpSocket* connection : m_socket.findChildren<QTcpSocket*>()) {
+        connection->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    }
+}
+
+void SocketLink::open()
+{
+    m_socket.open(m_config.url);
+}
+
+/** A certificate that the server signed itself is as good as one of the system's when it is the expected one.
+ */
+void SocketLink::checkCertificate(const QList<QSslError>& errors)
+{
+    if (m_config.fingerprint.isEmpty() || errors.isEmpty()) {
+        return;
+    }
+    const QByteArray digest = errors.first().certificate().digest(QCryptographicHash::Sha256).toHex();
+    if (digest == m_config.fingerprint.toLatin1().toLower()) {
+        m_socket.ignoreSslErrors();
+    }
+}
+
+void SocketLink::end(const QString& reason)
+{
+    m_ready = false;
+    m_queued = 0;
+    m_sent.clear();
+    if (m_retryTimer.isActive()) {
+        return; // an error and the end of the connection come both
+    }
+    // A refusal says why itself; what the socket says of its end differs between systems.
+    Q_EMIT lost(m_final && !m_refusal.isEmpty() ? m_refusal : reason, m_final);
+    if (!m_final) {
+        m_retryTimer.start(m_retryDelay);
+        m_retryDelay = qMin(2 * m_retryDelay, longestRetryDelay);
+    }
+}
+
+bool SocketLink::send(const QString& command, const QVariant& payload, void* userData)
+{
+    if (!m_ready) {
+        return false;
+    }
+    WireMessage message;
+    message.kind = WireMessage::Command;
+    message.id = m_sent.add(command, userData);
+    message.name = command;
+    message.payload = payload;
+    m_queued += m_socket.sendBinaryMessage(message.toBytes());
+    return true;
+}
+
+void SocketLink::receive(const QByteArray& bytes)
+{
+    const auto message = WireMessage::fromBytes(bytes);
+    if (!message) {
+        m_socket.close(QWebSocketProtocol::CloseCodeBadOperation, QStringLiteral("not a message"));
+        return;
+    }
+    switch (message->kind) {
+    case WireMessage::Welcome:
+        m_ready = true;
+        m_retryDelay = firstRetryDelay;
+        Q_EMIT connected();
+        break;
+    case WireMessage::Refused:
+        m_final = true;
+        m_refusal = message->text;
+        m_socket.close();
+        break;
+    case WireMessage::Reply: {
+        // By number alone: user data is of no other command than the one that it was sent with.
+        const SentCommands::Match sent = m_sent.match(message->id, message->name);
+        Q_EMIT replied(sent.command, message->payload, sent.userData, message->code, message->text);
+        break;
+    }
+    case WireMessage::Event:
+        Q_EMIT eventRaised(message->name, message->payload);
+        break;
+    default:
+        break;
+    }
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "client/SentCommands.h"
+#include "client/ServerLink.h"
+
+#include <QTimer>
+#include <QUrl>
+#include <QWebSocket>
+
+/** How to reach a server in another process. */
+struct SocketLinkConfig
+{
+    QUrl url;            ///< ws://host:port or wss://host:port
+    QString user;        ///< Empty for a token.
+    QString secret;      ///< Password or token.
+    QString fingerprint; ///< SHA-256 of the server's certificate, hexadecimal; empty for one that the system
+                         ///< trusts.
+};
+
+/**
+ * A server in another process, by WebSocket. After a loss the connection is made again by itself, and
+ * connected is emitted each time it comes up. What was asked before a loss is not answered any more, and its
+ * user data is not given back.
+ */
+class SocketLink : public ServerLink
+{
+    Q_OBJECT
+
+public:
+    explicit SocketLink(SocketLinkConfig config);
+    ~SocketLink() override;
+
+    void open() override;
+    bool send(const QString& command, const QVariant& payload, void* userData) override;
+
+Q_SIGNALS:
+    /** The connection could not be made, or was lost; it will be tried again unless @p final. */
+    void lost(const QString& reason, bool final);
+
+private:
+    void sendAtOnce();
+    void receive(const QByteArray& bytes);
+    void checkCertificate(const QList<QSslError>& errors);
+    void end(const QString& reason);
+
+    SocketLinkConfig m_config;
+    QWebSocket m_socket;
+    QTimer m_retryTimer;
+    int m_retryDelay;     ///< ms
+    bool m_ready = false; ///< Logged in.
+    bool m_final = false; ///< Not to be tried again.
+    QString m_refusal;    ///< Why, in the words of the server.
+    SentCommands m_sent;
+    qint64 m_queued = 0; ///< Bytes given to the socket since it had nothing to send.
+};

@@ -1,0 +1,73 @@
+#include "client/measure/TalkMonitor.h"
+
+#include "audio/PacketHeader.h"
+#include "audio/SteadyClock.h"
+
+#include <QVariantMap>
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t maxSaid = 600U * PacketDecoder::sampleRate; // samples, ten minutes
+
+} // namespace
+
+void TalkMonitor::commandSent(const QString& command, const QVariant& payload, bool accepted)
+{
+    if (command != QLatin1String("TalkData")) {
+        return;
+    }
+    const double now = SteadyClock::now();
+    const QVariantMap message = payload.toMap();
+    const quint32 sequence = message.value(QStringLiteral("sequence")).toUInt();
+    ++m_packets;
+    m_refused += accepted ? 0 : 1;
+    m_sequenceGaps += sequence == m_sequence + 1 ? 0 : 1;
+    m_sequence = sequence;
+    const QByteArray text = message.value(QStringLiteral("talkData")).toString().toLatin1();
+    if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
+        m_level = SoundLevel::rmsDbfs(talk->samples);
+        m_loudest = std::max(m_loudest, m_level);
+        m_commandTimes.push_back(now - SteadyClock::fromMicroseconds(talk->captureTime));
+        keepSaid(*talk);
+    }
+}
+
+void TalkMonitor::keepSaid(const DecodedTalk& talk)
+{
+    if (m_said.samples.empty()) {
+        m_said.sampleRate = PacketDecoder::sampleRate;
+        m_said.startTime = SteadyClock::fromMicroseconds(talk.captureTime) -
+                           static_cast<double>(talk.samples.size()) / PacketDecoder::sampleRate;
+        m_saidPosition = talk.position;
+    }
+    const std::size_t begin = talk.position - m_saidPosition;
+    const std::size_t end = begin + talk.samples.size();
+    if (end > maxSaid) {
+        return;
+    }
+    m_said.samples.resize(std::max(m_said.samples.size(), end));
+    std::copy(talk.samples.begin(), talk.samples.end(),
+              m_said.samples.begin() + static_cast<std::ptrdiff_t>(begin));
+}
+
+void TalkMonitor::eventArrived(const QString& event, const QVariant& payload)
+{
+    if (event != QLatin1String("AudioReceived")) {
+        return;
+    }
+    if (m_received++ > 0) {
+        return;
+    }
+    m_firstReceivedAt = SteadyClock::now();
+    const QVariantMap fields = payload.toMap().value(event).toMap();
+    const QByteArray packet =
+        QByteArray::fromBase64(fields.value(QStringLiteral("AudioData")).toString().toLatin1());
+    const auto header = framesmith::PacketHeader::fromBytes(
+        reinterpret_cast<const std::uint8_t*>(packet.constData()), static_cast<std::size_t>(packet.size()));
+    if (header && header->sampleRate > 0) {
+        m_firstReceivedPosition = static_cast<double>(header->position) / header->sampleRate -
+                                  static_cast<double>(m_saidPosition) / PacketDecoder::sampleRate;
+    }
+}

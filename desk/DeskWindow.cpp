@@ -1,0 +1,66 @@
+#include "desk/DeskWindow.h"
+
+#include "desk/WaveformItem.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QQmlContext>
+#include <QQuickStyle>
+#include <QQuickWindow>
+
+namespace {
+
+constexpr char module[] = "VoiceDesk";
+
+} // namespace
+
+void DeskWindow::registerTypes()
+{
+    const QString reason = QStringLiteral("only its values are of use");
+    QQuickStyle::setStyle(QStringLiteral("Fusion"));
+    qmlRegisterType<WaveformItem>(module, 1, 0, "Waveform");
+    qmlRegisterUncreatableType<TalkControl>(module, 1, 0, "TalkControl", reason);
+    qmlRegisterUncreatableType<TargetModel>(module, 1, 0, "TargetModel", reason);
+    qmlRegisterUncreatableType<TalkMeters>(module, 1, 0, "TalkMeters", reason);
+    qmlRegisterUncreatableType<DeskConnection>(module, 1, 0, "DeskConnection", reason);
+    qmlRegisterUncreatableType<PlaybackBook>(module, 1, 0, "PlaybackBook", reason);
+}
+
+DeskWindow::DeskWindow(Desk& desk) : m_desk(desk), m_talkKey(*desk.talk())
+{
+    m_engine.rootContext()->setContextProperty(QStringLiteral("desk"), &m_desk);
+    m_engine.rootContext()->setContextProperty(QStringLiteral("talkKey"), &m_talkKey);
+    connect(m_desk.settings(), &DeskSettings::languageChanged, this, [this] {
+        translate();
+        m_engine.retranslate();
+    });
+    translate();
+}
+
+void DeskWindow::translate()
+{
+    QCoreApplication::removeTranslator(&m_translator);
+    const QString chosen = m_desk.settings()->language();
+    const QLocale locale = chosen.isEmpty() ? QLocale::system() : QLocale(chosen);
+    QLocale::setDefault(locale);
+    if (m_translator.load(locale, QStringLiteral("voicedesk"), QStringLiteral("_"),
+                          QStringLiteral(":/translations"))) {
+        QCoreApplication::installTranslator(&m_translator);
+    }
+}
+
+bool DeskWindow::show()
+{
+    m_engine.load(QUrl(QStringLiteral("qrc:/desk/Main.qml")));
+    if (window() == nullptr) {
+        return false;
+    }
+    m_talkKey.watch(window());
+    return true;
+}
+
+QQuickWindow* DeskWindow::window() const
+{
+    const auto roots = m_engine.rootObjects();
+    return roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.first());
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "client/ServerLink.h"
+
+#include <memory>
+
+/**
+ * A link whose server can be changed while the plug-in stays loaded. It also asks for what the host wants to
+ * know itself; those replies do not reach the plug-in.
+ */
+class LinkSwitch : public ServerLink
+{
+    Q_OBJECT
+
+public:
+    /** Takes another link and opens it; what the old one was asked is not answered any more. */
+    void use(std::unique_ptr<ServerLink> link);
+
+    void open() override {}
+    bool send(const QString& command, const QVariant& payload, void* userData) override;
+
+    /** Asks for the cameras. */
+    void askForCameras();
+
+Q_SIGNALS:
+    /** The cameras: maps with "camId", "camName" and "online". */
+    void camerasListed(const QVariantList& cameras);
+
+private:
+    std::unique_ptr<ServerLink> m_link;
+};

@@ -1,0 +1,226 @@
+#include "desk/PlaybackBook.h"
+
+#include "desk/ErrorWords.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int tickInterval = 250;  // ms
+constexpr int wholeProgress = 100; // percent
+constexpr qint64 endSlack =
+    2000; // ms; by the clock alone a playback ends no earlier than this after its length
+
+} // namespace
+
+PlaybackBook::PlaybackBook(QObject* plugin) : m_plugin(plugin)
+{
+    m_timer.setInterval(tickInterval);
+    connect(&m_timer, &QTimer::timeout, this, &PlaybackBook::tick);
+    connect(plugin, SIGNAL(playAudioResponse(bool, int, QString, int)), this,
+            SLOT(playAudioResponse(bool, int, QString, int)));
+    connect(plugin, SIGNAL(playAudioError(QString, QString, QString, QString)), this,
+            SLOT(playAudioError(QString, QString, QString, QString)));
+}
+
+int PlaybackBook::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_entries.size());
+}
+
+QVariant PlaybackBook::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= rowCount()) {
+        return QVariant();
+    }
+    const Entry& entry = m_entries[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+    case TitleRole:
+        return entry.fileName;
+    case TargetRole:
+        return entry.name;
+    case ProgressRole:
+        return entry.progress;
+    case StateRole:
+        return entry.state;
+    case ProblemRole:
+        return entry.problem;
+    default:
+        return QVariant();
+    }
+}
+
+QHash<int, QByteArray> PlaybackBook::roleNames() const
+{
+    return {{TitleRole, "title"},
+            {TargetRole, "target"},
+            {ProgressRole, "progress"},
+            {StateRole, "state"},
+            {ProblemRole, "problem"}};
+}
+
+void PlaybackBook::changed(std::size_t row)
+{
+    const QModelIndex at = index(static_cast<int>(row));
+    Q_EMIT dataChanged(at, at);
+}
+
+void PlaybackBook::end(std::size_t row, State state, const QString& problem)
+{
+    m_entries[row].state = state;
+    m_entries[row].problem = problem;
+    if (state == Ended) {
+        m_entries[row].progress = 1;
+    }
+    changed(row);
+}
+
+void PlaybackBook::play(bool group, int id, const QString& name, int file, const QString& fileName,
+                        int length)
+{
+    // A speaker plays one file at a time: the new one takes the place of the old one, and its row.
+    for (std::size_t row = m_entries.size(); row-- > 0;) {
+        if (m_entries[row].group == group && m_entries[row].id == id) {
+            beginRemoveRows(QModelIndex(), static_cast<int>(row), static_cast<int>(row));
+            m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(row));
+            endRemoveRows();
+        }
+    }
+    Entry entry{group, id, name, fileName, length, Asked, 0, QString(), QElapsedTimer()};
+    entry.since.start();
+    beginInsertRows(QModelIndex(), rowCount(), rowCount());
+    m_entries.push_back(entry);
+    endInsertRows();
+    Q_EMIT countChanged();
+    QMetaObject::invokeMethod(m_plugin, group ? "playGroupAudio" : "playAudio", Q_ARG(int, id),
+                              Q_ARG(int, file));
+}
+
+void PlaybackBook::stop(int row)
+{
+    if (row < 0 || row >= rowCount()) {
+        return;
+    }
+    const Entry& entry = m_entries[static_cast<std::size_t>(row)];
+    QMetaObject::invokeMethod(m_plugin, entry.group ? "stopCurrentGroupAudio" : "stopCurrentAudio",
+                              Q_ARG(int, entry.id));
+    dismiss(row);
+}
+
+void PlaybackBook::dismiss(int row)
+{
+    if (row < 0 || row >= rowCount()) {
+        return;
+    }
+    beginRemoveRows(QModelIndex(), row, row);
+    m_entries.erase(m_entries.begin() + row);
+    endRemoveRows();
+    Q_EMIT countChanged();
+}
+
+void PlaybackBook::playAudioResponse(bool success, int progress, const QString& errorCode, int id)
+{
+    if (!success) {
+        const auto failedOne = std::find_if(m_entries.begin(), m_entries.end(), [id](const Entry& entry) {
+            return entry.state == Asked && entry.id == id;
+        });
+        if (failedOne != m_entries.end()) {
+            end(static_cast<std::size_t>(failedOne - m_entries.begin()), Failed,
+                errorCode.isEmpty() ? ErrorWords::of(QString()) : errorCode);
+        }
+        return;
+    }
+    const auto live = [](const Entry& entry) { return entry.state == Asked || entry.state == Playing; };
+    const bool alone = std::count_if(m_entries.begin(), m_entries.end(), live) == 1;
+    // The oldest that waits is the one that has begun.
+    auto entry =
+        std::find_if(m_entries.begin(), m_entries.end(), [](const Entry& e) { return e.state == Asked; });
+    if (entry == m_entries.end() && alone) {
+        entry = std::find_if(m_entries.begin(), m_entries.end(), live);
+    }
+    if (entry == m_entries.end()) {
+        return;
+    }
+    const auto row = static_cast<std::size_t>(entry - m_entries.begin());
+    if (entry->state == Asked) {
+        entry->state = Playing;
+        entry->since.start();
+        m_timer.start();
+    }
+    if (alone) {
+        entry->progress = progress / static_cast<qreal>(wholeProgress);
+        if (progress >= wholeProgress) {
+            end(row, Ended);
+            return;
+        }
+    }
+    changed(row);
+}
+
+void PlaybackBook::playAudioError(const QString& target, const QString& file, const QString& error,
+                                  const QString& schedule)
+{
+    for (std::size_t row = 0; row < m_entries.size(); ++row) {
+        if (m_entries[row].name == target && m_entries[row].state != Ended) {
+            end(row, Failed, error);
+        }
+    }
+    Q_EMIT failed(
+        schedule.isEmpty()
+            ? tr("\"%1\" was not played on %2: %3").arg(file, target, error)
+            : tr("Schedule \"%1\": \"%2\" was not played on %3: %4").arg(schedule, file, target, error));
+}
+
+void PlaybackBook::timedOut(const QString& command)
+{
+    for (std::size_t row = 0; row < m_entries.size(); ++row) {
+        const bool asked = m_entries[row].group ? command == QLatin1String("PlayGroupAudio")
+                                                : command == QLatin1String("PlayAudio");
+        if (asked && m_entries[row].state == Asked) {
+            end(row, Failed, tr("no answer from the server"));
+            return;
+        }
+    }
+}
+
+void PlaybackBook::forget()
+{
+    for (std::size_t row = 0; row < m_entries.size(); ++row) {
+        if (m_entries[row].state == Asked || m_entries[row].state == Playing) {
+            end(row, Failed, tr("the connection to the server was lost"));
+        }
+    }
+}
+
+void PlaybackBook::clear()
+{
+    m_timer.stop();
+    beginResetModel();
+    m_entries.clear();
+    endResetModel();
+    Q_EMIT countChanged();
+}
+
+void PlaybackBook::tick()
+{
+    const auto live = [](const Entry& entry) { return entry.state == Playing; };
+    const auto playing = std::count_if(m_entries.begin(), m_entries.end(), live);
+    if (playing == 0) {
+        m_timer.stop();
+        return;
+    }
+    for (std::size_t row = 0; row < m_entries.size(); ++row) {
+        Entry& entry = m_entries[row];
+        if (entry.state != Playing) {
+            continue;
+        }
+        const qint64 elapsed = entry.since.elapsed();
+        if (entry.length > 0 && elapsed > entry.length + endSlack) {
+            end(row, Ended);
+        } else if (playing > 1 && entry.length > 0) {
+            entry.progress = std::min(1.0, static_cast<qreal>(elapsed) / entry.length);
+            changed(row);
+        }
+    }
+}

@@ -1,0 +1,170 @@
+#include "desk/ScheduleWords.h"
+
+#include "desk/ErrorWords.h"
+#include "protocol/ScheduleRule.h"
+
+#include <QAbstractItemModel>
+#include <QLocale>
+#include <QTimeZone>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int daysOfWeek = 7;
+constexpr int soon = 6; // days; within these a weekday says enough
+
+QDateTime momentOf(const QString& now)
+{
+    return now.isEmpty() ? QDateTime::currentDateTime() : QDateTime::fromString(now, Qt::ISODate);
+}
+
+// The schedules' model tells its fields by these roles, in this order.
+constexpr const char* const fields[] = {"scheduleID",        "enableSchedule",        "scheduleName",
+                                        "scheduleStartTime", "scheduleType",          "scheduleSettings",
+                                        "scheduleEndTime",   "enableScheduleEndTime", "audioID",
+                                        "groupIDList",       "networkAudioIDList"};
+
+} // namespace
+
+QString ScheduleWords::check(const QVariantMap& record, const QString& now) const
+{
+    if (record.value(QStringLiteral("scheduleName")).toString().trimmed().isEmpty()) {
+        return tr("Give the schedule a name.");
+    }
+    const auto isEmpty = [&record](const char* list) {
+        return record.value(QLatin1String(list)).toList().isEmpty();
+    };
+    QString error;
+    const auto rule = ScheduleRule::fromRecord(record, &error);
+    if (!rule) {
+        const bool weekly = record.value(QStringLiteral("scheduleType")).toInt() == ScheduleRule::Weekly;
+        const QVariantMap settings = record.value(QStringLiteral("scheduleSettings")).toMap();
+        if (weekly && settings.value(QStringLiteral("weekdays")).toList().isEmpty()) {
+            return tr("Choose at least one day of the week.");
+        }
+        return tr("The times make no sense.");
+    }
+    if (!rule->nextRun(momentOf(now), QTimeZone::systemTimeZone())) {
+        return tr("It would never run: its time is over.");
+    }
+    if (record.value(QStringLiteral("audioID")).toInt() <= 0) {
+        return tr("Choose an audio file.");
+    }
+    if (isEmpty("groupIDList") && isEmpty("networkAudioIDList")) {
+        return tr("Choose at least one speaker or group.");
+    }
+    return QString();
+}
+
+QString ScheduleWords::nextRun(const QVariantMap& record, const QString& now) const
+{
+    if (!record.value(QStringLiteral("enableSchedule")).toBool()) {
+        return tr("switched off");
+    }
+    if (record.value(QStringLiteral("audioID")).toInt() <= 0) {
+        return tr("its file was deleted");
+    }
+    QString error;
+    const auto rule = ScheduleRule::fromRecord(record, &error);
+    const QDateTime moment = momentOf(now);
+    const auto run = rule ? rule->nextRun(moment, QTimeZone::systemTimeZone()) : std::nullopt;
+    if (!run) {
+        return tr("not any more");
+    }
+    const QDateTime local = run->toLocalTime();
+    const QString time = QLocale().toString(local.time(), QLocale::ShortFormat);
+    const qint64 days = moment.date().daysTo(local.date());
+    if (days == 0) {
+        return tr("today at %1").arg(time);
+    }
+    if (days == 1) {
+        return tr("tomorrow at %1").arg(time);
+    }
+    if (days <= soon) {
+        return tr("on %1 at %2").arg(QLocale().dayName(local.date().dayOfWeek()), time);
+    }
+    return tr("on %1 at %2").arg(QLocale().toString(local.date(), QLocale::ShortFormat), time);
+}
+
+QString ScheduleWords::repetition(const QVariantMap& record) const
+{
+    switch (record.value(QStringLiteral("scheduleType")).toInt()) {
+    case ScheduleRule::Once:
+        return tr("once");
+    case ScheduleRule::Daily:
+        return tr("every day");
+    default:
+        break;
+    }
+    const QVariantMap settings = record.value(QStringLiteral("scheduleSettings")).toMap();
+    QList<int> days;
+    const QVariantList weekdays = settings.value(QStringLiteral("weekdays")).toList();
+    for (const QVariant& day : weekdays) {
+        days.append(day.toInt());
+    }
+    std::sort(days.begin(), days.end());
+    QStringList names;
+    for (const int day : qAsConst(days)) {
+        names.append(QLocale().dayName(day, QLocale::ShortFormat));
+    }
+    return names.join(QStringLiteral(", "));
+}
+
+QVariantMap ScheduleWords::record(QObject* schedules, int row) const
+{
+    const auto* model = qobject_cast<QAbstractItemModel*>(schedules);
+    QVariantMap record;
+    if (model == nullptr) {
+        return record;
+    }
+    int role = Qt::UserRole;
+    for (const char* field : fields) {
+        record.insert(QLatin1String(field), model->index(row, 0).data(++role));
+    }
+    return record;
+}
+
+QVariantList ScheduleWords::week(QObject* schedules, const QDate& monday) const
+{
+    struct Run
+    {
+        int day;
+        int minute;
+        int row;
+        QString name;
+        bool enabled;
+    };
+    std::vector<Run> runs;
+    const auto* model = qobject_cast<QAbstractItemModel*>(schedules);
+    const QTimeZone zone = QTimeZone::systemTimeZone();
+    for (int row = 0; model != nullptr && row < model->rowCount(); ++row) {
+        const QVariantMap fieldsOfRow = record(schedules, row);
+        QString error;
+        const auto rule = ScheduleRule::fromRecord(fieldsOfRow, &error);
+        QDateTime after = QDateTime(monday, QTime(0, 0)).addMSecs(-1);
+        while (rule) {
+            const auto run = rule->nextRun(after, zone);
+            const qint64 day = run ? monday.daysTo(run->toLocalTime().date()) : daysOfWeek;
+            if (day >= daysOfWeek) {
+                break;
+            }
+            after = *run;
+            runs.push_back({static_cast<int>(day), run->toLocalTime().time().msecsSinceStartOfDay() / 60000,
+                            row, fieldsOfRow.value(QStringLiteral("scheduleName")).toString(),
+                            fieldsOfRow.value(QStringLiteral("enableSchedule")).toBool()});
+        }
+    }
+    std::stable_sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) {
+        return std::pair(a.day, a.minute) < std::pair(b.day, b.minute);
+    });
+    QVariantList list;
+    for (const Run& run : runs) {
+        list.append(QVariantMap{{QStringLiteral("day"), run.day},
+                                {QStringLiteral("minute"), run.minute},
+                                {QStringLiteral("row"), run.row},
+                                {QStringLiteral("name"), run.name},
+                                {QStringLiteral("enabled"), run.enabled}});
+    }
+    return list;
+}

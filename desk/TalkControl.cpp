@@ -1,0 +1,437 @@
+#include "desk/TalkControl.h"
+
+#include "desk/CommandWatch.h"
+#include "desk/ErrorWords.h"
+
+#include <QMetaObject>
+
+namespace {
+
+constexpr int tickInterval = 500;       // ms
+constexpr int releaseTail = 400;        // ms
+constexpr int microphoneSilence = 3000; // ms
+
+const QString speakerPrefix = QStringLiteral("speaker:");
+
+QString speakerKey(int id)
+{
+    return speakerPrefix + QString::number(id);
+}
+
+} // namespace
+
+TalkControl::TalkControl(QObject* plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout)
+    : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, answerTimeout)
+{
+    connect(&m_test, &SpeakerTest::tested, this, [this](int speaker, bool success, const QString& text) {
+        m_targets.setState(speakerKey(speaker), success ? TargetModel::Ready : TargetModel::Failed);
+        Q_EMIT tested(speaker, success, text);
+    });
+    m_answerTimer.setSingleShot(true);
+    m_answerTimer.setInterval(answerTimeout);
+    connect(&m_answerTimer, &QTimer::timeout, this, &TalkControl::timeOut);
+    m_ticker.setInterval(tickInterval);
+    connect(&m_ticker, &QTimer::timeout, this, &TalkControl::tick);
+    m_tail.setSingleShot(true);
+    m_tail.setInterval(releaseTail);
+    connect(&m_tail, &QTimer::timeout, this, &TalkControl::stop);
+    connect(m_plugin, SIGNAL(startTalkResponse(bool)), this, SLOT(startTalkResponse(bool)));
+    connect(m_plugin, SIGNAL(startTalkToIPAudioResponse(bool, QString, int)), this,
+            SLOT(startTalkToIPAudioResponse(bool, QString, int)));
+    connect(m_plugin, SIGNAL(talkDisconnected()), this, SLOT(talkDisconnected()));
+    connect(m_plugin, SIGNAL(talkingChanged()), this, SLOT(talkingChanged()));
+    connect(m_plugin, SIGNAL(audioInDevAvailableChanged()), this, SLOT(microphoneChanged()));
+}
+
+QString TalkControl::partners() const
+{
+    QStringList names;
+    for (const QString& key : m_partners) {
+        const TargetModel::Target* target = m_targets.find(key);
+        names.append(target != nullptr ? target->name : key.section(QLatin1Char(':'), 1));
+    }
+    return names.join(QStringLiteral(", "));
+}
+
+bool TalkControl::call(const char* invokable)
+{
+    return QMetaObject::invokeMethod(m_plugin, invokable);
+}
+
+void TalkControl::setPhase(Phase phase)
+{
+    if (m_phase == phase) {
+        return;
+    }
+    m_phase = phase;
+    if (phase == Talking) {
+        m_clock.start();
+        m_lastPacket.start();
+        m_ticker.start();
+    } else {
+        m_ticker.stop();
+    }
+    if (phase == Idle) {
+        setHold(Hold::None);
+        restoreMute();
+    }
+    Q_EMIT phaseChanged();
+    Q_EMIT secondsChanged();
+    updateWhileHeld();
+}
+
+void TalkControl::setHold(Hold hold)
+{
+    m_hold = hold;
+    if (hold == Hold::Tail) {
+        m_tail.start();
+    } else {
+        m_tail.stop();
+    }
+}
+
+void TalkControl::report(const QString& problem, const QString& advice)
+{
+    if (m_problem == problem && m_advice == advice) {
+        return;
+    }
+    m_problem = problem;
+    m_advice = advice;
+    Q_EMIT problemChanged();
+}
+
+void TalkControl::setOnline(bool online)
+{
+    if (m_online && !online && m_phase != Idle) {
+        stop();
+        report(tr("The connection to the server was lost; the talk has ended."),
+               tr("It is being made again. Then press Talk again."));
+    } else if (m_online && !online) {
+        report(QString(), QString()); // of an earlier attempt
+    }
+    m_online = online;
+}
+
+void TalkControl::setMuted(bool muted)
+{
+    m_lifted = false;
+    mute(muted);
+    updateWhileHeld();
+}
+
+void TalkControl::mute(bool muted)
+{
+    if (m_muted == muted) {
+        return;
+    }
+    m_muted = muted;
+    QMetaObject::invokeMethod(m_plugin, "setMicMute", Q_ARG(bool, muted));
+    Q_EMIT mutedChanged();
+    updateWhileHeld();
+}
+
+void TalkControl::liftMute()
+{
+    if (m_muted) {
+        m_lifted = true;
+        mute(false);
+    }
+}
+
+void TalkControl::restoreMute()
+{
+    if (m_lifted) {
+        m_lifted = false;
+        mute(true);
+    }
+}
+
+void TalkControl::updateWhileHeld()
+{
+    const bool whileHeld = m_phase == Talking && !m_muted && (m_hold != Hold::None || m_lifted);
+    if (m_whileHeld != whileHeld) {
+        m_whileHeld = whileHeld;
+        Q_EMIT whileHeldChanged();
+    }
+}
+
+void TalkControl::setVolume(int volume)
+{
+    volume = qBound(0, volume, 100);
+    if (m_volume == volume) {
+        return;
+    }
+    m_volume = volume;
+    QMetaObject::invokeMethod(m_plugin, "setMicVolume", Q_ARG(int, volume));
+    Q_EMIT volumeChanged();
+}
+
+void TalkControl::start()
+{
+    if (m_phase == Asking || m_hold == Hold::Tail) {
+        return;
+    }
+    if (m_test.isRunning()) {
+        report(tr("A speaker is being tested."), tr("Press Talk again when the test is over."));
+        return;
+    }
+    report(QString(), QString());
+    if (!m_online) {
+        report(tr("There is no connection to the server."),
+               tr("See the connection page; then press Talk again."));
+        return;
+    }
+    const auto chosen = m_targets.chosen();
+    if (chosen.empty()) {
+        report(tr("Nobody is chosen."), tr("Choose a camera or speakers in the list, then press Talk."));
+        return;
+    }
+    if (m_phase == Idle && chosen.front().camera) {
+        askCamera(chosen.front());
+    } else {
+        askSpeakers();
+    }
+}
+
+void TalkControl::askCamera(const TargetModel::Target& camera)
+{
+    setPhase(Asking);
+    m_asked = QStringList(camera.key());
+    m_targets.setState(camera.key(), TargetModel::Asked);
+    m_answerTimer.start();
+    bool accepted = false;
+    QMetaObject::invokeMethod(m_plugin, "startTalk", Q_RETURN_ARG(bool, accepted), Q_ARG(QString, camera.id),
+                              Q_ARG(QString, QString()));
+    if (!accepted) {
+        stop();
+        report(tr("The microphone cannot be opened."),
+               tr("Plug a microphone in, or allow this program to use it; then press Talk again."));
+    }
+}
+
+void TalkControl::askSpeakers()
+{
+    QStringList keys;
+    for (const TargetModel::Target& target : m_targets.chosen()) {
+        if (!target.camera && !m_partners.contains(target.key()) && !m_asked.contains(target.key())) {
+            keys.append(target.key());
+        }
+    }
+    if (keys.isEmpty()) {
+        return;
+    }
+    if (m_phase == Idle) {
+        // Before anything is asked: without a microphone there is nothing to be said.
+        bool capturing = false;
+        QMetaObject::invokeMethod(m_plugin, "startAudioCapture", Q_RETURN_ARG(bool, capturing));
+        if (!capturing) {
+            report(tr("The microphone cannot be opened."),
+                   tr("Plug a microphone in, or allow this program to use it; then press Talk again."));
+            return;
+        }
+        setPhase(Asking);
+    }
+    m_asked += keys;
+    m_answerTimer.start();
+    for (const QString& key : qAsConst(keys)) {
+        m_targets.setState(key, TargetModel::Asked);
+        bool accepted = false;
+        QMetaObject::invokeMethod(m_plugin, "startTalkToIPAudio", Q_RETURN_ARG(bool, accepted),
+                                  Q_ARG(int, key.mid(speakerPrefix.size()).toInt()));
+        if (!accepted) {
+            answered(key, false);
+        }
+    }
+}
+
+/** One of those asked has answered, and how. */
+void TalkControl::answered(const QString& key, bool success)
+{
+    m_asked.removeAll(key);
+    m_targets.setState(key, success ? TargetModel::Talking : TargetModel::Failed);
+    if (success && !m_partners.contains(key)) {
+        m_partners.append(key);
+        Q_EMIT partnersChanged();
+    }
+    if (m_asked.isEmpty()) {
+        m_answerTimer.stop();
+        if (m_partners.isEmpty()) {
+            call("stopAudioCapture");
+            setPhase(Idle);
+            return;
+        }
+    }
+    if (!m_partners.isEmpty()) {
+        setPhase(Talking);
+        keepCapturing();
+    }
+}
+
+/** A refusal stops the microphone, whoever else hears it. */
+void TalkControl::keepCapturing()
+{
+    if (m_phase == Talking) {
+        bool capturing = false;
+        QMetaObject::invokeMethod(m_plugin, "startAudioCapture", Q_RETURN_ARG(bool, capturing));
+    }
+}
+
+QString TalkControl::refusalOf(const QString& name) const
+{
+    const QString words = ErrorWords::of(m_watch.errorCode(QStringLiteral("StartTalk")),
+                                         m_watch.errorText(QStringLiteral("StartTalk")));
+    return tr("%1 cannot be talked to: %2").arg(name, words);
+}
+
+void TalkControl::startTalkResponse(bool success)
+{
+    const QString key = m_asked.value(0);
+    if (m_phase != Asking || !key.startsWith(QLatin1String("camera:"))) {
+        keepCapturing(); // too late; talkingChanged ends what nobody waits for
+        return;
+    }
+    const TargetModel::Target* target = m_targets.find(key);
+    const QString name = target != nullptr ? target->name : QString();
+    answered(key, success);
+    if (!success) {
+        report(refusalOf(name), tr("Check the camera's power and network, or choose another one."));
+        return;
+    }
+    askSpeakers();
+}
+
+void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error, int speaker)
+{
+    const QString key = speakerKey(speaker);
+    if (!m_asked.contains(key)) {
+        keepCapturing();
+        return;
+    }
+    const TargetModel::Target* target = m_targets.find(key);
+    const QString name = target != nullptr ? target->name : QString::number(speaker);
+    answered(key, success);
+    if (!success) {
+        report(
+            tr("%1 cannot be talked to: %2").arg(name, error.isEmpty() ? tr("the server refuses it") : error),
+            m_partners.isEmpty() ? tr("Check the speaker's power and network, or choose another one.")
+                                 : tr("The talk goes on with the others."));
+    }
+}
+
+void TalkControl::talkingChanged()
+{
+    const bool talking = m_plugin->property("talking").toBool();
+    if (talking && m_phase == Idle && !m_test.isRunning()) {
+        // An answer that came after all: nobody waits for it any more.
+        call("stopTalk");
+        call("stopAudioCapture");
+    } else if (!talking && m_phase == Talking) {
+        m_partners.clear();
+        m_asked.clear();
+        m_targets.endStates();
+        setPhase(Idle);
+        Q_EMIT partnersChanged();
+    }
+}
+
+void TalkControl::talkDisconnected()
+{
+    report(tr("The other side was lost; the talk has ended."),
+           tr("Check its power and network, then press Talk again."));
+}
+
+void TalkControl::microphoneChanged()
+{
+    if (!m_plugin->property("audioInDevAvailable").toBool()) {
+        report(tr("The microphone is gone; a talk that ran has ended."),
+               tr("Plug it in again, then press Talk."));
+    }
+}
+
+void TalkControl::timeOut()
+{
+    const bool wasTalking = m_phase == Talking;
+    for (const QString& key : qAsConst(m_asked)) {
+        m_targets.setState(key, TargetModel::Failed);
+    }
+    m_asked.clear();
+    if (!wasTalking) {
+        stop();
+    }
+    report(tr("The server did not answer in time."),
+           tr("See whether it runs and can be reached; then press Talk again."));
+}
+
+void TalkControl::stop()
+{
+    m_answerTimer.stop();
+    m_asked.clear();
+    call("stopTalk");
+    call("stopAudioCapture"); // also while nobody has answered
+    m_partners.clear();
+    m_targets.endStates();
+    setPhase(Idle);
+    Q_EMIT partnersChanged();
+}
+
+void TalkControl::toggle()
+{
+    if (m_phase == Idle) {
+        start();
+    } else {
+        stop();
+    }
+}
+
+void TalkControl::press()
+{
+    liftMute(); // before the first sound
+    if (m_hold == Hold::Tail) {
+        setHold(Hold::Down);
+        start(); // to those chosen since
+    } else if (m_phase == Idle) {
+        start();
+        if (m_phase == Idle) {
+            restoreMute();
+        } else {
+            setHold(Hold::Down);
+        }
+    }
+    updateWhileHeld();
+}
+
+void TalkControl::release()
+{
+    if (m_hold == Hold::Down) {
+        setHold(Hold::Tail); // its end restores the mute
+    } else {
+        restoreMute();
+    }
+}
+
+bool TalkControl::test(int speaker)
+{
+    if (m_phase != Idle || m_test.isRunning() || !m_online) {
+        return false;
+    }
+    m_test.start(speaker);
+    return true;
+}
+
+void TalkControl::forgetServer()
+{
+    stop();
+    m_test.cancel();
+    report(QString(), QString());
+}
+
+void TalkControl::tick()
+{
+    Q_EMIT secondsChanged();
+    const QString silent = tr("The microphone gives no sound.");
+    if (m_lastPacket.elapsed() > microphoneSilence) {
+        report(silent, tr("Is it plugged in, and is it the one that the system uses?"));
+    } else if (m_problem == silent) {
+        report(QString(), QString());
+    }
+}

@@ -1,0 +1,128 @@
+#include "desk/TalkMeters.h"
+
+#include "audio/SoundLevel.h"
+
+#include <QVariantMap>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int tickInterval = 50; // ms
+constexpr int ticksPerSecond = 1000 / tickInterval;
+constexpr std::size_t enoughToFlow = 3; // pieces of sound
+constexpr std::size_t mostWaiting = 10;
+constexpr qreal meterBottom = -60.0; // dBFS
+constexpr qreal fall = 0.08;         // a tick: from full to nothing in 0.6 s
+constexpr int mostStreams = 64;
+constexpr float fullScale = 32768.0F;
+
+} // namespace
+
+void TalkMeters::Meter::take(const std::vector<std::int16_t>& sound, int samplesPerSecond)
+{
+    const qreal loud = 1.0 - std::max(SoundLevel::rmsDbfs(sound), meterBottom) / meterBottom;
+    level = std::max(level, std::clamp(loud, 0.0, 1.0));
+    const auto piece = static_cast<std::size_t>(std::max(samplesPerSecond / ticksPerSecond, 1));
+    for (const std::int16_t sample : sound) {
+        peak = std::max(peak, std::abs(static_cast<float>(sample)) / fullScale);
+        if (++samples >= piece) {
+            waiting.push_back(peak);
+            samples = 0;
+            peak = 0;
+        }
+    }
+    while (waiting.size() > mostWaiting) {
+        waiting.pop_front();
+    }
+    flows = flows || waiting.size() >= enoughToFlow;
+}
+
+void TalkMeters::Meter::tick()
+{
+    level = std::max(level - fall, 0.0);
+    float next = 0;
+    if (flows && !waiting.empty()) {
+        next = waiting.front();
+        waiting.pop_front();
+    }
+    flows = flows && !waiting.empty();
+    history.peaks[history.next] = next;
+    history.next = (history.next + 1) % historyLength;
+}
+
+TalkMeters::TalkMeters()
+{
+    m_timer.setInterval(tickInterval);
+    connect(&m_timer, &QTimer::timeout, this, &TalkMeters::tick);
+}
+
+void TalkMeters::setActive(bool active)
+{
+    if (m_active == active) {
+        return;
+    }
+    m_active = active;
+    if (active) {
+        m_said = Meter();
+        m_heard = Meter();
+        m_streams.clear();
+        m_timer.start();
+    }
+}
+
+void TalkMeters::tick()
+{
+    m_said.tick();
+    m_heard.tick();
+    Q_EMIT ticked();
+    if (!m_active && m_said.level <= 0 && m_heard.level <= 0) {
+        m_timer.stop(); // the meters have come down
+    }
+}
+
+void TalkMeters::commandSent(const QString& command, const QVariant& payload, bool /*accepted*/)
+{
+    if (command != QLatin1String("TalkData")) {
+        return;
+    }
+    Q_EMIT packetSent();
+    const QByteArray text = payload.toMap().value(QStringLiteral("talkData")).toString().toLatin1();
+    if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
+        m_said.take(talk->samples, PacketDecoder::sampleRate);
+    }
+}
+
+void TalkMeters::eventArrived(const QString& event, const QVariant& payload)
+{
+    if (event != QLatin1String("AudioReceived") || !m_active) {
+        return;
+    }
+    const QVariantMap fields = payload.toMap().value(event).toMap();
+    const auto number = [&fields](const char* name) { return fields.value(QLatin1String(name)).toUInt(); };
+    const QByteArray packet =
+        QByteArray::fromBase64(fields.value(QStringLiteral("AudioData")).toString().toLatin1());
+    const auto size = static_cast<std::uint32_t>(packet.size());
+    const std::uint32_t offset = std::min(number("Offset"), size);
+    const std::uint32_t length = std::min(number("BitstreamSize"), size - offset);
+    const QString token = fields.value(QStringLiteral("Token")).toString();
+    auto& stream = m_streams[token];
+    if (!stream) {
+        if (m_streams.size() > mostStreams) {
+            m_streams.clear();
+            return;
+        }
+        StreamParameters parameters;
+        parameters.streamType = number("StreamType");
+        parameters.sampleRate = number("AudioSamplingFreq");
+        parameters.channels = static_cast<std::uint8_t>(number("AudioChannelNum"));
+        parameters.frameNumber = number("FrameNumber");
+        stream = std::make_shared<PacketStream>(parameters);
+    }
+    if (const auto samples = stream->decode(packet.mid(static_cast<int>(offset), static_cast<int>(length)))) {
+        const auto channels = static_cast<int>(std::clamp(number("AudioChannelNum") & 255U, 1U, 8U));
+        m_heard.take(*samples,
+                     channels * static_cast<int>(std::clamp(number("AudioSamplingFreq"), 8000U, 192000U)));
+    }
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "audio/PacketDecoder.h"
+#include "audio/PacketStream.h"
+
+#include <QHash>
+#include <QObject>
+#include <QTimer>
+#include <QVariant>
+
+#include <array>
+#include <deque>
+#include <memory>
+
+/**
+ * How loud is what is said and what is heard, measured on the packets that pass the host: a level for a meter
+ * and the peaks of the last ten seconds for a line. Rests while there is no talk.
+ */
+class TalkMeters : public QObject
+{
+    Q_OBJECT
+    /** 0 at -60 dBFS and below, 1 at full scale. */
+    Q_PROPERTY(qreal said READ said NOTIFY ticked)
+    Q_PROPERTY(qreal heard READ heard NOTIFY ticked)
+
+public:
+    static constexpr int historyLength = 200; ///< Peaks, 50 ms each.
+
+    enum Direction
+    {
+        Said,
+        Heard,
+    };
+    Q_ENUM(Direction)
+
+    /** Peaks, 0 to 1, in a ring. */
+    struct History
+    {
+        std::array<float, historyLength> peaks{};
+        std::size_t next = 0; ///< Where the next peak goes: the oldest one.
+    };
+
+    TalkMeters();
+
+    qreal said() const { return m_said.level; }
+    qreal heard() const { return m_heard.level; }
+    const History& history(Direction direction) const
+    {
+        return direction == Said ? m_said.history : m_heard.history;
+    }
+
+    /** Measures while there is a talk; clears the line at its start. */
+    void setActive(bool active);
+
+public Q_SLOTS:
+    void commandSent(const QString& command, const QVariant& payload, bool accepted);
+    void eventArrived(const QString& event, const QVariant& payload);
+
+Q_SIGNALS:
+    void ticked();
+    /** A packet of sound went out. */
+    void packetSent();
+
+private:
+    /** Packets come in lumps; their peaks wait in a queue and leave it one a tick. */
+    struct Meter
+    {
+        qreal level = 0;
+        History history;
+        std::deque<float> waiting;
+        bool flows = false;
+        float peak = 0;          ///< Of the piece that is being filled.
+        std::size_t samples = 0; ///< In it.
+
+        void take(const std::vector<std::int16_t>& sound, int samplesPerSecond);
+        void tick();
+    };
+
+    void tick();
+
+    PacketDecoder m_decoder;
+    QHash<QString, std::shared_ptr<PacketStream>> m_streams; ///< By token.
+    Meter m_said;
+    Meter m_heard;
+    QTimer m_timer;
+    bool m_active = false;
+};

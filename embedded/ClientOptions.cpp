@@ -1,0 +1,103 @@
+#include "embedded/ClientOptions.h"
+
+#include "client/SocketLink.h"
+#include "embedded/EmbeddedLink.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr double longestTimeout = 3600; // s
+constexpr int msPerSecond = 1000;
+
+QCommandLineOption valueOption(const char* name, const char* description, const char* value,
+                               const QString& fallback = QString())
+{
+    return QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(description),
+                              QString::fromLatin1(value), fallback);
+}
+
+QString defaultDataDirectory()
+{
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation))
+        .filePath(QStringLiteral("voicedesk"));
+}
+
+} // namespace
+
+void ClientOptions::addTo(QCommandLineParser& parser)
+{
+    parser.addOptions({
+        valueOption("server",
+                    "Use the server at this address, ws://host:port or wss://host:port (default: one inside "
+                    "of this program).",
+                    "url"),
+        valueOption("user", "Name to log in with; without one VOICEDESK_SECRET is a token.", "name"),
+        valueOption("secret-file",
+                    "File with the password or token (default: the environment variable VOICEDESK_SECRET).",
+                    "file"),
+        valueOption("fingerprint", "SHA-256 of the server's certificate, as \"voicedesk serve\" shows it.",
+                    "hex"),
+        valueOption("data",
+                    "Where the server inside this program keeps its records; for one program at a time.",
+                    "folder", defaultDataDirectory()),
+        valueOption("output", "Folder of recordings (default: recordings).", "folder",
+                    QStringLiteral("recordings")),
+        valueOption("timeout", "Wait for the server (default: 5).", "seconds", QStringLiteral("5")),
+        valueOption("plugin", "The plug-in (default: found beside this program).", "file"),
+        QCommandLineOption(QStringLiteral("json"), QStringLiteral("Write JSON, for programs.")),
+        QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
+                           QStringLiteral("Show this help.")),
+    });
+}
+
+std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parser, QString* error)
+{
+    ClientOptions options;
+    bool valid = false;
+    const double timeout = parser.value(QStringLiteral("timeout")).toDouble(&valid);
+    if (!valid || !(timeout > 0 && timeout <= longestTimeout)) {
+        *error = QStringLiteral("--timeout takes a number of seconds up to %1").arg(longestTimeout);
+        return std::nullopt;
+    }
+    options.timeout = static_cast<int>(timeout * msPerSecond);
+    options.pluginPath = parser.value(QStringLiteral("plugin"));
+    options.json = parser.isSet(QStringLiteral("json"));
+    options.serverUrl = parser.value(QStringLiteral("server"));
+    const QUrl url(options.serverUrl, QUrl::StrictMode);
+    const bool socketUrl = url.scheme() == QLatin1String("ws") || url.scheme() == QLatin1String("wss");
+    if (!options.serverUrl.isEmpty() && (!url.isValid() || !socketUrl || url.host().isEmpty())) {
+        *error = QStringLiteral("--server takes an address like ws://host:port or wss://host:port");
+        return std::nullopt;
+    }
+    options.user = parser.value(QStringLiteral("user"));
+    options.fingerprint = parser.value(QStringLiteral("fingerprint"));
+    options.secret = qEnvironmentVariable("VOICEDESK_SECRET");
+    if (parser.isSet(QStringLiteral("secret-file"))) {
+        QFile file(parser.value(QStringLiteral("secret-file")));
+        if (!file.open(QIODevice::ReadOnly)) {
+            *error = QStringLiteral("%1 cannot be read").arg(file.fileName());
+            return std::nullopt;
+        }
+        options.secret = QString::fromUtf8(file.readAll()).trimmed();
+    }
+    if (parser.value(QStringLiteral("data")).isEmpty()) {
+        // An unset variable in a script: the current folder is not meant.
+        *error = QStringLiteral("--data takes the name of a folder");
+        return std::nullopt;
+    }
+    options.embedded.cameras = defaultCameras();
+    options.embedded.dataDirectory = QDir(parser.value(QStringLiteral("data"))).absolutePath();
+    options.embedded.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();
+    return options;
+}
+
+std::unique_ptr<ServerLink> ClientOptions::makeLink() const
+{
+    if (serverUrl.isEmpty()) {
+        return std::make_unique<EmbeddedLink>(embedded);
+    }
+    return std::make_unique<SocketLink>(SocketLinkConfig{QUrl(serverUrl), user, secret, fingerprint});
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "client/ServerLink.h"
+#include "server/RecordingServer.h"
+
+#include <QCommandLineParser>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+/** The options that all commands share: which server, and how to be let in. */
+class ClientOptions
+{
+public:
+    static void addTo(QCommandLineParser& parser);
+
+    /** Empty, and an error, when they make no sense. */
+    static std::optional<ClientOptions> read(const QCommandLineParser& parser, QString* error);
+
+    /** A link to the chosen server; by default one of its own inside this process. */
+    std::unique_ptr<ServerLink> makeLink() const;
+
+    QString pluginPath; ///< Empty: found beside the program.
+    QString serverUrl;  ///< Empty for the embedded server.
+    QString user;
+    QString secret;
+    QString fingerprint;
+    ServerConfig embedded; ///< Of the embedded server.
+    int timeout = 5000;    ///< For the connection and for each answer, ms.
+    bool json = false;
+};

@@ -1,0 +1,103 @@
+#include "protocol/RecordChecks.h"
+
+#include <QHostAddress>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+
+namespace RecordChecks {
+
+Refusal name(const QString& name)
+{
+    const bool printable = std::none_of(name.begin(), name.end(), [](QChar character) {
+        return character.category() == QChar::Other_Control;
+    });
+    if (name.trimmed().isEmpty() || name.size() > longestName || !printable) {
+        return refusal(
+            ReturnCode::badName,
+            QStringLiteral("a name has 1 to %1 characters, and no control characters").arg(longestName));
+    }
+    return std::nullopt;
+}
+
+Refusal address(const QString& address)
+{
+    static const QRegularExpression hostName(
+        QStringLiteral("^(?=.{1,253}$)([A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?\\.)*"
+                       "[A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?$"));
+    static const QRegularExpression onlyNumbers(QStringLiteral("^[0-9.]*$"));
+    const bool numeric = onlyNumbers.match(address).hasMatch();
+    QHostAddress parsed;
+    const bool valid = parsed.setAddress(address) || (!numeric && hostName.match(address).hasMatch());
+    // QHostAddress also takes "1" for 0.0.0.1, which nobody means.
+    if (!valid || (numeric && address.count(QLatin1Char('.')) != 3)) {
+        return refusal(ReturnCode::badAddress,
+                       QStringLiteral("\"%1\" is no address").arg(address.left(longestName)));
+    }
+    return std::nullopt;
+}
+
+Refusal port(int port)
+{
+    constexpr int highest = 65535;
+    if (port < 1 || port > highest) {
+        return refusal(ReturnCode::badPort, QStringLiteral("a port is a number from 1 to %1").arg(highest));
+    }
+    return std::nullopt;
+}
+
+Refusal credentials(const QString& username, const QString& password)
+{
+    if (username.size() > longestCredential || password.size() > longestCredential) {
+        return refusal(
+            ReturnCode::badCredentials,
+            QStringLiteral("user name and password have at most %1 characters").arg(longestCredential));
+    }
+    return std::nullopt;
+}
+
+Refusal cameras(const QStringList& cameras)
+{
+    const bool tooLong = cameras.size() > longestList ||
+                         std::any_of(cameras.begin(), cameras.end(), [](const QString& camera) {
+                             return camera.isEmpty() || camera.size() > longestName;
+                         });
+    if (tooLong || QSet<QString>(cameras.begin(), cameras.end()).size() != cameras.size()) {
+        return refusal(ReturnCode::badList,
+                       QStringLiteral("the list of cameras has an empty entry, or one twice"));
+    }
+    return std::nullopt;
+}
+
+std::optional<QList<int>> ids(const QString& text)
+{
+    QList<int> list;
+    QSet<int> seen;
+    const auto pieces = text.splitRef(QLatin1Char(','), Qt::SkipEmptyParts);
+    if (pieces.size() > longestList) {
+        return std::nullopt;
+    }
+    for (const QStringRef& piece : pieces) {
+        bool valid = false;
+        const int id = piece.toInt(&valid);
+        if (!valid || id < 0 || seen.contains(id)) {
+            return std::nullopt;
+        }
+        seen.insert(id);
+        list.append(id);
+    }
+    return list;
+}
+
+QString joined(const QList<int>& ids)
+{
+    QStringList texts;
+    texts.reserve(ids.size());
+    for (const int id : ids) {
+        texts.append(QString::number(id));
+    }
+    return texts.join(QLatin1Char(','));
+}
+
+} // namespace RecordChecks

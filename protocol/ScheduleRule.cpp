@@ -1,0 +1,110 @@
+#include "protocol/ScheduleRule.h"
+
+namespace {
+
+constexpr int daysPerWeek = 7;
+
+std::optional<QDateTime> localTime(const QVariant& value)
+{
+    const QDateTime time = value.type() == QVariant::DateTime
+                               ? value.toDateTime()
+                               : QDateTime::fromString(value.toString(), Qt::ISODate);
+    if (!time.isValid() || time.timeSpec() != Qt::LocalTime) {
+        return std::nullopt;
+    }
+    return time;
+}
+
+std::optional<QSet<int>> weekdaysOf(const QVariant& settings)
+{
+    QSet<int> days;
+    const QVariantList list = settings.toMap().value(QStringLiteral("weekdays")).toList();
+    for (const QVariant& entry : list) {
+        bool valid = false;
+        const int day = entry.toInt(&valid);
+        if (!valid || day < 1 || day > daysPerWeek) {
+            return std::nullopt;
+        }
+        days.insert(day);
+    }
+    return days;
+}
+
+} // namespace
+
+std::optional<ScheduleRule> ScheduleRule::fromRecord(const QVariantMap& record, QString* error)
+{
+    ScheduleRule rule;
+    bool valid = false;
+    const int type = record.value(QStringLiteral("scheduleType")).toInt(&valid);
+    if (!valid || type < Once || type > Weekly) {
+        *error = QStringLiteral("\"scheduleType\" is 0 for once, 1 for daily or 2 for weekly");
+        return std::nullopt;
+    }
+    rule.type = static_cast<Type>(type);
+    const auto start = localTime(record.value(QStringLiteral("scheduleStartTime")));
+    if (!start) {
+        *error = QStringLiteral("\"scheduleStartTime\" is a local time like 2026-03-01T08:30:00");
+        return std::nullopt;
+    }
+    rule.firstDay = start->date();
+    rule.timeOfDay = start->time();
+    const auto weekdays = weekdaysOf(record.value(QStringLiteral("scheduleSettings")));
+    if (!weekdays || (rule.type == Weekly && weekdays->isEmpty())) {
+        *error = QStringLiteral(
+            "\"scheduleSettings\" of a weekly schedule has \"weekdays\", a list of 1 (Monday) to 7");
+        return std::nullopt;
+    }
+    rule.weekdays = *weekdays;
+    if (record.value(QStringLiteral("enableScheduleEndTime")).toBool()) {
+        rule.end = localTime(record.value(QStringLiteral("scheduleEndTime")));
+        if (!rule.end || *rule.end < *start) {
+            *error = QStringLiteral("\"scheduleEndTime\" is a local time that is not before the start");
+            return std::nullopt;
+        }
+    }
+    return rule;
+}
+
+/** The day's run as a moment. */
+QDateTime ScheduleRule::runOn(const QDate& day, const QTimeZone& zone) const
+{
+    QDateTime run(day, timeOfDay, zone);
+    if (run.isValid() && run.date() == day && run.time() == timeOfDay) {
+        // A time that comes twice: one hour earlier may read the same on the clock.
+        const QTimeZone::OffsetData change = zone.previousTransition(run);
+        if (!change.atUtc.isValid()) {
+            return run; // before the zone's first change, whose offsets are no numbers of seconds
+        }
+        const QDateTime before =
+            run.addSecs(change.offsetFromUtc - zone.offsetFromUtc(change.atUtc.addSecs(-1))).toTimeZone(zone);
+        return before < run && before.time() == timeOfDay && before.date() == day ? before : run;
+    }
+    // Skipped by the clock: the moment of the change. Noon before and after are never skipped.
+    const QDateTime noonBefore(day.addDays(-1), QTime(12, 0), zone);
+    const QTimeZone::OffsetData change = zone.nextTransition(noonBefore);
+    return change.atUtc.isValid() ? change.atUtc.toTimeZone(zone) : run;
+}
+
+std::optional<QDateTime> ScheduleRule::nextRun(const QDateTime& after, const QTimeZone& zone) const
+{
+    const QDateTime localAfter = after.toTimeZone(zone);
+    const auto acceptable = [&](const QDateTime& run) -> std::optional<QDateTime> {
+        const QDateTime last = end ? QDateTime(end->date(), end->time(), zone) : QDateTime();
+        return run > after && (!end || run <= last) ? std::optional(run) : std::nullopt;
+    };
+    if (type == Once) {
+        return acceptable(runOn(firstDay, zone));
+    }
+    QDate day = std::max(firstDay, localAfter.date().addDays(-1));
+    // A week and a day each side hold every weekday.
+    for (int i = 0; i < daysPerWeek + 3; ++i, day = day.addDays(1)) {
+        if (type == Weekly && !weekdays.contains(day.dayOfWeek())) {
+            continue;
+        }
+        if (const QDateTime run = runOn(day, zone); run > after) {
+            return acceptable(run);
+        }
+    }
+    return std::nullopt;
+}

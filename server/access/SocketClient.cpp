@@ -1,0 +1,154 @@
+#include "server/access/SocketClient.h"
+
+#include "server/core/ServerSession.h"
+
+namespace {
+
+constexpr quint64 largestLogin = 16384; // bytes
+constexpr int refusalTime = 1000;       // ms
+
+} // namespace
+
+SocketClient::SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
+                           QWebSocket* socket)
+    : m_server(server), m_config(config), m_logins(logins), m_socket(socket)
+{
+    m_socket->setParent(nullptr);
+    m_socket->setMaxAllowedIncomingMessageSize(largestLogin);
+    m_socket->setMaxAllowedIncomingFrameSize(largestLogin);
+    connect(m_socket.get(), &QWebSocket::binaryMessageReceived, this, &SocketClient::receive);
+    connect(m_socket.get(), &QWebSocket::textMessageReceived, this,
+            [this] { drop(QStringLiteral("messages are binary")); });
+    connect(m_socket.get(), &QWebSocket::disconnected, this, &SocketClient::gone);
+    connect(&m_logins, &LoginChecker::checked, this, [this](quint64 number, bool admitted) {
+        if (number == m_loginNumber && !m_dropped) {
+            m_loginNumber = 0;
+            answerLogin(admitted);
+        }
+    });
+    m_loginTimer.setSingleShot(true);
+    connect(&m_loginTimer, &QTimer::timeout, this, [this] { drop(QStringLiteral("no login")); });
+    m_loginTimer.start(m_config.loginTimeout);
+}
+
+SocketClient::~SocketClient()
+{
+    m_socket->disconnect(this);
+    m_logins.withdraw(m_loginNumber);
+}
+
+/** Later, because the session may be the one that is speaking. */
+void SocketClient::endSession()
+{
+    if (m_session) {
+        m_session->disconnect(this);
+        m_session.release()->deleteLater();
+    }
+}
+
+void SocketClient::drop(const QString& reason)
+{
+    if (m_dropped) {
+        return;
+    }
+    m_dropped = true;
+    m_loginTimer.stop();
+    m_logins.withdraw(m_loginNumber);
+    endSession();
+    m_socket->close(QWebSocketProtocol::CloseCodePolicyViolated, reason);
+    // A peer that does not answer the closing would hold the connection.
+    QTimer::singleShot(m_config.loginTimeout, this, [this] { m_socket->abort(); });
+}
+
+/** Leaves the closing to the client for a while: on Windows the end of a connection overtakes its last
+ * message. */
+void SocketClient::refuse(const QString& reason)
+{
+    m_loginTimer.stop();
+    endSession();
+    m_refused = true;
+    QTimer::singleShot(refusalTime, this, [this, reason] { drop(reason); });
+}
+
+void SocketClient::send(const WireMessage& message)
+{
+    if (m_dropped) {
+        return;
+    }
+    m_socket->sendBinaryMessage(message.toBytes());
+    if (m_socket->bytesToWrite() > m_config.longestQueue) {
+        m_dropped = true;
+        endSession();
+        m_socket->abort();
+    }
+}
+
+void SocketClient::receive(const QByteArray& bytes)
+{
+    if (m_dropped || m_refused) {
+        return;
+    }
+    const auto message = WireMessage::fromBytes(bytes);
+    if (!message) {
+        drop(QStringLiteral("not a message"));
+        return;
+    }
+    if (!m_session) {
+        login(*message);
+        return;
+    }
+    if (message->kind != WireMessage::Command || message->id == 0) {
+        drop(QStringLiteral("not a command"));
+        return;
+    }
+    // The command's number comes back as the user data of its reply.
+    m_session->submit(message->name, message->payload, reinterpret_cast<void*>(std::uintptr_t{message->id}));
+}
+
+void SocketClient::login(const WireMessage& message)
+{
+    if (message.kind != WireMessage::Login || m_loginNumber != 0) {
+        drop(QStringLiteral("not logged in"));
+        return;
+    }
+    m_loginTimer.stop(); // from here on the time is the server's: many logins wait for each other
+    m_loginNumber = m_logins.check(message.name, message.secret);
+}
+
+void SocketClient::answerLogin(bool admitted)
+{
+    if (!admitted) {
+        WireMessage refused;
+        refused.kind = WireMessage::Refused;
+        refused.text = QStringLiteral("wrong user name, password or token");
+        send(refused);
+        refuse(refused.text);
+        return;
+    }
+    m_loginTimer.stop();
+    m_socket->setMaxAllowedIncomingMessageSize(m_config.largestMessage);
+    m_socket->setMaxAllowedIncomingFrameSize(m_config.largestMessage);
+    m_session = std::make_unique<ServerSession>(m_server);
+    connect(m_session.get(), &ServerSession::replied, this,
+            [this](const QString& command, void* userData, const ServerReply& reply) {
+                WireMessage answer;
+                answer.kind = WireMessage::Reply;
+                answer.id = static_cast<quint32>(reinterpret_cast<std::uintptr_t>(userData));
+                answer.name = command;
+                answer.payload = reply.result;
+                answer.code = reply.returnCode;
+                answer.text = reply.errorText;
+                send(answer);
+            });
+    connect(m_session.get(), &ServerSession::eventRaised, this,
+            [this](const QString& event, const QVariant& payload) {
+                WireMessage message;
+                message.kind = WireMessage::Event;
+                message.name = event;
+                message.payload = payload;
+                send(message);
+            });
+    WireMessage welcome;
+    welcome.kind = WireMessage::Welcome;
+    send(welcome);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "protocol/WireMessage.h"
+#include "server/access/SocketServer.h"
+
+#include <QWebSocket>
+
+#include <memory>
+#include <optional>
+
+class ServerSession;
+
+/** One client of the socket server, from its login to its end. */
+class SocketClient : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** @param socket owned from now on */
+    SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
+                 QWebSocket* socket);
+    ~SocketClient() override;
+
+Q_SIGNALS:
+    /** The connection has ended; the object is to be deleted. */
+    void gone();
+
+private:
+    void receive(const QByteArray& bytes);
+    void login(const WireMessage& message);
+    void answerLogin(bool admitted);
+    void endSession();
+    void send(const WireMessage& message);
+    void drop(const QString& reason);
+    void refuse(const QString& reason);
+
+    RecordingServer& m_server;
+    const SocketConfig& m_config;
+    LoginChecker& m_logins;
+    std::unique_ptr<QWebSocket> m_socket;
+    std::unique_ptr<ServerSession> m_session; ///< Null until the login.
+    QTimer m_loginTimer;
+    quint64 m_loginNumber = 0; ///< Of the login that is being looked at; 0 for none.
+    bool m_dropped = false;
+    bool m_refused = false; ///< Not dropped yet, but nothing is heard from it any more.
+};

@@ -1,0 +1,81 @@
+#include "server/access/UserBook.h"
+
+#include "system/PrivateFile.h"
+
+#include <QFile>
+
+#include <sodium.h>
+
+namespace {
+
+const QString tokenName = QStringLiteral("token");
+
+constexpr int longestPassword = 1024; // bytes
+
+QByteArray hashOf(const QByteArray& password)
+{
+    QByteArray hash(crypto_pwhash_STRBYTES, '\0');
+    const int failed =
+        crypto_pwhash_str(hash.data(), password.constData(), static_cast<unsigned long long>(password.size()),
+                          crypto_pwhash_OPSLIMIT_INTERACTIVE, crypto_pwhash_MEMLIMIT_INTERACTIVE);
+    return failed != 0 ? QByteArray() : QByteArray(hash.constData());
+}
+
+} // namespace
+
+bool UserBook::load(const QString& path)
+{
+    QFile file(path);
+    if (!file.exists()) {
+        return true;
+    }
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return false;
+    }
+    while (!file.atEnd()) {
+        const QList<QByteArray> words = file.readLine().simplified().split(' ');
+        if (words.size() == 2) {
+            m_hashes.insert(QString::fromUtf8(words[0]), words[1]);
+        }
+    }
+    return true;
+}
+
+bool UserBook::save(const QString& path, QString* error) const
+{
+    QByteArray lines;
+    for (auto entry = m_hashes.begin(); entry != m_hashes.end(); ++entry) {
+        lines += entry.key().toUtf8() + ' ' + entry.value() + '\n';
+    }
+    return writePrivateFile(path, lines, error);
+}
+
+bool UserBook::setPassword(const QString& name, const QString& password)
+{
+    const QString key = name.isEmpty() ? tokenName : name;
+    if (key.simplified() != key || key.contains(QLatin1Char(' ')) || password.isEmpty() ||
+        sodium_init() < 0) {
+        return false;
+    }
+    const QByteArray hash = hashOf(password.toUtf8());
+    if (hash.isEmpty()) {
+        return false;
+    }
+    m_hashes.insert(key, hash);
+    return true;
+}
+
+bool UserBook::admits(const QString& name, const QString& password) const
+{
+    const QByteArray secret = password.toUtf8();
+    if (sodium_init() < 0 || secret.size() > longestPassword) {
+        return false;
+    }
+    const QByteArray hash = m_hashes.value(name.isEmpty() ? tokenName : name);
+    if (hash.isEmpty()) {
+        hashOf(secret); // as slow as for a user that there is
+        return false;
+    }
+    return crypto_pwhash_str_verify(hash.constData(), secret.constData(),
+                                    static_cast<unsigned long long>(secret.size())) == 0;
+}

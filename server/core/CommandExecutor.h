@@ -1,0 +1,24 @@
+#pragma once
+
+#include "protocol/ServerReply.h"
+
+#include <optional>
+
+class ServerSession;
+
+/** What executes the commands of sessions. All calls are on the server's thread. */
+class CommandExecutor
+{
+public:
+    virtual ~CommandExecutor() = default;
+
+    /** Executes one command. Returns nothing when the reply comes later, or never. */
+    virtual std::optional<ServerReply> execute(ServerSession& session, const QString& command,
+                                               const QVariant& payload) = 0;
+
+    /** Takes notice of a new session. */
+    virtual void openSession(ServerSession& session) = 0;
+
+    /** Frees what a session holds. */
+    virtual void closeSession(ServerSession& session) = 0;
+};

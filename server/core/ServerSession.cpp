@@ -1,0 +1,38 @@
+#include "server/core/ServerSession.h"
+
+ServerSession::ServerSession(CommandExecutor& executor) : m_executor(executor)
+{
+    m_executor.openSession(*this);
+}
+
+ServerSession::~ServerSession()
+{
+    m_executor.closeSession(*this);
+}
+
+void ServerSession::submit(const QString& command, const QVariant& payload, void* userData)
+{
+    const auto reply = m_executor.execute(*this, command, payload);
+    if (reply) {
+        sendReply(command, userData, *reply);
+    }
+}
+
+void ServerSession::sendReply(const QString& command, void* userData, const ServerReply& reply)
+{
+    QMetaObject::invokeMethod(
+        this, [this, command, userData, reply] { Q_EMIT replied(command, userData, reply); },
+        Qt::QueuedConnection);
+}
+
+void ServerSession::raiseEvent(const QString& event, const QVariantMap& fields)
+{
+    raisePlainEvent(event, {{event, fields}});
+}
+
+void ServerSession::raisePlainEvent(const QString& event, const QVariantMap& fields)
+{
+    const QVariant payload = fields;
+    QMetaObject::invokeMethod(
+        this, [this, event, payload] { Q_EMIT eventRaised(event, payload); }, Qt::QueuedConnection);
+}

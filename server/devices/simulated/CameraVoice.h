@@ -1,0 +1,75 @@
+#pragma once
+
+#include "audio/PcmConverter.h"
+#include "audio/TalkEncoder.h"
+#include "server/devices/simulated/RecordedStream.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <QVariantMap>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/** What a simulated camera says during a talk. */
+struct CameraVoiceConfig
+{
+    enum Kind
+    {
+        Silent,
+        Echo, ///< What it hears, later.
+        File, ///< A sound file, once; of a codec without an encoder here, a packet dump.
+    };
+    Kind kind = Silent;
+    TalkCodec codec = TalkCodec::PcmMuLaw;
+    int echoDelay = 0; ///< ms
+    QString file;
+};
+
+/** The voice of a camera in one talk: PCM in, AudioReceived events out, at the pace of live sound. */
+class CameraVoice : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit CameraVoice(const CameraVoiceConfig& config);
+    ~CameraVoice() override;
+
+    /** Starts to speak, for a camera that speaks by itself; false when its file cannot be read. */
+    bool start();
+
+    /**
+     * Hears what is said to the camera.
+     *
+     * @param position of the first sample in the talk, samples; wraps
+     * @param samples  8000 Hz mono
+     */
+    void hear(std::uint32_t position, const std::vector<std::int16_t>& samples);
+
+Q_SIGNALS:
+    /** One packet: the fields of an AudioReceived event, but for the token. */
+    void spoke(const QVariantMap& fields);
+
+private:
+    void speak(const std::vector<std::int16_t>& samples);
+    void speakFile();
+    bool startRecording();
+    void speakRecording();
+    QVariantMap fieldsOf(const QByteArray& bitstream, const TalkFormat& format, uint frames);
+
+    CameraVoiceConfig m_config;
+    std::unique_ptr<TalkEncoder> m_encoder;
+    std::unique_ptr<framesmith::PcmConverter> m_converter; ///< From what it hears to the encoder's rate.
+    std::vector<std::int16_t> m_pending;                   ///< Less than a frame, at the encoder's rate.
+    std::vector<std::int16_t> m_fileSamples;               ///< At the encoder's rate.
+    std::size_t m_filePosition = 0;
+    std::vector<RecordedPacket> m_recording; ///< Packets in the place of an encoder's.
+    std::size_t m_recordingPosition = 0;
+    std::uint32_t m_position = 0; ///< Of the next packet's first sample.
+    bool m_positioned = false;
+    QTimer m_ticker;
+    QElapsedTimer m_clock;
+};

@@ -1,0 +1,121 @@
+#include "server/devices/simulated/SpeakerRack.h"
+
+#include "audio/NumberedFile.h"
+#include "server/devices/simulated/LocalOutput.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t stepSamples = SpeakerRack::sampleRate * SpeakerRack::stepTime / 1000;
+constexpr qint64 mostStepsAtOnce = 50; // one second; what a halted server missed beyond is skipped
+
+} // namespace
+
+SpeakerRack::SpeakerRack(QString directory, bool aloud) : m_directory(std::move(directory))
+{
+    if (aloud) {
+        m_output = std::make_unique<LocalOutput>(sampleRate);
+    }
+    m_clock.start();
+    m_timer.setTimerType(Qt::PreciseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &SpeakerRack::tick);
+}
+
+SpeakerRack::~SpeakerRack() = default;
+
+QString SpeakerRack::recordingPath(int speaker) const
+{
+    const auto recording = m_recordings.find(speaker);
+    return recording == m_recordings.end() ? QString() : recording->second->path();
+}
+
+int SpeakerRack::addSource(const QList<int>& speakers, Source source)
+{
+    if (m_sources.empty()) {
+        m_step = m_clock.elapsed() / stepTime;
+        m_timer.start(stepTime / 2);
+    }
+    m_sources[++m_lastNumber] = {speakers, std::move(source)};
+    return m_lastNumber;
+}
+
+void SpeakerRack::removeSource(int number)
+{
+    m_sources.erase(number);
+    if (m_sources.empty()) {
+        m_timer.stop();
+    }
+}
+
+void SpeakerRack::setSpeakers(int number, const QList<int>& speakers)
+{
+    const auto playing = m_sources.find(number);
+    if (playing != m_sources.end()) {
+        playing->second.speakers = speakers;
+    }
+}
+
+void SpeakerRack::tick()
+{
+    const qint64 now = m_clock.elapsed() / stepTime;
+    m_step = std::max(m_step, now - mostStepsAtOnce);
+    while (m_step < now && !m_sources.empty()) {
+        playStep();
+        ++m_step;
+    }
+}
+
+void SpeakerRack::playStep()
+{
+    Mix mix;
+    QList<int> ended;
+    std::vector<std::int16_t> samples;
+    for (auto& [number, playing] : m_sources) {
+        samples.clear();
+        if (!playing.source(stepSamples, samples)) {
+            ended.append(number);
+        }
+        if (samples.empty()) {
+            continue;
+        }
+        for (const int speaker : qAsConst(playing.speakers)) {
+            auto& sum = mix[speaker];
+            sum.resize(stepSamples);
+            for (std::size_t i = 0; i < samples.size() && i < stepSamples; ++i) {
+                sum[i] += samples[i];
+            }
+        }
+    }
+    write(mix);
+    for (const int number : qAsConst(ended)) {
+        removeSource(number);
+        Q_EMIT sourceEnded(number);
+    }
+}
+
+void SpeakerRack::write(const Mix& mix)
+{
+    std::vector<std::int32_t> together(stepSamples);
+    const auto limited = [](const std::vector<std::int32_t>& sum) {
+        std::vector<std::int16_t> samples(sum.size());
+        std::transform(sum.begin(), sum.end(), samples.begin(), [](std::int32_t value) {
+            return static_cast<std::int16_t>(std::clamp<std::int32_t>(
+                value, std::numeric_limits<std::int16_t>::min(), std::numeric_limits<std::int16_t>::max()));
+        });
+        return samples;
+    };
+    for (const auto& [speaker, sum] : mix) {
+        auto& recording = m_recordings[speaker];
+        if (!recording) {
+            recording = std::make_unique<SpeakerRecording>(NumberedFile::create(
+                m_directory, QStringLiteral("speaker-%1").arg(speaker), QStringLiteral("wav")));
+        }
+        recording->write(static_cast<std::uint64_t>(m_step) * stepSamples, limited(sum));
+        std::transform(sum.begin(), sum.end(), together.begin(), together.begin(), std::plus<>());
+    }
+    if (m_output) {
+        m_output->play(limited(together));
+    }
+}

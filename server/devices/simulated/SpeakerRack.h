@@ -1,0 +1,73 @@
+#pragma once
+
+#include "server/devices/simulated/SpeakerRecording.h"
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <map>
+#include <memory>
+
+class LocalOutput;
+
+/**
+ * The simulated speakers: mixes for each of them what is played on it, in steps of 20 ms of one clock, so
+ * that the speakers of a group are in step to the sample.
+ *
+ *   sources (a file on some speakers, a talk to one) --> mix per speaker --> SpeakerRecording
+ *                                                                        '--> LocalOutput, if asked
+ */
+class SpeakerRack : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int sampleRate = SpeakerRecording::sampleRate; // Hz, mono
+    static constexpr int stepTime = 20;                             // ms
+
+    /** Appends up to so many samples; false when there will be no more. */
+    using Source = std::function<bool(std::size_t count, std::vector<std::int16_t>& out)>;
+
+    /** @param directory of the recordings @param aloud also play on this machine */
+    SpeakerRack(QString directory, bool aloud);
+    ~SpeakerRack() override;
+
+    /** Plays a source on speakers from the next step on; returns its number. */
+    int addSource(const QList<int>& speakers, Source source);
+
+    void removeSource(int number);
+
+    /** Moves a running source to other speakers. */
+    void setSpeakers(int number, const QList<int>& speakers);
+
+    /** The recording of a speaker since the start of the server; empty until it has played something. */
+    QString recordingPath(int speaker) const;
+
+Q_SIGNALS:
+    /** A source had no more sound; it is gone. */
+    void sourceEnded(int number);
+
+private:
+    struct Playing
+    {
+        QList<int> speakers;
+        Source source;
+    };
+    using Mix = std::map<int, std::vector<std::int32_t>>;
+
+    void tick();
+    void playStep();
+    void write(const Mix& mix);
+
+    QString m_directory;
+    std::map<int, Playing> m_sources; ///< By number.
+    std::map<int, std::unique_ptr<SpeakerRecording>> m_recordings;
+    std::unique_ptr<LocalOutput> m_output;
+    int m_lastNumber = 0;
+    QElapsedTimer m_clock;
+    qint64 m_step = 0; ///< The next step to play, since the start of the clock.
+    QTimer m_timer;
+};

@@ -1,0 +1,43 @@
+#include "server/devices/simulated/SpeakerTalk.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t longestQueue = 2U * SpeakerRack::sampleRate; // samples; a talk is not played late
+
+} // namespace
+
+SpeakerTalk::SpeakerTalk(SpeakerRack& rack, int speaker)
+    : m_rack(&rack),
+      m_converter(framesmith::SampleFormat::S16, PacketDecoder::sampleRate, 1, SpeakerRack::sampleRate),
+      m_queue(std::make_shared<std::vector<std::int16_t>>())
+{
+    m_source =
+        rack.addSource({speaker}, [queue = m_queue](std::size_t count, std::vector<std::int16_t>& out) {
+            const auto taken = static_cast<std::ptrdiff_t>(std::min(count, queue->size()));
+            out.insert(out.end(), queue->begin(), queue->begin() + taken);
+            queue->erase(queue->begin(), queue->begin() + taken);
+            return true; // until the talk is closed
+        });
+}
+
+SpeakerTalk::~SpeakerTalk()
+{
+    if (m_rack) {
+        m_rack->removeSource(m_source);
+    }
+}
+
+bool SpeakerTalk::hear(const QByteArray& packet)
+{
+    const auto talk = m_decoder.decode(packet);
+    if (!talk) {
+        return false;
+    }
+    m_converter.convert(talk->samples.data(), talk->samples.size(), *m_queue);
+    if (m_queue->size() > longestQueue) {
+        m_queue->erase(m_queue->begin(), m_queue->end() - static_cast<std::ptrdiff_t>(longestQueue));
+    }
+    return true;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "audio/PacketDecoder.h"
+#include "audio/PcmConverter.h"
+#include "server/devices/TalkTarget.h"
+#include "server/devices/simulated/SpeakerRack.h"
+
+#include <QPointer>
+
+#include <memory>
+#include <vector>
+
+/** A talk to a simulated speaker: what is said is mixed into what it plays, as soon as it comes. */
+class SpeakerTalk : public TalkTarget
+{
+public:
+    SpeakerTalk(SpeakerRack& rack, int speaker);
+    ~SpeakerTalk() override;
+    SpeakerTalk(const SpeakerTalk&) = delete;
+    SpeakerTalk& operator=(const SpeakerTalk&) = delete;
+
+    bool hear(const QByteArray& packet) override;
+
+private:
+    QPointer<SpeakerRack> m_rack;
+    int m_source;
+    PacketDecoder m_decoder;
+    framesmith::PcmConverter m_converter;
+    std::shared_ptr<std::vector<std::int16_t>> m_queue; ///< Heard and not yet played, at the rack's rate.
+};

@@ -1,0 +1,90 @@
+// The commands against a server that answers what no good one would.
+
+#include "protocol/WireMessage.h"
+#include "tests/support/ProgramRun.h"
+
+#include <QProcess>
+#include <QTest>
+#include <QWebSocket>
+#include <QWebSocketServer>
+
+class TestScriptedServer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void fileIsAddedButNotListed_data();
+    void fileIsAddedButNotListed();
+
+private:
+    /** Runs a command against a server that answers each command with "0" and what stands here for it. */
+    ProgramRun run(const QStringList& arguments, const QVariantMap& answers);
+
+    QWebSocketServer m_server{QStringLiteral("scripted"), QWebSocketServer::NonSecureMode};
+};
+
+void TestScriptedServer::initTestCase()
+{
+    QVERIFY(m_server.listen(QHostAddress::LocalHost));
+}
+
+ProgramRun TestScriptedServer::run(const QStringList& arguments, const QVariantMap& answers)
+{
+    const auto accepted = connect(&m_server, &QWebSocketServer::newConnection, this, [this, answers] {
+        QWebSocket* client = m_server.nextPendingConnection();
+        connect(client, &QWebSocket::disconnected, client, &QObject::deleteLater);
+        connect(client, &QWebSocket::binaryMessageReceived, client,
+                [client, answers](const QByteArray& bytes) {
+                    const auto asked = WireMessage::fromBytes(bytes);
+                    WireMessage answer;
+                    answer.kind = WireMessage::Welcome;
+                    if (asked && asked->kind == WireMessage::Command) {
+                        answer.kind = WireMessage::Reply;
+                        answer.id = asked->id;
+                        answer.name = asked->name;
+                        answer.code = QStringLiteral("0");
+                        answer.payload = answers.value(asked->name);
+                    }
+                    client->sendBinaryMessage(answer.toBytes());
+                });
+    });
+    QProcess program;
+    program.start(QStringLiteral(PROGRAM_DIR "/voicedesk"),
+                  arguments + QStringList{QStringLiteral("--server"), m_server.serverUrl().toString()});
+    ProgramRun result;
+    if (QTest::qWaitFor([&] { return program.state() == QProcess::NotRunning; }, 60000) &&
+        program.exitStatus() == QProcess::NormalExit) {
+        result.status = program.exitCode();
+    }
+    result.out = QString::fromUtf8(program.readAllStandardOutput()).remove('\r');
+    result.err = QString::fromUtf8(program.readAllStandardError());
+    program.kill();
+    program.waitForFinished();
+    disconnect(accepted);
+    return result;
+}
+
+void TestScriptedServer::fileIsAddedButNotListed_data()
+{
+    QTest::addColumn<QVariant>("list");
+    QTest::addColumn<int>("status");
+    QTest::newRow("no list") << QVariant() << 4;
+    QTest::newRow("empty list") << QVariant(QVariantList()) << 4;
+    QTest::newRow("a number") << QVariant(7) << 4;
+    QTest::newRow("no records") << QVariant(QVariantList{"x"}) << 4;
+    QTest::newRow("a list") << QVariant(QVariantList{QVariantMap{{"audioID", 7}}}) << 0;
+}
+
+void TestScriptedServer::fileIsAddedButNotListed()
+{
+    QFETCH(QVariant, list);
+    QFETCH(int, status);
+    const ProgramRun result = run({"files", "add", ANNOUNCEMENT_WAV}, {{"UploadFile", list}});
+    QVERIFY2(result.status == status, qPrintable(QString::number(result.status) + result.err));
+    QCOMPARE(result.out, status == 0 ? QStringLiteral("added file 7\n") : QString());
+    QCOMPARE(result.err.contains("does not list it"), status != 0);
+}
+
+QTEST_GUILESS_MAIN(TestScriptedServer)
+#include "tst_scriptedserver.moc"

@@ -1,0 +1,209 @@
+#include "tests/desk/WindowFixture.h"
+
+#include "tests/support/BuiltLibraries.h"
+
+#include <QDir>
+#include <QDropEvent>
+#include <QMimeData>
+
+namespace {
+
+constexpr int patience = 5000; // ms
+
+QStringList warnings;
+QtMessageHandler formerHandler = nullptr;
+
+void keepWarnings(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (type == QtWarningMsg &&
+        (text.contains(QLatin1String("qrc:/desk")) || text.contains(QLatin1String("Layouts")))) {
+        warnings.append(text);
+    }
+    formerHandler(type, context, text);
+}
+
+} // namespace
+
+WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change)
+{
+    qputenv("FRAMESMITH_CAPTURE_FILE", ANNOUNCEMENT_WAV);
+    if (formerHandler == nullptr) {
+        formerHandler = qInstallMessageHandler(keepWarnings);
+    }
+    ClientOptions options;
+    options.pluginPath = BuiltLibraries::path("VoiceDesk");
+    options.embedded.cameras = defaultCameras();
+    options.embedded.dataDirectory = m_folder.filePath(QStringLiteral("data"));
+    options.embedded.recordingDirectory = m_folder.filePath(QStringLiteral("recordings"));
+    if (change) {
+        change(options);
+    }
+    m_desk = std::make_unique<Desk>(options, m_folder.filePath(QStringLiteral("desk.ini")));
+    m_desk->settings()->setTheme(QStringLiteral("light"));
+    m_desk->settings()->setLanguage(QStringLiteral("en"));
+    if (!m_desk->load()) {
+        qFatal("%s", qPrintable(m_desk->errorString()));
+    }
+    m_window = std::make_unique<DeskWindow>(*m_desk);
+    if (!m_window->show() || !QTest::qWaitForWindowExposed(window())) {
+        qFatal("the window does not come up");
+    }
+    window()->requestActivate();
+    if (!QTest::qWaitFor([this] { return m_desk->connection()->state() != DeskConnection::Connecting; },
+                         patience)) {
+        qFatal("the server does not answer");
+    }
+}
+
+WindowFixture::~WindowFixture() = default;
+
+QStringList WindowFixture::takeWarnings()
+{
+    QStringList taken;
+    taken.swap(warnings);
+    return taken;
+}
+
+QQuickItem* WindowFixture::search(QQuickItem* item, const std::function<bool(QQuickItem*)>& matches) const
+{
+    if (!item->isVisible() || item->opacity() == 0) {
+        return nullptr;
+    }
+    // The newest last: what lies on top counts.
+    const auto children = item->childItems();
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+        if (QQuickItem* found = search(*child, matches)) {
+            return found;
+        }
+    }
+    return matches(item) ? item : nullptr;
+}
+
+QQuickItem* WindowFixture::find(const std::function<bool(QQuickItem*)>& matches)
+{
+    QQuickItem* found = nullptr;
+    const bool there = QTest::qWaitFor(
+        [&] { return (found = search(window()->contentItem(), matches)) != nullptr; }, patience);
+    return there ? found : nullptr;
+}
+
+bool WindowFixture::gone(const QString& objectName)
+{
+    return QTest::qWaitFor(
+        [&] {
+            return search(window()->contentItem(),
+                          [&](QQuickItem* item) { return item->objectName() == objectName; }) == nullptr;
+        },
+        patience);
+}
+
+QQuickItem* WindowFixture::item(const QString& objectName)
+{
+    return find([&](QQuickItem* item) { return item->objectName() == objectName; });
+}
+
+QQuickItem* WindowFixture::control(const QString& text)
+{
+    return find([&](QQuickItem* item) {
+        if (!item->isEnabled() || !(item->acceptedMouseButtons() & Qt::LeftButton)) {
+            return false;
+        }
+        const QVariant name = item->property("name");
+        if (item->property("text").toString() == text || name.toString() == text) {
+            return true;
+        }
+        const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(item);
+        return accessible != nullptr && accessible->text(QAccessible::Name) == text;
+    });
+}
+
+bool WindowFixture::shows(const QString& text)
+{
+    return find([&](QQuickItem* item) {
+               return item->property("text").toString().contains(text) && item->width() > 0 &&
+                      item->height() > 0;
+           }) != nullptr;
+}
+
+void WindowFixture::visit(const std::function<void(QQuickItem*)>& look)
+{
+    search(window()->contentItem(), [&look](QQuickItem* item) {
+        look(item);
+        return false;
+    });
+}
+
+QStringList WindowFixture::cutTexts()
+{
+    QStringList cut;
+    visit([&cut](QQuickItem* item) {
+        const QString text = item->property("text").toString();
+        const bool tooWide = item->inherits("QQuickText") && item->property("wrapMode").toInt() == 0 &&
+                             item->width() > 0 && item->property("contentWidth").toReal() > item->width() + 1;
+        if (item->property("truncated").toBool() || tooWide) {
+            cut.append(text);
+        }
+    });
+    return cut;
+}
+
+void WindowFixture::click(QQuickItem* item)
+{
+    QVERIFY(item != nullptr);
+    const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
+    QTest::mouseMove(window(), centre.toPoint());
+    QTest::mouseClick(window(), Qt::LeftButton, Qt::NoModifier, centre.toPoint());
+    QTest::qWait(30);
+}
+
+void WindowFixture::type(const QString& text)
+{
+    key(Qt::Key_A, Qt::ControlModifier);
+    key(Qt::Key_Delete);
+    for (const QChar character : text) {
+        QTest::keyClick(window(), character.toLatin1());
+    }
+}
+
+void WindowFixture::fill(const QString& objectName, const QString& text)
+{
+    QQuickItem* target = item(objectName);
+    QVERIFY2(target != nullptr, qPrintable(objectName));
+    const QVariant field = target->property("field");
+    auto* edited = field.isValid() ? qvariant_cast<QQuickItem*>(field) : target;
+    click(edited);
+    QVERIFY2(edited->hasActiveFocus(), qPrintable(objectName));
+    type(text);
+    QCOMPARE(edited->property("text").toString(), text);
+}
+
+void WindowFixture::key(Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    QTest::keyClick(window(), key, modifiers);
+}
+
+void WindowFixture::page(int number)
+{
+    key(static_cast<Qt::Key>(Qt::Key_0 + number), Qt::ControlModifier);
+    QTest::qWait(30);
+}
+
+void WindowFixture::drop(QQuickItem* on, const QList<QUrl>& files)
+{
+    QVERIFY(on != nullptr);
+    QMimeData mime;
+    mime.setUrls(files);
+    const QPoint at = on->mapToScene(QPointF(on->width() / 2, on->height() / 2)).toPoint();
+    QDragEnterEvent enter(at, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window(), &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(at, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window(), &drop);
+}
+
+void WindowFixture::shoot(const QString& name)
+{
+    QTest::qWait(150); // transitions come to their end
+    QDir().mkpath(QStringLiteral(SCREENSHOT_DIR));
+    QVERIFY(window()->grabWindow().save(QStringLiteral(SCREENSHOT_DIR "/%1.png").arg(name)));
+}

@@ -1,0 +1,345 @@
+// The window at twice the size, dark and in another language, and by the keyboard alone.
+
+#include "system/ProgramEnd.h"
+#include "tests/desk/WindowFixture.h"
+
+class TestDeskLook : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void nothingIsCut_data();
+    void nothingIsCut();
+    void dark();
+    void languageChangesAtOnce();
+    void keyboardAlone();
+    void focusIsVisible();
+    void everythingHasAName();
+    void nothingMovesUnderThePointer_data();
+    void nothingMovesUnderThePointer();
+    void noticesAreNotCut_data();
+    void noticesAreNotCut();
+
+private:
+    std::unique_ptr<PulseServer> m_pulse;
+};
+
+namespace {
+
+void fillWithRecords(WindowFixture& desk)
+{
+    QObject* plugin = desk.desk().plugin();
+    const auto add = [&](const char* name, const char* address) {
+        bool accepted = false;
+        QMetaObject::invokeMethod(plugin, "addIPAudio", Q_RETURN_ARG(bool, accepted), Q_ARG(QString, name),
+                                  Q_ARG(QString, address), Q_ARG(int, 8080), Q_ARG(QString, "admin"),
+                                  Q_ARG(QString, "secret"), Q_ARG(QStringList, {"camera-1"}));
+        QVERIFY(accepted);
+    };
+    add("Entrance hall", "10.20.30.41");
+    add("Loading dock, north side", "10.20.30.42");
+    add("Car park", "speakers.example.org");
+    QTRY_COMPARE(desk.desk().targets()->total(), 6);
+    bool accepted = false;
+    QMetaObject::invokeMethod(plugin, "addNetworkAudioGroup", Q_RETURN_ARG(bool, accepted),
+                              Q_ARG(QString, "Outdoors"), Q_ARG(QVariant, QVariantList({2, 3})));
+    QVERIFY(accepted);
+    QMetaObject::invokeMethod(plugin, "uploadFile", Q_RETURN_ARG(bool, accepted),
+                              Q_ARG(QUrl, QUrl::fromLocalFile(ANNOUNCEMENT_WAV)));
+    QVERIFY(accepted);
+    QTRY_COMPARE(plugin->property("audioFileList").toList().value(0).toMap()["audioID"].toInt(), 1);
+    const QVariantMap schedule{{"scheduleName", "Closing time"},
+                               {"enableSchedule", true},
+                               {"scheduleType", 2},
+                               {"scheduleSettings", QVariantMap{{"weekdays", QVariantList{1, 2, 3, 4, 5}}}},
+                               {"scheduleStartTime", "2026-01-01T17:45:00"},
+                               {"scheduleEndTime", ""},
+                               {"enableScheduleEndTime", false},
+                               {"audioID", 1},
+                               {"groupIDList", QVariantList{1}},
+                               {"networkAudioIDList", QVariantList{1}}};
+    QMetaObject::invokeMethod(plugin, "addNetworkAudioSchedule", Q_RETURN_ARG(bool, accepted),
+                              Q_ARG(QVariantMap, schedule));
+    QVERIFY(accepted);
+}
+
+} // namespace
+
+void TestDeskLook::cleanup()
+{
+    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
+}
+
+void TestDeskLook::initTestCase()
+{
+    m_pulse = std::make_unique<PulseServer>();
+    QVERIFY(m_pulse->ready());
+}
+
+void TestDeskLook::nothingIsCut_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QString>("theme");
+    QTest::newRow("english") << "en"
+                             << "light";
+    QTest::newRow("german") << "de"
+                            << "dark";
+}
+
+void TestDeskLook::nothingIsCut()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, theme);
+    WindowFixture desk;
+    fillWithRecords(desk);
+    desk.desk().settings()->setLanguage(language);
+    desk.desk().settings()->setTheme(theme);
+    desk.window()->resize(desk.window()->minimumSize());
+    for (int page = 1; page <= 6; ++page) {
+        desk.page(page);
+        QTest::qWait(100);
+        const QQuickItem* pages = desk.item("pages");
+        QVERIFY(pages->mapToScene(QPointF(0, pages->height())).y() <= desk.window()->height());
+        QCOMPARE(desk.cutTexts().join("; "), QString());
+        desk.shoot(QString("%1-%2").arg(language).arg(page));
+        if (page >= 2 && page <= 5 && page != 3) {
+            desk.key(Qt::Key_N, Qt::ControlModifier);
+            QVERIFY(desk.item("save"));
+            QTest::qWait(300);
+            QCOMPARE(desk.cutTexts().join("; "), QString());
+            desk.shoot(QString("%1-%2-dialog").arg(language).arg(page));
+            desk.key(Qt::Key_Escape);
+            QVERIFY(desk.gone("save"));
+        }
+    }
+}
+
+void TestDeskLook::dark()
+{
+    WindowFixture desk;
+    const auto brightness = [&] { return desk.window()->grabWindow().pixelColor(5, 5).lightness(); };
+    QVERIFY(brightness() > 200);
+    desk.page(6);
+    desk.desk().settings()->setTheme("dark");
+    QTRY_VERIFY(brightness() < 60);
+}
+
+void TestDeskLook::languageChangesAtOnce()
+{
+    WindowFixture desk;
+    QVERIFY(desk.shows("Choose whom to talk to"));
+    desk.desk().settings()->setLanguage("de");
+    QVERIFY(desk.shows("Wählen, mit wem gesprochen wird"));
+    desk.desk().settings()->setLanguage("en");
+    QVERIFY(desk.shows("Choose whom to talk to"));
+}
+
+void TestDeskLook::keyboardAlone()
+{
+    WindowFixture desk;
+    desk.page(1);
+    desk.key(Qt::Key_F, Qt::ControlModifier);
+    for (const char character : {'g', 'a', 't', 'e'}) {
+        QTest::keyClick(desk.window(), character);
+    }
+    desk.key(Qt::Key_Down);
+    desk.key(Qt::Key_Return);
+    QCOMPARE(desk.desk().targets()->chosenNames(), QString("Front gate"));
+    desk.key(Qt::Key_T, Qt::ControlModifier);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    desk.key(Qt::Key_M, Qt::ControlModifier);
+    QVERIFY(desk.desk().talk()->isMuted());
+    // The talk key lifts the mute while it is held.
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QVERIFY(!desk.desk().talk()->isMuted());
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QVERIFY(desk.desk().talk()->isMuted());
+    desk.key(Qt::Key_T, Qt::ControlModifier);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+
+    // Buttons of the talk page answer to Enter, since the space bar is the talk key there.
+    desk.item("muteButton")->forceActiveFocus();
+    desk.key(Qt::Key_Return);
+    QVERIFY(!desk.desk().talk()->isMuted());
+
+    desk.page(2);
+    desk.key(Qt::Key_N, Qt::ControlModifier);
+    QVERIFY(desk.item("speakerDialog") || desk.item("save"));
+    QTRY_VERIFY(desk.window()->activeFocusItem()->property("text").isValid());
+    desk.type("Hall");
+    desk.key(Qt::Key_Tab);
+    desk.type("10.0.0.1");
+    desk.key(Qt::Key_Return);
+    QVERIFY(desk.control("Hall: edit"));
+    // Through the list: Enter opens, Delete asks.
+    desk.key(Qt::Key_F, Qt::ControlModifier);
+    desk.key(Qt::Key_Tab);
+    desk.key(Qt::Key_Tab);
+    QVERIFY(desk.item("speakerList")->isAncestorOf(desk.window()->activeFocusItem()));
+    desk.key(Qt::Key_Return);
+    QVERIFY(desk.item("save"));
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+    desk.key(Qt::Key_Delete);
+    QVERIFY(desk.shows("This cannot be undone."));
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.control("Hall: edit"));
+}
+
+void TestDeskLook::focusIsVisible()
+{
+    WindowFixture desk;
+    fillWithRecords(desk);
+    for (int page = 1; page <= 6; ++page) {
+        desk.page(page);
+        QTest::qWait(50);
+        QImage before = desk.window()->grabWindow();
+        QSet<QQuickItem*> seen;
+        for (int tab = 0; tab < 12; ++tab) {
+            desk.key(Qt::Key_Tab);
+            QTest::qWait(20);
+            QQuickItem* focused = desk.window()->activeFocusItem();
+            QVERIFY(focused != nullptr);
+            const QImage after = desk.window()->grabWindow();
+            QVERIFY2(seen.contains(focused) || after != before, focused->metaObject()->className());
+            seen.insert(focused);
+            before = after;
+        }
+        QVERIFY(seen.size() > 3);
+    }
+}
+
+void TestDeskLook::everythingHasAName()
+{
+    WindowFixture desk;
+    fillWithRecords(desk);
+    for (int page = 1; page <= 6; ++page) {
+        desk.page(page);
+        QSet<QQuickItem*> seen;
+        for (int tab = 0; tab < 30; ++tab) {
+            desk.key(Qt::Key_Tab);
+            QQuickItem* focused = desk.window()->activeFocusItem();
+            if (seen.contains(focused)) {
+                break;
+            }
+            seen.insert(focused);
+            const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(focused);
+            QVERIFY2(accessible != nullptr, focused->metaObject()->className());
+            QVERIFY2(!accessible->text(QAccessible::Name).isEmpty(), focused->metaObject()->className());
+        }
+    }
+}
+
+void TestDeskLook::nothingMovesUnderThePointer_data()
+{
+    nothingIsCut_data();
+}
+
+void TestDeskLook::nothingMovesUnderThePointer()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, theme);
+    WindowFixture desk;
+    fillWithRecords(desk);
+    desk.desk().settings()->setLanguage(language);
+    desk.desk().settings()->setTheme(theme);
+    desk.window()->resize(desk.window()->minimumSize());
+    TalkControl& talk = *desk.desk().talk();
+    const auto places = [&] {
+        QMap<QQuickItem*, QRectF> map;
+        desk.visit([&map](QQuickItem* item) {
+            if (item->inherits("QQuickAbstractButton") || item->inherits("QQuickTextField") ||
+                item->inherits("QQuickSlider") || item->inherits("QQuickItemView")) {
+                map.insert(item, item->mapRectToScene(QRectF(0, 0, item->width(), item->height())));
+            }
+        });
+        return map;
+    };
+    for (int page = 1; page <= 6; ++page) {
+        desk.page(page);
+        QTRY_VERIFY(places().size() > 8); // the rail, and what is on the page
+        const auto before = places();
+        const auto compare = [&](const char* what) {
+            desk.window()->grabWindow(); // lays out and draws what has changed
+            const auto now = places();
+            for (auto it = before.begin(); it != before.end(); ++it) {
+                QVERIFY2(now.contains(it.key()), what);
+                QVERIFY2(now[it.key()] == it.value(), what);
+            }
+        };
+        talk.start(); // nobody is chosen
+        QVERIFY(desk.item("notice"));
+        compare("one notice");
+        Q_EMIT desk.desk().playback()->failed("\"bell.wav\" was not played on Hall: the speaker is offline");
+        compare("two notices");
+        desk.shoot(QString("%1-%2-notices").arg(language).arg(page));
+        talk.setMuted(true);
+        compare("muted");
+        desk.desk().targets()->choose("camera:camera-1", true);
+        desk.desk().targets()->choose("speaker:1", true);
+        desk.desk().targets()->choose("speaker:2", true);
+        compare("several chosen");
+        talk.start();
+        QTRY_COMPARE(talk.partners().count(','), 3); // one name has a comma in it
+        compare("a talk, muted");
+        talk.setMuted(false);
+        compare("a talk");
+        if (page > 1) {
+            QVERIFY(desk.item("onAir"));
+            QCOMPARE(desk.cutTexts().join("; "), QString());
+        }
+        desk.shoot(QString("%1-%2-talk").arg(language).arg(page));
+        talk.stop();
+        for (const char* key : {"camera:camera-1", "speaker:1", "speaker:2"}) {
+            desk.desk().targets()->choose(key, false);
+        }
+        desk.click(desk.item("closeNotice"));
+        QVERIFY(desk.gone("notice"));
+        compare("no notice any more");
+    }
+}
+
+void TestDeskLook::noticesAreNotCut_data()
+{
+    nothingIsCut_data();
+}
+
+void TestDeskLook::noticesAreNotCut()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, theme);
+    WindowFixture desk([](ClientOptions& options) {
+        options.embedded.answers = false;
+        options.timeout = 200;
+    });
+    desk.desk().settings()->setLanguage(language);
+    desk.desk().settings()->setTheme(theme);
+    desk.window()->resize(desk.window()->minimumSize());
+    QVERIFY(desk.item("notice")); // the server does not answer
+    const auto look = [&](const QString& picture) {
+        desk.window()->grabWindow();
+        QCOMPARE(desk.cutTexts().join("; "), QString());
+        desk.shoot(language + "-notice-" + picture);
+    };
+    look("overdue");
+    desk.desk().talk()->start();
+    look("nobody");
+    desk.desk().targets()->setCameras(
+        {QVariantMap{{"camId", "camera-1"}, {"camName", "Front gate"}, {"online", true}}});
+    desk.desk().targets()->choose("camera:camera-1", true);
+    desk.desk().talk()->start();
+    QTRY_COMPARE_WITH_TIMEOUT(desk.desk().talk()->phase(), TalkControl::Idle, 10000);
+    look("no-answer");
+    desk.desk().connection()->useRemote("ws://127.0.0.1:1", "anna", "secret", QString());
+    QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Reconnecting);
+    look("connection");
+}
+
+int main(int argc, char** argv)
+{
+    endProgram(runWindowTest<TestDeskLook>(argc, argv, "2"));
+}
+
+#include "tst_desklook.moc"

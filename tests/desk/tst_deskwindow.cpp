@@ -1,0 +1,538 @@
+// The window as an operator uses it: a real display, a real sound server, the real plug-in, a server inside.
+
+#include "system/ProgramEnd.h"
+#include "tests/desk/WindowFixture.h"
+#include "tests/support/MonitorRecorder.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/WavFiles.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+class TestDeskWindow : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void emptyPages();
+    void talkToACamera();
+    void talkKey();
+    void hintOfTheTalkKey();
+    void closingDuringATalk();
+    void talkKeyAfterASearch();
+    void talkKeyAfterAnotherPagesSearch();
+    void refusedTalk();
+    void speakers();
+    void cursorStaysWithItsTarget();
+    void severalSpeakersAtOnce();
+    void files();
+    void groups();
+    void schedules();
+    void typedScheduleTimes();
+
+private:
+    /** Adds a speaker through its dialog. */
+    static void addSpeaker(WindowFixture& desk, const QString& name, const QString& address);
+    static void sendFile(WindowFixture& desk);
+
+    std::unique_ptr<PulseServer> m_pulse;
+};
+
+void TestDeskWindow::cleanup()
+{
+    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
+}
+
+void TestDeskWindow::initTestCase()
+{
+    m_pulse = std::make_unique<PulseServer>();
+    QVERIFY2(m_pulse->ready(), "PulseAudio does not start. Is the package pulseaudio installed?");
+}
+
+void TestDeskWindow::addSpeaker(WindowFixture& desk, const QString& name, const QString& address)
+{
+    desk.page(2);
+    desk.key(Qt::Key_N, Qt::ControlModifier);
+    desk.fill("speakerName", name);
+    desk.fill("speakerAddress", address);
+    desk.fill("speakerPort", "8080");
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+}
+
+void TestDeskWindow::sendFile(WindowFixture& desk)
+{
+    desk.page(3);
+    desk.drop(desk.item("fileList"), {QUrl::fromLocalFile(ANNOUNCEMENT_WAV)});
+    QVERIFY(desk.control("announcement.wav: Play…"));
+}
+
+void TestDeskWindow::emptyPages()
+{
+    WindowFixture desk;
+    const char* const texts[] = {"Choose whom to talk to", "No speakers yet.",  "No audio files yet.",
+                                 "No groups yet.",         "No schedules yet.", "Another server"};
+    for (int page = 1; page <= 6; ++page) {
+        desk.page(page);
+        QVERIFY2(desk.shows(texts[page - 1]), texts[page - 1]);
+        desk.shoot(QString("empty-%1").arg(page));
+    }
+}
+
+void TestDeskWindow::talkToACamera()
+{
+    WindowFixture desk;
+    MonitorRecorder loudspeaker;
+    QVERIFY(loudspeaker.running());
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QVERIFY(desk.shows("Talking to Front gate"));
+    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    QTRY_VERIFY(desk.item("heardMeter")->property("level").toReal() > 0.3); // the camera's echo
+    QTRY_COMPARE(desk.item("talkClock")->property("text").toString(), QString("0:02"));
+    QVERIFY(SignalMeasure::levelDbfs(loudspeaker.sound()) > -40); // and it is heard in the room
+    desk.shoot("talking");
+    desk.click("Mute the microphone");
+    QVERIFY(desk.item("mutedSign"));
+    QTRY_COMPARE(desk.item("saidMeter")->property("level").toReal(), 0.0);
+    desk.shoot("muted");
+    desk.page(3);
+    QVERIFY(desk.shows("The microphone is muted."));
+    desk.key(Qt::Key_M, Qt::ControlModifier);
+    QVERIFY(desk.shows("Talking to Front gate"));
+    desk.shoot("talking-elsewhere");
+    desk.click("End the talk");
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    QVERIFY(!desk.desk().plugin()->property("talking").toBool());
+    // What the camera heard.
+    const QDir recordings(desk.folder() + "/recordings");
+    const QStringList files = recordings.entryList({"camera-1*.wav"}, QDir::Files);
+    QCOMPARE(files.size(), 1);
+    const auto heard = WavFiles::read(recordings.filePath(files.first()));
+    QVERIFY(
+        std::any_of(heard.begin(), heard.end(), [](std::int16_t sample) { return std::abs(sample) > 3000; }));
+}
+
+void TestDeskWindow::talkKey()
+{
+    WindowFixture desk;
+    desk.click("Front gate");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QVERIFY(desk.shows("Talking while you hold the space bar"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    // A space in a text is a space.
+    desk.click(desk.item("targetSearch"));
+    desk.type("front gate");
+    QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    QCOMPARE(desk.desk().targets()->rowCount(), 1);
+    // On other pages it is no talk key.
+    desk.page(6);
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::hintOfTheTalkKey()
+{
+    WindowFixture desk;
+    TalkControl& talk = *desk.desk().talk();
+    const auto hint = [&] { return desk.item("talkHint")->property("text").toString(); };
+    const QString held = "Talking while you hold the space bar";
+    QTest::keyPress(desk.window(), Qt::Key_Space); // to nobody
+    QVERIFY(desk.shows("Nobody is chosen."));
+    QCOMPARE(hint(), QString("Hold the space bar to talk, or press the button"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    desk.click("Front gate");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QCOMPARE(hint(), held);
+    desk.key(Qt::Key_M, Qt::ControlModifier);
+    QVERIFY(desk.item("mutedSign"));
+    QVERIFY(desk.gone("talkHint"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Idle);
+    // Muted at rest: the key lifts the mute, and the sign goes.
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QVERIFY(desk.gone("mutedSign"));
+    QCOMPARE(hint(), held);
+    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Idle);
+    QVERIFY(desk.item("mutedSign"));
+    talk.setMuted(false);
+    // Refused, with the key still down.
+    desk.click("Car park");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QVERIFY(desk.shows("Car park cannot be talked to"));
+    QCOMPARE(hint(), QString("Hold the space bar to talk, or press the button"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    // In a talk that the button opened nothing depends on the key.
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QCOMPARE(hint(), QString("Press the button to end the talk"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    desk.click(desk.item("talkButton"));
+    // In the search the space bar writes.
+    desk.click(desk.item("targetSearch"));
+    QTRY_COMPARE(hint(), QString("Press the button to talk"));
+}
+
+void TestDeskWindow::closingDuringATalk()
+{
+    WindowFixture desk;
+    TalkControl& talk = *desk.desk().talk();
+    const auto questions = [&] {
+        int count = 0;
+        desk.visit([&count](QQuickItem* item) {
+            count += item->property("text").toString() == "Closing during a talk" ? 1 : 0;
+        });
+        return count;
+    };
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QVERIFY(!desk.window()->close());
+    QVERIFY(desk.shows("You are talking to Front gate. Closing the window ends the talk."));
+    QVERIFY(!desk.window()->close()); // no second question
+    QCOMPARE(questions(), 1);
+    desk.shoot("closing-asks");
+    // By keys: Escape and "Keep talking" keep the talk.
+    desk.key(Qt::Key_Escape);
+    QTRY_COMPARE(questions(), 0);
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(desk.window()->activeFocusItem()->property("text").toString(), QString("Keep talking"));
+    desk.key(Qt::Key_Space);
+    QTRY_COMPARE(questions(), 0);
+    QCOMPARE(talk.phase(), TalkControl::Talking);
+    // A talk that ends meanwhile takes the question with it.
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(questions(), 1);
+    talk.stop();
+    QTRY_COMPARE(questions(), 0);
+    QVERIFY(desk.window()->isVisible());
+    // A held key keeps its talk while the question is open.
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(questions(), 1);
+    QTRY_COMPARE(talk.seconds(), 1); // well after a key that is let go
+    QVERIFY(talk.isWhileHeld());
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(talk.phase(), TalkControl::Idle);
+    QTRY_COMPARE(questions(), 0);
+    // On another page, from the keyboard.
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(talk.phase(), TalkControl::Talking);
+    desk.page(6);
+    QVERIFY(!desk.window()->close());
+    QTRY_COMPARE(desk.window()->activeFocusItem()->property("text").toString(), QString("Keep talking"));
+    desk.key(Qt::Key_Tab);
+    desk.key(Qt::Key_Return);
+    QTRY_VERIFY(!desk.window()->isVisible());
+    QCOMPARE(talk.phase(), TalkControl::Idle);
+    // Without a talk nothing is asked.
+    desk.window()->show();
+    QVERIFY(desk.window()->close());
+    QVERIFY(!desk.window()->isVisible());
+}
+
+void TestDeskWindow::talkKeyAfterASearch()
+{
+    WindowFixture desk;
+    desk.click(desk.item("targetSearch"));
+    for (const char character : {'g', 'a', 't', 'e'}) {
+        QTest::keyClick(desk.window(), character);
+    }
+    desk.click("Front gate");
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QCOMPARE(desk.desk().talk()->partners(), QString("Front gate"));
+    QCOMPARE(desk.item("targetSearch")->property("text").toString(), QString("gate"));
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::talkKeyAfterAnotherPagesSearch()
+{
+    WindowFixture desk;
+    desk.click("Front gate");
+    QTest::keyClick(desk.window(), Qt::Key_2, Qt::ControlModifier);
+    QTest::keyClick(desk.window(), Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClick(desk.window(), Qt::Key_1, Qt::ControlModifier);
+    QTest::keyPress(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QTest::keyRelease(desk.window(), Qt::Key_Space);
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::refusedTalk()
+{
+    WindowFixture desk;
+    desk.click(desk.item("talkButton"));
+    QVERIFY(desk.shows("Nobody is chosen."));
+    desk.click("Car park");
+    desk.click(desk.item("talkButton"));
+    QVERIFY(desk.shows("Car park cannot be talked to: the camera is offline"));
+    desk.shoot("refused");
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    desk.click("Close the message");
+    QVERIFY(desk.desk().talk()->problem().isEmpty());
+}
+
+void TestDeskWindow::speakers()
+{
+    WindowFixture desk;
+    desk.page(2);
+    desk.click("Add a speaker…");
+    desk.fill("speakerName", "Hall");
+    desk.fill("speakerAddress", "not an address");
+    QVERIFY(desk.shows("the address is no IP address and no host name"));
+    desk.fill("speakerPort", "99999");
+    QVERIFY(desk.shows("1 to 65535."));
+    QVERIFY(!desk.item("save")->isEnabled());
+    desk.shoot("speaker-wrong");
+    desk.fill("speakerAddress", "10.0.0.7");
+    desk.fill("speakerPort", "8080");
+    desk.click("Loading dock");
+    QVERIFY(desk.item("save")->isEnabled());
+    desk.shoot("speaker-dialog");
+    desk.click("Save");
+    QVERIFY(desk.control("Hall: edit"));
+    QVERIFY(desk.shows("10.0.0.7:8080  ·  1 camera"));
+
+    desk.click("Hall: Test");
+    QVERIFY(desk.shows("The speaker answers."));
+    desk.shoot("speakers");
+
+    desk.click("Hall: edit");
+    desk.fill("speakerName", "Main hall");
+    desk.key(Qt::Key_Return);
+    QVERIFY(desk.control("Main hall: edit"));
+
+    // The same name twice is the server's to refuse; the dialog stays, and says so.
+    desk.click("Add a speaker…");
+    desk.fill("speakerName", "Main hall");
+    desk.fill("speakerAddress", "10.0.0.8");
+    desk.click("Save");
+    QVERIFY(desk.shows("the name is taken"));
+    desk.key(Qt::Key_Escape);
+
+    desk.click("Main hall: delete");
+    QVERIFY(desk.shows("This cannot be undone."));
+    desk.shoot("delete-asks");
+    desk.click("Keep");
+    QVERIFY(desk.control("Main hall: delete"));
+    desk.click("Main hall: delete");
+    desk.click("Delete");
+    QVERIFY(desk.shows("No speakers yet."));
+}
+
+void TestDeskWindow::cursorStaysWithItsTarget()
+{
+    WindowFixture desk;
+    QObject* plugin = desk.desk().plugin();
+    TargetModel& targets = *desk.desk().targets();
+    const auto save = [&](int id, const char* name) {
+        bool accepted = false;
+        const auto common = [&](const char* invokable, auto... first) {
+            QMetaObject::invokeMethod(plugin, invokable, Q_RETURN_ARG(bool, accepted), first...,
+                                      Q_ARG(QString, name), Q_ARG(QString, "10.0.0.1"), Q_ARG(int, 80 + id),
+                                      Q_ARG(QString, QString()), Q_ARG(QString, QString()),
+                                      Q_ARG(QStringList, QStringList()));
+        };
+        if (id == 0) {
+            const int before = targets.total();
+            common("addIPAudio");
+            QTRY_COMPARE(targets.total(), before + 1);
+        } else {
+            common("updateIPAudio", Q_ARG(int, id));
+            QTRY_COMPARE(targets.find(QString("speaker:%1").arg(id))->name, QString(name));
+        }
+        QVERIFY(accepted);
+    };
+    const auto enter = [&] {
+        desk.key(Qt::Key_Return);
+        const QString chosen = targets.chosenNames();
+        desk.key(Qt::Key_Return);
+        return chosen;
+    };
+    QTRY_COMPARE(targets.total(), 3);
+    save(0, "Hall");
+    save(0, "Roof");
+    desk.key(Qt::Key_F, Qt::ControlModifier);
+    desk.key(Qt::Key_Down);
+    for (int row = 0; row < 3; ++row) {
+        desk.key(Qt::Key_Down);
+    }
+    QCOMPARE(enter(), QString("Hall"));
+    save(0, "Cellar"); // above it
+    QCOMPARE(targets.rowOf("speaker:1"), 4);
+    QCOMPARE(enter(), QString("Hall"));
+    save(3, "Yard"); // from above to below
+    QCOMPARE(targets.rowOf("speaker:1"), 3);
+    QCOMPARE(enter(), QString("Hall"));
+    save(1, "Zoo"); // itself to the end
+    QCOMPARE(targets.rowOf("speaker:1"), 5);
+    QCOMPARE(enter(), QString("Zoo"));
+    // Under a search.
+    targets.setSearch("o"); // Front gate, Loading dock, Roof, Zoo
+    QCOMPARE(enter(), QString("Zoo"));
+    save(0, "Office");
+    QCOMPARE(enter(), QString("Zoo"));
+    bool accepted = false;
+    QMetaObject::invokeMethod(plugin, "deleteIPAudio", Q_RETURN_ARG(bool, accepted), Q_ARG(int, 2));
+    QVERIFY(accepted);
+    QTRY_COMPARE(targets.find("speaker:2"), nullptr);
+    QCOMPARE(enter(), QString("Zoo"));
+    // Without its target there is no cursor.
+    QMetaObject::invokeMethod(plugin, "deleteIPAudio", Q_RETURN_ARG(bool, accepted), Q_ARG(int, 1));
+    QVERIFY(accepted);
+    QTRY_COMPARE(targets.find("speaker:1"), nullptr);
+    QCOMPARE(enter(), QString());
+}
+
+void TestDeskWindow::severalSpeakersAtOnce()
+{
+    WindowFixture desk([](ClientOptions& options) { options.embedded.offlineAddresses = {"10.0.0.3"}; });
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    addSpeaker(desk, "Stairs", "10.0.0.2");
+    addSpeaker(desk, "Roof", "10.0.0.3");
+    desk.page(1);
+    desk.click("Hall");
+    desk.click("Stairs");
+    desk.click("Roof"); // it is offline
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QTRY_COMPARE(desk.desk().talk()->partners(), QString("Hall, Stairs"));
+    QVERIFY(desk.shows("Roof cannot be talked to"));
+    QVERIFY(desk.shows("The talk goes on with the others."));
+    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    desk.shoot("several-speakers");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+}
+
+void TestDeskWindow::files()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    QVERIFY(desk.shows("0:0"));
+    desk.shoot("files");
+    desk.click("announcement.wav: Play…");
+    QVERIFY(desk.shows("On a group"));
+    desk.shoot("play-dialog");
+    desk.click("Hall");
+    QVERIFY(desk.shows("announcement.wav on Hall"));
+    QTRY_VERIFY(desk.desk().playback()->index(0).data(PlaybackBook::ProgressRole).toReal() > 0.05);
+    desk.shoot("playing");
+    desk.click("announcement.wav on Hall: Stop");
+    QTRY_COMPARE(desk.desk().playback()->rowCount(), 0);
+    desk.click("announcement.wav: delete");
+    desk.click("Delete");
+    QVERIFY(desk.shows("No audio files yet."));
+}
+
+void TestDeskWindow::groups()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    addSpeaker(desk, "Stairs", "10.0.0.2");
+    desk.page(4);
+    desk.click("Add a group…");
+    desk.fill("groupName", "Ground floor");
+    QVERIFY(!desk.item("save")->isEnabled());
+    desk.click("Hall");
+    desk.click("Stairs");
+    desk.shoot("group-dialog");
+    desk.click("Save");
+    QVERIFY(desk.shows("2 speakers: Hall, Stairs"));
+    // Members are searched, too.
+    desk.fill("groupSearch", "stai");
+    QVERIFY(desk.control("Ground floor: edit"));
+    desk.fill("groupSearch", "cellar");
+    QVERIFY(desk.shows("Nothing is found."));
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.control("Ground floor: edit"));
+    desk.shoot("groups");
+    desk.click("Ground floor: edit");
+    desk.click("Stairs");
+    desk.click("Save");
+    QVERIFY(desk.shows("1 speaker: Hall"));
+}
+
+void TestDeskWindow::schedules()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    desk.page(5);
+    desk.click("Add a schedule…");
+    desk.fill("scheduleName", "Opening");
+    QVERIFY(desk.shows("Choose at least one speaker or group."));
+    desk.click("Hall");
+    QVERIFY(desk.item("save")->isEnabled());
+    QVERIFY(desk.shows("Next run: "));
+    desk.shoot("schedule-dialog");
+    desk.click("Save");
+    QVERIFY(desk.shows("announcement.wav, once"));
+    desk.shoot("schedules");
+    desk.click("Week");
+    QVERIFY(desk.shows("This week"));
+    desk.shoot("week");
+    desk.click("List");
+    desk.click("Opening: switched on");
+    QVERIFY(desk.shows("Next run: switched off"));
+}
+
+void TestDeskWindow::typedScheduleTimes()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    desk.page(5);
+    desk.click("Add a schedule…");
+    desk.fill("scheduleName", "Opening");
+    desk.click("Hall");
+    const QDate day = QDate::currentDate().addDays(3);
+    desk.click("Start: day, like 2026-12-31");
+    desk.key(Qt::Key_A, Qt::ControlModifier);
+    for (const QChar character : day.toString(Qt::ISODate)) {
+        QTest::keyClick(desk.window(), character.toLatin1());
+    }
+    desk.click("Start: time, like 08:30");
+    desk.key(Qt::Key_A, Qt::ControlModifier);
+    for (const char character : {'0', '7', ':', '4', '1'}) {
+        QTest::keyClick(desk.window(), character);
+    }
+    QVERIFY(desk.item("save")->isEnabled());
+    desk.key(Qt::Key_Backspace);
+    QVERIFY(!desk.item("save")->isEnabled());
+    QVERIFY(desk.shows("The start is no date and time."));
+    QTest::keyClick(desk.window(), '5');
+    QTRY_VERIFY(desk.item("save")->isEnabled());
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+    QVERIFY(desk.control("Opening: edit"));
+    QObject* schedules = nullptr;
+    QMetaObject::invokeMethod(desk.desk().plugin(), "getNetworkAudioScheduleModel",
+                              Q_RETURN_ARG(QObject*, schedules), Q_ARG(QObject*, desk.window()));
+    QCOMPARE(desk.desk().schedules()->record(schedules, 0).value("scheduleStartTime"),
+             QVariant(day.toString(Qt::ISODate) + "T07:45:00"));
+}
+
+int main(int argc, char** argv)
+{
+    endProgram(runWindowTest<TestDeskWindow>(argc, argv));
+}
+
+#include "tst_deskwindow.moc"

@@ -1,0 +1,69 @@
+#include "desk/LinkSwitch.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+class TestLinkSwitch : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void hostAsksForItself();
+    void anotherServer();
+};
+
+namespace {
+
+class TestLink : public ServerLink
+{
+public:
+    void open() override { opened = true; }
+    bool send(const QString& command, const QVariant&, void*) override
+    {
+        sent.append(command);
+        return true;
+    }
+    bool opened = false;
+    QStringList sent;
+};
+
+} // namespace
+
+void TestLinkSwitch::hostAsksForItself()
+{
+    LinkSwitch link;
+    QVERIFY(!link.send("AddIPAudio", QVariant(), nullptr)); // there is none yet
+    auto made = std::make_unique<TestLink>();
+    TestLink* inner = made.get();
+    link.use(std::move(made));
+    QVERIFY(inner->opened);
+    QSignalSpy listed(&link, &LinkSwitch::camerasListed);
+    QSignalSpy replied(&link, &ServerLink::replied);
+    Q_EMIT inner->connected();
+    QCOMPARE(inner->sent, QStringList{"GetCamera"});
+    Q_EMIT inner->replied("GetCamera", QVariantList{1, 2}, nullptr, "0", QString());
+    QCOMPARE(listed.size(), 1);
+    QCOMPARE(replied.size(), 0); // the plug-in did not ask
+    Q_EMIT inner->replied("GetCamera", QVariant(), nullptr, "101", "what?");
+    QCOMPARE(listed.size(), 1); // a server that does not know the command
+    Q_EMIT inner->replied("GetAudioFile", QVariantList(), nullptr, "0", QString());
+    QCOMPARE(replied.size(), 1);
+}
+
+void TestLinkSwitch::anotherServer()
+{
+    LinkSwitch link;
+    auto first = std::make_unique<TestLink>();
+    TestLink* former = first.get();
+    link.use(std::move(first));
+    QSignalSpy replied(&link, &ServerLink::replied);
+    QSignalSpy gone(former, &QObject::destroyed);
+    link.use(std::make_unique<TestLink>());
+    Q_EMIT former->replied("GetAudioFile", QVariantList(), nullptr, "0", QString()); // too late
+    QCOMPARE(replied.size(), 0);
+    QVERIFY(gone.wait());
+    QVERIFY(link.send("AddIPAudio", QVariant(), nullptr));
+}
+
+QTEST_GUILESS_MAIN(TestLinkSwitch)
+#include "tst_linkswitch.moc"
