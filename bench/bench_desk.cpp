@@ -24,7 +24,7 @@ class FullLink : public ServerLink
 {
 public:
     void open() override { QMetaObject::invokeMethod(this, &FullLink::connected, Qt::QueuedConnection); }
-    bool send(const QString& command, const QVariant&, void* userData) override
+    bool send(const QString& command, const QVariant&, quint64 request) override
     {
         QVariantList list;
         if (command == QLatin1String("RetrieveIPAudioModel")) {
@@ -45,8 +45,8 @@ public:
         }
         QMetaObject::invokeMethod(
             this,
-            [this, command, list, userData] {
-                Q_EMIT replied(command, list, userData, QStringLiteral("0"), QString());
+            [this, command, list, request] {
+                Q_EMIT replied(command, list, request, QStringLiteral("0"), QString());
             },
             Qt::QueuedConnection);
         return true;

@@ -1,5 +1,6 @@
 #include "client/PluginHost.h"
 
+#include "client/RequestNumber.h"
 #include "platform/PluginBase.h"
 
 #include <QCoreApplication>
@@ -31,17 +32,20 @@ QString findLibrary()
 PluginHost::PluginHost(ServerLink& link) : m_link(link)
 {
     connect(&m_link, &ServerLink::connected, this, [this] {
+        m_requests.clear(); // of a connection that was lost
         if (m_plugin != nullptr) {
             m_plugin->PluginServerConnected();
         }
     });
     connect(&m_link, &ServerLink::replied, this,
-            [this](const QString& command, const QVariant& result, void* userData, const QString& returnCode,
-                   const QString& errorText) {
-                Q_EMIT replyArrived(command, returnCode, errorText);
+            [this](const QString& nameInReply, const QVariant& result, quint64 number,
+                   const QString& returnCode, const QString& errorText) {
+                // By number alone: user data is of no other command than the one that it was sent with.
+                const SentRequests::Request request = m_requests.answered(number, nameInReply);
+                Q_EMIT replyArrived(request.command, returnCode, errorText, number, result);
                 if (m_plugin != nullptr) {
-                    m_plugin->CommandProcessor(command, result, userData, returnCode, errorText, false,
-                                               QString());
+                    m_plugin->CommandProcessor(request.command, result, request.userData, returnCode,
+                                               errorText, false, QString());
                 }
             });
     connect(&m_link, &ServerLink::eventRaised, this, [this](const QString& event, const QVariant& payload) {
@@ -93,7 +97,11 @@ void PluginHost::unload()
 bool PluginHost::SendCommand(void* /*pluginHandle*/, const QString& /*pluginId*/, const QString& command,
                              const QVariant& param, void* userData, bool /*flag*/, const QString& /*extra*/)
 {
-    const bool accepted = m_link.send(command, param, userData);
-    Q_EMIT commandSent(command, param, accepted);
+    const quint64 request = nextRequestNumber();
+    const bool accepted = m_link.send(command, param, request);
+    if (accepted) {
+        m_requests.add(request, command, userData);
+    }
+    Q_EMIT commandSent(command, param, accepted, request);
     return accepted;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "client/SentRequests.h"
 #include "client/ServerLink.h"
 #include "platform/FrameworkWrapperBase.h"
 
@@ -13,6 +14,9 @@ class PluginBase;
  *
  *   plug-in -- SendCommand --> PluginHost --> ServerLink --> server
  *   plug-in <-- CommandProcessor, EventProcessor, PluginServerConnected -- PluginHost <-- ServerLink
+ *
+ * Each command gets a request number, which travels beside the plug-in: its replies carry it, and the
+ * plug-in's user data stays here under it until the first of them.
  *
  * Everything happens on the thread that made the host. The front end reaches the plug-in through its
  * meta-object only.
@@ -43,11 +47,22 @@ public:
     void unload();
 
 Q_SIGNALS:
-    /** The plug-in sent a command, and whether the link took it. */
-    void commandSent(const QString& command, const QVariant& payload, bool accepted);
+    /**
+     * The plug-in sent a command; emitted inside the call of the plug-in that sends it.
+     *
+     * @param accepted whether the link took it
+     * @param request the number that its replies will carry
+     */
+    void commandSent(const QString& command, const QVariant& payload, bool accepted, quint64 request);
 
-    /** A reply came, before the plug-in sees it. */
-    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText);
+    /**
+     * A reply came, before the plug-in sees it.
+     *
+     * @param request of the command that it answers; any other number when nobody asked for it
+     * @param result the payload of the reply
+     */
+    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
+                      quint64 request, const QVariant& result);
 
     /** An event came, before the plug-in sees it. */
     void eventArrived(const QString& event, const QVariant& payload);
@@ -58,6 +73,7 @@ private:
                      const QVariant& param, void* userData, bool flag, const QString& extra) override;
 
     ServerLink& m_link;
+    SentRequests m_requests;
     QPluginLoader m_loader;
     PluginBase* m_plugin = nullptr; ///< Owned; the loader's instance.
     QString m_errorString;

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int firstRetryDelay = 250; // ms
 constexpr int longestRetryDelay = 5000;
+constexpr quint32 wireMask = 0xFFFFFFFF;
 constexpr quint64 largestMessage = 256U << 20U; // bytes
 
 } // namespace
@@ -80,7 +81,6 @@ void SocketLink::end(const QString& reason)
 {
     m_ready = false;
     m_queued = 0;
-    m_sent.clear();
     if (m_retryTimer.isActive()) {
         return; // an error and the end of the connection come both
     }
@@ -92,14 +92,25 @@ void SocketLink::end(const QString& reason)
     }
 }
 
-bool SocketLink::send(const QString& command, const QVariant& payload, void* userData)
+/** The wire carries the lower half of a request's number: the latest one that was sent with that half. */
+quint64 SocketLink::requestOf(quint32 id) const
+{
+    if (id == 0) {
+        return 0;
+    }
+    const quint64 request = (m_lastRequest & ~quint64{wireMask}) | id;
+    return request > m_lastRequest && request > wireMask ? request - wireMask - 1 : request;
+}
+
+bool SocketLink::send(const QString& command, const QVariant& payload, quint64 request)
 {
     if (!m_ready) {
         return false;
     }
     WireMessage message;
     message.kind = WireMessage::Command;
-    message.id = m_sent.add(command, userData);
+    m_lastRequest = request;
+    message.id = static_cast<quint32>(request);
     message.name = command;
     message.payload = payload;
     m_queued += m_socket.sendBinaryMessage(message.toBytes());
@@ -124,12 +135,9 @@ void SocketLink::receive(const QByteArray& bytes)
         m_refusal = message->text;
         m_socket.close();
         break;
-    case WireMessage::Reply: {
-        // By number alone: user data is of no other command than the one that it was sent with.
-        const SentCommands::Match sent = m_sent.match(message->id, message->name);
-        Q_EMIT replied(sent.command, message->payload, sent.userData, message->code, message->text);
+    case WireMessage::Reply:
+        Q_EMIT replied(message->name, message->payload, requestOf(message->id), message->code, message->text);
         break;
-    }
     case WireMessage::Event:
         Q_EMIT eventRaised(message->name, message->payload);
         break;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "client/SentCommands.h"
 #include "client/ServerLink.h"
 
 #include <QTimer>
@@ -19,8 +18,7 @@ struct SocketLinkConfig
 
 /**
  * A server in another process, by WebSocket. After a loss the connection is made again by itself, and
- * connected is emitted each time it comes up. What was asked before a loss is not answered any more, and its
- * user data is not given back.
+ * connected is emitted each time it comes up. What was asked before a loss is not answered any more.
  */
 class SocketLink : public ServerLink
 {
@@ -31,7 +29,7 @@ public:
     ~SocketLink() override;
 
     void open() override;
-    bool send(const QString& command, const QVariant& payload, void* userData) override;
+    bool send(const QString& command, const QVariant& payload, quint64 request) override;
 
 Q_SIGNALS:
     /** The connection could not be made, or was lost; it will be tried again unless @p final. */
@@ -39,6 +37,7 @@ Q_SIGNALS:
 
 private:
     void sendAtOnce();
+    quint64 requestOf(quint32 id) const;
     void receive(const QByteArray& bytes);
     void checkCertificate(const QList<QSslError>& errors);
     void end(const QString& reason);
@@ -46,10 +45,10 @@ private:
     SocketLinkConfig m_config;
     QWebSocket m_socket;
     QTimer m_retryTimer;
-    int m_retryDelay;     ///< ms
-    bool m_ready = false; ///< Logged in.
-    bool m_final = false; ///< Not to be tried again.
-    QString m_refusal;    ///< Why, in the words of the server.
-    SentCommands m_sent;
-    qint64 m_queued = 0; ///< Bytes given to the socket since it had nothing to send.
+    int m_retryDelay;          ///< ms
+    bool m_ready = false;      ///< Logged in.
+    bool m_final = false;      ///< Not to be tried again.
+    QString m_refusal;         ///< Why, in the words of the server.
+    quint64 m_lastRequest = 0; ///< The number of the last command that was sent.
+    qint64 m_queued = 0;       ///< Bytes given to the socket since it had nothing to send.
 };

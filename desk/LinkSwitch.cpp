@@ -1,5 +1,7 @@
 #include "desk/LinkSwitch.h"
 
+#include "client/RequestNumber.h"
+
 namespace {
 
 const QString getCamera = QStringLiteral("GetCamera");
@@ -18,14 +20,14 @@ void LinkSwitch::use(std::unique_ptr<ServerLink> link)
         askForCameras();
     });
     connect(m_link.get(), &ServerLink::replied, this,
-            [this](const QString& command, const QVariant& result, void* userData, const QString& returnCode,
+            [this](const QString& command, const QVariant& result, quint64 request, const QString& returnCode,
                    const QString& errorText) {
-                if (command == getCamera) {
+                if (request == m_cameraRequest) {
                     if (returnCode == QLatin1String("0")) { // other servers may not know the command
                         Q_EMIT camerasListed(result.toList());
                     }
                 } else {
-                    Q_EMIT replied(command, result, userData, returnCode, errorText);
+                    Q_EMIT replied(command, result, request, returnCode, errorText);
                 }
             });
     connect(m_link.get(), &ServerLink::sending, this, &LinkSwitch::sending);
@@ -33,12 +35,13 @@ void LinkSwitch::use(std::unique_ptr<ServerLink> link)
     m_link->open();
 }
 
-bool LinkSwitch::send(const QString& command, const QVariant& payload, void* userData)
+bool LinkSwitch::send(const QString& command, const QVariant& payload, quint64 request)
 {
-    return m_link && m_link->send(command, payload, userData);
+    return m_link && m_link->send(command, payload, request);
 }
 
 void LinkSwitch::askForCameras()
 {
-    send(getCamera, QVariant(), nullptr);
+    m_cameraRequest = nextRequestNumber();
+    send(getCamera, QVariant(), m_cameraRequest);
 }

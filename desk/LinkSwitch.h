@@ -17,7 +17,7 @@ public:
     void use(std::unique_ptr<ServerLink> link);
 
     void open() override {}
-    bool send(const QString& command, const QVariant& payload, void* userData) override;
+    bool send(const QString& command, const QVariant& payload, quint64 request) override;
 
     /** Asks for the cameras. */
     void askForCameras();
@@ -28,4 +28,5 @@ Q_SIGNALS:
 
 private:
     std::unique_ptr<ServerLink> m_link;
+    quint64 m_cameraRequest = 0; ///< Of the last question for the cameras.
 };

@@ -16,7 +16,7 @@ public:
     ~EmbeddedLink() override;
 
     void open() override;
-    bool send(const QString& command, const QVariant& payload, void* userData) override;
+    bool send(const QString& command, const QVariant& payload, quint64 request) override;
 
     const RecordingServer& server() const { return m_server; }
 

@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (int commands = 0; commands < mostCommands && input.remaining_bytes() > 0; ++commands) {
         switch (input.ConsumeIntegralInRange(0, 7)) {
         case 0:
-            session.submit(V::StartTalk, QVariantMap{{V::camId, QStringLiteral("camera-1")}}, nullptr);
+            session.submit(V::StartTalk, QVariantMap{{V::camId, QStringLiteral("camera-1")}}, 1);
             QCoreApplication::sendPostedEvents();
             break;
         case 1:
@@ -82,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 nullptr);
             break;
         default:
-            session.submit(*input.PickValueInArray(Words::commands), variantTree(input), nullptr);
+            session.submit(*input.PickValueInArray(Words::commands), variantTree(input), 1);
         }
     }
     QCoreApplication::processEvents();

@@ -69,29 +69,29 @@ QString RecordingServer::whyNotOpen() const
 
 void RecordingServer::registerTalks()
 {
-    m_executors[QStringLiteral("StartTalk")] = [this](ServerSession& session, const QVariant& payload) {
+    m_executors[QStringLiteral("StartTalk")] = [this](ServerSession& session, const QVariant& payload,
+                                                      quint64) {
         return m_talks.startTalk(session, payload);
     };
     m_executors[QStringLiteral("StartTalkToIPAudio")] = [this](ServerSession& session,
-                                                               const QVariant& payload) {
+                                                               const QVariant& payload, quint64) {
         return startTalkToIPAudio(session, payload);
     };
-    m_executors[QStringLiteral("StopTalk")] = [this](ServerSession& session, const QVariant& payload) {
-        return m_talks.stopTalk(session, payload);
-    };
-    m_executors[QStringLiteral("StopTalkToIPAudio")] = [this](ServerSession& session,
-                                                              const QVariant& payload) {
+    m_executors[QStringLiteral("StopTalk")] = [this](ServerSession& session, const QVariant& payload,
+                                                     quint64) { return m_talks.stopTalk(session, payload); };
+    m_executors[QStringLiteral("StopTalkToIPAudio")] = [this](ServerSession& session, const QVariant& payload,
+                                                              quint64) {
         return m_talks.stopTalkToSpeaker(session, payload.toInt());
     };
-    m_executors[QStringLiteral("TalkData")] = [this](ServerSession& session, const QVariant& payload) {
-        return m_talks.talkData(session, payload);
-    };
+    m_executors[QStringLiteral("TalkData")] = [this](ServerSession& session, const QVariant& payload,
+                                                     quint64) { return m_talks.talkData(session, payload); };
 }
 
 void RecordingServer::registerRecords()
 {
     const auto on = [this](const char* command, auto& store, auto operation) {
-        m_executors[QLatin1String(command)] = [&store, operation](ServerSession&, const QVariant& payload) {
+        m_executors[QLatin1String(command)] = [&store, operation](ServerSession&, const QVariant& payload,
+                                                                  quint64) {
             return (store.*operation)(payload);
         };
     };
@@ -107,11 +107,11 @@ void RecordingServer::registerRecords()
     on("UpdateNetworkAudioSchedule", m_schedules, &ScheduleStore::update);
     on("DeleteNetworkAudioSchedule", m_schedules, &ScheduleStore::remove);
     const auto list = [this](const char* command, auto& store) {
-        m_executors[QLatin1String(command)] = [&store](ServerSession&, const QVariant&) {
+        m_executors[QLatin1String(command)] = [&store](ServerSession&, const QVariant&, quint64) {
             return store.list();
         };
     };
-    m_executors[QStringLiteral("GetCamera")] = [this](ServerSession&, const QVariant&) {
+    m_executors[QStringLiteral("GetCamera")] = [this](ServerSession&, const QVariant&, quint64) {
         return done(cameraRecords());
     };
     list("RetrieveIPAudioModel", m_devices);
@@ -135,19 +135,18 @@ void RecordingServer::registerPlayback()
 {
     for (const char* command : {"PlayAudio", "AlarmPlayIPAudio"}) {
         const QString name = QLatin1String(command);
-        m_executors[name] = [this, name](ServerSession& session, const QVariant& payload) {
-            return m_playback.play(session, name, payload);
+        m_executors[name] = [this, name](ServerSession& session, const QVariant& payload, quint64 request) {
+            return m_playback.play(session, name, payload, request);
         };
     }
-    m_executors[QStringLiteral("PlayGroupAudio")] = [this](ServerSession& session, const QVariant& payload) {
-        return m_playback.playGroup(session, QStringLiteral("PlayGroupAudio"), payload);
+    m_executors[QStringLiteral("PlayGroupAudio")] = [this](ServerSession& session, const QVariant& payload,
+                                                           quint64 request) {
+        return m_playback.playGroup(session, QStringLiteral("PlayGroupAudio"), payload, request);
     };
-    m_executors[QStringLiteral("StopCurrentAudio")] = [this](ServerSession&, const QVariant& payload) {
-        return m_playback.stop(payload);
-    };
-    m_executors[QStringLiteral("StopCurrentGroupAudio")] = [this](ServerSession&, const QVariant& payload) {
-        return m_playback.stopGroup(payload);
-    };
+    m_executors[QStringLiteral("StopCurrentAudio")] = [this](ServerSession&, const QVariant& payload,
+                                                             quint64) { return m_playback.stop(payload); };
+    m_executors[QStringLiteral("StopCurrentGroupAudio")] =
+        [this](ServerSession&, const QVariant& payload, quint64) { return m_playback.stopGroup(payload); };
 }
 
 /** What keeps a speaker from talking is told in "error" of a success: so the client hears of it in words. */
@@ -168,7 +167,7 @@ ServerReply RecordingServer::startTalkToIPAudio(ServerSession& session, const QV
 }
 
 std::optional<ServerReply> RecordingServer::execute(ServerSession& session, const QString& command,
-                                                    const QVariant& payload)
+                                                    const QVariant& payload, quint64 request)
 {
     if (!m_config.answers) {
         return std::nullopt;
@@ -181,7 +180,7 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
         return refusal(ReturnCode::unknownCommand,
                        QStringLiteral("this server does not know the command \"%1\"").arg(command));
     }
-    return (*executor)(session, payload);
+    return (*executor)(session, payload, request);
 }
 
 void RecordingServer::openSession(ServerSession& session)

@@ -64,12 +64,12 @@ public:
     void lookAtSchedules() { m_scheduleRunner.look(); }
 
     std::optional<ServerReply> execute(ServerSession& session, const QString& command,
-                                       const QVariant& payload) override;
+                                       const QVariant& payload, quint64 request) override;
     void openSession(ServerSession& session) override;
     void closeSession(ServerSession& session) override;
 
 private:
-    using Executor = std::function<ServerReply(ServerSession&, const QVariant&)>;
+    using Executor = std::function<ServerReply(ServerSession&, const QVariant& payload, quint64 request)>;
 
     QString whyNotOpen() const;
     void registerTalks();

@@ -101,8 +101,7 @@ void SocketClient::receive(const QByteArray& bytes)
         drop(QStringLiteral("not a command"));
         return;
     }
-    // The command's number comes back as the user data of its reply.
-    m_session->submit(message->name, message->payload, reinterpret_cast<void*>(std::uintptr_t{message->id}));
+    m_session->submit(message->name, message->payload, message->id);
 }
 
 void SocketClient::login(const WireMessage& message)
@@ -130,10 +129,10 @@ void SocketClient::answerLogin(bool admitted)
     m_socket->setMaxAllowedIncomingFrameSize(m_config.largestMessage);
     m_session = std::make_unique<ServerSession>(m_server);
     connect(m_session.get(), &ServerSession::replied, this,
-            [this](const QString& command, void* userData, const ServerReply& reply) {
+            [this](const QString& command, quint64 request, const ServerReply& reply) {
                 WireMessage answer;
                 answer.kind = WireMessage::Reply;
-                answer.id = static_cast<quint32>(reinterpret_cast<std::uintptr_t>(userData));
+                answer.id = static_cast<quint32>(request);
                 answer.name = command;
                 answer.payload = reply.result;
                 answer.code = reply.returnCode;

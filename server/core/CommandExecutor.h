@@ -12,9 +12,14 @@ class CommandExecutor
 public:
     virtual ~CommandExecutor() = default;
 
-    /** Executes one command. Returns nothing when the reply comes later, or never. */
+    /**
+     * Executes one command.
+     *
+     * @param request what the client calls it: the replies that come later carry it
+     * @return the reply; nothing when it comes later, or never
+     */
     virtual std::optional<ServerReply> execute(ServerSession& session, const QString& command,
-                                               const QVariant& payload) = 0;
+                                               const QVariant& payload, quint64 request) = 0;
 
     /** Takes notice of a new session. */
     virtual void openSession(ServerSession& session) = 0;

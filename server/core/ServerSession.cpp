@@ -10,18 +10,18 @@ ServerSession::~ServerSession()
     m_executor.closeSession(*this);
 }
 
-void ServerSession::submit(const QString& command, const QVariant& payload, void* userData)
+void ServerSession::submit(const QString& command, const QVariant& payload, quint64 request)
 {
-    const auto reply = m_executor.execute(*this, command, payload);
+    const auto reply = m_executor.execute(*this, command, payload, request);
     if (reply) {
-        sendReply(command, userData, *reply);
+        sendReply(command, request, *reply);
     }
 }
 
-void ServerSession::sendReply(const QString& command, void* userData, const ServerReply& reply)
+void ServerSession::sendReply(const QString& command, quint64 request, const ServerReply& reply)
 {
     QMetaObject::invokeMethod(
-        this, [this, command, userData, reply] { Q_EMIT replied(command, userData, reply); },
+        this, [this, command, request, reply] { Q_EMIT replied(command, request, reply); },
         Qt::QueuedConnection);
 }
 

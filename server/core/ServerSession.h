@@ -18,11 +18,11 @@ public:
     explicit ServerSession(CommandExecutor& executor);
     ~ServerSession() override;
 
-    /** Takes a command; @p userData comes back with the reply untouched. */
-    void submit(const QString& command, const QVariant& payload, void* userData);
+    /** Takes a command. @param request the client's number for it, which each reply carries */
+    void submit(const QString& command, const QVariant& payload, quint64 request);
 
     /** Sends a reply on; commands that take their time are answered more than once. */
-    void sendReply(const QString& command, void* userData, const ServerReply& reply);
+    void sendReply(const QString& command, quint64 request, const ServerReply& reply);
 
     /** Tells the client of an event whose fields are the payload itself. */
     void raisePlainEvent(const QString& event, const QVariantMap& fields);
@@ -32,7 +32,7 @@ public:
 
 Q_SIGNALS:
     /** A reply to a command; never emitted from inside of submit. */
-    void replied(const QString& command, void* userData, const ServerReply& reply);
+    void replied(const QString& command, quint64 request, const ServerReply& reply);
 
     /** An event; never emitted from inside of submit. */
     void eventRaised(const QString& event, const QVariant& payload);

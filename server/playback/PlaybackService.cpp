@@ -34,29 +34,30 @@ void PlaybackService::raiseFailure(const QString& device, const QString& file, c
     });
 }
 
-ServerReply PlaybackService::play(ServerSession& session, const QString& command, const QVariant& payload)
+ServerReply PlaybackService::play(ServerSession& session, const QString& command, const QVariant& payload,
+                                  quint64 request)
 {
-    const QVariantMap request = payload.toMap();
-    const int device = request.value(QStringLiteral("ipAudioId")).toInt();
-    return start(&session, command, request.value(QStringLiteral("audioFileId")).toInt(), {device},
-                 request.value(QStringLiteral("alarmName")).toString(), device);
+    const QVariantMap fields = payload.toMap();
+    const int device = fields.value(QStringLiteral("ipAudioId")).toInt();
+    return start({&session, command, request}, fields.value(QStringLiteral("audioFileId")).toInt(), {device},
+                 fields.value(QStringLiteral("alarmName")).toString(), device);
 }
 
 ServerReply PlaybackService::playGroup(ServerSession& session, const QString& command,
-                                       const QVariant& payload)
+                                       const QVariant& payload, quint64 request)
 {
-    const QVariantMap request = payload.toMap();
-    const int group = request.value(QStringLiteral("groupID")).toInt();
+    const QVariantMap fields = payload.toMap();
+    const int group = fields.value(QStringLiteral("groupID")).toInt();
     if (!m_groups.exists(group)) {
         return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
     }
-    return start(&session, command, request.value(QStringLiteral("audioFileId")).toInt(),
+    return start({&session, command, request}, fields.value(QStringLiteral("audioFileId")).toInt(),
                  m_groups.members(group), QString(), group);
 }
 
 void PlaybackService::playUnasked(int file, const QList<int>& devices, const QString& alarmName)
 {
-    const ServerReply reply = start(nullptr, QString(), file, devices, alarmName, QVariant());
+    const ServerReply reply = start({nullptr, QString(), 0}, file, devices, alarmName, QVariant());
     const bool told = reply.returnCode == ReturnCode::success ||
                       reply.returnCode == ReturnCode::speakerOffline ||
                       reply.returnCode == ReturnCode::brokenFile;
@@ -65,9 +66,8 @@ void PlaybackService::playUnasked(int file, const QList<int>& devices, const QSt
     }
 }
 
-ServerReply PlaybackService::start(ServerSession* session, const QString& command, int fileId,
-                                   const QList<int>& devices, const QString& alarmName,
-                                   const QVariant& refusalResult)
+ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<int>& devices,
+                                   const QString& alarmName, const QVariant& refusalResult)
 {
     const auto file = m_files.find(fileId);
     if (!file) {
@@ -111,7 +111,7 @@ ServerReply PlaybackService::start(ServerSession* session, const QString& comman
             *played += out.size();
             return out.size() == count;
         });
-    m_playbacks[source] = {session, command, alarmName, *file, reachable, reader, played, 0};
+    m_playbacks[source] = {asker, alarmName, *file, reachable, reader, played, 0};
     m_progressTimer.start(progressInterval);
     return done(progressOf(0));
 }
@@ -164,9 +164,10 @@ void PlaybackService::tellProgress()
         const auto ms = static_cast<qint64>(*playback.played) * 1000 / SpeakerRack::sampleRate;
         const int percent = static_cast<int>(
             qBound<qint64>(0, ms * wholeProgress / qMax(playback.file.length, 1), wholeProgress - 1));
-        if (percent > playback.progress && playback.session) {
+        if (percent > playback.progress && playback.asker.session) {
             playback.progress = percent;
-            playback.session->sendReply(playback.command, nullptr, done(progressOf(percent)));
+            playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
+                                              done(progressOf(percent)));
         }
     }
     if (m_playbacks.empty()) {
@@ -183,8 +184,9 @@ void PlaybackService::ended(int source)
     const Playback playback = found->second;
     m_playbacks.erase(found);
     if (!playback.reader->isBroken()) {
-        if (playback.session) {
-            playback.session->sendReply(playback.command, nullptr, done(progressOf(wholeProgress)));
+        if (playback.asker.session) {
+            playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
+                                              done(progressOf(wholeProgress)));
         }
         return;
     }

@@ -32,8 +32,11 @@ public:
     PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files, SpeakerRack& rack,
                     QSet<QString> offlineAddresses);
 
-    ServerReply play(ServerSession& session, const QString& command, const QVariant& payload);
-    ServerReply playGroup(ServerSession& session, const QString& command, const QVariant& payload);
+    /** @param request of the command, which its progress carries */
+    ServerReply play(ServerSession& session, const QString& command, const QVariant& payload,
+                     quint64 request);
+    ServerReply playGroup(ServerSession& session, const QString& command, const QVariant& payload,
+                          quint64 request);
     ServerReply stop(const QVariant& payload);
     ServerReply stopGroup(const QVariant& payload);
 
@@ -50,10 +53,17 @@ Q_SIGNALS:
     void playAudioFailed(const QVariantMap& fields);
 
 private:
+    /** Who asked for a playback, and how it is answered. */
+    struct Asker
+    {
+        QPointer<ServerSession> session; ///< Null for a schedule.
+        QString command;
+        quint64 request;
+    };
+
     struct Playback
     {
-        QPointer<ServerSession> session; ///< Who asked; null for a schedule.
-        QString command;
+        Asker asker;
         QString alarmName;
         FileStore::File file;
         QList<int> devices;
@@ -62,8 +72,8 @@ private:
         int progress = 0;                    ///< Percent, as last told.
     };
 
-    ServerReply start(ServerSession* session, const QString& command, int fileId, const QList<int>& devices,
-                      const QString& alarmName, const QVariant& refusalResult);
+    ServerReply start(const Asker& asker, int fileId, const QList<int>& devices, const QString& alarmName,
+                      const QVariant& refusalResult);
     void release(const QList<int>& devices);
     void tellProgress();
     void ended(int source);

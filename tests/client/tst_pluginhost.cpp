@@ -26,11 +26,11 @@ class TestLink : public ServerLink
 {
 public:
     void open() override { opened = true; }
-    bool send(const QString& command, const QVariant& payload, void* userData) override
+    bool send(const QString& command, const QVariant& payload, quint64 request) override
     {
         sent.append(command);
         payloads.append(payload);
-        lastUserData = userData;
+        lastRequest = request;
         return accepts;
     }
 
@@ -38,7 +38,7 @@ public:
     bool accepts = true;
     QStringList sent;
     QVariantList payloads;
-    void* lastUserData = nullptr;
+    quint64 lastRequest = 0;
 };
 
 } // namespace
@@ -67,7 +67,7 @@ void TestPluginHost::carriesRepliesAndEvents()
     QSignalSpy response(host.plugin(), SIGNAL(startTalkResponse(bool)));
     QSignalSpy disconnected(host.plugin(), SIGNAL(talkDisconnected()));
     QSignalSpy replies(&host, &PluginHost::replyArrived);
-    Q_EMIT link.replied("StartTalk", QVariantMap{{"talkToken", "t"}}, nullptr, "0", "");
+    Q_EMIT link.replied("StartTalk", QVariantMap{{"talkToken", "t"}}, 0, "0", "");
     QCOMPARE(response.count(), 1);
     QVERIFY(response[0][0].toBool());
     QCOMPARE(host.plugin()->property("talking"), QVariant(true));
@@ -91,7 +91,8 @@ void TestPluginHost::linkThatRefuses()
                               Q_ARG(int, 4));
     QVERIFY(!accepted);
     QCOMPARE(sent.count(), 1);
-    QCOMPARE(sent[0], (QVariantList{"StopTalkToIPAudio", QVariant::fromValue(QVariant(4)), false}));
+    QCOMPARE(sent[0],
+             (QVariantList{"StopTalkToIPAudio", QVariant::fromValue(QVariant(4)), false, link.lastRequest}));
 }
 
 void TestPluginHost::lateRepliesAfterUnload()
@@ -99,11 +100,11 @@ void TestPluginHost::lateRepliesAfterUnload()
     TestLink link;
     PluginHost host(link);
     QVERIFY(host.load(pluginPath));
-    Q_EMIT link.replied("StartTalk", QVariantMap{{"talkToken", "t"}}, nullptr, "0", "");
+    Q_EMIT link.replied("StartTalk", QVariantMap{{"talkToken", "t"}}, 0, "0", "");
     host.unload();
     QCOMPARE(link.sent, QStringList{"StopTalk"}); // the talk's end
     QCOMPARE(host.plugin(), nullptr);
-    Q_EMIT link.replied("StopTalk", QVariant(), nullptr, "0", "");
+    Q_EMIT link.replied("StopTalk", QVariant(), 0, "0", "");
     Q_EMIT link.eventRaised("TalkDisconnected", QVariant());
     Q_EMIT link.connected();
 }

@@ -18,13 +18,15 @@ class TestLink : public ServerLink
 {
 public:
     void open() override { opened = true; }
-    bool send(const QString& command, const QVariant&, void*) override
+    bool send(const QString& command, const QVariant&, quint64 request) override
     {
         sent.append(command);
+        lastRequest = request;
         return true;
     }
     bool opened = false;
     QStringList sent;
+    quint64 lastRequest = 0;
 };
 
 } // namespace
@@ -32,7 +34,7 @@ public:
 void TestLinkSwitch::hostAsksForItself()
 {
     LinkSwitch link;
-    QVERIFY(!link.send("AddIPAudio", QVariant(), nullptr)); // there is none yet
+    QVERIFY(!link.send("AddIPAudio", QVariant(), 1)); // there is none yet
     auto made = std::make_unique<TestLink>();
     TestLink* inner = made.get();
     link.use(std::move(made));
@@ -41,13 +43,16 @@ void TestLinkSwitch::hostAsksForItself()
     QSignalSpy replied(&link, &ServerLink::replied);
     Q_EMIT inner->connected();
     QCOMPARE(inner->sent, QStringList{"GetCamera"});
-    Q_EMIT inner->replied("GetCamera", QVariantList{1, 2}, nullptr, "0", QString());
+    const quint64 request = inner->lastRequest;
+    Q_EMIT inner->replied("anything", QVariantList{1, 2}, request, "0", QString());
     QCOMPARE(listed.size(), 1);
     QCOMPARE(replied.size(), 0); // the plug-in did not ask
-    Q_EMIT inner->replied("GetCamera", QVariant(), nullptr, "101", "what?");
+    Q_EMIT inner->replied("GetCamera", QVariant(), request, "101", "what?");
     QCOMPARE(listed.size(), 1); // a server that does not know the command
-    Q_EMIT inner->replied("GetAudioFile", QVariantList(), nullptr, "0", QString());
+    Q_EMIT inner->replied("GetAudioFile", QVariantList(), 1000000, "0", QString());
     QCOMPARE(replied.size(), 1);
+    Q_EMIT inner->replied("GetCamera", QVariantList(), request + 1, "0", QString()); // not what was asked
+    QCOMPARE(listed.size(), 1);
 }
 
 void TestLinkSwitch::anotherServer()
@@ -59,10 +64,10 @@ void TestLinkSwitch::anotherServer()
     QSignalSpy replied(&link, &ServerLink::replied);
     QSignalSpy gone(former, &QObject::destroyed);
     link.use(std::make_unique<TestLink>());
-    Q_EMIT former->replied("GetAudioFile", QVariantList(), nullptr, "0", QString()); // too late
+    Q_EMIT former->replied("GetAudioFile", QVariantList(), 1000000, "0", QString()); // too late
     QCOMPARE(replied.size(), 0);
     QVERIFY(gone.wait());
-    QVERIFY(link.send("AddIPAudio", QVariant(), nullptr));
+    QVERIFY(link.send("AddIPAudio", QVariant(), 1));
 }
 
 QTEST_GUILESS_MAIN(TestLinkSwitch)

@@ -63,12 +63,12 @@ private:
     {
     public:
         void open() override {}
-        bool send(const QString& command, const QVariant& payload, void* userData) override
+        bool send(const QString& command, const QVariant& payload, quint64 request) override
         {
             if (command != QLatin1String("TalkData")) {
                 sent.append(command);
                 payloads.append(payload);
-                userDatas.append(userData);
+                requests.append(request);
             }
             return accepts;
         }
@@ -83,13 +83,13 @@ private:
         void answerAt(int at, const QVariant& result, const QString& code = QStringLiteral("0"),
                       const QString& text = QString())
         {
-            Q_EMIT replied(sent[at], result, userDatas[at], code, text);
+            Q_EMIT replied(sent[at], result, requests[at], code, text);
         }
 
         bool accepts = true;
         QStringList sent;
         QVariantList payloads;
-        QVector<void*> userDatas;
+        QVector<quint64> requests;
     };
 
     void openCamera();

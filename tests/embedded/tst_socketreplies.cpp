@@ -2,7 +2,6 @@
 // says.
 
 #include "client/PluginHost.h"
-#include "client/SentCommands.h"
 #include "client/SocketLink.h"
 #include "protocol/WireMessage.h"
 #include "tests/support/BuiltLibraries.h"
@@ -16,12 +15,8 @@ class TestSocketReplies : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void commandKeepsItsName_data();
-    void commandKeepsItsName();
-    void userDataIsGivenOnce();
-    void repliesThatNobodyAskedFor();
-    void moreCommandsThanAreRemembered();
-    void numbersBeginAgain();
+    void repliesCarryTheirRequest();
+    void numbersNeverSent();
     void afterALossNothingIsAnswered();
     void refusedUploadInPlaceOfATalk();
     void answeredTalkInPlaceOfAnUpload();
@@ -99,8 +94,7 @@ struct Line
         up = connected.wait();
     }
 
-    QString name(int reply) const { return replies[reply][0].toString(); }
-    void* userData(int reply) const { return replies[reply][2].value<void*>(); }
+    QVariant request(int reply) const { return replies[reply][2]; }
 
     LyingServer server;
     SocketLink link;
@@ -125,130 +119,62 @@ struct Desk
 
 } // namespace
 
-void TestSocketReplies::commandKeepsItsName_data()
+void TestSocketReplies::repliesCarryTheirRequest()
 {
-    QTest::addColumn<QString>("sent");
-    QTest::addColumn<QString>("answered");
-    QTest::newRow("an upload for a talk") << "StartTalkToIPAudio"
-                                          << "UploadFile";
-    QTest::newRow("a talk for an upload") << "UploadFile"
-                                          << "StartTalkToIPAudio";
-    QTest::newRow("no name") << "UploadFile"
-                             << "";
-    QTest::newRow("the right one") << "UploadFile"
-                                   << "UploadFile";
-}
-
-void TestSocketReplies::commandKeepsItsName()
-{
-    QFETCH(QString, sent);
-    QFETCH(QString, answered);
     Line line;
     QVERIFY(line.up);
-    int block = 0;
-    QVERIFY(line.link.send(sent, QVariant(), &block));
-    QTRY_COMPARE(line.server.commands.size(), 1);
-    line.server.reply(line.server.commands[0].id, answered, "-2", 5);
-    QTRY_COMPARE(line.replies.size(), 1);
-    QCOMPARE(line.name(0), sent);
-    QCOMPARE(line.userData(0), static_cast<void*>(&block));
+    const QList<quint64> requests{7, 0xFFFFFFFF, 0x100000001, 0x100000005};
+    for (const quint64 request : requests) {
+        QVERIFY(line.link.send("PlayAudio", QVariant(), request));
+    }
+    QTRY_COMPARE(line.server.commands.size(), requests.size());
+    const QList<quint32> numbers{7, 0xFFFFFFFF, 1, 5};
+    for (int i = 0; i < numbers.size(); ++i) {
+        QCOMPARE(line.server.commands[i].id, numbers[i]);
+    }
+    for (const quint32 number : {5U, 0xFFFFFFFFU, 1U, 5U, 0U}) {
+        line.server.reply(number, "UploadFile", "-2", 5);
+    }
+    QTRY_COMPARE(line.replies.size(), 5);
+    QCOMPARE(line.request(0), QVariant(quint64{0x100000005}));
+    QCOMPARE(line.request(1), QVariant(quint64{0xFFFFFFFF}));
+    QCOMPARE(line.request(2), QVariant(quint64{0x100000001}));
+    QCOMPARE(line.request(3), QVariant(quint64{0x100000005})); // each reply of several
+    QCOMPARE(line.request(4), QVariant(quint64{0}));           // to nothing that was asked
+    QCOMPARE(line.replies[0][0].toString(), QStringLiteral("UploadFile"));
     QCOMPARE(line.replies[0][1].toInt(), 5);
     QCOMPARE(line.replies[0][3].toString(), QStringLiteral("-2"));
 }
 
-void TestSocketReplies::userDataIsGivenOnce()
+void TestSocketReplies::numbersNeverSent()
 {
     Line line;
     QVERIFY(line.up);
-    int first = 0;
-    int second = 0;
-    line.link.send("StartTalkToIPAudio", QVariant(), &first);
-    line.link.send("PlayAudio", QVariant(), &second);
-    QTRY_COMPARE(line.server.commands.size(), 2);
-    for (int i = 0; i < 3; ++i) {
-        line.server.reply(line.server.commands[1].id, "UploadFile", "0");
-        line.server.reply(line.server.commands[0].id, "UploadFile", "0");
-    }
-    QTRY_COMPARE(line.replies.size(), 6);
-    for (int i = 0; i < 6; ++i) {
-        QCOMPARE(line.name(i),
-                 i % 2 == 0 ? QStringLiteral("PlayAudio") : QStringLiteral("StartTalkToIPAudio"));
-        void* expected = i % 2 == 0 ? &second : &first;
-        QCOMPARE(line.userData(i), i < 2 ? expected : nullptr);
-    }
-}
-
-void TestSocketReplies::repliesThatNobodyAskedFor()
-{
-    Line line;
-    QVERIFY(line.up);
-    int block = 0;
-    line.link.send("StartTalkToIPAudio", QVariant(), &block);
+    QVERIFY(line.link.send("PlayAudio", QVariant(), 7));
     QTRY_COMPARE(line.server.commands.size(), 1);
-    const quint32 number = line.server.commands[0].id;
-    const QList<quint32> others{0, number + 1, number + 4096, number + 8192, 0xFFFFFFFF, number - 1};
-    for (const quint32 other : others) {
-        line.server.reply(other, "PlayAudio", "0");
+    for (const quint32 number : {8U, 6U, 0xFFFFFFFFU}) {
+        line.server.reply(number, "PlayAudio", "0");
     }
-    QTRY_COMPARE(line.replies.size(), others.size());
-    for (int i = 0; i < others.size(); ++i) {
-        QCOMPARE(line.name(i), QStringLiteral("PlayAudio")); // such as the progress of what plays
-        QCOMPARE(line.userData(i), nullptr);
-    }
-}
-
-void TestSocketReplies::moreCommandsThanAreRemembered()
-{
-    Line line;
-    QVERIFY(line.up);
-    int block = 0;
-    line.link.send("StartTalkToIPAudio", QVariant(), &block);
-    line.link.send("PlayAudio", QVariant(), nullptr);
-    for (int i = 0; i < 5000; ++i) {
-        line.link.send("TalkData", QVariant(), nullptr);
-    }
-    QTRY_COMPARE_WITH_TIMEOUT(line.server.commands.size(), 5002, 20000);
-    line.server.reply(line.server.commands[0].id, "UploadFile", "0"); // a block is never forgotten
-    line.server.reply(line.server.commands[1].id, "PlayAudio", "0");
-    line.server.reply(line.server.commands.last().id, "PlayAudio", "0");
     QTRY_COMPARE(line.replies.size(), 3);
-    QCOMPARE(line.name(0), QStringLiteral("StartTalkToIPAudio"));
-    QCOMPARE(line.userData(0), static_cast<void*>(&block));
-    QCOMPARE(line.name(1), QStringLiteral("PlayAudio"));
-    QCOMPARE(line.name(2), QStringLiteral("TalkData"));
-}
-
-void TestSocketReplies::numbersBeginAgain()
-{
-    SentCommands sent;
-    int first = 0;
-    int second = 0;
-    QCOMPARE(sent.add("UploadFile", &first), 1U);
-    QCOMPARE(sent.add("StartTalkToIPAudio", &second), 2U);
-    sent.continueAfter(0xFFFFFFFE);
-    QCOMPARE(sent.add("TalkData", nullptr), 0xFFFFFFFFU);
-    QCOMPARE(sent.add("TalkData", nullptr), 3U); // not 0, and neither of those that wait
-    QCOMPARE(sent.match(1, QString()).userData, static_cast<void*>(&first));
-    QCOMPARE(sent.match(2, QString()).userData, static_cast<void*>(&second));
-    sent.continueAfter(0xFFFFFFFF);
-    QCOMPARE(sent.add("PlayAudio", nullptr), 1U);
-    QCOMPARE(sent.match(1, QString()).command, QString("PlayAudio"));
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY(line.request(i) != QVariant(quint64{7}));
+    }
 }
 
 void TestSocketReplies::afterALossNothingIsAnswered()
 {
-    Line line;
-    QVERIFY(line.up);
-    int block = 0;
-    line.link.send("StartTalkToIPAudio", QVariant(), &block);
-    QTRY_COMPARE(line.server.commands.size(), 1);
-    QSignalSpy connected(&line.link, &ServerLink::connected);
-    line.server.client->close();
+    Desk desk;
+    QVERIFY2(desk.up, qPrintable(desk.host.errorString()));
+    QSignalSpy answers(desk.host.plugin(), SIGNAL(startTalkToIPAudioResponse(bool, QString, int)));
+    QSignalSpy stopped(desk.host.plugin(), SIGNAL(stopCurrentAudioResponse()));
+    QVERIFY(QMetaObject::invokeMethod(desk.host.plugin(), "startTalkToIPAudio", Q_ARG(int, 42)));
+    QTRY_VERIFY(desk.server.numberOf("StartTalkToIPAudio") != 0);
+    QSignalSpy connected(&desk.link, &ServerLink::connected);
+    desk.server.client->close();
     QVERIFY(connected.wait());
-    line.server.reply(line.server.commands[0].id, "PlayAudio", "0");
-    QTRY_COMPARE(line.replies.size(), 1);
-    QCOMPARE(line.name(0), QStringLiteral("PlayAudio"));
-    QCOMPARE(line.userData(0), nullptr);
+    desk.server.reply(desk.server.numberOf("StartTalkToIPAudio"), "StopCurrentAudio", "0");
+    QTRY_COMPARE(stopped.size(), 1);
+    QCOMPARE(answers.size(), 0);
 }
 
 void TestSocketReplies::refusedUploadInPlaceOfATalk()

@@ -30,7 +30,7 @@ private Q_SLOTS:
     void certificateOnAFullDisk();
     void keyAloneGetsACertificate();
     void commandsRepliesAndEvents();
-    void userDataComesBackOnce();
+    void progressCarriesItsRequest();
     void largeMessageTellsItsProgress();
     void token();
     void wrongPasswordIsFinal();
@@ -218,29 +218,28 @@ void TestSocketServer::commandsRepliesAndEvents()
     const QSignalSpy connected(&link, &ServerLink::connected);
     QSignalSpy replied(&link, &ServerLink::replied);
     QSignalSpy events(&link, &ServerLink::eventRaised);
-    QVERIFY(!link.send("GetAudioFile", QVariant(), nullptr)); // not connected yet
+    QVERIFY(!link.send("GetAudioFile", QVariant(), 1)); // not connected yet
     link.open();
     QVERIFY(waitFor([&] { return connected.size() == 1; }));
-    int data = 0;
-    QVERIFY(link.send("AddIPAudio", ServerHarness::device("Gate", "10.0.0.66"), &data));
+    QVERIFY(link.send("AddIPAudio", ServerHarness::device("Gate", "10.0.0.66"), 71));
     QVERIFY(waitFor([&] { return replied.size() == 1; }));
     QCOMPARE(replied[0][0].toString(), QString("AddIPAudio"));
     QCOMPARE(replied[0][1].toMap()["deviceID"], QVariant(1));
-    QCOMPARE(replied[0][2].value<void*>(), static_cast<void*>(&data));
+    QCOMPARE(replied[0][2], QVariant(quint64{71}));
     QCOMPARE(replied[0][3].toString(), QString("0"));
-    QVERIFY(link.send("AddIPAudio", QVariantMap(), nullptr));
+    QVERIFY(link.send("AddIPAudio", QVariantMap(), 1));
     QVERIFY(waitFor([&] { return replied.size() == 2; }));
     QCOMPARE(replied[1][3].toString(), QString("411"));
     QVERIFY(!replied[1][4].toString().isEmpty());
     QVERIFY(WavFiles::write(m_folder.filePath("t.wav"), WavFiles::sine(440, 0.5, 0.3, 16000), 16000));
     harness.upload(m_folder.filePath("t.wav"));
-    link.send("PlayAudio", QVariantMap{{"ipAudioId", 1}, {"audioFileId", 1}}, nullptr);
+    link.send("PlayAudio", QVariantMap{{"ipAudioId", 1}, {"audioFileId", 1}}, 1);
     QVERIFY(waitFor([&] { return events.size() == 1; }));
     QCOMPARE(events[0][0].toString(), QString("PlayAudioFailed"));
     QCOMPARE(events[0][1].toMap()["deviceName"], QVariant("Gate"));
 }
 
-void TestSocketServer::userDataComesBackOnce()
+void TestSocketServer::progressCarriesItsRequest()
 {
     ServerHarness harness;
     SocketServer door(*harness.server, config(), nullptr);
@@ -253,14 +252,14 @@ void TestSocketServer::userDataComesBackOnce()
     QSignalSpy replied(&link, &ServerLink::replied);
     link.open();
     QVERIFY(waitFor([&] { return connected.size() == 1; }));
-    int data = 0;
-    link.send("PlayAudio", QVariantMap{{"ipAudioId", 1}, {"audioFileId", 1}}, &data);
+    const quint64 request = (quint64{3} << 32) + 5; // the wire carries 5
+    link.send("PlayAudio", QVariantMap{{"ipAudioId", 1}, {"audioFileId", 1}}, request);
     QVERIFY(
         waitFor([&] { return !replied.isEmpty() && replied.last()[1].toMap()["progress"].toInt() == 100; }));
     QVERIFY(replied.size() > 2);
-    QCOMPARE(replied[0][2].value<void*>(), static_cast<void*>(&data));
-    for (int i = 1; i < replied.size(); ++i) {
-        QCOMPARE(replied[i][2].value<void*>(), nullptr);
+    for (const QList<QVariant>& reply : replied) {
+        QCOMPARE(reply[0].toString(), QString("PlayAudio"));
+        QCOMPARE(reply[2], QVariant(request));
     }
 }
 
@@ -276,7 +275,7 @@ void TestSocketServer::largeMessageTellsItsProgress()
     QTRY_COMPARE(connected.size(), 1);
     QSignalSpy sending(&link, &ServerLink::sending);
     const QVariantMap upload{{"content", QString(20 << 20, 'A')}, {"filename", "big.wav"}, {"length", 0}};
-    QVERIFY(link.send("UploadFile", upload, nullptr));
+    QVERIFY(link.send("UploadFile", upload, 1));
     QTRY_COMPARE_WITH_TIMEOUT(replied.size(), 1, 60000);
     QVERIFY2(sending.size() > 2, qPrintable(QString::number(sending.size())));
     qint64 before = 0;
@@ -553,11 +552,11 @@ void TestSocketServer::connectionIsMadeAgain()
     again.port = static_cast<quint16>(door->url().port());
     door.reset();
     QVERIFY(waitFor([&] { return !lost.isEmpty(); }));
-    QVERIFY(!link.send("GetAudioFile", QVariant(), nullptr));
+    QVERIFY(!link.send("GetAudioFile", QVariant(), 1));
     door = std::make_unique<SocketServer>(*harness.server, again, nullptr);
     QVERIFY(waitFor([&] { return door->listen(); }));
     QVERIFY(waitFor([&] { return connected.size() == 2; }));
-    QVERIFY(link.send("GetAudioFile", QVariant(), nullptr));
+    QVERIFY(link.send("GetAudioFile", QVariant(), 1));
 }
 
 void TestSocketServer::slowClientIsDropped()
@@ -639,10 +638,10 @@ void TestSocketServer::twoHundredClients()
         SocketLink* link = links.back().get();
         QObject::connect(link, &ServerLink::connected, [&connected, link] {
             ++connected;
-            link->send("RetrieveIPAudioModel", QVariant(), nullptr);
+            link->send("RetrieveIPAudioModel", QVariant(), 1);
         });
         QObject::connect(link, &ServerLink::replied,
-                         [&replies](const QString&, const QVariant& result, void*, const QString&,
+                         [&replies](const QString&, const QVariant& result, quint64, const QString&,
                                     const QString&) { replies += result.toList().size(); });
         link->open();
     }
@@ -668,10 +667,10 @@ void TestSocketServer::clientsAreKeptApart()
     first.open();
     second.open();
     QVERIFY(waitFor([&] { return !firstConnected.isEmpty() && !secondConnected.isEmpty(); }));
-    first.send("StartTalkToIPAudio", 1, nullptr);
+    first.send("StartTalkToIPAudio", 1, 1);
     QVERIFY(waitFor([&] { return firstReplied.size() == 1; }));
     const QString token = firstReplied[0][1].toMap()["talkToken"].toString();
-    second.send("StopTalk", QVariantMap{{"talkToken", token}}, nullptr);
+    second.send("StopTalk", QVariantMap{{"talkToken", token}}, 1);
     QVERIFY(waitFor([&] { return secondReplied.size() == 1; }));
     QCOMPARE(secondReplied[0][3].toString(), QString("203")); // another client's talk
     QCOMPARE(firstReplied.size(), 1);

@@ -23,7 +23,7 @@ struct ServerHarness
         server = std::make_unique<RecordingServer>(config);
         session = std::make_unique<ServerSession>(*server);
         QObject::connect(session.get(), &ServerSession::replied,
-                         [this](const QString& command, void*, const ServerReply& reply) {
+                         [this](const QString& command, quint64, const ServerReply& reply) {
                              replies.push_back({command, reply});
                          });
         QObject::connect(session.get(), &ServerSession::eventRaised,
@@ -42,7 +42,7 @@ struct ServerHarness
     ServerReply ask(const QString& command, const QVariant& payload = QVariant())
     {
         replies.clear();
-        session->submit(command, payload, nullptr);
+        session->submit(command, payload, 1);
         waitFor([this] { return !replies.empty(); });
         return replies.empty() ? ServerReply{"none", QVariant(), QString()} : replies.front().reply;
     }

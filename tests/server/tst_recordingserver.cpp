@@ -49,7 +49,7 @@ private:
     struct Answer
     {
         QString command;
-        void* userData;
+        quint64 request;
         ServerReply reply;
     };
 
@@ -99,8 +99,8 @@ void TestRecordingServer::init()
     m_answers.clear();
     m_events.clear();
     connect(m_session.get(), &ServerSession::replied, this,
-            [this](const QString& command, void* userData, const ServerReply& reply) {
-                m_answers.push_back({command, userData, reply});
+            [this](const QString& command, quint64 request, const ServerReply& reply) {
+                m_answers.push_back({command, request, reply});
             });
     connect(m_session.get(), &ServerSession::eventRaised, this,
             [this](const QString& event, const QVariant& payload) {
@@ -117,7 +117,7 @@ void TestRecordingServer::cleanup()
 ServerReply TestRecordingServer::ask(const QString& command, const QVariant& payload)
 {
     m_answers.clear();
-    m_session->submit(command, payload, nullptr);
+    m_session->submit(command, payload, 1);
     QCoreApplication::processEvents();
     return m_answers.size() == 1 ? m_answers[0].reply : ServerReply{"no single answer", {}, {}};
 }
@@ -135,17 +135,15 @@ QVariantMap TestRecordingServer::talk(const QString& targets, const QByteArray& 
 
 void TestRecordingServer::answersLaterAndOnce()
 {
-    int first = 0;
-    int second = 0;
-    m_session->submit("StartTalk", QVariantMap{{"camId", "cam"}}, &first);
-    m_session->submit("StartTalk", QVariantMap{{"camId", "nobody"}}, &second);
+    m_session->submit("StartTalk", QVariantMap{{"camId", "cam"}}, 7);
+    m_session->submit("StartTalk", QVariantMap{{"camId", "nobody"}}, 8);
     QVERIFY(m_answers.empty());
     QCoreApplication::processEvents();
     QCOMPARE(m_answers.size(), std::size_t{2});
     QCOMPARE(m_answers[0].command, QStringLiteral("StartTalk"));
-    QCOMPARE(m_answers[0].userData, &first);
+    QCOMPARE(m_answers[0].request, quint64{7});
     QCOMPARE(m_answers[0].reply.returnCode, QStringLiteral("0"));
-    QCOMPARE(m_answers[1].userData, &second);
+    QCOMPARE(m_answers[1].request, quint64{8});
     QCOMPARE(m_answers[1].reply.returnCode, ReturnCode::noSuchCamera);
     QCoreApplication::processEvents();
     QCOMPARE(m_answers.size(), std::size_t{2});
@@ -181,7 +179,7 @@ void TestRecordingServer::silentServerAnswersNothing()
     ServerSession session(server);
     int answers = 0;
     connect(&session, &ServerSession::replied, this, [&answers] { ++answers; });
-    session.submit("StartTalk", QVariantMap{{"camId", "cam"}}, nullptr);
+    session.submit("StartTalk", QVariantMap{{"camId", "cam"}}, 1);
     QCoreApplication::processEvents();
     QCOMPARE(answers, 0);
 }
@@ -330,9 +328,9 @@ void TestRecordingServer::talksOfOthersAreClosed()
     ServerSession other(*m_server);
     QStringList codes;
     connect(&other, &ServerSession::replied, this,
-            [&codes](const QString&, void*, const ServerReply& reply) { codes << reply.returnCode; });
-    other.submit("TalkData", talk(dest(token), packet(0, silentPacket)), nullptr);
-    other.submit("StopTalk", QVariantMap{{"talkToken", token}}, nullptr);
+            [&codes](const QString&, quint64, const ServerReply& reply) { codes << reply.returnCode; });
+    other.submit("TalkData", talk(dest(token), packet(0, silentPacket)), 1);
+    other.submit("StopTalk", QVariantMap{{"talkToken", token}}, 1);
     QCoreApplication::processEvents();
     QCOMPARE(codes, (QStringList{ReturnCode::noSuchTalk, ReturnCode::noSuchTalk}));
     QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, ReturnCode::success);
@@ -344,15 +342,15 @@ void TestRecordingServer::sessionThatGoesAway()
     m_session = std::make_unique<ServerSession>(*m_server);
     m_answers.clear();
     connect(m_session.get(), &ServerSession::replied, this,
-            [this](const QString& command, void* userData, const ServerReply& reply) {
-                m_answers.push_back({command, userData, reply});
+            [this](const QString& command, quint64 request, const ServerReply& reply) {
+                m_answers.push_back({command, request, reply});
             });
     QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, ReturnCode::noSuchTalk);
 }
 
 void TestRecordingServer::pendingReplyOfASessionThatGoesAway()
 {
-    m_session->submit("StartTalk", QVariantMap{{"camId", "cam"}}, nullptr);
+    m_session->submit("StartTalk", QVariantMap{{"camId", "cam"}}, 1);
     m_session.reset();
     QCoreApplication::processEvents();
     QVERIFY(m_answers.empty());
@@ -363,7 +361,7 @@ void TestRecordingServer::droppedCamera()
     const QString token = openTalk("drops");
     ask("TalkData", talk(dest(token), packet(0, silentPacket)));
     QVERIFY(m_events.isEmpty());
-    m_session->submit("TalkData", talk(dest(token), packet(640, silentPacket)), nullptr);
+    m_session->submit("TalkData", talk(dest(token), packet(640, silentPacket)), 1);
     QVERIFY(m_events.isEmpty()); // later, like a reply
     QCoreApplication::processEvents();
     QCOMPARE(m_events.size(), 1);
@@ -407,7 +405,7 @@ void TestRecordingServer::recordingsAreNotReplaced()
         RecordingServer server(m_server->config());
         for (int talk = 0; talk < 2; ++talk) {
             ServerSession session(server);
-            session.submit("StartTalk", QVariantMap{{"camId", "cam"}}, nullptr);
+            session.submit("StartTalk", QVariantMap{{"camId", "cam"}}, 1);
         }
         QCOMPARE(server.recordings().size(), 2);
         made += server.recordings();

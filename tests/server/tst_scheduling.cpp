@@ -64,7 +64,7 @@ struct Scheduled : ServerHarness
         server = std::make_unique<RecordingServer>(config);
         session = std::make_unique<ServerSession>(*server);
         QObject::connect(session.get(), &ServerSession::replied,
-                         [this](const QString& command, void*, const ServerReply& reply) {
+                         [this](const QString& command, quint64, const ServerReply& reply) {
                              replies.push_back({command, reply});
                          });
         QObject::connect(session.get(), &ServerSession::eventRaised,
