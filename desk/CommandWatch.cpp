@@ -16,29 +16,29 @@ CommandWatch::CommandWatch(int limit) : m_limit(limit)
     connect(&m_timer, &QTimer::timeout, this, &CommandWatch::look);
 }
 
-bool CommandWatch::isWaiting(const QString& command) const
+void CommandWatch::commandSent(const QString& command, const QVariant& /*payload*/, bool accepted,
+                               quint64 request)
 {
-    return std::any_of(m_waiting.begin(), m_waiting.end(),
-                       [&](const Waiting& waiting) { return waiting.command == command; });
-}
-
-void CommandWatch::commandSent(const QString& command, const QVariant& /*payload*/, bool accepted)
-{
-    if (!accepted || command == QLatin1String("TalkData")) {
+    if (command == QLatin1String("TalkData")) {
         return; // sound is not waited for
     }
+    m_lastSent = request;
+    if (!accepted) {
+        return;
+    }
     const int limit = command == QLatin1String("UploadFile") ? uploadFactor * m_limit : m_limit;
-    m_waiting.push_back({command, m_clock.elapsed() + limit});
+    m_waiting.push_back({request, m_clock.elapsed() + limit});
     m_timer.start();
 }
 
-void CommandWatch::replyArrived(const QString& command, const QString& returnCode, const QString& errorText)
+void CommandWatch::replyArrived(const QString& /*command*/, const QString& returnCode,
+                                const QString& errorText, quint64 request)
 {
-    if (returnCode != QLatin1String("0")) {
-        m_errors[command] = {returnCode, errorText};
-    }
+    m_lastAnswered = request;
+    m_errorCode = returnCode;
+    m_errorText = errorText;
     const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
-                                    [&](const Waiting& waiting) { return waiting.command == command; });
+                                    [=](const Waiting& waiting) { return waiting.request == request; });
     if (found != m_waiting.end()) {
         m_waiting.erase(found);
     }
@@ -55,14 +55,14 @@ void CommandWatch::forget()
     m_timer.stop();
     dismiss();
     for (const Waiting& lost : waiting) {
-        Q_EMIT timedOut(lost.command);
+        Q_EMIT timedOut(lost.request);
     }
 }
 
 void CommandWatch::dismiss()
 {
-    if (!m_overdue.isEmpty()) {
-        m_overdue.clear();
+    if (m_overdue) {
+        m_overdue = false;
         Q_EMIT overdueChanged();
     }
 }
@@ -72,18 +72,17 @@ void CommandWatch::look()
     const qint64 now = m_clock.elapsed();
     const auto late = std::stable_partition(m_waiting.begin(), m_waiting.end(),
                                             [now](const Waiting& waiting) { return waiting.deadline > now; });
-    QStringList commands;
-    std::for_each(late, m_waiting.end(), [&](const Waiting& waiting) { commands.append(waiting.command); });
+    const std::vector<Waiting> overdue(late, m_waiting.end());
     m_waiting.erase(late, m_waiting.end());
     if (m_waiting.empty()) {
         m_timer.stop();
     }
-    if (commands.isEmpty()) {
+    if (overdue.empty()) {
         return;
     }
-    m_overdue += commands;
+    m_overdue = true;
     Q_EMIT overdueChanged();
-    for (const QString& command : qAsConst(commands)) {
-        Q_EMIT timedOut(command);
+    for (const Waiting& waiting : overdue) {
+        Q_EMIT timedOut(waiting.request);
     }
 }

@@ -1,17 +1,16 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QHash>
 #include <QObject>
-#include <QPair>
-#include <QStringList>
+#include <QString>
 #include <QTimer>
+#include <QVariant>
 
 #include <vector>
 
 /**
- * Notices when the server does not answer: the plug-in itself waits for ever. Told of every command and reply
- * by the host.
+ * Notices when the server does not answer: the plug-in itself waits for ever. The host reports each command
+ * and reply.
  */
 class CommandWatch : public QObject
 {
@@ -23,19 +22,28 @@ public:
     /** @param limit how long an answer may take, ms; uploads may take longer */
     explicit CommandWatch(int limit = 5000);
 
-    bool isOverdue() const { return !m_overdue.isEmpty(); }
+    bool isOverdue() const { return m_overdue; }
 
-    /** The error text of the last reply to a command that was no success. */
-    Q_INVOKABLE QString errorText(const QString& command) const { return m_errors.value(command).second; }
-    /** Its return code. */
-    Q_INVOKABLE QString errorCode(const QString& command) const { return m_errors.value(command).first; }
+    /**
+     * The request number of the command that was sent last: directly after a call of the plug-in that sends
+     * one, its number.
+     */
+    Q_INVOKABLE quint64 lastSent() const { return m_lastSent; }
 
-    /** Whether a command of this name still waits in time. */
-    Q_INVOKABLE bool isWaiting(const QString& command) const;
+    /**
+     * The request that was answered last. The plug-in sees a reply after this object, so a slot of one of its
+     * response signals finds here what it is the response to.
+     */
+    Q_INVOKABLE quint64 lastAnswered() const { return m_lastAnswered; }
+    /** The return code of that answer. */
+    Q_INVOKABLE QString errorCode() const { return m_errorCode; }
+    /** Its error text; empty for a success. */
+    Q_INVOKABLE QString errorText() const { return m_errorText; }
 
 public Q_SLOTS:
-    void commandSent(const QString& command, const QVariant& payload, bool accepted);
-    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText);
+    void commandSent(const QString& command, const QVariant& payload, bool accepted, quint64 request);
+    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
+                      quint64 request);
 
     /** Forgets what was asked: nobody will answer after a loss of the connection. */
     void forget();
@@ -46,12 +54,12 @@ public Q_SLOTS:
 Q_SIGNALS:
     void overdueChanged();
     /** No answer came in time. */
-    void timedOut(const QString& command);
+    void timedOut(quint64 request);
 
 private:
     struct Waiting
     {
-        QString command;
+        quint64 request;
         qint64 deadline;
     };
 
@@ -61,6 +69,9 @@ private:
     QElapsedTimer m_clock;
     QTimer m_timer; ///< Runs while something waits.
     std::vector<Waiting> m_waiting;
-    QStringList m_overdue;
-    QHash<QString, QPair<QString, QString>> m_errors; ///< By command: return code and text.
+    bool m_overdue = false;
+    quint64 m_lastSent = 0;
+    quint64 m_lastAnswered = 0;
+    QString m_errorCode;
+    QString m_errorText;
 };

@@ -42,7 +42,8 @@ bool Desk::load()
         return false;
     }
     m_talk.emplace(plugin(), m_targets, m_watch);
-    m_playback.emplace(plugin());
+    m_playback.emplace(plugin(), m_watch);
+    connect(&m_host, &PluginHost::replyArrived, &*m_playback, &PlaybackBook::replyArrived);
     QObject* speakers = nullptr;
     QMetaObject::invokeMethod(plugin(), "getIPAudioModel", Q_RETURN_ARG(QObject*, speakers),
                               Q_ARG(QObject*, this));

@@ -1,6 +1,8 @@
 #include "desk/PlaybackBook.h"
 
+#include "desk/CommandWatch.h"
 #include "desk/ErrorWords.h"
+#include "protocol/ServerReply.h"
 
 #include <algorithm>
 
@@ -8,17 +10,14 @@ namespace {
 
 constexpr int tickInterval = 250;  // ms
 constexpr int wholeProgress = 100; // percent
-constexpr qint64 endSlack =
-    2000; // ms; by the clock alone a playback ends no earlier than this after its length
+constexpr qint64 endSlack = 2000; // ms; another client's file may have taken the speaker: nobody reports that
 
 } // namespace
 
-PlaybackBook::PlaybackBook(QObject* plugin) : m_plugin(plugin)
+PlaybackBook::PlaybackBook(QObject* plugin, const CommandWatch& watch) : m_plugin(plugin), m_watch(watch)
 {
     m_timer.setInterval(tickInterval);
     connect(&m_timer, &QTimer::timeout, this, &PlaybackBook::tick);
-    connect(plugin, SIGNAL(playAudioResponse(bool, int, QString, int)), this,
-            SLOT(playAudioResponse(bool, int, QString, int)));
     connect(plugin, SIGNAL(playAudioError(QString, QString, QString, QString)), this,
             SLOT(playAudioError(QString, QString, QString, QString)));
 }
@@ -87,7 +86,7 @@ void PlaybackBook::play(bool group, int id, const QString& name, int file, const
             endRemoveRows();
         }
     }
-    Entry entry{group, id, name, fileName, length, Asked, 0, QString(), QElapsedTimer()};
+    Entry entry{group, id, name, fileName, length, Asked, 0, QString(), QElapsedTimer(), 0};
     entry.since.start();
     beginInsertRows(QModelIndex(), rowCount(), rowCount());
     m_entries.push_back(entry);
@@ -95,6 +94,7 @@ void PlaybackBook::play(bool group, int id, const QString& name, int file, const
     Q_EMIT countChanged();
     QMetaObject::invokeMethod(m_plugin, group ? "playGroupAudio" : "playAudio", Q_ARG(int, id),
                               Q_ARG(int, file));
+    m_entries.back().request = m_watch.lastSent();
 }
 
 void PlaybackBook::stop(int row)
@@ -119,42 +119,31 @@ void PlaybackBook::dismiss(int row)
     Q_EMIT countChanged();
 }
 
-void PlaybackBook::playAudioResponse(bool success, int progress, const QString& errorCode, int id)
+void PlaybackBook::replyArrived(const QString& /*command*/, const QString& returnCode,
+                                const QString& errorText, quint64 request, const QVariant& result)
 {
-    if (!success) {
-        const auto failedOne = std::find_if(m_entries.begin(), m_entries.end(), [id](const Entry& entry) {
-            return entry.state == Asked && entry.id == id;
-        });
-        if (failedOne != m_entries.end()) {
-            end(static_cast<std::size_t>(failedOne - m_entries.begin()), Failed,
-                errorCode.isEmpty() ? ErrorWords::of(QString()) : errorCode);
-        }
-        return;
-    }
-    const auto live = [](const Entry& entry) { return entry.state == Asked || entry.state == Playing; };
-    const bool alone = std::count_if(m_entries.begin(), m_entries.end(), live) == 1;
-    // The oldest that waits is the one that has begun.
-    auto entry =
-        std::find_if(m_entries.begin(), m_entries.end(), [](const Entry& e) { return e.state == Asked; });
-    if (entry == m_entries.end() && alone) {
-        entry = std::find_if(m_entries.begin(), m_entries.end(), live);
-    }
-    if (entry == m_entries.end()) {
+    const auto entry = std::find_if(m_entries.begin(), m_entries.end(), [request](const Entry& e) {
+        return e.request == request && (e.state == Asked || e.state == Playing);
+    });
+    if (request == 0 || entry == m_entries.end()) {
         return;
     }
     const auto row = static_cast<std::size_t>(entry - m_entries.begin());
+    if (returnCode != ReturnCode::success) {
+        end(row, Failed, ErrorWords::of(returnCode, errorText));
+        return;
+    }
+    const int progress = result.toMap().value(QStringLiteral("progress")).toInt();
+    if (progress >= wholeProgress) {
+        end(row, Ended);
+        return;
+    }
     if (entry->state == Asked) {
         entry->state = Playing;
         entry->since.start();
         m_timer.start();
     }
-    if (alone) {
-        entry->progress = progress / static_cast<qreal>(wholeProgress);
-        if (progress >= wholeProgress) {
-            end(row, Ended);
-            return;
-        }
-    }
+    entry->progress = qMax(0, progress) / static_cast<qreal>(wholeProgress);
     changed(row);
 }
 
@@ -172,12 +161,10 @@ void PlaybackBook::playAudioError(const QString& target, const QString& file, co
             : tr("Schedule \"%1\": \"%2\" was not played on %3: %4").arg(schedule, file, target, error));
 }
 
-void PlaybackBook::timedOut(const QString& command)
+void PlaybackBook::timedOut(quint64 request)
 {
     for (std::size_t row = 0; row < m_entries.size(); ++row) {
-        const bool asked = m_entries[row].group ? command == QLatin1String("PlayGroupAudio")
-                                                : command == QLatin1String("PlayAudio");
-        if (asked && m_entries[row].state == Asked) {
+        if (m_entries[row].state == Asked && m_entries[row].request == request) {
             end(row, Failed, tr("no answer from the server"));
             return;
         }
@@ -218,9 +205,6 @@ void PlaybackBook::tick()
         const qint64 elapsed = entry.since.elapsed();
         if (entry.length > 0 && elapsed > entry.length + endSlack) {
             end(row, Ended);
-        } else if (playing > 1 && entry.length > 0) {
-            entry.progress = std::min(1.0, static_cast<qreal>(elapsed) / entry.length);
-            changed(row);
         }
     }
 }

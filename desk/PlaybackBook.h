@@ -6,10 +6,11 @@
 
 #include <vector>
 
+class CommandWatch;
+
 /**
- * What the desk has asked to be played, and how far that has come. The plug-in forwards progress without
- * telling whose it is: with one playback the server's number counts, with several the clock against the
- * file's length.
+ * What the desk has asked to be played, and how far that has come. Progress and refusals are taken from the
+ * host's replies, by their request: the plug-in forwards progress without saying whose it is.
  */
 class PlaybackBook : public QAbstractListModel
 {
@@ -35,7 +36,8 @@ public:
     };
     Q_ENUM(State)
 
-    explicit PlaybackBook(QObject* plugin);
+    /** @param watch knows the request of the last call */
+    PlaybackBook(QObject* plugin, const CommandWatch& watch);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -49,8 +51,11 @@ public:
     /** Takes a row that has ended out of the list. */
     Q_INVOKABLE void dismiss(int row);
 
-    /** No answer to a play came in time. */
-    void timedOut(const QString& command);
+    /** A reply came to the host. @param result with "progress", percent, for a playback that goes on */
+    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
+                      quint64 request, const QVariant& result);
+    /** No answer to a request came in time. */
+    void timedOut(quint64 request);
     /** The connection is lost: nobody knows how it goes on. */
     void forget();
     /** Another server follows: no row is of interest any more. */
@@ -62,7 +67,6 @@ Q_SIGNALS:
     void failed(const QString& text);
 
 private Q_SLOTS:
-    void playAudioResponse(bool success, int progress, const QString& errorCode, int id);
     void playAudioError(const QString& target, const QString& file, const QString& error,
                         const QString& schedule);
 
@@ -78,6 +82,7 @@ private:
         qreal progress = 0;
         QString problem;
         QElapsedTimer since;
+        quint64 request = 0;
     };
 
     void changed(std::size_t row);
@@ -85,6 +90,7 @@ private:
     void tick();
 
     QObject* m_plugin;
+    const CommandWatch& m_watch;
     std::vector<Entry> m_entries;
     QTimer m_timer; ///< While something plays.
 };

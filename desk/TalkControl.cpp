@@ -202,6 +202,7 @@ void TalkControl::askCamera(const TargetModel::Target& camera)
     bool accepted = false;
     QMetaObject::invokeMethod(m_plugin, "startTalk", Q_RETURN_ARG(bool, accepted), Q_ARG(QString, camera.id),
                               Q_ARG(QString, QString()));
+    m_cameraRequest = m_watch.lastSent();
     if (!accepted) {
         stop();
         report(tr("The microphone cannot be opened."),
@@ -278,16 +279,28 @@ void TalkControl::keepCapturing()
 
 QString TalkControl::refusalOf(const QString& name) const
 {
-    const QString words = ErrorWords::of(m_watch.errorCode(QStringLiteral("StartTalk")),
-                                         m_watch.errorText(QStringLiteral("StartTalk")));
-    return tr("%1 cannot be talked to: %2").arg(name, words);
+    return tr("%1 cannot be talked to: %2")
+        .arg(name, ErrorWords::of(m_watch.errorCode(), m_watch.errorText()));
+}
+
+/** A camera has answered after all that nobody waits for any more: it must not hear what another one is told.
+ */
+void TalkControl::endForgottenTalk()
+{
+    if (m_phase == Asking && m_partners.isEmpty()) {
+        call("stopTalk"); // nobody else is in it
+    }
 }
 
 void TalkControl::startTalkResponse(bool success)
 {
     const QString key = m_asked.value(0);
-    if (m_phase != Asking || !key.startsWith(QLatin1String("camera:"))) {
-        keepCapturing(); // too late; talkingChanged ends what nobody waits for
+    if (m_phase != Asking || !key.startsWith(QLatin1String("camera:")) ||
+        m_watch.lastAnswered() != m_cameraRequest) {
+        if (success) {
+            endForgottenTalk();
+        }
+        keepCapturing(); // in any other phase talkingChanged ends what nobody waits for
         return;
     }
     const TargetModel::Target* target = m_targets.find(key);

@@ -122,6 +122,7 @@ private:
     void keepCapturing();
     void timeOut();
     void tick();
+    void endForgottenTalk();
     QString refusalOf(const QString& name) const;
 
     QObject* m_plugin;
@@ -133,8 +134,9 @@ private:
     int m_volume = 50;
     QString m_problem;
     QString m_advice;
-    QStringList m_asked;    ///< Keys without an answer yet.
-    QStringList m_partners; ///< Keys of open targets.
+    QStringList m_asked;         ///< Keys without an answer yet.
+    QStringList m_partners;      ///< Keys of open targets.
+    quint64 m_cameraRequest = 0; ///< Of the last camera that was asked.
     Hold m_hold = Hold::None;
     bool m_lifted = false; ///< The talk key lifts a mute, until the key is up and a tail is over.
     bool m_whileHeld = false;

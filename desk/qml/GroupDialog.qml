@@ -33,9 +33,9 @@ FormDialog {
     hint: qsTr("A name and at least one speaker are needed.")
     onSave: {
         if (group === 0)
-            request.begin("AddNetworkAudioGroup", desk.plugin.addNetworkAudioGroup(nameField.text, members.checkedIds));
+            request.begin(desk.plugin.addNetworkAudioGroup(nameField.text, members.checkedIds));
         else
-            request.begin("UpdateNetworkAudioGroup", desk.plugin.updateNetworkAudioGroup(group, nameField.text, members.checkedIds));
+            request.begin(desk.plugin.updateNetworkAudioGroup(group, nameField.text, members.checkedIds));
     }
 
     contentItem: ColumnLayout {

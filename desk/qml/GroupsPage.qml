@@ -88,7 +88,7 @@ ColumnLayout {
         id: confirm
         property int group
         title: qsTr("Delete a group")
-        onAccepted: deletion.begin("DeleteNetworkAudioGroup", desk.plugin.deleteNetworkAudioGroup(group))
+        onAccepted: deletion.begin(desk.plugin.deleteNetworkAudioGroup(group))
     }
     GroupDialog { id: dialog }
 }

@@ -5,19 +5,20 @@ QtObject {
     id: root
     property bool busy: false
     property string problem
-    property string command
+    property double number: 0 // of the request that is waited for
     signal succeeded(int id)
 
-    function begin(name, accepted) {
-        command = name;
+    // After a call of the plug-in that sends the request, and whether that was accepted.
+    function begin(accepted) {
+        number = desk.watch.lastSent();
         problem = accepted ? "" : qsTr("There is no connection to the server.");
         busy = accepted;
     }
     function answer(success, code, id) {
-        if (!busy)
+        if (!busy || desk.watch.lastAnswered() !== number)
             return;
         busy = false;
-        problem = success ? "" : qsTr("Not done: %1.").arg(desk.words(code, desk.watch.errorText(command)));
+        problem = success ? "" : qsTr("Not done: %1.").arg(desk.words(code, desk.watch.errorText()));
         if (success)
             succeeded(id);
     }
@@ -28,8 +29,8 @@ QtObject {
 
     property Connections watcher: Connections {
         target: desk.watch
-        function onTimedOut(name) {
-            if (root.busy && name === root.command) {
+        function onTimedOut(request) {
+            if (root.busy && request === root.number) {
                 root.busy = false;
                 root.problem = qsTr("The server did not answer. Nobody knows whether it was done: look at the list before you try again.");
             }

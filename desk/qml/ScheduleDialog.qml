@@ -76,9 +76,9 @@ FormDialog {
     hint: problem
     onSave: {
         if (schedule === 0)
-            request.begin("AddNetworkAudioSchedule", desk.plugin.addNetworkAudioSchedule(record()));
+            request.begin(desk.plugin.addNetworkAudioSchedule(record()));
         else
-            request.begin("UpdateNetworkAudioSchedule", desk.plugin.updateNetworkAudioSchedule(schedule, record()));
+            request.begin(desk.plugin.updateNetworkAudioSchedule(schedule, record()));
     }
 
     contentItem: ColumnLayout {

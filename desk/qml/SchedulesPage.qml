@@ -30,7 +30,7 @@ ColumnLayout {
     function enable(row, on) {
         const record = desk.schedules.record(schedules, row);
         record.enableSchedule = on;
-        change.begin("UpdateNetworkAudioSchedule", desk.plugin.updateNetworkAudioSchedule(record.scheduleID, record));
+        change.begin(desk.plugin.updateNetworkAudioSchedule(record.scheduleID, record));
     }
 
     Timer {
@@ -130,7 +130,7 @@ ColumnLayout {
         id: confirm
         property int schedule
         title: qsTr("Delete a schedule")
-        onAccepted: deletion.begin("DeleteNetworkAudioSchedule", desk.plugin.deleteNetworkAudioSchedule(schedule))
+        onAccepted: deletion.begin(desk.plugin.deleteNetworkAudioSchedule(schedule))
     }
     ScheduleDialog { id: dialog }
 }

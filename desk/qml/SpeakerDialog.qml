@@ -38,9 +38,9 @@ FormDialog {
     onSave: {
         const list = cameras.checkedIds;
         if (speaker === 0)
-            request.begin("AddIPAudio", desk.plugin.addIPAudio(nameField.text, address.text, parseInt(port.text), user.text, password.text, list));
+            request.begin(desk.plugin.addIPAudio(nameField.text, address.text, parseInt(port.text), user.text, password.text, list));
         else
-            request.begin("UpdateIPAudio", desk.plugin.updateIPAudio(speaker, nameField.text, address.text, parseInt(port.text), user.text, password.text, list));
+            request.begin(desk.plugin.updateIPAudio(speaker, nameField.text, address.text, parseInt(port.text), user.text, password.text, list));
     }
 
     contentItem: ColumnLayout {

@@ -106,7 +106,7 @@ ColumnLayout {
         id: confirm
         property int speaker
         title: qsTr("Delete a speaker")
-        onAccepted: deletion.begin("DeleteIPAudio", desk.plugin.deleteIPAudio(speaker))
+        onAccepted: deletion.begin(desk.plugin.deleteIPAudio(speaker))
     }
     SpeakerDialog { id: dialog }
 }

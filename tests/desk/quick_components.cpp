@@ -18,14 +18,22 @@ public:
 
     Q_INVOKABLE QString words(const QString& code, const QString& detail) const { return code + detail; }
     Q_INVOKABLE QString escaped(const QString& text) const { return QRegularExpression::escape(text); }
-    /** Sends a command and lets its time run out. */
-    Q_INVOKABLE void loseCommand(const QString& name)
+    /** Sends a command. @return its request */
+    Q_INVOKABLE quint64 send()
     {
-        m_watch.commandSent(name, QVariant(), true);
-        m_watch.forget();
+        m_watch.commandSent(QStringLiteral("AddIPAudio"), QVariant(), true, ++m_request);
+        return m_request;
     }
+    /** Answers a request as the host does, before the plug-in's signal. */
+    Q_INVOKABLE void answer(quint64 request)
+    {
+        m_watch.replyArrived(QStringLiteral("AddIPAudio"), QStringLiteral("0"), QString(), request);
+    }
+    /** Lets the time of all requests run out. */
+    Q_INVOKABLE void loseAll() { m_watch.forget(); }
 
 private:
+    quint64 m_request = 0;
     CommandWatch m_watch;
 };
 

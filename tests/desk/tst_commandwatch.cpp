@@ -15,7 +15,7 @@ private Q_SLOTS:
     void anAnswerPutsTheBannerAway();
     void whatIsNotWatched();
     void lossOfTheConnection();
-    void errorsAreKept();
+    void lastOnes();
     void wordsForEveryCode();
 };
 
@@ -23,12 +23,11 @@ void TestCommandWatch::answeredInTime()
 {
     CommandWatch watch(100);
     QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
-    watch.commandSent("AddIPAudio", QVariant(), true);
-    QVERIFY(watch.isWaiting("AddIPAudio"));
-    watch.replyArrived("AddIPAudio", "0", QString());
-    QVERIFY(!watch.isWaiting("AddIPAudio"));
-    QVERIFY(!timedOut.wait(700));
-    QVERIFY(!watch.isOverdue());
+    watch.commandSent("AddIPAudio", QVariant(), true, 4);
+    watch.commandSent("AddIPAudio", QVariant(), true, 5);
+    watch.replyArrived("AddIPAudio", "0", QString(), 5); // of two by one name, not the older one
+    QTRY_COMPARE(timedOut.size(), 1);
+    QCOMPARE(timedOut[0][0], QVariant(quint64{4}));
 }
 
 void TestCommandWatch::unanswered()
@@ -36,10 +35,10 @@ void TestCommandWatch::unanswered()
     CommandWatch watch(100);
     QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
     QSignalSpy changed(&watch, &CommandWatch::overdueChanged);
-    watch.commandSent("AddIPAudio", QVariant(), true);
-    watch.commandSent("DeleteFile", QVariant(), true);
+    watch.commandSent("AddIPAudio", QVariant(), true, 1);
+    watch.commandSent("DeleteFile", QVariant(), true, 2);
     QTRY_COMPARE(timedOut.size(), 2);
-    QCOMPARE(timedOut[0][0].toString(), QString("AddIPAudio"));
+    QCOMPARE(timedOut[0][0], QVariant(quint64{1}));
     QVERIFY(watch.isOverdue());
     QCOMPARE(changed.size(), 1);
     watch.dismiss();
@@ -49,44 +48,54 @@ void TestCommandWatch::unanswered()
 void TestCommandWatch::anAnswerPutsTheBannerAway()
 {
     CommandWatch watch(50);
-    watch.commandSent("AddIPAudio", QVariant(), true);
+    watch.commandSent("AddIPAudio", QVariant(), true, 1);
     QTRY_VERIFY(watch.isOverdue());
-    watch.replyArrived("AddIPAudio", "0", QString());
+    watch.replyArrived("AddIPAudio", "0", QString(), 1);
     QVERIFY(!watch.isOverdue());
 }
 
 void TestCommandWatch::whatIsNotWatched()
 {
     CommandWatch watch(50);
-    watch.commandSent("TalkData", QVariant(), true);
-    watch.commandSent("AddIPAudio", QVariant(), false); // it never left
-    QVERIFY(!watch.isWaiting("TalkData"));
-    QVERIFY(!watch.isWaiting("AddIPAudio"));
-    // A large file takes its time.
-    watch.commandSent("UploadFile", QVariant(), true);
     QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
-    QVERIFY(!timedOut.wait(400));
+    watch.commandSent("TalkData", QVariant(), true, 1);
+    watch.commandSent("AddIPAudio", QVariant(), false, 2); // it never left
+    watch.commandSent("AddIPAudio", QVariant(), true, 3);
+    // A large file takes its time.
+    watch.commandSent("UploadFile", QVariant(), true, 4);
     QTRY_COMPARE(timedOut.size(), 1);
+    QCOMPARE(timedOut[0][0], QVariant(quint64{3}));
+    QTRY_COMPARE(timedOut.size(), 2);
+    QCOMPARE(timedOut[1][0], QVariant(quint64{4}));
 }
 
 void TestCommandWatch::lossOfTheConnection()
 {
     CommandWatch watch(60000);
     QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
-    watch.commandSent("AddIPAudio", QVariant(), true);
+    watch.commandSent("AddIPAudio", QVariant(), true, 7);
     watch.forget();
     QCOMPARE(timedOut.size(), 1); // who waits is told at once
-    QVERIFY(!watch.isWaiting("AddIPAudio"));
+    QCOMPARE(timedOut[0][0], QVariant(quint64{7}));
+    watch.forget();
+    QCOMPARE(timedOut.size(), 1);
 }
 
-void TestCommandWatch::errorsAreKept()
+void TestCommandWatch::lastOnes()
 {
     CommandWatch watch;
-    watch.replyArrived("StartTalk", "202", "asleep");
-    watch.replyArrived("StartTalk", "0", QString());
-    QCOMPARE(watch.errorCode("StartTalk"), QString("202"));
-    QCOMPARE(watch.errorText("StartTalk"), QString("asleep"));
-    QCOMPARE(watch.errorCode("StopTalk"), QString());
+    watch.commandSent("StartTalk", QVariant(), true, 7);
+    watch.commandSent("TalkData", QVariant(), true, 8); // comes between any two others
+    QCOMPARE(watch.lastSent(), quint64{7});
+    watch.commandSent("StopTalk", QVariant(), false, 9);
+    QCOMPARE(watch.lastSent(), quint64{9});
+    watch.replyArrived("StartTalk", "202", "asleep", 7);
+    QCOMPARE(watch.lastAnswered(), quint64{7});
+    QCOMPARE(watch.errorCode(), QString("202"));
+    QCOMPARE(watch.errorText(), QString("asleep"));
+    watch.replyArrived("StartTalk", "0", QString(), 10);
+    QCOMPARE(watch.lastAnswered(), quint64{10});
+    QCOMPARE(watch.errorText(), QString());
 }
 
 void TestCommandWatch::wordsForEveryCode()

@@ -1,5 +1,6 @@
 // Playbacks as the desk keeps them, over a stand-in for the plug-in's signals and invokables.
 
+#include "desk/CommandWatch.h"
 #include "desk/PlaybackBook.h"
 
 #include <QAbstractItemModelTester>
@@ -14,19 +15,22 @@ class FakePlayer : public QObject
 public:
     Q_INVOKABLE void playAudio(int device, int file)
     {
+        watch.commandSent("PlayAudio", QVariant(), true, ++request);
         calls.append(QString("play %1 %2").arg(device).arg(file));
     }
     Q_INVOKABLE void playGroupAudio(int group, int file)
     {
+        watch.commandSent("PlayGroupAudio", QVariant(), true, ++request);
         calls.append(QString("playGroup %1 %2").arg(group).arg(file));
     }
     Q_INVOKABLE void stopCurrentAudio(int device) { calls.append(QString("stop %1").arg(device)); }
     Q_INVOKABLE void stopCurrentGroupAudio(int group) { calls.append(QString("stopGroup %1").arg(group)); }
 
     QStringList calls;
+    CommandWatch watch;
+    quint64 request = 0; ///< Of the last playback.
 
 Q_SIGNALS:
-    void playAudioResponse(bool success, int progress, const QString& errorCode, int ipAudioId);
     void playAudioError(const QString& ipAudioName, const QString& audioFileName, const QString& errorCode,
                         const QString& alarmName);
 };
@@ -41,6 +45,7 @@ private Q_SLOTS:
     void stopAndDismiss();
     void refused();
     void severalAtOnce();
+    void endWithoutAReply();
     void aNewFileTakesThePlace();
     void errorsOutsideOfReplies();
     void noAnswer();
@@ -49,6 +54,10 @@ private Q_SLOTS:
     void unexpectedAnswers();
 
 private:
+    void progress(quint64 request, int percent)
+    {
+        m_book->replyArrived("PlayAudio", "0", QString(), request, QVariantMap{{"progress", percent}});
+    }
     QVariant field(int row, PlaybackBook::Role role) const { return m_book->index(row).data(role); }
 
     std::unique_ptr<FakePlayer> m_player;
@@ -59,7 +68,7 @@ void TestPlaybackBook::init()
 {
     m_book.reset();
     m_player = std::make_unique<FakePlayer>();
-    m_book = std::make_unique<PlaybackBook>(m_player.get());
+    m_book = std::make_unique<PlaybackBook>(m_player.get(), m_player->watch);
     new QAbstractItemModelTester(m_book.get(), QAbstractItemModelTester::FailureReportingMode::QtTest,
                                  m_book.get());
 }
@@ -71,11 +80,11 @@ void TestPlaybackBook::fromStartToEnd()
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
     QCOMPARE(field(0, PlaybackBook::TitleRole).toString(), QString("bell.wav"));
     QCOMPARE(field(0, PlaybackBook::TargetRole).toString(), QString("Hall"));
-    Q_EMIT m_player->playAudioResponse(true, 0, QString(), 0);
+    progress(1, 0);
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
-    Q_EMIT m_player->playAudioResponse(true, 40, QString(), 0);
+    progress(1, 40);
     QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 0.4);
-    Q_EMIT m_player->playAudioResponse(true, 100, QString(), 0);
+    progress(1, 100);
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Ended});
     QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 1.0);
 }
@@ -100,27 +109,36 @@ void TestPlaybackBook::refused()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     m_book->play(false, 4, "Stairs", 8, "bell.wav", 4000);
-    Q_EMIT m_player->playAudioResponse(false, 0, "it is offline", 4);
+    m_book->replyArrived("PlayAudio", "999", "it is asleep", 2, 4);
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
     QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
-    QCOMPARE(field(1, PlaybackBook::ProblemRole).toString(), QString("it is offline"));
-    Q_EMIT m_player->playAudioResponse(false, 0, QString(), 3);
-    QCOMPARE(field(0, PlaybackBook::ProblemRole).toString(), QString("the server refuses it"));
+    QCOMPARE(field(1, PlaybackBook::ProblemRole).toString(), QString("it is asleep"));
+    m_book->replyArrived("PlayAudio", "206", "no route", 1, 3);
+    QCOMPARE(field(0, PlaybackBook::ProblemRole).toString(), QString("the speaker is offline"));
 }
 
 void TestPlaybackBook::severalAtOnce()
 {
-    // Progress comes without a name: the clock takes its place.
-    m_book->play(false, 3, "Hall", 8, "bell.wav", 600);
-    m_book->play(true, 3, "Yard", 8, "bell.wav", 600);
-    Q_EMIT m_player->playAudioResponse(true, 0, QString(), 0);
-    Q_EMIT m_player->playAudioResponse(true, 0, QString(), 0);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
+    m_book->play(false, 3, "Hall", 8, "bell.wav", 60000);
+    m_book->play(true, 3, "Yard", 8, "bell.wav", 60000);
+    progress(2, 0);
+    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
     QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
-    Q_EMIT m_player->playAudioResponse(true, 100, QString(), 0); // whose?
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
-    QTRY_VERIFY(field(0, PlaybackBook::ProgressRole).toReal() > 0.4);
-    QTRY_COMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Ended});
+    progress(1, 30);
+    progress(2, 50);
+    QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 0.3);
+    QCOMPARE(field(1, PlaybackBook::ProgressRole).toReal(), 0.5);
+    progress(1, 100);
+    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Ended});
+    QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
+    progress(1, 40); // after its end
+    QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 1.0);
+}
+
+void TestPlaybackBook::endWithoutAReply()
+{
+    m_book->play(false, 3, "Hall", 8, "bell.wav", 300);
+    progress(1, 0);
     QTRY_COMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Ended});
 }
 
@@ -148,17 +166,17 @@ void TestPlaybackBook::noAnswer()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     m_book->play(true, 4, "Yard", 8, "bell.wav", 4000);
-    m_book->timedOut("PlayGroupAudio");
+    m_book->timedOut(2);
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
     QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
-    m_book->timedOut("AddIPAudio");
+    m_book->timedOut(77);
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
 }
 
 void TestPlaybackBook::lostConnection()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
-    Q_EMIT m_player->playAudioResponse(true, 10, QString(), 0);
+    progress(1, 10);
     m_book->forget();
     QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
     QCOMPARE(field(0, PlaybackBook::ProblemRole).toString(),
@@ -177,8 +195,9 @@ void TestPlaybackBook::anotherServer()
 
 void TestPlaybackBook::unexpectedAnswers()
 {
-    Q_EMIT m_player->playAudioResponse(true, 50, QString(), 0);
-    Q_EMIT m_player->playAudioResponse(false, 0, "x", 9);
+    progress(1, 50);
+    progress(0, 50);
+    m_book->replyArrived("PlayAudio", "206", "x", 9, 9);
     QCOMPARE(m_book->rowCount(), 0);
     QCOMPARE(m_book->data(QModelIndex(), PlaybackBook::TitleRole), QVariant());
 }

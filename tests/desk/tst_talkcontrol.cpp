@@ -31,6 +31,8 @@ private Q_SLOTS:
     void nobodyChosen();
     void noAnswer();
     void lateAnswerIsClosed();
+    void lateAnswerOfAnotherCamera();
+    void lateRefusalOfAnotherCamera();
     void stopBeforeTheAnswer();
     void speakersAndACamera();
     void refusalKeepsTheMicrophone();
@@ -274,6 +276,41 @@ void TestTalkControl::lateAnswerIsClosed()
     QCOMPARE(m_link->sent.last(), QString("StopTalk"));
     QCOMPARE(m_link->payloads.last().toMap()["talkToken"].toString(), QString("late"));
     QCOMPARE(m_talk->phase(), TalkControl::Idle);
+}
+
+void TestTalkControl::lateAnswerOfAnotherCamera()
+{
+    m_targets->choose("camera:gate", true);
+    m_talk->start();
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    m_targets->choose("camera:dock", true);
+    m_talk->start();
+    QCOMPARE(m_talk->phase(), TalkControl::Asking);
+    const int first = m_link->sent.indexOf("StartTalk");
+    m_link->answerAt(first, QVariantMap{{"camId", "gate"}, {"talkToken", "late"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Asking);
+    QCOMPARE(m_link->sent.last(), QString("StopTalk"));
+    QCOMPARE(m_link->payloads.last().toMap()["talkToken"].toString(), QString("late"));
+    m_link->answer("StartTalk", QVariantMap{{"camId", "dock"}, {"talkToken", "right"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    QCOMPARE(m_talk->partners(), QString("Dock"));
+    QTRY_VERIFY(!m_packets.isEmpty());
+    QCOMPARE(m_link->sent.count("StopTalk"), 1);
+}
+
+void TestTalkControl::lateRefusalOfAnotherCamera()
+{
+    m_targets->choose("camera:gate", true);
+    m_talk->start();
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    m_targets->choose("camera:dock", true);
+    m_talk->start();
+    m_link->answerAt(m_link->sent.indexOf("StartTalk"), QVariant(), "202", "asleep");
+    QCOMPARE(m_talk->phase(), TalkControl::Asking);
+    QVERIFY(m_talk->problem().isEmpty());
+    m_link->answer("StartTalk", QVariantMap{{"camId", "dock"}, {"talkToken", "right"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    QTRY_VERIFY(!m_packets.isEmpty());
 }
 
 void TestTalkControl::stopBeforeTheAnswer()

@@ -115,8 +115,13 @@ Item {
 
         function test_request() {
             succeeded.clear();
-            request.begin("AddIPAudio", true);
+            let number = desk.send();
+            request.begin(true);
             verify(request.busy);
+            desk.answer(number + 1000);
+            request.answer(true, "0", 7); // of another request
+            verify(request.busy);
+            desk.answer(number);
             request.answer(true, "0", 7);
             verify(!request.busy);
             compare(succeeded.count, 1);
@@ -124,19 +129,26 @@ Item {
             request.answer(true, "0", 8); // nobody waits
             compare(succeeded.count, 1);
 
-            request.begin("AddIPAudio", true);
+            number = desk.send();
+            request.begin(true);
+            desk.answer(number);
             request.answer(false, "412", 0);
             verify(request.problem.indexOf("412") >= 0);
             compare(succeeded.count, 1);
 
-            request.begin("AddIPAudio", false);
+            request.begin(false);
             verify(!request.busy);
             verify(request.problem.indexOf("connection") >= 0);
 
-            request.begin("AddIPAudio", true);
-            desk.loseCommand("DeleteFile"); // another one's
+            desk.send();
+            number = desk.send();
+            request.begin(true);
+            desk.answer(number);
+            desk.loseAll(); // of the other one
             verify(request.busy);
-            desk.loseCommand("AddIPAudio");
+            desk.send();
+            request.begin(true);
+            desk.loseAll();
             verify(!request.busy);
             verify(request.problem.indexOf("did not answer") >= 0);
             request.reset();
