@@ -2,8 +2,8 @@
 // G.729A against libbcg729's and libavcodec's on the same speech, and on noise.
 
 #include "bench/AllocationCounter.h"
-#include "src/playback/DecoderContext.h"
-#include "src/playback/DecoderFactories.h"
+#include "src/decoders/DecoderContext.h"
+#include "src/decoders/DecoderFactories.h"
 #include "src/playback/SwrConverter.h"
 
 #include <QByteArray>

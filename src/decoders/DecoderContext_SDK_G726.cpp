@@ -1,7 +1,7 @@
 #include "src/decoders/DecoderContext_SDK_G726.h"
 
+#include "src/decoders/DecoderFactories.h"
 #include "src/decoders/G726.h"
-#include "src/playback/DecoderFactories.h"
 #include "src/playback/SwrConverter.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "src/playback/DecoderContext.h"
+#include "src/decoders/DecoderContext.h"
 
 /** What the speech decoders have in common: they know nothing of pictures. */
 class SpeechDecoder : public DecoderContext

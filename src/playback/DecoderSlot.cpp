@@ -1,7 +1,7 @@
 #include "src/playback/DecoderSlot.h"
 
 #include "src/MediaPacket.h"
-#include "src/playback/DecoderFactories.h"
+#include "src/decoders/DecoderFactories.h"
 #include "src/vocabulary/StreamType.h"
 
 #include <boost/mem_fn.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "src/playback/DecoderContext.h"
+#include "src/decoders/DecoderContext.h"
 #include "src/playback/UniquePtr.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
+#include "src/decoders/DecoderContext.h"
+#include "src/decoders/DecoderFactories.h"
 #include "src/decoders/G726.h"
 #include "src/decoders/G726Predictor.h"
-#include "src/playback/DecoderContext.h"
-#include "src/playback/DecoderFactories.h"
 #include "src/playback/SwrConverter.h"
 #include "tests/decoders/VectorFiles.h"
 

@@ -1,10 +1,10 @@
 // Frames of every kind, whole, lost and short, and packets of them.
 
+#include "src/decoders/DecoderContext.h"
+#include "src/decoders/DecoderFactories.h"
 #include "src/decoders/g729a/G729AFrameBits.h"
 #include "src/decoders/g729a/G729ANoisePath.h"
 #include "src/decoders/g729a/G729ATables.h"
-#include "src/playback/DecoderContext.h"
-#include "src/playback/DecoderFactories.h"
 #include "src/playback/SwrConverter.h"
 #include "tests/decoders/G729AFrames.h"
 #include "tests/decoders/VectorFiles.h"

@@ -1,7 +1,7 @@
 // The codecs of the playback path against recorded streams, and the rules by which a decoder comes and goes.
 
 #include "audio/PacketDump.h"
-#include "src/playback/DecoderFactories.h"
+#include "src/decoders/DecoderFactories.h"
 #include "src/playback/DecoderSlot.h"
 #include "src/playback/SwrConverter.h"
 #include "src/playback/UniquePtr.h"

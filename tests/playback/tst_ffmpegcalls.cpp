@@ -1,11 +1,11 @@
 // What the playback path asks of FFmpeg's libraries, with calls that are replaced: they wait, fail, and note
 // what they were given.
 
+#include "src/decoders/DecoderContext.h"
+#include "src/decoders/DecoderFactories.h"
 #include "src/playback/AudioDevice.h"
-#include "src/playback/DecoderContext.h"
-#include "src/playback/DecoderFactories.h"
 #include "src/playback/SwrConverter.h"
-#include "tests/playback/AacStream.h"
+#include "tests/decoders/AacStream.h"
 #include "tests/support/MediaPackets.h"
 
 #include <QTest>

@@ -1,6 +1,6 @@
 #include "src/decoders/g7221/DecoderContext_Sorvix_G7221.h"
 
-#include "src/playback/DecoderFactories.h"
+#include "src/decoders/DecoderFactories.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "src/decoders/g729a/DecoderIsolated_Sorvix_G729A.h"
 
-#include "src/playback/DecoderFactories.h"
+#include "src/decoders/DecoderFactories.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "src/playback/DecoderIsolated_FFmpeg.h"
+#include "src/decoders/DecoderIsolated_FFmpeg.h"
 #include "src/playback/SwrConverter.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
-#include "src/playback/DecoderFactories.h"
+#include "src/decoders/DecoderFactories.h"
 
-#include "src/playback/DecoderIsolated_FFmpeg.h"
+#include "src/decoders/DecoderIsolated_FFmpeg.h"
 
 extern "C" {
 #include <libavcodec/codec_id.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "src/playback/DecoderContext.h"
-#include "src/playback/Frame.h"
+#include "src/decoders/DecoderContext.h"
+#include "src/decoders/Frame.h"
 
 #include <deque>
 

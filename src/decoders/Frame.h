@@ -1,6 +1,6 @@
 #pragma once
 
-#include "src/playback/FrameQueue.h"
+#include "src/decoders/FrameQueue.h"
 
 extern "C" {
 #include <libavutil/frame.h>

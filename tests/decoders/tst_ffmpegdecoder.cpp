@@ -1,12 +1,12 @@
 // The decoder of libavcodec behind its interface: frames, pictures and the pool.
 
-#include "src/playback/DecoderContext.h"
-#include "src/playback/DecoderFactories.h"
-#include "src/playback/DecoderIsolated_FFmpeg.h"
-#include "src/playback/Frame.h"
+#include "src/decoders/DecoderContext.h"
+#include "src/decoders/DecoderFactories.h"
+#include "src/decoders/DecoderIsolated_FFmpeg.h"
+#include "src/decoders/Frame.h"
 #include "src/playback/SwrConverter.h"
-#include "tests/playback/AacStream.h"
-#include "tests/playback/PictureStream.h"
+#include "tests/decoders/AacStream.h"
+#include "tests/decoders/PictureStream.h"
 
 #include <QElapsedTimer>
 #include <QTest>

@@ -1,6 +1,6 @@
 // Opening, feeding and ending the codec. Audio and pictures stand in files of their own.
 
-#include "src/playback/DecoderIsolated_FFmpeg.h"
+#include "src/decoders/DecoderIsolated_FFmpeg.h"
 
 #include <boost/thread/mutex.hpp>
 #include <boost/thread/once.hpp>
