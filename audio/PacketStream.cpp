@@ -1,7 +1,7 @@
 #include "audio/PacketStream.h"
 
 #include "src/MediaPacket.h"
-#include "src/playback/SwrConverter.h"
+#include "src/decoders/PcmBlock.h"
 
 PacketStream::PacketStream(const StreamParameters& parameters)
     : m_parameters(parameters), m_block(pcmBlockSize / sizeof(std::int16_t))

@@ -4,7 +4,7 @@
 #include "bench/AllocationCounter.h"
 #include "src/decoders/DecoderContext.h"
 #include "src/decoders/DecoderFactories.h"
-#include "src/playback/SwrConverter.h"
+#include "src/decoders/PcmBlock.h"
 
 #include <QByteArray>
 #include <QFile>

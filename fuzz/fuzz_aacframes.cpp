@@ -5,8 +5,8 @@
 //   packet   u8 how often its bytes are repeated, as a power of two; u16 length, little endian; frames
 
 #include "src/MediaPacket.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/DecoderSlot.h"
-#include "src/playback/SwrConverter.h"
 #include "src/vocabulary/StreamType.h"
 
 #include <sanitizer/allocator_interface.h>

@@ -1,8 +1,8 @@
 // Any chunks into the decoder of FUZZED_STREAM_TYPE, through DecoderSlot.
 
 #include "src/MediaPacket.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/DecoderSlot.h"
-#include "src/playback/SwrConverter.h"
 #include "src/vocabulary/StreamType.h"
 
 #include <fuzzer/FuzzedDataProvider.h>

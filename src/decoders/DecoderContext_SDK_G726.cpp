@@ -2,7 +2,7 @@
 
 #include "src/decoders/DecoderFactories.h"
 #include "src/decoders/G726.h"
-#include "src/playback/SwrConverter.h"
+#include "src/decoders/PcmBlock.h"
 
 #include <algorithm>
 #include <new>

@@ -1,5 +1,5 @@
 #include "src/decoders/DecoderIsolated_FFmpeg.h"
-#include "src/playback/SwrConverter.h"
+#include "src/decoders/PcmBlock.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

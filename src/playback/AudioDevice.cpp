@@ -1,4 +1,5 @@
 #include "src/playback/AudioDevice.h"
+#include "src/decoders/PcmBlock.h"
 
 #include "src/vocabulary/StreamType.h"
 

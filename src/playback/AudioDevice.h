@@ -1,6 +1,7 @@
 #pragma once
 
 #include "src/MediaPacket.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/DecoderSlot.h"
 #include "src/playback/SwrConverter.h"
 

@@ -1,5 +1,7 @@
 #include "src/playback/SwrConverter.h"
 
+#include "src/decoders/PcmBlock.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>

@@ -5,9 +5,6 @@
 
 struct SwrContext;
 
-/** Size of the PCM block of the playback path: 3 s of 48 kHz 16-bit stereo, bytes. */
-inline constexpr int pcmBlockSize = 576000;
-
 /**
  * One conversion from decoded PCM to the output device's format, by libswresample; samples run on from block
  * to block. Used by one thread at a time.

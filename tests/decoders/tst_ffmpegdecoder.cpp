@@ -4,7 +4,7 @@
 #include "src/decoders/DecoderFactories.h"
 #include "src/decoders/DecoderIsolated_FFmpeg.h"
 #include "src/decoders/Frame.h"
-#include "src/playback/SwrConverter.h"
+#include "src/decoders/PcmBlock.h"
 #include "tests/decoders/AacStream.h"
 #include "tests/decoders/PictureStream.h"
 

@@ -1,8 +1,8 @@
 #include "src/decoders/DecoderContext.h"
 #include "src/decoders/DecoderFactories.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/decoders/g7221/G7221.h"
 #include "src/decoders/g7221/G7221Tables.h"
-#include "src/playback/SwrConverter.h"
 #include "tests/decoders/VectorFiles.h"
 
 #include <QCoreApplication>

@@ -2,10 +2,10 @@
 
 #include "src/decoders/DecoderContext.h"
 #include "src/decoders/DecoderFactories.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/decoders/g729a/G729AFrameBits.h"
 #include "src/decoders/g729a/G729ANoisePath.h"
 #include "src/decoders/g729a/G729ATables.h"
-#include "src/playback/SwrConverter.h"
 #include "tests/decoders/G729AFrames.h"
 #include "tests/decoders/VectorFiles.h"
 

@@ -1,3 +1,4 @@
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/AudioDevice.h"
 #include "tests/support/MediaPackets.h"
 #include "tests/support/WavFiles.h"

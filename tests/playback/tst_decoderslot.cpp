@@ -2,8 +2,8 @@
 
 #include "audio/PacketDump.h"
 #include "src/decoders/DecoderFactories.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/DecoderSlot.h"
-#include "src/playback/SwrConverter.h"
 #include "src/playback/UniquePtr.h"
 #include "tests/support/MediaPackets.h"
 

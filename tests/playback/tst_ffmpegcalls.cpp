@@ -3,6 +3,7 @@
 
 #include "src/decoders/DecoderContext.h"
 #include "src/decoders/DecoderFactories.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/AudioDevice.h"
 #include "src/playback/SwrConverter.h"
 #include "tests/decoders/AacStream.h"

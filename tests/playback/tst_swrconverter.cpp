@@ -1,3 +1,4 @@
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/SwrConverter.h"
 #include "tests/support/SignalMeasure.h"
 #include "tests/support/WavFiles.h"

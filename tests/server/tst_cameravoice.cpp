@@ -2,8 +2,8 @@
 
 #include "audio/PacketHeader.h"
 #include "server/devices/simulated/CameraVoice.h"
+#include "src/decoders/PcmBlock.h"
 #include "src/playback/DecoderSlot.h"
-#include "src/playback/SwrConverter.h"
 #include "tests/support/MediaPackets.h"
 #include "tests/support/SignalMeasure.h"
 #include "tests/support/WavFiles.h"
