@@ -1,7 +1,6 @@
 #include "src/playback/AudioDevice.h"
+#include "src/decoders/CodecTable.h"
 #include "src/decoders/PcmBlock.h"
-
-#include "src/vocabulary/StreamType.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,24 +13,8 @@ constexpr std::int32_t ringTime = 500;          // ms
 /** Duration of a packet in ms, modulo 2^32; 0 where it can't be told. */
 std::uint32_t frameTime(const _TMediaDataPacketInfoV3& packet)
 {
-    constexpr std::uint32_t aacSamplesTimes1000 = 1024000;
-    switch (packet.StreamType) {
-    case StreamType::G7221:
-    case StreamType::Undecoded:
-    case StreamType::AmrNb:
-        return packet.FrameNumber * 20;
-    case StreamType::G729A:
-        return packet.FrameNumber * 10;
-    case StreamType::Aac:
-        return packet.AudioSamplingFreq == 0 ? 0 : aacSamplesTimes1000 / packet.AudioSamplingFreq;
-    case StreamType::G711MuLaw:
-    case StreamType::G711ALaw:
-        return packet.BitstreamSize * 8000 / 64000;
-    case StreamType::G726:
-        return packet.AudioBitRate == 0 ? 0 : packet.BitstreamSize * 8000 / packet.AudioBitRate;
-    default:
-        return fallbackFrameTime;
-    }
+    const Codec* codec = Codec::byType(packet.StreamType);
+    return codec != nullptr ? codec->packetTime(packet) : fallbackFrameTime;
 }
 
 /** Packets that a ring holds. */

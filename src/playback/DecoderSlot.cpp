@@ -1,8 +1,7 @@
 #include "src/playback/DecoderSlot.h"
 
 #include "src/MediaPacket.h"
-#include "src/decoders/DecoderFactories.h"
-#include "src/vocabulary/StreamType.h"
+#include "src/decoders/CodecTable.h"
 
 #include <boost/mem_fn.hpp>
 
@@ -24,25 +23,8 @@ namespace {
 
 DecoderContext* createDecoder(const _TMediaDataPacketInfoV3& packet)
 {
-    switch (packet.StreamType) {
-    case StreamType::G7221:
-        return CreateDecoderSorvixG7221();
-    case StreamType::G729A:
-        return CreateDecoderSorvixG729A();
-    case StreamType::Aac:
-        return CreateDecoder_AAC(packet.AudioSamplingFreq, packet.AudioChannelNum);
-    case StreamType::AmrNb:
-        return CreateDecoder_AMR();
-    case StreamType::G711MuLaw:
-        return CreateDecoder_MuLaw(packet.AudioSamplingFreq, packet.AudioChannelNum);
-    case StreamType::G711ALaw:
-        return CreateDecoder_ALaw(packet.AudioSamplingFreq, packet.AudioChannelNum);
-    case StreamType::G726:
-        return packet.AudioPackingMode != 0 ? CreateDecoderG726Left(packet.AudioBitRate)
-                                            : CreateDecoderG726Right(packet.AudioBitRate);
-    default:
-        return nullptr;
-    }
+    const Codec* codec = Codec::byType(packet.StreamType);
+    return codec != nullptr && codec->createDecoder != nullptr ? codec->createDecoder(packet) : nullptr;
 }
 
 } // namespace

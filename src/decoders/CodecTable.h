@@ -1,0 +1,48 @@
+#pragma once
+
+/** The codecs of media packets: one row each, for decoders, queues, encoders, commands, dumps and cameras. */
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+class DecoderContext;
+struct TMediaDataPacketInfo;
+
+/** A codec, a row of the table. */
+struct Codec
+{
+    /** What the duration of a packet is computed from. */
+    enum Timing
+    {
+        ByFrameCount, ///< The packet's number of frames.
+        ByRate,       ///< The packet's sample rate; it holds one frame.
+        BySize,       ///< The packet's bytes, at bitRate.
+        ByBitRate,    ///< The packet's bytes, at the packet's bit rate.
+    };
+
+    std::uint32_t streamType;   ///< How media packets name it, of StreamType.
+    const char* name;           ///< How users name it; null for a codec that nobody can choose.
+    std::uint32_t rate;         ///< Usual sample rate, Hz.
+    std::uint8_t channels;      ///< Usual number.
+    bool fixedFormat;           ///< Whether rate and channels are the only ones, whatever a packet says.
+    std::uint32_t frameSamples; ///< Samples of each channel in a frame; 0 for a codec without frames.
+    std::uint32_t frameBytes;   ///< Bytes of the largest frame; 0 when open, or for a codec without frames.
+    std::uint32_t bitRate;      ///< Usual bit/s of a codec without frames, else 0.
+    Timing timing;
+
+    /** Makes a decoder for packets like this; null on failure. Null itself for a codec without a decoder. */
+    DecoderContext* (*createDecoder)(const TMediaDataPacketInfo& packet);
+
+    /** Returns the duration of a packet in ms, modulo 2^32; 0 where its fields leave it open. */
+    std::uint32_t packetTime(const TMediaDataPacketInfo& packet) const;
+
+    /** Returns the row of a stream type; null for a type off the table. */
+    static const Codec* byType(std::uint32_t streamType);
+
+    /** Returns the row of a name, letter by letter; null for a name off the table. */
+    static const Codec* byName(std::string_view name);
+};
+
+/** The codecs in the order in which users read them. Constant from before the program's start. */
+extern const std::array<Codec, 8> codecTable;
