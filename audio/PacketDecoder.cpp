@@ -1,6 +1,7 @@
 #include "audio/PacketDecoder.h"
 
 #include "audio/PacketHeader.h"
+#include "src/vocabulary/StreamType.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -11,7 +12,6 @@ extern "C" {
 
 namespace {
 
-constexpr std::uint32_t muLawStreamType = 8192;
 constexpr int maxBitstreamSize = 16384; // bytes; two seconds of sound
 
 } // namespace
@@ -41,7 +41,7 @@ std::optional<DecodedTalk> PacketDecoder::decode(const QByteArray& packet)
 {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(packet.constData());
     const auto header = framesmith::PacketHeader::fromBytes(bytes, static_cast<std::size_t>(packet.size()));
-    if (!header || header->streamType != muLawStreamType || header->channels != 1 ||
+    if (!header || header->streamType != StreamType::G711MuLaw || header->channels != 1 ||
         header->sampleRate != sampleRate || m_context == nullptr) {
         return std::nullopt;
     }

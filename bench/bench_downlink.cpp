@@ -2,6 +2,7 @@
 // open.
 
 #include "src/PluginVoiceDesk.h"
+#include "src/vocabulary/StreamType.h"
 #include "tests/support/SystemOverrides.h"
 
 #include <QCoreApplication>
@@ -34,7 +35,7 @@ void receivedPacket(benchmark::State& state)
                          {QStringLiteral("BitstreamSize"), 640U},
                          {QStringLiteral("Offset"), 20U},
                          {QStringLiteral("AudioData"), QString::fromLatin1(QByteArray(660, 'p').toBase64())},
-                         {QStringLiteral("StreamType"), 8192U},
+                         {QStringLiteral("StreamType"), StreamType::G711MuLaw},
                          {QStringLiteral("AudioSamplingFreq"), 8000U},
                          {QStringLiteral("AudioChannelNum"), 1U},
                          {QStringLiteral("FrameNumber"), 1U},

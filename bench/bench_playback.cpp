@@ -4,6 +4,7 @@
 #include "audio/PacketDump.h"
 #include "bench/AllocationCounter.h"
 #include "src/playback/AudioDevice.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <benchmark/benchmark.h>
 
@@ -77,9 +78,9 @@ void readTenMilliseconds(benchmark::State& state, const Stream& stream, int form
     std::size_t next = 0;
     double pushed = 0;
     // One packet waits at any time: Push is not what is measured here, but it is cheap.
-    const double packetsPerRead = 0.01 / (stream.streamType == 4096   ? 0.02
-                                          : stream.streamType == 1024 ? 1024.0 / stream.rate
-                                                                      : 0.08);
+    const double packetsPerRead = 0.01 / (stream.streamType == StreamType::AmrNb ? 0.02
+                                          : stream.streamType == StreamType::Aac ? 1024.0 / stream.rate
+                                                                                 : 0.08);
     double due = 1;
     const auto step = [&] {
         due += packetsPerRead;
@@ -112,10 +113,10 @@ int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
     const Stream streams[] = {
-        {8192, 8000, g711Packets()},
-        {16384, 8000, g711Packets()},
+        {StreamType::G711MuLaw, 8000, g711Packets()},
+        {StreamType::G711ALaw, 8000, g711Packets()},
         {1024, 16000, recorded("aac/mono16k.rec")},
-        {4096, 8000, recorded("amr/amr_mode7.rec")},
+        {StreamType::AmrNb, 8000, recorded("amr/amr_mode7.rec")},
     };
     const char* names[] = {"mu-law", "A-law", "AAC", "AMR"};
     for (std::size_t i = 0; i < 4; ++i) {

@@ -2,6 +2,7 @@
 
 #include "platform/FrameworkWrapperBase.h"
 #include "src/PluginVoiceDesk.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <QCoreApplication>
 
@@ -46,7 +47,7 @@ void capturedPacket(benchmark::State& state)
     plugin.setTalkTargetList(targets);
     const QByteArray packet(660, 'p');
     for (auto _ : state) {
-        plugin.handleAudioCapture(8192, packet);
+        plugin.handleAudioCapture(StreamType::G711MuLaw, packet);
     }
     if (framework.commands != state.iterations()) {
         state.SkipWithError("a packet was not sent");

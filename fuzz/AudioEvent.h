@@ -1,5 +1,7 @@
 #pragma once
 
+#include "src/vocabulary/StreamType.h"
+
 #include <QString>
 #include <QVariantMap>
 
@@ -19,8 +21,9 @@ struct FuzzedStream
     static FuzzedStream from(FuzzedDataProvider& input)
     {
         FuzzedStream stream;
-        stream.type =
-            input.PickValueInArray<std::uint32_t>({256, 512, 1024, 2048, 4096, 8192, 16384, 32768, 0});
+        stream.type = input.PickValueInArray<std::uint32_t>(
+            {StreamType::G7221, StreamType::G729A, StreamType::Aac, StreamType::Undecoded, StreamType::AmrNb,
+             StreamType::G711MuLaw, StreamType::G711ALaw, StreamType::G726, 0});
         switch (input.ConsumeIntegralInRange(0, 3)) {
         case 0:
             stream.rate = input.ConsumeIntegral<std::uint32_t>();

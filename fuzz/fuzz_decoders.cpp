@@ -1,6 +1,7 @@
-// Any chunks into the decoder of FUZZED_STREAM_TYPE, through DecoderSlot.
+// Any chunks into the decoder of the codec with the name FUZZED_CODEC, through DecoderSlot.
 
 #include "src/MediaPacket.h"
+#include "src/decoders/CodecTable.h"
 #include "src/decoders/PcmBlock.h"
 #include "src/playback/DecoderSlot.h"
 #include "src/vocabulary/StreamType.h"
@@ -24,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzedDataProvider input(data, size);
     TMediaDataPacketInfo record{};
 
-    record.StreamType = FUZZED_STREAM_TYPE;
+    record.StreamType = Codec::byName(FUZZED_CODEC)->streamType;
     record.AudioSamplingFreq = input.PickValueInArray<std::uint32_t>({8000, 16000, 48000, 0, 1, 0xFFFFFFFF});
     record.AudioChannelNum = input.ConsumeIntegral<std::uint8_t>();
     record.AudioBitRate = input.PickValueInArray<std::uint32_t>({16000, 24000, 32000, 40000, 0, 1});

@@ -5,6 +5,7 @@
 #include "fuzz/VariantTree.h"
 #include "platform/FrameworkWrapperBase.h"
 #include "src/PluginVoiceDesk.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <QCoreApplication>
 #include <QMediaPlayer>
@@ -195,7 +196,7 @@ void Session::step()
     case 1:
         QMetaObject::invokeMethod(
             m_plugin.get(), "handleAudioCapture",
-            Q_ARG(DWORD, m_input.PickValueInArray<DWORD>({8192, 16384, 0})),
+            Q_ARG(DWORD, m_input.PickValueInArray<DWORD>({StreamType::G711MuLaw, StreamType::G711ALaw, 0})),
             Q_ARG(QByteArray, QByteArray::fromStdString(m_input.ConsumeRandomLengthString(100))));
         break;
     case 2:

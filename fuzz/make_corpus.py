@@ -7,11 +7,23 @@ usage: fuzz/make_corpus.py      from anywhere; overwrites its own files and leav
 import pathlib
 import re
 import struct
+import types
 
 root = pathlib.Path(__file__).resolve().parent
 data = root.parent / "tests" / "data"
 
-TYPES = [256, 512, 1024, 2048, 4096, 8192, 16384, 32768, 0]  # as in AudioEvent.h
+
+def source(path):
+    return (root.parent / path).read_text()
+
+
+StreamType = types.SimpleNamespace(**{
+    name: int(value)
+    for name, value in re.findall(r"uint32_t (\w+) = (\d+);", source("src/vocabulary/StreamType.h"))})
+CODECS = {getattr(StreamType, kind): name  # the names that users choose by
+          for kind, name in re.findall(r'{StreamType::(\w+), "(\w+)"', source("src/decoders/CodecTable.cpp"))}
+TYPES = [StreamType.G7221, StreamType.G729A, StreamType.Aac, StreamType.Undecoded, StreamType.AmrNb,
+         StreamType.G711MuLaw, StreamType.G711ALaw, StreamType.G726, 0]  # as in AudioEvent.h
 EVENT_RATES = [8000, 16000, 48000, 44100, 11025, 192000]
 DECODER_RATES = [8000, 16000, 48000, 0, 1, 0xFFFFFFFF]  # as in fuzz_decoders.cpp
 DECODER_BIT_RATES = [16000, 24000, 32000, 40000, 0, 1]
@@ -94,27 +106,26 @@ def joined(frames, count):
 
 # stream type, sample rate, channels, bit rate, packing, frames a packet, packets
 streams = {
-    "mulaw": (8192, 8000, 1, 0, 0, 1, records("g711/ulaw.rec")),
-    "mulaw-stereo": (8192, 16000, 2, 0, 0, 1, records("g711/ulaw_2ch.rec")),
-    "alaw": (16384, 8000, 1, 0, 0, 1, records("g711/alaw.rec")),
-    "alaw-stereo": (16384, 16000, 2, 0, 0, 1, records("g711/alaw_2ch.rec")),
-    "aac-mono": (1024, 16000, 1, 0, 0, 1, records("aac/mono16k.rec")),
-    "aac-stereo": (1024, 48000, 2, 0, 0, 1, records("aac/stereo48k.rec")),
-    "amr": (4096, 8000, 1, 0, 0, 1, records("amr/amr_mode7.rec")),
-    "amr-low": (4096, 8000, 1, 0, 0, 1, records("amr/amr_mode0.rec")),
-    "g7221-24000": (256, 16000, 1, 24000, 0, 1, pieces("g7221/speech5_24000.g7221", 60)),
-    "g7221-32000": (256, 16000, 1, 32000, 0, 1, pieces("g7221/mixed_32000.g7221", 80)),
-    "g7221-packets": (256, 16000, 1, 24000, 0, 3, records("g7221/packets.rec")),
-    "g7221-odd": (256, 16000, 1, 24000, 0, 2, records("g7221/oddsizes.rec")),
-    "g729": (512, 8000, 1, 8000, 0, 2, joined(speech_frames("g729a/speech1_dtx1.g729f"), 2)),
-    "g729-erased": (512, 8000, 1, 8000, 0, 1, speech_frames("g729a/erased_heavy.g729f")),
-    "g729-noise": (512, 8000, 1, 8000, 0, 3, joined(speech_frames("g729a/nothing_first.g729f"), 3)),
+    "mulaw": (StreamType.G711MuLaw, 8000, 1, 0, 0, 1, records("g711/ulaw.rec")),
+    "mulaw-stereo": (StreamType.G711MuLaw, 16000, 2, 0, 0, 1, records("g711/ulaw_2ch.rec")),
+    "alaw": (StreamType.G711ALaw, 8000, 1, 0, 0, 1, records("g711/alaw.rec")),
+    "alaw-stereo": (StreamType.G711ALaw, 16000, 2, 0, 0, 1, records("g711/alaw_2ch.rec")),
+    "aac-mono": (StreamType.Aac, 16000, 1, 0, 0, 1, records("aac/mono16k.rec")),
+    "aac-stereo": (StreamType.Aac, 48000, 2, 0, 0, 1, records("aac/stereo48k.rec")),
+    "amr": (StreamType.AmrNb, 8000, 1, 0, 0, 1, records("amr/amr_mode7.rec")),
+    "amr-low": (StreamType.AmrNb, 8000, 1, 0, 0, 1, records("amr/amr_mode0.rec")),
+    "g7221-24000": (StreamType.G7221, 16000, 1, 24000, 0, 1, pieces("g7221/speech5_24000.g7221", 60)),
+    "g7221-32000": (StreamType.G7221, 16000, 1, 32000, 0, 1, pieces("g7221/mixed_32000.g7221", 80)),
+    "g7221-packets": (StreamType.G7221, 16000, 1, 24000, 0, 3, records("g7221/packets.rec")),
+    "g7221-odd": (StreamType.G7221, 16000, 1, 24000, 0, 2, records("g7221/oddsizes.rec")),
+    "g729": (StreamType.G729A, 8000, 1, 8000, 0, 2, joined(speech_frames("g729a/speech1_dtx1.g729f"), 2)),
+    "g729-erased": (StreamType.G729A, 8000, 1, 8000, 0, 1, speech_frames("g729a/erased_heavy.g729f")),
+    "g729-noise": (StreamType.G729A, 8000, 1, 8000, 0, 3, joined(speech_frames("g729a/nothing_first.g729f"), 3)),
 }
 for rate in (16, 24, 32, 40):
     for packing, side in ((1, "left"), (0, "right")):
         streams[f"g726-{rate}-{side}"] = (
-            32768, 8000, 1, rate * 1000, packing, 1, records(f"g726/random1_{rate}k_{side}.rec"))
-decoders = {256: "g7221", 512: "g729a", 1024: "aac", 4096: "amr", 8192: "pcmu", 16384: "pcma", 32768: "g726"}
+            StreamType.G726, 8000, 1, rate * 1000, packing, 1, records(f"g726/random1_{rate}k_{side}.rec"))
 
 
 def decoder_seeds():
@@ -125,7 +136,7 @@ def decoder_seeds():
             seed.number(packing, 0, 1)
             for packet in packets[:8]:
                 seed.number(frames, 0, 5).text(packet, 1000).number(room, 0, 2)
-            write(f"fuzz_decoder_{decoders[kind]}", name + suffix, seed.bytes())
+            write(f"fuzz_decoder_{CODECS[kind]}", name + suffix, seed.bytes())
 
 
 def stream_start(kind, rate, channels):
@@ -156,12 +167,12 @@ def event_seeds():
             add_event(seed, packet, frames)
         write("fuzz_audioreceived", name, seed.bytes())
     for rate in (0, 1, 19, 49, 50, 51, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF):
-        seed = stream_start(8192, rate, 1).number(4, 1, 4)
+        seed = stream_start(StreamType.G711MuLaw, rate, 1).number(4, 1, 4)
         for packet in streams["mulaw"][6][:4]:
             add_event(seed, packet, 1)
         write("fuzz_audioreceived", f"rate-{rate}", seed.bytes())
     for channels in (0, 2, 9):
-        seed = stream_start(16384, 8000, channels).number(4, 1, 4)
+        seed = stream_start(StreamType.G711ALaw, 8000, channels).number(4, 1, 4)
         for packet in streams["alaw"][6][:4]:
             add_event(seed, packet, 1)
         write("fuzz_audioreceived", f"channels-{channels}", seed.bytes())
@@ -187,7 +198,7 @@ def aac_seeds():
 
 
 def talk_seeds():
-    def packet(length=32, stream=8192, rate=8000, channels=1, body=b""):
+    def packet(length=32, stream=StreamType.G711MuLaw, rate=8000, channels=1, body=b""):
         header = b"VDAP" + bytes([1, length, channels, 0]) + struct.pack("<IIIIQ", stream, rate, 640, 0, 123456)
         return header.ljust(length, b"\0") + body
 
@@ -195,7 +206,7 @@ def talk_seeds():
     write("fuzz_talkpacket", "packet", packet(body=sound))
     write("fuzz_talkpacket", "long-header", packet(length=48, body=sound[:80]))
     write("fuzz_talkpacket", "empty", packet())
-    write("fuzz_talkpacket", "alaw", packet(stream=16384, body=sound[:80]))
+    write("fuzz_talkpacket", "alaw", packet(stream=StreamType.G711ALaw, body=sound[:80]))
     token = b"0123456789abcdef0123456789abcdef"
     write("fuzz_talkdata", "one", b"<Dest>" + token + b"</Dest>")
     write("fuzz_talkdata", "relayed", b"<Dest>relay/1/" + token + b"</Dest><Dest>" + token + b"</Dest>")
@@ -249,7 +260,7 @@ def message_seeds():
     file = {"audioID": 1, "audioName": "a.wav", "audioLength": 1000, "audioStatus": 2}
     sound = "".join(["/"] * 160)
     event = {"AudioReceived": {"Token": "t", "BitstreamSize": (65536, 120), "Offset": (65536, 0),
-                               "AudioData": sound, "StreamType": (65536, 8192),
+                               "AudioData": sound, "StreamType": (65536, StreamType.G711MuLaw),
                                "AudioSamplingFreq": (65536, 8000), "AudioChannelNum": (65536, 1),
                                "FrameNumber": (65536, 1)}}
     types = {"uint": (65536, 7), "longlong": (65537, -7), "ulonglong": (65538, b"18446744073709551615"),
@@ -461,7 +472,7 @@ def step_seeds():
     sound.command("UploadFile", {"filename": "a.wav", "content": b"UklGRg==", "length": 1000})
     write("fuzz_commands", "sound", sound.bytes())
     talk = Steps().number(0, 0, 7).number(1, 0, 7).number(1, 0, 0xFFFFFFFF)
-    talk.text(b"VDAP\1\x20\1\0" + struct.pack("<IIIIQ", 8192, 8000, 0, 0, 5) + bytes(range(80)), 200)
+    talk.text(b"VDAP\1\x20\1\0" + struct.pack("<IIIIQ", StreamType.G711MuLaw, 8000, 0, 0, 5) + bytes(range(80)), 200)
     talk.command("StartTalkToIPAudio", 1).command("StopTalkToIPAudio", 1).command("GetCamera", None)
     write("fuzz_commands", "talk", talk.bytes())
 
@@ -471,7 +482,8 @@ def step_seeds():
     opened = {"talkToken": "t"}
     talk = start().request(4, 1).reply("0", 0, 1, opened)
     talk.event("AudioReceived", {"AudioReceived": {"Token": "t"}})
-    talk.step(1).pick(8192, [8192, 16384, 0]).text(bytes(range(100)), 100).number(0, 0, 15)
+    talk.step(1).pick(StreamType.G711MuLaw, [StreamType.G711MuLaw, StreamType.G711ALaw, 0])
+    talk.text(bytes(range(100)), 100).number(0, 0, 15)
     talk.event("TalkDisconnected", {"TalkDisconnected": {"Token": "t"}})
     write("fuzz_replies", "talk", talk.bytes())
     write("fuzz_replies", "twice", start().request(4, 1).reply("0", 0, 1, opened).reply("1", 0, 1, None).bytes())

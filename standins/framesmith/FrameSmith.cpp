@@ -3,6 +3,7 @@
 #include "platform/FrameSmith.h"
 #include "lifetime/ApplicationEnd.h"
 #include "lifetime/NeverDestroyed.h"
+#include "src/vocabulary/StreamType.h"
 #include "standins/framesmith/CaptureChannel.h"
 #include "standins/framesmith/FrameSmithErrors.h"
 #include "standins/framesmith/HandleTable.h"
@@ -20,7 +21,6 @@ using namespace framesmith;
 
 namespace {
 
-constexpr std::uint32_t muLawStreamType = 8192;
 constexpr std::uint32_t sampleRate = 8000; // Hz
 constexpr std::uint32_t maxSamplesPerFrame = 8000;
 constexpr std::uint32_t bitsPerSample = 16;
@@ -107,7 +107,7 @@ std::unique_ptr<CaptureSource> makeSource()
 template<typename Options>
 bool formatSupported(const Options& options)
 {
-    return options.streamType == muLawStreamType && options.sampleRate == sampleRate &&
+    return options.streamType == StreamType::G711MuLaw && options.sampleRate == sampleRate &&
            options.channels == 1 && options.samplesPerFrame >= 1 &&
            options.samplesPerFrame <= maxSamplesPerFrame;
 }

@@ -2,6 +2,7 @@
 
 #include "audio/PacketHeader.h"
 #include "platform/MediaDataPacketInfo.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,7 +11,6 @@ namespace framesmith {
 
 namespace {
 
-constexpr std::uint32_t muLawStreamType = 8192;
 constexpr std::uint32_t sampleRate = 8000; // Hz
 constexpr std::uint8_t channels = 1;
 
@@ -34,7 +34,7 @@ bool PacketMaker::make(const std::int16_t* samples, std::size_t count, TMediaDat
     }
     PacketHeader header;
     header.channels = channels;
-    header.streamType = muLawStreamType;
+    header.streamType = StreamType::G711MuLaw;
     header.sampleRate = sampleRate;
     header.position = m_position;
     header.captureTime = steadyMicroseconds();
@@ -44,7 +44,7 @@ bool PacketMaker::make(const std::int16_t* samples, std::size_t count, TMediaDat
 
     record.Offset = PacketHeader::size;
     record.BitstreamSize = static_cast<std::uint32_t>(count);
-    record.StreamType = muLawStreamType;
+    record.StreamType = StreamType::G711MuLaw;
     record.FrameNumber = 1;
     record.AudioSamplingFreq = sampleRate;
     record.AudioChannelNum = channels;
