@@ -9,7 +9,10 @@ constexpr int maxFrameSize = 32; // bytes
 
 } // namespace
 
-AmrTalkEncoder::AmrTalkEncoder() : m_state(Encoder_Interface_init(withoutDtx)) {}
+AmrTalkEncoder::AmrTalkEncoder(const TalkFormat& format)
+    : TalkEncoder(format), m_state(Encoder_Interface_init(withoutDtx))
+{
+}
 
 AmrTalkEncoder::~AmrTalkEncoder()
 {

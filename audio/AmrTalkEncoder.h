@@ -6,14 +6,13 @@
 class AmrTalkEncoder : public TalkEncoder
 {
 public:
-    AmrTalkEncoder();
+    explicit AmrTalkEncoder(const TalkFormat& format);
     ~AmrTalkEncoder() override;
     AmrTalkEncoder(const AmrTalkEncoder&) = delete;
     AmrTalkEncoder& operator=(const AmrTalkEncoder&) = delete;
 
     bool valid() const { return m_state != nullptr; }
 
-    TalkFormat format() const override { return {4096, 8000, 160}; }
     QByteArray encode(const std::int16_t* samples) override;
 
 private:

@@ -1,5 +1,7 @@
 #include "audio/AvTalkEncoder.h"
 
+#include "audio/AdtsHeader.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
@@ -11,34 +13,7 @@ extern "C" {
 namespace {
 
 constexpr int aacBitRate = 32000; // bit/s
-constexpr int adtsHeaderSize = 7;
 constexpr float fullScale = 32768.0F;
-
-AVCodecID codecIdOf(TalkCodec codec)
-{
-    switch (codec) {
-    case TalkCodec::PcmMuLaw:
-        return AV_CODEC_ID_PCM_MULAW;
-    case TalkCodec::PcmALaw:
-        return AV_CODEC_ID_PCM_ALAW;
-    case TalkCodec::Aac:
-        return AV_CODEC_ID_AAC;
-    default:
-        return AV_CODEC_ID_NONE;
-    }
-}
-
-TalkFormat formatOf(TalkCodec codec)
-{
-    switch (codec) {
-    case TalkCodec::PcmALaw:
-        return {16384, 8000, 640};
-    case TalkCodec::Aac:
-        return {1024, 16000, 1024};
-    default:
-        return {8192, 8000, 640};
-    }
-}
 
 /** The ADTS header of an AAC-LC frame at 16 kHz mono (ISO/IEC 13818-7, clause 6.2). */
 QByteArray adtsHeader(int payloadSize)
@@ -46,8 +21,8 @@ QByteArray adtsHeader(int payloadSize)
     constexpr unsigned lowComplexity = 1; // profile
     constexpr unsigned rate16000 = 8;     // index of the sample rate
     constexpr unsigned mono = 1;
-    const auto size = static_cast<unsigned>(payloadSize + adtsHeaderSize);
-    const unsigned bytes[adtsHeaderSize] = {
+    const auto size = static_cast<unsigned>(payloadSize + AdtsHeader::size);
+    const unsigned bytes[AdtsHeader::size] = {
         0xFF,
         0xF1, // MPEG-4, no check sum
         lowComplexity << 6U | rate16000 << 2U | mono >> 2U,
@@ -65,10 +40,10 @@ QByteArray adtsHeader(int payloadSize)
 
 } // namespace
 
-AvTalkEncoder::AvTalkEncoder(TalkCodec codec)
-    : m_format(formatOf(codec)), m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
+AvTalkEncoder::AvTalkEncoder(int codecId, const TalkFormat& format)
+    : TalkEncoder(format), m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
 {
-    if (m_frame == nullptr || m_packet == nullptr || !open(codecIdOf(codec))) {
+    if (m_frame == nullptr || m_packet == nullptr || !open(codecId)) {
         avcodec_free_context(&m_context);
     }
 }
@@ -87,7 +62,7 @@ bool AvTalkEncoder::open(int codecId)
     if (m_context == nullptr) {
         return false;
     }
-    m_context->sample_rate = m_format.sampleRate;
+    m_context->sample_rate = format().sampleRate;
     m_context->sample_fmt = codecId == AV_CODEC_ID_AAC ? AV_SAMPLE_FMT_FLTP : AV_SAMPLE_FMT_S16;
     m_context->bit_rate = codecId == AV_CODEC_ID_AAC ? aacBitRate : 0;
     av_channel_layout_default(&m_context->ch_layout, 1);
@@ -95,8 +70,8 @@ bool AvTalkEncoder::open(int codecId)
         return false;
     }
     m_frame->format = m_context->sample_fmt;
-    m_frame->sample_rate = m_format.sampleRate;
-    m_frame->nb_samples = m_format.frameSamples;
+    m_frame->sample_rate = format().sampleRate;
+    m_frame->nb_samples = format().frameSamples;
     av_channel_layout_default(&m_frame->ch_layout, 1);
     return av_frame_get_buffer(m_frame, 0) >= 0;
 }
@@ -106,7 +81,7 @@ QByteArray AvTalkEncoder::encode(const std::int16_t* samples)
     if (av_frame_make_writable(m_frame) < 0) {
         return QByteArray();
     }
-    const auto count = static_cast<std::size_t>(m_format.frameSamples);
+    const auto count = static_cast<std::size_t>(format().frameSamples);
     if (m_context->sample_fmt == AV_SAMPLE_FMT_FLTP) {
         auto* out = reinterpret_cast<float*>(m_frame->data[0]);
         std::transform(samples, samples + count, out,
@@ -114,7 +89,7 @@ QByteArray AvTalkEncoder::encode(const std::int16_t* samples)
     } else {
         std::memcpy(m_frame->data[0], samples, count * sizeof(std::int16_t));
     }
-    m_frame->pts = m_frame->pts == AV_NOPTS_VALUE ? 0 : m_frame->pts + m_format.frameSamples;
+    m_frame->pts = m_frame->pts == AV_NOPTS_VALUE ? 0 : m_frame->pts + format().frameSamples;
     if (avcodec_send_frame(m_context, m_frame) < 0 || avcodec_receive_packet(m_context, m_packet) < 0) {
         return QByteArray();
     }

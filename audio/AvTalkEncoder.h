@@ -10,21 +10,19 @@ struct AVPacket;
 class AvTalkEncoder : public TalkEncoder
 {
 public:
-    /** @param codec PcmMuLaw, PcmALaw or Aac */
-    explicit AvTalkEncoder(TalkCodec codec);
+    /** @param codecId AVCodecID of G.711 or AAC @param format AAC: 16000 Hz */
+    AvTalkEncoder(int codecId, const TalkFormat& format);
     ~AvTalkEncoder() override;
     AvTalkEncoder(const AvTalkEncoder&) = delete;
     AvTalkEncoder& operator=(const AvTalkEncoder&) = delete;
 
     bool valid() const { return m_context != nullptr; }
 
-    TalkFormat format() const override { return m_format; }
     QByteArray encode(const std::int16_t* samples) override;
 
 private:
     bool open(int codecId);
 
-    TalkFormat m_format;
     AVCodecContext* m_context = nullptr;
     AVFrame* m_frame;
     AVPacket* m_packet;

@@ -1,8 +1,10 @@
 #include "cli/TalkCommand.h"
 
 #include "audio/NumberedFile.h"
+#include "audio/TalkEncoder.h"
 #include "cli/InterruptFlag.h"
 #include "cli/TalkSummary.h"
+#include "src/decoders/CodecTable.h"
 #include "system/EnvironmentVariable.h"
 #include "system/MediaFiles.h"
 
@@ -22,17 +24,15 @@ constexpr int recorderTimeout = 5000; // ms
 /** How long a camera speaks, seconds; negative when its file cannot be read. */
 double speechDuration(const CameraVoiceConfig& voice)
 {
-    const bool recorded =
-        voice.codec == TalkCodec::G726 || voice.codec == TalkCodec::G7221 || voice.codec == TalkCodec::G729A;
-    if (!recorded) {
+    if (TalkEncoder::existsFor(*voice.codec)) {
         return MediaFiles::duration(voice.file);
     }
-    const auto packets = readRecordedStream(voice.file, voice.codec);
+    const auto packets = readRecordedStream(voice.file, *voice.codec);
     double samples = 0;
     for (const RecordedPacket& packet : packets) {
         samples += packet.samples;
     }
-    return packets.empty() ? -1 : samples / recordedFormat(voice.codec).sampleRate;
+    return packets.empty() ? -1 : samples / voice.codec->rate;
 }
 
 } // namespace

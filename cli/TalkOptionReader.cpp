@@ -1,9 +1,10 @@
 #include "cli/TalkOptionReader.h"
 
+#include "audio/CodecNames.h"
+#include "src/decoders/CodecTable.h"
+
 #include <QCommandLineParser>
 #include <QDir>
-
-#include <algorithm>
 
 namespace {
 
@@ -11,13 +12,6 @@ constexpr double longestTalk = 86400;     // s
 constexpr double longestTimeout = 3600;   // s
 constexpr double longestEchoDelay = 5000; // ms
 constexpr int packetsOfASecond = 12;
-
-const QList<QPair<QString, TalkCodec>> codecs{
-    {QStringLiteral("pcmu"), TalkCodec::PcmMuLaw}, {QStringLiteral("pcma"), TalkCodec::PcmALaw},
-    {QStringLiteral("aac"), TalkCodec::Aac},       {QStringLiteral("amr"), TalkCodec::AmrNb},
-    {QStringLiteral("g726"), TalkCodec::G726},     {QStringLiteral("g7221"), TalkCodec::G7221},
-    {QStringLiteral("g729a"), TalkCodec::G729A},
-};
 
 QCommandLineOption valueOption(const char* name, const char* description, const char* value,
                                const char* fallback = "")
@@ -32,6 +26,10 @@ void addOptions(QCommandLineParser& parser)
         "Talks to a camera: the server records what the camera hears, and what the camera says is played.\n"
         "The talk lasts as long as the source file, or the camera's answer if that is longer; with a\n"
         "microphone, until Ctrl-C or for --seconds."));
+    const QString codecs =
+        QStringLiteral("The cameras' codec: %1 (default: pcmu); for --speech with a packet dump also %2.")
+            .arg(CodecNames::encoded().join(QStringLiteral(", ")),
+                 CodecNames::recorded().join(QStringLiteral(", ")));
     parser.addOptions({
         valueOption("camera", "Camera to talk to (default: camera-1, which echoes).", "id", "camera-1"),
         valueOption("seconds", "Length of the talk.", "n"),
@@ -40,10 +38,7 @@ void addOptions(QCommandLineParser& parser)
         valueOption("device", "Use the microphone of this name.", "name"),
         valueOption("volume", "Microphone volume, 0 to 100; 50 leaves it as it is.", "n", "50"),
         valueOption("speech", "Sound file or packet dump that camera-2 speaks.", "file"),
-        valueOption("codec",
-                    "The cameras' codec: pcmu (default), pcma, aac, amr; for --speech with a packet dump "
-                    "also g726, g7221, g729a.",
-                    "name", "pcmu"),
+        valueOption("codec", qUtf8Printable(codecs), "name", "pcmu"),
         valueOption("echo-delay", "Time after which camera-1 echoes, ms (default: 500).", "n", "500"),
         valueOption("output",
                     "Folder of the server's recordings, a new file for each talk (default: recordings).",
@@ -86,11 +81,9 @@ bool readCameras(const QCommandLineParser& parser, ServerConfig& server, QString
     if (!echoDelay) {
         return false;
     }
-    const QString codecName = parser.value(QStringLiteral("codec"));
-    const auto codec = std::find_if(codecs.begin(), codecs.end(),
-                                    [&](const auto& entry) { return entry.first == codecName; });
-    if (codec == codecs.end()) {
-        *error = QStringLiteral("--codec takes pcmu, pcma, aac, amr, g726, g7221 or g729a");
+    const Codec* codec = Codec::byName(parser.value(QStringLiteral("codec")).toStdString());
+    if (codec == nullptr) {
+        *error = QStringLiteral("--codec takes %1").arg(CodecNames::anyOf());
         return false;
     }
     const QString fault = parser.value(QStringLiteral("fault"));
@@ -100,7 +93,7 @@ bool readCameras(const QCommandLineParser& parser, ServerConfig& server, QString
     }
     server.answers = fault != QLatin1String("silent");
     for (CameraConfig& camera : server.cameras) {
-        camera.voice.codec = codec->second;
+        camera.voice.codec = codec;
         camera.voice.echoDelay = static_cast<int>(*echoDelay);
         camera.dropAfterPackets = fault == QLatin1String("drop") ? packetsOfASecond : 0;
     }

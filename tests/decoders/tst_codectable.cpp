@@ -68,6 +68,7 @@ void TestCodecTable::rowsAreDistinct()
     for (const Codec& codec : codecTable) {
         QCOMPARE(codec.streamType & (codec.streamType - 1), 0U);
         types.insert(codec.streamType);
+        QVERIFY((codec.frameSamples == 0) != (codec.bitRate == 0)); // else a dump has no duration
         // What users can choose is decoded, and nothing else.
         QCOMPARE(codec.name != nullptr, codec.createDecoder != nullptr);
         if (codec.name != nullptr) {

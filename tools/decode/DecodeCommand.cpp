@@ -1,15 +1,16 @@
 #include "tools/decode/DecodeCommand.h"
 
 #include "audio/AdtsHeader.h"
+#include "audio/CodecNames.h"
 #include "audio/PacketDump.h"
 #include "audio/PacketStream.h"
+#include "src/decoders/CodecTable.h"
 #include "src/vocabulary/StreamType.h"
 
 #include <QCommandLineParser>
 
 #include "system/MediaFiles.h"
 
-#include <array>
 #include <cstdio>
 #include <memory>
 
@@ -31,7 +32,7 @@ INPUT is a row of records: a 32-bit little-endian length and that many bytes of
 bitstream, one packet each. OUTPUT becomes a WAV file of 16-bit samples.
 
 options:
-  --codec NAME      pcmu, pcma, aac, amr, g726, g7221 or g729a
+  --codec NAME      %1
   --stream-type N   the codec by its number, in place of --codec
   --rate HZ         sample rate (default: the codec's; AAC: as its header says)
   --channels N      channels (default: 1; AAC: as its header says)
@@ -51,26 +52,9 @@ exit status:
   1  wrong usage              3  some packets were not decoded
 )";
 
-struct Codec
-{
-    const char* name;
-    std::uint32_t streamType;
-    int fixedRate; ///< Hz; 0 when the stream has the choice.
-    int usualRate; ///< Hz.
-};
-
-constexpr std::array<Codec, 7> codecs{{
-    {"pcmu", StreamType::G711MuLaw, 0, 8000},
-    {"pcma", StreamType::G711ALaw, 0, 8000},
-    {"aac", StreamType::Aac, 0, 16000},
-    {"amr", StreamType::AmrNb, 8000, 8000},
-    {"g726", StreamType::G726, 8000, 8000},
-    {"g7221", StreamType::G7221, 16000, 16000},
-    {"g729a", StreamType::G729A, 8000, 8000},
-}};
-
 struct Options
 {
+    const Codec* codec = nullptr;
     QString input;
     QString output;
     StreamParameters stream;
@@ -113,9 +97,11 @@ const Codec* findCodec(const QCommandLineParser& parser, QString* error)
         *error = QStringLiteral("give either --codec or --stream-type");
         return nullptr;
     }
-    for (const Codec& codec : codecs) {
-        if (parser.value(codecOption) == QLatin1String(codec.name) ||
-            parser.value(typeOption) == QString::number(codec.streamType)) {
+    for (const Codec& codec : codecTable) {
+        const bool chosen = parser.isSet(codecOption)
+                                ? parser.value(codecOption) == QLatin1String(codec.name)
+                                : parser.value(typeOption) == QString::number(codec.streamType);
+        if (chosen && codec.createDecoder != nullptr) {
             return &codec;
         }
     }
@@ -139,7 +125,7 @@ std::optional<Options> readOptions(const QCommandLineParser& parser, QString* er
     constexpr std::uint32_t anyNumber = 0xFFFFFFFF;
     const auto rate = number(parser, QStringLiteral("rate"), 0, 1, maxRate, error);
     const auto channels = number(parser, QStringLiteral("channels"), 0, 1, maxChannels, error);
-    const auto bitRate = number(parser, QStringLiteral("bit-rate"), 32000, 0, anyNumber, error);
+    const auto bitRate = number(parser, QStringLiteral("bit-rate"), codec->bitRate, 0, anyNumber, error);
     const auto frames = number(parser, QStringLiteral("frames"), 1, 0, anyNumber, error);
     const QString packing = parser.value(QStringLiteral("packing"));
     if (!rate || !channels || !bitRate || !frames) {
@@ -151,6 +137,7 @@ std::optional<Options> readOptions(const QCommandLineParser& parser, QString* er
     }
 
     Options options;
+    options.codec = codec;
     options.input = parser.positionalArguments().at(0);
     options.output = parser.positionalArguments().at(1);
     options.raw = parser.isSet(QStringLiteral("raw"));
@@ -162,20 +149,16 @@ std::optional<Options> readOptions(const QCommandLineParser& parser, QString* er
         options.stream.bitRate = *bitRate;
         options.stream.packingMode = packing == QLatin1String("left") ? 1 : 0;
     }
-    options.outputRate = codec->fixedRate;
     return options;
 }
 
 /** Fills in what was left to the stream. */
 void completeOptions(Options& options, const PacketDump& dump)
 {
-    std::uint32_t rate = 8000; // Hz
-    std::uint8_t channels = 1;
-    for (const Codec& codec : codecs) {
-        rate = codec.streamType == options.stream.streamType ? static_cast<std::uint32_t>(codec.usualRate)
-                                                             : rate;
-    }
-    if (options.stream.streamType == StreamType::Aac && !dump.packets.empty()) {
+    const Codec& codec = *options.codec;
+    std::uint32_t rate = codec.rate;
+    std::uint8_t channels = codec.channels;
+    if (codec.streamType == StreamType::Aac && !dump.packets.empty()) {
         if (const auto header = AdtsHeader::parse(dump.packets.front())) {
             rate = header->sampleRate;
             channels = header->channels;
@@ -187,9 +170,8 @@ void completeOptions(Options& options, const PacketDump& dump)
     if (options.stream.channels == 0) {
         options.stream.channels = channels;
     }
-    const bool monoOnly = options.outputRate != 0;
-    options.outputRate = monoOnly ? options.outputRate : static_cast<int>(options.stream.sampleRate);
-    options.outputChannels = monoOnly ? 1 : options.stream.channels;
+    options.outputRate = static_cast<int>(codec.fixedFormat ? codec.rate : options.stream.sampleRate);
+    options.outputChannels = codec.fixedFormat ? codec.channels : options.stream.channels;
 }
 
 int decode(const Options& options, const PacketDump& dump)
@@ -242,7 +224,7 @@ int runDecodeCommand(const QStringList& arguments)
         return complain(WrongUsage, parser.errorText());
     }
     if (parser.isSet(QStringLiteral("help"))) {
-        std::fputs(help, stdout);
+        std::fputs(qUtf8Printable(QString::fromLatin1(help).arg(CodecNames::anyOf())), stdout);
         return AllDecoded;
     }
     if (parser.isSet(QStringLiteral("version"))) {

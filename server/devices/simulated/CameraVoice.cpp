@@ -54,7 +54,7 @@ CameraVoice::CameraVoice(const CameraVoiceConfig& config) : m_config(config)
     if (m_config.kind == CameraVoiceConfig::Silent) {
         return;
     }
-    m_encoder = TalkEncoder::create(m_config.codec);
+    m_encoder = TalkEncoder::create(*m_config.codec);
     if (m_encoder) {
         m_converter = std::make_unique<framesmith::PcmConverter>(framesmith::SampleFormat::S16, heardRate, 1,
                                                                  m_encoder->format().sampleRate);
@@ -135,7 +135,7 @@ void CameraVoice::speak(const std::vector<std::int16_t>& samples)
 
 bool CameraVoice::startRecording()
 {
-    m_recording = readRecordedStream(m_config.file, m_config.codec);
+    m_recording = readRecordedStream(m_config.file, *m_config.codec);
     if (m_recording.empty()) {
         return false;
     }
@@ -147,7 +147,7 @@ bool CameraVoice::startRecording()
 /** Sends the packets whose time has come, as if they had been made now. */
 void CameraVoice::speakRecording()
 {
-    const TalkFormat format = recordedFormat(m_config.codec);
+    const TalkFormat format(*m_config.codec);
     const auto due =
         static_cast<std::uint32_t>(m_clock.elapsed() * format.sampleRate / millisecondsPerSecond);
     while (m_recordingPosition < m_recording.size()) {

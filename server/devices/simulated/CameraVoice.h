@@ -3,6 +3,8 @@
 #include "audio/PcmConverter.h"
 #include "audio/TalkEncoder.h"
 #include "server/devices/simulated/RecordedStream.h"
+#include "src/decoders/CodecTable.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -24,7 +26,7 @@ struct CameraVoiceConfig
         File, ///< A sound file, once; of a codec without an encoder here, a packet dump.
     };
     Kind kind = Silent;
-    TalkCodec codec = TalkCodec::PcmMuLaw;
+    const Codec* codec = Codec::byType(StreamType::G711MuLaw);
     int echoDelay = 0; ///< ms
     QString file;
 };

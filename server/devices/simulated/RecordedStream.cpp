@@ -1,78 +1,67 @@
 #include "server/devices/simulated/RecordedStream.h"
 
 #include "audio/PacketDump.h"
+#include "src/decoders/CodecTable.h"
+#include "src/vocabulary/StreamType.h"
 
 #include <algorithm>
 
 namespace {
 
 constexpr int g7221FrameOf24000 = 60; // bytes
-constexpr int g7221FrameOf32000 = 80;
-constexpr int g7221Samples = 320;
-constexpr int g729SpeechFrame = 11; // with its type byte
-constexpr int g729SidFrame = 3;
-constexpr int g729Samples = 80;
-constexpr int g726SamplesPerByte = 2; // at 32 kbit/s
+constexpr int g729SidFrame = 3;       // bytes, with its type byte
 
-RecordedPacket makePacket(const QByteArray& bitstream, int frames, int samples)
-{
-    return {bitstream, static_cast<unsigned>(std::max(frames, 1)), static_cast<std::uint32_t>(samples)};
-}
-
-RecordedPacket describeG7221(const QByteArray& bitstream)
+/** Frames of one size, or of two for G.722.1. */
+int framesIn(const QByteArray& bitstream, const Codec& codec)
 {
     const int size = bitstream.size();
-    const int frames =
-        std::max(size % g7221FrameOf32000 == 0 ? size / g7221FrameOf32000 : size / g7221FrameOf24000, 1);
-    return makePacket(bitstream, frames, frames * g7221Samples);
+    int frameBytes = static_cast<int>(codec.frameBytes);
+    if (codec.streamType == StreamType::G7221 && size % frameBytes != 0) {
+        frameBytes = g7221FrameOf24000;
+    }
+    return frameBytes != 0 ? std::max(size / frameBytes, 1) : 1;
 }
 
-/** Each frame starts with a byte that tells its type, and so its length. */
-RecordedPacket describeG729A(const QByteArray& bitstream)
+/** Frames that each start with a byte that tells their type, and so their length. */
+int framesOfG729A(const QByteArray& bitstream, const Codec& codec)
 {
+    const auto speechFrame = static_cast<int>(codec.frameBytes);
     int frames = 0;
     for (int at = 0; at < bitstream.size(); ++frames) {
         const char type = bitstream[at];
-        at += type == 1 || type == 4 ? g729SpeechFrame : type == 2 || type == 5 ? g729SidFrame : 1;
+        at += type == 1 || type == 4 ? speechFrame : type == 2 || type == 5 ? g729SidFrame : 1;
     }
-    // The number that is told gives decoders their limit for one frame: a short one must not lower it.
-    return makePacket(bitstream, bitstream.size() / g729SpeechFrame, frames * g729Samples);
+    return frames;
 }
 
-RecordedPacket describe(const QByteArray& bitstream, TalkCodec codec)
+RecordedPacket describe(const QByteArray& bitstream, const Codec& codec)
 {
-    switch (codec) {
-    case TalkCodec::G7221:
-        return describeG7221(bitstream);
-    case TalkCodec::G729A:
-        return describeG729A(bitstream);
-    default:
-        return makePacket(bitstream, 1, bitstream.size() * g726SamplesPerByte);
+    RecordedPacket packet;
+    packet.bitstream = bitstream;
+    if (codec.frameSamples == 0) {
+        packet.samples =
+            static_cast<std::uint32_t>(std::int64_t{bitstream.size()} * 8 * codec.rate / codec.bitRate);
+        return packet;
     }
+    // The number that is told gives decoders their limit for one frame of G.729A: a short one must not lower
+    // it.
+    packet.frames = static_cast<unsigned>(framesIn(bitstream, codec));
+    const int sounding =
+        codec.streamType == StreamType::G729A ? framesOfG729A(bitstream, codec) : framesIn(bitstream, codec);
+    packet.samples = static_cast<std::uint32_t>(sounding) * codec.frameSamples;
+    return packet;
 }
 
 } // namespace
 
-TalkFormat recordedFormat(TalkCodec codec)
-{
-    switch (codec) {
-    case TalkCodec::G7221:
-        return {256, 16000, g7221Samples};
-    case TalkCodec::G729A:
-        return {512, 8000, g729Samples};
-    default:
-        return {32768, 8000, 0};
-    }
-}
-
-std::vector<RecordedPacket> readRecordedStream(const QString& path, TalkCodec codec)
+std::vector<RecordedPacket> readRecordedStream(const QString& path, const Codec& codec)
 {
     std::vector<RecordedPacket> stream;
     QString error;
     const auto dump = PacketDump::read(path, &error);
     if (dump) {
         std::transform(dump->packets.begin(), dump->packets.end(), std::back_inserter(stream),
-                       [codec](const QByteArray& packet) { return describe(packet, codec); });
+                       [&codec](const QByteArray& packet) { return describe(packet, codec); });
     }
     return stream;
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "audio/TalkEncoder.h"
-
 #include <QByteArray>
 #include <QString>
 
+#include <cstdint>
 #include <vector>
+
+struct Codec;
 
 /** A packet of a stream that was encoded elsewhere. */
 struct RecordedPacket
@@ -15,8 +16,5 @@ struct RecordedPacket
     std::uint32_t samples = 0; ///< What it sounds for.
 };
 
-/** How packets of a codec without an encoder here are described. @param codec G726, G7221 or G729A */
-TalkFormat recordedFormat(TalkCodec codec);
-
 /** Reads a packet dump; empty when there is nothing in it to be played. */
-std::vector<RecordedPacket> readRecordedStream(const QString& path, TalkCodec codec);
+std::vector<RecordedPacket> readRecordedStream(const QString& path, const Codec& codec);

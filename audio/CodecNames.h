@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QStringList>
+
+/** The names of the codecs that can be chosen, for messages, in the order of the codec table. */
+namespace CodecNames {
+
+/** Returns those that there is an encoder for. */
+QStringList encoded();
+
+/** Returns those without an encoder, of which a packet dump can be played. */
+QStringList recorded();
+
+/** Returns all in one phrase: "pcmu, pcma or aac". */
+QString anyOf();
+
+} // namespace CodecNames
