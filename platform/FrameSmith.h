@@ -1,7 +1,8 @@
 #pragma once
 
 /**
- * The closed capture and packet library, as this system calls it.
+ * @file
+ * The interface of the closed capture and packet library, as this system calls it.
  *
  * Every function returns a 32-bit code, 0 for success. The Delete and Release functions take the address of
  * the handle. Records and the order of their fields are a binary contract.
@@ -12,6 +13,10 @@
 #include <cstddef>
 #include <cstdint>
 
+/**
+ * @def FRAMESMITH_API
+ * Exports the functions from the library that defines them.
+ */
 #if defined(_WIN32) && defined(FRAMESMITH_LIBRARY)
 #define FRAMESMITH_API __declspec(dllexport)
 #elif !defined(_WIN32)
@@ -20,18 +25,19 @@
 #define FRAMESMITH_API
 #endif
 
+/** Names an object of the library: the library itself, a packet channel or a capture channel. */
 using FrameSmithHandle = void*;
 
 /** The version of the interface that FrameSmith_Initial is asked for. */
 constexpr std::uint32_t FrameSmithVersion = 0x5000302;
 
-/** Settings of FrameSmith_UpdateChannelSettings. */
-constexpr std::uint32_t FrameSmithSettingVolume = 1; ///< Value 0 to 100.
+/** The volume, as a setting of FrameSmith_UpdateChannelSettings; its value is 0 to 100. */
+constexpr std::uint32_t FrameSmithSettingVolume = 1;
 
-/** Options of FrameSmith_SetAudioCaptureChannelOption. */
-constexpr std::uint32_t FrameSmithOptionMute = 6; ///< Value 0 or 1.
+/** The mute switch, as an option of FrameSmith_SetAudioCaptureChannelOption; its value is 0 or 1. */
+constexpr std::uint32_t FrameSmithOptionMute = 6;
 
-/** What FrameSmith_CreateChannel is given. */
+/** Options of a packet channel, for FrameSmith_CreateChannel. */
 struct FrameSmithChannelOptions
 {
     std::uint32_t constant0;       ///< 7, a constant of the library's interface.
@@ -54,20 +60,20 @@ static_assert(offsetof(FrameSmithChannelOptions, samplesPerFrame) == 20);
  */
 using FrameSmithPacketCallback = std::uint32_t (*)(void* context, TMediaDataPacketInfo* packet, DWORD delay);
 
-/** What FrameSmith_CreateAudioCaptureChannel is given. */
+/** Options of a capture channel, for FrameSmith_CreateAudioCaptureChannel. */
 struct FrameSmithCaptureOptions
 {
-    std::uint32_t constant0;       ///< 0, a constant of the library's interface.
-    std::uint32_t streamType;      ///< Codec of the packets.
-    std::uint32_t sampleRate;      ///< Hz.
-    std::uint32_t channels;        ///< Channel count.
-    std::uint32_t constant16;      ///< 1, a constant of the library's interface.
-    std::uint32_t samplesPerFrame; ///< Samples of one packet.
-    std::uint32_t bitsPerSample;   ///< Bits of one sample before it is encoded.
-    std::uint32_t reserved28[3];   ///< 0.
-    void* context;                 ///< First argument of the callback.
-    void* reserved48;              ///< Null.
-    FrameSmithPacketCallback packetCallback;
+    std::uint32_t constant0;                 ///< 0, a constant of the library's interface.
+    std::uint32_t streamType;                ///< Codec of the packets.
+    std::uint32_t sampleRate;                ///< Hz.
+    std::uint32_t channels;                  ///< Channel count.
+    std::uint32_t constant16;                ///< 1, a constant of the library's interface.
+    std::uint32_t samplesPerFrame;           ///< Samples of one packet.
+    std::uint32_t bitsPerSample;             ///< Bits of one sample before it is encoded.
+    std::uint32_t reserved28[3];             ///< 0.
+    void* context;                           ///< First argument of the callback.
+    void* reserved48;                        ///< Null.
+    FrameSmithPacketCallback packetCallback; ///< Receives the packets.
 };
 
 static_assert(sizeof(FrameSmithCaptureOptions) == 64);
@@ -117,12 +123,12 @@ FRAMESMITH_API std::int32_t FrameSmith_SetAudioCaptureChannelOption(FrameSmithHa
                                                                     std::uint32_t reserved);
 
 /**
- * Makes one packet of a block of PCM.
+ * Makes one packet from a block of PCM.
  *
  * @param channel      a packet channel
  * @param pcm          16-bit samples
  * @param pcmSize      their size in bytes
- * @param bufferSize   room behind the record's Buffer in bytes
+ * @param bufferSize   size of the record's Buffer in bytes
  * @param reportedSize out: bytes of PCM that the packet carries
  * @param packet       the record to fill; the packet is written to its Buffer
  */

@@ -1,6 +1,9 @@
 #pragma once
 
-/** The media packet record that the capture library fills and that the playback path consumes. */
+/**
+ * @file
+ * The media packet record that the capture library fills and that the playback path consumes.
+ */
 
 #include <cstddef>
 #include <cstdint>
@@ -15,17 +18,18 @@
 #include <windows.h>
 #undef DeleteFile // a macro there, a word of the vocabulary here
 #else
+/** An unsigned 32-bit integer, under the name that Windows gives it. */
 using DWORD = std::uint32_t;
 #endif
 static_assert(sizeof(DWORD) == 4, "DWORD is an unsigned 32-bit integer everywhere");
 
 struct TMediaDataPacketInfo;
 
-/** How the holders of a reference-counted packet take and drop references. Both return 0. */
+/** Functions by which the holders of a reference-counted packet take and drop references. */
 struct MediaPacketRefOps
 {
-    std::int32_t (*addReference)(TMediaDataPacketInfo* packet);
-    std::int32_t (*release)(TMediaDataPacketInfo* packet);
+    std::int32_t (*addReference)(TMediaDataPacketInfo* packet); ///< Takes a reference; returns 0.
+    std::int32_t (*release)(TMediaDataPacketInfo* packet);      ///< Drops a reference; returns 0.
 };
 
 /**
@@ -54,9 +58,9 @@ struct TMediaDataPacketInfo
     std::uint8_t reserved144[80];    ///< 0.
     void* SelfRef;                   ///< If not null, points to offset 56 of the record itself.
     std::uint8_t* BitstreamRef;      ///< If not null, points into the packet.
-    std::uint32_t BitstreamRefBase;  ///< Distance of BitstreamRef in front of the header's end, bytes.
+    std::uint32_t BitstreamRefBase;  ///< Bytes from BitstreamRef to the header's end.
     std::uint32_t reserved244;       ///< 0.
-    std::uint8_t ItemCount;          ///< 32-byte side items.
+    std::uint8_t ItemCount;          ///< Number of 32-byte side items.
     std::uint8_t reserved249[7];     ///< 0.
     std::uint8_t* Items;             ///< The side items.
 };

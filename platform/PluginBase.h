@@ -19,7 +19,7 @@ class PluginBase : public QObject
 {
 public:
     /**
-     * Hands the plug-in what it works with, then initialises it.
+     * Stores what the plug-in works with, then calls Init.
      *
      * @param context      passed on to Init
      * @param pluginHandle first argument of every FrameworkWrapperBase::SendCommand
@@ -55,16 +55,19 @@ public:
     /** Builds the plug-in's objects; called by InitialPluginBase. */
     virtual bool Init(QQmlContext* context) = 0;
 
-    // The three hooks only keep the host's table of operations in order.
+    /** Keeps a place in the host's table of operations; does nothing. */
     virtual void reservedHookA() {}
+    /** Keeps a place in the host's table of operations; does nothing. */
     virtual void reservedHookB() {}
 
     /** Called each time the connection to the server comes up. */
     virtual void PluginServerConnected() {}
 
+    /** Keeps a place in the host's table of operations; does nothing. */
     virtual void reservedHookC() {}
 
 protected:
+    /** @param parent the owner, or null */
     explicit PluginBase(QObject* parent = nullptr) : QObject(parent) {}
 
     void* m_basePrivate = nullptr;               ///< The host's own; not touched by the plug-in.
@@ -74,5 +77,6 @@ protected:
     FrameworkWrapperBase* m_framework = nullptr; ///< Command channel; not owned.
 };
 
+/** The identifier of the host's plug-in interface. */
 #define PLUGINBASE_IID "com.QUARNEL.UIFramework.PluginInterface"
 Q_DECLARE_INTERFACE(PluginBase, PLUGINBASE_IID)

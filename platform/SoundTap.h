@@ -3,6 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
+/**
+ * @def SOUNDTAP_API
+ * Exports the function from the library that defines it.
+ */
 #if defined(_WIN32) && defined(SOUNDTAP_LIBRARY)
 #define SOUNDTAP_API __declspec(dllexport)
 #elif !defined(_WIN32)
@@ -11,7 +15,7 @@
 #define SOUNDTAP_API
 #endif
 
-/** What SoundTap_GetWAVInfo is asked with and answers in; the caller clears all but the path. */
+/** The argument and the result of SoundTap_GetWAVInfo; the caller clears all but the path. */
 struct SoundTapWavInfo
 {
     const char* path;         ///< In: the file's name in the local 8-bit encoding.

@@ -4,23 +4,23 @@
 #include <cstddef>
 
 /**
- * The closed logging library, loaded by its name at run time.
+ * The log object of the closed logging library, which is loaded by its name at run time.
  *
- * It exports one function, which hands out its log object: a record owned by the library whose entries
- * stand at fixed offsets.
+ * The library exports one function, which returns this record. The library owns it; its entries are at fixed
+ * offsets.
  */
 struct LogObject
 {
-    unsigned char reserved0[24];
+    unsigned char reserved0[24]; ///< Not used.
 
     void* context; ///< First argument of every entry below.
 
-    unsigned char reserved32[40];
+    unsigned char reserved32[40]; ///< Not used.
 
     /** Registers a module under @p moduleName and writes its number to @p moduleIdOut. */
     int (*registerModule)(void* context, int kind, const char* moduleName, int* moduleIdOut);
 
-    unsigned char reserved80[32];
+    unsigned char reserved80[32]; ///< Not used.
 
     /** Returns 0 when a message is to be printed. @p selector is the module number << 8 | level. */
     int (*checkLevel)(void* context, unsigned selector, int reserved, const char* file, int line);

@@ -27,6 +27,11 @@ test_packages=(
     "${sound_packages[@]}" pulseaudio-utils
 )
 
+# What makes and checks the reference.
+docs_packages=(
+    doxygen python3
+)
+
 # A linker that is quick, for tests/mutants/run.py.
 mutants_packages=(
     lld
