@@ -4,7 +4,7 @@
 
 namespace {
 
-// The speakers' model tells its fields by role names; these numbers are theirs.
+// Roles of the model of speakers. They count from Qt::UserRole + 1; their names are not looked up here.
 enum SpeakerRole
 {
     SpeakerId = Qt::UserRole + 1,

@@ -14,9 +14,11 @@
  *   Login   user, password or token         -->
  *                                           <--    Welcome, or Refused with a text and the end
  *   Command id, name, payload               -->
- *                                           <--    Reply id, name, payload, code, text (more than one id may
- * come)
- *                                           <--    Event name, payload
+ *                                           <--    Reply   id, name, payload, code, text
+ *                                           <--    Event   name, payload
+ *
+ * The first reply to a command carries the command's id. Further ones, such as the progress of a playback,
+ * carry 0.
  */
 struct WireMessage
 {

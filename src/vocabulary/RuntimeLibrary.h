@@ -1,7 +1,8 @@
 #pragma once
 
 /**
- * Loading a library by its name at run time: the one place of the plug-in that depends on the platform.
+ * Loading a library by its name at run time. No other source of the plug-in has code of its own for each
+ * platform; the headers of the contract, in platform/, also differ in the type DWORD and in export macros.
  */
 namespace RuntimeLibrary {
 
@@ -11,7 +12,7 @@ void* load(const char* name);
 /** Finds an exported function; null on failure. */
 void* resolve(void* library, const char* symbol);
 
-/** Lets go of a loaded library. */
+/** Unloads a library that load returned. */
 void unload(void* library);
 
 /** The file name of the library with this base name, as the platform spells it. */
