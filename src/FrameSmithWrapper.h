@@ -18,7 +18,7 @@ struct WaveReaderState;
  *
  *   microphone --> library's thread --> StaticPacketCallback --> audioCaptured --> (queued) plug-in's thread
  *
- * All operations run on the thread of the plug-in, but for StaticPacketCallback. Captured packets are G.711
+ * All operations but StaticPacketCallback run on the plug-in's thread. Captured packets are G.711
  * mu-law at 8000 Hz mono, 640 samples each. Failures end in a false result and in the log.
  */
 class VOICEDESK_EXPORT FrameSmithWrapper : public QObject
@@ -31,17 +31,16 @@ public:
 
     // The order of the virtual operations is part of the class's interface.
 
-    /** Makes the next ParseWaveToPacket start at the file's first sample. */
+    /** Makes the next call of ParseWaveToPacket start at the file's first sample. */
     virtual void Reset();
 
-    /** Whether capture runs. */
+    /** Returns whether capture runs. */
     virtual bool AudioCapturing();
 
-    /** Starts the microphone with the stored volume and mute. True when capture runs, also if it ran before.
-     */
+    /** Starts the microphone with the stored volume and mute. Returns whether capture runs now. */
     virtual bool StartAudioCapture();
 
-    /** Stops the microphone; nothing happens when it does not run. */
+    /** Stops the microphone; does nothing when it does not run. */
     virtual void StopAudioCapture();
 
     /** Stores the volume, 0 to 100, and applies it to a running capture. Not limited here. */
@@ -51,7 +50,7 @@ public:
     virtual void SetMicMute(bool mute);
 
     /**
-     * Cuts the next 640 samples of a WAV file of 16-bit samples into a packet. The file repeats for ever.
+     * Makes a packet of the next 640 samples of a WAV file of 16-bit samples. The file repeats without end.
      *
      * @param packet record to fill; its Buffer is replaced by a block from malloc that the caller frees
      * @param path   the file; opened and closed in each call
@@ -60,7 +59,7 @@ public:
     virtual DWORD ParseWaveToPacket(TMediaDataPacketInfo* packet, const QString& path);
 
 Q_SIGNALS:
-    /** One captured packet, header included, with its stream type. Emitted on a thread of the library. */
+    /** Emitted for each captured packet, header included, on a thread of the library. */
     void audioCaptured(DWORD type, QByteArray dataBuffer);
 
 private:

@@ -1,6 +1,7 @@
 #pragma once
 
 /**
+ * @file
  * The reference-counted media packet: one allocation that holds everything the packet refers to.
  *
  *   | count, size | record, 264 | extra block | header | bitstream | 32 zero bytes | side items |
@@ -20,9 +21,12 @@ struct _TMediaDataPacketInfoV3 : TMediaDataPacketInfo // NOLINT(bugprone-reserve
 };
 static_assert(sizeof(_TMediaDataPacketInfoV3) == 264);
 
+/** Holds one reference to a packet. */
 using MediaPacketPtr = boost::intrusive_ptr<_TMediaDataPacketInfoV3>;
 
+/** Takes a reference; called by MediaPacketPtr. */
 void intrusive_ptr_add_ref(_TMediaDataPacketInfoV3* packet);
+/** Drops a reference and frees the packet with the last one; called by MediaPacketPtr. */
 void intrusive_ptr_release(_TMediaDataPacketInfoV3* packet);
 
 /**

@@ -6,37 +6,41 @@
 #include <memory>
 
 /**
- * The heap blocks that travel with commands as their user data and come back with the replies. There is one
- * register of them in the process, which knows the kind of each block: what a reply brings back is read only
- * as what it was sent as. A block lives until its reply, also when the plug-in's object has been destroyed in
- * the meantime and another one gets the reply. What no reply brings back stays, reachable, to the end of the
- * process: one block for each such request of a user.
+ * The heap blocks that are sent with commands as their user data and come back with the replies. One register
+ * of the process knows the kind of each block, so that a block is read only as the kind that it was sent as.
+ * A block lives until its reply, also when the plug-in's object is destroyed first and another one gets the
+ * reply. A block without a reply stays in the register for as long as the library is loaded.
  *
- * Only used on the plug-in's thread; there is no lock.
+ * Used on the plug-in's thread only; there is no lock.
  */
 namespace PendingBlocks {
 
-/** What becomes of a block that is not in the register, and so is the host's own. */
+/** Treatment of a block that is not in the register and so belongs to the host. */
 enum class Unknown
 {
-    Adopt, ///< It is taken to be of the wanted kind, as the contract with the host has it, and freed.
-    Leave,
+    Adopt, ///< Takes it as a block of the wanted kind, as the contract with the host says; it is then freed.
+    Leave, ///< Leaves it to the host.
 };
 
-/** Keeps a block whose command is about to be sent; its reply may come from inside the sending. */
+/** Stores a block whose command is about to be sent; the reply may come from inside the sending. */
 int* add(std::unique_ptr<int> block);
+/** The same for a text. */
 QString* add(std::unique_ptr<QString> block);
 
-/** Frees a block whose command was not accepted, unless a reply has taken it all the same. */
+/** Frees a block whose command was not accepted, unless a reply has taken it. */
 void discard(int* block);
+/** The same for a text. */
 void discard(QString* block);
 
-/** The block of a reply if it is of this kind. Null for a null pointer and for a block of the other kind,
- * which stays in the register. */
+/**
+ * Takes the block of a reply out of the register if it is a number. Returns null for a null pointer and for a
+ * block of the other kind, which stays in the register.
+ */
 std::unique_ptr<int> takeNumber(void* userData, Unknown unknown);
+/** The same for a text. */
 std::unique_ptr<QString> takeText(void* userData, Unknown unknown);
 
-/** How many blocks wait for their replies. */
+/** Returns the number of blocks without a reply. */
 std::size_t count();
 
 } // namespace PendingBlocks

@@ -25,13 +25,20 @@ class RowsById;
  *   microphone -- audioCaptured --> handleAudioCapture -- TalkData --> server
  *   server -- AudioReceived --> handleAudioReceived --> AudioRenderer --> loudspeaker
  *
- * Requests stand in PluginVoiceDesk_Reqs.cpp; the talk, devices, files, groups and schedules each have a file
- * PluginVoiceDesk_*.cpp of their own for what comes back. A request
- * checks nothing and changes nothing locally: a true result says only that the host accepted the command.
- * Handlers change state on the return code "0" alone, and answer with a signal.
+ * Requests are in PluginVoiceDesk_Reqs.cpp; replies and events of the talk, devices, files, groups and
+ * schedules are in a file PluginVoiceDesk_*.cpp each. A request does not check its arguments and does not
+ * change the models. Its result true says only that the host accepted the command. It is false when the host
+ * refused the command or when there is no host. There are no time-outs and no retries: a command that the
+ * server never answers has no response signal.
  *
- * Everything runs on the thread that created the object; no field is locked. The order of the signals, the
- * slot, the invokables and the properties is that of the meta-object, which callers may index: append only.
+ * Reply handlers change the models on the return code "0" alone and emit a response signal, in which
+ * `success` is whether the code was "0" and `returnCode` is the code as the server sent it. The one exception
+ * is the reply with a full list of devices, groups or schedules, which clears its model first, whatever the
+ * code. Rows are found by findRowById, so an id may find the row of an id that begins with it.
+ *
+ * Everything runs on the thread that created the object: invokables and the entry points of the host must be
+ * called there, and all signals are emitted there. No field is locked. The order of the signals, the slot,
+ * the invokables and the properties is that of the meta-object, which callers may index: append only.
  */
 class VOICEDESK_EXPORT PluginVoiceDesk : public PluginBase
 {
@@ -39,15 +46,25 @@ class VOICEDESK_EXPORT PluginVoiceDesk : public PluginBase
     Q_PLUGIN_METADATA(IID PLUGINBASE_IID FILE "VoiceDesk.json")
     Q_INTERFACES(PluginBase)
 
-    /** Whether a microphone is present. Watched once a second on Windows; false elsewhere. */
+    /**
+     * Whether a microphone is present. Polled once a second on Windows, and false until the first poll;
+     * always false on other systems.
+     */
     Q_PROPERTY(bool audioInDevAvailable READ audioInDevAvailable NOTIFY audioInDevAvailableChanged)
-    /** Whether at least one talk target is open. */
+    /** Whether a talk is open: true from the first successful reply on, false when the talk is ended. */
     Q_PROPERTY(bool talking READ talking NOTIFY talkingChanged)
-    /** The audio files on the server. */
+    /**
+     * The audio files on the server, a QVariantMap each: "audioID" (int), "audioLength" (int, ms),
+     * "audioName" (QString) and "audioStatus" (int), as the server sent them. An upload that the server has
+     * not answered is an entry with a negative id, "audioStatus" 1 and a "guid" (QString). "audioStatus" 4 or
+     * 5 there says that the server refused the file: 4 if this machine has a sound output, 5 if it has none.
+     */
     Q_PROPERTY(QVariantList audioFileList READ audioFileList NOTIFY audioFileListChanged)
 
 public:
     PluginVoiceDesk();
+
+    /** Sends StopTalk for each open target. Emits nothing. */
     ~PluginVoiceDesk() override;
 
     // What the host calls; see PluginBase.
@@ -67,11 +84,18 @@ public:
     void ErrorProcessor(QString command, void* userData, QString errorCode);
 
     // Not inline, so that the library exports them.
+    /** Returns the property audioInDevAvailable. */
     bool audioInDevAvailable() const;
+    /** Returns the property talking. */
     bool talking() const;
+    /** Returns a copy of the property audioFileList. */
     QVariantList audioFileList() const;
 
-    /** A copy of the open talk targets, one QVariantMap each, in the order of the replies. */
+    /**
+     * Returns a copy of the open talk targets, a QVariantMap each, in the order of the replies: "camId",
+     * "talkToken" and "relayPath" (QString) for a camera, "deviceID" (int) and "talkToken" (QString) for an
+     * IP audio device.
+     */
     QList<QVariant> getTalkTargetList() const;
 
     /** Swaps the open talk targets with @p targets; `talking` stays as it is. */
@@ -81,8 +105,9 @@ public:
     void setFrameSmithWrapper(const QSharedPointer<FrameSmithWrapper>& wrapper);
 
     /**
-     * Duration of a sound file as the media back end tells it, in ms; 0 when it does not within 5 seconds.
-     * Serves other events while it waits.
+     * Returns the duration of a sound file as the media back end reports it, in ms. Blocks for up to 5
+     * seconds, and serves other events of the thread in that time. Returns 0 for a file that does not exist,
+     * and when the back end knows no duration by then.
      */
     int getMediaDuration(const QString& path);
 
@@ -90,74 +115,260 @@ public:
     void tst_setTalking(bool talking);
 
 Q_SIGNALS:
+    /** Emitted when a poll found that the microphone has come or gone. If it has gone, the talk has ended. */
     void audioInDevAvailableChanged();
+    /** Emitted when the property talking has changed, before the response signal of the same reply. */
     void talkingChanged();
+    /** Emitted when the property audioFileList has changed, and by each deleteAudioFile of a negative id. */
     void audioFileListChanged();
+    /** Emitted when the reply to StartTalk came. Not emitted when startTalk returned without sending. */
     void startTalkResponse(bool success);
+    /**
+     * Emitted when the reply to StartTalkToIPAudio came, and from inside startTalkToIPAudio when the device
+     * was in the talk already.
+     *
+     * @param success    whether the device is in the talk
+     * @param returnCode not the return code: the reply's text "error" if the server accepted the command and
+     *                   the device could not be reached, empty in all other cases
+     * @param ipAudioId  the id that was asked for
+     */
     void startTalkToIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    /** Emitted when a row of the device model was added, changed or removed, and after each full list. */
     void ipAudioModelChanged();
+    /** Emitted when the reply to AddIPAudio came; @p ipAudioId is the new id, 0 if the reply has none. */
     void addIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    /** Emitted when the reply to UpdateIPAudio came; @p ipAudioId is the reply's id, 0 if it has none. */
     void updateIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    /** Emitted when the reply to DeleteIPAudio came; @p ipAudioId is the reply's id, 0 if it has none. */
     void deleteIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    /** Emitted when the server reported the loss of an open target, after the whole talk was ended. */
     void talkDisconnected();
+    /**
+     * Emitted for each reply to PlayAudio or PlayGroupAudio; one command may have several.
+     *
+     * @param success   whether the return code is "0"
+     * @param progress  as the server sent it; 0 if the reply has none
+     * @param errorCode the reply's error text; may be empty
+     * @param ipAudioId the device's id on a failure, 0 on a success
+     */
     void playAudioResponse(bool success, int progress, const QString& errorCode, int ipAudioId);
+    /** Emitted when StopCurrentAudio or StopCurrentGroupAudio succeeded. A failure has no signal. */
     void stopCurrentAudioResponse();
+    /**
+     * Emitted when the event PlayAudioFailed came: a playback failed after it was started. All texts are as
+     * the server sent them, empty where the event has none.
+     *
+     * @param ipAudioName   the device's name
+     * @param audioFileName the file's name
+     * @param errorCode     the error text
+     * @param alarmName     the name of the alarm that started the playback
+     */
     void playAudioError(const QString& ipAudioName, const QString& audioFileName, const QString& errorCode,
                         const QString& alarmName);
+    /** Emitted when the reply to AddNetworkAudioGroup came; @p groupId is the new id, 0 if the reply has
+     * none. */
     void addNetworkAudioGroupResponse(bool success, const QString& returnCode, int groupId);
+    /** Emitted when the reply to UpdateNetworkAudioGroup came; @p groupId is the reply's, 0 without one. */
     void updateNetworkAudioGroupResponse(bool success, const QString& returnCode, int groupId);
+    /** Emitted when the reply to DeleteNetworkAudioGroup came; @p groupId is the reply's, 0 without one. */
     void deleteNetworkAudioGroupResponse(bool success, const QString& returnCode, int groupId);
+    /** Emitted when the reply to AddNetworkAudioSchedule came; @p scheduleId is the new id, 0 without one. */
     void addNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
+    /** Emitted when the reply to UpdateNetworkAudioSchedule came; @p scheduleId is the reply's, 0 without
+     * one. */
     void updateNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
+    /** Emitted when the reply to DeleteNetworkAudioSchedule came; @p scheduleId is the reply's, 0 without
+     * one. */
     void deleteNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
 
 protected Q_SLOTS:
+    /**
+     * Sends a captured packet to all open targets as one TalkData: "targets" (QString, a "<Dest>" element for
+     * each), "sequence" (quint32, from 1) and "talkData" (QString, the packet in Base64). Drops the packet
+     * when no target is open or when the type is not G.711 mu-law. A packet that the host refuses is lost;
+     * its number is not used again.
+     *
+     * @param type       a value of StreamType
+     * @param dataBuffer the packet, header included
+     */
     void handleAudioCapture(DWORD type, QByteArray dataBuffer);
 
 public:
-    /** Microphone level, limited to 0 to 100; kept for the next capture. */
+    /** Sets the microphone's level, limited to 0 to 100; kept for the next capture. */
     Q_INVOKABLE void setMicVolume(int volume);
-    /** Microphone mute; kept for the next capture. */
+    /** Mutes or unmutes the microphone; kept for the next capture. */
     Q_INVOKABLE void setMicMute(bool mute);
-    /** Starts the microphone and asks the server for a talk to a camera. */
+    /**
+     * Starts the microphone and sends StartTalk: a map of "camId" and "relayPath" (QString).
+     * startTalkResponse follows. While `talking` is true, nothing is sent and no signal follows.
+     *
+     * @return true when the command was sent or a talk is open; false when the microphone does not start or
+     * the host refuses. The microphone keeps running after a refusal of the host.
+     */
     Q_INVOKABLE bool startTalk(const QString& camId, const QString& relayPath);
-    /** Asks the server for a talk to an IP audio device; the caller starts the microphone itself. */
+    /**
+     * Sends StartTalkToIPAudio: the id as an int. startTalkToIPAudioResponse follows, from inside the call if
+     * the device is in the talk already. The numbers of the talk packets start again at 1. Does not start the
+     * microphone: the caller calls startAudioCapture. A return code other than "0" stops it, also for other
+     * targets.
+     */
     Q_INVOKABLE bool startTalkToIPAudio(int ipAudioId);
-    /** Ends the whole talk, all targets included. Always true. */
+    /**
+     * Stops the microphone, sends StopTalk for each open target (a map of "talkToken" and "relayPath") and
+     * removes all targets. Does nothing while `talking` is false, so it does not end a talk whose StartTalk
+     * has no reply yet.
+     *
+     * @return always true
+     */
     Q_INVOKABLE bool stopTalk();
-    /** Asks the server to close the talk to one IP audio device. */
+    /**
+     * Sends StopTalkToIPAudio: the id as an int. A reply "0" removes all targets, not only this one, and sets
+     * `talking` to false. The microphone keeps running. A failure has no signal.
+     */
     Q_INVOKABLE bool stopTalkToIPAudio(int ipAudioId);
+    /**
+     * Sends AddIPAudio: a map of "deviceName", "ip", "username", "password" (QString), "port" (int) and
+     * "bindingCameraList" (QString, the ids joined with "|"). addIPAudioResponse follows.
+     *
+     * @param deviceName        the name to display
+     * @param ip                the device's address
+     * @param port              the device's port
+     * @param username          login on the device; may be empty
+     * @param password          password on the device, in clear text
+     * @param bindingCameraList ids of the cameras that the device belongs to
+     */
     Q_INVOKABLE bool addIPAudio(const QString& deviceName, const QString& ip, int port,
                                 const QString& username, const QString& password,
                                 const QStringList& bindingCameraList);
+    /**
+     * Sends UpdateIPAudio: the map of addIPAudio with "deviceID" (int). All fields are replaced.
+     * updateIPAudioResponse follows, also with success for an id that the model does not have.
+     */
     Q_INVOKABLE bool updateIPAudio(int ipAudioId, const QString& deviceName, const QString& ip, int port,
                                    const QString& username, const QString& password,
                                    const QStringList& bindingCameraList);
-    /** Starts the microphone. */
+    /** Starts the microphone. Returns true when it runs, also if it ran before. */
     Q_INVOKABLE bool startAudioCapture();
     /** Stops the microphone. */
     Q_INVOKABLE void stopAudioCapture();
+    /**
+     * Sends DeleteIPAudio: the id as an int. deleteIPAudioResponse follows. Groups and schedules keep the id
+     * until they are fetched again.
+     */
     Q_INVOKABLE bool deleteIPAudio(int ipAudioId);
-    /** Asks the server for the list of IP audio devices. */
+    /**
+     * Sends RetrieveIPAudioModel without a payload. The reply replaces all rows of the device model;
+     * ipAudioModelChanged follows. A failed reply leaves the model empty.
+     */
     Q_INVOKABLE void retrieveIPAudioModel();
+    /**
+     * Makes a proxy of the device model, with the roles of IPAudioRole, sorted by name. A filter text set on
+     * it is compared with the names, in either case.
+     *
+     * @param parent owns the proxy; without one the caller does
+     * @return a new QSortFilterProxyModel at each call
+     */
     Q_INVOKABLE QObject* getIPAudioModel(QObject* parent) const;
+    /**
+     * Makes a proxy of the group model, with the roles of NetworkAudioGroupRole, sorted by name.
+     *
+     * @param parent owns the proxy; without one the caller does
+     * @return a new NetworkAudioGroupTreeSortFilterModel at each call
+     */
     Q_INVOKABLE QObject* getNetworkAudioGroupModel(QObject* parent) const;
+    /**
+     * Makes a proxy of the schedule model, with the roles of NetworkAudioScheduleRole, sorted by name.
+     *
+     * @param parent owns the proxy; without one the caller does
+     * @return a new QSortFilterProxyModel at each call
+     */
     Q_INVOKABLE QObject* getNetworkAudioScheduleModel(QObject* parent) const;
+    /**
+     * Sends PlayAudio: a map of "ipAudioId", "audioFileId" and "ipAudioStatus" (int, always 1).
+     * playAudioResponse follows each reply. A command that the host refuses is not reported.
+     */
     Q_INVOKABLE void playAudio(int ipAudioId, int audioFileId);
+    /**
+     * Sends PlayGroupAudio: a map of "groupID" and "audioFileId" (int). playAudioResponse follows each reply.
+     * A command that the host refuses is not reported.
+     */
     Q_INVOKABLE void playGroupAudio(int networkAudioGroupId, int audioFileId);
+    /** Sends StopCurrentAudio: the id as an int. stopCurrentAudioResponse follows if it succeeds. */
     Q_INVOKABLE void stopCurrentAudio(int ipAudioId);
+    /** Sends StopCurrentGroupAudio: the id as an int. stopCurrentAudioResponse follows if it succeeds. */
     Q_INVOKABLE void stopCurrentGroupAudio(int networkAudioGroupId);
+    /**
+     * Sends UploadFile: a map of "content" (QByteArray, the whole file in Base64), "filename" (QString) and
+     * "length" (int, ms; 0 if not known). Adds an entry with a negative id to audioFileList. The reply "0"
+     * replaces the list; the reply "-2" changes "audioStatus" of the entry; other codes leave it.
+     *
+     * Blocks for up to 5 seconds for the file's duration and serves other events of the thread in that time.
+     * The size of the file is not limited; the file and its Base64 text are in memory at once.
+     *
+     * @param fileUrl a local file
+     * @return false when the file does not open, the host refuses, or the plug-in was destroyed during the
+     * wait; audioFileList is then unchanged
+     */
     Q_INVOKABLE bool uploadFile(const QUrl& fileUrl);
+    /**
+     * Sends DeleteFile: the id as an int. The reply "0" replaces audioFileList; other codes leave it. For a
+     * negative id nothing is sent: the entry of an upload is removed from the list at once.
+     */
     Q_INVOKABLE void deleteAudioFile(int audioID);
+    /**
+     * Looks for a device that is bound to a camera; sends nothing.
+     *
+     * @param nodeId the camera's id; case matters
+     * @return "id" (int) and "name" (QString) of the first such device in the model; empty without one
+     */
     Q_INVOKABLE QVariantMap queryBindingIPAudio(const QString& nodeId);
+    /**
+     * Sends GetNetworkAudioGroup without a payload. The reply replaces all rows of the group model; it has no
+     * signal. A failed reply leaves the model empty. The plug-in does not call this by itself. The names of a
+     * group's devices are those of the device model at the time of the reply.
+     */
     Q_INVOKABLE void getNetworkAudioGroup();
+    /**
+     * Sends AddNetworkAudioGroup: a map of "groupName" and "networkAudioIDList" (QString, the ids joined with
+     * ","). addNetworkAudioGroupResponse follows.
+     *
+     * @param groupName          the name to display
+     * @param networkAudioIDList a list of device ids, as ints or texts
+     */
     Q_INVOKABLE bool addNetworkAudioGroup(const QString& groupName, const QVariant& networkAudioIDList);
+    /**
+     * Sends UpdateNetworkAudioGroup: the map of addNetworkAudioGroup with "groupID" (int). All fields are
+     * replaced. updateNetworkAudioGroupResponse follows.
+     */
     Q_INVOKABLE bool updateNetworkAudioGroup(int id, const QString& groupName,
                                              const QVariant& networkAudioIDList);
+    /**
+     * Sends DeleteNetworkAudioGroup: the id as an int. deleteNetworkAudioGroupResponse follows. Schedules
+     * keep the id until they are fetched again.
+     */
     Q_INVOKABLE bool deleteNetworkAudioGroup(int id);
+    /**
+     * Sends AddNetworkAudioSchedule: @p schedule with "groupIDList" and "networkAudioIDList" as texts, the
+     * ids joined with ",". All other keys go to the server as they are. addNetworkAudioScheduleResponse
+     * follows.
+     *
+     * @param schedule "enableSchedule", "scheduleName", "scheduleStartTime", "scheduleType",
+     * "scheduleSettings", "enableScheduleEndTime", "scheduleEndTime", "audioID" in the server's format, and
+     * the two lists of ids, as ints or texts
+     */
     Q_INVOKABLE bool addNetworkAudioSchedule(const QVariantMap& schedule);
+    /**
+     * Sends UpdateNetworkAudioSchedule: the map of addNetworkAudioSchedule with "scheduleID" (int), which
+     * replaces one in @p schedule. The reply replaces all fields of the row: a key that it lacks empties its
+     * role. updateNetworkAudioScheduleResponse follows.
+     */
     Q_INVOKABLE bool updateNetworkAudioSchedule(int id, const QVariantMap& schedule);
+    /** Sends DeleteNetworkAudioSchedule: the id as an int. deleteNetworkAudioScheduleResponse follows. */
     Q_INVOKABLE bool deleteNetworkAudioSchedule(int id);
+    /**
+     * Sends GetNetworkAudioSchedule without a payload. The reply replaces all rows of the schedule model; it
+     * has no signal. A failed reply leaves the model empty. The plug-in does not call this by itself.
+     */
     Q_INVOKABLE void getNetworkAudioSchedule();
 
 private:

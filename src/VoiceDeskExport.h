@@ -2,7 +2,10 @@
 
 #include <QtGlobal>
 
-/** Marks the classes whose members the library exports. */
+/**
+ * @def VOICEDESK_EXPORT
+ * Marks the classes whose members the library exports.
+ */
 #ifdef VOICEDESK_LIBRARY
 #define VOICEDESK_EXPORT Q_DECL_EXPORT
 #else

@@ -6,8 +6,8 @@
 class QAbstractItemModel;
 
 /**
- * findRowById for many ids: reads the model's ids once, at the first look-up and again after a change of the
- * model, and gives the same row for every id.
+ * The lookup of findRowById for many ids. Reads the ids of the model at the first lookup and again after a
+ * change of the model, and returns the row that findRowById returns.
  */
 class RowsById
 {
@@ -15,7 +15,7 @@ public:
     /** @param model outlives the object */
     explicit RowsById(const QAbstractItemModel* model);
 
-    /** The row that findRowById finds; -1 when it finds none. */
+    /** Returns the row that findRowById finds; -1 when it finds none. */
     int find(int id);
 
 private:

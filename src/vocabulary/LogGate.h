@@ -1,6 +1,7 @@
 #pragma once
 
 /**
+ * @file
  * The log: a gate in front of the closed logging library, and the trace of entry points.
  *
  *   VOICEDESK_LOG_ERROR ---.
@@ -21,16 +22,17 @@ extern LogObject* g_logObject;
 /** The module number that the library gave us; 0 when it gave none. */
 extern int g_logModuleId;
 
+/** Severity of a message. */
 enum class LogLevel : unsigned
 {
-    Error = 2, ///< "%s, " plus a text, the qualified function name first.
-    Trace = 5, ///< "%s, Enter" and "%s, Leave".
+    Error = 2, ///< Format "%s, " plus a text, the qualified function name first.
+    Trace = 5, ///< Formats "%s, Enter" and "%s, Leave".
 };
 
-/** Passes a message to the library as it stands; formatting happens there. */
+/** Passes a message to the library, which formats it. */
 void LogPrintf(const char* format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
 
-/** Whether a message of this level, from this place, is to be printed. */
+/** Returns whether a message of this level, from this place, is to be printed. */
 bool LogGateOpen(LogLevel level, const char* file, int line);
 
 /** Logs an error; the format's first argument is the qualified function name. */
@@ -45,6 +47,7 @@ bool LogGateOpen(LogLevel level, const char* file, int line);
 class TraceScope
 {
 public:
+    /** @param function the qualified function name; not copied, as @p file is not */
     TraceScope(const char* file, const char* function, int line);
     ~TraceScope();
     TraceScope(const TraceScope&) = delete;
@@ -55,4 +58,5 @@ private:
     const char* m_function;
 };
 
+/** Traces the rest of the block that it is in, under a function's name. */
 #define VOICEDESK_TRACE(function) const TraceScope traceScope(__FILE__, function, __LINE__)

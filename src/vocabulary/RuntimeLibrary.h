@@ -15,7 +15,10 @@ void* resolve(void* library, const char* symbol);
 /** Unloads a library that load returned. */
 void unload(void* library);
 
-/** The file name of the library with this base name, as the platform spells it. */
+/**
+ * @def RUNTIME_LIBRARY_NAME
+ * The file name of the library with this base name on this platform.
+ */
 #ifdef _WIN32
 #define RUNTIME_LIBRARY_NAME(baseName) baseName ".dll"
 #else

@@ -1,18 +1,21 @@
 #pragma once
 
-/**
- * The language between plug-in and recording server: record keys, event names and command names.
- *
- * The words are compared by exact equality, letter by letter; "ipAudioId", "deviceID", "groupID" and
- * "audioID" keep their differing case. Words that nothing in the plug-in touches belong to the protocol all
- * the same and stay.
- */
-
 #include <QString>
 
+/**
+ * The words between plug-in and recording server: record keys, event names and command names.
+ *
+ * The words are compared by exact equality, letter by letter; "ipAudioId", "deviceID", "groupID" and
+ * "audioID" keep their differing case. Words that the plug-in does not use belong to the protocol as well and
+ * stay.
+ */
 namespace Vocabulary {
 
-// Keys of records and payloads.
+/**
+ * @name Keys
+ * @{
+ */
+/** A key of records and payloads. */
 inline const QString alarmName = QStringLiteral("alarmName");
 inline const QString audioFileId = QStringLiteral("audioFileId");
 inline const QString audioID = QStringLiteral("audioID");
@@ -49,24 +52,39 @@ inline const QString error = QStringLiteral("error");
 inline const QString targets = QStringLiteral("targets");
 inline const QString talkToken = QStringLiteral("talkToken");
 inline const QString username = QStringLiteral("username");
+/** @} */
 
-// Events, server to plug-in.
+/**
+ * @name Events
+ * @{
+ */
+/** An event, from the server to the plug-in. */
 inline const QString AudioReceived = QStringLiteral("AudioReceived");
 inline const QString PlayAudioFailed = QStringLiteral("PlayAudioFailed");
 inline const QString TalkDisconnected = QStringLiteral("TalkDisconnected");
+/** @} */
 
-// The framework's name for an error of its own; not used by the plug-in.
+/** The framework's name for an error of its own; not used by the plug-in. */
 inline const QString FrameworkInternalError =
     QStringLiteral("{2C85B19D-AE6F-45D9-B8FE-DC436FCBEABE}FrameworkInternalError");
 
-// The one failure code with a meaning of its own: the server could not keep an uploaded file.
+/** The one failure code with a meaning of its own: the server could not store an uploaded file. */
 inline const QString returnCodeFileRefused = QStringLiteral("-2");
 
-// Not used by the plug-in.
+/**
+ * @name Other
+ * @{
+ */
+/** A word that the plug-in does not use. */
 inline const QString param = QStringLiteral("param");
 inline const QString addSystemLog = QStringLiteral("addSystemLog");
+/** @} */
 
-// Commands, plug-in to server; a reply comes back under the same name.
+/**
+ * @name Commands
+ * @{
+ */
+/** A command, from the plug-in to the server; the reply comes back under the same name. */
 inline const QString AddIPAudio = QStringLiteral("AddIPAudio");
 inline const QString AddNetworkAudioGroup = QStringLiteral("AddNetworkAudioGroup");
 inline const QString AddNetworkAudioSchedule = QStringLiteral("AddNetworkAudioSchedule");
@@ -92,8 +110,9 @@ inline const QString UpdateNetworkAudioGroup = QStringLiteral("UpdateNetworkAudi
 inline const QString UpdateNetworkAudioSchedule = QStringLiteral("UpdateNetworkAudioSchedule");
 inline const QString UpdateIPAudio = QStringLiteral("UpdateIPAudio");
 inline const QString UploadFile = QStringLiteral("UploadFile");
+/** @} */
 
-// The identifier of another plug-in; passed to nothing.
+/** The identifier of another plug-in; not used. */
 inline const QString otherPluginId = QStringLiteral("D8C607070A81469B8CA4FF2E107DB6AB");
 
 } // namespace Vocabulary
