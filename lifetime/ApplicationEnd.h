@@ -8,9 +8,10 @@
  *   - the program ends by exit() and leaves its QCoreApplication as it is: by the destructor;
  *   - the library is unloaded: by the destructor.
  *
- * To be made as a static object of a function, after what the routine uses: at the end of the process static
+ * Make it a static object of a function, after what the routine uses: at the end of the process static
  * objects are destroyed in the opposite order. The destructor then waits a tenth of a second, so that Qt's
- * sound is at rest when its own static objects are destroyed.
+ * sound is idle when its own static objects are destroyed. On Windows the destructor neither runs the routine
+ * nor waits: the other threads of the process have ended before it there.
  */
 class ApplicationEnd
 {
@@ -21,8 +22,10 @@ public:
     ApplicationEnd(const ApplicationEnd&) = delete;
     ApplicationEnd& operator=(const ApplicationEnd&) = delete;
 
-    /** Makes the routine run at the end of the application. To be called whenever there is something to end
-     * again: an application forgets it when it has run. */
+    /**
+     * Makes the routine run at the end of the application. Call it whenever there is something to end again:
+     * a routine that has run is not run again by itself.
+     */
     void arm();
 
 private:

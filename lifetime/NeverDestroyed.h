@@ -1,12 +1,14 @@
 #pragma once
 
 /**
- * A static object without a destructor: what is destroyed late at the end of a process still finds it. It
- * lies in static memory, so a leak checker sees what it refers to. @tparam T keeps no heap memory while it is
- * empty: an unloaded library leaves nothing behind then.
+ * A static object that is never destroyed, so that objects destroyed late at the end of a process can use it.
+ * It is in static memory, so a leak checker sees what it refers to.
+ *
+ * @tparam T has no heap memory while it is empty, so that an unloaded library leaks nothing
  */
 template<class T>
 union NeverDestroyed {
+    /** Makes the object of the arguments of its constructor. */
     template<class... Arguments>
     explicit NeverDestroyed(Arguments&&... arguments) : value(static_cast<Arguments&&>(arguments)...)
     {
@@ -15,5 +17,5 @@ union NeverDestroyed {
     NeverDestroyed(const NeverDestroyed&) = delete;
     NeverDestroyed& operator=(const NeverDestroyed&) = delete;
 
-    T value;
+    T value; ///< The object.
 };

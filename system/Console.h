@@ -5,7 +5,7 @@
 /** The terminal that a program was started from. */
 namespace Console {
 
-/** Makes the terminal show UTF-8, which is what our programs write everywhere, for as long as it lives. */
+/** Makes the terminal show UTF-8, which our programs write on every system, during its lifetime. */
 class Utf8Output
 {
 public:
@@ -18,7 +18,7 @@ private:
     [[maybe_unused]] unsigned m_before = 0; ///< The code page before, on Windows; 0 without a console.
 };
 
-/** Whether a stream is a terminal, where a line can be renewed, rather than a file or a pipe. */
+/** Returns whether a stream is a terminal, where a line can be overwritten, and not a file or a pipe. */
 bool isTerminal(std::FILE* stream);
 
 } // namespace Console

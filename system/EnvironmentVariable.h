@@ -4,6 +4,6 @@
 
 /**
  * Sets a variable of this process, for its libraries and children. Unlike qputenv it keeps characters that
- * Windows' code page lacks; qEnvironmentVariable reads them back. Not thread-safe, as no environment is.
+ * the code page of Windows does not have; qEnvironmentVariable reads them back. Not thread-safe.
  */
 void setEnvironmentVariable(const char* name, const QString& value);

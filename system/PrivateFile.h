@@ -4,11 +4,12 @@
 #include <QString>
 
 /**
- * Writes a file that nobody but the user who runs this program may read: a key, a list of passwords. It is
- * private from its first byte on, and takes the place of an older one at once and whole, when its bytes are
- * on the disk.
+ * Writes a file that only the user who runs this program may read, such as a key. It is private from its
+ * first byte on. It replaces an older file as a whole, after its bytes are on the disk.
  *
- * @param error why not, unless null
- * @return false when it cannot be written, because the disk is full, say; an older one is then as it was
+ * @param path  the file
+ * @param bytes its contents
+ * @param error receives the reason of a failure, unless null
+ * @return false when the file cannot be written; an older one is then unchanged
  */
 bool writePrivateFile(const QString& path, const QByteArray& bytes, QString* error = nullptr);

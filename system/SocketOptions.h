@@ -6,8 +6,10 @@
 namespace SocketOptions {
 
 /**
- * Sends what is written at once (TCP_NODELAY), not only when the peer has acknowledged what was sent before.
- * Sockets that a listening one accepts have it from there. @return false when the system refuses
+ * Sends written bytes at once (TCP_NODELAY), without waiting for the acknowledgement of earlier ones. Sockets
+ * that a listening socket accepts inherit the option.
+ *
+ * @return false when the system refuses
  */
 bool setNoDelay(qintptr socket);
 

@@ -6,12 +6,14 @@
 class QSaveFile;
 
 /**
- * Writes a file that takes the place of an older one at once and whole, when its bytes are on the disk.
+ * Writes a file that replaces an older one as a whole, after its bytes are on the disk.
  *
- * @param error why not, unless null
- * @return false when it cannot be written, because the disk is full, say; an older one is then as it was
+ * @param path  the file
+ * @param bytes its contents
+ * @param error receives the reason of a failure, unless null
+ * @return false when the file cannot be written; an older one is then unchanged
  */
 bool writeWholeFile(const QString& path, const QByteArray& bytes, QString* error = nullptr);
 
-/** The same for a file that is opened already, unbuffered. */
+/** Writes and commits a file that is open already, unbuffered; otherwise like writeWholeFile. */
 bool saveWhole(QSaveFile& file, const QByteArray& bytes, QString* error);

@@ -21,27 +21,36 @@ namespace framesmith {
 class CaptureChannel
 {
 public:
+    /** Makes the source of each capture. */
     using SourceFactory = std::function<std::unique_ptr<CaptureSource>()>;
 
-    /** Volume 50 leaves the samples as they are, 100 doubles them, 0 silences them. */
-    static constexpr int neutralVolume = 50;
-    static constexpr int maxVolume = 100;
+    static constexpr int neutralVolume = 50; ///< Leaves the samples as they are.
+    static constexpr int maxVolume = 100;    ///< Doubles the samples.
 
+    /** Makes a channel whose capture is not running. */
     CaptureChannel(const FrameSmithCaptureOptions& options, SourceFactory makeSource);
     ~CaptureChannel();
     CaptureChannel(const CaptureChannel&) = delete;
     CaptureChannel& operator=(const CaptureChannel&) = delete;
 
+    /** Starts the capture. Returns WrongState when it runs, or the source's error. */
     Code start();
+
+    /** Stops the capture; no callback runs after the return. Returns WrongState when it does not run. */
     Code stop();
 
-    /** Ends the threads of a capture, which counts as started until it is stopped but gives no more packets.
-     * For the end of the application. Nothing happens on the capture thread. */
+    /**
+     * Ends the threads of a capture, for the end of the application. The capture still counts as started
+     * until it is stopped, but delivers no more packets. Does nothing when called on the capture thread.
+     */
     void end();
 
+    /** Returns whether the caller runs on the thread that calls the callback. */
     bool onCaptureThread() const;
 
+    /** Sets the volume, 0 (silence) to maxVolume, for the next packet on. Any thread. */
     void setVolume(int volume) { m_volume = volume; }
+    /** Mutes or unmutes the next packets. Any thread. */
     void setMute(bool mute) { m_mute = mute; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace framesmith {
 
-/** Where captured sound comes from: 16-bit mono samples at 8000 Hz, in real time. */
+/** A source of captured sound: 16-bit mono samples at 8000 Hz, in real time. */
 class CaptureSource
 {
 public:
@@ -20,7 +20,7 @@ public:
     virtual Code start() = 0;
 
     /**
-     * Waits until @p count samples have been spoken and gives them. Called on the capture thread.
+     * Waits until @p count samples are recorded and writes them. Called on the capture thread.
      * @return false when the source was stopped
      */
     virtual bool read(std::int16_t* samples, std::size_t count) = 0;

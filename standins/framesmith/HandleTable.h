@@ -9,15 +9,17 @@
 namespace framesmith {
 
 /**
- * Gives out opaque handles for objects and finds the objects again. A handle is a number that is never given
- * twice, so a wrong, stale or foreign one is found out without touching memory. Thread-safe.
+ * A table of objects by opaque handles. A handle is a number that is never used twice, so an invalid one is
+ * recognised without an access to memory. Thread-safe.
  */
 template<typename Object>
 class HandleTable
 {
 public:
+    /** @param kind 0 to 15; tables of different kinds never have a handle in common */
     explicit HandleTable(std::uintptr_t kind) : m_next(kind) {}
 
+    /** Stores an object and returns its handle. */
     void* add(std::shared_ptr<Object> object)
     {
         const std::lock_guard lock(m_mutex);
@@ -26,6 +28,7 @@ public:
         return reinterpret_cast<void*>(m_next);
     }
 
+    /** Returns the object of a handle; null for an invalid one. */
     std::shared_ptr<Object> find(void* handle) const
     {
         const std::lock_guard lock(m_mutex);
@@ -33,7 +36,7 @@ public:
         return found == m_objects.end() ? nullptr : found->second;
     }
 
-    /** All objects, in the order of their handles. */
+    /** Returns all objects, in the order of their handles. */
     std::vector<std::shared_ptr<Object>> all() const
     {
         const std::lock_guard lock(m_mutex);
@@ -44,6 +47,7 @@ public:
         return objects;
     }
 
+    /** Removes an object, which lives on while others hold it. Does nothing for an invalid handle. */
     void remove(void* handle)
     {
         const std::lock_guard lock(m_mutex);

@@ -12,7 +12,8 @@ class MicrophoneThread;
 class SampleQueue;
 
 /**
- * The default microphone, or an input device chosen by its name, through Qt Multimedia.
+ * The default microphone, or an input device chosen by its name, through Qt Multimedia. A device that fails
+ * later is opened again every second.
  *
  *   QAudioInput (thread of its own) --> PcmConverter --> SampleQueue --> read (capture thread)
  */

@@ -10,7 +10,7 @@ struct AVPacket;
 
 namespace framesmith {
 
-/** G.711 mu-law (ITU-T G.711) of 16-bit PCM at 8000 Hz mono, by libavcodec. Used by one thread at a time. */
+/** An encoder of 16-bit PCM at 8000 Hz mono to mu-law (ITU-T G.711). Used by one thread at a time. */
 class MuLawEncoder
 {
 public:
@@ -19,7 +19,7 @@ public:
     MuLawEncoder(const MuLawEncoder&) = delete;
     MuLawEncoder& operator=(const MuLawEncoder&) = delete;
 
-    /** Writes one byte a sample to @p out; false when the codec fails. */
+    /** Writes one byte for each sample to @p out; returns false when the codec fails. */
     bool encode(const std::int16_t* samples, std::size_t count, std::uint8_t* out);
 
 private:

@@ -6,20 +6,21 @@
 namespace framesmith {
 
 /**
- * When packets are due, reckoned from one start: errors of single waits do not add up, so a stream keeps step
- * with real time for as long as it runs.
+ * Computes when packets are due, always from the start of the stream: errors of single waits do not add up,
+ * so a stream stays in step with real time.
  */
 class PacketClock
 {
 public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = std::chrono::steady_clock; ///< The clock of all times.
 
+    /** @param sampleRate Hz, not 0 */
     PacketClock(Clock::time_point start, std::uint32_t samplesPerPacket, std::uint32_t sampleRate)
         : m_start(start), m_samplesPerPacket(samplesPerPacket), m_sampleRate(sampleRate)
     {
     }
 
-    /** When the packet with this number, counted from 0, has been spoken to its end. */
+    /** Returns when the last sample of a packet is recorded. @p packet counts from 0. */
     Clock::time_point dueTime(std::uint64_t packet) const
     {
         constexpr std::uint64_t nanosecondsPerSecond = 1'000'000'000;

@@ -13,12 +13,13 @@ namespace framesmith {
 class PacketMaker
 {
 public:
-    /** Bytes of a packet of this many samples. */
+    /** Returns the bytes of a packet of this many samples. */
     static std::size_t packetSize(std::size_t samples);
 
     /**
-     * Writes a packet to record.Buffer, which has room for packetSize(count) bytes, and fills the record.
-     * @return false when the codec fails; the record is then untouched
+     * Writes a packet to record.Buffer, which holds packetSize(count) bytes, and fills the record.
+     *
+     * @return false when the codec fails; the record is then unchanged
      */
     bool make(const std::int16_t* samples, std::size_t count, TMediaDataPacketInfo& record);
 

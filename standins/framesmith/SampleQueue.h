@@ -9,13 +9,14 @@
 
 namespace framesmith {
 
-/** Samples between the thread that records them and the one that reads them. The oldest go when it is full.
- */
+/** A queue of samples between the thread that records them and the thread that reads them. */
 class SampleQueue
 {
 public:
+    /** @param capacity the most samples that the queue holds */
     explicit SampleQueue(std::size_t capacity) : m_capacity(capacity) {}
 
+    /** Appends samples; drops the oldest ones of a full queue. */
     void push(const std::vector<std::int16_t>& samples)
     {
         const std::lock_guard lock(m_mutex);
@@ -27,7 +28,7 @@ public:
         m_condition.notify_one();
     }
 
-    /** Waits for @p count samples and takes them; false when the queue was closed. */
+    /** Waits for @p count samples and removes them from the queue; returns false once it is closed. */
     bool pop(std::int16_t* samples, std::size_t count)
     {
         std::unique_lock lock(m_mutex);
@@ -41,6 +42,7 @@ public:
         return true;
     }
 
+    /** Ends a waiting pop, and all later ones. */
     void close()
     {
         const std::lock_guard lock(m_mutex);

@@ -16,10 +16,11 @@ struct sf_private_tag;
 
 namespace framesmith {
 
-/** A sound file that speaks in the microphone's place: once, in real time, then silence. */
+/** A sound file in place of a microphone: it is played once, in real time, and silence follows. */
 class WaveFileSource : public CaptureSource
 {
 public:
+    /** @param path opened by start */
     explicit WaveFileSource(QString path);
     ~WaveFileSource() override;
 
@@ -28,7 +29,7 @@ public:
     void stop() override;
 
 private:
-    /** Decodes until @p count samples lie ready or the file has ended. */
+    /** Decodes until @p count samples are ready or the file has ended. */
     void fill(std::size_t count);
 
     QString m_path;
