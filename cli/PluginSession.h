@@ -1,28 +1,17 @@
 #pragma once
 
 #include "client/ExitStatus.h"
+#include "client/PluginClient.h"
 #include "client/PluginHost.h"
 #include "embedded/ClientOptions.h"
 
 #include <QEventLoop>
 #include <QObject>
-#include <QVariantList>
 
 #include <functional>
 #include <memory>
 
-class QAbstractItemModel;
-
-/** An answer of the plug-in, as one of its response signals. */
-struct PluginResponse
-{
-    QString name; ///< Of the signal.
-    QVariantList arguments;
-};
-
-/**
- * A plug-in with a server behind it, for commands that ask one thing after another and wait for each answer.
- * Everything goes through the plug-in's invokables, properties, models and signals.
+/** A plug-in with a server behind it, for commands that ask one thing after another and wait for each answer.
  */
 class PluginSession : public QObject
 {
@@ -35,15 +24,16 @@ public:
     /** Loads the plug-in and waits for the server; ExitSuccess, or what to end with after a message. */
     ExitStatus open();
 
-    QObject* plugin() const { return m_host.plugin(); }
+    PluginClient& plugin() { return m_plugin; }
     PluginHost& host() { return m_host; }
     const ClientOptions& options() const { return m_options; }
 
-    /** Waits until a response signal of this name has come since the last take; empty after the time-out. */
-    std::optional<PluginResponse> waitFor(const char* signalName, int timeout = 0);
+    /** Serves events until the condition holds; false after the time-out. @param timeout ms; 0: the options'
+     */
+    bool wait(const std::function<bool()>& condition, int timeout = 0);
 
-    /** A response signal of this name that has come already; serves events first. */
-    std::optional<PluginResponse> takeNow(const char* signalName);
+    /** Waits until the list of devices has come; false after the time-out. */
+    bool waitForDevices();
 
     /** Waits until a reply to a command has come, its return code; empty after the time-out. */
     QString waitForReply(const QString& command, int timeout = 0);
@@ -51,31 +41,19 @@ public:
     /** The error text of the last reply that was no success. */
     QString errorText() const { return m_errorText; }
 
-    /** Forgets the answers that have come. */
+    /** Forgets the replies that have come. */
     void forget();
-
-    /** A model of the plug-in, sorted; owned by the session. @param getter an invokable */
-    QAbstractItemModel* model(const char* getter);
 
     static int fail(ExitStatus status, const QString& message);
 
-private Q_SLOTS:
-    void response(bool success, const QString& returnCode, int id);
-    void talkResponse(bool success, const QString& error, int id);
-    void playResponse(bool success, int progress, const QString& error, int id);
-    void playError(const QString& device, const QString& file, const QString& error, const QString& alarm);
-    void plain();
-
 private:
-    bool wait(const std::function<bool()>& condition, int timeout);
-    void keep(const QVariantList& arguments);
-
     ClientOptions m_options;
     std::unique_ptr<ServerLink> m_link;
     PluginHost m_host;
+    PluginClient m_plugin;
     bool m_connected = false;
+    bool m_devicesListed = false;
     QString m_lost; ///< Why there is no connection, finally.
     QString m_errorText;
-    QList<PluginResponse> m_responses;
     QList<QPair<QString, QString>> m_replies; ///< Command and return code.
 };

@@ -89,8 +89,12 @@ int TalkCommand::run()
                      qUtf8Printable(m_host.errorString()));
         return ExitPluginFailed;
     }
-    connect(m_host.plugin(), SIGNAL(startTalkResponse(bool)), this, SLOT(startTalkResponse(bool)));
-    connect(m_host.plugin(), SIGNAL(talkDisconnected()), this, SLOT(talkDisconnected()));
+    if (!m_plugin.attach(m_host.plugin())) {
+        std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(m_plugin.errorString()));
+        return ExitPluginFailed;
+    }
+    connect(&m_plugin, &PluginClient::startTalkResponse, this, &TalkCommand::startTalkResponse);
+    connect(&m_plugin, &PluginClient::talkDisconnected, this, &TalkCommand::talkDisconnected);
     QCoreApplication::exec();
     return m_status;
 }
@@ -135,19 +139,15 @@ void TalkCommand::begin()
     }
     m_began = true;
     m_recorderTimer.stop();
-    QObject* plugin = m_host.plugin();
     std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(m_options.cameraId),
                  m_options.sourceFile.isEmpty() ? "the microphone" : qUtf8Printable(m_options.sourceFile));
-    bool accepted = false;
-    QMetaObject::invokeMethod(plugin, "startTalk", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(QString, m_options.cameraId), Q_ARG(QString, QString()));
-    if (!accepted) {
+    if (!m_plugin.startTalk(m_options.cameraId)) {
         end(ExitMicrophoneFailed,
             QStringLiteral("The microphone does not start. Plug one in, choose one with --device, or give a "
                            "sound file with --source."));
         return;
     }
-    QMetaObject::invokeMethod(plugin, "setMicVolume", Q_ARG(int, m_options.volume));
+    m_plugin.setMicVolume(m_options.volume);
     m_answerTimer.start(m_options.answerTimeout);
     m_ticker.start(tickInterval);
 }
@@ -196,15 +196,16 @@ void TalkCommand::end(ExitStatus status, const QString& message)
     if (m_talking) {
         m_progress.finish();
     }
-    QMetaObject::invokeMethod(m_host.plugin(), "stopTalk");
-    QMetaObject::invokeMethod(m_host.plugin(), "stopAudioCapture"); // also while a request is open
+    m_plugin.stopTalk();
+    m_plugin.stopAudioCapture(); // also while a request is open
     if (!message.isEmpty()) {
         std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(message));
     }
     if (m_talking) {
         printSummary();
     }
-    QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
 }
 
 void TalkCommand::printSummary()

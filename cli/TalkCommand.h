@@ -2,6 +2,7 @@
 
 #include "cli/TalkProgress.h"
 #include "client/ExitStatus.h"
+#include "client/PluginClient.h"
 #include "client/PluginHost.h"
 #include "client/measure/OutputRecorder.h"
 #include "client/measure/TalkMonitor.h"
@@ -28,8 +29,6 @@ struct TalkOptions
  *
  *   load plug-in --> record the output --> startTalk --> (answer) --> talk for a while --> stopTalk -->
  * summary
- *
- * Uses the plug-in as the client's front end does: by its invokables and signals.
  */
 class TalkCommand : public QObject
 {
@@ -41,11 +40,9 @@ public:
     /** Runs the talk in the application's event loop; returns an ExitStatus. */
     int run();
 
-private Q_SLOTS:
+private:
     void startTalkResponse(bool success);
     void talkDisconnected();
-
-private:
     void prepare();
     void begin();
     bool prolongForTheCamera();
@@ -56,6 +53,7 @@ private:
     TalkOptions m_options;
     EmbeddedLink m_link;
     PluginHost m_host;
+    PluginClient m_plugin;
     TalkMonitor m_monitor;
     TalkProgress m_progress;
     OutputRecorder m_recorder;

@@ -1,22 +1,31 @@
 #pragma once
 
-#include "cli/PluginSession.h"
+#include "cli/AwaitedSignal.h"
 
-/** Judges an answer to a change: prints what became of it and gives the exit status. */
-inline int reportChange(PluginSession& session, bool accepted, const char* responseSignal, const char* done)
+/**
+ * Asks for a change, waits for its answer, prints what became of it and gives the exit status.
+ *
+ * @param response the signal that answers
+ * @param request  returns whether the plug-in took it
+ * @param done     printed before the id
+ */
+template<class Request>
+int change(PluginSession& session, void (PluginClient::*response)(bool, const QString&, int),
+           const Request& request, const char* done)
 {
-    if (!accepted) {
+    AwaitedSignal answer(session, response);
+    if (!request(session.plugin())) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the request could not be sent"));
     }
-    const auto response = session.waitFor(responseSignal);
-    if (!response) {
+    const auto values = answer.wait();
+    if (!values) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
-    if (!response->arguments.value(0).toBool()) {
-        return PluginSession::fail(
-            ExitRefused,
-            QStringLiteral("%1 (code %2)").arg(session.errorText(), response->arguments.value(1).toString()));
+    const auto& [success, returnCode, id] = *values;
+    if (!success) {
+        return PluginSession::fail(ExitRefused,
+                                   QStringLiteral("%1 (code %2)").arg(session.errorText(), returnCode));
     }
-    std::printf("%s %d\n", done, response->arguments.value(2).toInt());
+    std::printf("%s %d\n", done, id);
     return ExitSuccess;
 }

@@ -3,30 +3,16 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
 
-#include <QAbstractItemModel>
-
 #include <cstdio>
 
 namespace {
 
-// The model's roles, as its role names tell them.
-enum Role
-{
-    IdRole = Qt::UserRole + 1,
-    NameRole,
-    AddressRole,
-    PortRole,
-    UserRole,
-    PasswordRole,
-    CamerasRole,
-};
-
 int listDevices(PluginSession& session)
 {
-    if (!session.waitFor("ipAudioModelChanged")) {
+    if (!session.waitForDevices()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
-    const QAbstractItemModel* model = session.model("getIPAudioModel");
+    const DeviceModel* model = session.plugin().getIPAudioModel(&session);
     Table table({{"id", "id"},
                  {"name", "name"},
                  {"address", "ip"},
@@ -34,9 +20,8 @@ int listDevices(PluginSession& session)
                  {"user", "username"},
                  {"cameras", "cameras"}});
     for (int row = 0; row < model->rowCount(); ++row) {
-        const QModelIndex index = model->index(row, 0);
-        table.add({index.data(IdRole).toInt(), index.data(NameRole), index.data(AddressRole),
-                   index.data(PortRole).toInt(), index.data(UserRole), index.data(CamerasRole)});
+        const DeviceRow device = model->device(row);
+        table.add({device.id, device.name, device.address, device.port, device.user, device.cameras});
     }
     std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
@@ -55,18 +40,20 @@ int storeDevice(PluginSession& session, CommandArguments& arguments, bool update
     const QString user = arguments.value("device-user");
     const QString password = arguments.value("device-password");
     const QStringList cameras = arguments.value("cameras").split(QLatin1Char(','), Qt::SkipEmptyParts);
-    bool accepted = false;
     if (update) {
-        QMetaObject::invokeMethod(session.plugin(), "updateIPAudio", Q_RETURN_ARG(bool, accepted),
-                                  Q_ARG(int, *id), Q_ARG(QString, name), Q_ARG(QString, address),
-                                  Q_ARG(int, *port), Q_ARG(QString, user), Q_ARG(QString, password),
-                                  Q_ARG(QStringList, cameras));
-        return reportChange(session, accepted, "updateIPAudioResponse", "updated device");
+        return change(
+            session, &PluginClient::updateIPAudioResponse,
+            [&](PluginClient& plugin) {
+                return plugin.updateIPAudio(*id, name, address, *port, user, password, cameras);
+            },
+            "updated device");
     }
-    QMetaObject::invokeMethod(session.plugin(), "addIPAudio", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(QString, name), Q_ARG(QString, address), Q_ARG(int, *port),
-                              Q_ARG(QString, user), Q_ARG(QString, password), Q_ARG(QStringList, cameras));
-    return reportChange(session, accepted, "addIPAudioResponse", "added device");
+    return change(
+        session, &PluginClient::addIPAudioResponse,
+        [&](PluginClient& plugin) {
+            return plugin.addIPAudio(name, address, *port, user, password, cameras);
+        },
+        "added device");
 }
 
 int deleteDevice(PluginSession& session, CommandArguments& arguments)
@@ -75,10 +62,9 @@ int deleteDevice(PluginSession& session, CommandArguments& arguments)
     if (!id) {
         return ExitUsage;
     }
-    bool accepted = false;
-    QMetaObject::invokeMethod(session.plugin(), "deleteIPAudio", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(int, *id));
-    return reportChange(session, accepted, "deleteIPAudioResponse", "deleted device");
+    return change(
+        session, &PluginClient::deleteIPAudioResponse,
+        [&](PluginClient& plugin) { return plugin.deleteIPAudio(*id); }, "deleted device");
 }
 
 } // namespace

@@ -27,20 +27,12 @@ QString statusText(int status)
     }
 }
 
-QVariantList filesOf(const PluginSession& session)
-{
-    return session.plugin()->property("audioFileList").toList();
-}
-
 int listFiles(PluginSession& session)
 {
     Table table({{"id", "id"}, {"name", "name"}, {"seconds", "seconds"}, {"status", "status"}});
-    const QVariantList files = filesOf(session);
-    for (const QVariant& entry : files) {
-        const QVariantMap file = entry.toMap();
-        table.add({file.value(QStringLiteral("audioID")).toInt(), file.value(QStringLiteral("audioName")),
-                   file.value(QStringLiteral("audioLength")).toInt() / 1000.0,
-                   statusText(file.value(QStringLiteral("audioStatus")).toInt())});
+    const QList<AudioFileRow> files = session.plugin().audioFiles();
+    for (const AudioFileRow& file : files) {
+        table.add({file.id, file.name, file.length / 1000.0, statusText(file.status)});
     }
     std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
@@ -53,10 +45,7 @@ int addFile(PluginSession& session, const QString& path)
     }
     std::fprintf(stderr, "Reading %s ...\n", qUtf8Printable(path));
     session.forget();
-    bool accepted = false;
-    QMetaObject::invokeMethod(session.plugin(), "uploadFile", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(QUrl, QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath())));
-    if (!accepted) {
+    if (!session.plugin().uploadFile(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()))) {
         return PluginSession::fail(ExitRefused, QStringLiteral("%1 cannot be read or sent").arg(path));
     }
     std::fprintf(stderr, "Uploading %lld bytes ...\n", static_cast<long long>(QFileInfo(path).size()));
@@ -68,20 +57,19 @@ int addFile(PluginSession& session, const QString& path)
         return PluginSession::fail(ExitRefused,
                                    QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
     }
-    const QVariantList files = filesOf(session);
-    const QVariantMap added = files.isEmpty() ? QVariantMap() : files.last().toMap();
-    if (!added.contains(QStringLiteral("audioID"))) {
+    const QList<AudioFileRow> files = session.plugin().audioFiles();
+    if (files.isEmpty() || files.last().id <= 0) {
         return PluginSession::fail(ExitRefused,
                                    QStringLiteral("the server has taken the file, but does not list it"));
     }
-    std::printf("added file %d\n", added.value(QStringLiteral("audioID")).toInt());
+    std::printf("added file %d\n", files.last().id);
     return ExitSuccess;
 }
 
 int deleteFile(PluginSession& session, int id)
 {
     session.forget();
-    QMetaObject::invokeMethod(session.plugin(), "deleteAudioFile", Q_ARG(int, id));
+    session.plugin().deleteAudioFile(id);
     const QString code = session.waitForReply(QStringLiteral("DeleteFile"));
     if (code.isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));

@@ -3,37 +3,26 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
 
-#include <QAbstractItemModel>
-
 #include <cstdio>
 
 namespace {
 
-enum Role
-{
-    IdRole = Qt::UserRole + 1,
-    NameRole,
-    DevicesRole,
-    DeviceNamesRole,
-};
-
 int listGroups(PluginSession& session, const QString& filter)
 {
     // The names of devices are looked up when the groups come: first the one, then the other.
-    session.waitFor("ipAudioModelChanged");
+    session.waitForDevices();
     session.forget();
-    QMetaObject::invokeMethod(session.plugin(), "getNetworkAudioGroup");
+    session.plugin().getNetworkAudioGroup();
     if (session.waitForReply(QStringLiteral("GetNetworkAudioGroup")).isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
-    QAbstractItemModel* model = session.model("getNetworkAudioGroupModel");
-    QMetaObject::invokeMethod(model, "setFilter", Q_ARG(QString, filter));
+    GroupModel* model = session.plugin().getNetworkAudioGroupModel(&session);
+    model->setFilter(filter);
     Table table(
         {{"id", "id"}, {"name", "name"}, {"devices", "devices"}, {"names of devices", "deviceNames"}});
     for (int row = 0; row < model->rowCount(); ++row) {
-        const QModelIndex index = model->index(row, 0);
-        table.add({index.data(IdRole).toInt(), index.data(NameRole), index.data(DevicesRole),
-                   index.data(DeviceNamesRole)});
+        const GroupRow group = model->group(row);
+        table.add({group.id, group.name, toVariants(group.devices), group.deviceNames});
     }
     std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
@@ -72,19 +61,21 @@ int runGroups(const QStringList& words)
     if (verb == QLatin1String("list")) {
         return listGroups(session, arguments.value("filter"));
     }
-    bool accepted = false;
     if (verb == QLatin1String("delete")) {
-        QMetaObject::invokeMethod(session.plugin(), "deleteNetworkAudioGroup", Q_RETURN_ARG(bool, accepted),
-                                  Q_ARG(int, *id));
-        return reportChange(session, accepted, "deleteNetworkAudioGroupResponse", "deleted group");
+        return change(
+            session, &PluginClient::deleteNetworkAudioGroupResponse,
+            [&](PluginClient& plugin) { return plugin.deleteNetworkAudioGroup(*id); }, "deleted group");
     }
     if (update) {
-        QMetaObject::invokeMethod(session.plugin(), "updateNetworkAudioGroup", Q_RETURN_ARG(bool, accepted),
-                                  Q_ARG(int, *id), Q_ARG(QString, arguments.word(2)),
-                                  Q_ARG(QVariant, QVariant(*devices)));
-        return reportChange(session, accepted, "updateNetworkAudioGroupResponse", "updated group");
+        return change(
+            session, &PluginClient::updateNetworkAudioGroupResponse,
+            [&](PluginClient& plugin) {
+                return plugin.updateNetworkAudioGroup(*id, arguments.word(2), *devices);
+            },
+            "updated group");
     }
-    QMetaObject::invokeMethod(session.plugin(), "addNetworkAudioGroup", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(QString, arguments.word(1)), Q_ARG(QVariant, QVariant(*devices)));
-    return reportChange(session, accepted, "addNetworkAudioGroupResponse", "added group");
+    return change(
+        session, &PluginClient::addNetworkAudioGroupResponse,
+        [&](PluginClient& plugin) { return plugin.addNetworkAudioGroup(arguments.word(1), *devices); },
+        "added group");
 }

@@ -1,5 +1,5 @@
+#include "cli/AwaitedSignal.h"
 #include "cli/InterruptFlag.h"
-#include "cli/PluginSession.h"
 #include "cli/commands/CommandArguments.h"
 #include "cli/commands/Commands.h"
 
@@ -22,19 +22,22 @@ bool readTarget(CommandArguments& arguments, bool* group, int* id)
     return number.has_value();
 }
 
-/** Follows a playback to its end. */
-int follow(PluginSession& session)
+/** Starts a playback and follows it to its end. */
+template<class Request>
+int follow(PluginSession& session, const Request& request)
 {
+    AwaitedSignal responses(session, &PluginClient::playAudioResponse);
+    AwaitedSignal failures(session, &PluginClient::playAudioError);
+    request(session.plugin());
     int progress = 0;
     while (progress < wholeProgress) {
         if (InterruptFlag::raised()) {
             return PluginSession::fail(ExitSuccess, QStringLiteral("interrupted; the server plays on"));
         }
-        const auto response = session.waitFor("playAudioResponse");
-        if (const auto failure = session.takeNow("playAudioError")) {
-            PluginSession::fail(ExitRefused,
-                                QStringLiteral("%1: %2").arg(failure->arguments.value(0).toString(),
-                                                             failure->arguments.value(2).toString()));
+        const auto response = responses.wait();
+        if (const auto failure = failures.takeNow()) {
+            const auto& [device, file, error, alarm] = *failure;
+            PluginSession::fail(ExitRefused, QStringLiteral("%1: %2").arg(device, error));
             if (!response) {
                 return ExitRefused;
             }
@@ -42,10 +45,11 @@ int follow(PluginSession& session)
         if (!response) {
             return PluginSession::fail(ExitNoAnswer, QStringLiteral("the playback ended without a word"));
         }
-        if (!response->arguments.value(0).toBool()) {
-            return PluginSession::fail(ExitRefused, response->arguments.value(2).toString());
+        const auto& [success, percent, error, id] = *response;
+        if (!success) {
+            return PluginSession::fail(ExitRefused, error);
         }
-        progress = response->arguments.value(1).toInt();
+        progress = percent;
         std::fprintf(stderr, "\r%3d %%", progress);
         std::fflush(stderr);
     }
@@ -75,9 +79,13 @@ int runPlay(const QStringList& words)
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    QMetaObject::invokeMethod(session.plugin(), group ? "playGroupAudio" : "playAudio", Q_ARG(int, target),
-                              Q_ARG(int, *file));
-    return follow(session);
+    return follow(session, [&](PluginClient& plugin) {
+        if (group) {
+            plugin.playGroupAudio(target, *file);
+        } else {
+            plugin.playAudio(target, *file);
+        }
+    });
 }
 
 int runStop(const QStringList& words)
@@ -97,8 +105,11 @@ int runStop(const QStringList& words)
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    QMetaObject::invokeMethod(session.plugin(), group ? "stopCurrentGroupAudio" : "stopCurrentAudio",
-                              Q_ARG(int, target));
+    if (group) {
+        session.plugin().stopCurrentGroupAudio(target);
+    } else {
+        session.plugin().stopCurrentAudio(target);
+    }
     const QString code = session.waitForReply(group ? QStringLiteral("StopCurrentGroupAudio")
                                                     : QStringLiteral("StopCurrentAudio"));
     if (code.isEmpty()) {

@@ -1,5 +1,5 @@
+#include "cli/AwaitedSignal.h"
 #include "cli/InterruptFlag.h"
-#include "cli/PluginSession.h"
 #include "cli/TalkProgress.h"
 #include "cli/commands/CommandArguments.h"
 #include "cli/commands/Commands.h"
@@ -20,17 +20,15 @@ constexpr unsigned long pause = 20; // ms between looks
 /** Opens the talk to each device; how many were opened. */
 int openTalks(PluginSession& session, const QVariantList& devices)
 {
+    AwaitedSignal answers(session, &PluginClient::startTalkToIPAudioResponse);
     int opened = 0;
     for (const QVariant& device : devices) {
-        bool accepted = false;
-        QMetaObject::invokeMethod(session.plugin(), "startTalkToIPAudio", Q_RETURN_ARG(bool, accepted),
-                                  Q_ARG(int, device.toInt()));
-        const auto response = accepted ? session.waitFor("startTalkToIPAudioResponse") : std::nullopt;
-        if (response && response->arguments.value(0).toBool()) {
+        const bool accepted = session.plugin().startTalkToIPAudio(device.toInt());
+        const auto response = accepted ? answers.wait() : std::nullopt;
+        if (response && std::get<0>(*response)) {
             ++opened;
         } else {
-            const QString reason =
-                response ? response->arguments.value(1).toString() : QStringLiteral("no answer");
+            const QString reason = response ? std::get<1>(*response) : QStringLiteral("no answer");
             PluginSession::fail(ExitRefused, QStringLiteral("device %1: %2").arg(device.toInt()).arg(reason));
         }
     }
@@ -74,24 +72,23 @@ int runSay(const QStringList& words)
     }
     TalkMonitor monitor;
     QObject::connect(&session.host(), &PluginHost::commandSent, &monitor, &TalkMonitor::commandSent);
+    AwaitedSignal disconnections(session, &PluginClient::talkDisconnected);
     if (openTalks(session, *devices) == 0) {
         return ExitRefused;
     }
-    bool capturing = false;
-    QMetaObject::invokeMethod(session.plugin(), "startAudioCapture", Q_RETURN_ARG(bool, capturing));
-    if (!capturing) {
+    if (!session.plugin().startAudioCapture()) {
         return PluginSession::fail(ExitMicrophoneFailed, QStringLiteral("the microphone does not start"));
     }
     TalkProgress progress(monitor);
     progress.start();
     bool lost = false;
     while (!lost && !InterruptFlag::raised() && (seconds <= 0 || progress.elapsed() < seconds)) {
-        lost = session.takeNow("talkDisconnected").has_value();
+        lost = disconnections.takeNow().has_value();
         progress.update();
         QThread::msleep(pause);
     }
     progress.finish();
-    QMetaObject::invokeMethod(session.plugin(), "stopTalk");
+    session.plugin().stopTalk();
     session.waitForReply(QStringLiteral("StopTalk"));
     std::printf("packets sent  %d\n", monitor.packets());
     if (lost) {

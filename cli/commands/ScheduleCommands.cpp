@@ -3,38 +3,20 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
 
-#include <QAbstractItemModel>
-
 #include <cstdio>
 
 namespace {
 
-enum Role
+QString repeatText(const ScheduleRow& schedule)
 {
-    IdRole = Qt::UserRole + 1,
-    EnabledRole,
-    NameRole,
-    StartRole,
-    TypeRole,
-    SettingsRole,
-    EndRole,
-    EndEnabledRole,
-    FileRole,
-    GroupsRole,
-    DevicesRole,
-};
-
-QString repeatText(const QModelIndex& schedule)
-{
-    switch (schedule.data(TypeRole).toInt()) {
+    switch (schedule.type) {
     case 0:
         return QStringLiteral("once");
     case 1:
         return QStringLiteral("daily");
     default: {
         QStringList days;
-        const QVariantList weekdays =
-            schedule.data(SettingsRole).toMap().value(QStringLiteral("weekdays")).toList();
+        const QVariantList weekdays = schedule.settings.value(QStringLiteral("weekdays")).toList();
         for (const QVariant& day : weekdays) {
             days.append(day.toString());
         }
@@ -46,11 +28,11 @@ QString repeatText(const QModelIndex& schedule)
 int listSchedules(PluginSession& session)
 {
     session.forget();
-    QMetaObject::invokeMethod(session.plugin(), "getNetworkAudioSchedule");
+    session.plugin().getNetworkAudioSchedule();
     if (session.waitForReply(QStringLiteral("GetNetworkAudioSchedule")).isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
-    const QAbstractItemModel* model = session.model("getNetworkAudioScheduleModel");
+    const ScheduleModel* model = session.plugin().getNetworkAudioScheduleModel(&session);
     Table table({{"id", "id"},
                  {"name", "name"},
                  {"on", "enabled"},
@@ -61,11 +43,10 @@ int listSchedules(PluginSession& session)
                  {"groups", "groups"},
                  {"devices", "devices"}});
     for (int row = 0; row < model->rowCount(); ++row) {
-        const QModelIndex index = model->index(row, 0);
-        table.add({index.data(IdRole).toInt(), index.data(NameRole), index.data(EnabledRole).toBool(),
-                   index.data(StartRole), repeatText(index),
-                   index.data(EndEnabledRole).toBool() ? index.data(EndRole) : QVariant(QString()),
-                   index.data(FileRole).toInt(), index.data(GroupsRole), index.data(DevicesRole)});
+        const ScheduleRow schedule = model->schedule(row);
+        table.add({schedule.id, schedule.name, schedule.enabled, schedule.start, repeatText(schedule),
+                   schedule.endEnabled ? schedule.end : QString(), schedule.file, toVariants(schedule.groups),
+                   toVariants(schedule.devices)});
     }
     std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
     return ExitSuccess;
@@ -136,18 +117,18 @@ int runSchedules(const QStringList& words)
     if (verb == QLatin1String("list")) {
         return listSchedules(session);
     }
-    bool accepted = false;
     if (remove) {
-        QMetaObject::invokeMethod(session.plugin(), "deleteNetworkAudioSchedule",
-                                  Q_RETURN_ARG(bool, accepted), Q_ARG(int, *id));
-        return reportChange(session, accepted, "deleteNetworkAudioScheduleResponse", "deleted schedule");
+        return change(
+            session, &PluginClient::deleteNetworkAudioScheduleResponse,
+            [&](PluginClient& plugin) { return plugin.deleteNetworkAudioSchedule(*id); }, "deleted schedule");
     }
     if (update) {
-        QMetaObject::invokeMethod(session.plugin(), "updateNetworkAudioSchedule",
-                                  Q_RETURN_ARG(bool, accepted), Q_ARG(int, *id), Q_ARG(QVariantMap, *record));
-        return reportChange(session, accepted, "updateNetworkAudioScheduleResponse", "updated schedule");
+        return change(
+            session, &PluginClient::updateNetworkAudioScheduleResponse,
+            [&](PluginClient& plugin) { return plugin.updateNetworkAudioSchedule(*id, *record); },
+            "updated schedule");
     }
-    QMetaObject::invokeMethod(session.plugin(), "addNetworkAudioSchedule", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(QVariantMap, *record));
-    return reportChange(session, accepted, "addNetworkAudioScheduleResponse", "added schedule");
+    return change(
+        session, &PluginClient::addNetworkAudioScheduleResponse,
+        [&](PluginClient& plugin) { return plugin.addNetworkAudioSchedule(*record); }, "added schedule");
 }

@@ -63,3 +63,12 @@ QString Table::text(bool json) const
     }
     return text;
 }
+
+QVariantList toVariants(const QList<int>& ids)
+{
+    QVariantList list;
+    for (const int id : ids) {
+        list.append(id);
+    }
+    return list;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -29,3 +30,6 @@ private:
     std::vector<Column> m_columns;
     QList<QVariantList> m_rows;
 };
+
+/** Ids as the value of a cell. */
+QVariantList toVariants(const QList<int>& ids);

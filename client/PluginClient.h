@@ -1,0 +1,193 @@
+#pragma once
+
+#include "client/RecordModels.h"
+
+#include <QMetaMethod>
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+#include <QVariant>
+
+#include <array>
+
+/** An audio file on the server, or on its way there. */
+struct AudioFileRow
+{
+    int id = 0; ///< Negative while it has none of the server.
+    QString name;
+    int length = 0; ///< ms; 0 when unknown.
+    int status = 0; ///< 1 uploading, 2 ready, 4 and 5 refused.
+};
+
+/**
+ * The plug-in as C++ and QML see it: its invokables, signals, properties and models with types. The one place
+ * that reaches the plug-in by name; it bears the plug-in's own names. Everything happens on the plug-in's
+ * thread.
+ */
+class PluginClient : public QObject
+{
+    Q_OBJECT
+    /** Whether a microphone is present. */
+    Q_PROPERTY(bool audioInDevAvailable READ audioInDevAvailable NOTIFY audioInDevAvailableChanged)
+    /** Whether at least one talk target is open. */
+    Q_PROPERTY(bool talking READ talking NOTIFY talkingChanged)
+    /** The audio files on the server: maps with "audioID", "audioName", "audioLength" (ms), "audioStatus". */
+    Q_PROPERTY(QVariantList audioFileList READ audioFileList NOTIFY audioFileListChanged)
+
+public:
+    /**
+     * Finds everything that this class offers in a plug-in; its signals are passed on from then on. Once.
+     *
+     * @param plugin initialised
+     * @return false when something is missing; errorString then names it, and the rest works
+     */
+    bool attach(QObject* plugin);
+
+    QString errorString() const { return m_errorString; }
+
+    bool audioInDevAvailable() const;
+    bool talking() const;
+    QVariantList audioFileList() const;
+
+    /** The audio files on the server, in the plug-in's order. */
+    QList<AudioFileRow> audioFiles() const;
+
+    // A request that answers bool: whether the host took the command. Without a plug-in nothing is done.
+
+    /** @param volume of the microphone, 0 to 100 */
+    Q_INVOKABLE void setMicVolume(int volume);
+    Q_INVOKABLE void setMicMute(bool mute);
+    /** Starts the microphone and asks for a talk to a camera; startTalkResponse follows. */
+    Q_INVOKABLE bool startTalk(const QString& camId, const QString& relayPath = QString());
+    /** Asks for a talk to a device, without a microphone; startTalkToIPAudioResponse follows. */
+    Q_INVOKABLE bool startTalkToIPAudio(int ipAudioId);
+    /** Ends the whole talk. */
+    Q_INVOKABLE bool stopTalk();
+    Q_INVOKABLE bool stopTalkToIPAudio(int ipAudioId);
+    /** Starts the microphone; false when it does not start. */
+    Q_INVOKABLE bool startAudioCapture();
+    Q_INVOKABLE void stopAudioCapture();
+
+    Q_INVOKABLE bool addIPAudio(const QString& deviceName, const QString& ip, int port,
+                                const QString& username, const QString& password,
+                                const QStringList& bindingCameraList);
+    Q_INVOKABLE bool updateIPAudio(int ipAudioId, const QString& deviceName, const QString& ip, int port,
+                                   const QString& username, const QString& password,
+                                   const QStringList& bindingCameraList);
+    Q_INVOKABLE bool deleteIPAudio(int ipAudioId);
+    /** Asks for the list of devices; ipAudioModelChanged follows. */
+    Q_INVOKABLE void retrieveIPAudioModel();
+    /** The devices that a camera is bound to, as the plug-in gives them. */
+    Q_INVOKABLE QVariantMap queryBindingIPAudio(const QString& nodeId);
+
+    /** Plays a file of the server on a device; playAudioResponse follows, again and again to the end. */
+    Q_INVOKABLE void playAudio(int ipAudioId, int audioFileId);
+    Q_INVOKABLE void playGroupAudio(int networkAudioGroupId, int audioFileId);
+    Q_INVOKABLE void stopCurrentAudio(int ipAudioId);
+    Q_INVOKABLE void stopCurrentGroupAudio(int networkAudioGroupId);
+
+    /** Reads a local file and sends it. Serves events for up to 5 s meanwhile. */
+    Q_INVOKABLE bool uploadFile(const QUrl& fileUrl);
+    /** @param audioID a negative one is only taken off the list */
+    Q_INVOKABLE void deleteAudioFile(int audioID);
+
+    Q_INVOKABLE void getNetworkAudioGroup();
+    /** @param networkAudioIDList a list of ids of devices */
+    Q_INVOKABLE bool addNetworkAudioGroup(const QString& groupName, const QVariant& networkAudioIDList);
+    Q_INVOKABLE bool updateNetworkAudioGroup(int id, const QString& groupName,
+                                             const QVariant& networkAudioIDList);
+    Q_INVOKABLE bool deleteNetworkAudioGroup(int id);
+
+    Q_INVOKABLE void getNetworkAudioSchedule();
+    /** @param schedule a record under the words of the protocol */
+    Q_INVOKABLE bool addNetworkAudioSchedule(const QVariantMap& schedule);
+    Q_INVOKABLE bool updateNetworkAudioSchedule(int id, const QVariantMap& schedule);
+    Q_INVOKABLE bool deleteNetworkAudioSchedule(int id);
+
+    // Models with a filter of their own; the parent owns them. Null without a plug-in that has them.
+    Q_INVOKABLE DeviceModel* getIPAudioModel(QObject* parent) const;
+    Q_INVOKABLE GroupModel* getNetworkAudioGroupModel(QObject* parent) const;
+    Q_INVOKABLE ScheduleModel* getNetworkAudioScheduleModel(QObject* parent) const;
+
+Q_SIGNALS:
+    void audioInDevAvailableChanged();
+    void talkingChanged();
+    void audioFileListChanged();
+    void startTalkResponse(bool success);
+    void startTalkToIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    void ipAudioModelChanged();
+    void addIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    void updateIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    void deleteIPAudioResponse(bool success, const QString& returnCode, int ipAudioId);
+    void talkDisconnected();
+    void playAudioResponse(bool success, int progress, const QString& errorCode, int ipAudioId);
+    void stopCurrentAudioResponse();
+    void playAudioError(const QString& ipAudioName, const QString& audioFileName, const QString& errorCode,
+                        const QString& alarmName);
+    void addNetworkAudioGroupResponse(bool success, const QString& returnCode, int groupId);
+    void updateNetworkAudioGroupResponse(bool success, const QString& returnCode, int groupId);
+    void deleteNetworkAudioGroupResponse(bool success, const QString& returnCode, int groupId);
+    void addNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
+    void updateNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
+    void deleteNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
+
+private:
+    /** The plug-in's invokables, in the order of their signatures in the source. */
+    enum Method
+    {
+        SetMicVolume,
+        SetMicMute,
+        StartTalk,
+        StartTalkToIPAudio,
+        StopTalk,
+        StopTalkToIPAudio,
+        StartAudioCapture,
+        StopAudioCapture,
+        AddIPAudio,
+        UpdateIPAudio,
+        DeleteIPAudio,
+        RetrieveIPAudioModel,
+        QueryBindingIPAudio,
+        PlayAudio,
+        PlayGroupAudio,
+        StopCurrentAudio,
+        StopCurrentGroupAudio,
+        UploadFile,
+        DeleteAudioFile,
+        GetNetworkAudioGroup,
+        AddNetworkAudioGroup,
+        UpdateNetworkAudioGroup,
+        DeleteNetworkAudioGroup,
+        GetNetworkAudioSchedule,
+        AddNetworkAudioSchedule,
+        UpdateNetworkAudioSchedule,
+        DeleteNetworkAudioSchedule,
+        GetIPAudioModel,
+        GetNetworkAudioGroupModel,
+        GetNetworkAudioScheduleModel,
+        MethodCount,
+    };
+    struct MethodName
+    {
+        const char* returnType;
+        const char* signature;
+    };
+    static const std::array<MethodName, MethodCount> methodNames;
+
+    /** Calls an invokable; a default-made result when there is none. */
+    template<class Result, class... Arguments>
+    Result call(Method method, const Arguments&... arguments) const;
+
+    template<class Model>
+    Model* model(Method getter, QObject* parent) const;
+    template<class Model>
+    QStringList faultsOf(Method getter) const;
+
+    QStringList findMethods();
+    QStringList findProperties() const;
+    QStringList connectSignals();
+
+    QPointer<QObject> m_plugin;
+    std::array<QMetaMethod, MethodCount> m_methods; ///< Invalid where the plug-in has none.
+    QString m_errorString;
+};
