@@ -34,24 +34,24 @@ private:
     {
     public:
         void open() override {}
-        bool send(const QString& command, const QVariant& payload, void* userData) override
+        bool send(const QString& command, const QVariant& payload, quint64) override
         {
             commands.append(command);
             payloads.append(payload);
-            userDatas.append(userData);
+            requests.append(request);
             return accepts;
         }
         void answer(const QString& command, const QVariant& result, const QString& code = QStringLiteral("0"))
         {
             const int at = commands.lastIndexOf(command);
             QVERIFY2(at >= 0, qPrintable(command));
-            Q_EMIT replied(command, result, userDatas[at], code, QString());
+            Q_EMIT replied(command, result, requests[at], code, QString());
         }
 
         bool accepts = true;
         QStringList commands;
         QVariantList payloads;
-        QVector<void*> userDatas;
+        QVector<quint64> requests;
     };
 
     QVariantMap lastRecord() const { return m_link->payloads.last().toMap(); }
