@@ -1,12 +1,12 @@
 #include "audio/AudioFileReader.h"
 
+#include "audio/FfmpegPtr.h"
+#include "audio/PcmConverter.h"
 #include "system/MediaFiles.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/channel_layout.h>
-#include <libswresample/swresample.h>
 }
 
 #include <algorithm>
@@ -24,25 +24,16 @@ constexpr std::size_t longestPart = 600U * AudioFileReader::sampleRate; // decod
 
 struct AudioFileReader::Private
 {
-    AVFormatContext* file = nullptr;
-    AVCodecContext* codec = nullptr;
-    SwrContext* converter = nullptr;
-    AVPacket* packet = av_packet_alloc();
-    AVFrame* frame = av_frame_alloc();
+    FfmpegPtr<AVFormatContext> file;
+    FfmpegPtr<AVCodecContext> codec;
+    std::unique_ptr<framesmith::PcmConverter> converter; ///< Made at the first frame.
+    FfmpegPtr<AVPacket> packet{av_packet_alloc()};
+    FfmpegPtr<AVFrame> frame{av_frame_alloc()};
     int stream = -1;
     bool ended = false;
     bool broken = false;
     std::vector<std::int16_t> pending; ///< Decoded and not yet read.
     std::size_t pendingPosition = 0;
-
-    ~Private()
-    {
-        avformat_close_input(&file);
-        avcodec_free_context(&codec);
-        swr_free(&converter);
-        av_packet_free(&packet);
-        av_frame_free(&frame);
-    }
 
     bool open(const char* path)
     {
@@ -50,32 +41,34 @@ struct AudioFileReader::Private
         AVDictionary* options = nullptr;
         av_dict_set(&options, "protocol_whitelist", "file", 0);
         av_dict_set(&options, "format_whitelist", "wav,mp3,aac,mov,mp4,m4a,flac,ogg,aiff,w64", 0);
-        const int opened = avformat_open_input(&file, path, nullptr, &options);
+        AVFormatContext* input = nullptr;
+        const int opened = avformat_open_input(&input, path, nullptr, &options);
         av_dict_free(&options);
-        if (opened < 0 || avformat_find_stream_info(file, nullptr) < 0) {
+        file.reset(input); // null when it did not open
+        if (opened < 0 || avformat_find_stream_info(input, nullptr) < 0) {
             return false;
         }
         const AVCodec* decoder = nullptr;
-        stream = av_find_best_stream(file, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
-        codec = stream >= 0 && decoder != nullptr ? avcodec_alloc_context3(decoder) : nullptr;
+        stream = av_find_best_stream(input, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
+        codec.reset(stream >= 0 && decoder != nullptr ? avcodec_alloc_context3(decoder) : nullptr);
         return codec != nullptr &&
-               avcodec_parameters_to_context(codec, file->streams[stream]->codecpar) >= 0 &&
-               avcodec_open2(codec, decoder, nullptr) >= 0;
+               avcodec_parameters_to_context(codec.get(), input->streams[stream]->codecpar) >= 0 &&
+               avcodec_open2(codec.get(), decoder, nullptr) >= 0;
     }
 
     bool ensureConverter()
     {
         if (converter != nullptr) {
-            return frame->ch_layout.nb_channels == codec->ch_layout.nb_channels &&
+            return converter->valid() && frame->ch_layout.nb_channels == codec->ch_layout.nb_channels &&
                    frame->format == codec->sample_fmt;
         }
-        AVChannelLayout mono{};
-        av_channel_layout_default(&mono, 1);
-        return codec->sample_rate >= leastRate && codec->sample_rate <= mostRate &&
-               codec->ch_layout.nb_channels > 0 &&
-               swr_alloc_set_opts2(&converter, &mono, AV_SAMPLE_FMT_S16, sampleRate, &codec->ch_layout,
-                                   codec->sample_fmt, codec->sample_rate, 0, nullptr) >= 0 &&
-               swr_init(converter) >= 0;
+        if (codec->sample_rate < leastRate || codec->sample_rate > mostRate ||
+            codec->ch_layout.nb_channels <= 0) {
+            return false;
+        }
+        converter = std::make_unique<framesmith::PcmConverter>(codec->sample_fmt, codec->sample_rate,
+                                                               codec->ch_layout, sampleRate);
+        return converter->valid();
     }
 
     void convertFrame()
@@ -84,16 +77,7 @@ struct AudioFileReader::Private
             broken = true;
             return;
         }
-        const int room = swr_get_out_samples(converter, frame->nb_samples);
-        if (room <= 0) {
-            return;
-        }
-        const std::size_t before = pending.size();
-        pending.resize(before + static_cast<std::size_t>(room));
-        auto* out = reinterpret_cast<std::uint8_t*>(pending.data() + before);
-        const int made = swr_convert(
-            converter, &out, room, const_cast<const std::uint8_t**>(frame->extended_data), frame->nb_samples);
-        pending.resize(before + static_cast<std::size_t>(std::max(made, 0)));
+        converter->convertPlanes(frame->extended_data, static_cast<std::size_t>(frame->nb_samples), pending);
     }
 
     /** Decodes one packet more; false at the end. */
@@ -104,18 +88,18 @@ struct AudioFileReader::Private
         }
         int read = 0;
         do {
-            av_packet_unref(packet);
-            read = av_read_frame(file, packet);
+            av_packet_unref(packet.get());
+            read = av_read_frame(file.get(), packet.get());
         } while (read >= 0 && packet->stream_index != stream);
         ended = read < 0;
         broken = broken || (read < 0 && read != AVERROR_EOF);
-        const int sent = avcodec_send_packet(codec, ended ? nullptr : packet);
+        const int sent = avcodec_send_packet(codec.get(), ended ? nullptr : packet.get());
         broken = broken || (sent < 0 && sent != AVERROR_EOF);
-        while (!broken && avcodec_receive_frame(codec, frame) >= 0) {
+        while (!broken && avcodec_receive_frame(codec.get(), frame.get()) >= 0) {
             convertFrame();
-            av_frame_unref(frame);
+            av_frame_unref(frame.get());
         }
-        av_packet_unref(packet);
+        av_packet_unref(packet.get());
         return true;
     }
 };

@@ -1,10 +1,7 @@
 #pragma once
 
+#include "audio/FfmpegPtr.h"
 #include "audio/TalkEncoder.h"
-
-struct AVCodecContext;
-struct AVFrame;
-struct AVPacket;
 
 /** G.711 (ITU-T G.711) and AAC with ADTS headers (ISO/IEC 13818-7), by libavcodec. */
 class AvTalkEncoder : public TalkEncoder
@@ -12,9 +9,6 @@ class AvTalkEncoder : public TalkEncoder
 public:
     /** @param codecId AVCodecID of G.711 or AAC @param format AAC: 16000 Hz */
     AvTalkEncoder(int codecId, const TalkFormat& format);
-    ~AvTalkEncoder() override;
-    AvTalkEncoder(const AvTalkEncoder&) = delete;
-    AvTalkEncoder& operator=(const AvTalkEncoder&) = delete;
 
     bool valid() const { return m_context != nullptr; }
 
@@ -23,7 +17,7 @@ public:
 private:
     bool open(int codecId);
 
-    AVCodecContext* m_context = nullptr;
-    AVFrame* m_frame;
-    AVPacket* m_packet;
+    FfmpegPtr<AVCodecContext> m_context; ///< Null when the encoder did not open.
+    FfmpegPtr<AVFrame> m_frame;
+    FfmpegPtr<AVPacket> m_packet;
 };

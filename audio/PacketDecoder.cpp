@@ -19,22 +19,15 @@ constexpr int maxBitstreamSize = 16384; // bytes; two seconds of sound
 PacketDecoder::PacketDecoder() : m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
 {
     const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_PCM_MULAW);
-    m_context = codec != nullptr ? avcodec_alloc_context3(codec) : nullptr;
+    m_context.reset(codec != nullptr ? avcodec_alloc_context3(codec) : nullptr);
     if (m_context == nullptr) {
         return;
     }
     m_context->sample_rate = sampleRate;
     av_channel_layout_default(&m_context->ch_layout, 1);
-    if (avcodec_open2(m_context, codec, nullptr) < 0) {
-        avcodec_free_context(&m_context);
+    if (avcodec_open2(m_context.get(), codec, nullptr) < 0) {
+        m_context.reset();
     }
-}
-
-PacketDecoder::~PacketDecoder()
-{
-    avcodec_free_context(&m_context);
-    av_frame_free(&m_frame);
-    av_packet_free(&m_packet);
 }
 
 std::optional<DecodedTalk> PacketDecoder::decode(const QByteArray& packet)
@@ -52,17 +45,17 @@ std::optional<DecodedTalk> PacketDecoder::decode(const QByteArray& packet)
     if (size == 0) {
         return talk;
     }
-    if (size > maxBitstreamSize || av_new_packet(m_packet, size) < 0) {
+    if (size > maxBitstreamSize || av_new_packet(m_packet.get(), size) < 0) {
         return std::nullopt;
     }
     std::memcpy(m_packet->data, bytes + header->length, static_cast<std::size_t>(size));
-    const int sent = avcodec_send_packet(m_context, m_packet);
-    av_packet_unref(m_packet);
-    if (sent < 0 || avcodec_receive_frame(m_context, m_frame) < 0) {
+    const int sent = avcodec_send_packet(m_context.get(), m_packet.get());
+    av_packet_unref(m_packet.get());
+    if (sent < 0 || avcodec_receive_frame(m_context.get(), m_frame.get()) < 0) {
         return std::nullopt;
     }
     const auto* samples = reinterpret_cast<const std::int16_t*>(m_frame->data[0]);
     talk.samples.assign(samples, samples + m_frame->nb_samples);
-    av_frame_unref(m_frame);
+    av_frame_unref(m_frame.get());
     return talk;
 }

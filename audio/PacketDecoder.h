@@ -1,14 +1,12 @@
 #pragma once
 
+#include "audio/FfmpegPtr.h"
+
 #include <QByteArray>
 
 #include <cstdint>
 #include <optional>
 #include <vector>
-
-struct AVCodecContext;
-struct AVFrame;
-struct AVPacket;
 
 /** One decoded talk packet. */
 struct DecodedTalk
@@ -25,15 +23,12 @@ public:
     static constexpr int sampleRate = 8000; // Hz
 
     PacketDecoder();
-    ~PacketDecoder();
-    PacketDecoder(const PacketDecoder&) = delete;
-    PacketDecoder& operator=(const PacketDecoder&) = delete;
 
     /** Empty for anything that is not such a packet. */
     std::optional<DecodedTalk> decode(const QByteArray& packet);
 
 private:
-    AVCodecContext* m_context = nullptr;
-    AVFrame* m_frame = nullptr;
-    AVPacket* m_packet = nullptr;
+    FfmpegPtr<AVCodecContext> m_context; ///< Null when the decoder did not open.
+    FfmpegPtr<AVFrame> m_frame;
+    FfmpegPtr<AVPacket> m_packet;
 };

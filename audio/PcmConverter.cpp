@@ -41,20 +41,28 @@ PcmConverter::PcmConverter(SampleFormat format, int rate, int channels, int outp
     if (m_passThrough) {
         return;
     }
-    AVChannelLayout inputLayout{};
-    AVChannelLayout outputLayout{};
-    av_channel_layout_default(&inputLayout, channels);
-    av_channel_layout_default(&outputLayout, 1);
-    if (swr_alloc_set_opts2(&m_context, &outputLayout, AV_SAMPLE_FMT_S16, outputRate, &inputLayout, input,
-                            rate, 0, nullptr) < 0 ||
-        swr_init(m_context) < 0) {
-        swr_free(&m_context);
-    }
+    AVChannelLayout layout{};
+    av_channel_layout_default(&layout, channels);
+    open(input, rate, layout, outputRate);
 }
 
-PcmConverter::~PcmConverter()
+PcmConverter::PcmConverter(int avFormat, int rate, const AVChannelLayout& layout, int outputRate)
 {
-    swr_free(&m_context);
+    open(avFormat, rate, layout, outputRate);
+}
+
+void PcmConverter::open(int avFormat, int rate, const AVChannelLayout& layout, int outputRate)
+{
+    AVChannelLayout mono{};
+    av_channel_layout_default(&mono, 1);
+    auto* input = const_cast<AVChannelLayout*>(&layout); // only read, though FFmpeg 5.1 does not say so
+    SwrContext* context = nullptr;
+    const int allocated = swr_alloc_set_opts2(&context, &mono, AV_SAMPLE_FMT_S16, outputRate, input,
+                                              static_cast<AVSampleFormat>(avFormat), rate, 0, nullptr);
+    m_context.reset(context);
+    if (allocated < 0 || swr_init(context) < 0) {
+        m_context.reset();
+    }
 }
 
 void PcmConverter::convert(const void* data, std::size_t frames, std::vector<std::int16_t>& out)
@@ -64,19 +72,25 @@ void PcmConverter::convert(const void* data, std::size_t frames, std::vector<std
         out.insert(out.end(), samples, samples + frames);
         return;
     }
+    const auto* plane = static_cast<const std::uint8_t*>(data);
+    convertPlanes(data != nullptr ? &plane : nullptr, frames, out);
+}
+
+void PcmConverter::convertPlanes(const std::uint8_t* const* planes, std::size_t frames,
+                                 std::vector<std::int16_t>& out)
+{
     if (m_context == nullptr) {
         return;
     }
-    const int room = swr_get_out_samples(m_context, static_cast<int>(frames));
+    const int room = swr_get_out_samples(m_context.get(), static_cast<int>(frames));
     if (room <= 0) {
         return;
     }
     const std::size_t before = out.size();
     out.resize(before + static_cast<std::size_t>(room));
     auto* target = reinterpret_cast<std::uint8_t*>(out.data() + before);
-    const auto* source = static_cast<const std::uint8_t*>(data);
-    const int made =
-        swr_convert(m_context, &target, room, data != nullptr ? &source : nullptr, static_cast<int>(frames));
+    const int made = swr_convert(m_context.get(), &target, room, const_cast<const std::uint8_t**>(planes),
+                                 static_cast<int>(frames));
     out.resize(before + static_cast<std::size_t>(made > 0 ? made : 0));
 }
 

@@ -1,5 +1,6 @@
 #include "client/measure/OutputRecorder.h"
 
+#include "audio/PcmFormat.h"
 #include "audio/SteadyClock.h"
 #include "audio/WaveFileWriter.h"
 
@@ -39,13 +40,7 @@ bool OutputRecorder::start()
     if (!monitor) {
         return false;
     }
-    QAudioFormat format;
-    format.setSampleRate(sampleRate);
-    format.setChannelCount(1);
-    format.setSampleSize(16);
-    format.setCodec(QStringLiteral("audio/pcm"));
-    format.setByteOrder(QAudioFormat::LittleEndian);
-    format.setSampleType(QAudioFormat::SignedInt);
+    const QAudioFormat format = pcmFormat(sampleRate);
     if (!monitor->isFormatSupported(format)) {
         return false;
     }

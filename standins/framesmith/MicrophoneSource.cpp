@@ -1,6 +1,6 @@
 #include "standins/framesmith/MicrophoneSource.h"
 
-#include "audio/PcmConverter.h"
+#include "audio/PcmFormat.h"
 #include "standins/framesmith/SampleQueue.h"
 
 #include <QAudioDeviceInfo>
@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <future>
-#include <optional>
 
 namespace framesmith {
 
@@ -19,38 +18,6 @@ namespace {
 
 constexpr std::size_t queueCapacity = std::size_t{2} * PcmConverter::captureRate; // two seconds
 constexpr int reopenInterval = 1000;                                              // ms
-
-QAudioFormat wantedFormat()
-{
-    QAudioFormat format;
-    format.setSampleRate(PcmConverter::captureRate);
-    format.setChannelCount(1);
-    format.setSampleSize(16);
-    format.setSampleType(QAudioFormat::SignedInt);
-    format.setByteOrder(QAudioFormat::LittleEndian);
-    format.setCodec(QStringLiteral("audio/pcm"));
-    return format;
-}
-
-std::optional<SampleFormat> sampleFormatOf(const QAudioFormat& format)
-{
-    if (format.codec() != QLatin1String("audio/pcm") || format.byteOrder() != QAudioFormat::LittleEndian) {
-        return std::nullopt;
-    }
-    if (format.sampleType() == QAudioFormat::SignedInt && format.sampleSize() == 16) {
-        return SampleFormat::S16;
-    }
-    if (format.sampleType() == QAudioFormat::SignedInt && format.sampleSize() == 32) {
-        return SampleFormat::S32;
-    }
-    if (format.sampleType() == QAudioFormat::UnSignedInt && format.sampleSize() == 8) {
-        return SampleFormat::U8;
-    }
-    if (format.sampleType() == QAudioFormat::Float && format.sampleSize() == 32) {
-        return SampleFormat::Float;
-    }
-    return std::nullopt;
-}
 
 QAudioDeviceInfo findDevice(const QString& name)
 {
@@ -100,7 +67,8 @@ private:
     {
         const QAudioDeviceInfo device = findDevice(m_deviceName);
         // Where there is no device, Qt may offer one without a format in its place.
-        const QAudioFormat format = device.isNull() ? QAudioFormat() : device.nearestFormat(wantedFormat());
+        const QAudioFormat format =
+            device.isNull() ? QAudioFormat() : device.nearestFormat(pcmFormat(PcmConverter::captureRate));
         const auto sampleFormat = sampleFormatOf(format);
         if (!sampleFormat) {
             m_opened.set_value(false);

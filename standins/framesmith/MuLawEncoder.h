@@ -1,12 +1,9 @@
 #pragma once
 
+#include "audio/FfmpegPtr.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-
-struct AVCodecContext;
-struct AVFrame;
-struct AVPacket;
 
 namespace framesmith {
 
@@ -15,17 +12,14 @@ class MuLawEncoder
 {
 public:
     MuLawEncoder();
-    ~MuLawEncoder();
-    MuLawEncoder(const MuLawEncoder&) = delete;
-    MuLawEncoder& operator=(const MuLawEncoder&) = delete;
 
     /** Writes one byte for each sample to @p out; returns false when the codec fails. */
     bool encode(const std::int16_t* samples, std::size_t count, std::uint8_t* out);
 
 private:
-    AVCodecContext* m_context = nullptr;
-    AVFrame* m_frame = nullptr;
-    AVPacket* m_packet = nullptr;
+    FfmpegPtr<AVCodecContext> m_context; ///< Null when the encoder did not open.
+    FfmpegPtr<AVFrame> m_frame;
+    FfmpegPtr<AVPacket> m_packet;
 };
 
 } // namespace framesmith

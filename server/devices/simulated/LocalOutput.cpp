@@ -1,14 +1,10 @@
 #include "server/devices/simulated/LocalOutput.h"
 
+#include "audio/PcmFormat.h"
+
 LocalOutput::LocalOutput(int sampleRate)
 {
-    QAudioFormat format;
-    format.setSampleRate(sampleRate);
-    format.setChannelCount(1);
-    format.setSampleSize(16);
-    format.setCodec(QStringLiteral("audio/pcm"));
-    format.setByteOrder(QAudioFormat::LittleEndian);
-    format.setSampleType(QAudioFormat::SignedInt);
+    const QAudioFormat format = pcmFormat(sampleRate);
     const auto devices = QAudioDeviceInfo::availableDevices(QAudio::AudioOutput);
     for (const QAudioDeviceInfo& device : devices) {
         if (device.isFormatSupported(format)) {
