@@ -11,29 +11,43 @@
 #include <vector>
 
 /**
- * Looks at logins on threads of its own: a password takes its time, and the server has other clients.
+ * Checks logins on threads of its own, since a check takes a tenth of a second and the server has other
+ * clients.
  *
- *   check --> requests --> thread (UserBook::admits) --> verdicts --> checked, on the caller's thread
+ *   check --> requests --> thread (UserBook::admits) --> verdicts --> checked
+ *
+ * All members are used, and the signal is emitted, on the thread that made the object.
  */
 class LoginChecker : public QObject
 {
     Q_OBJECT
 
 public:
+    /** @param users copied */
     explicit LoginChecker(const UserBook& users);
+    /** Waits for the checks that are running; drops the others. */
     ~LoginChecker() override;
 
-    /** Begins to look at a login; its number comes back with checked. */
+    /**
+     * Queues a login for its check; checked follows.
+     *
+     * @param name   empty for a token
+     * @param secret the password or token
+     * @return the number of the check, not 0
+     */
     quint64 check(const QString& name, const QString& secret);
 
-    /** Takes back a login whose client has gone, so that it costs the others no time. One that is already
-     * being looked at, or unknown, is left alone. */
+    /**
+     * Removes a login from the queue, because its client has left. Does nothing for one whose check runs or
+     * that is unknown.
+     */
     void withdraw(quint64 number);
 
-    /** How many logins wait to be looked at. */
+    /** Returns the number of logins in the queue. */
     std::size_t waiting();
 
 Q_SIGNALS:
+    /** Emitted when the check with this number has ended. */
     void checked(quint64 number, bool admitted);
 
 private Q_SLOTS:

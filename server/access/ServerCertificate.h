@@ -9,13 +9,18 @@
 /** The server's own certificate, signed by itself (X.509), and its key. */
 struct ServerCertificate
 {
-    QSslCertificate certificate;
-    QSslKey key;
+    QSslCertificate certificate; ///< Valid for ten years from its creation.
+    QSslKey key;                 ///< P-256, or the RSA key that the user put there.
 
-    /** Reads "server.crt" and "server.key" of a folder, or makes them there; empty, and an error, on failure.
+    /**
+     * Reads "server.crt" and "server.key" of a folder, or makes what is missing there.
+     *
+     * @param folder made when missing
+     * @param error  receives the reason of a failure
+     * @return empty on failure
      */
     static std::optional<ServerCertificate> loadOrCreate(const QString& folder, QString* error);
 
-    /** SHA-256 of a certificate, hexadecimal, by which a client knows it again. */
+    /** Returns the SHA-256 of a certificate, in lower-case hexadecimal, by which a client recognises it. */
     static QString fingerprint(const QSslCertificate& certificate);
 };

@@ -10,19 +10,19 @@
 
 class ServerSession;
 
-/** One client of the socket server, from its login to its end. */
+/** One client of the socket server, from its connection to its end. Lives on the server's thread. */
 class SocketClient : public QObject
 {
     Q_OBJECT
 
 public:
-    /** @param socket owned from now on */
+    /** @param socket owned from now on; the other arguments outlive the object */
     SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
                  QWebSocket* socket);
     ~SocketClient() override;
 
 Q_SIGNALS:
-    /** The connection has ended; the object is to be deleted. */
+    /** Emitted when the connection has ended; the receiver deletes the object, later. */
     void gone();
 
 private:
@@ -40,7 +40,7 @@ private:
     std::unique_ptr<QWebSocket> m_socket;
     std::unique_ptr<ServerSession> m_session; ///< Null until the login.
     QTimer m_loginTimer;
-    quint64 m_loginNumber = 0; ///< Of the login that is being looked at; 0 for none.
+    quint64 m_loginNumber = 0; ///< Of the login that is being checked; 0 for none.
     bool m_dropped = false;
-    bool m_refused = false; ///< Not dropped yet, but nothing is heard from it any more.
+    bool m_refused = false; ///< Not dropped yet, but its messages are ignored.
 };

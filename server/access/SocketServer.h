@@ -1,8 +1,8 @@
 #pragma once
 
+#include "server/RecordingServer.h"
 #include "server/access/LoginChecker.h"
 #include "server/access/UserBook.h"
-#include "server/RecordingServer.h"
 
 #include <QElapsedTimer>
 #include <QHostAddress>
@@ -17,42 +17,49 @@
 class SocketClient;
 struct ServerCertificate;
 
-/** How a server is reached from other processes. */
+/** Address and limits of a socket server. */
 struct SocketConfig
 {
-    QHostAddress address = QHostAddress::LocalHost;
-    quint16 port = 0; ///< 0 for any that is free.
-    UserBook users;
-    int maxClients = 256;
-    qint64 longestQueue =
-        16 << 20; ///< Bytes that wait for a client; one that is slower loses its connection.
+    QHostAddress address = QHostAddress::LocalHost; ///< Of the interface to listen on.
+    quint16 port = 0;                               ///< 0 for any free one.
+    UserBook users;                                 ///< Who may log in.
+    int maxClients = 256;                           ///< Further ones are refused.
+    qint64 longestQueue = 16 << 20;      ///< Unsent bytes for a client; one with more loses its connection.
     quint64 largestMessage = 48U << 20U; ///< Bytes, after the login; the largest upload fits.
-    int loginTimeout = 10000;            ///< ms
+    int loginTimeout = 10000;            ///< From the connection to the login, ms.
 };
 
 /**
- * The server's door for other processes: WebSockets with CBOR messages, with TLS if there is a certificate.
+ * Serves clients in other processes: WebSockets with CBOR messages, with TLS if there is a certificate.
  *
  *   QWebSocketServer --> SocketClient (login, then a ServerSession) --> RecordingServer
  *
- * Until a client has logged in, it is told nothing and may send little. Lives on the server's thread.
+ * A client that has not logged in gets no data, and its messages are limited to 16 KiB. Lives on the server's
+ * thread.
  */
 class SocketServer : public QObject
 {
     Q_OBJECT
 
 public:
-    /** @param server outlives the object @param certificate null for no TLS */
+    /**
+     * @param server      outlives the object
+     * @param config      copied
+     * @param certificate null for no TLS
+     */
     SocketServer(RecordingServer& server, SocketConfig config, const ServerCertificate* certificate);
     ~SocketServer() override;
 
+    /** Starts to listen; returns false when the address or port cannot be used. */
     bool listen();
 
+    /** Returns why listen failed. */
     QString errorString() const { return m_server.errorString(); }
 
-    /** Where clients connect to. */
+    /** Returns the address that clients connect to; valid after listen. */
     QUrl url() const { return m_server.serverUrl(); }
 
+    /** Returns the number of connected clients, those without a login included. */
     int clients() const { return static_cast<int>(m_clients.size()); }
 
 private:

@@ -4,27 +4,44 @@
 #include <QString>
 
 /**
- * Who may use the server: names with passwords, and tokens. Kept as hashes of libsodium's password function
- * (Argon2id), in a text file of one "name hash" a line; "token hash" for a token, which comes without a name.
+ * The users of the server: names with passwords, and one token. They are stored as hashes of libsodium's
+ * password function (Argon2id), in a text file with one "name hash" on a line; the token has the name
+ * "token".
  */
 class UserBook
 {
 public:
-    /** An empty book: nobody may do anything. */
+    /** Makes a book without users: every login is refused. */
     UserBook() = default;
 
-    /** Reads a file; false when that fails, an absent file is an empty book. */
+    /** Adds the users of a file; a missing file has none. Returns false when it cannot be read. */
     bool load(const QString& path);
 
-    /** Writes a file; false, and an error, when that fails, an older one is then as it was. */
+    /**
+     * Writes a file that only its owner can read.
+     *
+     * @param path  the file
+     * @param error receives the reason of a failure, unless null
+     * @return false on failure; an older file is then unchanged
+     */
     bool save(const QString& path, QString* error = nullptr) const;
 
-    /** Adds a user or changes a password; an empty name stands for a token. False for a name with blanks. */
+    /**
+     * Adds a user or changes a password.
+     *
+     * @param name     empty for the token
+     * @param password not empty
+     * @return false for a name with blanks and for an empty password
+     */
     bool setPassword(const QString& name, const QString& password);
 
-    /** Takes a tenth of a second, on purpose, whether or not there is such a user. */
+    /**
+     * Returns whether a login is right; false for a password of more than 1024 bytes. Takes a tenth of a
+     * second, deliberately also for an unknown user. May be called on several threads at a time.
+     */
     bool admits(const QString& name, const QString& password) const;
 
+    /** Returns whether there are no users. */
     bool isEmpty() const { return m_hashes.isEmpty(); }
 
 private:

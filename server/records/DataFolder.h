@@ -7,26 +7,27 @@
 #include <memory>
 
 /**
- * The folder of a server's records. The process that has it open keeps every other one out by a lock file in
- * it, which is taken before anything else in the folder is made or changed, and which outlives a process that
- * was killed without keeping the next one out.
+ * The folder of a server's records. A process that has it open excludes all others by a lock file, which is
+ * locked before anything else in the folder is made or changed. The file that a killed process leaves behind
+ * does not exclude the next one.
  *
- * Servers of one process share the lock: a program may make its next server before the one before is deleted.
+ * Servers of one process share the lock: a program may make its next server before it deletes the last one.
  */
 class DataFolder
 {
 public:
-    /** @param path made when missing; empty for a folder that ends with the object */
+    /** @param path made when missing; empty for a temporary folder, which is deleted with the object */
     explicit DataFolder(const QString& path);
 
-    /** Whether this process may use the folder; errorString says why not, and who has it. */
+    /** Returns whether this process may use the folder. */
     bool isHeld() const { return m_error.isEmpty(); }
+    /** Returns why the folder is not held, and which process holds it; empty when it is held. */
     QString errorString() const { return m_error; }
 
-    /** Whether what is written here is there at the next start. */
+    /** Returns whether the files remain after the object is deleted. */
     bool isLasting() const { return m_lock != nullptr; }
 
-    /** Path of an entry. Of a folder that another process holds: an entry of a temporary one in its place. */
+    /** Returns the path of an entry. When the folder is not held, the entry is in a temporary folder. */
     QString path(const char* name) const;
 
 private:
@@ -34,6 +35,6 @@ private:
 
     QString m_path;
     QString m_error;
-    std::unique_ptr<QTemporaryDir> m_temporary; ///< In the place of a lasting folder.
+    std::unique_ptr<QTemporaryDir> m_temporary; ///< Used in place of a lasting folder.
     std::shared_ptr<QLockFile> m_lock;
 };

@@ -8,32 +8,67 @@
 
 #include <optional>
 
-/** The IP audio devices of the database, in the shape of the protocol. */
+/**
+ * The IP audio devices of the database, as records of the protocol: maps of "deviceID" and "port" (int),
+ * "deviceName", "ip", "username", "password" (QString) and "bindingCameraList" (QString, camera ids joined
+ * with
+ * "|"). Passwords are encrypted in the database and in clear text in records. Used on the database's thread.
+ */
 class DeviceStore
 {
 public:
+    /** Both arguments outlive the store. */
     DeviceStore(RecordDatabase& database, const SecretBox& secrets) : m_database(database), m_secrets(secrets)
     {
     }
 
-    /** Whether a device has a password, which only the key that sealed it opens; true when that cannot be
-     * known. */
+    /**
+     * Returns whether a device has a password, which needs the key that encrypted it; true also when the
+     * database cannot be read.
+     */
     static bool hasPasswords(RecordDatabase& database);
 
+    /**
+     * Adds a device.
+     *
+     * @param payload a record; its "deviceID" is not read
+     * @return the stored record, or one of badName, nameTaken, badAddress, badPort, badCredentials, badList
+     * and storageFailed
+     */
     ServerReply add(const QVariant& payload);
+
+    /**
+     * Replaces all fields of a device.
+     *
+     * @param payload a record
+     * @return the stored record, noSuchDevice, or an error of add; a refusal has a map of "deviceID" with it,
+     *         but storageFailed once the record was checked
+     */
     ServerReply update(const QVariant& payload);
+
+    /**
+     * Deletes a device, also from groups and schedules.
+     *
+     * @param payload the id, an int
+     * @return the id, noSuchDevice with the id, or storageFailed
+     */
     ServerReply remove(const QVariant& payload);
+
+    /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
+    /** What playback and talks need of a device. */
     struct Device
     {
-        int id;
-        QString name;
-        QString address;
+        int id;          ///< Of the record.
+        QString name;    ///< "deviceName".
+        QString address; ///< "ip".
     };
+
+    /** Returns a device; empty when there is none, or the database cannot be read. */
     std::optional<Device> find(int id);
 
-    /** Whether all of these devices exist. */
+    /** Returns whether all of these devices exist. */
     bool exist(const QList<int>& ids);
 
 private:

@@ -8,36 +8,62 @@
 #include <optional>
 
 /**
- * The audio files of the library: what is known of them in the database, their content in a folder beside it.
- * A file's content is on the disk before the database knows of it. Nothing in the folder is deleted but the
- * content of a file that a client deletes: what an upload that was cut off left there stays.
+ * The audio files of the library: their records in the database, their contents in a folder beside it. A
+ * content is on the disk before its record is stored. Only contents of files that a client deletes are
+ * deleted, and those of refused uploads; what an interrupted upload left in the folder stays.
+ *
+ * Records of the protocol are maps of "audioID", "audioLength" (ms) and "audioStatus" (int) and "audioName"
+ * (QString). Used on the database's thread.
  */
 class FileStore
 {
 public:
-    static constexpr int largestFile = 32 << 20; // bytes
+    static constexpr int largestFile = 32 << 20; ///< Bytes of content.
 
-    /** Values of "audioStatus" that this server gives; the rest are the client's. */
+    /** Values of "audioStatus" that this server stores; a client has others of its own. */
     enum Status
     {
-        Ready = 2,
+        Ready = 2, ///< The file can be played.
     };
 
-    /** @param folder made when missing */
+    /**
+     * @param database outlives the store
+     * @param folder   made when missing
+     */
     FileStore(RecordDatabase& database, const QString& folder);
 
+    /**
+     * Stores a file. Decodes it first to measure its length, which takes time on the caller's thread.
+     *
+     * @param payload a map of "filename" (QString) and "content" (QByteArray in Base64); "length" is not read
+     * @return the list of all records, or fileRefused for every failure
+     */
     ServerReply upload(const QVariant& payload);
+
+    /**
+     * Deletes a file. Schedules that play it stay, without a file.
+     *
+     * @param payload the id, an int
+     * @return the list of all records, noSuchFile with the id, or storageFailed
+     */
     ServerReply remove(const QVariant& payload);
+
+    /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
+    /** What playback needs of a file. */
     struct File
     {
-        int id;
-        QString name;
+        int id;       ///< Of the record.
+        QString name; ///< As uploaded.
         QString path; ///< Of the content.
         int length;   ///< ms
     };
+
+    /** Returns a file; empty when there is none, or the database cannot be read. */
     std::optional<File> find(int id);
+
+    /** Returns whether find finds the file. */
     bool exists(int id) { return find(id).has_value(); }
 
 private:

@@ -3,22 +3,54 @@
 #include "server/records/DeviceStore.h"
 #include "server/records/LinkTable.h"
 
-/** The groups of devices of the database, in the shape of the protocol. */
+/**
+ * The groups of devices of the database, as records of the protocol: maps of "groupID" (int), "groupName"
+ * (QString) and "networkAudioIDList" (QString, device ids joined with ","). Used on the database's thread.
+ */
 class GroupStore
 {
 public:
+    /** Both arguments outlive the store. */
     GroupStore(RecordDatabase& database, DeviceStore& devices)
         : m_database(database), m_devices(devices), m_members(database, "group_devices")
     {
     }
 
+    /**
+     * Adds a group.
+     *
+     * @param payload a record; its "groupID" is not read
+     * @return the stored record, or one of badName, nameTaken, badList and storageFailed
+     */
     ServerReply add(const QVariant& payload);
+
+    /**
+     * Replaces the name and all members of a group.
+     *
+     * @param payload a record
+     * @return the stored record, noSuchGroup, or an error of add; a refusal has a map of "groupID" with it,
+     * but storageFailed once the record was checked
+     */
     ServerReply update(const QVariant& payload);
+
+    /**
+     * Deletes a group, also from schedules.
+     *
+     * @param payload the id, an int
+     * @return the id, noSuchGroup with the id, or storageFailed
+     */
     ServerReply remove(const QVariant& payload);
+
+    /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
+    /** Returns whether a group exists; false also when the database cannot be read. */
     bool exists(int id);
+
+    /** Returns whether all of these groups exist. */
     bool exist(const QList<int>& ids);
+
+    /** Returns the device ids of a group, in its order; empty for an unknown group. */
     QList<int> members(int id) { return m_members.members(id); }
 
 private:

@@ -4,17 +4,23 @@
 
 #include <QList>
 
-/** A list of ids that belongs to a record, in its order: the members of a group, the targets of a schedule.
+/**
+ * A table of ordered lists of ids, each of which belongs to a record: the members of a group, or the targets
+ * of a schedule.
  */
 class LinkTable
 {
 public:
+    /**
+     * @param database outlives the object
+     * @param table    a table with the columns owner, position and member, in this order
+     */
     LinkTable(RecordDatabase& database, const char* table)
         : m_database(database), m_table(QLatin1String(table))
     {
     }
 
-    /** Replaces the owner's list; part of a transaction of the caller's. */
+    /** Replaces the list of an owner, inside a transaction of the caller. Returns false when that fails. */
     bool store(int owner, const QList<int>& members)
     {
         if (!m_database.run(QStringLiteral("DELETE FROM %1 WHERE owner = ?").arg(m_table), {owner})) {
@@ -30,6 +36,7 @@ public:
         return true;
     }
 
+    /** Returns the list of an owner; empty also when the database cannot be read. */
     QList<int> members(int owner)
     {
         QList<int> found;
@@ -44,7 +51,7 @@ public:
         return found;
     }
 
-    /** A piece of SQL: the list of the row of @p ownerTable as text, joined with commas. */
+    /** Returns an SQL expression: the list of the row of @p ownerTable as text, joined with commas. */
     QString joinedColumn(const char* ownerTable) const
     {
         return QStringLiteral(

@@ -6,41 +6,54 @@
 #include <QVariant>
 
 /**
- * The SQLite file of the server's records: created and brought up to the present schema when it is opened,
- * with foreign keys on and a write-ahead log, so that what was committed survives the end of the process at
+ * The SQLite file of the server's records. It is created, or migrated to the current schema, when it is
+ * opened. Foreign keys are on. It has a write-ahead log, so committed data survive the end of the process at
  * any moment. Used on one thread.
  */
 class RecordDatabase
 {
 public:
-    static constexpr int schemaVersion = 2;
+    static constexpr int schemaVersion = 2; ///< The current schema; files of a later one are refused.
 
-    /** @param path the file; empty for records that end with the object */
+    /** @param path the file; empty for a database in memory */
     explicit RecordDatabase(const QString& path);
     ~RecordDatabase();
     RecordDatabase(const RecordDatabase&) = delete;
     RecordDatabase& operator=(const RecordDatabase&) = delete;
 
+    /** Returns whether the database can be used. */
     bool isOpen() const { return m_open; }
 
-    /** Why it is not open, or what failed last. */
+    /** Returns why the database is not open, or the last error. */
     QString errorString() const { return m_error; }
 
-    /** Runs one statement with its values; false, and errorString set, when it fails. */
+    /**
+     * Runs one statement.
+     *
+     * @param query     receives the rows
+     * @param statement SQL with a question mark for each value
+     * @param values    a null text is stored as an empty one
+     * @return false when it fails; errorString then returns the reason
+     */
     bool run(QSqlQuery& query, const QString& statement, const QVariantList& values = QVariantList());
+    /** Runs one statement whose rows are not needed. */
     bool run(const QString& statement, const QVariantList& values = QVariantList());
 
+    /** Returns an empty query of this database, for run; it reads forward only. */
     QSqlQuery query() const;
 
-    /** Everything between its making and its commit happens, or nothing of it. */
+    /** A transaction: all changes between its construction and commit are stored, or none. */
     class Transaction
     {
     public:
+        /** Begins the transaction; commit fails when that fails. */
         explicit Transaction(RecordDatabase& database);
+        /** Rolls back when commit was not called, or failed. */
         ~Transaction();
         Transaction(const Transaction&) = delete;
         Transaction& operator=(const Transaction&) = delete;
 
+        /** Stores the changes; returns false when that fails. */
         bool commit();
 
     private:

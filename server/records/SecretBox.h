@@ -4,30 +4,31 @@
 #include <QString>
 
 /**
- * Encrypts what must not stand in a file in clear text but has to come out again: the passwords of devices.
- * By libsodium's secretbox (XSalsa20, Poly1305), with a key in a file of its own that only its owner can
- * read.
+ * The cipher of the passwords of devices, which must be readable again: libsodium's secretbox (XSalsa20,
+ * Poly1305). The key is in a file of its own that only its owner can read.
  */
 class SecretBox
 {
 public:
     /**
-     * @param keyFile empty for a key that ends with the object
-     * @param mayMakeKey whether a key file that is missing, or has no bytes, is made: not when something is
-     *        sealed with the key that is lost
+     * @param keyFile    empty for a key that is not stored
+     * @param mayMakeKey whether a missing or empty key file is made; false when there are passwords that were
+     *                   encrypted with the lost key
      */
     explicit SecretBox(const QString& keyFile, bool mayMakeKey = true);
 
-    /** Whether there is a key; errorString says why not. */
+    /** Returns whether there is a key. */
     bool isValid() const { return !m_key.isEmpty(); }
+    /** Returns why there is no key; empty when there is one. */
     QString errorString() const { return m_error; }
 
-    /** Bytes that seal adds to a text's UTF-8. */
+    /** Returns the bytes that seal adds to a text's UTF-8. */
     static int overhead();
 
+    /** Encrypts a text; the box must be valid. Each call returns other bytes. */
     QByteArray seal(const QString& text) const;
 
-    /** Empty for anything that seal with this key did not make. */
+    /** Decrypts a text; empty for bytes that seal did not make with this key. */
     QString unseal(const QByteArray& sealed) const;
 
 private:

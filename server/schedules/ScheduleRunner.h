@@ -9,33 +9,42 @@
 
 #include <functional>
 
-/** Where the server's time comes from; tests have their own. */
+/** The server's source of time; tests have their own. */
 struct ServerClock
 {
-    std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); };
-    QTimeZone zone = QTimeZone::systemTimeZone();
+    std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); }; ///< Current time, UTC.
+    QTimeZone zone = QTimeZone::systemTimeZone(); ///< The time zone of schedules.
 };
 
 /**
- * Raises each enabled schedule when its time has come. What falls due while nobody looks for longer than the
- * grace time (the server was down, the machine asleep) is not made up for.
+ * Reports each enabled schedule when it is due. A run that was due more than the grace time ago, because the
+ * server was down or the machine asleep, is skipped. Lives on the thread of the store.
  */
 class ScheduleRunner : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int graceTime = 30; // s
+    static constexpr int graceTime = 30; ///< Seconds.
 
+    /** @param store outlives the runner */
     ScheduleRunner(ScheduleStore& store, ServerClock clock);
 
-    /** Begins to look twice a second; what was due before does not count. */
+    /** Starts to check twice a second; runs that were due before are skipped. */
     void start();
 
-    /** Looks once; start does this regularly. */
+    /** Checks for due schedules now. */
     void look();
 
 Q_SIGNALS:
+    /**
+     * Emitted once for each run that is due.
+     *
+     * @param scheduleId of the record
+     * @param name       of the record
+     * @param file       id of the audio file; 0 when it was deleted
+     * @param devices    ids of the devices to play on, those of the groups included, each once
+     */
     void due(int scheduleId, const QString& name, int file, const QList<int>& devices);
 
 private:

@@ -8,30 +8,60 @@
 
 #include <vector>
 
-/** The schedules of the database, in the shape of the protocol. */
+/**
+ * The schedules of the database, as records of the protocol (docs/PROTOCOL.md has the fields). Used on the
+ * database's thread.
+ */
 class ScheduleStore
 {
 public:
+    /** All arguments outlive the store. */
     ScheduleStore(RecordDatabase& database, DeviceStore& devices, GroupStore& groups, FileStore& files)
         : m_database(database), m_devices(devices), m_groups(groups), m_files(files),
           m_scheduleGroups(database, "schedule_groups"), m_scheduleDevices(database, "schedule_devices")
     {
     }
 
+    /**
+     * Adds a schedule.
+     *
+     * @param payload a record; its "scheduleID" is not read
+     * @return the record with its id, or one of badName, badSchedule, noSuchFile, badList, nothingToPlayOn
+     * and storageFailed
+     */
     ServerReply add(const QVariant& payload);
+
+    /**
+     * Replaces all fields of a schedule.
+     *
+     * @param payload a record
+     * @return the record, noSuchSchedule, or an error of add; a refusal has a map of "scheduleID" with it,
+     * but storageFailed once the record was checked
+     */
     ServerReply update(const QVariant& payload);
+
+    /**
+     * Deletes a schedule.
+     *
+     * @param payload the id, an int
+     * @return the id, noSuchSchedule with the id, or storageFailed
+     */
     ServerReply remove(const QVariant& payload);
+
+    /** Returns the list of all records, by id. */
     ServerReply list();
 
-    /** A schedule that is switched on. */
+    /** An enabled schedule, as the runner needs it. */
     struct Entry
     {
-        int id;
-        QString name;
-        ScheduleRule rule;
-        int file;           ///< 0 when it was deleted.
-        QList<int> devices; ///< The members of its groups included, each once.
+        int id;             ///< Of the record.
+        QString name;       ///< Of the record.
+        ScheduleRule rule;  ///< The times of its runs.
+        int file;           ///< Id of the audio file; 0 when it was deleted.
+        QList<int> devices; ///< Ids, the members of its groups included, each once.
     };
+
+    /** Returns the enabled schedules, by id; empty also when the database cannot be read. */
     std::vector<Entry> enabled();
 
 private:
