@@ -2,5 +2,5 @@
 
 #include <QStringList>
 
-/** Reads the arguments of voicedesk (the program's name first), runs the command, gives the exit status. */
+/** Runs the command in the arguments, the program's name first; returns its ExitStatus. */
 int runCommandLine(const QStringList& arguments);

@@ -1,11 +1,12 @@
 #pragma once
 
-/** Ctrl-C (SIGINT, SIGTERM) as a flag, so that a program can end what it does in good order. */
+/** A flag in place of the signals of Ctrl-C (SIGINT, SIGTERM), so that a program can end in order. */
 namespace InterruptFlag {
 
-/** From now on the signals raise the flag instead of ending the program. */
+/** Makes the signals raise the flag and no longer end the program. */
 void install();
 
+/** Returns whether a signal has come since install. */
 bool raised();
 
 } // namespace InterruptFlag

@@ -10,10 +10,14 @@
 class TalkOptionReader
 {
 public:
-    /** @param arguments the command's name first; empty, and error or help set, when there is nothing to run
+    /**
+     * Reads the arguments.
+     *
+     * @param arguments the command's name first
+     * @return empty when there is nothing to run; either help or error is set then
      */
     std::optional<TalkOptions> read(const QStringList& arguments);
 
-    QString help;  ///< Set when the help was asked for.
-    QString error; ///< Set when the arguments are wrong.
+    QString help;  ///< The help text, when --help was given.
+    QString error; ///< What is wrong with the arguments.
 };

@@ -7,21 +7,23 @@
 
 class TalkMonitor;
 
-/** Shows a running talk on stderr: one line that renews itself on a terminal, a line a second elsewhere. */
+/** Shows a running talk on stderr: one line, overwritten, on a terminal; a line each second elsewhere. */
 class TalkProgress
 {
 public:
+    /** @param monitor outlives the object */
     explicit TalkProgress(const TalkMonitor& monitor);
 
+    /** Starts the clock. */
     void start();
 
-    /** Renews the line; called several times a second. */
+    /** Shows the current line; to be called several times a second. */
     void update();
 
-    /** Leaves the line standing and goes to the next. */
+    /** Shows the last line and ends it. */
     void finish();
 
-    /** Since start, seconds. */
+    /** Returns the seconds since start. */
     double elapsed() const;
 
 private:

@@ -7,16 +7,17 @@
 
 class TalkMonitor;
 
-/** The closing words of a talk. */
+/** The report at the end of a talk. */
 class TalkSummary
 {
 public:
+    /** @param monitor outlives the object */
     explicit TalkSummary(const TalkMonitor& monitor) : m_monitor(monitor) {}
 
-    double duration = 0;    ///< s
-    QStringList recordings; ///< Of the server.
-    QString heardFile;      ///< Empty when the output could not be recorded.
-    TimedSound heard;
+    double duration = 0;    ///< Seconds.
+    QStringList recordings; ///< Files that the server wrote.
+    QString heardFile;      ///< Recording of the output; empty when the output could not be recorded.
+    TimedSound heard;       ///< Its contents.
 
     /** Prints to stdout. */
     void print() const;

@@ -1,15 +1,15 @@
 #pragma once
 
-/** The exit statuses of voicedesk; its --help tells them. */
+/** The exit statuses of voicedesk, which its --help lists. */
 enum ExitStatus
 {
-    ExitSuccess = 0,
-    ExitUsage = 1,
-    ExitPluginFailed = 2,
-    ExitMicrophoneFailed = 3,
-    ExitRefused = 4,
-    ExitNoAnswer = 5,
-    ExitTalkLost = 6,
-    ExitNothingSent = 7,
-    ExitServerFailed = 8,
+    ExitSuccess = 0,          ///< Done.
+    ExitUsage = 1,            ///< Wrong arguments.
+    ExitPluginFailed = 2,     ///< The plug-in does not load.
+    ExitMicrophoneFailed = 3, ///< The microphone, or the file in its place, does not open.
+    ExitRefused = 4,          ///< The server refused a command.
+    ExitNoAnswer = 5,         ///< The server did not answer, or there is no connection to it.
+    ExitTalkLost = 6,         ///< The talk was ended by the server.
+    ExitNothingSent = 7,      ///< The talk ended without a packet.
+    ExitServerFailed = 8,     ///< The server does not start.
 };

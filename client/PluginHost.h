@@ -38,9 +38,10 @@ public:
      */
     bool load(const QString& path);
 
+    /** Returns why load failed. */
     QString errorString() const { return m_errorString; }
 
-    /** The plug-in's object; null before load and after unload. */
+    /** Returns the plug-in's object; null before load and after unload. */
     QObject* plugin() const;
 
     /** Destroys the plug-in, which ends its talks. */
@@ -64,7 +65,7 @@ Q_SIGNALS:
     void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
                       quint64 request, const QVariant& result);
 
-    /** An event came, before the plug-in sees it. */
+    /** Emitted for each event, before the plug-in gets it. */
     void eventArrived(const QString& event, const QVariant& payload);
 
 private:

@@ -6,14 +6,13 @@
 #include <QUrl>
 #include <QWebSocket>
 
-/** How to reach a server in another process. */
+/** Address and login of a server in another process. */
 struct SocketLinkConfig
 {
     QUrl url;            ///< ws://host:port or wss://host:port
     QString user;        ///< Empty for a token.
     QString secret;      ///< Password or token.
-    QString fingerprint; ///< SHA-256 of the server's certificate, hexadecimal; empty for one that the system
-                         ///< trusts.
+    QString fingerprint; ///< SHA-256 of the certificate, hexadecimal; empty for one that the system trusts.
 };
 
 /**
@@ -25,6 +24,7 @@ class SocketLink : public ServerLink
     Q_OBJECT
 
 public:
+    /** Makes a link without a connection; open connects. */
     explicit SocketLink(SocketLinkConfig config);
     ~SocketLink() override;
 
@@ -32,7 +32,12 @@ public:
     bool send(const QString& command, const QVariant& payload, quint64 request) override;
 
 Q_SIGNALS:
-    /** The connection could not be made, or was lost; it will be tried again unless @p final. */
+    /**
+     * Emitted when the connection failed or was lost.
+     *
+     * @param reason says why
+     * @param final  true when the server refused the login: the link does not connect again
+     */
     void lost(const QString& reason, bool final);
 
 private:

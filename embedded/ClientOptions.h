@@ -9,24 +9,31 @@
 #include <memory>
 #include <optional>
 
-/** The options that all commands share: which server, and how to be let in. */
+/** The options that all commands share: which server, and the login. */
 class ClientOptions
 {
 public:
+    /** Adds the options to a parser, --help included. */
     static void addTo(QCommandLineParser& parser);
 
-    /** Empty, and an error, when they make no sense. */
+    /**
+     * Reads the options of a parser that has parsed its arguments, and the secret.
+     *
+     * @param parser has the options of addTo
+     * @param error  receives the reason of a failure
+     * @return empty for a wrong value, and when the file of the secret cannot be read
+     */
     static std::optional<ClientOptions> read(const QCommandLineParser& parser, QString* error);
 
-    /** A link to the chosen server; by default one of its own inside this process. */
+    /** Makes a link to the chosen server; by default to one of its own inside this process. */
     std::unique_ptr<ServerLink> makeLink() const;
 
-    QString pluginPath; ///< Empty: found beside the program.
-    QString serverUrl;  ///< Empty for the embedded server.
-    QString user;
-    QString secret;
-    QString fingerprint;
+    QString pluginPath;    ///< Empty: found beside the program.
+    QString serverUrl;     ///< ws://host:port or wss://host:port; empty for the embedded server.
+    QString user;          ///< Empty for a token.
+    QString secret;        ///< Password or token.
+    QString fingerprint;   ///< SHA-256 of the server's certificate, hexadecimal; may be empty.
     ServerConfig embedded; ///< Of the embedded server.
     int timeout = 5000;    ///< For the connection and for each answer, ms.
-    bool json = false;
+    bool json = false;     ///< Whether to write JSON.
 };

@@ -4,23 +4,24 @@
 
 #include <optional>
 
-/** How an echo came back, measured on the sound itself. */
+/** Delay and quality of an echo, measured on the sound. */
 struct EchoMeasure
 {
-    double firstDelay = 0;  ///< From the mouth to the ear at the first speech, seconds.
-    double lastDelay = 0;   ///< At the last speech, seconds.
-    int gaps = 0;           ///< Places where the sound paused although the speech did not.
-    double gapTime = 0;     ///< Together, seconds.
-    double correlation = 0; ///< Of the pieces compared, their median, 0 to 1.
-    int pieces = 0;         ///< Pieces of speech that were found again.
-    int lost = 0;           ///< Pieces of speech that were not.
+    double firstDelay = 0;  ///< From the microphone to the output at the first speech, seconds.
+    double lastDelay = 0;   ///< The same at the last speech, seconds.
+    int gaps = 0;           ///< Number of pauses in the output where the speech has none.
+    double gapTime = 0;     ///< Sum of the gaps, seconds.
+    double correlation = 0; ///< Median of the correlations of all pieces, 0 to 1.
+    int pieces = 0;         ///< Number of pieces of speech that were found.
+    int lost = 0;           ///< Number of pieces of speech that were not found.
 
     /**
-     * Looks for what was said in what was heard, piece by piece.
+     * Searches the recorded output for the captured speech, piece by piece.
      *
-     * @param said,heard at the same rate, mono, times of the same clock
-     * @param maxDelay   the longest delay looked for, seconds
-     * @return empty when nothing of it can be found, or nothing was said
+     * @param said     the captured speech, mono
+     * @param heard    the recorded output, mono, at the same rate, with times of the same clock
+     * @param maxDelay the longest delay that is searched, seconds
+     * @return empty when no piece was found, or nothing was said
      */
     static std::optional<EchoMeasure> between(const TimedSound& said, const TimedSound& heard,
                                               double maxDelay);

@@ -11,31 +11,33 @@
 #include <optional>
 
 /**
- * Records what the sound output plays, where the sound server offers a monitor of it: what a person at the
- * loudspeaker would hear, from the moment of start on.
+ * Records the sound output, as a person at the loudspeaker would hear it, if the sound server has a monitor
+ * of it. Keeps ten minutes at most. Used on one thread, with an event loop.
  */
 class OutputRecorder : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int sampleRate = 16000; // Hz, mono
+    static constexpr int sampleRate = 16000; ///< Of the recording, Hz; it is mono.
 
-    /** Begins to record; false when the output has no monitor. */
+    /** Starts to record; returns false when the output has no monitor or it does not open. */
     bool start();
 
+    /** Ends the recording, which stays readable. */
     void stop();
 
-    /** Whether sound, be it silence, has come in. */
+    /** Returns whether samples, silent ones included, have been recorded. */
     bool running() const { return !m_sound.samples.empty(); }
 
+    /** Returns the recording. */
     const TimedSound& sound() const { return m_sound; }
 
-    /** Writes the recording as a WAV file. */
+    /** Writes the recording as a WAV file; returns false when that fails. */
     bool write(const QString& path) const;
 
 Q_SIGNALS:
-    /** The first sound came in. */
+    /** Emitted when the first samples were recorded. */
     void started();
 
 private:

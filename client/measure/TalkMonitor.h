@@ -9,34 +9,41 @@
 
 #include <vector>
 
-/** Watches the talk packets of a plug-in: those that it sends, and those that come for it. */
+/** Measures the talk packets of a plug-in: those that it sends, and those that it receives. */
 class TalkMonitor : public QObject
 {
     Q_OBJECT
 
 public:
+    /** Returns the number of packets sent, refused ones included. */
     int packets() const { return m_packets; }
+    /** Returns the number of packets that the link did not take. */
     int refused() const { return m_refused; }
+    /** Returns the sequence number of the last packet sent; 0 before. */
     quint32 sequence() const { return m_sequence; }
-    /** Packets whose number did not follow the one before. */
+    /** Returns the number of packets whose sequence number did not follow the one before. */
     int sequenceGaps() const { return m_sequenceGaps; }
-    double level() const { return m_level; }     ///< Of the last packet, dBFS.
-    double loudest() const { return m_loudest; } ///< Of all packets, dBFS.
+    double level() const { return m_level; }     ///< Returns the level of the last packet sent, dBFS.
+    double loudest() const { return m_loudest; } ///< Returns the highest level of all packets sent, dBFS.
 
-    /** From the capture of a packet's last sample to its command; a value a packet, seconds. */
+    /** Returns the seconds from the capture of a packet's last sample to its command, for each packet. */
     const std::vector<double>& commandTimes() const { return m_commandTimes; }
 
-    /** What was said, at the time when the microphone had it. Lost packets are silence. */
+    /** Returns the captured speech, with the time of its capture; ten minutes at most. Lost packets are
+     * silence. */
     const TimedSound& said() const { return m_said; }
 
+    /** Returns the number of packets received. */
     int received() const { return m_received; }
-    /** When the first packet came, seconds of the steady clock. */
+    /** Returns when the first packet was received, seconds of the steady clock. */
     double firstReceivedAt() const { return m_firstReceivedAt; }
-    /** When the sound at the start of the first packet was said, by its position; on the same clock. */
+    /** Returns when the first sound received was captured, by its position; seconds of the same clock. */
     double firstReceivedSaidAt() const { return m_said.startTime + m_firstReceivedPosition; }
 
 public Q_SLOTS:
+    /** Measures a command of PluginHost::commandSent if it is a talk packet. */
     void commandSent(const QString& command, const QVariant& payload, bool accepted);
+    /** Measures an event of PluginHost::eventArrived if it is a packet received. */
     void eventArrived(const QString& event, const QVariant& payload);
 
 private:
