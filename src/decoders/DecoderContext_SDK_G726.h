@@ -4,7 +4,7 @@
 
 struct G726State;
 
-/** G.726 behind the decoder interface; a codeword may lie across two packets. */
+/** The decoder of G.726. A codeword may begin in one packet and end in the next. */
 class DecoderContext_SDK_G726 final : public SpeechDecoder
 {
 public:
@@ -12,12 +12,15 @@ public:
     explicit DecoderContext_SDK_G726(G726State* state) : m_state(state) {}
 
     /**
-     * Never fails.
+     * Decodes a packet; never fails.
      *
-     * @param size out only: the room that is given is not looked at. pcm has pcmBlockSize bytes; what does
-     * not fit them is not decoded
+     * @param pcm   pcmBlockSize bytes; codewords whose samples do not fit are not decoded
+     * @param size  receives the bytes written; its value before the call is not read
+     * @param chunk the packet
+     * @return 0
      */
     std::int32_t DecodeAudio(std::uint8_t* pcm, std::uint32_t* size, const EncodedChunk* chunk) override;
+    /** Frees the state and the decoder. */
     void Release() override;
 
 private:

@@ -20,8 +20,8 @@ struct SwsContext;
  *   chunk -- avcodec_send_packet --> codec -- avcodec_receive_frame --> m_decoded --> swr_convert --> PCM
  *                                                                           '-------> sws_scale --> picture
  *
- * Frames that did not fit the caller's room stay for the next call. Of one chunk no more is collected than a
- * block of PCM, or the room if that is larger, and one frame; the rest of the chunk is dropped.
+ * Frames that do not fit into the caller's room are stored for the next call. Of one chunk, a block of PCM is
+ * decoded at most, or the room if that is larger, and one frame; the rest of the chunk is dropped.
  */
 class DecoderIsolated_FFmpeg final : public DecoderContext
 {
@@ -29,10 +29,14 @@ public:
     /** @param context opened; owned from now on */
     explicit DecoderIsolated_FFmpeg(AVCodecContext* context);
 
+    /** Decodes a chunk of a stream of pictures to 4:2:0 with 8 bits a sample. */
     std::int32_t DecodeVideo(DecodedPicture* picture, std::uint32_t* state,
                              const EncodedChunk* chunk) override;
+    /** Decodes a chunk to samples. */
     std::int32_t DecodeAudio(std::uint8_t* pcm, std::uint32_t* size, const EncodedChunk* chunk) override;
+    /** Frees the codec and the decoder. */
     void Release() override;
+    /** Passes the frame of the last picture to the caller, with a reference. */
     std::int32_t QueryFrame(DecodedPicture* picture, std::int32_t version) override;
 
 private:
@@ -61,8 +65,9 @@ private:
 /**
  * Opens a decoder of libavcodec; null on failure.
  *
- * @param sampleRate         Hz; 0 where the codec finds out by itself
- * @param channels           0 where the codec finds out by itself
+ * @param codec              of libavcodec
+ * @param sampleRate         Hz; 0 when the codec detects it
+ * @param channels           0 when the codec detects them
  * @param bitsPerCodedSample 0 for the codecs of this system
  */
 DecoderContext* CreateDecoderFFmpeg(AVCodecID codec, std::uint32_t sampleRate, std::uint32_t channels,

@@ -14,23 +14,23 @@ namespace QRNL::SDK::Utility {
  *
  *   acquire --> holders (counted) --> last release --> pool --> acquire ...
  *
- * A frame that is out keeps its pool alive, and returns to it also after the pool's last handle has gone; the
- * pool frees its frames when nobody is left. A frame's contents are not cleared on its return. All operations
- * may be called on any thread.
+ * A frame with holders keeps its pool alive, and returns to it also after the last FrameQueue of the pool was
+ * deleted; the pool frees its frames when it has neither. The contents of a frame are not cleared on its
+ * return. All operations may be called on any thread.
  *
- * FrameType has a member `references` (std::atomic<std::uint32_t>), a member `owner` (OwnerPtr of this pool),
- * and a static function `clear(FrameType&)` that lets go of its contents.
+ * @tparam FrameType has a member `references` (std::atomic<std::uint32_t>), a member `owner` (OwnerPtr of
+ * this pool), and a static function `clear(FrameType&)` that frees its contents
  */
 template<class FrameType>
 class FrameQueue
 {
 public:
     class Impl;
-    using OwnerPtr = boost::shared_ptr<Impl>;
+    using OwnerPtr = boost::shared_ptr<Impl>; ///< Keeps the pool alive.
 
     FrameQueue() : m_impl(boost::make_shared<Impl>()) {}
 
-    /** A frame with one reference; a recycled one still holds its old contents. */
+    /** Returns a frame with one reference; a reused one still has its old contents. */
     FrameType* acquire() const
     {
         FrameType* frame = m_impl->pop();
@@ -42,14 +42,16 @@ public:
         return frame;
     }
 
+    /** Takes one more reference. */
     static void addReference(FrameType* frame) { frame->references.fetch_add(1, std::memory_order_relaxed); }
 
+    /** Drops a reference; the last one returns the frame to its pool. */
     static void release(FrameType* frame)
     {
         if (frame->references.fetch_sub(1, std::memory_order_acq_rel) != 1) {
             return;
         }
-        OwnerPtr owner; // let go of after the frame is in the pool: it may be the pool's last holder
+        OwnerPtr owner; // dropped after the frame is in the pool: it may be the pool's last holder
         owner.swap(frame->owner);
         owner->push(frame);
     }
@@ -58,6 +60,7 @@ private:
     OwnerPtr m_impl;
 };
 
+/** The pool, which owns the frames without holders. */
 template<class FrameType>
 class FrameQueue<FrameType>::Impl
 {
@@ -73,12 +76,14 @@ public:
         }
     }
 
+    /** Takes a frame out of the pool; null when it is empty. */
     FrameType* pop()
     {
         FrameType* frame = nullptr;
         return m_frames.pop(frame) ? frame : nullptr;
     }
 
+    /** Puts a frame into the pool; frees it when there is no memory for that. */
     void push(FrameType* frame)
     {
         if (!m_frames.push(frame)) {

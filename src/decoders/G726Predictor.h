@@ -1,13 +1,13 @@
 #pragma once
 
-/** The parts of a G.726 step that are the same at all rates. */
-
 #include "src/decoders/G726State.h"
 #include "src/decoders/Integer.h"
 
+/** The parts of a G.726 step that are the same at all rates (ITU-T G.726). */
 namespace G726 {
 
-/** Product of a predictor coefficient and a history word in floating format (FMULT, clause 4.2.6). */
+/** Returns the product of a predictor coefficient and a history word in floating format (FMULT,
+ * clause 4.2.6). */
 inline std::int32_t floatingProduct(std::int32_t an, std::int32_t srn)
 {
     const auto magnitude = static_cast<std::uint32_t>(an > 0 ? an : -an & 0x1FFF);
@@ -23,7 +23,7 @@ inline std::int32_t floatingProduct(std::int32_t an, std::int32_t srn)
     return (an ^ srn) < 0 ? -product : product;
 }
 
-/** The signal estimate of the zeros, doubled (SEZI). */
+/** Returns the signal estimate of the zeros, doubled (SEZI). */
 inline std::int16_t zeroEstimate(const G726State& state)
 {
     std::int32_t sum = 0;
@@ -33,14 +33,14 @@ inline std::int16_t zeroEstimate(const G726State& state)
     return wrap16(sum);
 }
 
-/** The signal estimate of zeros and poles, doubled (SEI). */
+/** Returns the signal estimate of zeros and poles, doubled (SEI). */
 inline std::int16_t wholeEstimate(const G726State& state, std::int16_t zeros)
 {
     return wrap16(zeros + floatingProduct(state.a[1] >> 2, state.sr[1]) +
                   floatingProduct(state.a[0] >> 2, state.sr[0]));
 }
 
-/** The quantizer's scale factor (MIX, clause 4.2.4). */
+/** Returns the quantizer's scale factor (MIX, clause 4.2.4). */
 inline std::int32_t stepSize(const G726State& state)
 {
     if (state.ap >= 256) {
@@ -52,7 +52,7 @@ inline std::int32_t stepSize(const G726State& state)
     return y + ((difference * al + (difference < 0 ? 63 : 0)) >> 6);
 }
 
-/** A difference from its logarithm (ANTILOG, ADDA); negative ones as magnitude - 0x8000. */
+/** Returns a difference from its logarithm (ANTILOG, ADDA); a negative one as magnitude - 0x8000. */
 inline std::int32_t reconstruct(std::int32_t dqln, std::int32_t y, bool negative)
 {
     const std::int32_t dql = wrap16(dqln + (y >> 2));
@@ -65,10 +65,13 @@ inline std::int32_t reconstruct(std::int32_t dqln, std::int32_t y, bool negative
 }
 
 /**
- * Adapts everything to a sample (clauses 4.2.3 to 4.2.8).
+ * Adapts the state to a sample (clauses 4.2.3 to 4.2.8).
  *
- * @param y,wi,fi   step size and the code's entries in W and F
- * @param dq        difference, as reconstruct gives it
+ * @param state     of the coder
+ * @param y         step size
+ * @param wi        the code's entry in W
+ * @param fi        the code's entry in F
+ * @param dq        difference, as reconstruct returns it
  * @param sr        reconstructed signal
  * @param dqsez     sign of the partial signal
  * @param leakShift of the zero predictor

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
-/** How a stream's codewords lie in its bytes. */
+/** Order of the codewords in the bytes of a stream. */
 enum G726Packing : std::int32_t
 {
-    G726PackingNone = 0,  ///< One codeword a byte.
+    G726PackingNone = 0,  ///< One codeword in each byte.
     G726PackingLeft = 1,  ///< From the most significant bit on.
     G726PackingRight = 2, ///< From the least significant bit on.
 };
@@ -20,8 +20,8 @@ enum G726SampleCoding : std::int32_t
 };
 
 /**
- * All that a G.726 coder remembers from sample to sample, and from packet to packet (ITU-T G.726,
- * clause 4.2). The 16-bit fields wrap on store.
+ * The state of a G.726 coder between samples, and between packets (ITU-T G.726, clause 4.2). The 16-bit
+ * fields wrap on store.
  */
 struct G726State
 {
@@ -41,7 +41,7 @@ struct G726State
     std::int16_t sr[2];        ///< Reconstructed signal, floating format, newest first.
     std::int32_t td;           ///< Whether the next sample may be data (a tone).
     std::uint32_t bitBuffer;   ///< Bits fetched and not yet used.
-    std::int32_t bitCount;     ///< How many such bits.
+    std::int32_t bitCount;     ///< Number of these bits.
     std::int32_t (*encode)(G726State* state, std::int32_t sample); ///< 14-bit sample to code.
     std::int32_t (*decode)(G726State* state, std::int32_t code);   ///< Code to a sample as sampleCoding says.
 };

@@ -1,18 +1,21 @@
 #pragma once
 
-/** One sample through the coder, at each of the rates. */
-
 #include "src/decoders/G726Predictor.h"
 #include "src/decoders/G726Tables.h"
 #include "src/decoders/G726Tandem.h"
 
+/**
+ * The coding of one sample (ITU-T G.726, clause 3).
+ *
+ * @tparam Rate one of the records of G726Tables.h
+ */
 template<class Rate>
 struct G726Step
 {
-    static constexpr std::int32_t topCode = (1 << Rate::codeBits) - 1;
-    static constexpr std::int32_t signBit = 1 << (Rate::codeBits - 1);
+    static constexpr std::int32_t topCode = (1 << Rate::codeBits) - 1; ///< The largest code.
+    static constexpr std::int32_t signBit = 1 << (Rate::codeBits - 1); ///< The sign in a code.
 
-    /** A code for a 14-bit sample (clause 3). */
+    /** Returns the code of a 14-bit sample. */
     static std::int32_t encode(G726State* state, std::int32_t sample)
     {
         const std::int16_t zeros = G726::zeroEstimate(*state);
@@ -23,7 +26,7 @@ struct G726Step
         return code;
     }
 
-    /** A sample for a code (clause 3), in the form that the state says. */
+    /** Returns the sample of a code, in the form of the state's sampleCoding. */
     static std::int32_t decode(G726State* state, std::int32_t code)
     {
         code &= topCode;
@@ -50,7 +53,7 @@ private:
         return sr;
     }
 
-    /** The code of a difference (LOG, SUBTB, QUAN). */
+    /** Returns the code of a difference (LOG, SUBTB, QUAN). */
     static std::int32_t quantize(std::int32_t difference, std::int32_t y)
     {
         const std::int32_t magnitude = difference < 0 ? -difference : difference;
@@ -67,7 +70,7 @@ private:
         return index == 0 && !Rate::keepsPositiveZero ? topCode : index;
     }
 
-    /** A G.711 byte that codes to the received code again (synchronous coding adjustment, clause 4.2.8). */
+    /** Returns a G.711 byte that has the received code (synchronous coding adjustment, clause 4.2.8). */
     static std::int32_t tandem(std::int32_t law, std::int32_t sr, std::int32_t se, std::int32_t y,
                                std::int32_t code)
     {
@@ -76,7 +79,7 @@ private:
         if (again == code) {
             return byte;
         }
-        // With the sign bit turned over, codes are in the order of what they stand for.
+        // With the sign bit inverted, codes are in the order of their values.
         return (again ^ signBit) > (code ^ signBit) ? G726Tandem::nextLower(law, byte)
                                                     : G726Tandem::nextHigher(law, byte);
     }

@@ -1,16 +1,19 @@
 #pragma once
 
-/** Integer forms that the Recommendations' fixed-point arithmetic is written in. */
+/**
+ * @file
+ * Integer operations of the Recommendations' fixed-point arithmetic.
+ */
 
 #include <cstdint>
 
-/** Cut to 16 bits: what a store into a 16-bit word keeps. */
+/** Returns the low 16 bits: what a store into a 16-bit word keeps. */
 constexpr std::int16_t wrap16(std::int32_t value)
 {
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(static_cast<std::uint32_t>(value)));
 }
 
-/** Index of the highest bit that is set; -1 for 0. */
+/** Returns the index of the highest bit that is set; -1 for 0. */
 constexpr int topBitIndex(std::uint32_t value)
 {
 #if defined(__GNUC__) || defined(__clang__)

@@ -9,11 +9,11 @@
 class AudioDevice;
 class QAudioOutput;
 
-/** The thread that owns a QAudioOutput: pulling, decoding and conversion happen on its event loop. */
+/** The thread that owns a QAudioOutput. Its event loop reads the device, which decodes and converts there. */
 class AudioOutput : private QThread
 {
 public:
-    /** @param device outlives the object */
+    /** @param device is read from start on; outlives the object */
     AudioOutput(const QAudioDeviceInfo& deviceInfo, const QAudioFormat& format, AudioDevice* device);
 
     /** Waits until the output has stopped. */
@@ -21,7 +21,7 @@ public:
 
     using QThread::start;
 
-    /** The running output; null until the thread has started it. For volume calls only. */
+    /** Returns the running output; null until the thread has started it. For volume calls only. */
     QAudioOutput* audioOutput() const { return m_audioOutput.load(std::memory_order_acquire); }
 
 private:

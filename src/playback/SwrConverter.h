@@ -6,7 +6,7 @@
 struct SwrContext;
 
 /**
- * One conversion from decoded PCM to the output device's format, by libswresample; samples run on from block
+ * A conversion from decoded PCM to the output device's format, by libswresample. It is continuous from block
  * to block. Used by one thread at a time.
  *
  * Sample formats are numbered as AVSampleFormat: 0 unsigned 8 bits, 1 signed 16, 2 signed 32, 3 float; all
@@ -23,19 +23,24 @@ public:
     SwrConverter& operator=(SwrConverter&&) = delete;
 
     /**
-     * Called once.
+     * Sets up the conversion. Called once.
      *
-     * @param outRate,inRate         Hz, 1 to 768000
-     * @param outChannels,inChannels 1 to 8
-     * @return 0: no conversion is needed; 1: it is set up; -1: it cannot be had
+     * @param outFormat   number of the output's sample format
+     * @param outRate     Hz, 1 to 768000
+     * @param outChannels 1 to 8
+     * @param inFormat    number of the input's sample format
+     * @param inRate      Hz, 1 to 768000
+     * @param inChannels  1 to 8
+     * @return 0: no conversion is needed; 1: it is set up; -1: it is not possible
      */
     int Setup(int outFormat, int outRate, int outChannels, int inFormat, int inRate, int inChannels);
 
     /**
-     * Converts the first @p size bytes of a block in their place. Input whose output would not fit the block
+     * Converts the first @p size bytes of a block in place. Input whose output would not fit into the block
      * is dropped.
      *
      * @param block pcmBlockSize bytes
+     * @param size  bytes of input
      * @return bytes of converted PCM; 0 on failure
      */
     int ConvertInPlace(std::uint8_t* block, int size);

@@ -6,19 +6,21 @@ namespace QRNL::SDK::Utility {
 
 namespace detail_unique_ptr {
 
-/** Ends an object in a way that only its maker knows. */
+/** A type-erased deleter with its object. */
 class deleter_impl
 {
 public:
     virtual ~deleter_impl() = default;
+    /** Deletes the object. */
     virtual void dispose() = 0;
 };
 
-/** A pointer and the functor that ends what it points to. */
+/** A pointer and the functor that deletes its object. */
 template<class Pointer, class Deleter>
 class deleter_impl_pd final : public deleter_impl
 {
 public:
+    /** @param deleter is called with @p pointer */
     deleter_impl_pd(Pointer pointer, Deleter deleter) : m_pointer(pointer), m_deleter(std::move(deleter)) {}
 
     void dispose() override { m_deleter(m_pointer); }
@@ -30,7 +32,7 @@ private:
 
 } // namespace detail_unique_ptr
 
-/** An owning pointer whose type does not tell how the object ends. */
+/** An owning pointer with a type-erased deleter. */
 template<class T>
 class unique_ptr
 {
@@ -40,11 +42,14 @@ public:
     unique_ptr(const unique_ptr&) = delete;
     unique_ptr& operator=(const unique_ptr&) = delete;
 
+    /** Returns the object; null without one. */
     T* get() const { return m_pointer; }
+    /** Accesses the object. */
     T* operator->() const { return m_pointer; }
+    /** Returns whether there is an object. */
     explicit operator bool() const { return m_pointer != nullptr; }
 
-    /** Lets go of the object: the pointer is null before the object ends. */
+    /** Deletes the object; the pointer is null before that. */
     void reset()
     {
         m_pointer = nullptr;
@@ -55,7 +60,7 @@ public:
         }
     }
 
-    /** Takes an object over, which @p deleter, called with the pointer, ends. */
+    /** Deletes the object and takes another, which @p deleter, called with the pointer, deletes. */
     template<class Deleter>
     void reset(T* pointer, Deleter deleter)
     {

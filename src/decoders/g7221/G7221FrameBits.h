@@ -2,13 +2,14 @@
 
 #include "src/decoders/g7221/G7221.h"
 
-/** From the bits of a frame to its transform coefficients (ITU-T G.722.1, clauses 4.1 to 4.6). */
+/** Decodes the bits of a frame to transform coefficients (ITU-T G.722.1, clauses 4.1 to 4.6). */
 class G7221FrameBits
 {
 public:
+    /** @param state outlives the object */
     explicit G7221FrameBits(G7221State& state) : m_state(state) {}
 
-    /** Fills the state's coefficients and shift. @return 0, or 5 when the input ended */
+    /** Computes the state's coefficients and shift. Returns 0, or 5 when the input ended. */
     std::int32_t DecodeFrameBits();
 
 private:

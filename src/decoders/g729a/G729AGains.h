@@ -5,13 +5,13 @@
 /** The gains of the two codebooks (ITU-T G.729, clauses 3.9, 4.1.5 and 4.4.2). */
 namespace G729AGains {
 
-/** Gains of a subframe. @param index 7 bits @param code the sharpened code, 40 samples */
+/** Decodes the gains of a subframe from an index of 7 bits; @p code is the sharpened code, 40 samples. */
 void decode(G729AState& state, int index, const std::int16_t* code);
 
-/** An erased subframe's: the last ones, attenuated. */
+/** Sets the gains of an erased subframe: the last ones, attenuated. */
 void attenuate(G729AState& state);
 
-/** Keeps the energy of a good frame's excitation, from which an unannounced noise takes its gain. */
+/** Stores the energy of a good frame's excitation, the source of the gain of noise without a SID frame. */
 void saveEnergy(G729AState& state);
 
 } // namespace G729AGains

@@ -2,26 +2,25 @@
 
 #include "src/decoders/g729a/G729A.h"
 
-/** Line spectral frequencies and pairs, and the filters that they stand for (ITU-T G.729, clause 3.2). */
+/** Line spectral frequencies (LSF), pairs (LSP) and their prediction filters (ITU-T G.729, clause 3.2). */
 namespace G729ALsp {
 
-/** LSF of a speech frame from parm into prevLsf, prevMa and the history (clause 3.2.4). */
+/** Decodes the LSF of a speech frame from parm into prevLsf, prevMa and the history (clause 3.2.4). */
 void decode(G729AState& state);
 
-/** An erased frame repeats the last LSF; the history is fed with what would have given them (clause 4.4.1).
- */
+/** Repeats the last LSF for an erased frame; the history gets the values that give them (clause 4.4.1). */
 void repeat(G729AState& state);
 
-/** LSF of a SID frame from parm, as LSP into lspSid (Annex B). */
+/** Decodes the LSF of a SID frame from parm, as LSP into lspSid (Annex B). */
 void decodeSid(G729AState& state);
 
-/** @param lsf Q13 radians, 10 of them @param lsp Q15 (Lsf_lsp2) */
+/** Converts 10 LSF, radians in Q13, to LSP in Q15 (Lsf_lsp2). */
 void toLsp(const std::int16_t* lsf, std::int16_t* lsp);
 
-/** A prediction filter from its LSP (clause 3.2.6). */
+/** Computes a prediction filter from its LSP (clause 3.2.6). */
 void toFilter(const std::int16_t* lsp, G729AFilter& filter);
 
-/** Both subframes' filters: the first halfway between lspOld and the new LSP, which lspOld becomes. */
+/** Computes both subframes' filters, the first from the mean of lspOld and @p lsp; lspOld is then @p lsp. */
 void interpolate(G729AState& state, const std::int16_t* lsp, G729AFrameModel& model);
 
 /** Sorts and spreads LSF until their filter is stable. */

@@ -2,13 +2,13 @@
 
 #include "src/decoders/g729a/G729A.h"
 
-/** The random words of the comfort noise, drawn ahead so that nothing waits for a seed. */
+/** The random words of the comfort noise, which are drawn before they are needed. */
 namespace G729ANoiseTable {
 
-/** The table of a new decoder. */
+/** Draws the table of a new decoder. */
 void fill(G729AState& state);
 
-/** The draws that follow the last word. */
+/** Draws the words that follow the last one. */
 void renew(G729AState& state);
 
 } // namespace G729ANoiseTable

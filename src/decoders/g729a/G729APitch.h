@@ -5,29 +5,33 @@
 /** The lag and the adaptive codebook (ITU-T G.729, clauses 4.1.2 and 4.1.3). */
 namespace G729APitch {
 
+/** A lag of the adaptive codebook. */
 struct Lag
 {
     int whole;    ///< Samples, 19 to 144.
     int fraction; ///< Thirds of a sample, -1 to 1.
 };
 
-/** Of the first subframe. @param index 8 bits */
+/** Returns the lag of the first subframe from its index, 8 bits. */
 Lag firstLag(int index);
 
-/** Of the second subframe. @param index 5 bits @param before the whole lag of the first */
+/** Returns the lag of the second subframe from its index, 5 bits, and the whole lag of the first. */
 Lag secondLag(int index, int before);
 
-/** Whether a sum is held where a pair of taps could take it beyond 31 bits. */
+/** The pairs of taps whose sum is limited to 31 bits. */
 enum class Guard
 {
-    None,
-    FirstTaps, ///< Deliberate: only the four pairs next to the lag are guarded.
+    None,      ///< No pair.
+    FirstTaps, ///< Deliberate: only the four pairs next to the lag.
 };
 
 /**
- * Writes a subframe's adaptive codebook vector over 40 samples, which it may read back while it goes.
+ * Computes a subframe's adaptive codebook vector, 40 samples. A lag shorter than the subframe reads samples
+ * that were just written.
  *
- * @param exc the subframe's place; 154 samples before it are readable
+ * @param exc   receives the vector; 154 samples before it are readable
+ * @param lag   the lag
+ * @param guard the pairs of taps to limit
  */
 void adaptiveCodebook(std::int16_t* exc, Lag lag, Guard guard);
 

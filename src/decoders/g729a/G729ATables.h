@@ -1,22 +1,21 @@
 #pragma once
 
-/** The tables of ITU-T G.729 with Annexes A and B, under the Recommendation's names where it has some. */
-
 #include <cstdint>
 
+/** The tables of ITU-T G.729 with Annexes A and B, under the Recommendation's names where it has some. */
 namespace G729ATables {
 
 extern const std::int16_t lspcb1[128][10]; ///< First-stage LSP codebook, Q13.
 extern const std::int16_t lspcb2[32][10];  ///< Second-stage LSP codebook, Q13.
-extern const std::int16_t fg[2][4]
-                            [10]; ///< MA predictors of the LSP quantiser, Q15: switch, tap (newest first).
+/** MA predictors of the LSP quantiser, Q15: switch, tap (newest first). */
+extern const std::int16_t fg[2][4][10];
 extern const std::int16_t fgSum[2][10];      ///< One minus the sum of the taps, Q15.
 extern const std::int16_t fgSumInv[2][10];   ///< Its inverse, Q12.
 extern const std::int16_t freqPrevReset[10]; ///< LSF history at the start, Q13.
 extern const std::int16_t table2[64];        ///< Cosine of the LSF to LSP conversion, Q15.
 extern const std::int16_t slope[64];         ///< Its slopes, Q12.
-extern const std::int16_t
-    inter3l[31]; ///< Interpolation filter of the adaptive codebook at 1/3 resolution, Q15.
+/** Interpolation filter of the adaptive codebook at 1/3 resolution, Q15. */
+extern const std::int16_t inter3l[31];
 extern const std::int16_t gbk1[8][2];        ///< Gain codebook, first stage: pitch gain Q14, code gain Q13.
 extern const std::int16_t gbk2[16][2];       ///< The same, second stage.
 extern const std::int16_t imap1[8];          ///< Entry of gbk1 by received index.
