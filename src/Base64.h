@@ -19,7 +19,7 @@ constexpr unsigned Base64EncodeCapacity(unsigned inLength)
 }
 
 /**
- * Decodes Base64 text without looking for errors: a character outside of the alphabet counts as "A", and so
+ * Decodes Base64 text without looking for errors: a character outside the alphabet counts as "A", and so
  * does one that is missing at the end of the last group. "=" ends a group in its third and fourth place.
  *
  * @param in          inLength characters

@@ -64,10 +64,14 @@ class VOICEDESK_EXPORT PluginVoiceDesk : public PluginBase
 public:
     PluginVoiceDesk();
 
-    /** Sends StopTalk for each open target. Emits nothing. */
+    /**
+     * Sends StopTalk for each open target and emits nothing. Sends nothing when the object is destroyed after
+     * the static objects of its library.
+     */
     ~PluginVoiceDesk() override;
 
-    // What the host calls; see PluginBase.
+    // The host's calls; see PluginBase. Those of one of several servers are deliberately not served.
+    // PluginServerConnected fetches the devices and the audio files, not the groups and schedules.
     bool InitialPluginBase(QQmlContext* context, void* pluginHandle,
                            FrameworkWrapperBase* framework) override;
     void EventProcessor(QString event, qint64, int, int, QVariant payload, const QString&) override;
@@ -80,7 +84,7 @@ public:
     bool Init(QQmlContext* context) override;
     void PluginServerConnected() override;
 
-    /** Traces only; called by nothing in the plug-in. */
+    /** Traces its call and does nothing else. Not called by the plug-in. */
     void ErrorProcessor(QString command, void* userData, QString errorCode);
 
     // Not inline, so that the library exports them.
@@ -101,7 +105,8 @@ public:
     /** Swaps the open talk targets with @p targets; `talking` stays as it is. */
     void setTalkTargetList(QList<QVariant>& targets);
 
-    /** Replaces the capture object and drops the reference to the old one. */
+    /** Replaces the capture object and drops the reference to the old one. Connects no signal of the new one.
+     */
     void setFrameSmithWrapper(const QSharedPointer<FrameSmithWrapper>& wrapper);
 
     /**

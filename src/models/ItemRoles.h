@@ -3,7 +3,7 @@
 /**
  * @file
  * The roles of the three item models. A record is one item; each of its fields has a role. The numbers start
- * anew in each model; QML binds to the enumerators' names. Values are as the server sent them where nothing
+ * again in each model; QML binds to the enumerators' names. Values are as the server sent them where nothing
  * else is said.
  */
 
