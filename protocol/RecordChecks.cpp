@@ -1,5 +1,7 @@
 #include "protocol/RecordChecks.h"
 
+#include "protocol/Limits.h"
+
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <QSet>
@@ -13,10 +15,10 @@ Refusal name(const QString& name)
     const bool printable = std::none_of(name.begin(), name.end(), [](QChar character) {
         return character.category() == QChar::Other_Control;
     });
-    if (name.trimmed().isEmpty() || name.size() > longestName || !printable) {
-        return refusal(
-            ReturnCode::badName,
-            QStringLiteral("a name has 1 to %1 characters, and no control characters").arg(longestName));
+    if (name.trimmed().isEmpty() || name.size() > Limits::maxNameLength || !printable) {
+        return refusal(ReturnCode::badName,
+                       QStringLiteral("a name has 1 to %1 characters, and no control characters")
+                           .arg(Limits::maxNameLength));
     }
     return std::nullopt;
 }
@@ -33,35 +35,35 @@ Refusal address(const QString& address)
     // QHostAddress also takes "1" for 0.0.0.1, which nobody means.
     if (!valid || (numeric && address.count(QLatin1Char('.')) != 3)) {
         return refusal(ReturnCode::badAddress,
-                       QStringLiteral("\"%1\" is no address").arg(address.left(longestName)));
+                       QStringLiteral("\"%1\" is no address").arg(address.left(Limits::maxNameLength)));
     }
     return std::nullopt;
 }
 
 Refusal port(int port)
 {
-    constexpr int highest = 65535;
-    if (port < 1 || port > highest) {
-        return refusal(ReturnCode::badPort, QStringLiteral("a port is a number from 1 to %1").arg(highest));
+    if (port < 1 || port > Limits::maxPort) {
+        return refusal(ReturnCode::badPort,
+                       QStringLiteral("a port is a number from 1 to %1").arg(Limits::maxPort));
     }
     return std::nullopt;
 }
 
 Refusal credentials(const QString& username, const QString& password)
 {
-    if (username.size() > longestCredential || password.size() > longestCredential) {
-        return refusal(
-            ReturnCode::badCredentials,
-            QStringLiteral("user name and password have at most %1 characters").arg(longestCredential));
+    if (username.size() > Limits::maxCredentialLength || password.size() > Limits::maxCredentialLength) {
+        return refusal(ReturnCode::badCredentials,
+                       QStringLiteral("user name and password have at most %1 characters")
+                           .arg(Limits::maxCredentialLength));
     }
     return std::nullopt;
 }
 
 Refusal cameras(const QStringList& cameras)
 {
-    const bool tooLong = cameras.size() > longestList ||
+    const bool tooLong = cameras.size() > Limits::maxListEntries ||
                          std::any_of(cameras.begin(), cameras.end(), [](const QString& camera) {
-                             return camera.isEmpty() || camera.size() > longestName;
+                             return camera.isEmpty() || camera.size() > Limits::maxNameLength;
                          });
     if (tooLong || QSet<QString>(cameras.begin(), cameras.end()).size() != cameras.size()) {
         return refusal(ReturnCode::badList,
@@ -75,7 +77,7 @@ std::optional<QList<int>> ids(const QString& text)
     QList<int> list;
     QSet<int> seen;
     const auto pieces = text.splitRef(QLatin1Char(','), Qt::SkipEmptyParts);
-    if (pieces.size() > longestList) {
+    if (pieces.size() > Limits::maxListEntries) {
         return std::nullopt;
     }
     for (const QStringRef& piece : pieces) {

@@ -11,20 +11,16 @@ namespace RecordChecks {
 
 using Refusal = std::optional<ServerReply>;
 
-inline constexpr int longestName = 128; // characters
-inline constexpr int longestCredential = 256;
-inline constexpr int longestList = 10000; // entries
-
-/** 1 to 128 characters, not all blank, no control characters. */
+/** 1 to Limits::maxNameLength characters, not all blank, no control characters. */
 Refusal name(const QString& name);
 
 /** An IPv4 or IPv6 address, or a host name. */
 Refusal address(const QString& address);
 
-/** 1 to 65535. */
+/** 1 to Limits::maxPort. */
 Refusal port(int port);
 
-/** At most 256 characters. */
+/** Each at most Limits::maxCredentialLength characters. */
 Refusal credentials(const QString& username, const QString& password);
 
 /** The camera ids of a device: none empty, none twice. */

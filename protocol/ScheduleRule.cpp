@@ -1,5 +1,8 @@
 #include "protocol/ScheduleRule.h"
 
+#include "protocol/Words.h"
+#include "src/vocabulary/Vocabulary.h"
+
 namespace {
 
 constexpr int daysPerWeek = 7;
@@ -18,7 +21,7 @@ std::optional<QDateTime> localTime(const QVariant& value)
 std::optional<QSet<int>> weekdaysOf(const QVariant& settings)
 {
     QSet<int> days;
-    const QVariantList list = settings.toMap().value(QStringLiteral("weekdays")).toList();
+    const QVariantList list = settings.toMap().value(Words::weekdays).toList();
     for (const QVariant& entry : list) {
         bool valid = false;
         const int day = entry.toInt(&valid);
@@ -36,28 +39,28 @@ std::optional<ScheduleRule> ScheduleRule::fromRecord(const QVariantMap& record, 
 {
     ScheduleRule rule;
     bool valid = false;
-    const int type = record.value(QStringLiteral("scheduleType")).toInt(&valid);
+    const int type = record.value(Vocabulary::scheduleType).toInt(&valid);
     if (!valid || type < Once || type > Weekly) {
         *error = QStringLiteral("\"scheduleType\" is 0 for once, 1 for daily or 2 for weekly");
         return std::nullopt;
     }
     rule.type = static_cast<Type>(type);
-    const auto start = localTime(record.value(QStringLiteral("scheduleStartTime")));
+    const auto start = localTime(record.value(Vocabulary::scheduleStartTime));
     if (!start) {
         *error = QStringLiteral("\"scheduleStartTime\" is a local time like 2026-03-01T08:30:00");
         return std::nullopt;
     }
     rule.firstDay = start->date();
     rule.timeOfDay = start->time();
-    const auto weekdays = weekdaysOf(record.value(QStringLiteral("scheduleSettings")));
+    const auto weekdays = weekdaysOf(record.value(Vocabulary::scheduleSettings));
     if (!weekdays || (rule.type == Weekly && weekdays->isEmpty())) {
         *error = QStringLiteral(
             "\"scheduleSettings\" of a weekly schedule has \"weekdays\", a list of 1 (Monday) to 7");
         return std::nullopt;
     }
     rule.weekdays = *weekdays;
-    if (record.value(QStringLiteral("enableScheduleEndTime")).toBool()) {
-        rule.end = localTime(record.value(QStringLiteral("scheduleEndTime")));
+    if (record.value(Vocabulary::enableScheduleEndTime).toBool()) {
+        rule.end = localTime(record.value(Vocabulary::scheduleEndTime));
         if (!rule.end || *rule.end < *start) {
             *error = QStringLiteral("\"scheduleEndTime\" is a local time that is not before the start");
             return std::nullopt;

@@ -1,5 +1,7 @@
 #include "protocol/VariantCbor.h"
 
+#include "protocol/Limits.h"
+
 #include <QCborArray>
 #include <QCborMap>
 #include <QDateTime>
@@ -58,7 +60,7 @@ std::optional<QVariant> decodeTagged(const QCborValue& value)
 
 std::optional<QVariant> decodeContainer(const QCborValue& value, int depth)
 {
-    if (depth >= VariantCbor::deepestNesting) {
+    if (depth >= Limits::maxNesting) {
         return std::nullopt;
     }
     if (value.isArray()) {

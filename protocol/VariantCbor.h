@@ -19,11 +19,9 @@
  */
 namespace VariantCbor {
 
-inline constexpr int deepestNesting = 16; ///< Lists and maps within each other.
-
 QCborValue encode(const QVariant& value);
 
-/** Empty for what encode cannot have made, or what is nested too deep. */
+/** Empty for what encode cannot have made, or what is nested deeper than Limits::maxNesting. */
 std::optional<QVariant> decode(const QCborValue& value);
 
 } // namespace VariantCbor

@@ -1,11 +1,28 @@
 #include "server/RecordingServer.h"
 
+#include "protocol/CommandTable.h"
+#include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/simulated/SpeakerTalk.h"
 
 namespace {
 
 constexpr int defaultEchoDelay = 500; // ms
+
+/** What a refusal carries besides its text: the id of the record in question, in the shape of the table. */
+QVariant refusalResult(const CommandTable::Row& row, const QVariant& payload)
+{
+    const QVariantMap fields = payload.toMap();
+    switch (row.refusal.kind) {
+    case PayloadShape::Number:
+        return row.payload.kind == PayloadShape::Number ? payload.toInt()
+                                                        : fields.value(row.payload.keys.first()).toInt();
+    case PayloadShape::Map:
+        return QVariantMap{{row.refusal.keys.first(), fields.value(row.refusal.keys.first()).toInt()}};
+    default:
+        return QVariant();
+    }
+}
 
 } // namespace
 
@@ -41,7 +58,7 @@ RecordingServer::RecordingServer(ServerConfig config)
     registerPlayback();
     connect(&m_playback, &PlaybackService::playAudioFailed, this, [this](const QVariantMap& fields) {
         for (ServerSession* session : qAsConst(m_sessions)) {
-            session->raisePlainEvent(QStringLiteral("PlayAudioFailed"), fields);
+            session->raisePlainEvent(Vocabulary::PlayAudioFailed, fields);
         }
     });
     connect(&m_scheduleRunner, &ScheduleRunner::due, this,
@@ -69,94 +86,90 @@ QString RecordingServer::whyNotOpen() const
 
 void RecordingServer::registerTalks()
 {
-    m_executors[QStringLiteral("StartTalk")] = [this](ServerSession& session, const QVariant& payload,
-                                                      quint64) {
+    m_executors[Vocabulary::StartTalk] = [this](ServerSession& session, const QVariant& payload, quint64) {
         return m_talks.startTalk(session, payload);
     };
-    m_executors[QStringLiteral("StartTalkToIPAudio")] = [this](ServerSession& session,
-                                                               const QVariant& payload, quint64) {
+    m_executors[Vocabulary::StartTalkToIPAudio] = [this](ServerSession& session, const QVariant& payload,
+                                                         quint64) {
         return startTalkToIPAudio(session, payload);
     };
-    m_executors[QStringLiteral("StopTalk")] = [this](ServerSession& session, const QVariant& payload,
-                                                     quint64) { return m_talks.stopTalk(session, payload); };
-    m_executors[QStringLiteral("StopTalkToIPAudio")] = [this](ServerSession& session, const QVariant& payload,
-                                                              quint64) {
+    m_executors[Vocabulary::StopTalk] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_talks.stopTalk(session, payload);
+    };
+    m_executors[Vocabulary::StopTalkToIPAudio] = [this](ServerSession& session, const QVariant& payload,
+                                                        quint64) {
         return m_talks.stopTalkToSpeaker(session, payload.toInt());
     };
-    m_executors[QStringLiteral("TalkData")] = [this](ServerSession& session, const QVariant& payload,
-                                                     quint64) { return m_talks.talkData(session, payload); };
+    m_executors[Vocabulary::TalkData] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_talks.talkData(session, payload);
+    };
 }
 
 void RecordingServer::registerRecords()
 {
-    const auto on = [this](const char* command, auto& store, auto operation) {
-        m_executors[QLatin1String(command)] = [&store, operation](ServerSession&, const QVariant& payload,
-                                                                  quint64) {
+    const auto on = [this](const QString& command, auto& store, auto operation) {
+        m_executors[command] = [&store, operation](ServerSession&, const QVariant& payload, quint64) {
             return (store.*operation)(payload);
         };
     };
-    on("AddIPAudio", m_devices, &DeviceStore::add);
-    on("UpdateIPAudio", m_devices, &DeviceStore::update);
-    on("DeleteIPAudio", m_devices, &DeviceStore::remove);
-    on("UploadFile", m_files, &FileStore::upload);
-    on("DeleteFile", m_files, &FileStore::remove);
-    on("AddNetworkAudioGroup", m_groups, &GroupStore::add);
-    on("UpdateNetworkAudioGroup", m_groups, &GroupStore::update);
-    on("DeleteNetworkAudioGroup", m_groups, &GroupStore::remove);
-    on("AddNetworkAudioSchedule", m_schedules, &ScheduleStore::add);
-    on("UpdateNetworkAudioSchedule", m_schedules, &ScheduleStore::update);
-    on("DeleteNetworkAudioSchedule", m_schedules, &ScheduleStore::remove);
-    const auto list = [this](const char* command, auto& store) {
-        m_executors[QLatin1String(command)] = [&store](ServerSession&, const QVariant&, quint64) {
-            return store.list();
-        };
+    on(Vocabulary::AddIPAudio, m_devices, &DeviceStore::add);
+    on(Vocabulary::UpdateIPAudio, m_devices, &DeviceStore::update);
+    on(Vocabulary::DeleteIPAudio, m_devices, &DeviceStore::remove);
+    on(Vocabulary::UploadFile, m_files, &FileStore::upload);
+    on(Vocabulary::DeleteFile, m_files, &FileStore::remove);
+    on(Vocabulary::AddNetworkAudioGroup, m_groups, &GroupStore::add);
+    on(Vocabulary::UpdateNetworkAudioGroup, m_groups, &GroupStore::update);
+    on(Vocabulary::DeleteNetworkAudioGroup, m_groups, &GroupStore::remove);
+    on(Vocabulary::AddNetworkAudioSchedule, m_schedules, &ScheduleStore::add);
+    on(Vocabulary::UpdateNetworkAudioSchedule, m_schedules, &ScheduleStore::update);
+    on(Vocabulary::DeleteNetworkAudioSchedule, m_schedules, &ScheduleStore::remove);
+    const auto list = [this](const QString& command, auto& store) {
+        m_executors[command] = [&store](ServerSession&, const QVariant&, quint64) { return store.list(); };
     };
-    m_executors[QStringLiteral("GetCamera")] = [this](ServerSession&, const QVariant&, quint64) {
+    m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&, quint64) {
         return done(cameraRecords());
     };
-    list("RetrieveIPAudioModel", m_devices);
-    list("GetAudioFile", m_files);
-    list("GetNetworkAudioGroup", m_groups);
-    list("GetNetworkAudioSchedule", m_schedules);
+    list(Vocabulary::RetrieveIPAudioModel, m_devices);
+    list(Vocabulary::GetAudioFile, m_files);
+    list(Vocabulary::GetNetworkAudioGroup, m_groups);
+    list(Vocabulary::GetNetworkAudioSchedule, m_schedules);
 }
 
 QVariantList RecordingServer::cameraRecords() const
 {
     QVariantList records;
     for (const CameraConfig& camera : m_config.cameras) {
-        records.append(QVariantMap{{QStringLiteral("camId"), camera.id},
-                                   {QStringLiteral("camName"), camera.name},
-                                   {QStringLiteral("online"), camera.online}});
+        records.append(QVariantMap{
+            {Vocabulary::camId, camera.id}, {Words::camName, camera.name}, {Words::online, camera.online}});
     }
     return records;
 }
 
 void RecordingServer::registerPlayback()
 {
-    for (const char* command : {"PlayAudio", "AlarmPlayIPAudio"}) {
-        const QString name = QLatin1String(command);
+    for (const QString& name : {Vocabulary::PlayAudio, Vocabulary::AlarmPlayIPAudio}) {
         m_executors[name] = [this, name](ServerSession& session, const QVariant& payload, quint64 request) {
             return m_playback.play(session, name, payload, request);
         };
     }
-    m_executors[QStringLiteral("PlayGroupAudio")] = [this](ServerSession& session, const QVariant& payload,
-                                                           quint64 request) {
-        return m_playback.playGroup(session, QStringLiteral("PlayGroupAudio"), payload, request);
+    m_executors[Vocabulary::PlayGroupAudio] = [this](ServerSession& session, const QVariant& payload,
+                                                     quint64 request) {
+        return m_playback.playGroup(session, Vocabulary::PlayGroupAudio, payload, request);
     };
-    m_executors[QStringLiteral("StopCurrentAudio")] = [this](ServerSession&, const QVariant& payload,
-                                                             quint64) { return m_playback.stop(payload); };
-    m_executors[QStringLiteral("StopCurrentGroupAudio")] =
+    m_executors[Vocabulary::StopCurrentAudio] = [this](ServerSession&, const QVariant& payload, quint64) {
+        return m_playback.stop(payload);
+    };
+    m_executors[Vocabulary::StopCurrentGroupAudio] =
         [this](ServerSession&, const QVariant& payload, quint64) { return m_playback.stopGroup(payload); };
 }
 
-/** What keeps a speaker from talking is told in "error" of a success: so the client hears of it in words. */
+/** What keeps a speaker from talking is the text "error" of a success, so that the client gets it in words.
+ */
 ServerReply RecordingServer::startTalkToIPAudio(ServerSession& session, const QVariant& payload)
 {
     const int id = payload.toInt();
     const auto device = m_devices.find(id);
-    const auto withError = [](const QString& text) {
-        return done(QVariantMap{{QStringLiteral("error"), text}});
-    };
+    const auto withError = [](const QString& text) { return done(QVariantMap{{Vocabulary::error, text}}); };
     if (!device) {
         return withError(QStringLiteral("no device has the id %1").arg(id));
     }
@@ -179,6 +192,11 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
     if (executor == m_executors.constEnd()) {
         return refusal(ReturnCode::unknownCommand,
                        QStringLiteral("this server does not know the command \"%1\"").arg(command));
+    }
+    const CommandTable::Row* row = CommandTable::find(command);
+    if (row != nullptr && payloadSize(payload, row->maxSize) > row->maxSize) {
+        return refusal(row->tooLarge, QStringLiteral("\"%1\" is too large").arg(command),
+                       refusalResult(*row, payload));
     }
     return (*executor)(session, payload, request);
 }

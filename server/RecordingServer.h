@@ -63,6 +63,9 @@ public:
     /** Looks for schedules that are due, beside the regular looks. */
     void lookAtSchedules() { m_scheduleRunner.look(); }
 
+    /** The names of the commands that it executes: those of CommandTable. */
+    QStringList commands() const { return m_executors.keys(); }
+
     std::optional<ServerReply> execute(ServerSession& session, const QString& command,
                                        const QVariant& payload, quint64 request) override;
     void openSession(ServerSession& session) override;

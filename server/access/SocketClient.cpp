@@ -1,11 +1,11 @@
 #include "server/access/SocketClient.h"
 
+#include "protocol/Limits.h"
 #include "server/core/ServerSession.h"
 
 namespace {
 
-constexpr quint64 largestLogin = 16384; // bytes
-constexpr int refusalTime = 1000;       // ms
+constexpr int refusalTime = 1000; // ms
 
 } // namespace
 
@@ -14,8 +14,8 @@ SocketClient::SocketClient(RecordingServer& server, const SocketConfig& config, 
     : m_server(server), m_config(config), m_logins(logins), m_socket(socket)
 {
     m_socket->setParent(nullptr);
-    m_socket->setMaxAllowedIncomingMessageSize(largestLogin);
-    m_socket->setMaxAllowedIncomingFrameSize(largestLogin);
+    m_socket->setMaxAllowedIncomingMessageSize(Limits::maxLoginBytes);
+    m_socket->setMaxAllowedIncomingFrameSize(Limits::maxLoginBytes);
     connect(m_socket.get(), &QWebSocket::binaryMessageReceived, this, &SocketClient::receive);
     connect(m_socket.get(), &QWebSocket::textMessageReceived, this,
             [this] { drop(QStringLiteral("messages are binary")); });
@@ -76,7 +76,7 @@ void SocketClient::send(const WireMessage& message)
         return;
     }
     m_socket->sendBinaryMessage(message.toBytes());
-    if (m_socket->bytesToWrite() > m_config.longestQueue) {
+    if (m_socket->bytesToWrite() > m_config.maxWaitingBytes) {
         m_dropped = true;
         endSession();
         m_socket->abort();
@@ -125,8 +125,8 @@ void SocketClient::answerLogin(bool admitted)
         return;
     }
     m_loginTimer.stop();
-    m_socket->setMaxAllowedIncomingMessageSize(m_config.largestMessage);
-    m_socket->setMaxAllowedIncomingFrameSize(m_config.largestMessage);
+    m_socket->setMaxAllowedIncomingMessageSize(m_config.maxMessageBytes);
+    m_socket->setMaxAllowedIncomingFrameSize(m_config.maxMessageBytes);
     m_session = std::make_unique<ServerSession>(m_server);
     connect(m_session.get(), &ServerSession::replied, this,
             [this](const QString& command, quint64 request, const ServerReply& reply) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/Limits.h"
 #include "server/RecordingServer.h"
 #include "server/access/LoginChecker.h"
 #include "server/access/UserBook.h"
@@ -23,10 +24,11 @@ struct SocketConfig
     QHostAddress address = QHostAddress::LocalHost; ///< Of the interface to listen on.
     quint16 port = 0;                               ///< 0 for any free one.
     UserBook users;                                 ///< Who may log in.
-    int maxClients = 256;                           ///< Further ones are refused.
-    qint64 longestQueue = 16 << 20;      ///< Unsent bytes for a client; one with more loses its connection.
-    quint64 largestMessage = 48U << 20U; ///< Bytes, after the login; the largest upload fits.
-    int loginTimeout = 10000;            ///< From the connection to the login, ms.
+    int maxClients = Limits::maxClients;            ///< Further ones are refused.
+    qint64 maxWaitingBytes =
+        Limits::maxWaitingBytes; ///< Unsent, for a client; one with more is disconnected.
+    quint64 maxMessageBytes = Limits::maxMessageToServerBytes; ///< After the login.
+    int loginTimeout = Limits::maxLoginTime;                   ///< From the connection to the login, ms.
 };
 
 /**

@@ -1,5 +1,6 @@
 #include "server/access/UserBook.h"
 
+#include "protocol/Limits.h"
 #include "system/PrivateFile.h"
 
 #include <QFile>
@@ -9,8 +10,6 @@
 namespace {
 
 const QString tokenName = QStringLiteral("token");
-
-constexpr int longestPassword = 1024; // bytes
 
 QByteArray hashOf(const QByteArray& password)
 {
@@ -68,7 +67,7 @@ bool UserBook::setPassword(const QString& name, const QString& password)
 bool UserBook::admits(const QString& name, const QString& password) const
 {
     const QByteArray secret = password.toUtf8();
-    if (sodium_init() < 0 || secret.size() > longestPassword) {
+    if (sodium_init() < 0 || secret.size() > Limits::maxPasswordBytes) {
         return false;
     }
     const QByteArray hash = m_hashes.value(name.isEmpty() ? tokenName : name);

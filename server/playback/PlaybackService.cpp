@@ -1,15 +1,16 @@
 #include "server/playback/PlaybackService.h"
 
+#include "protocol/Limits.h"
+#include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 
 namespace {
 
 constexpr int progressInterval = 200; // ms
-constexpr int wholeProgress = 100;    // percent
 
 QVariantMap progressOf(int percent)
 {
-    return {{QStringLiteral("progress"), percent}};
+    return {{Words::progress, percent}};
 }
 
 } // namespace
@@ -27,10 +28,10 @@ void PlaybackService::raiseFailure(const QString& device, const QString& file, c
                                    const QString& alarm)
 {
     Q_EMIT playAudioFailed({
-        {QStringLiteral("deviceName"), device},
-        {QStringLiteral("audioName"), file},
-        {QStringLiteral("error"), error},
-        {QStringLiteral("alarmName"), alarm},
+        {Vocabulary::deviceName, device},
+        {Vocabulary::audioName, file},
+        {Vocabulary::error, error},
+        {Vocabulary::alarmName, alarm},
     });
 }
 
@@ -38,20 +39,20 @@ ServerReply PlaybackService::play(ServerSession& session, const QString& command
                                   quint64 request)
 {
     const QVariantMap fields = payload.toMap();
-    const int device = fields.value(QStringLiteral("ipAudioId")).toInt();
-    return start({&session, command, request}, fields.value(QStringLiteral("audioFileId")).toInt(), {device},
-                 fields.value(QStringLiteral("alarmName")).toString(), device);
+    const int device = fields.value(Vocabulary::ipAudioId).toInt();
+    return start({&session, command, request}, fields.value(Vocabulary::audioFileId).toInt(), {device},
+                 fields.value(Vocabulary::alarmName).toString(), device);
 }
 
 ServerReply PlaybackService::playGroup(ServerSession& session, const QString& command,
                                        const QVariant& payload, quint64 request)
 {
     const QVariantMap fields = payload.toMap();
-    const int group = fields.value(QStringLiteral("groupID")).toInt();
+    const int group = fields.value(Vocabulary::groupID).toInt();
     if (!m_groups.exists(group)) {
         return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
     }
-    return start({&session, command, request}, fields.value(QStringLiteral("audioFileId")).toInt(),
+    return start({&session, command, request}, fields.value(Vocabulary::audioFileId).toInt(),
                  m_groups.members(group), QString(), group);
 }
 
@@ -163,7 +164,8 @@ void PlaybackService::tellProgress()
     for (auto& [source, playback] : m_playbacks) {
         const auto ms = static_cast<qint64>(*playback.played) * 1000 / SpeakerRack::sampleRate;
         const int percent = static_cast<int>(
-            qBound<qint64>(0, ms * wholeProgress / qMax(playback.file.length, 1), wholeProgress - 1));
+            qBound<qint64>(0, ms * Limits::maxProgressPercent / qMax(playback.file.length, 1),
+                           Limits::maxProgressPercent - 1));
         if (percent > playback.progress && playback.asker.session) {
             playback.progress = percent;
             playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
@@ -186,7 +188,7 @@ void PlaybackService::ended(int source)
     if (!playback.reader->isBroken()) {
         if (playback.asker.session) {
             playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
-                                              done(progressOf(wholeProgress)));
+                                              done(progressOf(Limits::maxProgressPercent)));
         }
         return;
     }

@@ -1,20 +1,18 @@
 #include "server/records/DeviceStore.h"
 
 #include "protocol/RecordChecks.h"
+#include "protocol/Words.h"
 
 namespace {
 
-const QString deviceID = QStringLiteral("deviceID");
-const QString bindingCameraList = QStringLiteral("bindingCameraList");
-
-QString textOf(const QVariantMap& record, const char* key)
+QString textOf(const QVariantMap& record, const QString& key)
 {
-    return record.value(QLatin1String(key)).toString();
+    return record.value(key).toString();
 }
 
 QStringList camerasOf(const QVariantMap& record)
 {
-    const QString text = record.value(bindingCameraList).toString();
+    const QString text = record.value(Vocabulary::bindingCameraList).toString();
     return text.isEmpty() ? QStringList() : text.split(QLatin1Char('|'));
 }
 
@@ -25,13 +23,13 @@ const QString selectDevices = QStringLiteral(
 QVariantMap readRecord(const QSqlQuery& row, const SecretBox& secrets)
 {
     return {
-        {deviceID, row.value(0).toInt()},
-        {QStringLiteral("deviceName"), row.value(1).toString()},
-        {QStringLiteral("ip"), row.value(2).toString()},
-        {QStringLiteral("port"), row.value(3).toInt()},
-        {QStringLiteral("username"), row.value(4).toString()},
-        {QStringLiteral("password"), secrets.unseal(row.value(5).toByteArray())},
-        {bindingCameraList, row.value(6).toString()},
+        {Vocabulary::deviceID, row.value(0).toInt()},
+        {Vocabulary::deviceName, row.value(1).toString()},
+        {Vocabulary::ip, row.value(2).toString()},
+        {Vocabulary::port, row.value(3).toInt()},
+        {Vocabulary::username, row.value(4).toString()},
+        {Vocabulary::password, secrets.unseal(row.value(5).toByteArray())},
+        {Vocabulary::bindingCameraList, row.value(6).toString()},
     };
 }
 
@@ -54,10 +52,12 @@ ServerReply DeviceStore::failed() const
 std::optional<ServerReply> DeviceStore::check(const QVariantMap& record, int id)
 {
     using namespace RecordChecks;
-    const QString deviceName = textOf(record, "deviceName");
+    const QString deviceName = textOf(record, Vocabulary::deviceName);
     for (const Refusal& bad :
-         {name(deviceName), address(textOf(record, "ip")), port(record.value(QStringLiteral("port")).toInt()),
-          credentials(textOf(record, "username"), textOf(record, "password")), cameras(camerasOf(record))}) {
+         {name(deviceName), address(textOf(record, Vocabulary::ip)),
+          port(record.value(Vocabulary::port).toInt()),
+          credentials(textOf(record, Vocabulary::username), textOf(record, Vocabulary::password)),
+          cameras(camerasOf(record))}) {
         if (bad) {
             return bad;
         }
@@ -100,12 +100,13 @@ ServerReply DeviceStore::add(const QVariant& payload)
     if (!m_database.run(
             insert,
             QStringLiteral("INSERT INTO devices (name, ip, port, username, password) VALUES (?, ?, ?, ?, ?)"),
-            {textOf(record, "deviceName"), textOf(record, "ip"), record.value(QStringLiteral("port")).toInt(),
-             textOf(record, "username"), m_secrets.seal(textOf(record, "password"))})) {
+            {textOf(record, Vocabulary::deviceName), textOf(record, Vocabulary::ip),
+             record.value(Vocabulary::port).toInt(), textOf(record, Vocabulary::username),
+             m_secrets.seal(textOf(record, Vocabulary::password))})) {
         return failed();
     }
     const int id = insert.lastInsertId().toInt();
-    if (!storeCameras(id, textOf(record, "bindingCameraList")) || !transaction.commit()) {
+    if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList)) || !transaction.commit()) {
         return failed();
     }
     const auto stored = recordOf(id);
@@ -115,9 +116,9 @@ ServerReply DeviceStore::add(const QVariant& payload)
 ServerReply DeviceStore::update(const QVariant& payload)
 {
     const QVariantMap record = payload.toMap();
-    const int id = record.value(deviceID).toInt();
+    const int id = record.value(Vocabulary::deviceID).toInt();
     // The refusal carries the id, so that the client can tell which request it was.
-    const QVariantMap onlyId{{deviceID, id}};
+    const QVariantMap onlyId{{Vocabulary::deviceID, id}};
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
         return *bad;
@@ -128,14 +129,15 @@ ServerReply DeviceStore::update(const QVariant& payload)
             change,
             QStringLiteral(
                 "UPDATE devices SET name = ?, ip = ?, port = ?, username = ?, password = ? WHERE id = ?"),
-            {textOf(record, "deviceName"), textOf(record, "ip"), record.value(QStringLiteral("port")).toInt(),
-             textOf(record, "username"), m_secrets.seal(textOf(record, "password")), id})) {
+            {textOf(record, Vocabulary::deviceName), textOf(record, Vocabulary::ip),
+             record.value(Vocabulary::port).toInt(), textOf(record, Vocabulary::username),
+             m_secrets.seal(textOf(record, Vocabulary::password)), id})) {
         return failed();
     }
     if (change.numRowsAffected() == 0) {
         return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id), onlyId);
     }
-    if (!storeCameras(id, textOf(record, "bindingCameraList")) || !transaction.commit()) {
+    if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList)) || !transaction.commit()) {
         return failed();
     }
     const auto stored = recordOf(id);

@@ -1,7 +1,10 @@
 #include "server/records/FileStore.h"
 
 #include "audio/AudioFileReader.h"
+#include "protocol/AudioStatus.h"
+#include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
+#include "protocol/Words.h"
 #include "system/WholeFile.h"
 
 #include <QDateTime>
@@ -31,14 +34,14 @@ ServerReply FileStore::failed() const
 ServerReply FileStore::upload(const QVariant& payload)
 {
     const QVariantMap record = payload.toMap();
-    const QString name = record.value(QStringLiteral("filename")).toString();
+    const QString name = record.value(Words::filename).toString();
     const auto refuse = [](const QString& text) { return refusal(ReturnCode::fileRefused, text); };
     if (RecordChecks::name(name)) {
         return refuse(QStringLiteral("the file's name is empty, too long, or has control characters"));
     }
-    const QByteArray text = record.value(QStringLiteral("content")).toByteArray();
-    if (text.size() > base64Of(largestFile)) {
-        return refuse(QStringLiteral("the file is larger than %1 MiB").arg(largestFile >> 20));
+    const QByteArray text = record.value(Words::content).toByteArray();
+    if (text.size() > base64Of(Limits::maxFileBytes)) {
+        return refuse(QStringLiteral("the file is larger than %1 MiB").arg(Limits::maxFileBytes >> 20));
     }
     const auto content = QByteArray::fromBase64Encoding(text, QByteArray::AbortOnBase64DecodingErrors);
     if (!content) {
@@ -58,7 +61,7 @@ ServerReply FileStore::upload(const QVariant& payload)
     if (!m_database.run(
             QStringLiteral(
                 "INSERT INTO files (name, length, status, content, uploaded) VALUES (?, ?, ?, ?, ?)"),
-            {name, *length, static_cast<int>(Ready), contentName,
+            {name, *length, static_cast<int>(AudioStatus::Ready), contentName,
              QDateTime::currentDateTimeUtc().toString(Qt::ISODate)})) {
         QFile::remove(path);
         return refuse(m_database.errorString());
@@ -89,10 +92,10 @@ ServerReply FileStore::list()
     QVariantList entries;
     while (rows.next()) {
         entries.append(QVariantMap{
-            {QStringLiteral("audioID"), rows.value(0).toInt()},
-            {QStringLiteral("audioName"), rows.value(1).toString()},
-            {QStringLiteral("audioLength"), rows.value(2).toInt()},
-            {QStringLiteral("audioStatus"), rows.value(3).toInt()},
+            {Vocabulary::audioID, rows.value(0).toInt()},
+            {Vocabulary::audioName, rows.value(1).toString()},
+            {Vocabulary::audioLength, rows.value(2).toInt()},
+            {Vocabulary::audioStatus, rows.value(3).toInt()},
         });
     }
     return done(entries);

@@ -18,14 +18,6 @@
 class FileStore
 {
 public:
-    static constexpr int largestFile = 32 << 20; ///< Bytes of content.
-
-    /** Values of "audioStatus" that this server stores; a client has others of its own. */
-    enum Status
-    {
-        Ready = 2, ///< The file can be played.
-    };
-
     /**
      * @param database outlives the store
      * @param folder   made when missing

@@ -1,14 +1,11 @@
 #include "server/records/GroupStore.h"
 
 #include "protocol/RecordChecks.h"
+#include "protocol/Words.h"
 
 #include <algorithm>
 
 namespace {
-
-const QString groupID = QStringLiteral("groupID");
-const QString groupName = QStringLiteral("groupName");
-const QString networkAudioIDList = QStringLiteral("networkAudioIDList");
 
 } // namespace
 
@@ -19,11 +16,11 @@ ServerReply GroupStore::failed() const
 
 std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
 {
-    const QString name = record.value(groupName).toString();
+    const QString name = record.value(Vocabulary::groupName).toString();
     if (const auto bad = RecordChecks::name(name)) {
         return bad;
     }
-    const auto members = RecordChecks::ids(record.value(networkAudioIDList).toString());
+    const auto members = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
     if (!members || !m_devices.exist(*members)) {
         return refusal(ReturnCode::badList,
                        QStringLiteral("the list of devices names one twice, or one that is unknown"));
@@ -42,14 +39,14 @@ std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
 
 ServerReply GroupStore::store(const QVariantMap& record, int id)
 {
-    const auto members = RecordChecks::ids(record.value(networkAudioIDList).toString());
+    const auto members = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
     if (!members || !m_members.store(id, *members)) {
         return failed();
     }
     return done(QVariantMap{
-        {groupID, id},
-        {groupName, record.value(groupName).toString()},
-        {networkAudioIDList, RecordChecks::joined(*members)},
+        {Vocabulary::groupID, id},
+        {Vocabulary::groupName, record.value(Vocabulary::groupName).toString()},
+        {Vocabulary::networkAudioIDList, RecordChecks::joined(*members)},
     });
 }
 
@@ -62,7 +59,7 @@ ServerReply GroupStore::add(const QVariant& payload)
     RecordDatabase::Transaction transaction(m_database);
     QSqlQuery insert = m_database.query();
     if (!m_database.run(insert, QStringLiteral("INSERT INTO groups (name) VALUES (?)"),
-                        {record.value(groupName).toString()})) {
+                        {record.value(Vocabulary::groupName).toString()})) {
         return failed();
     }
     ServerReply reply = store(record, insert.lastInsertId().toInt());
@@ -72,8 +69,8 @@ ServerReply GroupStore::add(const QVariant& payload)
 ServerReply GroupStore::update(const QVariant& payload)
 {
     const QVariantMap record = payload.toMap();
-    const int id = record.value(groupID).toInt();
-    const QVariantMap onlyId{{groupID, id}};
+    const int id = record.value(Vocabulary::groupID).toInt();
+    const QVariantMap onlyId{{Vocabulary::groupID, id}};
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
         return *bad;
@@ -81,7 +78,7 @@ ServerReply GroupStore::update(const QVariant& payload)
     RecordDatabase::Transaction transaction(m_database);
     QSqlQuery change = m_database.query();
     if (!m_database.run(change, QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
-                        {record.value(groupName).toString(), id})) {
+                        {record.value(Vocabulary::groupName).toString(), id})) {
         return failed();
     }
     if (change.numRowsAffected() == 0) {
@@ -114,9 +111,9 @@ ServerReply GroupStore::list()
     QVariantList records;
     while (rows.next()) {
         records.append(QVariantMap{
-            {groupID, rows.value(0).toInt()},
-            {groupName, rows.value(1).toString()},
-            {networkAudioIDList, rows.value(2).toString()},
+            {Vocabulary::groupID, rows.value(0).toInt()},
+            {Vocabulary::groupName, rows.value(1).toString()},
+            {Vocabulary::networkAudioIDList, rows.value(2).toString()},
         });
     }
     return done(records);

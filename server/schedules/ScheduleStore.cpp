@@ -1,25 +1,13 @@
 #include "server/schedules/ScheduleStore.h"
 
+#include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
+#include "protocol/Words.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
 namespace {
-
-const QString scheduleID = QStringLiteral("scheduleID");
-const QString enableSchedule = QStringLiteral("enableSchedule");
-const QString scheduleName = QStringLiteral("scheduleName");
-const QString scheduleStartTime = QStringLiteral("scheduleStartTime");
-const QString scheduleType = QStringLiteral("scheduleType");
-const QString scheduleSettings = QStringLiteral("scheduleSettings");
-const QString scheduleEndTime = QStringLiteral("scheduleEndTime");
-const QString enableScheduleEndTime = QStringLiteral("enableScheduleEndTime");
-const QString audioID = QStringLiteral("audioID");
-const QString groupIDList = QStringLiteral("groupIDList");
-const QString networkAudioIDList = QStringLiteral("networkAudioIDList");
-
-constexpr int largestSettings = 65536; // bytes
 
 QByteArray toJson(const QVariant& settings)
 {
@@ -40,20 +28,21 @@ ServerReply ScheduleStore::failed() const
 
 std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, Checked* checked)
 {
-    if (const auto bad = RecordChecks::name(record.value(scheduleName).toString())) {
+    if (const auto bad = RecordChecks::name(record.value(Vocabulary::scheduleName).toString())) {
         return bad;
     }
     QString error;
     const auto rule = ScheduleRule::fromRecord(record, &error);
-    if (!rule || toJson(record.value(scheduleSettings)).size() > largestSettings) {
+    if (!rule || toJson(record.value(Vocabulary::scheduleSettings)).size() > Limits::maxSettingsBytes) {
         return refusal(ReturnCode::badSchedule, rule ? QStringLiteral("the settings are too large") : error);
     }
-    if (!m_files.exists(record.value(audioID).toInt())) {
-        return refusal(ReturnCode::noSuchFile,
-                       QStringLiteral("no audio file has the id %1").arg(record.value(audioID).toInt()));
+    if (!m_files.exists(record.value(Vocabulary::audioID).toInt())) {
+        return refusal(
+            ReturnCode::noSuchFile,
+            QStringLiteral("no audio file has the id %1").arg(record.value(Vocabulary::audioID).toInt()));
     }
-    const auto groups = RecordChecks::ids(record.value(groupIDList).toString());
-    const auto devices = RecordChecks::ids(record.value(networkAudioIDList).toString());
+    const auto groups = RecordChecks::ids(record.value(Vocabulary::groupIDList).toString());
+    const auto devices = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
     if (!groups || !devices || !m_groups.exist(*groups) || !m_devices.exist(*devices)) {
         return refusal(
             ReturnCode::badList,
@@ -73,9 +62,9 @@ ServerReply ScheduleStore::store(const QVariantMap& record, const Checked& check
         return failed();
     }
     QVariantMap stored = record;
-    stored[scheduleID] = id;
-    stored[groupIDList] = RecordChecks::joined(checked.groups);
-    stored[networkAudioIDList] = RecordChecks::joined(checked.devices);
+    stored[Vocabulary::scheduleID] = id;
+    stored[Vocabulary::groupIDList] = RecordChecks::joined(checked.groups);
+    stored[Vocabulary::networkAudioIDList] = RecordChecks::joined(checked.devices);
     return done(stored);
 }
 
@@ -92,10 +81,13 @@ ServerReply ScheduleStore::add(const QVariant& payload)
             insert,
             QStringLiteral("INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled, "
                            "file) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-            {record.value(scheduleName).toString(), record.value(enableSchedule).toBool(),
-             static_cast<int>(checked.rule.type), QString::fromUtf8(toJson(record.value(scheduleSettings))),
-             timeText(record.value(scheduleStartTime)), timeText(record.value(scheduleEndTime)),
-             record.value(enableScheduleEndTime).toBool(), record.value(audioID).toInt()})) {
+            {record.value(Vocabulary::scheduleName).toString(),
+             record.value(Vocabulary::enableSchedule).toBool(), static_cast<int>(checked.rule.type),
+             QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
+             timeText(record.value(Vocabulary::scheduleStartTime)),
+             timeText(record.value(Vocabulary::scheduleEndTime)),
+             record.value(Vocabulary::enableScheduleEndTime).toBool(),
+             record.value(Vocabulary::audioID).toInt()})) {
         return failed();
     }
     ServerReply reply = store(record, checked, insert.lastInsertId().toInt());
@@ -105,8 +97,8 @@ ServerReply ScheduleStore::add(const QVariant& payload)
 ServerReply ScheduleStore::update(const QVariant& payload)
 {
     const QVariantMap record = payload.toMap();
-    const int id = record.value(scheduleID).toInt();
-    const QVariantMap onlyId{{scheduleID, id}};
+    const int id = record.value(Vocabulary::scheduleID).toInt();
+    const QVariantMap onlyId{{Vocabulary::scheduleID, id}};
     Checked checked;
     if (auto bad = check(record, &checked)) {
         bad->result = onlyId;
@@ -118,10 +110,13 @@ ServerReply ScheduleStore::update(const QVariant& payload)
             change,
             QStringLiteral("UPDATE schedules SET name = ?, enabled = ?, type = ?, settings = ?, start = ?, "
                            "end = ?, end_enabled = ?, file = ? WHERE id = ?"),
-            {record.value(scheduleName).toString(), record.value(enableSchedule).toBool(),
-             static_cast<int>(checked.rule.type), QString::fromUtf8(toJson(record.value(scheduleSettings))),
-             timeText(record.value(scheduleStartTime)), timeText(record.value(scheduleEndTime)),
-             record.value(enableScheduleEndTime).toBool(), record.value(audioID).toInt(), id})) {
+            {record.value(Vocabulary::scheduleName).toString(),
+             record.value(Vocabulary::enableSchedule).toBool(), static_cast<int>(checked.rule.type),
+             QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
+             timeText(record.value(Vocabulary::scheduleStartTime)),
+             timeText(record.value(Vocabulary::scheduleEndTime)),
+             record.value(Vocabulary::enableScheduleEndTime).toBool(),
+             record.value(Vocabulary::audioID).toInt(), id})) {
         return failed();
     }
     if (change.numRowsAffected() == 0) {
@@ -158,18 +153,18 @@ QVariantList ScheduleStore::records()
     }
     while (rows.next()) {
         found.append(QVariantMap{
-            {scheduleID, rows.value(0).toInt()},
-            {scheduleName, rows.value(1).toString()},
-            {enableSchedule, rows.value(2).toBool()},
-            {scheduleType, rows.value(3).toInt()},
-            {scheduleSettings,
+            {Vocabulary::scheduleID, rows.value(0).toInt()},
+            {Vocabulary::scheduleName, rows.value(1).toString()},
+            {Vocabulary::enableSchedule, rows.value(2).toBool()},
+            {Vocabulary::scheduleType, rows.value(3).toInt()},
+            {Vocabulary::scheduleSettings,
              QJsonDocument::fromJson(rows.value(4).toString().toUtf8()).object().toVariantMap()},
-            {scheduleStartTime, rows.value(5).toString()},
-            {scheduleEndTime, rows.value(6).toString()},
-            {enableScheduleEndTime, rows.value(7).toBool()},
-            {audioID, rows.value(8).toInt()},
-            {groupIDList, rows.value(9).toString()},
-            {networkAudioIDList, rows.value(10).toString()},
+            {Vocabulary::scheduleStartTime, rows.value(5).toString()},
+            {Vocabulary::scheduleEndTime, rows.value(6).toString()},
+            {Vocabulary::enableScheduleEndTime, rows.value(7).toBool()},
+            {Vocabulary::audioID, rows.value(8).toInt()},
+            {Vocabulary::groupIDList, rows.value(9).toString()},
+            {Vocabulary::networkAudioIDList, rows.value(10).toString()},
         });
     }
     return found;
@@ -188,13 +183,13 @@ std::vector<ScheduleStore::Entry> ScheduleStore::enabled()
         const QVariantMap record = value.toMap();
         QString error;
         const auto rule = ScheduleRule::fromRecord(record, &error);
-        if (!rule || !record.value(enableSchedule).toBool()) {
+        if (!rule || !record.value(Vocabulary::enableSchedule).toBool()) {
             continue;
         }
         QList<int> devices =
-            RecordChecks::ids(record.value(networkAudioIDList).toString()).value_or(QList<int>());
+            RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString()).value_or(QList<int>());
         const QList<int> groups =
-            RecordChecks::ids(record.value(groupIDList).toString()).value_or(QList<int>());
+            RecordChecks::ids(record.value(Vocabulary::groupIDList).toString()).value_or(QList<int>());
         for (const int group : groups) {
             for (const int member : m_groups.members(group)) {
                 if (!devices.contains(member)) {
@@ -202,8 +197,9 @@ std::vector<ScheduleStore::Entry> ScheduleStore::enabled()
                 }
             }
         }
-        entries.push_back({record.value(scheduleID).toInt(), record.value(scheduleName).toString(), *rule,
-                           record.value(audioID).toInt(), devices});
+        entries.push_back({record.value(Vocabulary::scheduleID).toInt(),
+                           record.value(Vocabulary::scheduleName).toString(), *rule,
+                           record.value(Vocabulary::audioID).toInt(), devices});
     }
     return entries;
 }

@@ -1,5 +1,7 @@
 #include "server/talks/TalkService.h"
 
+#include "protocol/Limits.h"
+#include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 #include "server/talks/TalkDestinations.h"
 
@@ -9,10 +11,7 @@
 
 namespace {
 
-constexpr int maxTargetsText = 1 << 20;  // characters
-constexpr int maxTalkDataText = 1 << 16; // characters
 constexpr int tokenWords = 4;
-constexpr std::size_t maxTalksPerSession = 4096;
 
 QString makeToken()
 {
@@ -25,7 +24,7 @@ QString makeToken()
 
 std::optional<QByteArray> decodePacket(const QString& text)
 {
-    if (text.size() > maxTalkDataText) {
+    if (text.size() > Limits::maxTalkDataLength) {
         return std::nullopt;
     }
     auto result = QByteArray::fromBase64Encoding(text.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
@@ -49,7 +48,7 @@ TalkService::TalkService(const std::vector<CameraConfig>& cameras, const QString
 ServerReply TalkService::startTalk(ServerSession& session, const QVariant& payload)
 {
     const QVariantMap request = payload.toMap();
-    const QString camId = request.value(QStringLiteral("camId")).toString();
+    const QString camId = request.value(Vocabulary::camId).toString();
     const auto camera = m_cameras.find(camId);
     if (camera == m_cameras.end()) {
         return refuse(ReturnCode::noSuchCamera, QStringLiteral("no camera has the id \"%1\"").arg(camId));
@@ -68,8 +67,8 @@ ServerReply TalkService::startTalk(ServerSession& session, const QVariant& paylo
     }
     const QString token = makeToken();
     QObject::connect(&hearing->voice(), &CameraVoice::spoke, &session, [&session, token](QVariantMap fields) {
-        fields.insert(QStringLiteral("Token"), token);
-        session.raiseEvent(QStringLiteral("AudioReceived"), fields);
+        fields.insert(Words::Token, token);
+        session.raiseEvent(Vocabulary::AudioReceived, fields);
     });
     if (!hearing->voice().start()) {
         return refuse(ReturnCode::noVoice,
@@ -79,9 +78,9 @@ ServerReply TalkService::startTalk(ServerSession& session, const QVariant& paylo
     m_talks.emplace(token, Talk{&session, 0, std::move(hearing), camera->second.config().dropAfterPackets});
     return {ReturnCode::success,
             QVariantMap{
-                {QStringLiteral("camId"), camId},
-                {QStringLiteral("talkToken"), token},
-                {QStringLiteral("relayPath"), request.value(QStringLiteral("relayPath")).toString()},
+                {Vocabulary::camId, camId},
+                {Vocabulary::talkToken, token},
+                {Vocabulary::relayPath, request.value(Vocabulary::relayPath).toString()},
             },
             QString()};
 }
@@ -90,7 +89,7 @@ bool TalkService::mayOpen(const ServerSession& session) const
 {
     const auto open = std::count_if(m_talks.begin(), m_talks.end(),
                                     [&](const auto& talk) { return talk.second.session == &session; });
-    return static_cast<std::size_t>(open) < maxTalksPerSession;
+    return open < Limits::maxTalksPerSession;
 }
 
 ServerReply TalkService::startTalkToSpeaker(ServerSession& session, int device,
@@ -101,7 +100,7 @@ ServerReply TalkService::startTalkToSpeaker(ServerSession& session, int device,
     }
     const QString token = makeToken();
     m_talks.emplace(token, Talk{&session, device, std::move(target), 0});
-    return done(QVariantMap{{QStringLiteral("deviceID"), device}, {QStringLiteral("talkToken"), token}});
+    return done(QVariantMap{{Vocabulary::deviceID, device}, {Vocabulary::talkToken, token}});
 }
 
 ServerReply TalkService::stopTalkToSpeaker(ServerSession& session, int device)
@@ -117,7 +116,7 @@ ServerReply TalkService::stopTalkToSpeaker(ServerSession& session, int device)
 
 ServerReply TalkService::stopTalk(ServerSession& session, const QVariant& payload)
 {
-    const QString token = payload.toMap().value(QStringLiteral("talkToken")).toString();
+    const QString token = payload.toMap().value(Vocabulary::talkToken).toString();
     const auto talk = m_talks.find(token);
     if (talk == m_talks.end() || talk->second.session != &session) {
         return refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
@@ -129,9 +128,10 @@ ServerReply TalkService::stopTalk(ServerSession& session, const QVariant& payloa
 ServerReply TalkService::talkData(ServerSession& session, const QVariant& payload)
 {
     const QVariantMap request = payload.toMap();
-    const QString targets = request.value(QStringLiteral("targets")).toString();
-    const QString talkData = request.value(QStringLiteral("talkData")).toString();
-    const auto tokens = targets.size() <= maxTargetsText ? parseTalkDestinations(targets) : std::nullopt;
+    const QString targets = request.value(Vocabulary::targets).toString();
+    const QString talkData = request.value(Vocabulary::talkData).toString();
+    const auto tokens =
+        targets.size() <= Limits::maxTargetsLength ? parseTalkDestinations(targets) : std::nullopt;
     const auto packet = decodePacket(talkData);
     if (!tokens || tokens->isEmpty() || !packet) {
         return refuse(ReturnCode::malformedRequest, QStringLiteral("not a talk packet"));
@@ -149,7 +149,7 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
         }
         if (++talk->second.packets == talk->second.dropAfter) {
             m_talks.erase(talk);
-            session.raiseEvent(QStringLiteral("TalkDisconnected"), {{QStringLiteral("Token"), token}});
+            session.raiseEvent(Vocabulary::TalkDisconnected, {{Words::Token, token}});
         }
     }
     return reply;

@@ -566,7 +566,7 @@ void TestSocketServer::slowClientIsDropped()
         harness.addDevice(QString(100, 'x') + QString::number(i));
     }
     SocketConfig narrow = config();
-    narrow.longestQueue = 200000;
+    narrow.maxWaitingBytes = 200000;
     SocketServer door(*harness.server, narrow, nullptr);
     QVERIFY(door.listen());
     // A client on a plain socket that logs in, asks and asks, and never reads.

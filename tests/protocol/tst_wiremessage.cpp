@@ -1,4 +1,5 @@
 #include "protocol/CborLengths.h"
+#include "protocol/Limits.h"
 #include "protocol/VariantCbor.h"
 #include "protocol/WireMessage.h"
 
@@ -75,8 +76,8 @@ void TestWireMessage::nestingIsLimited()
         }
         return VariantCbor::decode(VariantCbor::encode(value)).has_value();
     };
-    QVERIFY(nested(VariantCbor::deepestNesting));
-    QVERIFY(!nested(VariantCbor::deepestNesting + 1));
+    QVERIFY(nested(Limits::maxNesting));
+    QVERIFY(!nested(Limits::maxNesting + 1));
 }
 
 void TestWireMessage::messagesSurvive()

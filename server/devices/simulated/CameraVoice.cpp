@@ -1,6 +1,7 @@
 #include "server/devices/simulated/CameraVoice.h"
 
 #include "audio/PacketHeader.h"
+#include "protocol/Words.h"
 #include "system/MediaFiles.h"
 
 #include <chrono>
@@ -181,12 +182,12 @@ QVariantMap CameraVoice::fieldsOf(const QByteArray& bitstream, const TalkFormat&
         QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +
         QByteArray(padding, '\0') + bitstream;
     return {
-        {QStringLiteral("BitstreamSize"), static_cast<uint>(bitstream.size())},
-        {QStringLiteral("Offset"), static_cast<uint>(header.length)},
-        {QStringLiteral("AudioData"), QString::fromLatin1(packet.toBase64())},
-        {QStringLiteral("StreamType"), format.streamType},
-        {QStringLiteral("AudioSamplingFreq"), static_cast<uint>(format.sampleRate)},
-        {QStringLiteral("AudioChannelNum"), 1U},
-        {QStringLiteral("FrameNumber"), frames},
+        {Words::BitstreamSize, static_cast<uint>(bitstream.size())},
+        {Words::Offset, static_cast<uint>(header.length)},
+        {Words::AudioData, QString::fromLatin1(packet.toBase64())},
+        {Words::StreamType, format.streamType},
+        {Words::AudioSamplingFreq, static_cast<uint>(format.sampleRate)},
+        {Words::AudioChannelNum, 1U},
+        {Words::FrameNumber, frames},
     };
 }

@@ -1,0 +1,32 @@
+#include "protocol/EventTable.h"
+
+#include "protocol/Words.h"
+#include "src/vocabulary/Vocabulary.h"
+
+#include <algorithm>
+
+namespace EventTable {
+
+const std::vector<Row>& rows()
+{
+    namespace V = Vocabulary;
+    namespace W = Words;
+    static const std::vector<Row> all{
+        {V::TalkDisconnected, true, {W::Token}, Receiver::Plugin},
+        {V::AudioReceived,
+         true,
+         {W::Token, W::AudioData, W::Offset, W::BitstreamSize, W::StreamType, W::AudioSamplingFreq,
+          W::AudioChannelNum, W::FrameNumber},
+         Receiver::Plugin},
+        {V::PlayAudioFailed, false, {V::deviceName, V::audioName, V::error, V::alarmName}, Receiver::Plugin},
+    };
+    return all;
+}
+
+bool isForPlugin(const QString& event)
+{
+    return std::any_of(rows().begin(), rows().end(),
+                       [&](const Row& row) { return row.name == event && row.receiver == Receiver::Plugin; });
+}
+
+} // namespace EventTable

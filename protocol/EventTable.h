@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+/**
+ * All events of the protocol, server to client. docs/PROTOCOL.md lists the rows. All functions may be called
+ * from any thread.
+ */
+namespace EventTable {
+
+/** Who handles an event at the client. */
+enum class Receiver
+{
+    Plugin, ///< An event of Vocabulary.h: the plug-in, and the host may listen.
+    Host,   ///< An event of Words.h: the host alone; the plug-in is never given it.
+};
+
+struct Row
+{
+    QString name;
+    bool nested;      ///< Whether the fields are in a map under the event's own name.
+    QStringList keys; ///< Of the fields, in the order of docs/PROTOCOL.md.
+    Receiver receiver;
+};
+
+/** The rows, in the order of docs/PROTOCOL.md. */
+const std::vector<Row>& rows();
+
+/** Whether the plug-in is given an event; false for the host's own and for unknown ones. */
+bool isForPlugin(const QString& event);
+
+} // namespace EventTable

@@ -1,0 +1,75 @@
+#include "protocol/PayloadShape.h"
+
+#include "protocol/Limits.h"
+
+#include <QVariantMap>
+
+namespace {
+
+/** Adds up sizes until there is enough. */
+class SizeCounter
+{
+public:
+    explicit SizeCounter(qint64 limit) : m_limit(limit) {}
+
+    qint64 size() const { return m_size; }
+
+    void add(const QVariant& value, int depth)
+    {
+        ++m_size;
+        switch (static_cast<QMetaType::Type>(value.userType())) {
+        case QMetaType::QString:
+            m_size += value.toString().size();
+            break;
+        case QMetaType::QByteArray:
+            m_size += value.toByteArray().size();
+            break;
+        case QMetaType::QStringList:
+            addList(value.toStringList(), depth);
+            break;
+        case QMetaType::QVariantList:
+            addList(value.toList(), depth);
+            break;
+        case QMetaType::QVariantMap: {
+            const QVariantMap map = value.toMap();
+            for (auto entry = map.begin(); entry != map.end() && mayNest(depth); ++entry) {
+                m_size += entry.key().size();
+                add(entry.value(), depth + 1);
+            }
+            break;
+        }
+        default:
+            break;
+        }
+    }
+
+private:
+    /** Whether to go on, one level below @p depth. */
+    bool mayNest(int depth)
+    {
+        if (depth >= Limits::maxNesting) {
+            m_size = qMax(m_size, m_limit + 1);
+        }
+        return m_size <= m_limit;
+    }
+
+    template<class List>
+    void addList(const List& list, int depth)
+    {
+        for (auto entry = list.begin(); entry != list.end() && mayNest(depth); ++entry) {
+            add(*entry, depth + 1);
+        }
+    }
+
+    qint64 m_limit;
+    qint64 m_size = 0;
+};
+
+} // namespace
+
+qint64 payloadSize(const QVariant& payload, qint64 limit)
+{
+    SizeCounter counter(limit);
+    counter.add(payload, 0);
+    return counter.size();
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QStringList>
+#include <QVariant>
+
+/** The shape of a command's payload or of its answer. */
+struct PayloadShape
+{
+    enum Kind
+    {
+        Nothing, ///< The invalid QVariant.
+        Number,  ///< An int: the id of a record.
+        Map,     ///< A QVariantMap with all or some of the keys.
+        Maps,    ///< A QVariantList of such maps.
+    };
+
+    Kind kind = Nothing;
+    QStringList keys; ///< Of Map and Maps, in the order of docs/PROTOCOL.md.
+};
+
+/**
+ * The size of a payload: characters of its texts and keys, bytes of its byte arrays, and one for each value.
+ * Stops counting beyond @p limit, and counts as more than it when lists and maps are nested deeper than
+ * Limits::maxNesting. Any thread.
+ */
+qint64 payloadSize(const QVariant& payload, qint64 limit);

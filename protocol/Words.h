@@ -1,0 +1,43 @@
+#pragma once
+
+#include "src/vocabulary/Vocabulary.h"
+
+#include <QString>
+
+/**
+ * Words of the protocol beside those of Vocabulary.h, which this header brings along: commands between host
+ * and server that the plug-in never sends, and keys inside payloads. Each constant has the name of its word;
+ * words are compared letter by letter. A new command also gets a row in CommandTable, a new event one in
+ * EventTable.
+ */
+namespace Words {
+
+// Commands, host to server.
+inline const QString GetCamera = QStringLiteral("GetCamera");
+
+// Keys of a camera's record, beside "camId".
+inline const QString camName = QStringLiteral("camName");
+inline const QString online = QStringLiteral("online");
+
+// Keys of the events of a talk.
+inline const QString Token = QStringLiteral("Token");
+inline const QString AudioData = QStringLiteral("AudioData");
+inline const QString Offset = QStringLiteral("Offset");
+inline const QString BitstreamSize = QStringLiteral("BitstreamSize");
+inline const QString StreamType = QStringLiteral("StreamType");
+inline const QString AudioSamplingFreq = QStringLiteral("AudioSamplingFreq");
+inline const QString AudioChannelNum = QStringLiteral("AudioChannelNum");
+inline const QString FrameNumber = QStringLiteral("FrameNumber");
+
+// Keys of an upload.
+inline const QString content = QStringLiteral("content");
+inline const QString filename = QStringLiteral("filename");
+inline const QString length = QStringLiteral("length");
+
+// Key of a playback's replies.
+inline const QString progress = QStringLiteral("progress");
+
+// Key inside the settings of a weekly schedule.
+inline const QString weekdays = QStringLiteral("weekdays");
+
+} // namespace Words

@@ -1,0 +1,283 @@
+// The reference server executes the commands of the table, and answers each in the table's shape.
+
+#include "protocol/CommandTable.h"
+#include "protocol/Limits.h"
+#include "protocol/Words.h"
+#include "tests/server/ServerHarness.h"
+
+namespace {
+
+namespace V = Vocabulary;
+
+/** Payloads that the server of the test does, for each command; and ones that it refuses. */
+struct Payloads
+{
+    QVariant done;
+    QVariant refused; ///< Invalid for a command that refuses nothing.
+};
+
+constexpr int unknownId = 99;
+
+QHash<QString, Payloads> payloadsFor(int device, int group, int file, int schedule)
+{
+    const QVariantMap newDevice = ServerHarness::device("new");
+    const QVariantMap newSchedule{{V::scheduleName, "new"},
+                                  {V::enableSchedule, false},
+                                  {V::scheduleType, 1},
+                                  {V::scheduleSettings, QVariantMap()},
+                                  {V::scheduleStartTime, "2026-03-01T08:30:00"},
+                                  {V::scheduleEndTime, ""},
+                                  {V::enableScheduleEndTime, false},
+                                  {V::audioID, file},
+                                  {V::groupIDList, QString::number(group)},
+                                  {V::networkAudioIDList, ""}};
+    const auto with = [](QVariantMap map, const QString& key, const QVariant& value) {
+        map[key] = value;
+        return QVariant(map);
+    };
+    const QVariantMap play{{V::ipAudioId, device}, {V::audioFileId, file}, {V::ipAudioStatus, 1}};
+    const QVariantMap playGroup{{V::groupID, group}, {V::audioFileId, file}};
+    const QVariantMap newGroup{{V::groupName, "new"}, {V::networkAudioIDList, QString::number(device)}};
+    QFile sound(ANNOUNCEMENT_WAV);
+    const QByteArray content = sound.open(QIODevice::ReadOnly) ? sound.readAll().toBase64() : QByteArray();
+    return {
+        {V::StartTalk,
+         {QVariantMap{{V::camId, "camera-1"}, {V::relayPath, "relay"}}, QVariantMap{{V::camId, "none"}}}},
+        {V::StopTalk, {QVariant(), QVariantMap{{V::talkToken, "none"}}}},
+        {V::TalkData, {QVariant(), QVariantMap()}},
+        {Words::GetCamera, {}},
+        {V::AddIPAudio, {newDevice, ServerHarness::device("")}},
+        {V::UpdateIPAudio,
+         {with(newDevice, V::deviceID, device), with(ServerHarness::device("x"), V::deviceID, unknownId)}},
+        {V::DeleteIPAudio, {device, unknownId}},
+        {V::RetrieveIPAudioModel, {}},
+        {V::StartTalkToIPAudio, {device, QVariant()}},
+        {V::StopTalkToIPAudio, {device, unknownId}},
+        {V::GetAudioFile, {}},
+        {V::UploadFile,
+         {QVariantMap{{Words::content, content}, {Words::filename, "a.wav"}, {Words::length, 1}},
+          QVariantMap{{Words::content, "x"}, {Words::filename, "a.wav"}}}},
+        {V::DeleteFile, {file, unknownId}},
+        {V::PlayAudio, {play, with(play, V::ipAudioId, unknownId)}},
+        {V::PlayGroupAudio, {playGroup, with(playGroup, V::groupID, unknownId)}},
+        {V::AlarmPlayIPAudio, {with(play, V::alarmName, "Door"), with(play, V::ipAudioId, unknownId)}},
+        {V::StopCurrentAudio, {device, unknownId}},
+        {V::StopCurrentGroupAudio, {group, unknownId}},
+        {V::AddNetworkAudioGroup, {newGroup, with(newGroup, V::groupName, "")}},
+        {V::UpdateNetworkAudioGroup,
+         {with(newGroup, V::groupID, group),
+          with(with(newGroup, V::groupName, "x").toMap(), V::groupID, unknownId)}},
+        {V::DeleteNetworkAudioGroup, {group, unknownId}},
+        {V::GetNetworkAudioGroup, {}},
+        {V::AddNetworkAudioSchedule, {newSchedule, with(newSchedule, V::scheduleName, "")}},
+        {V::UpdateNetworkAudioSchedule,
+         {with(newSchedule, V::scheduleID, schedule), with(newSchedule, V::scheduleID, unknownId)}},
+        {V::DeleteNetworkAudioSchedule, {schedule, unknownId}},
+        {V::GetNetworkAudioSchedule, {}},
+    };
+}
+
+/** What does not fit a shape; empty when all does. Keys that may be missing are not looked for. */
+QString misfit(const PayloadShape& shape, const QVariant& value, const QStringList& optional = QStringList())
+{
+    const auto keysOf = [&](const QVariant& map) {
+        QStringList keys = map.toMap().keys();
+        for (const QString& key : optional) {
+            if (shape.keys.contains(key) && !keys.contains(key)) {
+                keys.append(key);
+            }
+        }
+        keys.sort();
+        return keys;
+    };
+    QStringList expected = shape.keys;
+    expected.sort();
+    const QString type = QString::fromLatin1(value.typeName());
+    switch (shape.kind) {
+    case PayloadShape::Nothing:
+        return value.isValid() ? type : QString();
+    case PayloadShape::Number:
+        return value.userType() == QMetaType::Int ? QString() : type;
+    case PayloadShape::Map:
+        return value.userType() != QMetaType::QVariantMap ? type
+               : keysOf(value) != expected                ? keysOf(value).join(' ')
+                                                          : QString();
+    case PayloadShape::Maps:
+        if (value.userType() != QMetaType::QVariantList || value.toList().isEmpty()) {
+            return type + " or an empty list";
+        }
+        for (const QVariant& entry : value.toList()) {
+            if (keysOf(entry) != expected) {
+                return keysOf(entry).join(' ');
+            }
+        }
+        return QString();
+    }
+    return type;
+}
+
+} // namespace
+
+class TestCommands : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void serverExecutesTheTable();
+    void unknownCommandsAreNamed();
+    void answersHaveTheirShape_data();
+    void answersHaveTheirShape();
+    void payloadsThatAreTooLarge_data();
+    void payloadsThatAreTooLarge();
+    void largestPayloadsAreTaken();
+
+private:
+    static void addRows()
+    {
+        QTest::addColumn<QString>("command");
+        for (const CommandTable::Row& row : CommandTable::rows()) {
+            QTest::newRow(qPrintable(row.name)) << row.name;
+        }
+    }
+
+    /** A server with a camera, a device, a group, a file and a schedule, and payloads that fit them. */
+    static QHash<QString, Payloads> fill(ServerHarness& harness)
+    {
+        const int device = harness.addDevice("Gate");
+        const int group = harness.addGroup("Yard", QString::number(device));
+        const int file = harness.upload(ANNOUNCEMENT_WAV);
+        const QVariantMap schedule =
+            payloadsFor(device, group, file, 0)[V::AddNetworkAudioSchedule].done.toMap();
+        const int id =
+            harness.ask(V::AddNetworkAudioSchedule, schedule).result.toMap()[V::scheduleID].toInt();
+        QHash<QString, Payloads> payloads = payloadsFor(device, group, file, id);
+        return device > 0 && group > 0 && file > 0 && id > 0 ? payloads : QHash<QString, Payloads>();
+    }
+
+    static ServerConfig withCameras()
+    {
+        ServerConfig config;
+        config.cameras = defaultCameras();
+        return config;
+    }
+};
+
+void TestCommands::serverExecutesTheTable()
+{
+    QStringList names;
+    for (const CommandTable::Row& row : CommandTable::rows()) {
+        names.append(row.name);
+    }
+    names.sort();
+    const RecordingServer server{ServerConfig()};
+    QStringList commands = server.commands();
+    commands.sort();
+    QCOMPARE(commands, names);
+}
+
+void TestCommands::unknownCommandsAreNamed()
+{
+    ServerHarness harness;
+    for (const char* const command : {"Fly", "startTalk", "AudioReceived", ""}) {
+        const ServerReply reply = harness.ask(command, 1);
+        QCOMPARE(reply.returnCode, ReturnCode::unknownCommand);
+        QVERIFY(reply.errorText.contains(QStringLiteral("\"%1\"").arg(command)));
+    }
+}
+
+void TestCommands::answersHaveTheirShape_data()
+{
+    addRows();
+}
+
+void TestCommands::answersHaveTheirShape()
+{
+    QFETCH(QString, command);
+    ServerHarness harness(withCameras());
+    const auto payloads = fill(harness);
+    QVERIFY(payloads.contains(command));
+    const CommandTable::Row& row = *CommandTable::find(command);
+    Payloads payload = payloads[command];
+
+    if (payload.refused.isValid()) {
+        const ServerReply reply = harness.ask(command, payload.refused);
+        QVERIFY2(reply.returnCode != ReturnCode::success && !reply.errorText.isEmpty(),
+                 qPrintable(reply.returnCode));
+        QCOMPARE(misfit(row.refusal, reply.result), QString());
+    }
+    if (command == V::StopTalk || command == V::TalkData) {
+        const QVariant token =
+            harness.ask(V::StartTalk, payloads[V::StartTalk].done).result.toMap()[V::talkToken];
+        payload.done = QVariantMap{{V::talkToken, token}, {V::relayPath, "relay"}};
+        if (command == V::TalkData) {
+            QByteArray packet("VDAP\x01\x20\x01", 7);
+            packet.append(QByteArray(672 - packet.size(), '\0'));
+            packet[9] = 0x20; // G.711 mu-law, 8192
+            packet[12] = 0x40;
+            packet[13] = 0x1F; // 8000 Hz
+            payload.done = QVariantMap{{V::targets, QStringLiteral("<Dest>%1</Dest>").arg(token.toString())},
+                                       {V::sequence, 1U},
+                                       {V::talkData, QString::fromLatin1(packet.toBase64())}};
+        }
+    }
+    if (command == V::DeleteFile) {
+        QVERIFY(harness.upload(ANNOUNCEMENT_WAV) > 0); // one that is left
+    }
+    if (command == V::StopTalkToIPAudio) {
+        QCOMPARE(harness.ask(V::StartTalkToIPAudio, payload.done).returnCode, ReturnCode::success);
+    }
+    const ServerReply reply = harness.ask(command, payload.done);
+    QVERIFY2(reply.returnCode == ReturnCode::success, qPrintable(reply.errorText));
+    QCOMPARE(misfit(row.answer, reply.result, {V::error}), QString());
+    QCOMPARE(misfit(row.payload, payload.done, {V::ipAudioStatus, V::alarmName}), QString());
+}
+
+void TestCommands::payloadsThatAreTooLarge_data()
+{
+    addRows();
+}
+
+void TestCommands::payloadsThatAreTooLarge()
+{
+    QFETCH(QString, command);
+    ServerHarness harness(withCameras());
+    const auto payloads = fill(harness);
+    const CommandTable::Row& row = *CommandTable::find(command);
+    QVariant payload = QByteArray(static_cast<int>(row.maxSize), '7');
+    int id = 0;
+    if (row.payload.kind == PayloadShape::Map) {
+        QVariantMap map = payloads[command].done.toMap();
+        map[QStringLiteral("more")] = payload;
+        payload = map;
+        id = map.value(row.refusal.kind == PayloadShape::Map ? row.refusal.keys.first()
+                                                             : row.payload.keys.first())
+                 .toInt();
+    }
+    const ServerReply reply = harness.ask(command, payload);
+    QCOMPARE(reply.returnCode, row.tooLarge);
+    QVERIFY(reply.errorText.contains(command));
+    QCOMPARE(misfit(row.refusal, reply.result), QString());
+    if (row.refusal.kind == PayloadShape::Map) {
+        QCOMPARE(reply.result.toMap()[row.refusal.keys.first()], QVariant(id));
+    } else if (row.refusal.kind == PayloadShape::Number) {
+        QCOMPARE(reply.result, QVariant(id));
+    }
+}
+
+/** A list of records may be as long as its own limit says, before the command's limit counts. */
+void TestCommands::largestPayloadsAreTaken()
+{
+    ServerHarness harness(withCameras());
+    QStringList cameras;
+    for (int i = 0; i < Limits::maxListEntries; ++i) {
+        cameras.append(QString::number(i).rightJustified(Limits::maxNameLength, QLatin1Char('c')));
+    }
+    QVariantMap record = ServerHarness::device(QString(Limits::maxNameLength, QLatin1Char('n')));
+    record[V::bindingCameraList] = cameras.join(QLatin1Char('|'));
+    const ServerReply reply = harness.ask(V::AddIPAudio, record);
+    QVERIFY2(reply.returnCode == ReturnCode::success, qPrintable(reply.errorText));
+    QCOMPARE(reply.result.toMap()[V::bindingCameraList], record[V::bindingCameraList]);
+}
+
+QTEST_GUILESS_MAIN(TestCommands)
+#include "tst_commands.moc"
