@@ -3,6 +3,8 @@
 // graphics.
 
 #include "desk/DeskWindow.h"
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
 
 #include <benchmark/benchmark.h>
 
@@ -27,26 +29,26 @@ public:
     bool send(const QString& command, const QVariant&, quint64 request) override
     {
         QVariantList list;
-        if (command == QLatin1String("RetrieveIPAudioModel")) {
+        if (command == Vocabulary::RetrieveIPAudioModel) {
             for (int i = 1; i <= speakers; ++i) {
-                list.append(
-                    QVariantMap{{"deviceID", i},
-                                {"deviceName", QStringLiteral("Speaker %1").arg(i, 5, 10, QLatin1Char('0'))},
-                                {"ip", QStringLiteral("10.%1.%2.1").arg(i / 250).arg(i % 250)},
-                                {"port", 80}});
+                list.append(QVariantMap{
+                    {Vocabulary::deviceID, i},
+                    {Vocabulary::deviceName, QStringLiteral("Speaker %1").arg(i, 5, 10, QLatin1Char('0'))},
+                    {Vocabulary::ip, QStringLiteral("10.%1.%2.1").arg(i / 250).arg(i % 250)},
+                    {Vocabulary::port, 80}});
             }
-        } else if (command == QLatin1String("GetNetworkAudioGroup")) {
+        } else if (command == Vocabulary::GetNetworkAudioGroup) {
             for (int i = 1; i <= groups; ++i) {
-                list.append(
-                    QVariantMap{{"groupID", i},
-                                {"groupName", QStringLiteral("Group %1").arg(i, 4, 10, QLatin1Char('0'))},
-                                {"networkAudioIDList", QStringLiteral("%1,%2").arg(i).arg(i + 1)}});
+                list.append(QVariantMap{
+                    {Vocabulary::groupID, i},
+                    {Vocabulary::groupName, QStringLiteral("Group %1").arg(i, 4, 10, QLatin1Char('0'))},
+                    {Vocabulary::networkAudioIDList, QStringLiteral("%1,%2").arg(i).arg(i + 1)}});
             }
         }
         QMetaObject::invokeMethod(
             this,
             [this, command, list, request] {
-                Q_EMIT replied(command, list, request, QStringLiteral("0"), QString());
+                Q_EMIT replied(command, list, request, ReturnCode::success, QString());
             },
             Qt::QueuedConnection);
         return true;

@@ -1,6 +1,7 @@
 // The cost of one received packet from EventProcessor to AudioDevice::Push, on an output device that stays
 // open.
 
+#include "protocol/Words.h"
 #include "src/PluginVoiceDesk.h"
 #include "src/vocabulary/StreamType.h"
 #include "tests/support/SystemOverrides.h"
@@ -25,23 +26,23 @@ void receivedPacket(benchmark::State& state)
     PluginVoiceDesk plugin;
     QList<QVariant> targets;
     for (std::int64_t i = 0; i < state.range(0); ++i) {
-        targets.append(QVariantMap{{QStringLiteral("talkToken"), QStringLiteral("%1").arg(i, 32, 16)}});
+        targets.append(QVariantMap{{Vocabulary::talkToken, QStringLiteral("%1").arg(i, 32, 16)}});
     }
     plugin.setTalkTargetList(targets);
     const QVariant event =
-        QVariantMap{{QStringLiteral("AudioReceived"),
+        QVariantMap{{Vocabulary::AudioReceived,
                      QVariantMap{
-                         {QStringLiteral("Token"), QStringLiteral("%1").arg(state.range(0) - 1, 32, 16)},
-                         {QStringLiteral("BitstreamSize"), 640U},
-                         {QStringLiteral("Offset"), 20U},
-                         {QStringLiteral("AudioData"), QString::fromLatin1(QByteArray(660, 'p').toBase64())},
-                         {QStringLiteral("StreamType"), StreamType::G711MuLaw},
-                         {QStringLiteral("AudioSamplingFreq"), 8000U},
-                         {QStringLiteral("AudioChannelNum"), 1U},
-                         {QStringLiteral("FrameNumber"), 1U},
+                         {Words::Token, QStringLiteral("%1").arg(state.range(0) - 1, 32, 16)},
+                         {Words::BitstreamSize, 640U},
+                         {Words::Offset, 20U},
+                         {Words::AudioData, QString::fromLatin1(QByteArray(660, 'p').toBase64())},
+                         {Words::StreamType, StreamType::G711MuLaw},
+                         {Words::AudioSamplingFreq, 8000U},
+                         {Words::AudioChannelNum, 1U},
+                         {Words::FrameNumber, 1U},
                      }}};
     for (auto _ : state) {
-        plugin.EventProcessor(QStringLiteral("AudioReceived"), 0, 0, 0, event, QString());
+        plugin.EventProcessor(Vocabulary::AudioReceived, 0, 0, 0, event, QString());
     }
     state.SetComplexityN(state.range(0));
     targets.clear();

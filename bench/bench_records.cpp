@@ -1,6 +1,8 @@
 // The records in the plug-in: looking up, adding, updating, whole lists, and a keystroke in the search of
 // groups, by the number of rows.
 
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
 #include "src/PluginVoiceDesk.h"
 #include "src/models/ItemRows.h"
 #include "src/models/NetworkAudioGroupTreeSortFilterModel.h"
@@ -17,13 +19,13 @@ namespace {
 QVariantMap device(int id)
 {
     return {
-        {QStringLiteral("deviceID"), id},
-        {QStringLiteral("deviceName"), QStringLiteral("Speaker %1").arg(id * 7919 % 100000)},
-        {QStringLiteral("ip"), QStringLiteral("10.0.0.1")},
-        {QStringLiteral("port"), 554},
-        {QStringLiteral("username"), QStringLiteral("u")},
-        {QStringLiteral("password"), QStringLiteral("p")},
-        {QStringLiteral("bindingCameraList"), QStringLiteral("a|b")},
+        {Vocabulary::deviceID, id},
+        {Vocabulary::deviceName, QStringLiteral("Speaker %1").arg(id * 7919 % 100000)},
+        {Vocabulary::ip, QStringLiteral("10.0.0.1")},
+        {Vocabulary::port, 554},
+        {Vocabulary::username, QStringLiteral("u")},
+        {Vocabulary::password, QStringLiteral("p")},
+        {Vocabulary::bindingCameraList, QStringLiteral("a|b")},
     };
 }
 
@@ -41,9 +43,9 @@ QVariantList groups(std::int64_t count)
     QVariantList list;
     for (int id = 1; id <= count; ++id) {
         list.append(QVariantMap{
-            {QStringLiteral("groupID"), id},
-            {QStringLiteral("groupName"), QStringLiteral("Group %1").arg(id * 7919 % 100000)},
-            {QStringLiteral("networkAudioIDList"), QStringLiteral("1,2,3,4")},
+            {Vocabulary::groupID, id},
+            {Vocabulary::groupName, QStringLiteral("Group %1").arg(id * 7919 % 100000)},
+            {Vocabulary::networkAudioIDList, QStringLiteral("1,2,3,4")},
         });
     }
     return list;
@@ -57,14 +59,13 @@ struct Fixture
         plugin.InitialPluginBase(nullptr, nullptr, nullptr);
         proxy = qobject_cast<QSortFilterProxyModel*>(plugin.getIPAudioModel(&plugin));
         if (count > 0) {
-            reply("RetrieveIPAudioModel", devices(count));
+            reply(Vocabulary::RetrieveIPAudioModel, devices(count));
         }
     }
 
-    void reply(const char* command, const QVariant& result)
+    void reply(const QString& command, const QVariant& result)
     {
-        plugin.CommandProcessor(QLatin1String(command), result, nullptr, QStringLiteral("0"), QString(),
-                                false, QString());
+        plugin.CommandProcessor(command, result, nullptr, ReturnCode::success, QString(), false, QString());
     }
 
     PluginVoiceDesk plugin;
@@ -111,10 +112,10 @@ void addToList(benchmark::State& state)
     Fixture fixture(state.range(0));
     int id = static_cast<int>(state.range(0));
     for (auto _ : state) {
-        fixture.reply("AddIPAudio", device(++id));
+        fixture.reply(Vocabulary::AddIPAudio, device(++id));
         state.PauseTiming();
         if (id % 100 == 0) {
-            fixture.reply("RetrieveIPAudioModel", devices(state.range(0)));
+            fixture.reply(Vocabulary::RetrieveIPAudioModel, devices(state.range(0)));
             id = static_cast<int>(state.range(0));
         }
         state.ResumeTiming();
@@ -127,7 +128,7 @@ void updateLastRow(benchmark::State& state)
     Fixture fixture(state.range(0));
     const QVariantMap record = device(static_cast<int>(state.range(0)));
     for (auto _ : state) {
-        fixture.reply("UpdateIPAudio", record);
+        fixture.reply(Vocabulary::UpdateIPAudio, record);
     }
     state.SetComplexityN(state.range(0));
 }
@@ -137,7 +138,7 @@ void fullListIntoSortedProxy(benchmark::State& state)
     Fixture fixture;
     const QVariantList list = devices(state.range(0));
     for (auto _ : state) {
-        fixture.reply("RetrieveIPAudioModel", list);
+        fixture.reply(Vocabulary::RetrieveIPAudioModel, list);
         benchmark::DoNotOptimize(fixture.proxy->index(0, 0).data(258));
     }
     state.SetComplexityN(state.range(0));
@@ -146,7 +147,7 @@ void fullListIntoSortedProxy(benchmark::State& state)
 void groupFilterKeystroke(benchmark::State& state)
 {
     Fixture fixture(10);
-    fixture.reply("GetNetworkAudioGroup", groups(state.range(0)));
+    fixture.reply(Vocabulary::GetNetworkAudioGroup, groups(state.range(0)));
     auto* proxy = qobject_cast<NetworkAudioGroupTreeSortFilterModel*>(
         fixture.plugin.getNetworkAudioGroupModel(&fixture.plugin));
     const QString typed = QStringLiteral("group 12");

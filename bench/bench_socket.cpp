@@ -1,6 +1,7 @@
 // Commands through the socket, there and back, by the number of clients that ask at once.
 
 #include "client/SocketLink.h"
+#include "protocol/Words.h"
 #include "server/RecordingServer.h"
 #include "server/access/SocketServer.h"
 
@@ -41,7 +42,7 @@ void commandsThroughTheSocket(benchmark::State& state)
     for (auto _ : state) {
         answered = 0;
         for (const auto& link : links) {
-            link->send(QStringLiteral("GetAudioFile"), QVariant(), 1);
+            link->send(Vocabulary::GetAudioFile, QVariant(), 1);
         }
         while (answered < state.range(0)) {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);

@@ -1,6 +1,7 @@
 // The cost of one captured packet from handleAudioCapture to SendCommand, by the number of targets.
 
 #include "platform/FrameworkWrapperBase.h"
+#include "protocol/Words.h"
 #include "src/PluginVoiceDesk.h"
 #include "src/vocabulary/StreamType.h"
 
@@ -40,9 +41,9 @@ void capturedPacket(benchmark::State& state)
     plugin.InitialPluginBase(nullptr, nullptr, &framework);
     QList<QVariant> targets;
     for (std::int64_t i = 0; i < state.range(0); ++i) {
-        targets.append(QVariantMap{{QStringLiteral("camId"), QStringLiteral("camera-%1").arg(i)},
-                                   {QStringLiteral("talkToken"), QStringLiteral("%1").arg(i, 32, 16)},
-                                   {QStringLiteral("relayPath"), QStringLiteral("relay-7")}});
+        targets.append(QVariantMap{{Vocabulary::camId, QStringLiteral("camera-%1").arg(i)},
+                                   {Vocabulary::talkToken, QStringLiteral("%1").arg(i, 32, 16)},
+                                   {Vocabulary::relayPath, QStringLiteral("relay-7")}});
     }
     plugin.setTalkTargetList(targets);
     const QByteArray packet(660, 'p');

@@ -2,6 +2,7 @@
 
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "protocol/ReturnCode.h"
 
 #include <QTimer>
 
@@ -20,7 +21,7 @@ PluginSession::PluginSession(ClientOptions options)
     }
     connect(&m_host, &PluginHost::replyArrived, this,
             [this](const QString& command, const QString& returnCode, const QString& errorText) {
-                if (returnCode != QLatin1String("0")) {
+                if (returnCode != ReturnCode::success) {
                     m_errorText = errorText;
                 }
                 m_replies.append({command, returnCode});

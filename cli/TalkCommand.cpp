@@ -4,6 +4,8 @@
 #include "audio/TalkEncoder.h"
 #include "cli/InterruptFlag.h"
 #include "cli/TalkSummary.h"
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
 #include "src/decoders/CodecTable.h"
 #include "system/EnvironmentVariable.h"
 #include "system/MediaFiles.h"
@@ -43,7 +45,7 @@ TalkCommand::TalkCommand(TalkOptions options)
     connect(&m_host, &PluginHost::commandSent, &m_monitor, &TalkMonitor::commandSent);
     connect(&m_host, &PluginHost::replyArrived, this,
             [this](const QString& command, const QString& returnCode, const QString& errorText) {
-                if (command == QLatin1String("StartTalk") && returnCode != QLatin1String("0")) {
+                if (command == Vocabulary::StartTalk && returnCode != ReturnCode::success) {
                     m_refusal = QStringLiteral("%1 (code %2)").arg(errorText, returnCode);
                 }
             });

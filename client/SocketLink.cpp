@@ -1,5 +1,6 @@
 #include "client/SocketLink.h"
 
+#include "protocol/Limits.h"
 #include "protocol/WireMessage.h"
 
 #include <QCryptographicHash>
@@ -13,14 +14,13 @@ namespace {
 constexpr int firstRetryDelay = 250; // ms
 constexpr int longestRetryDelay = 5000;
 constexpr quint32 wireMask = 0xFFFFFFFF;
-constexpr quint64 largestMessage = 256U << 20U; // bytes
 
 } // namespace
 
 SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m_retryDelay(firstRetryDelay)
 {
-    m_socket.setMaxAllowedIncomingMessageSize(largestMessage);
-    m_socket.setMaxAllowedIncomingFrameSize(largestMessage);
+    m_socket.setMaxAllowedIncomingMessageSize(Limits::maxMessageToClientBytes);
+    m_socket.setMaxAllowedIncomingFrameSize(Limits::maxMessageToClientBytes);
     m_retryTimer.setSingleShot(true);
     connect(&m_retryTimer, &QTimer::timeout, this, &SocketLink::open);
     connect(&m_socket, &QWebSocket::connected, this, [this] {

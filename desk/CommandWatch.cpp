@@ -1,11 +1,15 @@
 #include "desk/CommandWatch.h"
 
+#include "protocol/CommandTable.h"
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
+
 #include <algorithm>
 
 namespace {
 
 constexpr int lookInterval = 250; // ms
-constexpr int uploadFactor = 12;
+constexpr int lateFactor = 12;    // more patience for commands that are answered late
 
 } // namespace
 
@@ -19,14 +23,16 @@ CommandWatch::CommandWatch(int limit) : m_limit(limit)
 void CommandWatch::commandSent(const QString& command, const QVariant& /*payload*/, bool accepted,
                                quint64 request)
 {
-    if (command == QLatin1String("TalkData")) {
+    if (command == Vocabulary::TalkData) {
         return; // sound is not waited for
     }
     m_lastSent = request;
     if (!accepted) {
         return;
     }
-    const int limit = command == QLatin1String("UploadFile") ? uploadFactor * m_limit : m_limit;
+    const CommandTable::Row* row = CommandTable::find(command);
+    const bool late = row != nullptr && row->answered == CommandTable::Answered::Late;
+    const int limit = late ? lateFactor * m_limit : m_limit;
     m_waiting.push_back({request, m_clock.elapsed() + limit});
     m_timer.start();
 }

@@ -1,6 +1,7 @@
 #include "desk/Desk.h"
 
 #include "desk/ErrorWords.h"
+#include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 
 #include <QFileInfo>
@@ -9,8 +10,7 @@
 
 namespace {
 
-constexpr int cameraInterval = 30000;              // ms
-constexpr qint64 largestUpload = qint64{32} << 20; // bytes
+constexpr int cameraInterval = 30000; // ms
 
 } // namespace
 
@@ -111,8 +111,9 @@ QString Desk::checkUpload(const QUrl& file) const
     if (!info.isReadable()) {
         return tr("\"%1\" cannot be read.").arg(info.fileName());
     }
-    if (info.size() > largestUpload) {
-        return tr("\"%1\" is larger than 32 MiB.").arg(info.fileName());
+    if (info.size() > Limits::maxFileBytes) {
+        return tr("\"%1\" is larger than %2 MiB.")
+            .arg(info.fileName(), QString::number(Limits::maxFileBytes >> 20));
     }
     return QString();
 }

@@ -5,6 +5,7 @@
 #include "desk/DeskConnection.h"
 #include "desk/DeskSettings.h"
 #include "desk/PlaybackBook.h"
+#include "desk/ProtocolConstants.h"
 #include "desk/ScheduleWords.h"
 #include "desk/TalkControl.h"
 #include "desk/TalkMeters.h"
@@ -27,6 +28,7 @@ class Desk : public QObject
     Q_PROPERTY(QObject* playback READ playback CONSTANT)
     Q_PROPERTY(QObject* schedules READ schedules CONSTANT)
     Q_PROPERTY(QObject* settings READ settings CONSTANT)
+    Q_PROPERTY(ProtocolConstants protocol READ protocol CONSTANT)
 
 public:
     /** @param settingsFile where choices are remembered */
@@ -46,6 +48,7 @@ public:
     PlaybackBook* playback() { return m_playback ? &*m_playback : nullptr; }
     ScheduleWords* schedules() { return &m_schedules; }
     DeskSettings* settings() { return &m_settings; }
+    ProtocolConstants protocol() const { return {}; }
 
     /** A return code of the server in words. */
     Q_INVOKABLE QString words(const QString& code, const QString& detail = QString()) const;

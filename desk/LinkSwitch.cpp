@@ -1,12 +1,8 @@
 #include "desk/LinkSwitch.h"
 
 #include "client/RequestNumber.h"
-
-namespace {
-
-const QString getCamera = QStringLiteral("GetCamera");
-
-} // namespace
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
 
 void LinkSwitch::use(std::unique_ptr<ServerLink> link)
 {
@@ -23,7 +19,7 @@ void LinkSwitch::use(std::unique_ptr<ServerLink> link)
             [this](const QString& command, const QVariant& result, quint64 request, const QString& returnCode,
                    const QString& errorText) {
                 if (request == m_cameraRequest) {
-                    if (returnCode == QLatin1String("0")) { // other servers may not know the command
+                    if (returnCode == ReturnCode::success) { // other servers may not know the command
                         Q_EMIT camerasListed(result.toList());
                     }
                 } else {
@@ -43,5 +39,5 @@ bool LinkSwitch::send(const QString& command, const QVariant& payload, quint64 r
 void LinkSwitch::askForCameras()
 {
     m_cameraRequest = nextRequestNumber();
-    send(getCamera, QVariant(), m_cameraRequest);
+    send(Words::GetCamera, QVariant(), m_cameraRequest);
 }

@@ -2,14 +2,15 @@
 
 #include "desk/CommandWatch.h"
 #include "desk/ErrorWords.h"
+#include "protocol/Limits.h"
 #include "protocol/ServerReply.h"
+#include "protocol/Words.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr int tickInterval = 250;  // ms
-constexpr int wholeProgress = 100; // percent
+constexpr int tickInterval = 250; // ms
 constexpr qint64 endSlack = 2000; // ms; another client's file may have taken the speaker: nobody reports that
 
 } // namespace
@@ -133,8 +134,8 @@ void PlaybackBook::replyArrived(const QString& /*command*/, const QString& retur
         end(row, Failed, ErrorWords::of(returnCode, errorText));
         return;
     }
-    const int progress = result.toMap().value(QStringLiteral("progress")).toInt();
-    if (progress >= wholeProgress) {
+    const int progress = result.toMap().value(Words::progress).toInt();
+    if (progress >= Limits::maxProgressPercent) {
         end(row, Ended);
         return;
     }
@@ -143,7 +144,7 @@ void PlaybackBook::replyArrived(const QString& /*command*/, const QString& retur
         entry->since.start();
         m_timer.start();
     }
-    entry->progress = qMax(0, progress) / static_cast<qreal>(wholeProgress);
+    entry->progress = qMax(0, progress) / static_cast<qreal>(Limits::maxProgressPercent);
     changed(row);
 }
 

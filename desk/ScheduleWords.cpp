@@ -2,6 +2,7 @@
 
 #include "desk/ErrorWords.h"
 #include "protocol/ScheduleRule.h"
+#include "protocol/Words.h"
 
 #include <QAbstractItemModel>
 #include <QLocale>
@@ -20,27 +21,26 @@ QDateTime momentOf(const QString& now)
 }
 
 // The schedules' model tells its fields by these roles, in this order.
-constexpr const char* const fields[] = {"scheduleID",        "enableSchedule",        "scheduleName",
-                                        "scheduleStartTime", "scheduleType",          "scheduleSettings",
-                                        "scheduleEndTime",   "enableScheduleEndTime", "audioID",
-                                        "groupIDList",       "networkAudioIDList"};
+const QString* const fields[] = {
+    &Vocabulary::scheduleID,        &Vocabulary::enableSchedule,        &Vocabulary::scheduleName,
+    &Vocabulary::scheduleStartTime, &Vocabulary::scheduleType,          &Vocabulary::scheduleSettings,
+    &Vocabulary::scheduleEndTime,   &Vocabulary::enableScheduleEndTime, &Vocabulary::audioID,
+    &Vocabulary::groupIDList,       &Vocabulary::networkAudioIDList};
 
 } // namespace
 
 QString ScheduleWords::check(const QVariantMap& record, const QString& now) const
 {
-    if (record.value(QStringLiteral("scheduleName")).toString().trimmed().isEmpty()) {
+    if (record.value(Vocabulary::scheduleName).toString().trimmed().isEmpty()) {
         return tr("Give the schedule a name.");
     }
-    const auto isEmpty = [&record](const char* list) {
-        return record.value(QLatin1String(list)).toList().isEmpty();
-    };
+    const auto isEmpty = [&record](const QString& list) { return record.value(list).toList().isEmpty(); };
     QString error;
     const auto rule = ScheduleRule::fromRecord(record, &error);
     if (!rule) {
-        const bool weekly = record.value(QStringLiteral("scheduleType")).toInt() == ScheduleRule::Weekly;
-        const QVariantMap settings = record.value(QStringLiteral("scheduleSettings")).toMap();
-        if (weekly && settings.value(QStringLiteral("weekdays")).toList().isEmpty()) {
+        const bool weekly = record.value(Vocabulary::scheduleType).toInt() == ScheduleRule::Weekly;
+        const QVariantMap settings = record.value(Vocabulary::scheduleSettings).toMap();
+        if (weekly && settings.value(Words::weekdays).toList().isEmpty()) {
             return tr("Choose at least one day of the week.");
         }
         return tr("The times make no sense.");
@@ -48,10 +48,10 @@ QString ScheduleWords::check(const QVariantMap& record, const QString& now) cons
     if (!rule->nextRun(momentOf(now), QTimeZone::systemTimeZone())) {
         return tr("It would never run: its time is over.");
     }
-    if (record.value(QStringLiteral("audioID")).toInt() <= 0) {
+    if (record.value(Vocabulary::audioID).toInt() <= 0) {
         return tr("Choose an audio file.");
     }
-    if (isEmpty("groupIDList") && isEmpty("networkAudioIDList")) {
+    if (isEmpty(Vocabulary::groupIDList) && isEmpty(Vocabulary::networkAudioIDList)) {
         return tr("Choose at least one speaker or group.");
     }
     return QString();
@@ -59,10 +59,10 @@ QString ScheduleWords::check(const QVariantMap& record, const QString& now) cons
 
 QString ScheduleWords::nextRun(const QVariantMap& record, const QString& now) const
 {
-    if (!record.value(QStringLiteral("enableSchedule")).toBool()) {
+    if (!record.value(Vocabulary::enableSchedule).toBool()) {
         return tr("switched off");
     }
-    if (record.value(QStringLiteral("audioID")).toInt() <= 0) {
+    if (record.value(Vocabulary::audioID).toInt() <= 0) {
         return tr("its file was deleted");
     }
     QString error;
@@ -89,7 +89,7 @@ QString ScheduleWords::nextRun(const QVariantMap& record, const QString& now) co
 
 QString ScheduleWords::repetition(const QVariantMap& record) const
 {
-    switch (record.value(QStringLiteral("scheduleType")).toInt()) {
+    switch (record.value(Vocabulary::scheduleType).toInt()) {
     case ScheduleRule::Once:
         return tr("once");
     case ScheduleRule::Daily:
@@ -97,9 +97,9 @@ QString ScheduleWords::repetition(const QVariantMap& record) const
     default:
         break;
     }
-    const QVariantMap settings = record.value(QStringLiteral("scheduleSettings")).toMap();
+    const QVariantMap settings = record.value(Vocabulary::scheduleSettings).toMap();
     QList<int> days;
-    const QVariantList weekdays = settings.value(QStringLiteral("weekdays")).toList();
+    const QVariantList weekdays = settings.value(Words::weekdays).toList();
     for (const QVariant& day : weekdays) {
         days.append(day.toInt());
     }
@@ -119,8 +119,8 @@ QVariantMap ScheduleWords::record(QObject* schedules, int row) const
         return record;
     }
     int role = Qt::UserRole;
-    for (const char* field : fields) {
-        record.insert(QLatin1String(field), model->index(row, 0).data(++role));
+    for (const QString* field : fields) {
+        record.insert(*field, model->index(row, 0).data(++role));
     }
     return record;
 }
@@ -151,8 +151,8 @@ QVariantList ScheduleWords::week(QObject* schedules, const QDate& monday) const
             }
             after = *run;
             runs.push_back({static_cast<int>(day), run->toLocalTime().time().msecsSinceStartOfDay() / 60000,
-                            row, fieldsOfRow.value(QStringLiteral("scheduleName")).toString(),
-                            fieldsOfRow.value(QStringLiteral("enableSchedule")).toBool()});
+                            row, fieldsOfRow.value(Vocabulary::scheduleName).toString(),
+                            fieldsOfRow.value(Vocabulary::enableSchedule).toBool()});
         }
     }
     std::stable_sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) {

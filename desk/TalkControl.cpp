@@ -2,6 +2,7 @@
 
 #include "desk/CommandWatch.h"
 #include "desk/ErrorWords.h"
+#include "protocol/Words.h"
 
 #include <QMetaObject>
 

@@ -1,6 +1,7 @@
 #include "desk/TalkMeters.h"
 
 #include "audio/SoundLevel.h"
+#include "protocol/Words.h"
 
 #include <QVariantMap>
 
@@ -84,11 +85,11 @@ void TalkMeters::tick()
 
 void TalkMeters::commandSent(const QString& command, const QVariant& payload, bool /*accepted*/)
 {
-    if (command != QLatin1String("TalkData")) {
+    if (command != Vocabulary::TalkData) {
         return;
     }
     Q_EMIT packetSent();
-    const QByteArray text = payload.toMap().value(QStringLiteral("talkData")).toString().toLatin1();
+    const QByteArray text = payload.toMap().value(Vocabulary::talkData).toString().toLatin1();
     if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
         m_said.take(talk->samples, PacketDecoder::sampleRate);
     }
@@ -96,17 +97,16 @@ void TalkMeters::commandSent(const QString& command, const QVariant& payload, bo
 
 void TalkMeters::eventArrived(const QString& event, const QVariant& payload)
 {
-    if (event != QLatin1String("AudioReceived") || !m_active) {
+    if (event != Vocabulary::AudioReceived || !m_active) {
         return;
     }
     const QVariantMap fields = payload.toMap().value(event).toMap();
-    const auto number = [&fields](const char* name) { return fields.value(QLatin1String(name)).toUInt(); };
-    const QByteArray packet =
-        QByteArray::fromBase64(fields.value(QStringLiteral("AudioData")).toString().toLatin1());
+    const auto number = [&fields](const QString& name) { return fields.value(name).toUInt(); };
+    const QByteArray packet = QByteArray::fromBase64(fields.value(Words::AudioData).toString().toLatin1());
     const auto size = static_cast<std::uint32_t>(packet.size());
-    const std::uint32_t offset = std::min(number("Offset"), size);
-    const std::uint32_t length = std::min(number("BitstreamSize"), size - offset);
-    const QString token = fields.value(QStringLiteral("Token")).toString();
+    const std::uint32_t offset = std::min(number(Words::Offset), size);
+    const std::uint32_t length = std::min(number(Words::BitstreamSize), size - offset);
+    const QString token = fields.value(Words::Token).toString();
     auto& stream = m_streams[token];
     if (!stream) {
         if (m_streams.size() > mostStreams) {
@@ -114,15 +114,15 @@ void TalkMeters::eventArrived(const QString& event, const QVariant& payload)
             return;
         }
         StreamParameters parameters;
-        parameters.streamType = number("StreamType");
-        parameters.sampleRate = number("AudioSamplingFreq");
-        parameters.channels = static_cast<std::uint8_t>(number("AudioChannelNum"));
-        parameters.frameNumber = number("FrameNumber");
+        parameters.streamType = number(Words::StreamType);
+        parameters.sampleRate = number(Words::AudioSamplingFreq);
+        parameters.channels = static_cast<std::uint8_t>(number(Words::AudioChannelNum));
+        parameters.frameNumber = number(Words::FrameNumber);
         stream = std::make_shared<PacketStream>(parameters);
     }
     if (const auto samples = stream->decode(packet.mid(static_cast<int>(offset), static_cast<int>(length)))) {
-        const auto channels = static_cast<int>(std::clamp(number("AudioChannelNum") & 255U, 1U, 8U));
-        m_heard.take(*samples,
-                     channels * static_cast<int>(std::clamp(number("AudioSamplingFreq"), 8000U, 192000U)));
+        const auto channels = static_cast<int>(std::clamp(number(Words::AudioChannelNum) & 255U, 1U, 8U));
+        m_heard.take(*samples, channels * static_cast<int>(
+                                              std::clamp(number(Words::AudioSamplingFreq), 8000U, 192000U)));
     }
 }

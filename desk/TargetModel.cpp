@@ -1,5 +1,7 @@
 #include "desk/TargetModel.h"
 
+#include "protocol/Words.h"
+
 #include <algorithm>
 
 namespace {
@@ -112,10 +114,10 @@ void TargetModel::rebuild()
         const QVariantMap camera = entry.toMap();
         Target target;
         target.camera = true;
-        target.id = camera.value(QStringLiteral("camId")).toString();
-        target.name = camera.value(QStringLiteral("camName")).toString();
+        target.id = camera.value(Vocabulary::camId).toString();
+        target.name = camera.value(Words::camName).toString();
         target.detail = target.id;
-        target.online = camera.value(QStringLiteral("online"), true).toBool();
+        target.online = camera.value(Words::online, true).toBool();
         targets.push_back(target);
     }
     for (int row = 0; m_speakersListed && m_speakers && row < m_speakers->rowCount(); ++row) {

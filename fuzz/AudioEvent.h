@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/Words.h"
 #include "src/vocabulary/StreamType.h"
 
 #include <QString>
@@ -52,15 +53,15 @@ inline QVariantMap audioEvent(FuzzedDataProvider& input, const FuzzedStream& str
              : static_cast<std::uint32_t>(std::max<std::size_t>(bytes.size(), offset)) - offset;
     const bool text = input.ConsumeIntegral<std::uint8_t>() < 26;
     const QByteArray raw = QByteArray::fromStdString(bytes);
-    return {{QStringLiteral("AudioReceived"),
-             QVariantMap{
-                 {QStringLiteral("Token"), token},
-                 {QStringLiteral("BitstreamSize"), length},
-                 {QStringLiteral("Offset"), offset},
-                 {QStringLiteral("AudioData"), QString::fromLatin1(text ? raw : raw.toBase64())},
-                 {QStringLiteral("StreamType"), stream.type},
-                 {QStringLiteral("AudioSamplingFreq"), stream.rate},
-                 {QStringLiteral("AudioChannelNum"), stream.channels},
-                 {QStringLiteral("FrameNumber"), frames},
-             }}};
+    return {
+        {Vocabulary::AudioReceived, QVariantMap{
+                                        {Words::Token, token},
+                                        {Words::BitstreamSize, length},
+                                        {Words::Offset, offset},
+                                        {Words::AudioData, QString::fromLatin1(text ? raw : raw.toBase64())},
+                                        {Words::StreamType, stream.type},
+                                        {Words::AudioSamplingFreq, stream.rate},
+                                        {Words::AudioChannelNum, stream.channels},
+                                        {Words::FrameNumber, frames},
+                                    }}};
 }

@@ -2,6 +2,7 @@
 // as they come: without an output. fuzz_audioreceived has one.
 
 #include "fuzz/AudioEvent.h"
+#include "protocol/Words.h"
 #include "src/PluginVoiceDesk.h"
 #include "src/playback/AudioDevice.h"
 
@@ -45,7 +46,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static PluginVoiceDesk plugin;
-    QList<QVariant> targets{QVariantMap{{QStringLiteral("talkToken"), QStringLiteral("t")}}};
+    QList<QVariant> targets{QVariantMap{{Vocabulary::talkToken, QStringLiteral("t")}}};
     plugin.setTalkTargetList(targets);
     FuzzedDataProvider input(data, size);
     const FuzzedStream stream = FuzzedStream::from(input);
@@ -60,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::unique_ptr<Device> device;
     for (int packets = 0; packets < mostPackets && input.remaining_bytes() > 0; ++packets) {
         received.reset();
-        plugin.EventProcessor(QStringLiteral("AudioReceived"), 0, 0, 0,
+        plugin.EventProcessor(Vocabulary::AudioReceived, 0, 0, 0,
                               audioEvent(input, stream, QStringLiteral("t")), QString());
         if (!received) {
             continue;

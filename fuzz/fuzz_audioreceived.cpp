@@ -2,6 +2,7 @@
 
 #include "fuzz/AudioEvent.h"
 #include "fuzz/PrivateSound.h"
+#include "protocol/Words.h"
 #include "src/MediaPacket.h"
 #include "src/PluginVoiceDesk.h"
 #include "src/playback/AudioDevice.h"
@@ -79,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     FuzzedDataProvider input(data, size);
     PluginVoiceDesk plugin;
-    QList<QVariant> targets{QVariantMap{{QStringLiteral("talkToken"), QStringLiteral("t")}}};
+    QList<QVariant> targets{QVariantMap{{Vocabulary::talkToken, QStringLiteral("t")}}};
     plugin.setTalkTargetList(targets);
     queued = 0;
     decoded = 0;
@@ -87,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const FuzzedStream stream = FuzzedStream::from(input);
         const int packets = input.ConsumeIntegralInRange(1, mostPackets);
         for (int i = 0; i < packets; ++i) {
-            plugin.EventProcessor(QStringLiteral("AudioReceived"), 0, 0, 0,
+            plugin.EventProcessor(Vocabulary::AudioReceived, 0, 0, 0,
                                   audioEvent(input, stream, QStringLiteral("t")), QString());
         }
         // A packet may also be dropped in the queue, so the wait has an end.

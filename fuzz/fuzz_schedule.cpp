@@ -4,6 +4,7 @@
 //   input    a line each: type, start, end, moment, zone; the rest is the settings as JSON
 
 #include "protocol/ScheduleRule.h"
+#include "protocol/Words.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -25,11 +26,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QString moment = line();
     const QTimeZone zone(line().toLatin1());
     const QVariantMap record{
-        {QStringLiteral("scheduleType"), type},
-        {QStringLiteral("scheduleStartTime"), start},
-        {QStringLiteral("scheduleEndTime"), end},
-        {QStringLiteral("enableScheduleEndTime"), !end.isEmpty()},
-        {QStringLiteral("scheduleSettings"), QJsonDocument::fromJson(rest).object().toVariantMap()},
+        {Vocabulary::scheduleType, type},
+        {Vocabulary::scheduleStartTime, start},
+        {Vocabulary::scheduleEndTime, end},
+        {Vocabulary::enableScheduleEndTime, !end.isEmpty()},
+        {Vocabulary::scheduleSettings, QJsonDocument::fromJson(rest).object().toVariantMap()},
     };
     QString error;
     const auto rule = ScheduleRule::fromRecord(record, &error);

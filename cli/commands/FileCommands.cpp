@@ -2,6 +2,9 @@
 #include "cli/commands/CommandArguments.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
+#include "protocol/AudioStatus.h"
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
 
 #include <QFileInfo>
 #include <QUrl>
@@ -14,13 +17,13 @@ constexpr int uploadTimeout = 120000; // ms
 
 QString statusText(int status)
 {
-    switch (status) {
-    case 1:
+    switch (static_cast<AudioStatus>(status)) {
+    case AudioStatus::Uploading:
         return QStringLiteral("uploading");
-    case 2:
+    case AudioStatus::Ready:
         return QStringLiteral("ready");
-    case 4:
-    case 5:
+    case AudioStatus::RefusedWithOutput:
+    case AudioStatus::RefusedWithoutOutput:
         return QStringLiteral("refused");
     default:
         return QStringLiteral("status %1").arg(status);
@@ -49,11 +52,11 @@ int addFile(PluginSession& session, const QString& path)
         return PluginSession::fail(ExitRefused, QStringLiteral("%1 cannot be read or sent").arg(path));
     }
     std::fprintf(stderr, "Uploading %lld bytes ...\n", static_cast<long long>(QFileInfo(path).size()));
-    const QString code = session.waitForReply(QStringLiteral("UploadFile"), uploadTimeout);
+    const QString code = session.waitForReply(Vocabulary::UploadFile, uploadTimeout);
     if (code.isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
-    if (code != QLatin1String("0")) {
+    if (code != ReturnCode::success) {
         return PluginSession::fail(ExitRefused,
                                    QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
     }
@@ -70,11 +73,11 @@ int deleteFile(PluginSession& session, int id)
 {
     session.forget();
     session.plugin().deleteAudioFile(id);
-    const QString code = session.waitForReply(QStringLiteral("DeleteFile"));
+    const QString code = session.waitForReply(Vocabulary::DeleteFile);
     if (code.isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
-    if (code != QLatin1String("0")) {
+    if (code != ReturnCode::success) {
         return PluginSession::fail(ExitRefused,
                                    QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
     }
@@ -107,7 +110,7 @@ int runFiles(const QStringList& words)
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    if (session.waitForReply(QStringLiteral("GetAudioFile")).isEmpty()) {
+    if (session.waitForReply(Vocabulary::GetAudioFile).isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
     if (verb == QLatin1String("list")) {

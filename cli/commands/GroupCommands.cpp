@@ -2,6 +2,7 @@
 #include "cli/commands/CommandResult.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
+#include "protocol/Words.h"
 
 #include <cstdio>
 
@@ -13,7 +14,7 @@ int listGroups(PluginSession& session, const QString& filter)
     session.waitForDevices();
     session.forget();
     session.plugin().getNetworkAudioGroup();
-    if (session.waitForReply(QStringLiteral("GetNetworkAudioGroup")).isEmpty()) {
+    if (session.waitForReply(Vocabulary::GetNetworkAudioGroup).isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
     GroupModel* model = session.plugin().getNetworkAudioGroupModel(&session);

@@ -2,12 +2,13 @@
 #include "cli/InterruptFlag.h"
 #include "cli/commands/CommandArguments.h"
 #include "cli/commands/Commands.h"
+#include "protocol/Limits.h"
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
 
 #include <cstdio>
 
 namespace {
-
-constexpr int wholeProgress = 100; // percent
 
 /** What is to be played on: a device or a group; false, after a complaint, for neither or both. */
 bool readTarget(CommandArguments& arguments, bool* group, int* id)
@@ -30,7 +31,7 @@ int follow(PluginSession& session, const Request& request)
     AwaitedSignal failures(session, &PluginClient::playAudioError);
     request(session.plugin());
     int progress = 0;
-    while (progress < wholeProgress) {
+    while (progress < Limits::maxProgressPercent) {
         if (InterruptFlag::raised()) {
             return PluginSession::fail(ExitSuccess, QStringLiteral("interrupted; the server plays on"));
         }
@@ -110,12 +111,12 @@ int runStop(const QStringList& words)
     } else {
         session.plugin().stopCurrentAudio(target);
     }
-    const QString code = session.waitForReply(group ? QStringLiteral("StopCurrentGroupAudio")
-                                                    : QStringLiteral("StopCurrentAudio"));
+    const QString code =
+        session.waitForReply(group ? Vocabulary::StopCurrentGroupAudio : Vocabulary::StopCurrentAudio);
     if (code.isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
-    return code == QLatin1String("0")
+    return code == ReturnCode::success
                ? static_cast<int>(ExitSuccess)
                : PluginSession::fail(ExitRefused,
                                      QStringLiteral("%1 (code %2)").arg(session.errorText(), code));

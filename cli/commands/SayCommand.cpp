@@ -4,6 +4,7 @@
 #include "cli/commands/CommandArguments.h"
 #include "cli/commands/Commands.h"
 #include "client/measure/TalkMonitor.h"
+#include "protocol/Words.h"
 #include "system/EnvironmentVariable.h"
 #include "system/MediaFiles.h"
 
@@ -89,7 +90,7 @@ int runSay(const QStringList& words)
     }
     progress.finish();
     session.plugin().stopTalk();
-    session.waitForReply(QStringLiteral("StopTalk"));
+    session.waitForReply(Vocabulary::StopTalk);
     std::printf("packets sent  %d\n", monitor.packets());
     if (lost) {
         return PluginSession::fail(ExitTalkLost, QStringLiteral("the talk was lost"));

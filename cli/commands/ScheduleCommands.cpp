@@ -2,6 +2,8 @@
 #include "cli/commands/CommandResult.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
+#include "protocol/ScheduleRule.h"
+#include "protocol/Words.h"
 
 #include <cstdio>
 
@@ -10,13 +12,13 @@ namespace {
 QString repeatText(const ScheduleRow& schedule)
 {
     switch (schedule.type) {
-    case 0:
+    case ScheduleRule::Once:
         return QStringLiteral("once");
-    case 1:
+    case ScheduleRule::Daily:
         return QStringLiteral("daily");
     default: {
         QStringList days;
-        const QVariantList weekdays = schedule.settings.value(QStringLiteral("weekdays")).toList();
+        const QVariantList weekdays = schedule.settings.value(Words::weekdays).toList();
         for (const QVariant& day : weekdays) {
             days.append(day.toString());
         }
@@ -29,7 +31,7 @@ int listSchedules(PluginSession& session)
 {
     session.forget();
     session.plugin().getNetworkAudioSchedule();
-    if (session.waitForReply(QStringLiteral("GetNetworkAudioSchedule")).isEmpty()) {
+    if (session.waitForReply(Vocabulary::GetNetworkAudioSchedule).isEmpty()) {
         return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
     }
     const ScheduleModel* model = session.plugin().getNetworkAudioScheduleModel(&session);
@@ -62,18 +64,20 @@ std::optional<QVariantMap> recordOf(CommandArguments& arguments, const QString& 
     if (!weekdays || !groups || !devices || !file) {
         return std::nullopt;
     }
-    const int type = arguments.isSet("weekdays") ? 2 : arguments.isSet("daily") ? 1 : 0;
+    const int type = arguments.isSet("weekdays") ? ScheduleRule::Weekly
+                     : arguments.isSet("daily")  ? ScheduleRule::Daily
+                                                 : ScheduleRule::Once;
     return QVariantMap{
-        {QStringLiteral("scheduleName"), name},
-        {QStringLiteral("enableSchedule"), !arguments.isSet("disabled")},
-        {QStringLiteral("scheduleType"), type},
-        {QStringLiteral("scheduleSettings"), QVariantMap{{QStringLiteral("weekdays"), *weekdays}}},
-        {QStringLiteral("scheduleStartTime"), arguments.value("at")},
-        {QStringLiteral("scheduleEndTime"), arguments.value("until")},
-        {QStringLiteral("enableScheduleEndTime"), arguments.isSet("until")},
-        {QStringLiteral("audioID"), *file},
-        {QStringLiteral("groupIDList"), *groups},
-        {QStringLiteral("networkAudioIDList"), *devices},
+        {Vocabulary::scheduleName, name},
+        {Vocabulary::enableSchedule, !arguments.isSet("disabled")},
+        {Vocabulary::scheduleType, type},
+        {Vocabulary::scheduleSettings, QVariantMap{{Words::weekdays, *weekdays}}},
+        {Vocabulary::scheduleStartTime, arguments.value("at")},
+        {Vocabulary::scheduleEndTime, arguments.value("until")},
+        {Vocabulary::enableScheduleEndTime, arguments.isSet("until")},
+        {Vocabulary::audioID, *file},
+        {Vocabulary::groupIDList, *groups},
+        {Vocabulary::networkAudioIDList, *devices},
     };
 }
 

@@ -2,6 +2,7 @@
 
 #include "audio/PacketHeader.h"
 #include "audio/SteadyClock.h"
+#include "protocol/Words.h"
 
 #include <QVariantMap>
 
@@ -15,17 +16,17 @@ constexpr std::size_t maxSaid = 600U * PacketDecoder::sampleRate; // samples, te
 
 void TalkMonitor::commandSent(const QString& command, const QVariant& payload, bool accepted)
 {
-    if (command != QLatin1String("TalkData")) {
+    if (command != Vocabulary::TalkData) {
         return;
     }
     const double now = SteadyClock::now();
     const QVariantMap message = payload.toMap();
-    const quint32 sequence = message.value(QStringLiteral("sequence")).toUInt();
+    const quint32 sequence = message.value(Vocabulary::sequence).toUInt();
     ++m_packets;
     m_refused += accepted ? 0 : 1;
     m_sequenceGaps += sequence == m_sequence + 1 ? 0 : 1;
     m_sequence = sequence;
-    const QByteArray text = message.value(QStringLiteral("talkData")).toString().toLatin1();
+    const QByteArray text = message.value(Vocabulary::talkData).toString().toLatin1();
     if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
         m_level = SoundLevel::rmsDbfs(talk->samples);
         m_loudest = std::max(m_loudest, m_level);
@@ -54,7 +55,7 @@ void TalkMonitor::keepSaid(const DecodedTalk& talk)
 
 void TalkMonitor::eventArrived(const QString& event, const QVariant& payload)
 {
-    if (event != QLatin1String("AudioReceived")) {
+    if (event != Vocabulary::AudioReceived) {
         return;
     }
     if (m_received++ > 0) {
@@ -62,8 +63,7 @@ void TalkMonitor::eventArrived(const QString& event, const QVariant& payload)
     }
     m_firstReceivedAt = SteadyClock::now();
     const QVariantMap fields = payload.toMap().value(event).toMap();
-    const QByteArray packet =
-        QByteArray::fromBase64(fields.value(QStringLiteral("AudioData")).toString().toLatin1());
+    const QByteArray packet = QByteArray::fromBase64(fields.value(Words::AudioData).toString().toLatin1());
     const auto header = framesmith::PacketHeader::fromBytes(
         reinterpret_cast<const std::uint8_t*>(packet.constData()), static_cast<std::size_t>(packet.size()));
     if (header && header->sampleRate > 0) {

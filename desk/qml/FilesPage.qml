@@ -33,10 +33,10 @@ ColumnLayout {
     }
     function status(file) {
         switch (file.audioStatus) {
-        case 1: return qsTr("being sent…");
-        case 2: return "";
-        case 4: return qsTr("refused by the server");
-        case 5: return qsTr("refused by the server; and this computer has no sound output");
+        case desk.protocol.uploading: return qsTr("being sent…");
+        case desk.protocol.ready: return "";
+        case desk.protocol.refusedWithOutput: return qsTr("refused by the server");
+        case desk.protocol.refusedWithoutOutput: return qsTr("refused by the server; and this computer has no sound output");
         default: return qsTr("not ready");
         }
     }
@@ -73,13 +73,13 @@ ColumnLayout {
             title: file.audioName
             detail: root.length(file.audioLength)
             note: root.status(file)
-            noteGood: file.audioStatus < 3
+            noteGood: file.audioStatus === desk.protocol.uploading || file.audioStatus === desk.protocol.ready
             editable: false
             extraText: provisional ? "" : qsTr("Play…")
             extraEnabled: desk.connection.online
             onExtra: if (!provisional) player.play(file)
             onRemove: {
-                if (provisional && file.audioStatus !== 1) {
+                if (provisional && file.audioStatus !== desk.protocol.uploading) {
                     desk.plugin.deleteAudioFile(file.audioID); // the server never had it
                     return;
                 }
@@ -89,7 +89,7 @@ ColumnLayout {
                 confirm.open();
             }
             ProgressBar {
-                visible: file.audioStatus === 1
+                visible: file.audioStatus === desk.protocol.uploading
                 indeterminate: desk.connection.sendProgress < 0
                 value: Math.max(0, desk.connection.sendProgress)
                 implicitWidth: 90

@@ -45,7 +45,7 @@ FormDialog {
             objectName: "groupName"
             Layout.fillWidth: true
             label: qsTr("Name")
-            problem: text.trim() === "" ? qsTr("Give the group a name.") : text.length > 128 ? qsTr("At most 128 characters.") : ""
+            problem: text.trim() === "" ? qsTr("Give the group a name.") : text.length > desk.protocol.maxNameLength ? qsTr("At most %1 characters.").arg(desk.protocol.maxNameLength) : ""
             field.onAccepted: root.submit()
         }
         CheckList {

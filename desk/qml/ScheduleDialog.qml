@@ -16,7 +16,7 @@ FormDialog {
 
     function create() {
         const soon = new Date(Date.now() + 5 * 60000);
-        fill({ scheduleID: 0, scheduleName: "", enableSchedule: true, scheduleType: 0, scheduleSettings: {},
+        fill({ scheduleID: 0, scheduleName: "", enableSchedule: true, scheduleType: desk.protocol.once, scheduleSettings: {},
                scheduleStartTime: Qt.formatDateTime(soon, "yyyy-MM-ddThh:mm:00"), enableScheduleEndTime: false,
                scheduleEndTime: "", audioID: files.length > 0 ? files[0].audioID : 0, groupIDList: [], networkAudioIDList: [] });
         title = qsTr("Add a schedule");
@@ -63,7 +63,7 @@ FormDialog {
             networkAudioIDList: onSpeakers.checkedIds
         };
     }
-    readonly property string problem: nameField.text.length > 128 ? qsTr("The name has more than 128 characters.")
+    readonly property string problem: nameField.text.length > desk.protocol.maxNameLength ? qsTr("The name has more than %1 characters.").arg(desk.protocol.maxNameLength)
         : !start.valid ? qsTr("The start is no date and time.")
         : hasEnd.checked && !end.valid ? qsTr("The end is no date and time.")
         : desk.schedules.check(record())
@@ -110,9 +110,9 @@ FormDialog {
                 model: [qsTr("Once"), qsTr("Every day"), qsTr("On days of the week")]
                 Accessible.name: qsTr("How often")
             }
-            PlainText { text: qsTr("Days"); color: Theme.text; font.pixelSize: Theme.textSize; visible: type.currentIndex === 2 }
+            PlainText { text: qsTr("Days"); color: Theme.text; font.pixelSize: Theme.textSize; visible: type.currentIndex === desk.protocol.weekly }
             RowLayout {
-                visible: type.currentIndex === 2
+                visible: type.currentIndex === desk.protocol.weekly
                 spacing: 2
                 Repeater {
                     model: 7
@@ -130,10 +130,10 @@ FormDialog {
                     }
                 }
             }
-            PlainText { text: type.currentIndex === 0 ? qsTr("When") : qsTr("From"); color: Theme.text; font.pixelSize: Theme.textSize }
+            PlainText { text: type.currentIndex === desk.protocol.once ? qsTr("When") : qsTr("From"); color: Theme.text; font.pixelSize: Theme.textSize }
             MomentField { id: start; objectName: "scheduleStart"; name: qsTr("Start") }
-            TickBox { id: hasEnd; text: qsTr("Until"); visible: type.currentIndex !== 0; onVisibleChanged: if (!visible) checked = false }
-            MomentField { id: end; objectName: "scheduleEnd"; name: qsTr("End"); visible: type.currentIndex !== 0; enabled: hasEnd.checked }
+            TickBox { id: hasEnd; text: qsTr("Until"); visible: type.currentIndex !== desk.protocol.once; onVisibleChanged: if (!visible) checked = false }
+            MomentField { id: end; objectName: "scheduleEnd"; name: qsTr("End"); visible: type.currentIndex !== desk.protocol.once; enabled: hasEnd.checked }
         }
         RowLayout {
             Layout.fillWidth: true

@@ -50,7 +50,7 @@ FormDialog {
             objectName: "speakerName"
             Layout.fillWidth: true
             label: qsTr("Name")
-            problem: text.trim() === "" ? qsTr("Give the speaker a name.") : text.length > 128 ? qsTr("At most 128 characters.") : ""
+            problem: text.trim() === "" ? qsTr("Give the speaker a name.") : text.length > desk.protocol.maxNameLength ? qsTr("At most %1 characters.").arg(desk.protocol.maxNameLength) : ""
             field.onAccepted: root.submit()
         }
         RowLayout {
@@ -69,7 +69,7 @@ FormDialog {
                 Layout.fillWidth: false
                 Layout.preferredWidth: 110
                 label: qsTr("Port")
-                problem: /^[0-9]{1,5}$/.test(text) && parseInt(text) >= 1 && parseInt(text) <= 65535 ? "" : qsTr("1 to 65535.")
+                problem: /^[0-9]{1,5}$/.test(text) && parseInt(text) >= 1 && parseInt(text) <= desk.protocol.maxPort ? "" : qsTr("1 to %1.").arg(desk.protocol.maxPort)
                 field.onAccepted: root.submit()
                 field.inputMethodHints: Qt.ImhDigitsOnly
             }
@@ -81,7 +81,7 @@ FormDialog {
                 Layout.fillWidth: true
                 Layout.preferredWidth: 1
                 label: qsTr("User name")
-                problem: text.length > 256 ? qsTr("At most 256 characters.") : ""
+                problem: text.length > desk.protocol.maxCredentialLength ? qsTr("At most %1 characters.").arg(desk.protocol.maxCredentialLength) : ""
             }
             FormField {
                 id: password
@@ -89,7 +89,7 @@ FormDialog {
                 Layout.preferredWidth: 1
                 label: qsTr("Password")
                 field.echoMode: TextInput.Password
-                problem: text.length > 256 ? qsTr("At most 256 characters.") : ""
+                problem: text.length > desk.protocol.maxCredentialLength ? qsTr("At most %1 characters.").arg(desk.protocol.maxCredentialLength) : ""
             }
         }
         CheckList {

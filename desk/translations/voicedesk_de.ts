@@ -124,8 +124,8 @@
         <translation>„%1“ kann nicht gelesen werden.</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is larger than 32 MiB.</source>
-        <translation>„%1“ ist größer als 32 MiB.</translation>
+        <source>&quot;%1&quot; is larger than %2 MiB.</source>
+        <translation>„%1“ ist größer als %2 MiB.</translation>
     </message>
 </context>
 <context>
@@ -419,8 +419,8 @@
         <translation>Die Gruppe braucht einen Namen.</translation>
     </message>
     <message>
-        <source>At most 128 characters.</source>
-        <translation>Höchstens 128 Zeichen.</translation>
+        <source>At most %1 characters.</source>
+        <translation>Höchstens %1 Zeichen.</translation>
     </message>
     <message>
         <source>Speakers of the group</source>
@@ -715,8 +715,8 @@
         <translation>Zeitplan „%1“</translation>
     </message>
     <message>
-        <source>The name has more than 128 characters.</source>
-        <translation>Der Name hat mehr als 128 Zeichen.</translation>
+        <source>The name has more than %1 characters.</source>
+        <translation>Der Name hat mehr als %1 Zeichen.</translation>
     </message>
     <message>
         <source>The start is no date and time.</source>
@@ -943,8 +943,8 @@
         <translation>Der Lautsprecher braucht einen Namen.</translation>
     </message>
     <message>
-        <source>At most 128 characters.</source>
-        <translation>Höchstens 128 Zeichen.</translation>
+        <source>At most %1 characters.</source>
+        <translation>Höchstens %1 Zeichen.</translation>
     </message>
     <message>
         <source>Address</source>
@@ -959,16 +959,12 @@
         <translation>Port</translation>
     </message>
     <message>
-        <source>1 to 65535.</source>
-        <translation>1 bis 65535.</translation>
+        <source>1 to %1.</source>
+        <translation>1 bis %1.</translation>
     </message>
     <message>
         <source>User name</source>
         <translation>Benutzername</translation>
-    </message>
-    <message>
-        <source>At most 256 characters.</source>
-        <translation>Höchstens 256 Zeichen.</translation>
     </message>
     <message>
         <source>Password</source>
