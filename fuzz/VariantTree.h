@@ -49,7 +49,7 @@ inline QVariant variantTree(FuzzedDataProvider& input, int depth = 0)
         QVariantMap map;
         for (int left = input.ConsumeIntegralInRange(0, 8); left > 0; --left) {
             const QString key = input.ConsumeBool()
-                                    ? *input.PickValueInArray(Words::keys)
+                                    ? *input.PickValueInArray(FuzzWords::keys)
                                     : QString::fromStdString(input.ConsumeRandomLengthString(10));
             map.insert(key, variantTree(input, depth + 1));
         }

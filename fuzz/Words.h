@@ -1,53 +1,38 @@
 #pragma once
 
-#include "src/vocabulary/Vocabulary.h"
+#include "protocol/CommandTable.h"
+#include "protocol/EventTable.h"
+#include "protocol/Words.h"
 
-/** The words of the protocol as arrays, for a fuzzer to pick from. */
-namespace Words {
+#include <fuzzer/FuzzedDataProvider.h>
+
+/** The words of the protocol, for a fuzzer to pick from. */
+namespace FuzzWords {
 
 namespace V = Vocabulary;
+namespace W = Words;
 
-inline const QString getCamera = QStringLiteral("GetCamera");
-inline const QString token = QStringLiteral("Token");
-inline const QString progress = QStringLiteral("progress");
-inline const QString weekdays = QStringLiteral("weekdays");
-inline const QString content = QStringLiteral("content");
-inline const QString fileName = QStringLiteral("filename");
-inline const QString length = QStringLiteral("length");
-inline const QString nothing = QStringLiteral("Nothing"); ///< No word of the protocol.
+inline const QString nothing = QStringLiteral("Nothing"); ///< Not a word of the protocol.
 
-/** All commands that a server knows, and one that it does not. */
-inline const QString* const commands[] = {&V::AddIPAudio,
-                                          &V::UpdateIPAudio,
-                                          &V::DeleteIPAudio,
-                                          &V::RetrieveIPAudioModel,
-                                          &V::AddNetworkAudioGroup,
-                                          &V::UpdateNetworkAudioGroup,
-                                          &V::DeleteNetworkAudioGroup,
-                                          &V::GetNetworkAudioGroup,
-                                          &V::AddNetworkAudioSchedule,
-                                          &V::UpdateNetworkAudioSchedule,
-                                          &V::DeleteNetworkAudioSchedule,
-                                          &V::GetNetworkAudioSchedule,
-                                          &V::GetAudioFile,
-                                          &V::UploadFile,
-                                          &V::DeleteFile,
-                                          &V::PlayAudio,
-                                          &V::PlayGroupAudio,
-                                          &V::AlarmPlayIPAudio,
-                                          &V::StopCurrentAudio,
-                                          &V::StopCurrentGroupAudio,
-                                          &V::StartTalk,
-                                          &V::StartTalkToIPAudio,
-                                          &V::StopTalk,
-                                          &V::StopTalkToIPAudio,
-                                          &V::TalkData,
-                                          &getCamera,
-                                          &nothing};
+/** The name of a row, or a word that is none. */
+template<class Row>
+QString pickName(FuzzedDataProvider& input, const std::vector<Row>& rows)
+{
+    const auto row = input.ConsumeIntegralInRange<std::size_t>(0, rows.size());
+    return row < rows.size() ? rows[row].name : nothing;
+}
 
-/** All events, and one that nobody knows. */
-inline const QString* const events[] = {&V::AudioReceived, &V::TalkDisconnected, &V::PlayAudioFailed,
-                                        &nothing};
+/** A command that a server knows, or one that it does not. */
+inline QString pickCommand(FuzzedDataProvider& input)
+{
+    return pickName(input, CommandTable::rows());
+}
+
+/** An event, or one that nobody knows. */
+inline QString pickEvent(FuzzedDataProvider& input)
+{
+    return pickName(input, EventTable::rows());
+}
 
 /** Keys of records and payloads, on either side. */
 inline const QString* const keys[] = {&V::alarmName,
@@ -88,11 +73,11 @@ inline const QString* const keys[] = {&V::alarmName,
                                       &V::username,
                                       &V::AudioReceived,
                                       &V::TalkDisconnected,
-                                      &token,
-                                      &progress,
-                                      &weekdays,
-                                      &content,
-                                      &fileName,
-                                      &length};
+                                      &W::Token,
+                                      &W::progress,
+                                      &W::weekdays,
+                                      &W::content,
+                                      &W::filename,
+                                      &W::length};
 
-} // namespace Words
+} // namespace FuzzWords

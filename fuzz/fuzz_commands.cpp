@@ -1,6 +1,8 @@
-// Any commands, one after another, into the reference server, which has cameras, a speaker and a file.
+// Any commands of the table, one after another, into the reference server, which has cameras, open talks and
+// a record of each kind.
 
 #include "fuzz/VariantTree.h"
+#include "protocol/ScheduleRule.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
 
@@ -8,36 +10,71 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <optional>
+
 namespace {
 
 namespace V = Vocabulary;
+namespace W = Words;
 
 constexpr int mostCommands = 100;
+constexpr int mostRecords = 50; // of a kind, before all begins anew
 
-/** The server of all inputs: what one leaves behind, the next one finds. */
-struct Place
+/** A server with cameras, and a record of each kind, of id 1. */
+class Place
 {
-    QTemporaryDir recordings;
-    RecordingServer server;
-
-    Place() : server(config(recordings.path()))
+public:
+    Place() : m_server(config(m_recordings.path()))
     {
-        ServerSession session(server);
-        session.submit(V::AddIPAudio,
-                       QVariantMap{{V::deviceName, QStringLiteral("Gate")},
-                                   {V::ip, QStringLiteral("10.0.0.5")},
-                                   {V::port, 554}},
-                       nullptr);
+        ServerSession session(m_server);
         QFile file(QStringLiteral(ANNOUNCEMENT_WAV));
         if (!file.open(QIODevice::ReadOnly)) {
             std::abort();
         }
-        session.submit(V::UploadFile,
-                       QVariantMap{{Words::content, file.read(8044).toBase64()},
-                                   {Words::fileName, QStringLiteral("announcement.wav")}},
-                       nullptr);
+        const std::pair<QString, QVariantMap> records[] = {
+            {V::AddIPAudio,
+             {{V::deviceName, QStringLiteral("Gate")}, {V::ip, QStringLiteral("10.0.0.5")}, {V::port, 554}}},
+            {V::UploadFile,
+             {{W::content, file.read(8044).toBase64()}, {W::filename, QStringLiteral("announcement.wav")}}},
+            {V::AddNetworkAudioGroup,
+             {{V::groupName, QStringLiteral("Yard")}, {V::networkAudioIDList, QStringLiteral("1")}}},
+            {V::AddNetworkAudioSchedule,
+             {{V::scheduleName, QStringLiteral("Morning")},
+              {V::enableSchedule, true},
+              {V::scheduleType, ScheduleRule::Daily},
+              {V::scheduleStartTime, QStringLiteral("2026-12-01T08:00:00")},
+              {V::audioID, 1},
+              {V::groupIDList, QStringLiteral("1")}}},
+        };
+        for (const auto& [command, record] : records) {
+            if (m_server.execute(session, command, record)->returnCode != ReturnCode::success) {
+                std::abort();
+            }
+        }
+        if (!isWhole()) {
+            std::abort();
+        }
     }
 
+    RecordingServer& server() { return m_server; }
+
+    /** Whether the first records are there, and not too many others. */
+    bool isWhole()
+    {
+        ServerSession session(m_server);
+        const std::pair<QString, QString> lists[] = {{V::RetrieveIPAudioModel, V::deviceID},
+                                                     {V::GetAudioFile, V::audioID},
+                                                     {V::GetNetworkAudioGroup, V::groupID},
+                                                     {V::GetNetworkAudioSchedule, V::scheduleID}};
+        return std::all_of(std::begin(lists), std::end(lists), [&](const auto& list) {
+            const QVariantList records = m_server.execute(session, list.first, QVariant())->result.toList();
+            return !records.isEmpty() && records.size() <= mostRecords &&
+                   records.first().toMap().value(list.second) == 1;
+        });
+    }
+
+private:
     static ServerConfig config(const QString& recordings)
     {
         ServerConfig config;
@@ -45,7 +82,24 @@ struct Place
         config.recordingDirectory = recordings;
         return config;
     }
+
+    QTemporaryDir m_recordings;
+    RecordingServer m_server;
 };
+
+/** Ends the program at a success whose payload is not what the table says. */
+void checkAnswer(const QString& command, const ServerReply& reply)
+{
+    const CommandTable::Row* row = CommandTable::find(command);
+    if (reply.returnCode != ReturnCode::success) {
+        return;
+    }
+    const int types[] = {QMetaType::UnknownType, QMetaType::Int, QMetaType::QVariantMap,
+                         QMetaType::QVariantList};
+    if (row == nullptr || reply.result.userType() != types[row->answer.kind]) {
+        std::abort();
+    }
+}
 
 } // namespace
 
@@ -55,14 +109,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static char name[] = "fuzz";
     static char* argv[] = {name, nullptr};
     static const QCoreApplication application(argc, argv);
-    static Place place;
+    static std::optional<Place> place;
+    if (!place || !place->isWhole()) {
+        place.reset();
+        place.emplace();
+    }
     FuzzedDataProvider input(data, size);
-    ServerSession session(place.server);
-    QString talkToken; // of the talk that was opened last
+    ServerSession session(place->server());
+    QString targets; // of the talks that were opened so far
     QObject::connect(&session, &ServerSession::replied, &session,
-                     [&talkToken](const QString&, void*, const ServerReply& reply) {
+                     [&targets](const QString& command, void*, const ServerReply& reply) {
+                         checkAnswer(command, reply);
                          const QString token = reply.result.toMap().value(V::talkToken).toString();
-                         talkToken = token.isEmpty() ? talkToken : token;
+                         targets +=
+                             token.isEmpty() ? QString() : QStringLiteral("<Dest>%1</Dest>").arg(token);
                      });
     for (int commands = 0; commands < mostCommands && input.remaining_bytes() > 0; ++commands) {
         switch (input.ConsumeIntegralInRange(0, 7)) {
@@ -74,15 +134,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             session.submit(
                 V::TalkData,
                 QVariantMap{
-                    {V::targets, QStringLiteral("<Dest>%1</Dest>").arg(talkToken)},
+                    {V::targets, targets},
                     {V::sequence, input.ConsumeIntegral<unsigned>()},
                     {V::talkData,
                      QString::fromLatin1(
                          QByteArray::fromStdString(input.ConsumeRandomLengthString(200)).toBase64())}},
                 nullptr);
             break;
+        case 7:
+            session.submit(V::StartTalkToIPAudio, 1, 1);
+            QCoreApplication::sendPostedEvents();
+            break;
         default:
-            session.submit(*input.PickValueInArray(Words::commands), variantTree(input), 1);
+            session.submit(FuzzWords::pickCommand(input), variantTree(input), 1);
         }
     }
     QCoreApplication::processEvents();

@@ -4,6 +4,7 @@
 
 #include "fuzz/VariantTree.h"
 #include "platform/FrameworkWrapperBase.h"
+#include "protocol/ReturnCode.h"
 #include "src/PluginVoiceDesk.h"
 #include "src/vocabulary/StreamType.h"
 
@@ -21,7 +22,8 @@ namespace V = Vocabulary;
 constexpr int deepestNesting = 3; // steps that are taken while another one runs
 constexpr int mostSteps = 200;
 
-const char* const codes[] = {"0", "-2", "1", ""};
+// One that is no code of the reference server, too.
+const QString codes[] = {ReturnCode::success, ReturnCode::fileRefused, QStringLiteral("1"), QString()};
 
 /** What a request's user data points to. */
 enum class Kind
@@ -126,8 +128,7 @@ bool Session::SendCommand(void* /*handle*/, const QString& /*id*/, const QString
     m_requests.push_back({command, userData});
     const int choice = m_input.ConsumeIntegralInRange(0, 15);
     if (choice == 15 && m_plugin) { // not while its constructor or destructor runs
-        deliver(command, variantTree(m_input), userData,
-                QString::fromLatin1(m_input.PickValueInArray(codes)));
+        deliver(command, variantTree(m_input), userData, m_input.PickValueInArray(codes));
     }
     if (choice == 14) {
         m_pending.remove(userData); // a refused request's block is the plug-in's again
@@ -190,8 +191,7 @@ void Session::step()
     ++m_steps;
     switch (m_input.ConsumeIntegralInRange(0, 5)) {
     case 0:
-        m_plugin->EventProcessor(*m_input.PickValueInArray(Words::events), 0, 0, 0, variantTree(m_input),
-                                 QString());
+        m_plugin->EventProcessor(FuzzWords::pickEvent(m_input), 0, 0, 0, variantTree(m_input), QString());
         break;
     case 1:
         QMetaObject::invokeMethod(
@@ -262,9 +262,9 @@ void Session::recordRequest()
 
 void Session::reply()
 {
-    const QString code = QString::fromLatin1(m_input.PickValueInArray(codes));
+    const QString code = m_input.PickValueInArray(codes);
     if (m_requests.empty() || m_input.ConsumeIntegralInRange(0, 3) == 0) {
-        const QString command = *m_input.PickValueInArray(Words::commands);
+        const QString command = FuzzWords::pickCommand(m_input);
         if (m_input.ConsumeBool()) {
             replyWithOwnBlock(command, code);
         } else {
@@ -273,9 +273,8 @@ void Session::reply()
         return;
     }
     const Request request = m_requests[m_input.ConsumeIntegralInRange<std::size_t>(0, m_requests.size() - 1)];
-    const QString command = m_input.ConsumeIntegralInRange(0, 3) == 0
-                                ? *m_input.PickValueInArray(Words::commands)
-                                : request.command;
+    const QString command =
+        m_input.ConsumeIntegralInRange(0, 3) == 0 ? FuzzWords::pickCommand(m_input) : request.command;
     deliver(command, variantTree(m_input), request.userData, code);
 }
 

@@ -387,20 +387,24 @@ def text_seeds():
         write("fuzz_schedule", name, "\n".join(lines).encode())
 
 
-def words_of(array):
-    """The words of an array of Words.h, in its order."""
+def names_of(table, row):
+    """The names in the rows of a table of the protocol, in its order, and one that it does not have."""
+    text = (root.parent / "protocol" / table).read_text()
+    return re.findall(row, text) + ["Nothing"]
+
+
+def keys_of_words():
+    """The keys of Words.h, in its order."""
     text = (root / "Words.h").read_text()
-    names = re.findall(r"&(?:V::)?(\w+)", text[text.index(f"const {array}[]") :].split(";")[0])
-    own = dict(re.findall(r'const QString (\w+) = QStringLiteral\("(\w+)"\)', text))
-    return [own.get(name, name) for name in names]
+    return re.findall(r"&[VW]::(\w+)", text[text.index("const keys[]") :].split(";")[0])
 
 
 class Steps(Provider):
     """What VariantTree.h, fuzz_commands and fuzz_replies ask for."""
 
-    commands = words_of("commands")
-    events = words_of("events")
-    keys = words_of("keys")
+    commands = names_of("CommandTable.cpp", r"[({][VW]::(\w+),\s+(?:nothing|number|map\()")
+    events = names_of("EventTable.cpp", r"\{V::(\w+),\s+(?:true|false)")
+    keys = keys_of_words()
 
     def tree(self, value, depth=0):
         last = 10 if depth < 4 else 7

@@ -44,14 +44,11 @@ Row row(const QString& name, const PayloadShape& payload, const PayloadShape& an
             Answered::AtOnce};
 }
 
-std::vector<Row> talkRows()
+/** The same command, answered again and again. */
+Row often(Row row)
 {
-    return {
-        row(V::StartTalk, map({V::camId, V::relayPath}), map({V::camId, V::talkToken, V::relayPath})),
-        row(V::StopTalk, map({V::talkToken, V::relayPath}), nothing),
-        row(V::TalkData, map({V::targets, V::sequence, V::talkData}), nothing, nothing, maxTalkPacket),
-        row(W::GetCamera, nothing, maps({V::camId, W::camName, W::online})),
-    };
+    row.answered = Answered::Often;
+    return row;
 }
 
 std::vector<Row> deviceRows()
@@ -63,33 +60,7 @@ std::vector<Row> deviceRows()
         row(V::UpdateIPAudio, map(record), map(record), map({V::deviceID}), maxCamerasLength),
         row(V::DeleteIPAudio, number, number, number),
         row(V::RetrieveIPAudioModel, nothing, maps(record)),
-        row(V::StartTalkToIPAudio, number, map({V::deviceID, V::talkToken, V::error})),
-        row(V::StopTalkToIPAudio, number, nothing),
     };
-}
-
-std::vector<Row> fileRows()
-{
-    const PayloadShape files = maps({V::audioID, V::audioName, V::audioLength, V::audioStatus});
-    const PayloadShape progress = map({W::progress});
-    std::vector<Row> rows{
-        row(V::GetAudioFile, nothing, files),
-        {V::UploadFile, map({W::content, W::filename, W::length}), files, nothing,
-         Limits::maxMessageToServerBytes, ReturnCode::fileRefused, Answered::Late},
-        row(V::DeleteFile, number, files, number),
-        row(V::PlayAudio, map({V::ipAudioId, V::audioFileId, V::ipAudioStatus}), progress, number),
-        row(V::PlayGroupAudio, map({V::groupID, V::audioFileId}), progress, number),
-        row(V::AlarmPlayIPAudio, map({V::ipAudioId, V::audioFileId, V::ipAudioStatus, V::alarmName}),
-            progress, number),
-        row(V::StopCurrentAudio, number, nothing, number),
-        row(V::StopCurrentGroupAudio, number, nothing, number),
-    };
-    for (Row& row : rows) {
-        if (row.answer.keys == progress.keys) {
-            row.answered = Answered::Often;
-        }
-    }
-    return rows;
 }
 
 std::vector<Row> groupRows()
@@ -120,13 +91,43 @@ std::vector<Row> scheduleRows()
     };
 }
 
+std::vector<Row> fileRows()
+{
+    const PayloadShape files = maps({V::audioID, V::audioName, V::audioLength, V::audioStatus});
+    const PayloadShape progress = map({W::progress});
+    return {
+        row(V::GetAudioFile, nothing, files),
+        {V::UploadFile, map({W::content, W::filename, W::length}), files, nothing,
+         Limits::maxMessageToServerBytes, ReturnCode::fileRefused, Answered::Late},
+        row(V::DeleteFile, number, files, number),
+        often(row(V::PlayAudio, map({V::ipAudioId, V::audioFileId, V::ipAudioStatus}), progress, number)),
+        often(row(V::PlayGroupAudio, map({V::groupID, V::audioFileId}), progress, number)),
+        often(row(V::AlarmPlayIPAudio, map({V::ipAudioId, V::audioFileId, V::ipAudioStatus, V::alarmName}),
+                  progress, number)),
+        row(V::StopCurrentAudio, number, nothing, number),
+        row(V::StopCurrentGroupAudio, number, nothing, number),
+    };
+}
+
+std::vector<Row> talkRows()
+{
+    return {
+        row(V::StartTalk, map({V::camId, V::relayPath}), map({V::camId, V::talkToken, V::relayPath})),
+        row(V::StartTalkToIPAudio, number, map({V::deviceID, V::talkToken, V::error})),
+        row(V::StopTalk, map({V::talkToken, V::relayPath}), nothing),
+        row(V::StopTalkToIPAudio, number, nothing),
+        row(V::TalkData, map({V::targets, V::sequence, V::talkData}), nothing, nothing, maxTalkPacket),
+        row(W::GetCamera, nothing, maps({V::camId, W::camName, W::online})),
+    };
+}
+
 } // namespace
 
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = [] {
         std::vector<Row> joined;
-        for (const auto& part : {talkRows(), deviceRows(), fileRows(), groupRows(), scheduleRows()}) {
+        for (const auto& part : {deviceRows(), groupRows(), scheduleRows(), fileRows(), talkRows()}) {
             joined.insert(joined.end(), part.begin(), part.end());
         }
         return joined;

@@ -33,7 +33,7 @@ struct Row
     Answered answered;
 };
 
-/** The rows, in the order of docs/PROTOCOL.md. */
+/** The rows, in an order that stays: seeds of the fuzz targets name commands by their place. */
 const std::vector<Row>& rows();
 
 /** The row of a command; null when there is none of this name. */

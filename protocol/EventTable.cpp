@@ -12,12 +12,12 @@ const std::vector<Row>& rows()
     namespace V = Vocabulary;
     namespace W = Words;
     static const std::vector<Row> all{
-        {V::TalkDisconnected, true, {W::Token}, Receiver::Plugin},
         {V::AudioReceived,
          true,
          {W::Token, W::AudioData, W::Offset, W::BitstreamSize, W::StreamType, W::AudioSamplingFreq,
           W::AudioChannelNum, W::FrameNumber},
          Receiver::Plugin},
+        {V::TalkDisconnected, true, {W::Token}, Receiver::Plugin},
         {V::PlayAudioFailed, false, {V::deviceName, V::audioName, V::error, V::alarmName}, Receiver::Plugin},
     };
     return all;

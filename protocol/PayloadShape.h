@@ -15,7 +15,7 @@ struct PayloadShape
     };
 
     Kind kind = Nothing;
-    QStringList keys; ///< Of Map and Maps, in the order of docs/PROTOCOL.md.
+    QStringList keys; ///< Of Map and Maps.
 };
 
 /**
