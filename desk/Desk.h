@@ -28,7 +28,7 @@ class Desk : public QObject
     Q_PROPERTY(QObject* playback READ playback CONSTANT)
     Q_PROPERTY(QObject* schedules READ schedules CONSTANT)
     Q_PROPERTY(QObject* settings READ settings CONSTANT)
-    Q_PROPERTY(ProtocolConstants protocol READ protocol CONSTANT)
+    Q_PROPERTY(ProtocolConstants* protocol READ protocol CONSTANT)
 
 public:
     /** @param settingsFile where choices are remembered */
@@ -48,7 +48,7 @@ public:
     PlaybackBook* playback() { return m_playback ? &*m_playback : nullptr; }
     ScheduleWords* schedules() { return &m_schedules; }
     DeskSettings* settings() { return &m_settings; }
-    ProtocolConstants protocol() const { return {}; }
+    ProtocolConstants* protocol() { return &m_protocol; }
 
     /** A return code of the server in words. */
     Q_INVOKABLE QString words(const QString& code, const QString& detail = QString()) const;
@@ -73,6 +73,7 @@ private:
     TargetModel m_targets;
     TalkMeters m_meters;
     ScheduleWords m_schedules;
+    ProtocolConstants m_protocol;
     PluginHost m_host;
     QTimer m_cameraTimer;
     std::optional<TalkControl> m_talk;

@@ -8,9 +8,9 @@
 #include <QObject>
 
 /** The words, values and limits of the protocol that the pages need; QML has them as "desk.protocol". */
-class ProtocolConstants
+class ProtocolConstants : public QObject
 {
-    Q_GADGET
+    Q_OBJECT
     Q_PROPERTY(int maxNameLength READ maxNameLength CONSTANT)             ///< Characters.
     Q_PROPERTY(int maxCredentialLength READ maxCredentialLength CONSTANT) ///< Characters.
     Q_PROPERTY(int maxPort READ maxPort CONSTANT)
