@@ -109,8 +109,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static char name[] = "fuzz";
     static char* argv[] = {name, nullptr};
     static const QCoreApplication application(argc, argv);
-    static std::optional<Place> place;
-    if (!place || !place->isWhole()) {
+    static std::optional<Place> place(std::in_place); // made here, so that Qt's list of databases outlives it
+    if (!place->isWhole()) {
         place.reset();
         place.emplace();
     }

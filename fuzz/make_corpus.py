@@ -515,10 +515,8 @@ def message_words():
     def quoted(content):
         return '"' + "".join(chr(byte) if 32 < byte < 127 else f"\\x{byte:02X}" for byte in content) + '"'
 
-    vocabulary = (root.parent / "src" / "vocabulary" / "Vocabulary.h").read_text()
-    words = re.findall(r'QStringLiteral\("([A-Za-z]+)"\)', vocabulary)
-    words += ["Token", "BitstreamSize", "Offset", "AudioData", "StreamType", "AudioSamplingFreq",
-              "AudioChannelNum", "FrameNumber", "GetCamera", "weekdays", "progress"]
+    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "protocol/Words.h")]
+    words = [word for header in headers for word in re.findall(r'QStringLiteral\("([A-Za-z]+)"\)', header.read_text())]
     lines = [f"kind_{kind}=" + quoted(bytes([1, kind])) for kind in range(1, 7)]
     lines += [f"tag_{tag}=" + quoted(b"\xDA" + struct.pack(">I", tag)) for tag in range(65536, 65542)]
     lines += ["undefined=" + quoted(b"\xF7"), "true=" + quoted(b"\xF5"), "double=" + quoted(b"\xFB")]

@@ -1,0 +1,89 @@
+#!/usr/bin/env python3
+"""Finds words and codes of the protocol that are written as text where a constant has them.
+
+    check-words.py [ROOT]
+
+The words are those of src/vocabulary/Vocabulary.h, protocol/Words.h and protocol/ReturnCode.h. The modules of FOLDERS
+use their constants: a string literal with the text of a word is a fault, but for the places of EXCEPTIONS. Prints each
+fault and each exception that is not needed any more, and ends with 1 when there is one.
+"""
+
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+HEADERS = ("src/vocabulary/Vocabulary.h", "protocol/Words.h", "protocol/ReturnCode.h")
+FOLDERS = ("server/", "client/", "embedded/", "cli/", "desk/", "tools/", "bench/", "fuzz/")
+SUFFIXES = (".h", ".cpp", ".qml", ".py")
+
+CONSTANT = re.compile(r'QString (\w+) =\s*QStringLiteral\("([^"]*)"\)')
+TOKEN = re.compile(r'''"(?:[^"\\\n]|\\.)*"|'(?:[^'\\\n]|\\.)'|//[^\n]*|/\*.*?\*/''', re.DOTALL)
+SCRIPT_TOKEN = re.compile(r'''"(?:[^"\\\n]|\\.)*"|'(?:[^'\\\n]|\\.)*'|//[^\n]*|/\*.*?\*/''', re.DOTALL)
+
+# A file, the words that mean something else in it (None: any), and what.
+EXCEPTIONS = {
+    "bench/bench_desk.cpp": (("0", "targets"), "a time, and the name of an item of the window"),
+    "cli/CommandLine.cpp": (("online",), "printed for people"),
+    "cli/commands/DeviceCommands.cpp": (("port", "ip", "username"), "arguments and columns of a command"),
+    "cli/commands/SayCommand.cpp": (("0",), "the default of an option"),
+    "cli/commands/ScheduleCommands.cpp": (("weekdays", "0"), "an option, and the default of one"),
+    "desk/PlaybackBook.cpp": (("progress",), "a role of a model"),
+    "desk/qml/ConnectionPage.qml": (("Token",), "a label"),
+    "desk/qml/FilesPage.qml": (("0",), "a digit of a time"),
+    "desk/qml/GroupDialog.qml": (("groupName",), "the name of an item of the window"),
+    "desk/qml/ScheduleDialog.qml": (("scheduleName",), "the name of an item of the window"),
+    "desk/qml/TalkPage.qml": (("0", "targets"), "a digit of a time, and the name of an item of the window"),
+    "fuzz/fuzz_userbook.cpp": (("password",), "a password"),
+    "fuzz/make_corpus.py": (None, "it writes messages byte by byte, as another client would"),
+    "tools/check-words.py": (None, "this list"),
+}
+
+
+def words_of(root):
+    """Returns the constant of each word."""
+    words = {}
+    for header in HEADERS:
+        for name, text in CONSTANT.findall((root / header).read_text()):
+            words.setdefault(text, f"{Path(header).stem}::{name}")
+    return words
+
+
+def literals(name, text):
+    """Yields the line and the text of each string literal outside of comments; scripts have two kinds of quotes."""
+    script = name.endswith(".qml")
+    for token in (SCRIPT_TOKEN if script else TOKEN).finditer(text):
+        if token.group()[0] == '"' or (script and token.group()[0] == "'"):
+            yield text.count("\n", 0, token.start()) + 1, token.group()[1:-1]
+
+
+def faults(root, words):
+    listing = subprocess.run(["git", "-C", str(root), "ls-files", "--cached", "--others", "--exclude-standard", *FOLDERS],
+                           check=True, capture_output=True, text=True).stdout.split("\n")
+    needed = set()
+    for name in sorted(file for file in set(listing) if file.endswith(SUFFIXES) and (root / file).is_file()):
+        excepted = EXCEPTIONS.get(name, ((), ""))[0]
+        for line, text in literals(name, (root / name).read_text()):
+            if text not in words:
+                continue
+            if excepted is None or text in excepted:
+                needed.add((name, text))
+            else:
+                yield f"{name}:{line}", f'"{text}" is {words[text]}'
+    for name, (texts, _) in sorted(EXCEPTIONS.items()):
+        for text in texts or ():
+            if (name, text) not in needed:
+                yield name, f'"{text}" is excepted in tools/check-words.py, but not there'
+
+
+def main():
+    root = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).resolve().parent.parent)
+    failed = False
+    for place, fault in faults(root, words_of(root)):
+        print(f"{place}: {fault}", file=sys.stderr)
+        failed = True
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
