@@ -2,6 +2,7 @@
 
 #include "client/RequestNumber.h"
 #include "platform/PluginBase.h"
+#include "protocol/EventTable.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -50,7 +51,7 @@ PluginHost::PluginHost(ServerLink& link) : m_link(link)
             });
     connect(&m_link, &ServerLink::eventRaised, this, [this](const QString& event, const QVariant& payload) {
         Q_EMIT eventArrived(event, payload);
-        if (m_plugin != nullptr) {
+        if (m_plugin != nullptr && EventTable::isForPlugin(event)) {
             m_plugin->EventProcessor(event, 0, 0, 0, payload, QString());
         }
     });

@@ -65,7 +65,8 @@ Q_SIGNALS:
     void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
                       quint64 request, const QVariant& result);
 
-    /** Emitted for each event, before the plug-in gets it. */
+    /** Emitted for each event, before the plug-in gets it; it gets those alone that EventTable gives to it.
+     */
     void eventArrived(const QString& event, const QVariant& payload);
 
 private:

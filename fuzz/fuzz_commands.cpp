@@ -118,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ServerSession session(place->server());
     QString targets; // of the talks that were opened so far
     QObject::connect(&session, &ServerSession::replied, &session,
-                     [&targets](const QString& command, void*, const ServerReply& reply) {
+                     [&targets](const QString& command, quint64, const ServerReply& reply) {
                          checkAnswer(command, reply);
                          const QString token = reply.result.toMap().value(V::talkToken).toString();
                          targets +=
@@ -139,7 +139,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                     {V::talkData,
                      QString::fromLatin1(
                          QByteArray::fromStdString(input.ConsumeRandomLengthString(200)).toBase64())}},
-                nullptr);
+                1);
             break;
         case 7:
             session.submit(V::StartTalkToIPAudio, 1, 1);

@@ -1,4 +1,5 @@
 #include "client/PluginHost.h"
+#include "protocol/EventTable.h"
 #include "tests/support/BuiltLibraries.h"
 
 #include <QSignalSpy>
@@ -12,6 +13,7 @@ class TestPluginHost : public QObject
 private Q_SLOTS:
     void loadsAndConnects();
     void carriesRepliesAndEvents();
+    void eventsThatAreNotForThePlugin();
     void linkThatRefuses();
     void lateRepliesAfterUnload();
     void badPlugins();
@@ -77,6 +79,24 @@ void TestPluginHost::carriesRepliesAndEvents()
     QCOMPARE(talking.count(), 2);
     QCOMPARE(link.sent.last(), QStringLiteral("StopTalk"));
     QCOMPARE(replies.count(), 1);
+}
+
+void TestPluginHost::eventsThatAreNotForThePlugin()
+{
+    TestLink link;
+    PluginHost host(link);
+    QVERIFY2(host.load(EVENT_PLUGIN), qPrintable(host.errorString()));
+    QSignalSpy arrived(&host, &PluginHost::eventArrived);
+    QStringList expected;
+    for (const EventTable::Row& row : EventTable::rows()) {
+        Q_EMIT link.eventRaised(row.name, QVariantMap());
+        if (row.receiver == EventTable::Receiver::Plugin) {
+            expected.append(row.name);
+        }
+    }
+    Q_EMIT link.eventRaised("Nothing", QVariantMap());
+    QCOMPARE(host.plugin()->property("events").toStringList(), expected);
+    QCOMPARE(arrived.count(), static_cast<int>(EventTable::rows().size()) + 1); // the host sees all of them
 }
 
 void TestPluginHost::linkThatRefuses()
