@@ -5,7 +5,6 @@
 #include "protocol/RecordChecks.h"
 
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QUrl>
 
 namespace {
@@ -39,15 +38,17 @@ Desk::~Desk()
 bool Desk::load()
 {
     if (!m_host.load(m_pluginPath)) {
+        m_errorString = m_host.errorString();
         return false;
     }
-    m_talk.emplace(plugin(), m_targets, m_watch);
-    m_playback.emplace(plugin(), m_watch);
+    if (!m_plugin.attach(m_host.plugin())) {
+        m_errorString = m_plugin.errorString();
+        return false;
+    }
+    m_talk.emplace(m_plugin, m_targets, m_watch);
+    m_playback.emplace(m_plugin, m_watch);
     connect(&m_host, &PluginHost::replyArrived, &*m_playback, &PlaybackBook::replyArrived);
-    QObject* speakers = nullptr;
-    QMetaObject::invokeMethod(plugin(), "getIPAudioModel", Q_RETURN_ARG(QObject*, speakers),
-                              Q_ARG(QObject*, this));
-    m_targets.setSpeakers(qobject_cast<QAbstractItemModel*>(speakers));
+    m_targets.setSpeakers(m_plugin.getIPAudioModel(this));
 
     connect(&m_meters, &TalkMeters::packetSent, &*m_talk, &TalkControl::packetSent);
     connect(&*m_talk, &TalkControl::phaseChanged, this,
@@ -62,7 +63,7 @@ bool Desk::load()
         m_playback->clear();
         m_targets.forgetServer();
     });
-    connect(plugin(), SIGNAL(ipAudioModelChanged()), &m_targets, SLOT(speakersListed()));
+    connect(&m_plugin, &PluginClient::ipAudioModelChanged, &m_targets, &TargetModel::speakersListed);
     connect(&m_connection, &DeskConnection::changed, this, [this] {
         m_talk->setOnline(m_connection.isOnline());
         if (m_connection.state() == DeskConnection::Reconnecting) {
@@ -72,28 +73,22 @@ bool Desk::load()
     });
     connect(&m_watch, &CommandWatch::timedOut, &*m_playback, &PlaybackBook::timedOut);
     // Groups show the names of devices: they are asked for after those, and again when one of them changes.
-    connect(plugin(), SIGNAL(ipAudioModelChanged()), this, SLOT(fetchGroupsAndSchedules()));
-    connect(plugin(), SIGNAL(deleteNetworkAudioGroupResponse(bool, QString, int)), this,
-            SLOT(fetchGroupsAndSchedules()));
-    connect(plugin(), SIGNAL(audioFileListChanged()), this, SLOT(fetchGroupsAndSchedules()));
+    connect(&m_plugin, &PluginClient::ipAudioModelChanged, this, &Desk::fetchGroupsAndSchedules);
+    connect(&m_plugin, &PluginClient::deleteNetworkAudioGroupResponse, this, &Desk::fetchGroupsAndSchedules);
+    connect(&m_plugin, &PluginClient::audioFileListChanged, this, &Desk::fetchGroupsAndSchedules);
     m_connection.start();
     return true;
 }
 
 void Desk::fetchGroupsAndSchedules()
 {
-    QMetaObject::invokeMethod(plugin(), "getNetworkAudioGroup");
-    QMetaObject::invokeMethod(plugin(), "getNetworkAudioSchedule");
+    m_plugin.getNetworkAudioGroup();
+    m_plugin.getNetworkAudioSchedule();
 }
 
 QString Desk::words(const QString& code, const QString& detail) const
 {
     return ErrorWords::of(code, detail);
-}
-
-QString Desk::escaped(const QString& text) const
-{
-    return QRegularExpression::escape(text);
 }
 
 QString Desk::checkAddress(const QString& address) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "client/PluginClient.h"
 #include "client/PluginHost.h"
 #include "desk/CommandWatch.h"
 #include "desk/DeskConnection.h"
@@ -14,20 +15,20 @@
 #include <optional>
 
 /**
- * All that the window shows, under one name for QML: the plug-in itself, and what the desk adds to it.
+ * All that the window shows, under one name for QML: the plug-in, and what the desk adds to it.
  */
 class Desk : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QObject* plugin READ plugin CONSTANT)
-    Q_PROPERTY(QObject* connection READ connection CONSTANT)
-    Q_PROPERTY(QObject* watch READ watch CONSTANT)
-    Q_PROPERTY(QObject* targets READ targets CONSTANT)
-    Q_PROPERTY(QObject* talk READ talk CONSTANT)
-    Q_PROPERTY(QObject* meters READ meters CONSTANT)
-    Q_PROPERTY(QObject* playback READ playback CONSTANT)
-    Q_PROPERTY(QObject* schedules READ schedules CONSTANT)
-    Q_PROPERTY(QObject* settings READ settings CONSTANT)
+    Q_PROPERTY(PluginClient* plugin READ plugin CONSTANT)
+    Q_PROPERTY(DeskConnection* connection READ connection CONSTANT)
+    Q_PROPERTY(CommandWatch* watch READ watch CONSTANT)
+    Q_PROPERTY(TargetModel* targets READ targets CONSTANT)
+    Q_PROPERTY(TalkControl* talk READ talk CONSTANT)
+    Q_PROPERTY(TalkMeters* meters READ meters CONSTANT)
+    Q_PROPERTY(PlaybackBook* playback READ playback CONSTANT)
+    Q_PROPERTY(ScheduleWords* schedules READ schedules CONSTANT)
+    Q_PROPERTY(DeskSettings* settings READ settings CONSTANT)
     Q_PROPERTY(ProtocolConstants* protocol READ protocol CONSTANT)
 
 public:
@@ -37,9 +38,9 @@ public:
 
     /** Loads the plug-in; false, with errorString, when that fails. */
     bool load();
-    QString errorString() const { return m_host.errorString(); }
+    QString errorString() const { return m_errorString; }
 
-    QObject* plugin() const { return m_host.plugin(); }
+    PluginClient* plugin() { return &m_plugin; }
     DeskConnection* connection() { return &m_connection; }
     CommandWatch* watch() { return &m_watch; }
     TargetModel* targets() { return &m_targets; }
@@ -53,19 +54,15 @@ public:
     /** A return code of the server in words. */
     Q_INVOKABLE QString words(const QString& code, const QString& detail = QString()) const;
 
-    /** A text that finds exactly what a person typed, for a filter that takes regular expressions. */
-    Q_INVOKABLE QString escaped(const QString& text) const;
-
     /** What is wrong with an address of a speaker; empty when nothing is. */
     Q_INVOKABLE QString checkAddress(const QString& address) const;
 
     /** Whether a file is one that can be sent to the server; what is wrong with it, or nothing. */
     Q_INVOKABLE QString checkUpload(const QUrl& file) const;
 
-private Q_SLOTS:
+private:
     void fetchGroupsAndSchedules();
 
-private:
     QString m_pluginPath;
     DeskSettings m_settings;
     DeskConnection m_connection;
@@ -75,6 +72,8 @@ private:
     ScheduleWords m_schedules;
     ProtocolConstants m_protocol;
     PluginHost m_host;
+    PluginClient m_plugin;
+    QString m_errorString;
     QTimer m_cameraTimer;
     std::optional<TalkControl> m_talk;
     std::optional<PlaybackBook> m_playback;

@@ -16,7 +16,7 @@ constexpr char module[] = "VoiceDesk";
 
 void DeskWindow::registerTypes()
 {
-    const QString reason = QStringLiteral("only its values are of use");
+    const QString reason = QStringLiteral("the desk has the one that there is");
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
     qmlRegisterType<WaveformItem>(module, 1, 0, "Waveform");
     qmlRegisterUncreatableType<TalkControl>(module, 1, 0, "TalkControl", reason);
@@ -24,12 +24,21 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<TalkMeters>(module, 1, 0, "TalkMeters", reason);
     qmlRegisterUncreatableType<DeskConnection>(module, 1, 0, "DeskConnection", reason);
     qmlRegisterUncreatableType<PlaybackBook>(module, 1, 0, "PlaybackBook", reason);
+    qmlRegisterUncreatableType<PluginClient>(module, 1, 0, "PluginClient", reason);
+    qmlRegisterUncreatableType<DeviceModel>(module, 1, 0, "DeviceModel", reason);
+    qmlRegisterUncreatableType<GroupModel>(module, 1, 0, "GroupModel", reason);
+    qmlRegisterUncreatableType<ScheduleModel>(module, 1, 0, "ScheduleModel", reason);
+    qmlRegisterUncreatableType<TalkKey>(module, 1, 0, "TalkKey", reason);
+    qmlRegisterAnonymousType<CommandWatch>(module, 1);
+    qmlRegisterAnonymousType<ScheduleWords>(module, 1);
+    qmlRegisterAnonymousType<DeskSettings>(module, 1);
+    qmlRegisterAnonymousType<Desk>(module, 1);
 }
 
 DeskWindow::DeskWindow(Desk& desk) : m_desk(desk), m_talkKey(*desk.talk())
 {
     m_engine.rootContext()->setContextProperty(QStringLiteral("desk"), &m_desk);
-    m_engine.rootContext()->setContextProperty(QStringLiteral("talkKey"), &m_talkKey);
+    m_engine.setInitialProperties({{QStringLiteral("talkKey"), QVariant::fromValue(&m_talkKey)}});
     connect(m_desk.settings(), &DeskSettings::languageChanged, this, [this] {
         translate();
         m_engine.retranslate();

@@ -1,5 +1,6 @@
 #include "desk/PlaybackBook.h"
 
+#include "client/PluginClient.h"
 #include "desk/CommandWatch.h"
 #include "desk/ErrorWords.h"
 #include "protocol/Limits.h"
@@ -15,12 +16,11 @@ constexpr qint64 endSlack = 2000; // ms; another client's file may have taken th
 
 } // namespace
 
-PlaybackBook::PlaybackBook(QObject* plugin, const CommandWatch& watch) : m_plugin(plugin), m_watch(watch)
+PlaybackBook::PlaybackBook(PluginClient& plugin, const CommandWatch& watch) : m_plugin(plugin), m_watch(watch)
 {
     m_timer.setInterval(tickInterval);
     connect(&m_timer, &QTimer::timeout, this, &PlaybackBook::tick);
-    connect(plugin, SIGNAL(playAudioError(QString, QString, QString, QString)), this,
-            SLOT(playAudioError(QString, QString, QString, QString)));
+    connect(&m_plugin, &PluginClient::playAudioError, this, &PlaybackBook::playAudioError);
 }
 
 int PlaybackBook::rowCount(const QModelIndex& parent) const
@@ -93,8 +93,11 @@ void PlaybackBook::play(bool group, int id, const QString& name, int file, const
     m_entries.push_back(entry);
     endInsertRows();
     Q_EMIT countChanged();
-    QMetaObject::invokeMethod(m_plugin, group ? "playGroupAudio" : "playAudio", Q_ARG(int, id),
-                              Q_ARG(int, file));
+    if (group) {
+        m_plugin.playGroupAudio(id, file);
+    } else {
+        m_plugin.playAudio(id, file);
+    }
     m_entries.back().request = m_watch.lastSent();
 }
 
@@ -104,8 +107,11 @@ void PlaybackBook::stop(int row)
         return;
     }
     const Entry& entry = m_entries[static_cast<std::size_t>(row)];
-    QMetaObject::invokeMethod(m_plugin, entry.group ? "stopCurrentGroupAudio" : "stopCurrentAudio",
-                              Q_ARG(int, entry.id));
+    if (entry.group) {
+        m_plugin.stopCurrentGroupAudio(entry.id);
+    } else {
+        m_plugin.stopCurrentAudio(entry.id);
+    }
     dismiss(row);
 }
 

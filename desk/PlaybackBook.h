@@ -7,6 +7,7 @@
 #include <vector>
 
 class CommandWatch;
+class PluginClient;
 
 /**
  * What the desk has asked to be played, and how far that has come. Progress and refusals are taken from the
@@ -37,7 +38,7 @@ public:
     Q_ENUM(State)
 
     /** @param watch knows the request of the last call */
-    PlaybackBook(QObject* plugin, const CommandWatch& watch);
+    PlaybackBook(PluginClient& plugin, const CommandWatch& watch);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -66,11 +67,10 @@ Q_SIGNALS:
     /** The server tells that something could not be played, asked for or not. */
     void failed(const QString& text);
 
-private Q_SLOTS:
+private:
     void playAudioError(const QString& target, const QString& file, const QString& error,
                         const QString& schedule);
 
-private:
     struct Entry
     {
         bool group;
@@ -89,7 +89,7 @@ private:
     void end(std::size_t row, State state, const QString& problem = QString());
     void tick();
 
-    QObject* m_plugin;
+    PluginClient& m_plugin;
     const CommandWatch& m_watch;
     std::vector<Entry> m_entries;
     QTimer m_timer; ///< While something plays.

@@ -1,10 +1,10 @@
 #include "desk/ScheduleWords.h"
 
+#include "client/RecordModels.h"
 #include "desk/ErrorWords.h"
 #include "protocol/ScheduleRule.h"
 #include "protocol/Words.h"
 
-#include <QAbstractItemModel>
 #include <QLocale>
 #include <QTimeZone>
 
@@ -19,13 +19,6 @@ QDateTime momentOf(const QString& now)
 {
     return now.isEmpty() ? QDateTime::currentDateTime() : QDateTime::fromString(now, Qt::ISODate);
 }
-
-// The schedules' model tells its fields by these roles, in this order.
-const QString* const fields[] = {
-    &Vocabulary::scheduleID,        &Vocabulary::enableSchedule,        &Vocabulary::scheduleName,
-    &Vocabulary::scheduleStartTime, &Vocabulary::scheduleType,          &Vocabulary::scheduleSettings,
-    &Vocabulary::scheduleEndTime,   &Vocabulary::enableScheduleEndTime, &Vocabulary::audioID,
-    &Vocabulary::groupIDList,       &Vocabulary::networkAudioIDList};
 
 } // namespace
 
@@ -111,21 +104,7 @@ QString ScheduleWords::repetition(const QVariantMap& record) const
     return names.join(QStringLiteral(", "));
 }
 
-QVariantMap ScheduleWords::record(QObject* schedules, int row) const
-{
-    const auto* model = qobject_cast<QAbstractItemModel*>(schedules);
-    QVariantMap record;
-    if (model == nullptr) {
-        return record;
-    }
-    int role = Qt::UserRole;
-    for (const QString* field : fields) {
-        record.insert(*field, model->index(row, 0).data(++role));
-    }
-    return record;
-}
-
-QVariantList ScheduleWords::week(QObject* schedules, const QDate& monday) const
+QVariantList ScheduleWords::week(ScheduleModel* schedules, const QDate& monday) const
 {
     struct Run
     {
@@ -136,10 +115,9 @@ QVariantList ScheduleWords::week(QObject* schedules, const QDate& monday) const
         bool enabled;
     };
     std::vector<Run> runs;
-    const auto* model = qobject_cast<QAbstractItemModel*>(schedules);
     const QTimeZone zone = QTimeZone::systemTimeZone();
-    for (int row = 0; model != nullptr && row < model->rowCount(); ++row) {
-        const QVariantMap fieldsOfRow = record(schedules, row);
+    for (int row = 0; schedules != nullptr && row < schedules->rowCount(); ++row) {
+        const QVariantMap fieldsOfRow = schedules->record(row);
         QString error;
         const auto rule = ScheduleRule::fromRecord(fieldsOfRow, &error);
         QDateTime after = QDateTime(monday, QTime(0, 0)).addMSecs(-1);

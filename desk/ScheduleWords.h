@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QVariant>
 
-class QAbstractItemModel;
+class ScheduleModel;
 
 /**
  * What a schedule means, for people: whether it is possible, when it runs next, and where its runs lie in a
@@ -29,11 +29,8 @@ public:
      * The runs of a week, in order: maps with "day" (0 Monday to 6), "minute" of the day, "row" of the model,
      * "name", "enabled".
      */
-    Q_INVOKABLE QVariantList week(QObject* schedules, const QDate& monday) const;
+    Q_INVOKABLE QVariantList week(ScheduleModel* schedules, const QDate& monday) const;
 
     /** Monday of the week of a day. */
     Q_INVOKABLE QDate mondayOf(const QDate& day) const { return day.addDays(1 - day.dayOfWeek()); }
-
-    /** The record of a row of the schedules' model, under the words of the protocol. */
-    Q_INVOKABLE QVariantMap record(QObject* schedules, int row) const;
 };

@@ -1,26 +1,23 @@
 #include "desk/SpeakerTest.h"
 
-#include <QMetaObject>
+#include "client/PluginClient.h"
 
 #include <utility>
 
-SpeakerTest::SpeakerTest(QObject* plugin, int answerTimeout) : m_plugin(plugin)
+SpeakerTest::SpeakerTest(PluginClient& plugin, int answerTimeout) : m_plugin(plugin)
 {
     m_answerTimer.setSingleShot(true);
     m_answerTimer.setInterval(answerTimeout);
     connect(&m_answerTimer, &QTimer::timeout, this, [this] { finish(false, tr("no answer")); });
-    connect(m_plugin, SIGNAL(startTalkToIPAudioResponse(bool, QString, int)), this,
-            SLOT(startTalkToIPAudioResponse(bool, QString, int)));
+    connect(&m_plugin, &PluginClient::startTalkToIPAudioResponse, this,
+            &SpeakerTest::startTalkToIPAudioResponse);
 }
 
 void SpeakerTest::start(int speaker)
 {
     m_speaker = speaker;
     m_answerTimer.start();
-    bool accepted = false;
-    QMetaObject::invokeMethod(m_plugin, "startTalkToIPAudio", Q_RETURN_ARG(bool, accepted),
-                              Q_ARG(int, speaker));
-    if (!accepted && isRunning()) {
+    if (!m_plugin.startTalkToIPAudio(speaker) && isRunning()) {
         finish(false, tr("the server cannot be asked"));
     }
 }
@@ -43,8 +40,8 @@ void SpeakerTest::cancel()
 int SpeakerTest::close()
 {
     m_answerTimer.stop();
-    QMetaObject::invokeMethod(m_plugin, "stopTalk");
-    QMetaObject::invokeMethod(m_plugin, "stopAudioCapture");
+    m_plugin.stopTalk();
+    m_plugin.stopAudioCapture();
     return std::exchange(m_speaker, 0);
 }
 

@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QTimer>
 
+class PluginClient;
+
 /** Asks a speaker whether it answers: opens a talk to it and closes it again. One at a time, not during a
  * talk. */
 class SpeakerTest : public QObject
@@ -11,7 +13,7 @@ class SpeakerTest : public QObject
 
 public:
     /** @param answerTimeout ms */
-    SpeakerTest(QObject* plugin, int answerTimeout);
+    SpeakerTest(PluginClient& plugin, int answerTimeout);
 
     bool isRunning() const { return m_speaker != 0; }
 
@@ -24,14 +26,12 @@ Q_SIGNALS:
     /** @param text how it went, for people */
     void tested(int speaker, bool success, const QString& text);
 
-private Q_SLOTS:
-    void startTalkToIPAudioResponse(bool success, const QString& error, int speaker);
-
 private:
+    void startTalkToIPAudioResponse(bool success, const QString& error, int speaker);
     int close();
     void finish(bool success, const QString& error);
 
-    QObject* m_plugin;
+    PluginClient& m_plugin;
     int m_speaker = 0; ///< 0 for none.
     QTimer m_answerTimer;
 };

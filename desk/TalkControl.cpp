@@ -1,10 +1,9 @@
 #include "desk/TalkControl.h"
 
+#include "client/PluginClient.h"
 #include "desk/CommandWatch.h"
 #include "desk/ErrorWords.h"
 #include "protocol/Words.h"
-
-#include <QMetaObject>
 
 namespace {
 
@@ -21,7 +20,7 @@ QString speakerKey(int id)
 
 } // namespace
 
-TalkControl::TalkControl(QObject* plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout)
+TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout)
     : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, answerTimeout)
 {
     connect(&m_test, &SpeakerTest::tested, this, [this](int speaker, bool success, const QString& text) {
@@ -36,12 +35,12 @@ TalkControl::TalkControl(QObject* plugin, TargetModel& targets, CommandWatch& wa
     m_tail.setSingleShot(true);
     m_tail.setInterval(releaseTail);
     connect(&m_tail, &QTimer::timeout, this, &TalkControl::stop);
-    connect(m_plugin, SIGNAL(startTalkResponse(bool)), this, SLOT(startTalkResponse(bool)));
-    connect(m_plugin, SIGNAL(startTalkToIPAudioResponse(bool, QString, int)), this,
-            SLOT(startTalkToIPAudioResponse(bool, QString, int)));
-    connect(m_plugin, SIGNAL(talkDisconnected()), this, SLOT(talkDisconnected()));
-    connect(m_plugin, SIGNAL(talkingChanged()), this, SLOT(talkingChanged()));
-    connect(m_plugin, SIGNAL(audioInDevAvailableChanged()), this, SLOT(microphoneChanged()));
+    connect(&m_plugin, &PluginClient::startTalkResponse, this, &TalkControl::startTalkResponse);
+    connect(&m_plugin, &PluginClient::startTalkToIPAudioResponse, this,
+            &TalkControl::startTalkToIPAudioResponse);
+    connect(&m_plugin, &PluginClient::talkDisconnected, this, &TalkControl::talkDisconnected);
+    connect(&m_plugin, &PluginClient::talkingChanged, this, &TalkControl::talkingChanged);
+    connect(&m_plugin, &PluginClient::audioInDevAvailableChanged, this, &TalkControl::microphoneChanged);
 }
 
 QString TalkControl::partners() const
@@ -52,11 +51,6 @@ QString TalkControl::partners() const
         names.append(target != nullptr ? target->name : key.section(QLatin1Char(':'), 1));
     }
     return names.join(QStringLiteral(", "));
-}
-
-bool TalkControl::call(const char* invokable)
-{
-    return QMetaObject::invokeMethod(m_plugin, invokable);
 }
 
 void TalkControl::setPhase(Phase phase)
@@ -126,7 +120,7 @@ void TalkControl::mute(bool muted)
         return;
     }
     m_muted = muted;
-    QMetaObject::invokeMethod(m_plugin, "setMicMute", Q_ARG(bool, muted));
+    m_plugin.setMicMute(muted);
     Q_EMIT mutedChanged();
     updateWhileHeld();
 }
@@ -163,7 +157,7 @@ void TalkControl::setVolume(int volume)
         return;
     }
     m_volume = volume;
-    QMetaObject::invokeMethod(m_plugin, "setMicVolume", Q_ARG(int, volume));
+    m_plugin.setMicVolume(volume);
     Q_EMIT volumeChanged();
 }
 
@@ -200,9 +194,7 @@ void TalkControl::askCamera(const TargetModel::Target& camera)
     m_asked = QStringList(camera.key());
     m_targets.setState(camera.key(), TargetModel::Asked);
     m_answerTimer.start();
-    bool accepted = false;
-    QMetaObject::invokeMethod(m_plugin, "startTalk", Q_RETURN_ARG(bool, accepted), Q_ARG(QString, camera.id),
-                              Q_ARG(QString, QString()));
+    const bool accepted = m_plugin.startTalk(camera.id);
     m_cameraRequest = m_watch.lastSent();
     if (!accepted) {
         stop();
@@ -224,9 +216,7 @@ void TalkControl::askSpeakers()
     }
     if (m_phase == Idle) {
         // Before anything is asked: without a microphone there is nothing to be said.
-        bool capturing = false;
-        QMetaObject::invokeMethod(m_plugin, "startAudioCapture", Q_RETURN_ARG(bool, capturing));
-        if (!capturing) {
+        if (!m_plugin.startAudioCapture()) {
             report(tr("The microphone cannot be opened."),
                    tr("Plug a microphone in, or allow this program to use it; then press Talk again."));
             return;
@@ -237,10 +227,7 @@ void TalkControl::askSpeakers()
     m_answerTimer.start();
     for (const QString& key : qAsConst(keys)) {
         m_targets.setState(key, TargetModel::Asked);
-        bool accepted = false;
-        QMetaObject::invokeMethod(m_plugin, "startTalkToIPAudio", Q_RETURN_ARG(bool, accepted),
-                                  Q_ARG(int, key.mid(speakerPrefix.size()).toInt()));
-        if (!accepted) {
+        if (!m_plugin.startTalkToIPAudio(key.mid(speakerPrefix.size()).toInt())) {
             answered(key, false);
         }
     }
@@ -258,7 +245,7 @@ void TalkControl::answered(const QString& key, bool success)
     if (m_asked.isEmpty()) {
         m_answerTimer.stop();
         if (m_partners.isEmpty()) {
-            call("stopAudioCapture");
+            m_plugin.stopAudioCapture();
             setPhase(Idle);
             return;
         }
@@ -273,8 +260,7 @@ void TalkControl::answered(const QString& key, bool success)
 void TalkControl::keepCapturing()
 {
     if (m_phase == Talking) {
-        bool capturing = false;
-        QMetaObject::invokeMethod(m_plugin, "startAudioCapture", Q_RETURN_ARG(bool, capturing));
+        m_plugin.startAudioCapture();
     }
 }
 
@@ -289,7 +275,7 @@ QString TalkControl::refusalOf(const QString& name) const
 void TalkControl::endForgottenTalk()
 {
     if (m_phase == Asking && m_partners.isEmpty()) {
-        call("stopTalk"); // nobody else is in it
+        m_plugin.stopTalk(); // nobody else is in it
     }
 }
 
@@ -334,11 +320,11 @@ void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error,
 
 void TalkControl::talkingChanged()
 {
-    const bool talking = m_plugin->property("talking").toBool();
+    const bool talking = m_plugin.talking();
     if (talking && m_phase == Idle && !m_test.isRunning()) {
         // An answer that came after all: nobody waits for it any more.
-        call("stopTalk");
-        call("stopAudioCapture");
+        m_plugin.stopTalk();
+        m_plugin.stopAudioCapture();
     } else if (!talking && m_phase == Talking) {
         m_partners.clear();
         m_asked.clear();
@@ -356,7 +342,7 @@ void TalkControl::talkDisconnected()
 
 void TalkControl::microphoneChanged()
 {
-    if (!m_plugin->property("audioInDevAvailable").toBool()) {
+    if (!m_plugin.audioInDevAvailable()) {
         report(tr("The microphone is gone; a talk that ran has ended."),
                tr("Plug it in again, then press Talk."));
     }
@@ -380,8 +366,8 @@ void TalkControl::stop()
 {
     m_answerTimer.stop();
     m_asked.clear();
-    call("stopTalk");
-    call("stopAudioCapture"); // also while nobody has answered
+    m_plugin.stopTalk();
+    m_plugin.stopAudioCapture(); // also while nobody has answered
     m_partners.clear();
     m_targets.endStates();
     setPhase(Idle);

@@ -8,10 +8,11 @@
 #include <QTimer>
 
 class CommandWatch;
+class PluginClient;
 
 /**
  * A talk as an operator has it: to what is chosen, by a button or a held key, with words for all that goes
- * wrong. Reaches the plug-in by its invokables, properties and signals alone.
+ * wrong.
  *
  *   Idle -- start --> Asking -- first answer "yes" --> Talking -- stop, loss --> Idle
  */
@@ -43,7 +44,7 @@ public:
     Q_ENUM(Phase)
 
     /** @param answerTimeout ms */
-    TalkControl(QObject* plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout = 5000);
+    TalkControl(PluginClient& plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout = 5000);
 
     Phase phase() const { return m_phase; }
     QString partners() const;
@@ -92,14 +93,13 @@ Q_SIGNALS:
     void problemChanged();
     void tested(int speaker, bool success, const QString& text);
 
-private Q_SLOTS:
+private:
     void startTalkResponse(bool success);
     void startTalkToIPAudioResponse(bool success, const QString& error, int speaker);
     void talkDisconnected();
     void talkingChanged();
     void microphoneChanged();
 
-private:
     /** How long a talk lasts that the talk key opened. */
     enum class Hold
     {
@@ -115,7 +115,6 @@ private:
     void restoreMute();
     void updateWhileHeld();
     void report(const QString& problem, const QString& advice);
-    bool call(const char* invokable);
     void askCamera(const TargetModel::Target& camera);
     void askSpeakers();
     void answered(const QString& key, bool success);
@@ -125,7 +124,7 @@ private:
     void endForgottenTalk();
     QString refusalOf(const QString& name) const;
 
-    QObject* m_plugin;
+    PluginClient& m_plugin;
     TargetModel& m_targets;
     CommandWatch& m_watch;
     Phase m_phase = Idle;

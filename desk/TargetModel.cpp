@@ -1,20 +1,9 @@
 #include "desk/TargetModel.h"
 
+#include "client/RecordModels.h"
 #include "protocol/Words.h"
 
 #include <algorithm>
-
-namespace {
-
-// Roles of the model of speakers. They count from Qt::UserRole + 1; their names are not looked up here.
-enum SpeakerRole
-{
-    SpeakerId = Qt::UserRole + 1,
-    SpeakerName,
-    SpeakerAddress,
-};
-
-} // namespace
 
 TargetModel::TargetModel()
 {
@@ -68,7 +57,7 @@ void TargetModel::setSearch(const QString& text)
     rearrange(m_targets);
 }
 
-void TargetModel::setSpeakers(QAbstractItemModel* speakers)
+void TargetModel::setSpeakers(DeviceModel* speakers)
 {
     m_speakers = speakers;
     const auto later = [this] { m_rebuild.start(0); };
@@ -121,11 +110,11 @@ void TargetModel::rebuild()
         targets.push_back(target);
     }
     for (int row = 0; m_speakersListed && m_speakers && row < m_speakers->rowCount(); ++row) {
-        const QModelIndex index = m_speakers->index(row, 0);
+        const DeviceRow speaker = m_speakers->device(row);
         Target target;
-        target.id = QString::number(index.data(SpeakerId).toInt());
-        target.name = index.data(SpeakerName).toString();
-        target.detail = index.data(SpeakerAddress).toString();
+        target.id = QString::number(speaker.id);
+        target.name = speaker.name;
+        target.detail = speaker.address;
         targets.push_back(target);
     }
     QSet<QString> keys;

@@ -8,6 +8,8 @@
 
 #include <vector>
 
+class DeviceModel;
+
 /**
  * Cameras and speakers in one list, searched by a text, with what is to be talked to chosen in it: at most
  * one camera, since the plug-in opens no second one, and any number of speakers.
@@ -72,8 +74,8 @@ public:
     int chosenCount() const { return m_chosen.size(); }
     QString chosenNames() const;
 
-    /** The speakers come from a model of the plug-in. */
-    void setSpeakers(QAbstractItemModel* speakers);
+    /** Where the speakers come from. */
+    void setSpeakers(DeviceModel* speakers);
     /** The cameras come from the host: maps with "camId", "camName", "online". */
     void setCameras(const QVariantList& cameras);
     /** Another server follows: nobody is chosen, and nobody is listed until that server lists its own. */
@@ -113,7 +115,7 @@ private:
     void rearrange(std::vector<Target> targets);
     void refresh(const QString& key);
 
-    QPointer<QAbstractItemModel> m_speakers;
+    QPointer<DeviceModel> m_speakers;
     bool m_speakersListed = true; ///< False while m_speakers has those of the last server.
     QVariantList m_cameras;
     std::vector<Target> m_targets;

@@ -9,7 +9,7 @@ WaveformItem::WaveformItem(QQuickItem* parent) : QQuickPaintedItem(parent)
     connect(this, &WaveformItem::lookChanged, this, [this] { update(); });
 }
 
-void WaveformItem::setMeters(QObject* meters)
+void WaveformItem::setMeters(TalkMeters* meters)
 {
     if (m_meters == meters) {
         return;
@@ -17,7 +17,7 @@ void WaveformItem::setMeters(QObject* meters)
     if (m_meters) {
         m_meters->disconnect(this);
     }
-    m_meters = qobject_cast<TalkMeters*>(meters);
+    m_meters = meters;
     if (m_meters) {
         connect(m_meters, &TalkMeters::ticked, this, [this] { update(); });
     }

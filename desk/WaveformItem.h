@@ -10,7 +10,7 @@
 class WaveformItem : public QQuickPaintedItem
 {
     Q_OBJECT
-    Q_PROPERTY(QObject* meters READ meters WRITE setMeters NOTIFY metersChanged)
+    Q_PROPERTY(TalkMeters* meters READ meters WRITE setMeters NOTIFY metersChanged)
     /** TalkMeters::Direction. */
     Q_PROPERTY(int direction MEMBER m_direction NOTIFY lookChanged)
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY lookChanged)
@@ -18,8 +18,8 @@ class WaveformItem : public QQuickPaintedItem
 public:
     explicit WaveformItem(QQuickItem* parent = nullptr);
 
-    QObject* meters() const { return m_meters; }
-    void setMeters(QObject* meters);
+    TalkMeters* meters() const { return m_meters; }
+    void setMeters(TalkMeters* meters);
 
     void paint(QPainter* painter) override;
 

@@ -3,7 +3,8 @@ import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
 import "."
 
-// Entries to be chosen by check boxes, with a search and a count. The entries are a model with an id and a name role.
+// Entries to be chosen by check boxes, with a search and a count. The entries are a model with an id and a name role, and with
+// setFilter() where it is to be searched.
 ColumnLayout {
     id: root
     property string label
@@ -38,12 +39,11 @@ ColumnLayout {
         }
         SearchField {
             id: search
+            objectName: root.objectName !== "" ? root.objectName + "Search" : ""
             visible: root.searchable
             Layout.preferredWidth: 150
             placeholderText: qsTr("Search")
-            onTextChanged: if (root.model && root.model.setFilterText) root.model.setFilterText(text)
-                           else if (root.model && root.model.filterRegExp !== undefined)
-                               root.model.filterRegExp = new RegExp(desk.escaped(text), "i")
+            onTextChanged: root.model.setFilter(text)
         }
     }
     ListFrame {

@@ -7,7 +7,7 @@ import "."
 // The server, and the desk's own settings.
 ScrollView {
     id: root
-    readonly property var connection: desk.connection
+    readonly property DeskConnection connection: desk.connection
     contentWidth: availableWidth
 
     function focusSearch() { url.field.forceActiveFocus(); }

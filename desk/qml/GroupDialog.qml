@@ -1,13 +1,14 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import VoiceDesk 1.0
 import "."
 
 // Adds a group, or changes one.
 FormDialog {
     id: root
     property int group: 0
-    property QtObject speakers: desk.plugin.getIPAudioModel(root)
+    readonly property DeviceModel speakers: desk.plugin.getIPAudioModel(root)
 
     function create() {
         fill(0, "", []);

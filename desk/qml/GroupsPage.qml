@@ -1,12 +1,13 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import VoiceDesk 1.0
 import "."
 
 // Groups of speakers.
 ColumnLayout {
     id: root
-    property QtObject groups: desk.plugin.getNetworkAudioGroupModel(root)
+    readonly property GroupModel groups: desk.plugin.getNetworkAudioGroupModel(root)
     spacing: 12
 
     function focusSearch() { search.forceActiveFocus(); }

@@ -13,8 +13,9 @@ ApplicationWindow {
     visible: true
     title: talk.phase === TalkControl.Talking ? qsTr("Talking to %1 – VoiceDesk").arg(talk.partners) : qsTr("VoiceDesk")
 
-    readonly property var talk: desk.talk
-    readonly property var connection: desk.connection
+    required property TalkKey talkKey
+    readonly property TalkControl talk: desk.talk
+    readonly property DeskConnection connection: desk.connection
     readonly property var pageNames: [qsTr("Talk"), qsTr("Speakers"), qsTr("Audio files"), qsTr("Groups"), qsTr("Schedules"), qsTr("Connection")]
     property alias page: pages.currentIndex
     property string playFailure
@@ -68,7 +69,7 @@ ApplicationWindow {
 
     Binding { target: Theme; property: "dark"; value: desk.settings.dark }
     // While a question is open the space bar presses its buttons; a talk that a held one opened goes on.
-    Binding { target: talkKey; property: "enabled"; value: root.page === 0 && (!closing.visible || talkKey.held) }
+    Binding { target: root.talkKey; property: "enabled"; value: root.page === 0 && (!closing.visible || root.talkKey.held) }
 
     onPageChanged: {
         // What has the focus on the page that goes would go on taking keys, the space bar too.

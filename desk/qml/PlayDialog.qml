@@ -1,14 +1,15 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import VoiceDesk 1.0
 import "."
 
 // Where a file is to be played: on a speaker or on a group.
 Dialog {
     id: root
     property var file: ({ audioID: 0, audioName: "", audioLength: 0 })
-    property QtObject speakers: desk.plugin.getIPAudioModel(root)
-    property QtObject groups: desk.plugin.getNetworkAudioGroupModel(root)
+    readonly property DeviceModel speakers: desk.plugin.getIPAudioModel(root)
+    readonly property GroupModel groups: desk.plugin.getNetworkAudioGroupModel(root)
     readonly property bool onGroup: tabs.currentIndex === 1
 
     function play(chosenFile) {
@@ -52,7 +53,7 @@ Dialog {
             Layout.fillWidth: true
             placeholderText: qsTr("Search by name")
             onTextChanged: {
-                root.speakers.filterRegExp = new RegExp(desk.escaped(text), "i");
+                root.speakers.setFilter(text);
                 root.groups.setFilter(text);
             }
         }

@@ -1,6 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import VoiceDesk 1.0
 import "."
 
 // Adds a schedule, or changes one; only a possible one can be saved.
@@ -10,8 +11,8 @@ FormDialog {
     property bool wasEnabled: true
     property var settings: ({})
     property var weekdays: []
-    property QtObject speakers: desk.plugin.getIPAudioModel(root)
-    property QtObject groups: desk.plugin.getNetworkAudioGroupModel(root)
+    readonly property DeviceModel speakers: desk.plugin.getIPAudioModel(root)
+    readonly property GroupModel groups: desk.plugin.getNetworkAudioGroupModel(root)
     readonly property var files: desk.plugin.audioFileList.filter(function(file) { return file.audioID > 0; })
 
     function create() {
@@ -154,6 +155,7 @@ FormDialog {
             }
             CheckList {
                 id: onGroups
+                objectName: "scheduleGroups"
                 Layout.fillWidth: true
                 Layout.fillHeight: true
                 Layout.preferredWidth: 1

@@ -1,12 +1,13 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import VoiceDesk 1.0
 import "."
 
 // When the server plays what: as a list and as a week.
 ColumnLayout {
     id: root
-    property QtObject schedules: desk.plugin.getNetworkAudioScheduleModel(root)
+    readonly property ScheduleModel schedules: desk.plugin.getNetworkAudioScheduleModel(root)
     property int revision: 0 // grows with each change of the model
     property date now: new Date()
     spacing: 12
@@ -22,13 +23,13 @@ ColumnLayout {
         return qsTr("no file");
     }
     function askToDelete(row) {
-        const record = desk.schedules.record(schedules, row);
+        const record = schedules.record(row);
         confirm.schedule = record.scheduleID;
         confirm.question = qsTr("Delete the schedule \"%1\"? This cannot be undone.").arg(record.scheduleName);
         confirm.open();
     }
     function enable(row, on) {
-        const record = desk.schedules.record(schedules, row);
+        const record = schedules.record(row);
         record.enableSchedule = on;
         change.begin(desk.plugin.updateNetworkAudioSchedule(record.scheduleID, record));
     }
@@ -79,7 +80,7 @@ ColumnLayout {
             onDeleteRequested: function(entry) { entry.remove(); }
             delegate: RecordRow {
                 id: row
-                readonly property var record: root.revision >= 0 ? desk.schedules.record(root.schedules, index) : ({})
+                readonly property var record: root.revision >= 0 ? root.schedules.record(index) : ({})
                 title: nameRole
                 detail: qsTr("%1, %2").arg(root.fileName(audioFileIDRole)).arg(desk.schedules.repetition(record))
                 footnote: qsTr("Next run: %1").arg(root.now && desk.schedules.nextRun(record))
@@ -107,7 +108,7 @@ ColumnLayout {
         WeekView {
             schedules: root.schedules
             revision: root.revision
-            onChosen: function(row) { dialog.edit(desk.schedules.record(root.schedules, row)); }
+            onChosen: function(row) { dialog.edit(root.schedules.record(row)); }
         }
     }
     PlainText {

@@ -7,7 +7,7 @@ import "."
 // The speakers on the server.
 ColumnLayout {
     id: root
-    property QtObject speakers: desk.plugin.getIPAudioModel(root)
+    readonly property DeviceModel speakers: desk.plugin.getIPAudioModel(root)
     property var testResults: ({})
     property int testing: 0
     spacing: 12
@@ -28,7 +28,7 @@ ColumnLayout {
             objectName: "speakerSearch"
             Layout.preferredWidth: 260
             placeholderText: qsTr("Search by name")
-            onTextChanged: root.speakers.filterRegExp = new RegExp(desk.escaped(text), "i")
+            onTextChanged: root.speakers.setFilter(text)
         }
         Item { Layout.fillWidth: true }
         ActionButton {

@@ -7,7 +7,7 @@ import "."
 // Whom to talk to on the left, the talk on the right.
 RowLayout {
     id: root
-    readonly property var talk: desk.talk
+    readonly property TalkControl talk: desk.talk
     readonly property bool talking: talk.phase === TalkControl.Talking
     spacing: 20
 

@@ -1,12 +1,13 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import VoiceDesk 1.0
 import "."
 
 // The runs of a week, a column a day.
 ColumnLayout {
     id: root
-    property QtObject schedules
+    property ScheduleModel schedules
     property int revision: 0
     property date monday: desk.schedules.mondayOf(new Date())
     readonly property var runs: revision >= 0 && visible ? desk.schedules.week(schedules, monday) : []

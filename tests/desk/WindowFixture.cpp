@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QDropEvent>
 #include <QMimeData>
+#include <QRegularExpression>
 
 namespace {
 
@@ -15,8 +16,9 @@ QtMessageHandler formerHandler = nullptr;
 
 void keepWarnings(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    if (type == QtWarningMsg &&
-        (text.contains(QLatin1String("qrc:/desk")) || text.contains(QLatin1String("Layouts")))) {
+    static const QRegularExpression ofQml(QStringLiteral(R"(\.qml\b|\bQML|\bQQuick|\bQQml|\bQt Quick)"));
+    if (type != QtDebugMsg && type != QtInfoMsg &&
+        (text.contains(ofQml) || QLatin1String(context.file).endsWith(QLatin1String(".qml")))) {
         warnings.append(text);
     }
     formerHandler(type, context, text);
@@ -55,7 +57,16 @@ WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change)
     }
 }
 
-WindowFixture::~WindowFixture() = default;
+WindowFixture::~WindowFixture()
+{
+    m_window.reset();
+    m_desk.reset();
+    const QStringList complaints = takeWarnings();
+    if (!complaints.isEmpty()) {
+        QTest::qFail(qPrintable(QStringLiteral("QML complains: ") + complaints.join(QStringLiteral("; "))),
+                     __FILE__, __LINE__);
+    }
+}
 
 QStringList WindowFixture::takeWarnings()
 {

@@ -10,14 +10,13 @@
 class FakeDesk : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QObject* watch READ watch CONSTANT)
+    Q_PROPERTY(CommandWatch* watch READ watch CONSTANT)
 
 public:
     FakeDesk() : m_watch(60000) {}
-    QObject* watch() { return &m_watch; }
+    CommandWatch* watch() { return &m_watch; }
 
     Q_INVOKABLE QString words(const QString& code, const QString& detail) const { return code + detail; }
-    Q_INVOKABLE QString escaped(const QString& text) const { return QRegularExpression::escape(text); }
     /** Sends a command. @return its request */
     Q_INVOKABLE quint64 send()
     {

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void groups();
     void schedules();
     void typedScheduleTimes();
+    void listsOfADialogAreSearched();
 
 private:
     /** Adds a speaker through its dialog. */
@@ -523,11 +524,48 @@ void TestDeskWindow::typedScheduleTimes()
     desk.click("Save");
     QVERIFY(desk.gone("save"));
     QVERIFY(desk.control("Opening: edit"));
-    QObject* schedules = nullptr;
-    QMetaObject::invokeMethod(desk.desk().plugin(), "getNetworkAudioScheduleModel",
-                              Q_RETURN_ARG(QObject*, schedules), Q_ARG(QObject*, desk.window()));
-    QCOMPARE(desk.desk().schedules()->record(schedules, 0).value("scheduleStartTime"),
-             QVariant(day.toString(Qt::ISODate) + "T07:45:00"));
+    const ScheduleModel* schedules = desk.desk().plugin()->getNetworkAudioScheduleModel(desk.window());
+    QCOMPARE(schedules->schedule(0).start, day.toString(Qt::ISODate) + "T07:45:00");
+}
+
+void TestDeskWindow::listsOfADialogAreSearched()
+{
+    WindowFixture desk;
+    PluginClient& plugin = *desk.desk().plugin();
+    const DeviceModel* devices = plugin.getIPAudioModel(desk.window());
+    const GroupModel* groups = plugin.getNetworkAudioGroupModel(desk.window());
+    QVERIFY(plugin.addIPAudio("Hall (old)", "10.0.0.1", 80, QString(), QString(), {}));
+    QVERIFY(plugin.addIPAudio("Roof", "10.0.0.2", 80, QString(), QString(), {}));
+    QTRY_COMPARE(devices->rowCount(), 2);
+    QVERIFY(plugin.addNetworkAudioGroup("North", QVariantList{1}));
+    QVERIFY(plugin.addNetworkAudioGroup("South", QVariantList{2}));
+    QTRY_COMPARE(groups->rowCount(), 2);
+    desk.page(5);
+    desk.click("Add a schedule…");
+    const auto entries = [&](const char* list) {
+        QStringList texts;
+        desk.visit([&](QQuickItem* view) {
+            if (!view->inherits("QQuickListView") || !desk.item(list)->isAncestorOf(view)) {
+                return;
+            }
+            for (int i = 0; i < view->property("count").toInt(); ++i) {
+                QQuickItem* entry = nullptr;
+                QMetaObject::invokeMethod(view, "itemAtIndex", Q_RETURN_ARG(QQuickItem*, entry),
+                                          Q_ARG(int, i));
+                texts.append(entry != nullptr ? entry->property("text").toString() : QString());
+            }
+        });
+        return texts;
+    };
+    QTRY_COMPARE(entries("scheduleGroups"), (QStringList{"North", "South"}));
+    desk.fill("scheduleGroupsSearch", "nor");
+    QTRY_COMPARE(entries("scheduleGroups"), QStringList{"North"});
+    QCOMPARE(entries("scheduleSpeakers"), (QStringList{"Hall (old)", "Roof"}));
+    desk.fill("scheduleGroupsSearch", "roof"); // a member's name
+    QTRY_COMPARE(entries("scheduleGroups"), QStringList{"South"});
+    desk.fill("scheduleSpeakersSearch", "l (o");
+    QTRY_COMPARE(entries("scheduleSpeakers"), QStringList{"Hall (old)"});
+    desk.click("Empty the search");
 }
 
 int main(int argc, char** argv)

@@ -1,5 +1,6 @@
 // Playbacks as the desk keeps them, over a stand-in for the plug-in's signals and invokables.
 
+#include "client/PluginClient.h"
 #include "desk/CommandWatch.h"
 #include "desk/PlaybackBook.h"
 
@@ -61,6 +62,7 @@ private:
     QVariant field(int row, PlaybackBook::Role role) const { return m_book->index(row).data(role); }
 
     std::unique_ptr<FakePlayer> m_player;
+    std::unique_ptr<PluginClient> m_plugin;
     std::unique_ptr<PlaybackBook> m_book;
 };
 
@@ -68,7 +70,9 @@ void TestPlaybackBook::init()
 {
     m_book.reset();
     m_player = std::make_unique<FakePlayer>();
-    m_book = std::make_unique<PlaybackBook>(m_player.get(), m_player->watch);
+    m_plugin = std::make_unique<PluginClient>();
+    m_plugin->attach(m_player.get()); // which has what playback needs
+    m_book = std::make_unique<PlaybackBook>(*m_plugin, m_player->watch);
     new QAbstractItemModelTester(m_book.get(), QAbstractItemModelTester::FailureReportingMode::QtTest,
                                  m_book.get());
 }

@@ -2,6 +2,7 @@
 
 #include "audio/PacketDecoder.h"
 #include "audio/SoundLevel.h"
+#include "client/PluginClient.h"
 #include "client/PluginHost.h"
 #include "desk/CommandWatch.h"
 #include "desk/TalkControl.h"
@@ -98,11 +99,12 @@ private:
     void openCameraByKey();
     /** Answers the request of a speaker. */
     void answerSpeaker(int id, const QString& error = QString(), const QString& code = QStringLiteral("0"));
-    bool talking() const { return m_host->plugin()->property("talking").toBool(); }
+    bool talking() const { return m_plugin->talking(); }
     TargetModel::State state(const QString& key) const { return m_targets->find(key)->state; }
 
     std::unique_ptr<TestLink> m_link;
     std::unique_ptr<PluginHost> m_host;
+    std::unique_ptr<PluginClient> m_plugin;
     std::unique_ptr<CommandWatch> m_watch;
     std::unique_ptr<TargetModel> m_targets;
     std::unique_ptr<TalkControl> m_talk;
@@ -120,12 +122,14 @@ void TestTalkControl::init()
     m_link = std::make_unique<TestLink>();
     m_host = std::make_unique<PluginHost>(*m_link);
     QVERIFY2(m_host->load(BuiltLibraries::path("VoiceDesk")), qPrintable(m_host->errorString()));
+    m_plugin = std::make_unique<PluginClient>();
+    QVERIFY(m_plugin->attach(m_host->plugin()));
     Q_EMIT m_link->connected();
     m_watch = std::make_unique<CommandWatch>(300);
     m_targets = std::make_unique<TargetModel>();
     connect(m_host.get(), &PluginHost::commandSent, m_watch.get(), &CommandWatch::commandSent);
     connect(m_host.get(), &PluginHost::replyArrived, m_watch.get(), &CommandWatch::replyArrived);
-    m_talk = std::make_unique<TalkControl>(m_host->plugin(), *m_targets, *m_watch, 300);
+    m_talk = std::make_unique<TalkControl>(*m_plugin, *m_targets, *m_watch, 300);
     connect(m_host.get(), &PluginHost::commandSent, m_talk.get(),
             [this](const QString& command, const QVariant& payload) {
                 if (command == QLatin1String("TalkData")) {
@@ -142,10 +146,7 @@ void TestTalkControl::init()
     m_talk->setOnline(true);
     m_targets->setCameras({QVariantMap{{"camId", "gate"}, {"camName", "Gate"}, {"online", true}},
                            QVariantMap{{"camId", "dock"}, {"camName", "Dock"}, {"online", true}}});
-    QObject* speakers = nullptr;
-    QMetaObject::invokeMethod(m_host->plugin(), "getIPAudioModel", Q_RETURN_ARG(QObject*, speakers),
-                              Q_ARG(QObject*, m_host.get()));
-    m_targets->setSpeakers(qobject_cast<QAbstractItemModel*>(speakers));
+    m_targets->setSpeakers(m_plugin->getIPAudioModel(m_host.get()));
     QVariantList records;
     for (const int id : {1, 2, 3}) {
         records.append(
@@ -160,6 +161,7 @@ void TestTalkControl::cleanup()
     m_talk.reset();
     m_targets.reset();
     m_watch.reset();
+    m_plugin.reset();
     m_host.reset();
     m_link.reset();
 }

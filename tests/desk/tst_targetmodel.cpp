@@ -1,3 +1,4 @@
+#include "client/RecordModels.h"
 #include "desk/TargetModel.h"
 
 #include <QAbstractItemModelTester>
@@ -64,7 +65,9 @@ void TestTargetModel::init()
                                  m_targets.get());
     addSpeaker(1, "Hall", "10.0.0.1");
     addSpeaker(12, "Stairs", "10.0.0.2");
-    m_targets->setSpeakers(m_speakers.get());
+    m_speakers->setItemRoleNames(
+        {{Qt::UserRole + 1, "idRole"}, {Qt::UserRole + 2, "deviceNameRole"}, {Qt::UserRole + 3, "ipRole"}});
+    m_targets->setSpeakers(new DeviceModel(m_speakers.get(), m_speakers.get()));
     m_targets->setCameras({camera("gate", "Gate"), camera("park", "Park", false)});
 }
 
