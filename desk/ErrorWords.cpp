@@ -8,13 +8,13 @@
 
 namespace {
 
-struct Words
+struct Message
 {
     const QString* code;
     const char* text;
 };
 
-const std::array<Words, 21> words{{
+const std::array<Message, 21> messages{{
     {&ReturnCode::unknownCommand, QT_TRANSLATE_NOOP("ErrorWords", "the server does not know how to do this")},
     {&ReturnCode::malformedRequest,
      QT_TRANSLATE_NOOP("ErrorWords", "the server did not understand the request")},
@@ -45,7 +45,7 @@ const std::array<Words, 21> words{{
 
 QString ErrorWords::of(const QString& code, const QString& detail)
 {
-    for (const Words& entry : words) {
+    for (const Message& entry : messages) {
         if (code == *entry.code) {
             return QCoreApplication::translate("ErrorWords", entry.text);
         }

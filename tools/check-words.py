@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Finds words and codes of the protocol that are written as text where a constant has them.
+"""Finds words, codes and large limits of the protocol that are written out where a constant has them.
 
     check-words.py [ROOT]
 
 The words are those of src/vocabulary/Vocabulary.h, protocol/Words.h and protocol/ReturnCode.h. The modules of FOLDERS
-use their constants: a string literal with the text of a word is a fault, but for the places of EXCEPTIONS. Prints each
-fault and each exception that is not needed any more, and ends with 1 when there is one.
+use their constants: a string literal with the text of a word is a fault, and so is a number with the value of a limit
+of protocol/Limits.h that is too large to be a coincidence (10000 or more; not in bench/ and fuzz/); but for the places
+of EXCEPTIONS. Prints each fault and each exception that is not needed any more, and ends with 1 when there is one.
 """
 
 import re
@@ -13,6 +14,9 @@ import subprocess
 import sys
 from pathlib import Path
 
+LIMITS = "protocol/Limits.h"
+LEAST_LIMIT = 10000
+AMOUNTS = ("bench/", "fuzz/") # many round numbers of their own
 HEADERS = ("src/vocabulary/Vocabulary.h", "protocol/Words.h", "protocol/ReturnCode.h")
 FOLDERS = ("server/", "client/", "embedded/", "cli/", "desk/", "tools/", "bench/", "fuzz/")
 SUFFIXES = (".h", ".cpp", ".qml", ".py")
@@ -20,6 +24,9 @@ SUFFIXES = (".h", ".cpp", ".qml", ".py")
 CONSTANT = re.compile(r'QString (\w+) =\s*QStringLiteral\("([^"]*)"\)')
 TOKEN = re.compile(r'''"(?:[^"\\\n]|\\.)*"|'(?:[^'\\\n]|\\.)'|//[^\n]*|/\*.*?\*/''', re.DOTALL)
 SCRIPT_TOKEN = re.compile(r'''"(?:[^"\\\n]|\\.)*"|'(?:[^'\\\n]|\\.)*'|//[^\n]*|/\*.*?\*/''', re.DOTALL)
+
+LIMIT = re.compile(r"constexpr int (\w+) = (\d+)(?: << (\d+))?;")
+NUMBER = re.compile(r"(?<![\w.])(\d[\d']*)U?(?:\}? *<< *(\d+)U?)?\b")
 
 # A file, the words that mean something else in it (None: any), and what.
 EXCEPTIONS = {
@@ -49,6 +56,25 @@ def words_of(root):
     return words
 
 
+def limits_of(root):
+    """Returns the constant of each value that is large enough."""
+    values = {}
+    for name, number, shift in LIMIT.findall((root / LIMITS).read_text()):
+        if int(number) << int(shift or 0) >= LEAST_LIMIT:
+            values.setdefault(str(int(number) << int(shift or 0)), f"Limits::{name}")
+    return values
+
+
+def numbers(name, text):
+    """Yields the line and the value, as text, of each whole number outside of comments and strings."""
+    if name.startswith(AMOUNTS) or name.endswith(".py"):
+        return
+    code = TOKEN.sub(lambda token: re.sub(r"[^\n]", " ", token.group()), text)
+    for number in NUMBER.finditer(code):
+        value = int(number.group(1).replace("'", "")) << int(number.group(2) or 0)
+        yield code.count("\n", 0, number.start()) + 1, str(value)
+
+
 def literals(name, text):
     """Yields the line and the text of each string literal outside of comments; scripts have two kinds of quotes."""
     script = name.endswith(".qml")
@@ -57,19 +83,22 @@ def literals(name, text):
             yield text.count("\n", 0, token.start()) + 1, token.group()[1:-1]
 
 
-def faults(root, words):
+def faults(root, words, limits):
     listing = subprocess.run(["git", "-C", str(root), "ls-files", "--cached", "--others", "--exclude-standard", *FOLDERS],
                            check=True, capture_output=True, text=True).stdout.split("\n")
     needed = set()
     for name in sorted(file for file in set(listing) if file.endswith(SUFFIXES) and (root / file).is_file()):
         excepted = EXCEPTIONS.get(name, ((), ""))[0]
-        for line, text in literals(name, (root / name).read_text()):
-            if text not in words:
+        content = (root / name).read_text()
+        found = [(line, text, f'"{text}"', words) for line, text in literals(name, content)]
+        found += [(line, value, value, limits) for line, value in numbers(name, content)]
+        for line, text, shown, constants in sorted(found, key=lambda entry: entry[:2]):
+            if text not in constants:
                 continue
             if excepted is None or text in excepted:
                 needed.add((name, text))
             else:
-                yield f"{name}:{line}", f'"{text}" is {words[text]}'
+                yield f"{name}:{line}", f"{shown} is {constants[text]}"
     for name, (texts, _) in sorted(EXCEPTIONS.items()):
         for text in texts or ():
             if (name, text) not in needed:
@@ -79,7 +108,7 @@ def faults(root, words):
 def main():
     root = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).resolve().parent.parent)
     failed = False
-    for place, fault in faults(root, words_of(root)):
+    for place, fault in faults(root, words_of(root), limits_of(root)):
         print(f"{place}: {fault}", file=sys.stderr)
         failed = True
     return 1 if failed else 0

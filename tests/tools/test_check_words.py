@@ -19,7 +19,7 @@ class CheckWords(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             root = Path(folder)
             subprocess.run(["git", "init", "-q", folder], check=True)
-            for header in check_words.HEADERS:
+            for header in (*check_words.HEADERS, check_words.LIMITS):
                 files = dict(files, **{header: (ROOT / header).read_text()})
             for name, text in files.items():
                 (root / name).parent.mkdir(parents=True, exist_ok=True)
@@ -27,7 +27,7 @@ class CheckWords(unittest.TestCase):
             real = check_words.EXCEPTIONS
             check_words.EXCEPTIONS = exceptions or {}
             try:
-                return list(check_words.faults(root, check_words.words_of(root)))
+                return list(check_words.faults(root, check_words.words_of(root), check_words.limits_of(root)))
             finally:
                 check_words.EXCEPTIONS = real
 
@@ -40,6 +40,14 @@ class CheckWords(unittest.TestCase):
         for text, constant in (("deviceID", "Vocabulary::deviceID"), ("GetCamera", "Words::GetCamera"),
                                ("401", "ReturnCode::noSuchDevice"), ("-2", "Vocabulary::returnCodeFileRefused")):
             self.assertEqual(self.faults({"desk/A.h": f'f("{text}");'}), [("desk/A.h:1", f'"{text}" is {constant}')])
+
+    def test_limits(self):
+        for number, constant in (("65535", "maxPort"), ("32 << 20", "maxFileBytes"), ("33554432U", "maxFileBytes"),
+                                 ("48U << 20U", "maxMessageToServerBytes"), ("qint64{32} << 20", "maxFileBytes")):
+            (place, fault), = self.faults({"client/A.cpp": f"int a = {number}; // 65536"})
+            self.assertEqual((place, fault.split()[-1]), ("client/A.cpp:1", "Limits::" + constant))
+        self.assertEqual(len(self.faults({"desk/qml/A.qml": "parseInt(text) <= 65535"})), 1)
+        self.assertEqual(self.faults({"client/A.cpp": 'f(128, 256, 655350, 0x65535, 65534, "65535 ports", 1.65535);'}), [])
 
     def test_scripts(self):
         self.assertEqual(len(self.faults({"desk/qml/A.qml": "a('UploadFile', \"it's\", \"StopTalk\") // 'TalkData'"})), 2)
