@@ -56,6 +56,7 @@ RecordingServer::RecordingServer(ServerConfig config)
     registerTalks();
     registerRecords();
     registerPlayback();
+    Q_ASSERT(static_cast<std::size_t>(m_executors.size()) == CommandTable::rows().size());
     connect(&m_playback, &PlaybackService::playAudioFailed, this, [this](const QVariantMap& fields) {
         for (ServerSession* session : qAsConst(m_sessions)) {
             session->raisePlainEvent(Vocabulary::PlayAudioFailed, fields);
