@@ -105,8 +105,7 @@ public:
     /** Swaps the open talk targets with @p targets; `talking` stays as it is. */
     void setTalkTargetList(QList<QVariant>& targets);
 
-    /** Replaces the capture object and drops the reference to the old one. Connects no signal of the new one.
-     */
+    /** Replaces the capture object and drops the old one. Connects no signal of the new one. */
     void setFrameSmithWrapper(const QSharedPointer<FrameSmithWrapper>& wrapper);
 
     /**
