@@ -58,7 +58,7 @@ ColumnLayout {
             id: box
             readonly property var entryId: root.idName === "modelData" ? modelData.id : model[root.idName]
             width: ListView.view.width
-            text: root.idName === "modelData" ? modelData.name : model[root.nameName]
+            text: root.idName === "modelData" ? modelData.name : model[root.nameName] || ""
             checked: root.isChecked(entryId)
             focusPolicy: Qt.ClickFocus
             onClicked: {

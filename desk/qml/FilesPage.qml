@@ -151,7 +151,7 @@ ColumnLayout {
             ProgressBar {
                 visible: play.live
                 indeterminate: model.state === PlaybackBook.Asked
-                value: model.progress
+                value: model.progress || 0
                 implicitWidth: 200
                 Accessible.name: qsTr("Progress")
             }

@@ -51,7 +51,7 @@ ColumnLayout {
         onOpenRequested: function(entry) { entry.edit(); }
         onDeleteRequested: function(entry) { entry.remove(); }
         delegate: RecordRow {
-            title: nameRole
+            title: nameRole || ""
             detail: networkAudioNameListRole && networkAudioNameListRole.length > 0
                     ? qsTr("%n speaker(s)", "", networkAudioNameListRole.length) + ": " + networkAudioNameListRole.join(", ")
                     : qsTr("no speakers")

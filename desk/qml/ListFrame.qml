@@ -2,7 +2,8 @@ import QtQuick 2.15
 import QtQuick.Controls 2.15
 import "."
 
-// A list in a frame: reached by Tab, moved through by arrows, its place in it visible.
+// A list in a frame: reached by Tab, moved through by arrows, its place in it visible. Its rows are used again: one that
+// waits for a record has none, and is asked all the same when the language changes. So a role may be undefined.
 Rectangle {
     id: root
     property alias list: view

@@ -69,7 +69,7 @@ Dialog {
             delegate: ItemDelegate {
                 id: entry
                 width: ListView.view.width
-                text: root.onGroup ? model.nameRole : model.deviceNameRole
+                text: (root.onGroup ? model.nameRole : model.deviceNameRole) || ""
                 onClicked: root.start(model.idRole, text)
                 focusPolicy: Qt.NoFocus
                 contentItem: PlainText {

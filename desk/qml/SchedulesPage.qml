@@ -81,18 +81,18 @@ ColumnLayout {
             delegate: RecordRow {
                 id: row
                 readonly property var record: root.revision >= 0 ? root.schedules.record(index) : ({})
-                title: nameRole
+                title: nameRole || ""
                 detail: qsTr("%1, %2").arg(root.fileName(audioFileIDRole)).arg(desk.schedules.repetition(record))
                 footnote: qsTr("Next run: %1").arg(root.now && desk.schedules.nextRun(record))
                 onEdit: dialog.edit(record)
                 onRemove: root.askToDelete(index)
                 OnOff {
                     id: toggle
-                    checked: enableRole
+                    checked: enableRole === true
                     Accessible.name: qsTr("%1: switched on").arg(row.title)
                     onClicked: {
                         root.enable(index, checked);
-                        checked = Qt.binding(function() { return enableRole; });
+                        checked = Qt.binding(function() { return enableRole === true; });
                     }
                 }
             }

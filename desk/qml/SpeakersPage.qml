@@ -49,7 +49,7 @@ ColumnLayout {
         onOpenRequested: function(entry) { entry.edit(); }
         onDeleteRequested: function(entry) { entry.remove(); }
         delegate: RecordRow {
-            title: deviceNameRole
+            title: deviceNameRole || ""
             detail: ipRole + ":" + portRole + (bindingCameraListRole && bindingCameraListRole.length > 0
                     ? "  ·  " + qsTr("%n camera(s)", "", bindingCameraListRole.length) : "")
             note: root.testing === idRole ? qsTr("testing…") : root.testResults[idRole] ? root.testResults[idRole].text : ""

@@ -7,6 +7,7 @@
 #include "tests/support/WavFiles.h"
 
 #include <QDir>
+#include <QSignalSpy>
 
 #include <algorithm>
 
@@ -33,6 +34,9 @@ private Q_SLOTS:
     void schedules();
     void typedScheduleTimes();
     void listsOfADialogAreSearched();
+    void listsThatChange_data();
+    void listsThatChange();
+    void questionsInGerman();
 
 private:
     /** Adds a speaker through its dialog. */
@@ -566,6 +570,141 @@ void TestDeskWindow::listsOfADialogAreSearched()
     desk.fill("scheduleSpeakersSearch", "l (o");
     QTRY_COMPARE(entries("scheduleSpeakers"), QStringList{"Hall (old)"});
     desk.click("Empty the search");
+}
+
+void TestDeskWindow::listsThatChange_data()
+{
+    QTest::addColumn<int>("page");
+    QTest::newRow("speakers") << 2;
+    QTest::newRow("groups") << 4;
+    QTest::newRow("schedules") << 5;
+}
+
+/** Rows come, change, go and are found again while they are shown; the fixture fails on what QML complains
+ * of. */
+void TestDeskWindow::listsThatChange()
+{
+    QFETCH(int, page);
+    WindowFixture desk;
+    PluginClient& plugin = *desk.desk().plugin();
+    DeviceModel* devices = plugin.getIPAudioModel(desk.window());
+    GroupModel* groups = plugin.getNetworkAudioGroupModel(desk.window());
+    ScheduleModel* schedules = plugin.getNetworkAudioScheduleModel(desk.window());
+    sendFile(desk);
+    desk.page(page);
+    const auto draw = [&] { desk.window()->grabWindow(); };
+    const auto schedule = [](const QString& name, int id) {
+        return QVariantMap{{"scheduleName", name},
+                           {"enableSchedule", true},
+                           {"scheduleType", 1},
+                           {"scheduleSettings", QVariantMap()},
+                           {"scheduleStartTime", "2026-01-01T17:45:00"},
+                           {"scheduleEndTime", ""},
+                           {"enableScheduleEndTime", false},
+                           {"audioID", 1},
+                           {"groupIDList", QVariantList{id}},
+                           {"networkAudioIDList", QVariantList{id}}};
+    };
+    constexpr int rows = 20; // more than are seen
+    const auto visitEveryPage = [&] {
+        for (int each = 1; each <= 6; ++each) {
+            desk.page(each);
+            draw();
+        }
+        desk.page(page);
+        draw();
+        desk.desk().settings()->setLanguage("de"); // which asks every binding anew
+        draw();
+        desk.desk().settings()->setLanguage("en");
+        draw();
+    };
+    for (int i = 1; i <= rows; ++i) {
+        const QString name = QString("%1 %2").arg(i % 2 == 0 ? "even" : "odd").arg(i);
+        QVERIFY(plugin.addIPAudio(name, "10.0.0.1", i, QString(), QString(), {}));
+        QTRY_COMPARE(devices->rowCount(), i);
+        QVERIFY(plugin.addNetworkAudioGroup(name, QVariantList{i}));
+        QTRY_COMPARE(groups->rowCount(), i);
+        QVERIFY(plugin.addNetworkAudioSchedule(schedule(name, i)));
+        QTRY_COMPARE(schedules->rowCount(), i);
+        draw();
+    }
+    desk.key(Qt::Key_F, Qt::ControlModifier);
+    desk.key(Qt::Key_Tab);
+    desk.key(Qt::Key_Tab);
+    for (const auto key : {Qt::Key_Down, Qt::Key_End, Qt::Key_Home, Qt::Key_PageDown}) {
+        desk.key(key);
+        draw();
+    }
+    desk.key(Qt::Key_F, Qt::ControlModifier);
+    for (const char* text : {"even", "nothing", ""}) {
+        if (desk.window()->activeFocusItem()->inherits("QQuickTextField")) {
+            desk.type(text);
+        }
+        draw();
+    }
+    visitEveryPage();
+    // From one end of the list to the other.
+    for (const int id : {1, 2, 19, 20, 10}) {
+        for (const char* end : {"a", "z"}) {
+            const QString name = QString("%1 %2").arg(end).arg(id);
+            QSignalSpy changed(&plugin, &PluginClient::updateNetworkAudioScheduleResponse);
+            QVERIFY(plugin.updateIPAudio(id, name, "10.0.0.1", 80, QString(), QString(), {}));
+            QVERIFY(plugin.updateNetworkAudioGroup(id, name, QVariantList{id}));
+            QVERIFY(plugin.updateNetworkAudioSchedule(id, schedule(name, id)));
+            QTRY_COMPARE(changed.count(), 1);
+            draw();
+        }
+    }
+    for (int i = 1; i <= rows; i += 3) {
+        QVERIFY(plugin.deleteNetworkAudioSchedule(i));
+        QVERIFY(plugin.deleteNetworkAudioGroup(i));
+        QVERIFY(plugin.deleteIPAudio(i));
+        const int left = rows - i / 3 - 1;
+        QTRY_COMPARE(schedules->rowCount(), left);
+        QTRY_COMPARE(groups->rowCount(), left);
+        QTRY_COMPARE(devices->rowCount(), left);
+        draw();
+    }
+    visitEveryPage();
+    // The lists come anew between two languages; a language asks every binding anew.
+    QSignalSpy listed(schedules, &QAbstractItemModel::modelReset);
+    for (const char* language : {"de", "en", "de", "en"}) {
+        const int left = schedules->rowCount();
+        listed.clear();
+        plugin.retrieveIPAudioModel();
+        QTRY_VERIFY(listed.count() > 0 && schedules->rowCount() == left);
+        desk.desk().settings()->setLanguage(language);
+        QVERIFY(plugin.deleteNetworkAudioSchedule(schedules->schedule(0).id));
+        QVERIFY(plugin.deleteNetworkAudioGroup(groups->group(0).id));
+        QVERIFY(plugin.deleteIPAudio(devices->device(0).id));
+        QTRY_COMPARE(devices->rowCount(), left - 1);
+        draw();
+    }
+    // Then those of another server, which are empty.
+    desk.desk().connection()->useRemote("ws://127.0.0.1:1", "anna", "secret", QString());
+    QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Reconnecting);
+    visitEveryPage();
+    desk.desk().connection()->useLocal();
+    QTRY_VERIFY(devices->rowCount() > 0);
+    visitEveryPage();
+}
+
+void TestDeskWindow::questionsInGerman()
+{
+    WindowFixture desk;
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    for (const char* language : {"de", "en", "de"}) {
+        desk.desk().settings()->setLanguage(language);
+        QVERIFY(!desk.window()->close());
+        QVERIFY(desk.shows(QString(language) == "de" ? "Es läuft ein Gespräch mit Front gate."
+                                                     : "You are talking to Front gate."));
+        desk.shoot(QString("%1-closing-asks").arg(language));
+        desk.key(Qt::Key_Escape);
+        QVERIFY(desk.item("talkButton"));
+    }
+    desk.desk().talk()->stop();
 }
 
 int main(int argc, char** argv)
