@@ -10,7 +10,7 @@ Dialog {
     property string keepText: qsTr("Keep")
     modal: true
     anchors.centerIn: Overlay.overlay
-    width: Math.min(440, Overlay.overlay ? Overlay.overlay.width - 40 : 440)
+    width: 440 // not by the window's, which comes later: the height of a question in lines follows from it
     closePolicy: Popup.CloseOnEscape
     onOpened: keep.forceActiveFocus()
 

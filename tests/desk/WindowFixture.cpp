@@ -1,37 +1,22 @@
 #include "tests/desk/WindowFixture.h"
 
+#include "tests/desk/QmlComplaints.h"
 #include "tests/support/BuiltLibraries.h"
 
 #include <QDir>
 #include <QDropEvent>
 #include <QMimeData>
-#include <QRegularExpression>
 
 namespace {
 
 constexpr int patience = 5000; // ms
 
-QStringList warnings;
-QtMessageHandler formerHandler = nullptr;
-
-void keepWarnings(QtMsgType type, const QMessageLogContext& context, const QString& text)
-{
-    static const QRegularExpression ofQml(QStringLiteral(R"(\.qml\b|\bQML|\bQQuick|\bQQml|\bQt Quick)"));
-    if (type != QtDebugMsg && type != QtInfoMsg &&
-        (text.contains(ofQml) || QLatin1String(context.file).endsWith(QLatin1String(".qml")))) {
-        warnings.append(text);
-    }
-    formerHandler(type, context, text);
-}
-
 } // namespace
 
-WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change)
+WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change, const QString& language)
 {
     qputenv("FRAMESMITH_CAPTURE_FILE", ANNOUNCEMENT_WAV);
-    if (formerHandler == nullptr) {
-        formerHandler = qInstallMessageHandler(keepWarnings);
-    }
+    QmlComplaints::watch();
     ClientOptions options;
     options.pluginPath = BuiltLibraries::path("VoiceDesk");
     options.embedded.cameras = defaultCameras();
@@ -42,7 +27,7 @@ WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change)
     }
     m_desk = std::make_unique<Desk>(options, m_folder.filePath(QStringLiteral("desk.ini")));
     m_desk->settings()->setTheme(QStringLiteral("light"));
-    m_desk->settings()->setLanguage(QStringLiteral("en"));
+    m_desk->settings()->setLanguage(language);
     if (!m_desk->load()) {
         qFatal("%s", qPrintable(m_desk->errorString()));
     }
@@ -61,18 +46,11 @@ WindowFixture::~WindowFixture()
 {
     m_window.reset();
     m_desk.reset();
-    const QStringList complaints = takeWarnings();
+    const QStringList complaints = QmlComplaints::take();
     if (!complaints.isEmpty()) {
         QTest::qFail(qPrintable(QStringLiteral("QML complains: ") + complaints.join(QStringLiteral("; "))),
                      __FILE__, __LINE__);
     }
-}
-
-QStringList WindowFixture::takeWarnings()
-{
-    QStringList taken;
-    taken.swap(warnings);
-    return taken;
 }
 
 QQuickItem* WindowFixture::search(QQuickItem* item, const std::function<bool(QQuickItem*)>& matches) const

@@ -14,12 +14,16 @@
 #include <functional>
 #include <memory>
 
-/** The desk's window with a server of its own, and a person's hands and eyes for it. */
+/**
+ * The desk's window with a server of its own, and a person's hands and eyes for it. A test fails when QML has
+ * complained until its end.
+ */
 class WindowFixture
 {
 public:
     /** @param change what the server is to be like */
-    explicit WindowFixture(const std::function<void(ClientOptions&)>& change = {});
+    explicit WindowFixture(const std::function<void(ClientOptions&)>& change = {},
+                           const QString& language = QStringLiteral("en"));
     ~WindowFixture();
 
     Desk& desk() { return *m_desk; }
@@ -48,9 +52,6 @@ public:
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void page(int number);
     void drop(QQuickItem* on, const QList<QUrl>& files);
-
-    /** What QML has complained of since the last call. */
-    static QStringList takeWarnings();
 
     /** Keeps a picture of the window among the build's output. */
     void shoot(const QString& name);

@@ -1,6 +1,7 @@
 // The window's own controls, each by itself, in QML.
 
 #include "desk/DeskWindow.h"
+#include "tests/desk/QmlComplaints.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>
@@ -41,7 +42,11 @@ class Setup : public QObject
     Q_OBJECT
 
 public Q_SLOTS:
-    void applicationAvailable() { DeskWindow::registerTypes(); }
+    void applicationAvailable()
+    {
+        QmlComplaints::watch();
+        DeskWindow::registerTypes();
+    }
     void qmlEngineAvailable(QQmlEngine* engine)
     {
         engine->rootContext()->setContextProperty(QStringLiteral("desk"), &m_desk);
@@ -51,5 +56,15 @@ private:
     FakeDesk m_desk;
 };
 
-QUICK_TEST_MAIN_WITH_SETUP(components, Setup)
+int main(int argc, char** argv)
+{
+    Setup setup;
+    const int failed = quick_test_main_with_setup(argc, argv, "components", QUICK_TEST_SOURCE_DIR, &setup);
+    const QStringList complaints = QmlComplaints::take();
+    for (const QString& complaint : complaints) {
+        std::fprintf(stderr, "QML complains: %s\n", qPrintable(complaint));
+    }
+    return failed + complaints.size();
+}
+
 #include "quick_components.moc"

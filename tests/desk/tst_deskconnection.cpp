@@ -2,6 +2,7 @@
 
 #include "server/access/SocketServer.h"
 #include "system/ProgramEnd.h"
+#include "tests/desk/QmlComplaints.h"
 #include "tests/desk/WindowFixture.h"
 
 #include <QSignalSpy>
@@ -56,7 +57,7 @@ void TestDeskConnection::cleanup()
 {
     m_door.reset();
     m_server.reset();
-    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
+    QCOMPARE(QmlComplaints::take(), QStringList());
 }
 
 void TestDeskConnection::signInAs(WindowFixture& desk, const QString& secret)

@@ -1,6 +1,7 @@
 // The window at twice the size, dark and in another language, and by the keyboard alone.
 
 #include "system/ProgramEnd.h"
+#include "tests/desk/QmlComplaints.h"
 #include "tests/desk/WindowFixture.h"
 
 class TestDeskLook : public QObject
@@ -69,7 +70,7 @@ void fillWithRecords(WindowFixture& desk)
 
 void TestDeskLook::cleanup()
 {
-    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
+    QCOMPARE(QmlComplaints::take(), QStringList());
 }
 
 void TestDeskLook::initTestCase()

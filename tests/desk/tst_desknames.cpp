@@ -1,6 +1,7 @@
 // Names come from elsewhere: whatever looks like markup in them is shown as it is, and nothing is fetched.
 
 #include "system/ProgramEnd.h"
+#include "tests/desk/QmlComplaints.h"
 #include "tests/desk/WindowFixture.h"
 
 #include <QDirIterator>
@@ -67,7 +68,7 @@ void TestDeskNames::initTestCase()
 void TestDeskNames::cleanup()
 {
     QVERIFY2(!m_listener.hasPendingConnections(), "a name was fetched");
-    QCOMPARE(WindowFixture::takeWarnings(), QStringList());
+    QCOMPARE(QmlComplaints::take(), QStringList());
 }
 
 void TestDeskNames::look(WindowFixture& desk, const QString& name)

@@ -1,5 +1,6 @@
 // The program itself, in a process of its own, by the keys of a real display.
 
+#include "tests/desk/QmlComplaints.h"
 #include "tests/support/PulseServer.h"
 #include "tests/support/VirtualDisplay.h"
 #include "tests/support/WavFiles.h"
@@ -31,6 +32,8 @@ private Q_SLOTS:
 private:
     /** Starts the program and waits for its window. */
     std::unique_ptr<QProcess> start(const QStringList& options = {});
+    /** Ends the program; fails when its QML has complained. */
+    static void end(QProcess& program);
     static QByteArray xdotool(const QStringList& arguments);
     static void keys(const QStringList& names) { xdotool(QStringList{"key", "--delay", "60"} + names); }
 
@@ -79,7 +82,7 @@ QByteArray TestDeskProgram::xdotool(const QStringList& arguments)
 std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options)
 {
     auto program = std::make_unique<QProcess>();
-    program->setProcessChannelMode(QProcess::ForwardedChannels);
+    program->setProcessChannelMode(QProcess::ForwardedOutputChannel);
     program->start(PROGRAM_DIR "/voicedesk-desk",
                    QStringList{"--data", m_folder.filePath("data"), "--output",
                                m_folder.filePath("recordings"), "--source", ANNOUNCEMENT_WAV} +
@@ -91,6 +94,19 @@ std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options)
     }
     xdotool({"windowfocus", "--sync", QString::fromLatin1(window)});
     return program;
+}
+
+void TestDeskProgram::end(QProcess& program)
+{
+    program.terminate();
+    QVERIFY(program.waitForFinished(20000));
+    const QByteArray errors = program.readAllStandardError();
+    std::fputs(errors.constData(), stderr);
+    QStringList complaints = QString::fromUtf8(errors).split('\n');
+    complaints.erase(std::remove_if(complaints.begin(), complaints.end(),
+                                    [](const QString& line) { return !QmlComplaints::isOne(line); }),
+                     complaints.end());
+    QCOMPARE(complaints, QStringList());
 }
 
 void TestDeskProgram::talkByKeys()
@@ -119,8 +135,7 @@ void TestDeskProgram::talkByKeys()
     QTest::qWait(500);
     QCOMPARE(size(), ended); // the talk is over
     QCOMPARE(program->state(), QProcess::Running);
-    program->terminate();
-    QVERIFY(program->waitForFinished(20000));
+    end(*program);
 }
 
 void TestDeskProgram::recordsOutliveTheProgram()
@@ -134,8 +149,7 @@ void TestDeskProgram::recordsOutliveTheProgram()
     xdotool({"type", "--delay", "40", "10.0.0.7"});
     keys({"Return"});
     QTRY_COMPARE_WITH_TIMEOUT(stored("SELECT ip FROM devices"), QStringList{"10.0.0.7"}, 20000);
-    program->terminate();
-    QVERIFY(program->waitForFinished(20000));
+    end(*program);
     // Not before: the data folder is the running program's.
     QProcess list;
     list.start(PROGRAM_DIR "/voicedesk", {"devices", "list", "--data", m_folder.filePath("data")});
@@ -156,8 +170,7 @@ void TestDeskProgram::fileIsChosen()
     xdotool({"type", "--delay", "20", ANNOUNCEMENT_WAV});
     keys({"Return"});
     QTRY_COMPARE_WITH_TIMEOUT(stored("SELECT name FROM files"), QStringList{"announcement.wav"}, 20000);
-    program->terminate();
-    QVERIFY(program->waitForFinished(20000));
+    end(*program);
 }
 
 void TestDeskProgram::soundWaitsInAShortQueue()
@@ -185,8 +198,7 @@ void TestDeskProgram::soundWaitsInAShortQueue()
     };
     QTRY_VERIFY_WITH_TIMEOUT(enoughLooks(), 20000);
     xdotool({"keyup", "space"});
-    program->terminate();
-    QVERIFY(program->waitForFinished(20000));
+    end(*program);
     QVERIFY2(longest <= 100000, qPrintable(QString::number(longest)));
 }
 
