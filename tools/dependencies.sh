@@ -23,7 +23,7 @@ sound_packages=(
 )
 
 test_packages=(
-    qml-module-qttest xvfb xdotool clang-format lld python3
+    qml-module-qttest qtdeclarative5-dev-tools xvfb xdotool clang-format lld python3
     "${sound_packages[@]}" pulseaudio-utils
 )
 
