@@ -6,15 +6,15 @@
 #include <cstdint>
 #include <optional>
 
-/** What the header of an AAC frame says of the sound (ISO/IEC 13818-7, clause 6.2). */
+/** The format of the sound in the header of an AAC frame (ISO/IEC 13818-7, clause 6.2). */
 struct AdtsHeader
 {
-    static constexpr int size = 7; ///< Without a check sum, bytes.
+    static constexpr int size = 7; ///< Bytes of a header without a checksum.
 
     std::uint32_t sampleRate = 0; ///< Hz.
-    std::uint8_t channels = 0;
+    std::uint8_t channels = 0;    ///< Channel count, 1 to 6 or 8.
 
-    /** Empty when the packet does not start with a header, or one that leaves rate or channels open. */
+    /** Reads a header; empty when the packet starts with none, or with one without rate or channels. */
     static std::optional<AdtsHeader> parse(const QByteArray& packet)
     {
         constexpr std::array<std::uint32_t, 13> rates{96000, 88200, 64000, 48000, 44100, 32000, 24000,

@@ -14,23 +14,23 @@
 class AudioFileReader
 {
 public:
-    static constexpr int sampleRate = 16000; // Hz
+    static constexpr int sampleRate = 16000; ///< Of the samples read, Hz.
 
     AudioFileReader();
     ~AudioFileReader();
     AudioFileReader(const AudioFileReader&) = delete;
     AudioFileReader& operator=(const AudioFileReader&) = delete;
 
-    /** False when the file holds no sound that can be decoded. */
+    /** Opens a file; returns false when it has no sound that can be decoded. */
     bool open(const QString& path);
 
-    /** Appends up to @p count samples; fewer, and in the end none, at the file's end. */
+    /** Appends up to @p count samples to @p out; fewer, and then none, at the file's end. */
     void read(std::size_t count, std::vector<std::int16_t>& out);
 
-    /** Whether the file was found broken; what was before that has been read. */
+    /** Returns whether a broken place was found; the samples before it have been read. */
     bool isBroken() const;
 
-    /** Length of a file in ms, 1 at least; empty when it cannot be decoded. */
+    /** Returns the length of a file in ms, 1 at least; empty when it cannot be decoded. */
     static std::optional<int> duration(const QString& path);
 
 private:

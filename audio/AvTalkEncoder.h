@@ -3,13 +3,17 @@
 #include "audio/FfmpegPtr.h"
 #include "audio/TalkEncoder.h"
 
-/** G.711 (ITU-T G.711) and AAC with ADTS headers (ISO/IEC 13818-7), by libavcodec. */
+/** The encoder of G.711 (ITU-T G.711) and of AAC with ADTS headers (ISO/IEC 13818-7), by libavcodec. */
 class AvTalkEncoder : public TalkEncoder
 {
 public:
-    /** @param codecId AVCodecID of G.711 or AAC @param format AAC: 16000 Hz */
+    /**
+     * @param codecId AVCodecID of G.711 or AAC
+     * @param format  AAC: 16000 Hz
+     */
     AvTalkEncoder(int codecId, const TalkFormat& format);
 
+    /** Returns whether the encoder has opened. */
     bool valid() const { return m_context != nullptr; }
 
     QByteArray encode(const std::int16_t* samples) override;

@@ -5,7 +5,7 @@
 /** The names of the codecs that can be chosen, for messages, in the order of the codec table. */
 namespace CodecNames {
 
-/** Returns those that there is an encoder for. */
+/** Returns those with an encoder. */
 QStringList encoded();
 
 /** Returns those without an encoder, of which a packet dump can be played. */

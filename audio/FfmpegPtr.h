@@ -11,11 +11,11 @@ struct SwrContext;
 /** Frees an object of FFmpeg's libraries with all that it owns. */
 struct FfmpegDeleter
 {
-    void operator()(AVCodecContext* context) const;
-    void operator()(AVFormatContext* file) const; ///< Of an opened input, which it closes.
-    void operator()(AVFrame* frame) const;
-    void operator()(AVPacket* packet) const;
-    void operator()(SwrContext* context) const;
+    void operator()(AVCodecContext* context) const; ///< Frees a codec.
+    void operator()(AVFormatContext* file) const;   ///< Closes and frees an opened input.
+    void operator()(AVFrame* frame) const;          ///< Frees a frame.
+    void operator()(AVPacket* packet) const;        ///< Frees a packet.
+    void operator()(SwrContext* context) const;     ///< Frees a resampler.
 };
 
 /** The owner of an object of FFmpeg's libraries. */

@@ -11,20 +11,20 @@
 /** One decoded talk packet. */
 struct DecodedTalk
 {
-    std::uint32_t position = 0;        ///< Of the first sample since the talker's microphone started; wraps.
+    std::uint32_t position = 0;        ///< Samples from the microphone's start to the first one; wraps.
     std::uint64_t captureTime = 0;     ///< Of the last sample, microseconds of the talker's steady clock.
     std::vector<std::int16_t> samples; ///< 8000 Hz mono.
 };
 
-/** Decodes the packets of a talk: a PacketHeader, then G.711 mu-law at 8000 Hz mono, by libavcodec. */
+/** Decodes talk packets: a PacketHeader, then G.711 mu-law at 8000 Hz mono. Used by one thread at a time. */
 class PacketDecoder
 {
 public:
-    static constexpr int sampleRate = 8000; // Hz
+    static constexpr int sampleRate = 8000; ///< Of the decoded samples, Hz.
 
     PacketDecoder();
 
-    /** Empty for anything that is not such a packet. */
+    /** Decodes a packet; empty for any other bytes. */
     std::optional<DecodedTalk> decode(const QByteArray& packet);
 
 private:

@@ -12,11 +12,11 @@
  */
 struct PacketDump
 {
-    std::vector<QByteArray> packets;
+    std::vector<QByteArray> packets; ///< The bitstream of each packet.
 
-    /** Takes the packets out of a dump; empty, and @p error says where, when a record is cut short. */
+    /** Reads the packets of a dump; empty for an incomplete record, whose place @p error receives. */
     static std::optional<PacketDump> parse(const QByteArray& bytes, QString* error);
 
-    /** Reads a file; empty, and @p error says why, when that fails. */
+    /** Reads a file; empty when that fails, and @p error then receives the reason. */
     static std::optional<PacketDump> read(const QString& path, QString* error);
 };

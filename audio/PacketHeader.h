@@ -1,6 +1,7 @@
 #pragma once
 
 /**
+ * @file
  * The header in front of the bitstream of each packet, 32 bytes, numbers little endian:
  *
  *   offset  width  meaning
@@ -25,17 +26,19 @@
 
 namespace framesmith {
 
+/** The fields of a packet's header. */
 struct PacketHeader
 {
-    static constexpr std::size_t size = 32; ///< Without bytes beyond it.
+    static constexpr std::size_t size = 32; ///< Bytes of the fields; a header may have more behind them.
 
-    std::uint8_t channels = 0;
-    std::uint32_t streamType = 0;
+    std::uint8_t channels = 0;     ///< Channel count.
+    std::uint32_t streamType = 0;  ///< A value of StreamType.
     std::uint32_t sampleRate = 0;  ///< Hz.
     std::uint32_t position = 0;    ///< Samples since the channel's start.
     std::uint64_t captureTime = 0; ///< Microseconds.
     std::uint8_t length = size;    ///< Of the header as read.
 
+    /** Returns the header's bytes. */
     std::array<std::uint8_t, size> toBytes() const;
 
     /** Reads the header at the start of a packet; empty when the packet does not start with one. */

@@ -10,41 +10,54 @@ struct AVChannelLayout;
 
 namespace framesmith {
 
-/** Interleaved sample formats that sources deliver, native byte order. */
+/** Sample formats of sources, interleaved, native byte order. */
 enum class SampleFormat
 {
-    U8,
-    S16,
-    S32,
-    Float
+    U8,   ///< Unsigned 8 bits.
+    S16,  ///< Signed 16 bits.
+    S32,  ///< Signed 32 bits.
+    Float ///< 32 bits, -1 to 1.
 };
 
 /** Converts PCM to 16-bit mono, by libswresample. Used by one thread at a time. */
 class PcmConverter
 {
 public:
-    static constexpr int captureRate = 8000; // Hz
+    static constexpr int captureRate = 8000; ///< Sample rate of captured sound, Hz.
 
-    /** Converts interleaved samples. @param rate,outputRate Hz @param channels 1 to 8 */
+    /**
+     * Makes a converter of interleaved samples.
+     *
+     * @param format     of the input
+     * @param rate       of the input, Hz
+     * @param channels   of the input, 1 to 8
+     * @param outputRate of the output, Hz
+     */
     PcmConverter(SampleFormat format, int rate, int channels, int outputRate = captureRate);
 
-    /** Converts what a codec of libavcodec decodes. @param avFormat AVSampleFormat @param rate,outputRate Hz
+    /**
+     * Makes a converter of the samples of a codec of libavcodec.
+     *
+     * @param avFormat   AVSampleFormat of the input
+     * @param rate       of the input, Hz
+     * @param layout     channels of the input
+     * @param outputRate of the output, Hz
      */
     PcmConverter(int avFormat, int rate, const AVChannelLayout& layout, int outputRate);
 
-    /** False when the input's format cannot be converted. */
+    /** Returns whether the input's format can be converted. */
     bool valid() const { return m_passThrough || m_context != nullptr; }
 
-    /** Bytes of one frame of the interleaved input: one sample of each channel. */
+    /** Returns the bytes of one frame of the interleaved input: one sample of each channel. */
     std::size_t bytesPerFrame() const { return m_bytesPerFrame; }
 
     /** Appends the converted samples of @p frames frames to @p out. */
     void convert(const void* data, std::size_t frames, std::vector<std::int16_t>& out);
 
-    /** The same for samples in planes; interleaved ones are a single plane. */
+    /** Appends the converted samples of input in planes; interleaved input is a single plane. */
     void convertPlanes(const std::uint8_t* const* planes, std::size_t frames, std::vector<std::int16_t>& out);
 
-    /** Appends what the filter still holds after the last frame. */
+    /** Appends the samples that the filter still holds after the last frame. */
     void flush(std::vector<std::int16_t>& out);
 
 private:

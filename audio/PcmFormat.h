@@ -6,7 +6,7 @@
 
 #include <optional>
 
-/** Signed 16-bit little-endian PCM of one channel, as Qt's sound names it. @param sampleRate Hz */
+/** Returns Qt's description of signed 16-bit little-endian mono PCM; @p sampleRate is in Hz. */
 QAudioFormat pcmFormat(int sampleRate);
 
 /** Returns the sample format of little-endian PCM; empty for what PcmConverter cannot read. */

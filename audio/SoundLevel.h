@@ -11,10 +11,10 @@ namespace SoundLevel {
 /** Level of digital silence, dBFS. */
 inline constexpr double silence = -96.0;
 
-/** Root mean square over all samples in dBFS, 0 for a full-scale square wave; not below `silence`. */
+/** Returns the root mean square in dBFS, 0 for a full-scale square wave; not below `silence`. */
 double rmsDbfs(const std::vector<std::int16_t>& samples);
 
-/** A bar of @p width characters that is full at 0 dBFS and empty at -60 dBFS. */
+/** Returns a bar of @p width characters that is full at 0 dBFS and empty at -60 dBFS. */
 QString bar(double dbfs, int width);
 
 } // namespace SoundLevel

@@ -7,22 +7,23 @@
 
 struct Codec;
 
-/** How packets of a codec are described to a client. */
+/** The description of a codec's packets for a client. */
 struct TalkFormat
 {
-    /** The codec's usual rate; one frame a packet, or 640 samples of a codec without frames. */
+    /** Takes the codec's usual rate; a packet has one frame, or 640 samples of a codec without frames. */
     explicit TalkFormat(const Codec& codec);
 
-    std::uint32_t streamType; ///< As media packets carry it.
+    std::uint32_t streamType; ///< A value of StreamType.
     int sampleRate;           ///< Hz; one channel.
-    int frameSamples;         ///< Samples that one packet takes.
+    int frameSamples;         ///< Samples of one packet.
 };
 
-/** Encodes a camera's voice, by an existing encoder for each codec. Used by one thread at a time. */
+/** An encoder of a camera's voice. Used by one thread at a time. */
 class TalkEncoder
 {
 public:
-    /** Whether there is an encoder for a codec; of others a camera plays recorded packets. Any thread. */
+    /** Returns whether there is an encoder for a codec; of others a camera plays recorded packets. Any
+     * thread. */
     static bool existsFor(const Codec& codec);
 
     /** Returns null when there is no encoder for the codec, or when it does not open. */
@@ -30,16 +31,18 @@ public:
 
     virtual ~TalkEncoder() = default;
 
+    /** Returns the description of the packets. */
     const TalkFormat& format() const { return m_format; }
 
     /**
-     * Encodes frameSamples samples; one packet with one codec frame at the most.
+     * Encodes frameSamples samples to a packet with one codec frame.
      *
-     * @return empty when the encoder holds the sound back, as it may at its start, or when it fails
+     * @return empty when the encoder delays the sound, as it may at its start, or when it fails
      */
     virtual QByteArray encode(const std::int16_t* samples) = 0;
 
 protected:
+    /** @param format of the packets */
     explicit TalkEncoder(const TalkFormat& format) : m_format(format) {}
 
 private:

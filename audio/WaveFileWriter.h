@@ -7,19 +7,20 @@
 
 struct sf_private_tag;
 
-/** Writes 16-bit mono PCM to a WAV file whose header is right at any moment, also after a crash. */
+/** Writes 16-bit mono PCM to a WAV file whose header is valid at any time, also after a crash. */
 class WaveFileWriter
 {
 public:
-    /** Creates or replaces the file. @param sampleRate Hz */
+    /** Creates or replaces a file; @p sampleRate is in Hz. */
     WaveFileWriter(const QString& path, int sampleRate);
     ~WaveFileWriter();
     WaveFileWriter(const WaveFileWriter&) = delete;
     WaveFileWriter& operator=(const WaveFileWriter&) = delete;
 
+    /** Returns whether the file could be created. */
     bool isOpen() const { return m_file != nullptr; }
 
-    /** False when not all samples could be written, for instance because the disk is full. */
+    /** Appends samples; returns false when not all could be written, for instance on a full disk. */
     bool write(const std::vector<std::int16_t>& samples);
 
 private:

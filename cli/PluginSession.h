@@ -11,39 +11,43 @@
 #include <functional>
 #include <memory>
 
-/** A plug-in with a server behind it, for commands that ask one thing after another and wait for each answer.
- */
+/** A plug-in connected to a server, for commands that send requests and wait for their replies. */
 class PluginSession : public QObject
 {
     Q_OBJECT
 
 public:
+    /** Makes the link to the server; open connects. */
     explicit PluginSession(ClientOptions options);
     ~PluginSession() override;
 
-    /** Loads the plug-in and waits for the server; ExitSuccess, or what to end with after a message. */
+    /** Loads the plug-in and waits for the server; returns ExitSuccess, or prints a message and returns
+     * another. */
     ExitStatus open();
 
+    /** Returns the plug-in. */
     PluginClient& plugin() { return m_plugin; }
+    /** Returns the plug-in's host. */
     PluginHost& host() { return m_host; }
+    /** Returns the options. */
     const ClientOptions& options() const { return m_options; }
 
-    /** Serves events until the condition holds; false after the time-out. @param timeout ms; 0: the options'
-     */
+    /** Serves events until the condition holds; returns false after @p timeout in ms, 0 for the options'. */
     bool wait(const std::function<bool()>& condition, int timeout = 0);
 
-    /** Waits until the list of devices has come; false after the time-out. */
+    /** Waits for the list of devices; returns false after the time-out. */
     bool waitForDevices();
 
-    /** Waits until a reply to a command has come, its return code; empty after the time-out. */
+    /** Waits for a reply to a command; returns its return code, empty after the time-out. */
     QString waitForReply(const QString& command, int timeout = 0);
 
-    /** The error text of the last reply that was no success. */
+    /** Returns the error text of the last reply with a code other than "0". */
     QString errorText() const { return m_errorText; }
 
     /** Forgets the replies that have come. */
     void forget();
 
+    /** Prints a message to stderr; returns @p status. */
     static int fail(ExitStatus status, const QString& message);
 
 private:

@@ -10,31 +10,31 @@
 
 #include <QTimer>
 
-/** What `voicedesk talk` was asked for. */
+/** The options of `voicedesk talk`. */
 struct TalkOptions
 {
-    QString pluginPath; ///< Empty: found beside the program.
-    QString cameraId;
-    QString sourceFile;       ///< Speaks in the microphone's place; empty for a microphone.
+    QString pluginPath;       ///< Empty: found beside the program.
+    QString cameraId;         ///< The camera to talk to.
+    QString sourceFile;       ///< Sound file in place of the microphone; empty for a microphone.
     QString inputDevice;      ///< Name of the microphone; empty for the default one.
     double seconds = 0;       ///< Length of the talk; 0: as long as the file, or until interrupted.
     int volume = 50;          ///< Microphone volume, 0 to 100.
     int answerTimeout = 5000; ///< Wait for the server's answer, ms.
-    QString heardFile;        ///< What was heard goes there; empty: to a new file beside the recordings.
-    ServerConfig server;
+    QString heardFile;        ///< For the recording of the output; empty: a new file beside the recordings.
+    ServerConfig server;      ///< Of the server inside the program.
 };
 
 /**
- * A headless talk to one camera, from the start to a closing summary.
+ * A talk to one camera without a window, from the start to a report.
  *
- *   load plug-in --> record the output --> startTalk --> (answer) --> talk for a while --> stopTalk -->
- * summary
+ *   load plug-in --> record the output --> startTalk --> (reply) --> talk --> stopTalk --> TalkSummary
  */
 class TalkCommand : public QObject
 {
     Q_OBJECT
 
 public:
+    /** Makes the server and the host; run loads the plug-in. */
     explicit TalkCommand(TalkOptions options);
 
     /** Runs the talk in the application's event loop; returns an ExitStatus. */

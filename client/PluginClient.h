@@ -13,16 +13,17 @@
 /** An audio file on the server, or on its way there. */
 struct AudioFileRow
 {
-    int id = 0; ///< Negative while it has none of the server.
-    QString name;
+    int id = 0;     ///< Negative until the server has given one.
+    QString name;   ///< Of the file.
     int length = 0; ///< ms; 0 when unknown.
     int status = 0; ///< 1 uploading, 2 ready, 4 and 5 refused.
 };
 
 /**
- * The plug-in as C++ and QML see it: its invokables, signals, properties and models with types. The one place
- * that reaches the plug-in by name; it bears the plug-in's own names. Everything happens on the plug-in's
- * thread.
+ * The typed interface to the plug-in for C++ and QML: its invokables, signals, properties and models, under
+ * its own names. Their payloads, errors and times are those of PluginVoiceDesk. No other class reaches the
+ * plug-in by name. Without a plug-in, or without the method in it, an invokable does nothing and returns
+ * false or an empty value. Used on the plug-in's thread.
  */
 class PluginClient : public QObject
 {
@@ -36,35 +37,37 @@ class PluginClient : public QObject
 
 public:
     /**
-     * Finds everything that this class offers in a plug-in; its signals are passed on from then on. Once.
+     * Finds the members of this class in a plug-in and connects its signals. Called once.
      *
      * @param plugin initialised
      * @return false when something is missing; errorString then names it, and the rest works
      */
     bool attach(QObject* plugin);
 
+    /** Returns what the plug-in lacks. */
     QString errorString() const { return m_errorString; }
 
+    /** Returns the property audioInDevAvailable. */
     bool audioInDevAvailable() const;
+    /** Returns the property talking. */
     bool talking() const;
+    /** Returns the property audioFileList. */
     QVariantList audioFileList() const;
 
-    /** The audio files on the server, in the plug-in's order. */
+    /** Returns the audio files on the server, in the plug-in's order. */
     QList<AudioFileRow> audioFiles() const;
 
-    // A request that answers bool: whether the host took the command. Without a plug-in nothing is done.
-
-    /** @param volume of the microphone, 0 to 100 */
+    /**
+     * @name Invokables of the plug-in
+     * @{
+     */
+    /** Calls the plug-in's invokable of this name. */
     Q_INVOKABLE void setMicVolume(int volume);
     Q_INVOKABLE void setMicMute(bool mute);
-    /** Starts the microphone and asks for a talk to a camera; startTalkResponse follows. */
     Q_INVOKABLE bool startTalk(const QString& camId, const QString& relayPath = QString());
-    /** Asks for a talk to a device, without a microphone; startTalkToIPAudioResponse follows. */
     Q_INVOKABLE bool startTalkToIPAudio(int ipAudioId);
-    /** Ends the whole talk. */
     Q_INVOKABLE bool stopTalk();
     Q_INVOKABLE bool stopTalkToIPAudio(int ipAudioId);
-    /** Starts the microphone; false when it does not start. */
     Q_INVOKABLE bool startAudioCapture();
     Q_INVOKABLE void stopAudioCapture();
 
@@ -75,41 +78,46 @@ public:
                                    const QString& username, const QString& password,
                                    const QStringList& bindingCameraList);
     Q_INVOKABLE bool deleteIPAudio(int ipAudioId);
-    /** Asks for the list of devices; ipAudioModelChanged follows. */
     Q_INVOKABLE void retrieveIPAudioModel();
-    /** The devices that a camera is bound to, as the plug-in gives them. */
     Q_INVOKABLE QVariantMap queryBindingIPAudio(const QString& nodeId);
 
-    /** Plays a file of the server on a device; playAudioResponse follows, again and again to the end. */
     Q_INVOKABLE void playAudio(int ipAudioId, int audioFileId);
     Q_INVOKABLE void playGroupAudio(int networkAudioGroupId, int audioFileId);
     Q_INVOKABLE void stopCurrentAudio(int ipAudioId);
     Q_INVOKABLE void stopCurrentGroupAudio(int networkAudioGroupId);
 
-    /** Reads a local file and sends it. Serves events for up to 5 s meanwhile. */
     Q_INVOKABLE bool uploadFile(const QUrl& fileUrl);
-    /** @param audioID a negative one is only taken off the list */
     Q_INVOKABLE void deleteAudioFile(int audioID);
 
     Q_INVOKABLE void getNetworkAudioGroup();
-    /** @param networkAudioIDList a list of ids of devices */
     Q_INVOKABLE bool addNetworkAudioGroup(const QString& groupName, const QVariant& networkAudioIDList);
     Q_INVOKABLE bool updateNetworkAudioGroup(int id, const QString& groupName,
                                              const QVariant& networkAudioIDList);
     Q_INVOKABLE bool deleteNetworkAudioGroup(int id);
 
     Q_INVOKABLE void getNetworkAudioSchedule();
-    /** @param schedule a record under the words of the protocol */
     Q_INVOKABLE bool addNetworkAudioSchedule(const QVariantMap& schedule);
     Q_INVOKABLE bool updateNetworkAudioSchedule(int id, const QVariantMap& schedule);
     Q_INVOKABLE bool deleteNetworkAudioSchedule(int id);
+    /** @} */
 
-    // Models with a filter of their own; the parent owns them. Null without a plug-in that has them.
+    /**
+     * @name Models of the plug-in
+     * @{
+     */
+    /** Makes a model with a filter of its own, which the parent owns. Null when the plug-in has no such
+     * model. */
     Q_INVOKABLE DeviceModel* getIPAudioModel(QObject* parent) const;
     Q_INVOKABLE GroupModel* getNetworkAudioGroupModel(QObject* parent) const;
     Q_INVOKABLE ScheduleModel* getNetworkAudioScheduleModel(QObject* parent) const;
+    /** @} */
 
 Q_SIGNALS:
+    /**
+     * @name Signals of the plug-in
+     * @{
+     */
+    /** Emitted when the plug-in emits its signal of this name. */
     void audioInDevAvailableChanged();
     void talkingChanged();
     void audioFileListChanged();
@@ -130,6 +138,7 @@ Q_SIGNALS:
     void addNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
     void updateNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
     void deleteNetworkAudioScheduleResponse(bool success, const QString& returnCode, int scheduleId);
+    /** @} */
 
 private:
     /** The plug-in's invokables, in the order of their signatures in the source. */

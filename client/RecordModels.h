@@ -1,6 +1,7 @@
 #pragma once
 
 /**
+ * @file
  * The plug-in's item models with names for their fields: each is a view of a model that the plug-in has made,
  * sorted by name. QML reads the fields under the plug-in's role names; C++ reads whole rows.
  */
@@ -14,57 +15,58 @@
 /** An IP audio device. */
 struct DeviceRow
 {
-    int id = 0;
-    QString name;
-    QString address;
-    int port = 0;
-    QString user;
-    QString password;
+    int id = 0;          ///< "deviceID".
+    QString name;        ///< "deviceName".
+    QString address;     ///< "ip".
+    int port = 0;        ///< "port".
+    QString user;        ///< "username".
+    QString password;    ///< "password", in clear text.
     QStringList cameras; ///< Ids of the cameras that are bound to it.
 };
 
 /** A group of devices. */
 struct GroupRow
 {
-    int id = 0;
-    QString name;
+    int id = 0;              ///< "groupID".
+    QString name;            ///< "groupName".
     QList<int> devices;      ///< Ids.
-    QStringList deviceNames; ///< As many as could be found.
+    QStringList deviceNames; ///< Of the devices that are known.
 };
 
-/** When the server plays which file. */
+/** A schedule: when the server plays which file. */
 struct ScheduleRow
 {
-    int id = 0;
-    bool enabled = false;
-    QString name;
-    QString start;        ///< ISO 8601, the server's local time.
-    int type = 0;         ///< 0 once, 1 daily, 2 weekly.
-    QVariantMap settings; ///< "weekdays": 1 Monday to 7 Sunday.
-    QString end;          ///< As start.
-    bool endEnabled = false;
-    int file = 0;       ///< Id; 0 when it was deleted.
-    QList<int> groups;  ///< Ids.
-    QList<int> devices; ///< Ids.
+    int id = 0;              ///< "scheduleID".
+    bool enabled = false;    ///< "enableSchedule".
+    QString name;            ///< "scheduleName".
+    QString start;           ///< ISO 8601, the server's local time.
+    int type = 0;            ///< 0 once, 1 daily, 2 weekly.
+    QVariantMap settings;    ///< "weekdays": 1 Monday to 7 Sunday.
+    QString end;             ///< As start.
+    bool endEnabled = false; ///< Whether there is an end.
+    int file = 0;            ///< Id; 0 when it was deleted.
+    QList<int> groups;       ///< Ids.
+    QList<int> devices;      ///< Ids.
 };
 
-/** What the models have in common: their fields are found by role name, once. */
+/** The base of the models: their fields are found by role name, once. */
 class RecordModel : public QIdentityProxyModel
 {
     Q_OBJECT
 
 public:
-    /** The role names that the source lacks. */
+    /** Returns the role names that the source lacks. */
     QStringList missingRoles() const { return m_missing; }
 
 protected:
     /**
      * @param source    sorted by name, and a QSortFilterProxyModel where it is to be searched
      * @param roleNames those of the fields, in the order of the numbers that field() takes
+     * @param parent    the owner, or null
      */
     RecordModel(QAbstractItemModel* source, const QVector<QByteArray>& roleNames, QObject* parent);
 
-    /** One field of a row; invalid for one that is not there. */
+    /** Returns one field of a row; invalid when there is none. */
     QVariant field(int row, int number) const;
 
 private:
@@ -72,46 +74,56 @@ private:
     QStringList m_missing;
 };
 
+/** The IP audio devices, sorted by name. */
 class DeviceModel : public RecordModel
 {
     Q_OBJECT
 
 public:
+    /** @param source of the plug-in's getIPAudioModel */
     DeviceModel(QAbstractItemModel* source, QObject* parent);
 
+    /** Returns a row. */
     DeviceRow device(int row) const;
 
     /** Shows the devices with this text in their name, in either case; all for an empty one. */
     Q_INVOKABLE void setFilter(const QString& text);
 };
 
+/** The groups of devices, sorted by name. */
 class GroupModel : public RecordModel
 {
     Q_OBJECT
 
 public:
+    /** @param source of the plug-in's getNetworkAudioGroupModel */
     GroupModel(QAbstractItemModel* source, QObject* parent);
 
+    /** Returns a row. */
     GroupRow group(int row) const;
 
     /** Shows the groups with this text in their name or a device's, in either case; all for an empty one. */
     Q_INVOKABLE void setFilter(const QString& text);
 
+    /** Sorts by name in this order. */
     Q_INVOKABLE void setSort(Qt::SortOrder order);
 
-    /** The signatures that the source is to have. */
+    /** Returns the signatures of the methods that the source must have. */
     static QStringList sourceMethods();
 };
 
+/** The schedules, sorted by name. */
 class ScheduleModel : public RecordModel
 {
     Q_OBJECT
 
 public:
+    /** @param source of the plug-in's getNetworkAudioScheduleModel */
     ScheduleModel(QAbstractItemModel* source, QObject* parent);
 
+    /** Returns a row. */
     ScheduleRow schedule(int row) const;
 
-    /** A row as the record that it came from, under the words of the protocol; empty for no row. */
+    /** Returns a row as a record of the protocol; empty when there is no such row. */
     Q_INVOKABLE QVariantMap record(int row) const;
 };

@@ -7,9 +7,9 @@
 #include <vector>
 
 /**
- * All commands of the protocol. The reference server executes these and no others, clients read from here how
- * a command is answered, docs/PROTOCOL.md lists the rows, and the command fuzzer sends each of them. All
- * functions may be called from any thread.
+ * All commands of the protocol. The reference server executes these and no others, clients read here how a
+ * command is answered, docs/PROTOCOL.md lists the rows, and the command fuzzer sends each of them. All
+ * functions may be called on any thread.
  */
 namespace CommandTable {
 
@@ -21,22 +21,22 @@ enum class Answered
     Often,  ///< At once, and again with each step of what was started.
 };
 
+/** A command. */
 struct Row
 {
-    QString name;
-    PayloadShape payload;
-    PayloadShape answer; ///< With the return code "0".
-    PayloadShape
-        refusal;      ///< With other return codes; a refusal for a reason of the server's own has nothing.
-    qint64 maxSize;   ///< Most that payloadSize may be.
-    QString tooLarge; ///< Return code for a payload beyond maxSize.
-    Answered answered;
+    QString name;         ///< As sent.
+    PayloadShape payload; ///< Of the request.
+    PayloadShape answer;  ///< Of a reply with the return code "0".
+    PayloadShape refusal; ///< Of replies with other codes; failures of the server itself have no payload.
+    qint64 maxSize;       ///< The largest payloadSize.
+    QString tooLarge;     ///< Return code for a payload beyond maxSize.
+    Answered answered;    ///< How often and how soon it is answered.
 };
 
-/** The rows, in an order that stays: seeds of the fuzz targets name commands by their place. */
+/** Returns the rows, in an order that does not change: seeds of the fuzz targets use their index. */
 const std::vector<Row>& rows();
 
-/** The row of a command; null when there is none of this name. */
+/** Returns the row of a command; null for an unknown name. */
 const Row* find(const QString& name);
 
 } // namespace CommandTable

@@ -7,7 +7,7 @@
 
 /**
  * All events of the protocol, server to client. docs/PROTOCOL.md lists the rows. All functions may be called
- * from any thread.
+ * on any thread.
  */
 namespace EventTable {
 
@@ -18,18 +18,19 @@ enum class Receiver
     Host,   ///< An event of Words.h: the host alone; the plug-in is never given it.
 };
 
+/** An event. */
 struct Row
 {
-    QString name;
-    bool nested;      ///< Whether the fields are in a map under the event's own name.
-    QStringList keys; ///< Of the fields.
-    Receiver receiver;
+    QString name;      ///< As sent.
+    bool nested;       ///< Whether the fields are in a map under the event's own name.
+    QStringList keys;  ///< Of the fields.
+    Receiver receiver; ///< Who handles it at the client.
 };
 
-/** The rows, in an order that stays: seeds of the fuzz targets name events by their place. */
+/** Returns the rows, in an order that does not change: seeds of the fuzz targets use their index. */
 const std::vector<Row>& rows();
 
-/** Whether the plug-in is given an event; false for the host's own and for unknown ones. */
+/** Returns whether the plug-in gets an event; false for the host's own and for unknown ones. */
 bool isForPlugin(const QString& event);
 
 } // namespace EventTable

@@ -6,6 +6,7 @@
 /** The shape of a command's payload or of its answer. */
 struct PayloadShape
 {
+    /** Types of a payload. */
     enum Kind
     {
         Nothing, ///< The invalid QVariant.
@@ -14,13 +15,13 @@ struct PayloadShape
         Maps,    ///< A QVariantList of such maps.
     };
 
-    Kind kind = Nothing;
-    QStringList keys; ///< Of Map and Maps.
+    Kind kind = Nothing; ///< The payload's type.
+    QStringList keys;    ///< Of Map and Maps.
 };
 
 /**
- * The size of a payload: characters of its texts and keys, bytes of its byte arrays, and one for each value.
- * Stops counting beyond @p limit, and counts as more than it when lists and maps are nested deeper than
+ * Returns the size of a payload: characters of its texts and keys, bytes of its byte arrays, and one for each
+ * value. Stops counting beyond @p limit, and returns more than it when lists and maps are nested deeper than
  * Limits::maxNesting. Any thread.
  */
 qint64 payloadSize(const QVariant& payload, qint64 limit);

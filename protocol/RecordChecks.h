@@ -6,30 +6,31 @@
 
 #include <optional>
 
-/** What records must be like. Each check is empty when all is well, or the refusal. */
+/** The rules of a record's fields. Any thread. */
 namespace RecordChecks {
 
+/** The result of a check: empty for a valid field, or the refusal. */
 using Refusal = std::optional<ServerReply>;
 
-/** 1 to Limits::maxNameLength characters, not all blank, no control characters. */
+/** Checks a name: 1 to Limits::maxNameLength characters, not all blank, no control characters. */
 Refusal name(const QString& name);
 
-/** An IPv4 or IPv6 address, or a host name. */
+/** Checks an address: IPv4, IPv6 or a host name. */
 Refusal address(const QString& address);
 
-/** 1 to Limits::maxPort. */
+/** Checks a port: 1 to Limits::maxPort. */
 Refusal port(int port);
 
-/** Each at most Limits::maxCredentialLength characters. */
+/** Checks a login: each of the two has at most Limits::maxCredentialLength characters. */
 Refusal credentials(const QString& username, const QString& password);
 
-/** The camera ids of a device: none empty, none twice. */
+/** Checks the camera ids of a device: none is empty, none is there twice. */
 Refusal cameras(const QStringList& cameras);
 
-/** Splits ids joined with commas; empty for anything else, a negative id or one that comes twice. */
+/** Splits ids joined with commas; empty for any other text, a negative id or one that is there twice. */
 std::optional<QList<int>> ids(const QString& text);
 
-/** Ids joined with commas. */
+/** Joins ids with commas. */
 QString joined(const QList<int>& ids);
 
 } // namespace RecordChecks

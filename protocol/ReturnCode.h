@@ -5,30 +5,31 @@
 /** The return codes of the reference server. docs/PROTOCOL.md explains them. */
 namespace ReturnCode {
 
-inline const QString success = QStringLiteral("0");
-inline const QString unknownCommand = QStringLiteral("101");
-inline const QString malformedRequest = QStringLiteral("102");
-inline const QString noSuchCamera = QStringLiteral("201");
-inline const QString cameraOffline = QStringLiteral("202");
-inline const QString noSuchTalk = QStringLiteral("203");
-inline const QString badTalkPacket = QStringLiteral("204");
-inline const QString noVoice = QStringLiteral("205");
-inline const QString speakerOffline = QStringLiteral("206");
-inline const QString storageFailed = QStringLiteral("301");
-inline const QString noSuchDevice = QStringLiteral("401");
-inline const QString noSuchFile = QStringLiteral("402");
-inline const QString noSuchGroup = QStringLiteral("403");
-inline const QString noSuchSchedule = QStringLiteral("404");
-inline const QString badName = QStringLiteral("411");
-inline const QString nameTaken = QStringLiteral("412");
-inline const QString badAddress = QStringLiteral("413");
-inline const QString badPort = QStringLiteral("414");
-inline const QString badCredentials = QStringLiteral("415");
-inline const QString badList = QStringLiteral("416");
-inline const QString badSchedule = QStringLiteral("417");
-inline const QString nothingToPlayOn = QStringLiteral("421");
-inline const QString brokenFile = QStringLiteral("422");
-inline const QString fileRefused = Vocabulary::returnCodeFileRefused;
+inline const QString success = QStringLiteral("0");            ///< Done.
+inline const QString unknownCommand = QStringLiteral("101");   ///< The server does not know the command.
+inline const QString malformedRequest = QStringLiteral("102"); ///< The request is malformed or too large.
+inline const QString noSuchCamera = QStringLiteral("201");     ///< No camera has the id.
+inline const QString cameraOffline = QStringLiteral("202");    ///< The camera is offline.
+inline const QString noSuchTalk = QStringLiteral("203");       ///< No open talk of the client has the token.
+inline const QString badTalkPacket = QStringLiteral("204");    ///< The talk packet cannot be decoded.
+inline const QString noVoice = QStringLiteral("205"); ///< The camera's voice cannot be read or encoded.
+inline const QString speakerOffline = QStringLiteral("206"); ///< The device is offline.
+inline const QString storageFailed =
+    QStringLiteral("301"); ///< A recording or the database cannot be written or read.
+inline const QString noSuchDevice = QStringLiteral("401");    ///< No device has the id.
+inline const QString noSuchFile = QStringLiteral("402");      ///< No audio file has the id.
+inline const QString noSuchGroup = QStringLiteral("403");     ///< No group has the id.
+inline const QString noSuchSchedule = QStringLiteral("404");  ///< No schedule has the id.
+inline const QString badName = QStringLiteral("411");         ///< The name breaks the rules.
+inline const QString nameTaken = QStringLiteral("412");       ///< Another record has the name.
+inline const QString badAddress = QStringLiteral("413");      ///< Not an IP address or host name.
+inline const QString badPort = QStringLiteral("414");         ///< Not a port.
+inline const QString badCredentials = QStringLiteral("415");  ///< User name or password is too long.
+inline const QString badList = QStringLiteral("416");         ///< A list has a wrong entry, or one twice.
+inline const QString badSchedule = QStringLiteral("417");     ///< Type, settings or times are wrong.
+inline const QString nothingToPlayOn = QStringLiteral("421"); ///< No device to play on.
+inline const QString brokenFile = QStringLiteral("422");      ///< The audio file cannot be decoded.
+inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An upload is refused.
 
 /** All of them. */
 inline const QString* const all[] = {

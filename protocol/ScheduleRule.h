@@ -8,34 +8,37 @@
 #include <optional>
 
 /**
- * When a schedule plays. Times are local times of the server, ISO 8601 without an offset; a time that a
- * change to daylight saving skips is taken at the first moment after the gap, one that comes twice at its
- * first.
+ * The times of a schedule's runs, in the server's local time, ISO 8601 without an offset. A run at a time
+ * that a change to daylight saving skips is at the first moment after the gap; one at a time that comes twice
+ * is at the first.
  */
 struct ScheduleRule
 {
+    /** Values of "scheduleType". */
     enum Type
     {
-        Once = 0,
-        Daily = 1,
-        Weekly = 2,
+        Once = 0,   ///< On the first day.
+        Daily = 1,  ///< Each day from the first on.
+        Weekly = 2, ///< On the weekdays from the first day on.
     };
 
-    Type type = Once;
-    QDate firstDay;
-    QTime timeOfDay;
+    Type type = Once;             ///< How often it runs.
+    QDate firstDay;               ///< No run is before it.
+    QTime timeOfDay;              ///< Of each run.
     QSet<int> weekdays;           ///< Weekly: 1 Monday to 7 Sunday.
     std::optional<QDateTime> end; ///< Local time; nothing starts after it.
 
     /**
-     * Reads the fields of a schedule record; empty, and @p error says why, when they make no sense.
+     * Reads the fields of a schedule record.
      *
      * @param record "scheduleType", "scheduleSettings", "scheduleStartTime", "scheduleEndTime",
      *               "enableScheduleEndTime"
+     * @param error  receives the reason of a failure
+     * @return empty for wrong fields
      */
     static std::optional<ScheduleRule> fromRecord(const QVariantMap& record, QString* error);
 
-    /** The first run after a moment; empty when there is none any more. */
+    /** Returns the first run after a moment; empty after the last one. */
     std::optional<QDateTime> nextRun(const QDateTime& after, const QTimeZone& zone) const;
 
 private:

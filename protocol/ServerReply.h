@@ -5,7 +5,7 @@
 #include <QString>
 #include <QVariant>
 
-/** What the server answers to a command. */
+/** The server's reply to a command. */
 struct ServerReply
 {
     QString returnCode; ///< "0" for success; see ReturnCode.
@@ -13,13 +13,13 @@ struct ServerReply
     QString errorText;  ///< Says in words what went wrong; empty on success.
 };
 
-/** A success with its payload. */
+/** Makes a success with its payload. */
 inline ServerReply done(const QVariant& result = QVariant())
 {
     return {ReturnCode::success, result, QString()};
 }
 
-/** A refusal; some commands want a payload with it. */
+/** Makes a refusal; for some commands it has a payload. */
 inline ServerReply refusal(const QString& returnCode, const QString& errorText,
                            const QVariant& result = QVariant())
 {

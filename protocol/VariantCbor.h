@@ -8,7 +8,8 @@
 
 /**
  * QVariants as CBOR (RFC 8949) and back, with their types: texts, byte strings, booleans, doubles, ints,
- * lists and maps are CBOR's own; other types carry a tag. What has no form here becomes the invalid QVariant.
+ * lists and maps are CBOR's own; other types have a tag. A value of any other type becomes the invalid
+ * QVariant.
  *
  *   undefined          invalid QVariant        tag 65536    uint
  *   integer            int                     tag 65537    qlonglong
@@ -19,9 +20,10 @@
  */
 namespace VariantCbor {
 
+/** Converts a value. */
 QCborValue encode(const QVariant& value);
 
-/** Empty for what encode cannot have made, or what is nested deeper than Limits::maxNesting. */
+/** Converts back; empty for a value that encode does not make, or nested beyond Limits::maxNesting. */
 std::optional<QVariant> decode(const QCborValue& value);
 
 } // namespace VariantCbor

@@ -22,28 +22,30 @@
  */
 struct WireMessage
 {
+    /** Kinds of messages. */
     enum Kind
     {
-        Login = 1,
-        Welcome = 2,
-        Refused = 3,
-        Command = 4,
-        Reply = 5,
-        Event = 6,
+        Login = 1,   ///< From the client, first.
+        Welcome = 2, ///< The login was right.
+        Refused = 3, ///< The login was wrong; the connection ends.
+        Command = 4, ///< From the client.
+        Reply = 5,   ///< To a command.
+        Event = 6,   ///< From the server.
     };
 
-    static constexpr int version = 1; ///< Of the protocol; other versions are not understood.
+    static constexpr int version = 1; ///< Of the protocol; messages of other versions are refused.
 
-    Kind kind = Login;
-    quint32 id = 0; ///< Of a command, and of its replies; 0 for a reply to nothing in particular.
-    QString name;   ///< Of a command, a reply's command, an event; the user of a login.
-    QString secret; ///< Password or token of a login.
-    QVariant payload;
-    QString code; ///< Return code of a reply.
-    QString text; ///< Error text of a reply, reason of a refusal.
+    Kind kind = Login; ///< The message's kind.
+    quint32 id = 0;    ///< Of a command and of its first reply; 0 for further replies.
+    QString name;      ///< Of a command, a reply's command or an event; the user of a login.
+    QString secret;    ///< Password or token of a login.
+    QVariant payload;  ///< Of a command, a reply or an event; invalid for none.
+    QString code;      ///< Return code of a reply.
+    QString text;      ///< Error text of a reply, reason of a refusal.
 
+    /** Returns the message as CBOR. */
     QByteArray toBytes() const;
 
-    /** Empty for anything that is not a message. */
+    /** Reads a message; empty for any other bytes. */
     static std::optional<WireMessage> fromBytes(const QByteArray& bytes);
 };

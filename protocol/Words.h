@@ -12,14 +12,23 @@
  */
 namespace Words {
 
-// Commands, host to server.
+/** A command, from the host to the server. */
 inline const QString GetCamera = QStringLiteral("GetCamera");
 
-// Keys of a camera's record, beside "camId".
+/**
+ * @name Cameras
+ * @{
+ */
+/** A key of a camera's record, beside "camId". */
 inline const QString camName = QStringLiteral("camName");
 inline const QString online = QStringLiteral("online");
+/** @} */
 
-// Keys of the events of a talk.
+/**
+ * @name Talks
+ * @{
+ */
+/** A key of the events of a talk. */
 inline const QString Token = QStringLiteral("Token");
 inline const QString AudioData = QStringLiteral("AudioData");
 inline const QString Offset = QStringLiteral("Offset");
@@ -28,16 +37,22 @@ inline const QString StreamType = QStringLiteral("StreamType");
 inline const QString AudioSamplingFreq = QStringLiteral("AudioSamplingFreq");
 inline const QString AudioChannelNum = QStringLiteral("AudioChannelNum");
 inline const QString FrameNumber = QStringLiteral("FrameNumber");
+/** @} */
 
-// Keys of an upload.
+/**
+ * @name Uploads
+ * @{
+ */
+/** A key of an upload. */
 inline const QString content = QStringLiteral("content");
 inline const QString filename = QStringLiteral("filename");
 inline const QString length = QStringLiteral("length");
+/** @} */
 
-// Key of a playback's replies.
+/** Key of a playback's replies. */
 inline const QString progress = QStringLiteral("progress");
 
-// Key inside the settings of a weekly schedule.
+/** Key inside the settings of a weekly schedule. */
 inline const QString weekdays = QStringLiteral("weekdays");
 
 } // namespace Words

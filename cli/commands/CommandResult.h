@@ -3,10 +3,11 @@
 #include "cli/AwaitedSignal.h"
 
 /**
- * Asks for a change, waits for its answer, prints what became of it and gives the exit status.
+ * Sends a request for a change, waits for its response, prints the result and returns the ExitStatus.
  *
+ * @param session  an open session
  * @param response the signal that answers
- * @param request  returns whether the plug-in took it
+ * @param request  sends the request; returns whether the host accepted it
  * @param done     printed before the id
  */
 template<class Request>

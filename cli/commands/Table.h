@@ -11,19 +11,23 @@
 class Table
 {
 public:
+    /** A column of the table. */
     struct Column
     {
-        QString title;
-        QString key; ///< In JSON.
+        QString title; ///< For people.
+        QString key;   ///< In JSON.
     };
 
+    /** Makes a table without rows. */
     explicit Table(std::vector<Column> columns) : m_columns(std::move(columns)) {}
 
-    /** @param values one for each column */
+    /** Adds a row, with one value for each column. */
     void add(const QVariantList& values) { m_rows.append(values); }
 
+    /** Returns the number of rows. */
     int rows() const { return m_rows.size(); }
 
+    /** Returns the whole table as JSON or as lines. */
     QString text(bool json) const;
 
 private:
@@ -31,5 +35,5 @@ private:
     QList<QVariantList> m_rows;
 };
 
-/** Ids as the value of a cell. */
+/** Converts ids to the value of a cell. */
 QVariantList toVariants(const QList<int>& ids);

@@ -1,6 +1,9 @@
 #pragma once
 
-/** The codecs of media packets: one row each, for decoders, queues, encoders, commands, dumps and cameras. */
+/**
+ * @file
+ * The codecs of media packets: one row each, for decoders, queues, encoders, commands, dumps and cameras.
+ */
 
 #include <array>
 #include <cstdint>
@@ -12,7 +15,7 @@ struct TMediaDataPacketInfo;
 /** A codec, a row of the table. */
 struct Codec
 {
-    /** What the duration of a packet is computed from. */
+    /** The source of the duration of a packet. */
     enum Timing
     {
         ByFrameCount, ///< The packet's number of frames.
@@ -21,17 +24,17 @@ struct Codec
         ByBitRate,    ///< The packet's bytes, at the packet's bit rate.
     };
 
-    std::uint32_t streamType;   ///< How media packets name it, of StreamType.
-    const char* name;           ///< How users name it; null for a codec that nobody can choose.
+    std::uint32_t streamType;   ///< Its value in media packets, of StreamType.
+    const char* name;           ///< Its name for users; null for a codec that users cannot choose.
     std::uint32_t rate;         ///< Usual sample rate, Hz.
     std::uint8_t channels;      ///< Usual number.
     bool fixedFormat;           ///< Whether rate and channels are the only ones, whatever a packet says.
     std::uint32_t frameSamples; ///< Samples of each channel in a frame; 0 for a codec without frames.
     std::uint32_t frameBytes;   ///< Bytes of the largest frame; 0 when open, or for a codec without frames.
     std::uint32_t bitRate;      ///< Usual bit/s of a codec without frames, else 0.
-    Timing timing;
+    Timing timing;              ///< The source of the duration of a packet.
 
-    /** Makes a decoder for packets like this; null on failure. Null itself for a codec without a decoder. */
+    /** Makes a decoder for packets like this; returns null on failure. Null for a codec without a decoder. */
     DecoderContext* (*createDecoder)(const TMediaDataPacketInfo& packet);
 
     /** Returns the duration of a packet in ms, modulo 2^32; 0 where its fields leave it open. */

@@ -1,11 +1,14 @@
 #pragma once
 
-/** What a decoder is, whatever the codec. */
+/**
+ * @file
+ * The interface of all decoders.
+ */
 
 #include <cstddef>
 #include <cstdint>
 
-/** What a decoder is given: the codec data of one media packet. */
+/** The codec data of one media packet, the input of a decoder. */
 struct EncodedChunk
 {
     const std::uint8_t* data = nullptr; ///< The first bitstream byte.
@@ -43,19 +46,21 @@ public:
     /** State values of DecodeVideo. */
     enum PictureState : std::uint32_t
     {
-        NoPicture = 0,
-        PictureReady = 2
+        NoPicture = 0,   ///< There is no picture yet.
+        PictureReady = 2 ///< The picture is set.
     };
 
-    /** Codes of QueryFrame. */
+    /** Result of QueryFrame: the decoder has no pictures. */
     static constexpr std::int32_t unsupported = static_cast<std::int32_t>(0x80000004U);
+    /** Result of QueryFrame: the version of the record is not known. */
     static constexpr std::int32_t unsupportedVersion = static_cast<std::int32_t>(0x80000005U);
 
     /**
      * Decodes a chunk of a stream of pictures.
      *
-     * @param picture planes, strides and size; valid until the next call
-     * @param state   PictureReady or NoPicture
+     * @param picture receives planes, strides and size; valid until the next call
+     * @param state   receives PictureReady or NoPicture
+     * @param chunk   the data
      * @return the chunk's size; -1 on failure
      */
     virtual std::int32_t DecodeVideo(DecodedPicture* picture, std::uint32_t* state,
@@ -64,21 +69,24 @@ public:
     /**
      * Decodes a chunk to 16-bit little-endian interleaved samples at the stream's own rate and channels.
      *
-     * @param size in: room in @p pcm, bytes; out: bytes written, untouched on failure
+     * @param pcm   receives the samples
+     * @param size  in: room in @p pcm, bytes; out: bytes written, unchanged on failure
+     * @param chunk the data
      * @return 0; negative on failure
      */
     virtual std::int32_t DecodeAudio(std::uint8_t* pcm, std::uint32_t* size, const EncodedChunk* chunk) = 0;
 
     /**
-     * Frees all that the decoder holds, and the decoder itself. The implementations tolerate a null object,
-     * as far as a call can reach them with one: by the place in the table, not by its lookup in the object.
+     * Frees the decoder and all that it holds. The implementations accept a null object, which only a call by
+     * the place in the table can pass.
      */
     virtual void Release() = 0;
 
     /**
-     * Hands out the frame of the last picture, with a reference that the caller drops by picture->release.
+     * Passes the frame of the last picture to the caller, with a reference that it drops by picture->release.
      *
-     * @param version of the record, 2 or above
+     * @param picture receives frame, addReference and release
+     * @param version version of the record, 2 or above
      * @return 0; unsupportedVersion; unsupported; -1 when there is no frame
      */
     virtual std::int32_t QueryFrame(DecodedPicture* picture, std::int32_t version) = 0;
@@ -86,7 +94,8 @@ public:
 protected:
     ~DecoderContext() = default;
 
-    /** The object of a Release, which may be null. Volatile, as compilers take `this` for never null. */
+    /** Returns the object of a Release, which may be null. Volatile, as compilers assume that `this` is not
+     * null. */
     template<class Decoder>
     static Decoder* releasedObject(Decoder* self)
     {

@@ -1,6 +1,9 @@
 #pragma once
 
-/** One factory for each codec. Each returns null on failure; the decoder ends by its Release. Any thread. */
+/**
+ * @file
+ * One factory for each codec. Each returns null on failure. The decoder is freed by its Release. Any thread.
+ */
 
 #include <cstdint>
 

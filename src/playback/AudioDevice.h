@@ -21,42 +21,46 @@ inline constexpr std::uint64_t ringByteLimit = 32 * 1024 * 1024;
  *
  *   Push --> [pending] --swap--> [reading] --> DecoderSlot --> block --> SwrConverter --> readData
  *
- * Nobody waits for sound: a full ring drops the newest packet, an empty one is answered with silence, and a
- * ring that was full when the reader came is thrown away, so that the sound catches up with the present. How
- * many packets make a ring full is a matter of the first one's duration; so that packets much larger than the
- * first do not fill the memory, a ring also takes no more than ringByteLimit bytes.
- * Push runs on the thread of AudioRenderer, reading on the AudioOutput's.
+ * Nothing waits for sound: a full ring drops the newest packet, an empty one is played as silence, and a ring
+ * that was full when it was read is dropped, so that the sound is not late. The first packet's duration
+ * decides how many packets a ring holds. It also holds no more than ringByteLimit bytes, so that packets much
+ * larger than the first do not fill the memory. Push runs on the thread of AudioRenderer, reading on the
+ * AudioOutput's.
  */
 class AudioDevice : public QIODevice
 {
 public:
     /**
-     * An open device whose rings hold 500 ms of packets like the first.
+     * Makes an open device whose rings hold 500 ms of packets like the first.
      *
+     * @param converter   converts to the output's format
      * @param firstPacket sizes the rings and is the stream's key; it is not queued
      */
     AudioDevice(SwrConverter&& converter, const _TMediaDataPacketInfoV3* firstPacket);
 
-    /** A device that is never open: drops every packet and only remembers the stream's key. */
+    /** Makes a device that is never open: it drops every packet and only stores the stream's key. */
     explicit AudioDevice(const _TMediaDataPacketInfoV3& firstPacket);
 
     ~AudioDevice() override;
 
-    /** Whether the packet is of the stream that this device was made for. */
+    /** Returns whether the packet is of the stream that this device was made for. */
     bool hasKeyOf(const _TMediaDataPacketInfoV3& packet) const;
 
     /**
      * Queues a packet; one that is larger than ringByteLimit is dropped.
      *
+     * @param packet       the packet
      * @param dropWhenFull drops it when the ring has no room; otherwise waits for room
      */
     void Push(const MediaPacketPtr& packet, bool dropWhenFull);
 
+    /** Returns true. */
     bool isSequential() const override { return true; }
 
 protected:
     /** Always fills the whole request; returns maxlen. */
     qint64 readData(char* data, qint64 maxlen) override;
+    /** Returns -1: the device cannot be written. */
     qint64 writeData(const char* data, qint64 len) override;
 
 private:

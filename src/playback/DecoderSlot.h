@@ -17,8 +17,10 @@ public:
     /**
      * Decodes a packet to 16-bit little-endian interleaved samples.
      *
-     * @param size in: room in @p pcm, bytes; out: bytes written, untouched on failure
-     * @return 0; negative on failure, also when no decoder suits the packet
+     * @param pcm    receives the samples
+     * @param size   in: room in @p pcm, bytes; out: bytes written, unchanged on failure
+     * @param packet the packet
+     * @return 0; negative on failure, also when there is no decoder for the packet
      */
     std::int32_t Decode(std::uint8_t* pcm, std::uint32_t* size, const _TMediaDataPacketInfoV3& packet);
 
