@@ -3,7 +3,7 @@
 namespace {
 
 // A talk sends twelve commands a second; commands that are answered more than once go on for minutes.
-constexpr std::size_t remembered = 16384;
+constexpr std::size_t remembered = 20000;
 
 } // namespace
 

@@ -15,8 +15,8 @@ public:
     /** A command of the plug-in, and the pointer that its reply hands back. */
     struct Request
     {
-        QString command;
-        void* userData;
+        QString command; ///< Its name.
+        void* userData;  ///< Null when there is none, or when it has been handed back.
     };
 
     SentRequests();
@@ -38,7 +38,7 @@ private:
     struct Named
     {
         quint64 number = 0;
-        QString command;
+        QString command; ///< Its name.
     };
 
     std::vector<Named> m_recent;        ///< By number modulo its size.
