@@ -34,7 +34,7 @@ private:
     {
     public:
         void open() override {}
-        bool send(const QString& command, const QVariant& payload, quint64) override
+        bool send(const QString& command, const QVariant& payload, quint64 request) override
         {
             commands.append(command);
             payloads.append(payload);
@@ -225,7 +225,7 @@ void TestPluginClient::answersToChanges()
     for (const ChangeAnswer answer : answers) {
         spies.push_back(std::make_unique<QSignalSpy>(m_plugin.get(), answer));
     }
-    Q_EMIT m_link->replied(command, QVariant(), nullptr, "412", "the name is taken");
+    Q_EMIT m_link->replied(command, QVariant(), 0, "412", "the name is taken");
     for (int i = 0; i < static_cast<int>(spies.size()); ++i) {
         QCOMPARE(spies[static_cast<std::size_t>(i)]->count(), i == signal ? 1 : 0);
     }
