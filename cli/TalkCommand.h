@@ -6,6 +6,7 @@
 #include "client/measure/OutputRecorder.h"
 #include "client/measure/TalkMonitor.h"
 #include "embedded/EmbeddedLink.h"
+#include "server/devices/simulated/SimulatedConfig.h"
 
 #include <QTimer>
 
@@ -14,13 +15,14 @@ struct TalkOptions
 {
     QString pluginPath; ///< Empty: found beside the program.
     QString cameraId;
-    QString sourceFile;       ///< Speaks in the microphone's place; empty for a microphone.
-    QString inputDevice;      ///< Name of the microphone; empty for the default one.
-    double seconds = 0;       ///< Length of the talk; 0: as long as the file, or until interrupted.
-    int volume = 50;          ///< Microphone volume, 0 to 100.
-    int answerTimeout = 5000; ///< Wait for the server's answer, ms.
-    QString heardFile;        ///< What was heard goes there; empty: to a new file beside the recordings.
-    ServerConfig server;
+    QString sourceFile;        ///< Speaks in the microphone's place; empty for a microphone.
+    QString inputDevice;       ///< Name of the microphone; empty for the default one.
+    double seconds = 0;        ///< Length of the talk; 0: as long as the file, or until interrupted.
+    int volume = 50;           ///< Microphone volume, 0 to 100.
+    int answerTimeout = 5000;  ///< Wait for the server's answer, ms.
+    QString heardFile;         ///< What was heard goes there; empty: to a new file beside the recordings.
+    ServerConfig server;       ///< But for its simulated devices.
+    SimulatedConfig simulated; ///< Those devices.
 };
 
 /**

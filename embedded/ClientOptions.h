@@ -2,6 +2,7 @@
 
 #include "client/ServerLink.h"
 #include "server/RecordingServer.h"
+#include "server/devices/simulated/SimulatedConfig.h"
 
 #include <QCommandLineParser>
 #include <QStringList>
@@ -18,6 +19,9 @@ public:
     /** Empty, and an error, when they make no sense. */
     static std::optional<ClientOptions> read(const QCommandLineParser& parser, QString* error);
 
+    /** How the embedded server is set up, with its devices. */
+    ServerConfig serverConfig() const;
+
     /** A link to the chosen server; by default one of its own inside this process. */
     std::unique_ptr<ServerLink> makeLink() const;
 
@@ -26,7 +30,8 @@ public:
     QString user;
     QString secret;
     QString fingerprint;
-    ServerConfig embedded; ///< Of the embedded server.
-    int timeout = 5000;    ///< For the connection and for each answer, ms.
+    ServerConfig embedded;     ///< Of the embedded server, but for its devices.
+    SimulatedConfig simulated; ///< Its devices.
+    int timeout = 5000;        ///< For the connection and for each answer, ms.
     bool json = false;
 };

@@ -3,6 +3,7 @@
 #include "fuzz/VariantTree.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
+#include "server/devices/simulated/SimulatedDevices.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -40,9 +41,11 @@ struct Place
 
     static ServerConfig config(const QString& recordings)
     {
+        SimulatedConfig simulated;
+        simulated.cameras = defaultCameras();
+        simulated.recordingDirectory = recordings;
         ServerConfig config;
-        config.cameras = defaultCameras();
-        config.recordingDirectory = recordings;
+        config.devices = simulatedDevices(simulated);
         return config;
     }
 };

@@ -1,28 +1,30 @@
 #include "server/RecordingServer.h"
 
 #include "server/core/ServerSession.h"
-#include "server/devices/simulated/SpeakerTalk.h"
 
 namespace {
 
-constexpr int defaultEchoDelay = 500; // ms
+template<class Backend, class Kinds>
+std::vector<std::unique_ptr<Backend>> makeBackends(const Kinds& kinds)
+{
+    std::vector<std::unique_ptr<Backend>> backends;
+    for (const auto& kind : kinds) {
+        backends.push_back(kind.makeBackend());
+    }
+    return backends;
+}
+
+template<class Backend>
+std::vector<Backend*> pointers(const std::vector<std::unique_ptr<Backend>>& backends)
+{
+    std::vector<Backend*> all;
+    for (const auto& backend : backends) {
+        all.push_back(backend.get());
+    }
+    return all;
+}
 
 } // namespace
-
-std::vector<CameraConfig> defaultCameras(const QString& speechFile)
-{
-    CameraVoiceConfig echo;
-    echo.kind = CameraVoiceConfig::Echo;
-    echo.echoDelay = defaultEchoDelay;
-    CameraVoiceConfig speech;
-    speech.kind = speechFile.isEmpty() ? CameraVoiceConfig::Silent : CameraVoiceConfig::File;
-    speech.file = speechFile;
-    return {
-        {QStringLiteral("camera-1"), QStringLiteral("Front gate"), true, 0, echo},
-        {QStringLiteral("camera-2"), QStringLiteral("Loading dock"), true, 0, speech},
-        {QStringLiteral("camera-3"), QStringLiteral("Car park"), false, 0, CameraVoiceConfig()},
-    };
-}
 
 RecordingServer::RecordingServer(ServerConfig config)
     : m_config(std::move(config)), m_data(m_config.dataDirectory),
@@ -31,9 +33,10 @@ RecordingServer::RecordingServer(ServerConfig config)
                 !DeviceStore::hasPasswords(m_database)),
       m_devices(m_database, m_secrets), m_files(m_database, m_data.path("files")),
       m_groups(m_database, m_devices), m_schedules(m_database, m_devices, m_groups, m_files),
-      m_rack(m_config.recordingDirectory, m_config.speakersAloud),
-      m_playback(m_devices, m_groups, m_files, m_rack, m_config.offlineAddresses),
-      m_scheduleRunner(m_schedules, m_config.clock), m_talks(m_config.cameras, m_config.recordingDirectory),
+      m_cameraBackends(makeBackends<CameraBackend>(m_config.devices.cameras)),
+      m_speakerBackends(makeBackends<SpeakerBackend>(m_config.devices.speakers)),
+      m_playback(m_devices, m_groups, m_files, pointers(m_speakerBackends)),
+      m_scheduleRunner(m_schedules, m_config.clock), m_talks(pointers(m_cameraBackends), m_config.talkLimits),
       m_errorString(whyNotOpen())
 {
     registerTalks();
@@ -123,10 +126,12 @@ void RecordingServer::registerRecords()
 QVariantList RecordingServer::cameraRecords() const
 {
     QVariantList records;
-    for (const CameraConfig& camera : m_config.cameras) {
-        records.append(QVariantMap{{QStringLiteral("camId"), camera.id},
-                                   {QStringLiteral("camName"), camera.name},
-                                   {QStringLiteral("online"), camera.online}});
+    for (const auto& backend : m_cameraBackends) {
+        for (const Camera& camera : backend->cameras()) {
+            records.append(QVariantMap{{QStringLiteral("camId"), camera.id},
+                                       {QStringLiteral("camName"), camera.name},
+                                       {QStringLiteral("online"), camera.online}});
+        }
     }
     return records;
 }
@@ -151,7 +156,8 @@ void RecordingServer::registerPlayback()
 }
 
 /** What keeps a speaker from talking is told in "error" of a success: so the client hears of it in words. */
-ServerReply RecordingServer::startTalkToIPAudio(ServerSession& session, const QVariant& payload)
+std::optional<ServerReply> RecordingServer::startTalkToIPAudio(ServerSession& session,
+                                                               const QVariant& payload)
 {
     const int id = payload.toInt();
     const auto device = m_devices.find(id);
@@ -161,18 +167,16 @@ ServerReply RecordingServer::startTalkToIPAudio(ServerSession& session, const QV
     if (!device) {
         return withError(QStringLiteral("no device has the id %1").arg(id));
     }
-    if (m_playback.isOffline(*device)) {
+    SpeakerBackend* backend = m_playback.backendOf(*device);
+    if (backend == nullptr) {
         return withError(QStringLiteral("\"%1\" is offline").arg(device->name));
     }
-    return m_talks.startTalkToSpeaker(session, id, std::make_unique<SpeakerTalk>(m_rack, id));
+    return m_talks.startTalkToSpeaker(session, *device, *backend);
 }
 
 std::optional<ServerReply> RecordingServer::execute(ServerSession& session, const QString& command,
                                                     const QVariant& payload)
 {
-    if (!m_config.answers) {
-        return std::nullopt;
-    }
     if (!isOpen()) {
         return refusal(ReturnCode::storageFailed, m_errorString);
     }

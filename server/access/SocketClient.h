@@ -17,7 +17,7 @@ class SocketClient : public QObject
 
 public:
     /** @param socket owned from now on */
-    SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
+    SocketClient(CommandExecutor& server, const SocketConfig& config, LoginChecker& logins,
                  QWebSocket* socket);
     ~SocketClient() override;
 
@@ -34,7 +34,7 @@ private:
     void drop(const QString& reason);
     void refuse(const QString& reason);
 
-    RecordingServer& m_server;
+    CommandExecutor& m_server;
     const SocketConfig& m_config;
     LoginChecker& m_logins;
     std::unique_ptr<QWebSocket> m_socket;

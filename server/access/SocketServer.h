@@ -2,7 +2,7 @@
 
 #include "server/access/LoginChecker.h"
 #include "server/access/UserBook.h"
-#include "server/RecordingServer.h"
+#include "server/core/CommandExecutor.h"
 
 #include <QElapsedTimer>
 #include <QHostAddress>
@@ -33,7 +33,7 @@ struct SocketConfig
 /**
  * The server's door for other processes: WebSockets with CBOR messages, with TLS if there is a certificate.
  *
- *   QWebSocketServer --> SocketClient (login, then a ServerSession) --> RecordingServer
+ *   QWebSocketServer --> SocketClient (login, then a ServerSession) --> CommandExecutor
  *
  * Until a client has logged in, it is told nothing and may send little. Lives on the server's thread.
  */
@@ -43,7 +43,7 @@ class SocketServer : public QObject
 
 public:
     /** @param server outlives the object @param certificate null for no TLS */
-    SocketServer(RecordingServer& server, SocketConfig config, const ServerCertificate* certificate);
+    SocketServer(CommandExecutor& server, SocketConfig config, const ServerCertificate* certificate);
     ~SocketServer() override;
 
     bool listen();
@@ -58,7 +58,7 @@ public:
 private:
     void accept();
 
-    RecordingServer& m_recordingServer;
+    CommandExecutor& m_executor;
     SocketConfig m_config;
     LoginChecker m_logins;
     QWebSocketServer m_server;

@@ -1,5 +1,19 @@
 #include "server/core/ServerSession.h"
 
+#include <utility>
+
+LateReply::LateReply(ServerSession& session, QString command, void* userData)
+    : m_session(&session), m_command(std::move(command)), m_userData(userData)
+{
+}
+
+void LateReply::send(const ServerReply& reply) const
+{
+    if (m_session) {
+        m_session->sendReply(m_command, m_userData, reply);
+    }
+}
+
 ServerSession::ServerSession(CommandExecutor& executor) : m_executor(executor)
 {
     m_executor.openSession(*this);
@@ -12,10 +26,17 @@ ServerSession::~ServerSession()
 
 void ServerSession::submit(const QString& command, const QVariant& payload, void* userData)
 {
+    m_command = command;
+    m_userData = userData;
     const auto reply = m_executor.execute(*this, command, payload);
     if (reply) {
         sendReply(command, userData, *reply);
     }
+}
+
+LateReply ServerSession::replyLater()
+{
+    return LateReply(*this, m_command, m_userData);
 }
 
 void ServerSession::sendReply(const QString& command, void* userData, const ServerReply& reply)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "protocol/ServerReply.h"
+#include "server/devices/SpeakerBackend.h"
 #include "server/records/RecordDatabase.h"
 #include "server/records/SecretBox.h"
 
@@ -25,13 +26,8 @@ public:
     ServerReply remove(const QVariant& payload);
     ServerReply list();
 
-    struct Device
-    {
-        int id;
-        QString name;
-        QString address;
-    };
-    std::optional<Device> find(int id);
+    /** A device and how it is reached; empty when none has the id. */
+    std::optional<Speaker> find(int id);
 
     /** Whether all of these devices exist. */
     bool exist(const QList<int>& ids);

@@ -1,8 +1,11 @@
 // Servers that refuse, go away, come back, or never answer, as the window tells of them.
 
 #include "server/access/SocketServer.h"
+#include "server/devices/simulated/SimulatedDevices.h"
 #include "system/ProgramEnd.h"
 #include "tests/desk/WindowFixture.h"
+#include "tests/server/AwkwardBackend.h"
+#include "tests/server/SilentServer.h"
 
 #include <QSignalSpy>
 
@@ -38,9 +41,11 @@ void TestDeskConnection::initTestCase()
     m_pulse = std::make_unique<PulseServer>();
     QVERIFY(m_pulse->ready());
     QVERIFY(m_users.setPassword("anna", "right"));
-    m_config.cameras = defaultCameras();
-    m_config.recordingDirectory = m_folder.path();
-    m_config.cameras.front().name = "Far away gate";
+    SimulatedConfig simulated;
+    simulated.cameras = defaultCameras();
+    simulated.recordingDirectory = m_folder.path();
+    simulated.cameras.front().name = "Far away gate";
+    m_config.devices = simulatedDevices(simulated);
 }
 
 void TestDeskConnection::init()
@@ -131,8 +136,9 @@ void TestDeskConnection::serverThatGoesAndComesBack()
 
 void TestDeskConnection::serverThatNeverAnswers()
 {
-    WindowFixture desk([](ClientOptions& options) {
-        options.embedded.answers = false;
+    const SilentServer server;
+    WindowFixture desk([&server](ClientOptions& options) {
+        server.applyTo(options);
         options.timeout = 500;
     });
     // It was asked for its lists already.
@@ -152,8 +158,14 @@ void TestDeskConnection::serverThatNeverAnswers()
 
 void TestDeskConnection::cameraThatIsLost()
 {
-    WindowFixture desk(
-        [](ClientOptions& options) { options.embedded.cameras.front().dropAfterPackets = 10; });
+    const auto devices = std::make_shared<AwkwardDevices>();
+    devices->cameras = {{"gate", "Front gate"}};
+    devices->opens = true;
+    devices->losesAfter = 10;
+    WindowFixture desk([&devices](ClientOptions& options) {
+        options.simulated.cameras.clear();
+        options.embedded.devices = devices->kinds();
+    });
     desk.click("Front gate");
     desk.click(desk.item("talkButton"));
     QVERIFY(desk.shows("The other side was lost; the talk has ended."));
