@@ -1,6 +1,7 @@
 #include "client/PluginHost.h"
 
 #include "platform/PluginBase.h"
+#include "protocol/Words.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -46,7 +47,7 @@ PluginHost::PluginHost(ServerLink& link) : m_link(link)
             });
     connect(&m_link, &ServerLink::eventRaised, this, [this](const QString& event, const QVariant& payload) {
         Q_EMIT eventArrived(event, payload);
-        if (m_plugin != nullptr) {
+        if (m_plugin != nullptr && !Words::isHostEvent(event)) {
             m_plugin->EventProcessor(event, 0, 0, 0, payload, QString());
         }
     });

@@ -49,7 +49,7 @@ Q_SIGNALS:
     /** A reply came, before the plug-in sees it. */
     void replyArrived(const QString& command, const QString& returnCode, const QString& errorText);
 
-    /** An event came, before the plug-in sees it. */
+    /** An event came, before the plug-in sees it; it does not see those of Words::isHostEvent. */
     void eventArrived(const QString& event, const QVariant& payload);
 
 private:

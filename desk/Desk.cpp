@@ -2,6 +2,7 @@
 
 #include "desk/ErrorWords.h"
 #include "protocol/RecordChecks.h"
+#include "protocol/Words.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -49,6 +50,12 @@ bool Desk::load()
     m_targets.setSpeakers(qobject_cast<QAbstractItemModel*>(speakers));
 
     connect(&m_meters, &TalkMeters::packetSent, &*m_talk, &TalkControl::packetSent);
+    connect(&m_host, &PluginHost::eventArrived, &*m_talk,
+            [this](const QString& event, const QVariant& payload) {
+                if (event == Words::TalkTargetLost) {
+                    m_talk->targetLost(payload.toMap());
+                }
+            });
     connect(&*m_talk, &TalkControl::phaseChanged, this,
             [this] { m_meters.setActive(m_talk->phase() == TalkControl::Talking); });
     connect(&m_connection, &DeskConnection::aboutToChange, this, [this] {

@@ -4,6 +4,7 @@
 #include "cli/commands/CommandArguments.h"
 #include "cli/commands/Commands.h"
 #include "client/measure/TalkMonitor.h"
+#include "protocol/Words.h"
 #include "system/EnvironmentVariable.h"
 #include "system/MediaFiles.h"
 
@@ -74,6 +75,15 @@ int runSay(const QStringList& words)
     }
     TalkMonitor monitor;
     QObject::connect(&session.host(), &PluginHost::commandSent, &monitor, &TalkMonitor::commandSent);
+    QObject::connect(
+        &session.host(), &PluginHost::eventArrived, [](const QString& event, const QVariant& payload) {
+            if (event == Words::TalkTargetLost) {
+                const QVariantMap fields = payload.toMap();
+                PluginSession::fail(ExitTalkLost, QStringLiteral("device %1 was lost: %2")
+                                                      .arg(fields.value(QStringLiteral("deviceID")).toInt())
+                                                      .arg(fields.value(QStringLiteral("error")).toString()));
+            }
+        });
     if (openTalks(session, *devices) == 0) {
         return ExitRefused;
     }

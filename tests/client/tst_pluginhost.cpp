@@ -1,4 +1,6 @@
 #include "client/PluginHost.h"
+#include "protocol/Words.h"
+#include "system/EnvironmentVariable.h"
 #include "tests/support/BuiltLibraries.h"
 
 #include <QSignalSpy>
@@ -10,11 +12,17 @@ class TestPluginHost : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void loadsAndConnects();
     void carriesRepliesAndEvents();
+    void keepsItsOwnEvents();
     void linkThatRefuses();
     void lateRepliesAfterUnload();
     void badPlugins();
+
+private:
+    QTemporaryDir m_folder;
+    QString m_log = m_folder.filePath("log");
 };
 
 namespace {
@@ -42,6 +50,12 @@ public:
 };
 
 } // namespace
+
+void TestPluginHost::initTestCase()
+{
+    setEnvironmentVariable("TRELLOG_FILE", m_log); // before the log library is loaded
+    qputenv("TRELLOG_LEVEL", "5");
+}
 
 void TestPluginHost::loadsAndConnects()
 {
@@ -77,6 +91,26 @@ void TestPluginHost::carriesRepliesAndEvents()
     QCOMPARE(talking.count(), 2);
     QCOMPARE(link.sent.last(), QStringLiteral("StopTalk"));
     QCOMPARE(replies.count(), 1);
+}
+
+void TestPluginHost::keepsItsOwnEvents()
+{
+    // The plug-in's log has a line for each event that reaches it.
+    const auto eventsLogged = [this] {
+        QFile log(m_log);
+        return log.open(QIODevice::ReadOnly) ? log.readAll().count("PluginVoiceDesk::EventProcessor, Enter")
+                                             : -1;
+    };
+    TestLink link;
+    PluginHost host(link);
+    QSignalSpy events(&host, &PluginHost::eventArrived);
+    QVERIFY(host.load(pluginPath));
+    const int before = eventsLogged();
+    Q_EMIT link.eventRaised("PlayAudioFailed", QVariantMap());
+    QCOMPARE(eventsLogged(), before + 1);
+    Q_EMIT link.eventRaised(Words::TalkTargetLost, QVariantMap{{"Token", "t"}});
+    QCOMPARE(events.count(), 2);
+    QCOMPARE(eventsLogged(), before + 1);
 }
 
 void TestPluginHost::linkThatRefuses()
