@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int cameraInterval = 30000;              // ms
 constexpr qint64 largestUpload = qint64{32} << 20; // bytes
 
 } // namespace
@@ -24,10 +23,11 @@ Desk::Desk(const ClientOptions& options, const QString& settingsFile)
     connect(&m_host, &PluginHost::replyArrived, &m_watch, &CommandWatch::replyArrived);
     connect(&m_host, &PluginHost::eventArrived, &m_meters, &TalkMeters::eventArrived);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_targets, &TargetModel::setCameras);
-    // Nobody tells when a camera comes or goes.
-    m_cameraTimer.setInterval(cameraInterval);
-    connect(&m_cameraTimer, &QTimer::timeout, &m_connection.link(), &LinkSwitch::askForCameras);
-    m_cameraTimer.start();
+    connect(&m_host, &PluginHost::eventArrived, &m_connection.link(), [this](const QString& event) {
+        if (event == Words::CamerasChanged) {
+            m_connection.link().askForCameras();
+        }
+    });
 }
 
 Desk::~Desk()

@@ -71,7 +71,6 @@ private:
     TalkMeters m_meters;
     ScheduleWords m_schedules;
     PluginHost m_host;
-    QTimer m_cameraTimer;
     std::optional<TalkControl> m_talk;
     std::optional<PlaybackBook> m_playback;
 };

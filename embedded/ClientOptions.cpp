@@ -48,6 +48,8 @@ void ClientOptions::addTo(QCommandLineParser& parser)
                     QStringLiteral("recordings")),
         valueOption("timeout", "Wait for the server (default: 5).", "seconds", QStringLiteral("5")),
         valueOption("plugin", "The plug-in (default: found beside this program).", "file"),
+        QCommandLineOption(QStringLiteral("simulate"),
+                           QStringLiteral("Give the server of this program simulated cameras.")),
         QCommandLineOption(QStringLiteral("json"), QStringLiteral("Write JSON, for programs.")),
         QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
                            QStringLiteral("Show this help.")),
@@ -89,6 +91,7 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         *error = QStringLiteral("--data takes the name of a folder");
         return std::nullopt;
     }
+    options.simulated.hasCameras = parser.isSet(QStringLiteral("simulate"));
     options.simulated.cameras = defaultCameras();
     options.embedded.dataDirectory = QDir(parser.value(QStringLiteral("data"))).absolutePath();
     options.simulated.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();

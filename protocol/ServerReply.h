@@ -35,6 +35,7 @@ inline const QString badPort = QStringLiteral("414");
 inline const QString badCredentials = QStringLiteral("415");
 inline const QString badList = QStringLiteral("416");
 inline const QString badSchedule = QStringLiteral("417");
+inline const QString badCameraKind = QStringLiteral("418");
 inline const QString nothingToPlayOn = QStringLiteral("421");
 inline const QString brokenFile = QStringLiteral("422");
 inline const QString fileRefused = QStringLiteral("-2");

@@ -1,6 +1,8 @@
 #include "server/RecordingServer.h"
 
+#include "protocol/Words.h"
 #include "server/core/ServerSession.h"
+#include "server/devices/AbsentCameras.h"
 
 namespace {
 
@@ -12,6 +14,22 @@ std::vector<std::unique_ptr<Backend>> makeBackends(const Kinds& kinds)
         backends.push_back(kind.makeBackend());
     }
     return backends;
+}
+
+std::vector<std::unique_ptr<CameraBackend>> makeCameraBackends(const std::vector<CameraKind>& kinds)
+{
+    auto backends = makeBackends<CameraBackend>(kinds);
+    backends.push_back(std::make_unique<AbsentCameras>());
+    return backends;
+}
+
+QStringList namesOf(const std::vector<CameraKind>& kinds)
+{
+    QStringList names;
+    for (const CameraKind& kind : kinds) {
+        names.append(kind.name);
+    }
+    return names;
 }
 
 template<class Backend>
@@ -31,9 +49,10 @@ RecordingServer::RecordingServer(ServerConfig config)
       m_database(m_data.isLasting() ? m_data.path("records.sqlite") : QString()),
       m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString(),
                 !DeviceStore::hasPasswords(m_database)),
-      m_devices(m_database, m_secrets), m_files(m_database, m_data.path("files")),
-      m_groups(m_database, m_devices), m_schedules(m_database, m_devices, m_groups, m_files),
-      m_cameraBackends(makeBackends<CameraBackend>(m_config.devices.cameras)),
+      m_cameras(m_database, namesOf(m_config.devices.cameras)), m_devices(m_database, m_secrets),
+      m_files(m_database, m_data.path("files")), m_groups(m_database, m_devices),
+      m_schedules(m_database, m_devices, m_groups, m_files),
+      m_cameraBackends(makeCameraBackends(m_config.devices.cameras)),
       m_speakerBackends(makeBackends<SpeakerBackend>(m_config.devices.speakers)),
       m_playback(m_devices, m_groups, m_files, pointers(m_speakerBackends)),
       m_scheduleRunner(m_schedules, m_config.clock), m_talks(pointers(m_cameraBackends), m_config.talkLimits),
@@ -42,6 +61,7 @@ RecordingServer::RecordingServer(ServerConfig config)
     registerTalks();
     registerRecords();
     registerPlayback();
+    registerCameras();
     connect(&m_playback, &PlaybackService::playAudioFailed, this, [this](const QVariantMap& fields) {
         for (ServerSession* session : qAsConst(m_sessions)) {
             session->raisePlainEvent(QStringLiteral("PlayAudioFailed"), fields);
@@ -114,13 +134,69 @@ void RecordingServer::registerRecords()
             return store.list();
         };
     };
-    m_executors[QStringLiteral("GetCamera")] = [this](ServerSession&, const QVariant&) {
-        return done(cameraRecords());
-    };
     list("RetrieveIPAudioModel", m_devices);
     list("GetAudioFile", m_files);
     list("GetNetworkAudioGroup", m_groups);
     list("GetNetworkAudioSchedule", m_schedules);
+}
+
+void RecordingServer::registerCameras()
+{
+    const auto on = [this](const QString& command, ServerReply (CameraStore::*operation)(const QVariant&)) {
+        m_executors[command] = [this, operation](ServerSession&, const QVariant& payload) {
+            const ServerReply reply = (m_cameras.*operation)(payload);
+            if (reply.returnCode == ReturnCode::success) {
+                applyCameraRecords();
+            }
+            return reply;
+        };
+    };
+    on(Words::AddCamera, &CameraStore::add);
+    on(Words::UpdateCamera, &CameraStore::update);
+    on(Words::DeleteCamera, &CameraStore::remove);
+    m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&) { return done(cameraRecords()); };
+    applyCameraRecords();
+    for (const auto& backend : m_cameraBackends) {
+        connect(backend.get(), &CameraBackend::camerasChanged, this, &RecordingServer::reportCameras);
+    }
+}
+
+/** Gives each back end the records of its kind. */
+void RecordingServer::applyCameraRecords()
+{
+    const auto records = m_cameras.records();
+    if (!records) {
+        return; // what they know holds
+    }
+    QList<CameraRecord> left = *records;
+    for (std::size_t i = 0; i < m_cameraBackends.size(); ++i) {
+        const bool absent = i == m_config.devices.cameras.size();
+        QList<CameraRecord> own;
+        QList<CameraRecord> others;
+        for (const CameraRecord& record : qAsConst(left)) {
+            (absent || record.kind == m_config.devices.cameras[i].name ? own : others).append(record);
+        }
+        m_cameraBackends[i]->setRecords(own);
+        left = others;
+    }
+}
+
+/** Tells all clients once, however many changes there are at a time. */
+void RecordingServer::reportCameras()
+{
+    if (m_camerasReported) {
+        return;
+    }
+    m_camerasReported = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_camerasReported = false;
+            for (ServerSession* session : qAsConst(m_sessions)) {
+                session->raisePlainEvent(Words::CamerasChanged, QVariantMap());
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 QVariantList RecordingServer::cameraRecords() const
@@ -130,7 +206,9 @@ QVariantList RecordingServer::cameraRecords() const
         for (const Camera& camera : backend->cameras()) {
             records.append(QVariantMap{{QStringLiteral("camId"), camera.id},
                                        {QStringLiteral("camName"), camera.name},
-                                       {QStringLiteral("online"), camera.online}});
+                                       {QStringLiteral("online"), camera.online},
+                                       {Words::camKind, camera.kind},
+                                       {Words::camAddress, camera.address}});
         }
     }
     return records;

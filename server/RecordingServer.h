@@ -3,6 +3,7 @@
 #include "server/core/CommandExecutor.h"
 #include "server/devices/DeviceKinds.h"
 #include "server/playback/PlaybackService.h"
+#include "server/records/CameraStore.h"
 #include "server/records/DataFolder.h"
 #include "server/schedules/ScheduleRunner.h"
 #include "server/schedules/ScheduleStore.h"
@@ -61,6 +62,9 @@ private:
     void registerTalks();
     void registerRecords();
     void registerPlayback();
+    void registerCameras();
+    void applyCameraRecords();
+    void reportCameras();
     QVariantList cameraRecords() const;
     std::optional<ServerReply> startTalkToIPAudio(ServerSession& session, const QVariant& payload);
 
@@ -68,11 +72,14 @@ private:
     DataFolder m_data;
     RecordDatabase m_database;
     SecretBox m_secrets;
+    CameraStore m_cameras;
     DeviceStore m_devices;
     FileStore m_files;
     GroupStore m_groups;
     ScheduleStore m_schedules;
-    std::vector<std::unique_ptr<CameraBackend>> m_cameraBackends;
+    std::vector<std::unique_ptr<CameraBackend>>
+        m_cameraBackends;           ///< One for each kind, and AbsentCameras last.
+    bool m_camerasReported = false; ///< An event about them is on its way.
     std::vector<std::unique_ptr<SpeakerBackend>> m_speakerBackends;
     PlaybackService m_playback;
     ScheduleRunner m_scheduleRunner;

@@ -12,6 +12,22 @@ struct Camera
     QString id;
     QString name;
     bool online = true; ///< As far as the back end knows.
+    QString kind{};
+    QString address{}; ///< Empty for one that is not in the server's records.
+};
+
+/** A camera of the server's records. */
+struct CameraRecord
+{
+    QString id;
+    QString name;
+    QString kind;
+    QString address;
+
+    bool operator==(const CameraRecord& other) const
+    {
+        return id == other.id && name == other.name && kind == other.kind && address == other.address;
+    }
 };
 
 /**
@@ -23,6 +39,9 @@ class CameraBackend : public QObject
     Q_OBJECT
 
 public:
+    /** Takes the records of its kind, at the start and whenever one of them changes. Open talks go on. */
+    virtual void setRecords(const QList<CameraRecord>& records) = 0;
+
     /** The cameras, in the order in which people see them. */
     virtual QList<Camera> cameras() const = 0;
 

@@ -13,7 +13,7 @@
 class RecordDatabase
 {
 public:
-    static constexpr int schemaVersion = 2;
+    static constexpr int schemaVersion = 3;
 
     /** @param path the file; empty for records that end with the object */
     explicit RecordDatabase(const QString& path);

@@ -1,6 +1,7 @@
 // Servers that refuse, go away, come back, or never answer, as the window tells of them.
 
 #include "server/access/SocketServer.h"
+#include "server/core/ServerSession.h"
 #include "server/devices/simulated/SimulatedDevices.h"
 #include "system/ProgramEnd.h"
 #include "tests/desk/WindowFixture.h"
@@ -22,6 +23,7 @@ private Q_SLOTS:
     void serverThatGoesAndComesBack();
     void serverThatNeverAnswers();
     void cameraThatIsLost();
+    void cameraThatIsAdded();
     void serverThatCannotStart();
     void nothingIsKeptOfAnotherServer();
 
@@ -171,6 +173,29 @@ void TestDeskConnection::cameraThatIsLost()
     QVERIFY(desk.shows("The other side was lost; the talk has ended."));
     QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
     desk.shoot("target-lost");
+}
+
+void TestDeskConnection::cameraThatIsAdded()
+{
+    WindowFixture desk;
+    signInAs(desk, "right");
+    QVERIFY(desk.shows("Connected: ws://127.0.0.1"));
+    desk.page(1);
+    QVERIFY(desk.control("Far away gate"));
+    ServerSession another(*m_server);
+    QString id;
+    connect(&another, &ServerSession::replied, this, [&id](const QString&, void*, const ServerReply& reply) {
+        id = reply.result.toMap()["camId"].toString();
+    });
+    another.submit(
+        "AddCamera",
+        QVariantMap{{"camName", "Back door"}, {"camKind", "simulated"}, {"camAddress", "10.0.0.9"}}, nullptr);
+    QTRY_VERIFY(!id.isEmpty());
+    const QString key = "camera:" + id;
+    QTRY_VERIFY(desk.desk().targets()->find(key) != nullptr); // the desk does not have to ask again and again
+    QVERIFY(desk.control("Back door"));
+    another.submit("DeleteCamera", QString(id), nullptr);
+    QTRY_VERIFY(desk.desk().targets()->find(key) == nullptr);
 }
 
 void TestDeskConnection::serverThatCannotStart()

@@ -150,6 +150,7 @@ public:
             }
         };
     }
+    void setRecords(const QList<CameraRecord>& /*records*/) override {}
     QList<Camera> cameras() const override { return m_devices->cameras; }
     std::unique_ptr<DeviceTalk> openTalk(const QString& /*camera*/) override { return m_devices->makeTalk(); }
 

@@ -171,7 +171,11 @@ void TestRecordingServer::camerasAreListed()
     QCOMPARE(cameras.size(), static_cast<int>(m_simulated.cameras.size()));
     for (int i = 0; i < cameras.size(); ++i) {
         const SimulatedCamera& config = m_simulated.cameras[static_cast<std::size_t>(i)];
-        const QVariantMap expected{{"camId", config.id}, {"camName", config.name}, {"online", config.online}};
+        const QVariantMap expected{{"camId", config.id},
+                                   {"camName", config.name},
+                                   {"online", config.online},
+                                   {"camKind", "simulated"},
+                                   {"camAddress", ""}};
         QCOMPARE(cameras[i].toMap(), expected);
     }
 }

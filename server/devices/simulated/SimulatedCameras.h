@@ -3,15 +3,24 @@
 #include "server/devices/CameraBackend.h"
 #include "server/devices/simulated/SimulatedConfig.h"
 
-/** Cameras that this project plays itself: each talk to one is recorded to a new file. */
+#include <optional>
+
+/**
+ * Cameras that this project plays itself: each talk to one is recorded to a new file. Those of the records
+ * echo.
+ */
 class SimulatedCameras : public CameraBackend
 {
 public:
     explicit SimulatedCameras(SimulatedConfig config) : m_config(std::move(config)) {}
 
+    void setRecords(const QList<CameraRecord>& records) override;
     QList<Camera> cameras() const override;
     std::unique_ptr<DeviceTalk> openTalk(const QString& camera) override;
 
 private:
+    std::optional<CameraVoiceConfig> voiceOf(const QString& camera) const;
+
     SimulatedConfig m_config;
+    QList<CameraRecord> m_records;
 };

@@ -28,12 +28,22 @@ struct SimulatedRecordings
 /** How the simulated devices of a server are set up. */
 struct SimulatedConfig
 {
-    std::vector<SimulatedCamera> cameras;
-    QString recordingDirectory;     ///< Created when something is recorded.
-    QSet<QString> offlineAddresses; ///< Speakers at these addresses are not there.
-    bool speakersAloud = false;     ///< Speakers are also heard on this machine.
+    bool hasCameras = true;               ///< Else there are speakers alone.
+    std::vector<SimulatedCamera> cameras; ///< Beside those of the server's records.
+    QString recordingDirectory;           ///< Created when something is recorded.
+    QSet<QString> offlineAddresses;       ///< Speakers at these addresses are not there.
+    bool speakersAloud = false;           ///< Speakers are also heard on this machine.
     std::shared_ptr<SimulatedRecordings> recordings = std::make_shared<SimulatedRecordings>();
 };
+
+/** The kind of simulated devices, as camera records give it. */
+inline QString simulatedKind()
+{
+    return QStringLiteral("simulated");
+}
+
+/** The voice of a camera that echoes what it hears after half a second. */
+CameraVoiceConfig echoingVoice();
 
 /**
  * Three cameras to try things out with: one that echoes what it hears after half a second, one that listens

@@ -6,20 +6,24 @@
 namespace {
 
 constexpr int defaultEchoDelay = 500; // ms
-const QString kind = QStringLiteral("simulated");
 
 } // namespace
 
+CameraVoiceConfig echoingVoice()
+{
+    CameraVoiceConfig voice;
+    voice.kind = CameraVoiceConfig::Echo;
+    voice.echoDelay = defaultEchoDelay;
+    return voice;
+}
+
 std::vector<SimulatedCamera> defaultCameras(const QString& speechFile)
 {
-    CameraVoiceConfig echo;
-    echo.kind = CameraVoiceConfig::Echo;
-    echo.echoDelay = defaultEchoDelay;
     CameraVoiceConfig speech;
     speech.kind = speechFile.isEmpty() ? CameraVoiceConfig::Silent : CameraVoiceConfig::File;
     speech.file = speechFile;
     return {
-        {QStringLiteral("camera-1"), QStringLiteral("Front gate"), true, echo},
+        {QStringLiteral("camera-1"), QStringLiteral("Front gate"), true, echoingVoice()},
         {QStringLiteral("camera-2"), QStringLiteral("Loading dock"), true, speech},
         {QStringLiteral("camera-3"), QStringLiteral("Car park"), false, CameraVoiceConfig()},
     };
@@ -27,8 +31,12 @@ std::vector<SimulatedCamera> defaultCameras(const QString& speechFile)
 
 DeviceKinds simulatedDevices(const SimulatedConfig& config)
 {
-    return {
-        {{kind, [config] { return std::make_unique<SimulatedCameras>(config); }}},
-        {{kind, [config] { return std::make_unique<SimulatedSpeakers>(config); }}},
-    };
+    DeviceKinds kinds;
+    if (config.hasCameras) {
+        kinds.cameras.push_back(
+            {simulatedKind(), [config] { return std::make_unique<SimulatedCameras>(config); }});
+    }
+    kinds.speakers.push_back(
+        {simulatedKind(), [config] { return std::make_unique<SimulatedSpeakers>(config); }});
+    return kinds;
 }
