@@ -320,8 +320,9 @@ void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error,
     if (!success) {
         report(
             tr("%1 cannot be talked to: %2").arg(name, error.isEmpty() ? tr("the server refuses it") : error),
-            m_partners.isEmpty() ? tr("Check the speaker's power and network, or choose another one.")
-                                 : tr("The talk goes on with the others."));
+            m_partners.isEmpty() && m_asked.isEmpty()
+                ? tr("Check the speaker's power and network, or choose another one.")
+                : tr("The talk goes on with the others."));
     }
 }
 
