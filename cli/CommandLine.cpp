@@ -42,7 +42,7 @@ int usageError(const QString& message)
 
 int runCameras()
 {
-    for (const CameraConfig& camera : defaultCameras()) {
+    for (const SimulatedCamera& camera : defaultCameras()) {
         std::printf("%-12s %-16s %s\n", qUtf8Printable(camera.id), qUtf8Printable(camera.name),
                     camera.online ? "online" : "offline");
     }

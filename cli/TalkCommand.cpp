@@ -4,6 +4,7 @@
 #include "audio/TalkEncoder.h"
 #include "cli/InterruptFlag.h"
 #include "cli/TalkSummary.h"
+#include "embedded/ClientOptions.h"
 #include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 #include "src/decoders/CodecTable.h"
@@ -37,10 +38,18 @@ double speechDuration(const CameraVoiceConfig& voice)
     return packets.empty() ? -1 : samples / voice.codec->rate;
 }
 
+ServerConfig serverOf(const TalkOptions& options)
+{
+    ClientOptions client;
+    client.embedded = options.server;
+    client.simulated = options.simulated;
+    return client.serverConfig();
+}
+
 } // namespace
 
 TalkCommand::TalkCommand(TalkOptions options)
-    : m_options(std::move(options)), m_link(m_options.server), m_host(m_link), m_progress(m_monitor)
+    : m_options(std::move(options)), m_link(serverOf(m_options)), m_host(m_link), m_progress(m_monitor)
 {
     connect(&m_host, &PluginHost::commandSent, &m_monitor, &TalkMonitor::commandSent);
     connect(&m_host, &PluginHost::replyArrived, this,
@@ -104,7 +113,7 @@ int TalkCommand::run()
 /** The talk lasts until the camera has said what it has to say; false when that cannot be known. */
 bool TalkCommand::prolongForTheCamera()
 {
-    for (const CameraConfig& camera : m_options.server.cameras) {
+    for (const SimulatedCamera& camera : m_options.simulated.cameras) {
         if (camera.id != m_options.cameraId) {
             continue;
         }
@@ -215,10 +224,10 @@ void TalkCommand::printSummary()
     m_recorder.stop();
     TalkSummary summary(m_monitor);
     summary.duration = m_progress.elapsed();
-    summary.recordings = m_link.server().recordings();
+    summary.recordings = m_options.simulated.recordings->talks;
     QString heardFile = m_options.heardFile;
     if (m_recorder.running() && heardFile.isEmpty()) {
-        heardFile = NumberedFile::create(m_options.server.recordingDirectory, QStringLiteral("heard"),
+        heardFile = NumberedFile::create(m_options.simulated.recordingDirectory, QStringLiteral("heard"),
                                          QStringLiteral("wav"));
     }
     if (m_recorder.running() && m_recorder.write(heardFile)) {

@@ -7,21 +7,23 @@
 #include "client/measure/OutputRecorder.h"
 #include "client/measure/TalkMonitor.h"
 #include "embedded/EmbeddedLink.h"
+#include "server/devices/simulated/SimulatedConfig.h"
 
 #include <QTimer>
 
 /** The options of `voicedesk talk`. */
 struct TalkOptions
 {
-    QString pluginPath;       ///< Empty: found beside the program.
-    QString cameraId;         ///< The camera to talk to.
-    QString sourceFile;       ///< Sound file in place of the microphone; empty for a microphone.
-    QString inputDevice;      ///< Name of the microphone; empty for the default one.
-    double seconds = 0;       ///< Length of the talk; 0: as long as the file, or until interrupted.
-    int volume = 50;          ///< Microphone volume, 0 to 100.
-    int answerTimeout = 5000; ///< Wait for the server's answer, ms.
-    QString heardFile;        ///< For the recording of the output; empty: a new file beside the recordings.
-    ServerConfig server;      ///< Of the server inside the program.
+    QString pluginPath;        ///< Empty: found beside the program.
+    QString cameraId;          ///< The camera to talk to.
+    QString sourceFile;        ///< Speaks in the microphone's place; empty for a microphone.
+    QString inputDevice;       ///< Name of the microphone; empty for the default one.
+    double seconds = 0;        ///< Length of the talk; 0: as long as the file, or until interrupted.
+    int volume = 50;           ///< Microphone volume, 0 to 100.
+    int answerTimeout = 5000;  ///< Wait for the server's answer, ms.
+    QString heardFile;         ///< What was heard goes there; empty: to a new file beside the recordings.
+    ServerConfig server;       ///< But for its simulated devices.
+    SimulatedConfig simulated; ///< Those devices.
 };
 
 /**

@@ -11,7 +11,6 @@ namespace {
 constexpr double longestTalk = 86400;     // s
 constexpr double longestTimeout = 3600;   // s
 constexpr double longestEchoDelay = 5000; // ms
-constexpr int packetsOfASecond = 12;
 
 QCommandLineOption valueOption(const char* name, const char* description, const char* value,
                                const char* fallback = "")
@@ -47,10 +46,6 @@ void addOptions(QCommandLineParser& parser)
                     "WAV file of what was heard, replaced (default: a new heard-N.wav in that folder).",
                     "file"),
         valueOption("timeout", "Wait for the server's answer (default: 5).", "seconds", "5"),
-        valueOption("fault",
-                    "Try out a failing server: \"silent\" answers nothing, \"drop\" loses the camera after a "
-                    "second.",
-                    "kind"),
         valueOption("plugin", "The plug-in (default: found beside this program).", "file"),
         QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
                            QStringLiteral("Show this help.")),
@@ -74,9 +69,9 @@ std::optional<double> number(const QCommandLineParser& parser, const char* optio
 }
 
 /** Sets the cameras up; false, and an error, when that was not said properly. */
-bool readCameras(const QCommandLineParser& parser, ServerConfig& server, QString* error)
+bool readCameras(const QCommandLineParser& parser, SimulatedConfig& simulated, QString* error)
 {
-    server.cameras = defaultCameras(parser.value(QStringLiteral("speech")));
+    simulated.cameras = defaultCameras(parser.value(QStringLiteral("speech")));
     const auto echoDelay = number(parser, "echo-delay", -1, longestEchoDelay, error);
     if (!echoDelay) {
         return false;
@@ -86,16 +81,9 @@ bool readCameras(const QCommandLineParser& parser, ServerConfig& server, QString
         *error = QStringLiteral("--codec takes %1").arg(CodecNames::anyOf());
         return false;
     }
-    const QString fault = parser.value(QStringLiteral("fault"));
-    if (!fault.isEmpty() && fault != QLatin1String("silent") && fault != QLatin1String("drop")) {
-        *error = QStringLiteral("--fault takes \"silent\" or \"drop\"");
-        return false;
-    }
-    server.answers = fault != QLatin1String("silent");
-    for (CameraConfig& camera : server.cameras) {
+    for (SimulatedCamera& camera : simulated.cameras) {
         camera.voice.codec = codec;
         camera.voice.echoDelay = static_cast<int>(*echoDelay);
-        camera.dropAfterPackets = fault == QLatin1String("drop") ? packetsOfASecond : 0;
     }
     return true;
 }
@@ -138,13 +126,13 @@ std::optional<TalkOptions> TalkOptionReader::read(const QStringList& arguments)
     }
     const auto volume = number(parser, "volume", -1, 100, &error);
     const auto timeout = number(parser, "timeout", 0, longestTimeout, &error);
-    if (!volume || !timeout || !readCameras(parser, options.server, &error)) {
+    if (!volume || !timeout || !readCameras(parser, options.simulated, &error)) {
         return std::nullopt;
     }
     options.volume = static_cast<int>(*volume);
     options.answerTimeout = static_cast<int>(*timeout * 1000);
     const QDir output(parser.value(QStringLiteral("output")));
-    options.server.recordingDirectory = output.absolutePath();
+    options.simulated.recordingDirectory = output.absolutePath();
     options.heardFile = parser.value(QStringLiteral("heard"));
     return options;
 }

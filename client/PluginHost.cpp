@@ -3,6 +3,7 @@
 #include "client/RequestNumber.h"
 #include "platform/PluginBase.h"
 #include "protocol/EventTable.h"
+#include "protocol/Words.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -3,15 +3,10 @@
 #include "desk/ErrorWords.h"
 #include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
+#include "protocol/Words.h"
 
 #include <QFileInfo>
 #include <QUrl>
-
-namespace {
-
-constexpr int cameraInterval = 30000; // ms
-
-} // namespace
 
 Desk::Desk(const ClientOptions& options, const QString& settingsFile)
     : m_pluginPath(options.pluginPath), m_settings(settingsFile), m_connection(options),
@@ -22,10 +17,11 @@ Desk::Desk(const ClientOptions& options, const QString& settingsFile)
     connect(&m_host, &PluginHost::replyArrived, &m_watch, &CommandWatch::replyArrived);
     connect(&m_host, &PluginHost::eventArrived, &m_meters, &TalkMeters::eventArrived);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_targets, &TargetModel::setCameras);
-    // Nobody tells when a camera comes or goes.
-    m_cameraTimer.setInterval(cameraInterval);
-    connect(&m_cameraTimer, &QTimer::timeout, &m_connection.link(), &LinkSwitch::askForCameras);
-    m_cameraTimer.start();
+    connect(&m_host, &PluginHost::eventArrived, &m_connection.link(), [this](const QString& event) {
+        if (event == Words::CamerasChanged) {
+            m_connection.link().askForCameras();
+        }
+    });
 }
 
 Desk::~Desk()
@@ -51,6 +47,12 @@ bool Desk::load()
     m_targets.setSpeakers(m_plugin.getIPAudioModel(this));
 
     connect(&m_meters, &TalkMeters::packetSent, &*m_talk, &TalkControl::packetSent);
+    connect(&m_host, &PluginHost::eventArrived, &*m_talk,
+            [this](const QString& event, const QVariant& payload) {
+                if (event == Words::TalkTargetLost) {
+                    m_talk->targetLost(payload.toMap());
+                }
+            });
     connect(&*m_talk, &TalkControl::phaseChanged, this,
             [this] { m_meters.setActive(m_talk->phase() == TalkControl::Talking); });
     connect(&m_connection, &DeskConnection::aboutToChange, this, [this] {

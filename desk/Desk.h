@@ -74,7 +74,6 @@ private:
     PluginHost m_host;
     PluginClient m_plugin;
     QString m_errorString;
-    QTimer m_cameraTimer;
     std::optional<TalkControl> m_talk;
     std::optional<PlaybackBook> m_playback;
 };

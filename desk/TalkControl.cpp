@@ -67,6 +67,7 @@ void TalkControl::setPhase(Phase phase)
         m_ticker.stop();
     }
     if (phase == Idle) {
+        m_lost.clear();
         setHold(Hold::None);
         restoreMute();
     }
@@ -207,6 +208,12 @@ void TalkControl::askSpeakers()
 {
     QStringList keys;
     for (const TargetModel::Target& target : m_targets.chosen()) {
+        if (!target.camera && m_lost.contains(target.key())) {
+            // The plug-in holds it for open until the talk ends.
+            report(tr("%1 was lost.").arg(target.name),
+                   tr("To talk to it again, end the talk and press Talk again."));
+            continue;
+        }
         if (!target.camera && !m_partners.contains(target.key()) && !m_asked.contains(target.key())) {
             keys.append(target.key());
         }
@@ -313,8 +320,9 @@ void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error,
     if (!success) {
         report(
             tr("%1 cannot be talked to: %2").arg(name, error.isEmpty() ? tr("the server refuses it") : error),
-            m_partners.isEmpty() ? tr("Check the speaker's power and network, or choose another one.")
-                                 : tr("The talk goes on with the others."));
+            m_partners.isEmpty() && m_asked.isEmpty()
+                ? tr("Check the speaker's power and network, or choose another one.")
+                : tr("The talk goes on with the others."));
     }
 }
 
@@ -332,6 +340,24 @@ void TalkControl::talkingChanged()
         setPhase(Idle);
         Q_EMIT partnersChanged();
     }
+}
+
+void TalkControl::targetLost(const QVariantMap& fields)
+{
+    const QString camera = fields.value(Vocabulary::camId).toString();
+    const QString key = camera.isEmpty() ? speakerKey(fields.value(Vocabulary::deviceID).toInt())
+                                         : QStringLiteral("camera:") + camera;
+    if (!m_partners.removeOne(key)) {
+        return;
+    }
+    m_lost.append(key);
+    m_targets.setState(key, TargetModel::Failed);
+    Q_EMIT partnersChanged();
+    const TargetModel::Target* target = m_targets.find(key);
+    const QString error = fields.value(Vocabulary::error).toString();
+    const QString name = target != nullptr ? target->name : key.section(QLatin1Char(':'), 1);
+    report(error.isEmpty() ? tr("%1 was lost.").arg(name) : tr("%1 was lost: %2").arg(name, error),
+           tr("The talk goes on with the others."));
 }
 
 void TalkControl::talkDisconnected()

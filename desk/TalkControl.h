@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
+#include <QVariantMap>
 
 class CommandWatch;
 class PluginClient;
@@ -80,6 +81,9 @@ public:
 
     Q_INVOKABLE void dismissProblem() { report(QString(), QString()); }
 
+    /** One of several targets was lost. @param fields those of a TalkTargetLost event */
+    void targetLost(const QVariantMap& fields);
+
     /** A packet of sound went out. */
     void packetSent() { m_lastPacket.start(); }
 
@@ -135,6 +139,7 @@ private:
     QString m_advice;
     QStringList m_asked;         ///< Keys without an answer yet.
     QStringList m_partners;      ///< Keys of open targets.
+    QStringList m_lost;          ///< Keys of targets that the plug-in has open and the server has lost.
     quint64 m_cameraRequest = 0; ///< Of the last camera that was asked.
     Hold m_hold = Hold::None;
     bool m_lifted = false; ///< The talk key lifts a mute, until the key is up and a tail is over.

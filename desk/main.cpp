@@ -53,7 +53,7 @@ std::optional<ClientOptions> readOptions(int* status)
     if (parser.isSet(QStringLiteral("source"))) {
         setEnvironmentVariable("FRAMESMITH_CAPTURE_FILE", parser.value(QStringLiteral("source")));
     }
-    options->embedded.speakersAloud = parser.isSet(QStringLiteral("aloud"));
+    options->simulated.speakersAloud = parser.isSet(QStringLiteral("aloud"));
     return options;
 }
 

@@ -2,6 +2,7 @@
 
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "server/devices/simulated/SimulatedDevices.h"
 
 #include <QDir>
 #include <QFile>
@@ -47,6 +48,8 @@ void ClientOptions::addTo(QCommandLineParser& parser)
                     QStringLiteral("recordings")),
         valueOption("timeout", "Wait for the server (default: 5).", "seconds", QStringLiteral("5")),
         valueOption("plugin", "The plug-in (default: found beside this program).", "file"),
+        QCommandLineOption(QStringLiteral("simulate"),
+                           QStringLiteral("Give the server of this program simulated cameras.")),
         QCommandLineOption(QStringLiteral("json"), QStringLiteral("Write JSON, for programs.")),
         QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
                            QStringLiteral("Show this help.")),
@@ -88,16 +91,26 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         *error = QStringLiteral("--data takes the name of a folder");
         return std::nullopt;
     }
-    options.embedded.cameras = defaultCameras();
+    options.simulated.hasCameras = parser.isSet(QStringLiteral("simulate"));
+    options.simulated.cameras = defaultCameras();
     options.embedded.dataDirectory = QDir(parser.value(QStringLiteral("data"))).absolutePath();
-    options.embedded.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();
+    options.simulated.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();
     return options;
+}
+
+ServerConfig ClientOptions::serverConfig() const
+{
+    ServerConfig config = embedded;
+    const DeviceKinds own = simulatedDevices(simulated);
+    config.devices.cameras.insert(config.devices.cameras.end(), own.cameras.begin(), own.cameras.end());
+    config.devices.speakers.insert(config.devices.speakers.end(), own.speakers.begin(), own.speakers.end());
+    return config;
 }
 
 std::unique_ptr<ServerLink> ClientOptions::makeLink() const
 {
     if (serverUrl.isEmpty()) {
-        return std::make_unique<EmbeddedLink>(embedded);
+        return std::make_unique<EmbeddedLink>(serverConfig());
     }
     return std::make_unique<SocketLink>(SocketLinkConfig{QUrl(serverUrl), user, secret, fingerprint});
 }

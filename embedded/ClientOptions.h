@@ -2,6 +2,7 @@
 
 #include "client/ServerLink.h"
 #include "server/RecordingServer.h"
+#include "server/devices/simulated/SimulatedConfig.h"
 
 #include <QCommandLineParser>
 #include <QStringList>
@@ -25,15 +26,19 @@ public:
      */
     static std::optional<ClientOptions> read(const QCommandLineParser& parser, QString* error);
 
-    /** Makes a link to the chosen server; by default to one of its own inside this process. */
+    /** How the embedded server is set up, with its devices. */
+    ServerConfig serverConfig() const;
+
+    /** A link to the chosen server; by default one of its own inside this process. */
     std::unique_ptr<ServerLink> makeLink() const;
 
-    QString pluginPath;    ///< Empty: found beside the program.
-    QString serverUrl;     ///< ws://host:port or wss://host:port; empty for the embedded server.
-    QString user;          ///< Empty for a token.
-    QString secret;        ///< Password or token.
-    QString fingerprint;   ///< SHA-256 of the server's certificate, hexadecimal; may be empty.
-    ServerConfig embedded; ///< Of the embedded server.
-    int timeout = 5000;    ///< For the connection and for each answer, ms.
-    bool json = false;     ///< Whether to write JSON.
+    QString pluginPath;        ///< Empty: found beside the program.
+    QString serverUrl;         ///< ws://host:port or wss://host:port; empty for the embedded server.
+    QString user;              ///< Empty for a token.
+    QString secret;            ///< Password or token.
+    QString fingerprint;       ///< SHA-256 of the server's certificate, hexadecimal; may be empty.
+    ServerConfig embedded;     ///< Of the embedded server, but for its devices.
+    SimulatedConfig simulated; ///< Its devices.
+    int timeout = 5000;        ///< For the connection and for each answer, ms.
+    bool json = false;         ///< Whether to write JSON.
 };

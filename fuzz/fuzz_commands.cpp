@@ -5,6 +5,7 @@
 #include "protocol/ScheduleRule.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
+#include "server/devices/simulated/SimulatedDevices.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -77,9 +78,11 @@ public:
 private:
     static ServerConfig config(const QString& recordings)
     {
+        SimulatedConfig simulated;
+        simulated.cameras = defaultCameras();
+        simulated.recordingDirectory = recordings;
         ServerConfig config;
-        config.cameras = defaultCameras();
-        config.recordingDirectory = recordings;
+        config.devices = simulatedDevices(simulated);
         return config;
     }
 

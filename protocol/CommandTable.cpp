@@ -20,6 +20,7 @@ constexpr qint64 maxTalkPacket = qint64{Limits::maxTargetsLength} + Limits::maxT
 
 const PayloadShape nothing;
 const PayloadShape number{PayloadShape::Number, {}};
+const PayloadShape text{PayloadShape::Text, {}};
 
 PayloadShape map(const QStringList& keys)
 {
@@ -48,6 +49,13 @@ Row row(const QString& name, const PayloadShape& payload, const PayloadShape& an
 Row often(Row row)
 {
     row.answered = Answered::Often;
+    return row;
+}
+
+/** The same command, answered when a device has. */
+Row late(Row row)
+{
+    row.answered = Answered::Late;
     return row;
 }
 
@@ -112,12 +120,23 @@ std::vector<Row> fileRows()
 std::vector<Row> talkRows()
 {
     return {
-        row(V::StartTalk, map({V::camId, V::relayPath}), map({V::camId, V::talkToken, V::relayPath})),
-        row(V::StartTalkToIPAudio, number, map({V::deviceID, V::talkToken, V::error})),
+        late(row(V::StartTalk, map({V::camId, V::relayPath}), map({V::camId, V::talkToken, V::relayPath}))),
+        late(row(V::StartTalkToIPAudio, number, map({V::deviceID, V::talkToken, V::error}))),
         row(V::StopTalk, map({V::talkToken, V::relayPath}), nothing),
         row(V::StopTalkToIPAudio, number, nothing),
         row(V::TalkData, map({V::targets, V::sequence, V::talkData}), nothing, nothing, maxTalkPacket),
-        row(W::GetCamera, nothing, maps({V::camId, W::camName, W::online})),
+        row(W::GetCamera, nothing, maps({V::camId, W::camName, W::online, W::camKind, W::camAddress})),
+    };
+}
+
+std::vector<Row> cameraRows()
+{
+    const QStringList fields{W::camName, W::camKind, W::camAddress};
+    const QStringList record = QStringList(V::camId) + fields;
+    return {
+        row(W::AddCamera, map(fields), map(record)),
+        row(W::UpdateCamera, map(record), map(record), map({V::camId})),
+        row(W::DeleteCamera, text, text, text),
     };
 }
 
@@ -127,7 +146,8 @@ const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = [] {
         std::vector<Row> joined;
-        for (const auto& part : {deviceRows(), groupRows(), scheduleRows(), fileRows(), talkRows()}) {
+        for (const auto& part :
+             {deviceRows(), groupRows(), scheduleRows(), fileRows(), talkRows(), cameraRows()}) {
             joined.insert(joined.end(), part.begin(), part.end());
         }
         return joined;

@@ -19,6 +19,8 @@ const std::vector<Row>& rows()
          Receiver::Plugin},
         {V::TalkDisconnected, true, {W::Token}, Receiver::Plugin},
         {V::PlayAudioFailed, false, {V::deviceName, V::audioName, V::error, V::alarmName}, Receiver::Plugin},
+        {W::CamerasChanged, false, {}, Receiver::Host},
+        {W::TalkTargetLost, false, {W::Token, V::error, V::camId, V::deviceID}, Receiver::Host},
     };
     return all;
 }

@@ -11,6 +11,7 @@ struct PayloadShape
     {
         Nothing, ///< The invalid QVariant.
         Number,  ///< An int: the id of a record.
+        Text,    ///< A QString: the id of a camera.
         Map,     ///< A QVariantMap with all or some of the keys.
         Maps,    ///< A QVariantList of such maps.
     };

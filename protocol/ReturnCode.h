@@ -27,16 +27,18 @@ inline const QString badPort = QStringLiteral("414");         ///< Not a port.
 inline const QString badCredentials = QStringLiteral("415");  ///< User name or password is too long.
 inline const QString badList = QStringLiteral("416");         ///< A list has a wrong entry, or one twice.
 inline const QString badSchedule = QStringLiteral("417");     ///< Type, settings or times are wrong.
+inline const QString badCameraKind = QStringLiteral("418");   ///< No cameras of this kind are known.
 inline const QString nothingToPlayOn = QStringLiteral("421"); ///< No device to play on.
 inline const QString brokenFile = QStringLiteral("422");      ///< The audio file cannot be decoded.
 inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An upload is refused.
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,        &unknownCommand, &malformedRequest, &noSuchCamera,    &cameraOffline, &noSuchTalk,
-    &badTalkPacket,  &noVoice,        &speakerOffline,   &storageFailed,   &noSuchDevice,  &noSuchFile,
-    &noSuchGroup,    &noSuchSchedule, &badName,          &nameTaken,       &badAddress,    &badPort,
-    &badCredentials, &badList,        &badSchedule,      &nothingToPlayOn, &brokenFile,    &fileRefused,
+    &success,      &unknownCommand, &malformedRequest, &noSuchCamera,   &cameraOffline,
+    &noSuchTalk,   &badTalkPacket,  &noVoice,          &speakerOffline, &storageFailed,
+    &noSuchDevice, &noSuchFile,     &noSuchGroup,      &noSuchSchedule, &badName,
+    &nameTaken,    &badAddress,     &badPort,          &badCredentials, &badList,
+    &badSchedule,  &badCameraKind,  &nothingToPlayOn,  &brokenFile,     &fileRefused,
 };
 
 } // namespace ReturnCode

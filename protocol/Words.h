@@ -12,8 +12,26 @@
  */
 namespace Words {
 
+/**
+ * @name Commands of cameras
+ * @{
+ */
 /** A command, from the host to the server. */
 inline const QString GetCamera = QStringLiteral("GetCamera");
+inline const QString AddCamera = QStringLiteral("AddCamera");
+inline const QString UpdateCamera = QStringLiteral("UpdateCamera");
+inline const QString DeleteCamera = QStringLiteral("DeleteCamera");
+/** @} */
+
+/**
+ * @name Events for the host
+ * @{
+ */
+/** A camera came, went, or changed its name or whether it is online. */
+inline const QString CamerasChanged = QStringLiteral("CamerasChanged");
+/** One of several targets of a talk is lost; the others go on. */
+inline const QString TalkTargetLost = QStringLiteral("TalkTargetLost");
+/** @} */
 
 /**
  * @name Cameras
@@ -22,6 +40,8 @@ inline const QString GetCamera = QStringLiteral("GetCamera");
 /** A key of a camera's record, beside "camId". */
 inline const QString camName = QStringLiteral("camName");
 inline const QString online = QStringLiteral("online");
+inline const QString camKind = QStringLiteral("camKind");
+inline const QString camAddress = QStringLiteral("camAddress");
 /** @} */
 
 /**

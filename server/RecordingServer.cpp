@@ -3,22 +3,61 @@
 #include "protocol/CommandTable.h"
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
-#include "server/devices/simulated/SpeakerTalk.h"
+#include "server/devices/AbsentCameras.h"
 
 namespace {
 
-constexpr int defaultEchoDelay = 500; // ms
+template<class Backend, class Kinds>
+std::vector<std::unique_ptr<Backend>> makeBackends(const Kinds& kinds)
+{
+    std::vector<std::unique_ptr<Backend>> backends;
+    for (const auto& kind : kinds) {
+        backends.push_back(kind.makeBackend());
+    }
+    return backends;
+}
+
+std::vector<std::unique_ptr<CameraBackend>> makeCameraBackends(const std::vector<CameraKind>& kinds)
+{
+    auto backends = makeBackends<CameraBackend>(kinds);
+    backends.push_back(std::make_unique<AbsentCameras>());
+    return backends;
+}
+
+QStringList namesOf(const std::vector<CameraKind>& kinds)
+{
+    QStringList names;
+    for (const CameraKind& kind : kinds) {
+        names.append(kind.name);
+    }
+    return names;
+}
+
+template<class Backend>
+std::vector<Backend*> pointers(const std::vector<std::unique_ptr<Backend>>& backends)
+{
+    std::vector<Backend*> all;
+    for (const auto& backend : backends) {
+        all.push_back(backend.get());
+    }
+    return all;
+}
 
 /** What a refusal carries besides its text: the id of the record in question, in the shape of the table. */
 QVariant refusalResult(const CommandTable::Row& row, const QVariant& payload)
 {
     const QVariantMap fields = payload.toMap();
     switch (row.refusal.kind) {
+    case PayloadShape::Text:
+        return QString(); // what is too large is no id of a camera
     case PayloadShape::Number:
         return row.payload.kind == PayloadShape::Number ? payload.toInt()
                                                         : fields.value(row.payload.keys.first()).toInt();
-    case PayloadShape::Map:
-        return QVariantMap{{row.refusal.keys.first(), fields.value(row.refusal.keys.first()).toInt()}};
+    case PayloadShape::Map: {
+        const QString& key = row.refusal.keys.first();
+        const QVariant id = fields.value(key);
+        return QVariantMap{{key, key == Vocabulary::camId ? QVariant(id.toString()) : QVariant(id.toInt())}};
+    }
     default:
         return QVariant();
     }
@@ -26,36 +65,24 @@ QVariant refusalResult(const CommandTable::Row& row, const QVariant& payload)
 
 } // namespace
 
-std::vector<CameraConfig> defaultCameras(const QString& speechFile)
-{
-    CameraVoiceConfig echo;
-    echo.kind = CameraVoiceConfig::Echo;
-    echo.echoDelay = defaultEchoDelay;
-    CameraVoiceConfig speech;
-    speech.kind = speechFile.isEmpty() ? CameraVoiceConfig::Silent : CameraVoiceConfig::File;
-    speech.file = speechFile;
-    return {
-        {QStringLiteral("camera-1"), QStringLiteral("Front gate"), true, 0, echo},
-        {QStringLiteral("camera-2"), QStringLiteral("Loading dock"), true, 0, speech},
-        {QStringLiteral("camera-3"), QStringLiteral("Car park"), false, 0, CameraVoiceConfig()},
-    };
-}
-
 RecordingServer::RecordingServer(ServerConfig config)
     : m_config(std::move(config)), m_data(m_config.dataDirectory),
       m_database(m_data.isLasting() ? m_data.path("records.sqlite") : QString()),
       m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString(),
                 !DeviceStore::hasPasswords(m_database)),
-      m_devices(m_database, m_secrets), m_files(m_database, m_data.path("files")),
-      m_groups(m_database, m_devices), m_schedules(m_database, m_devices, m_groups, m_files),
-      m_rack(m_config.recordingDirectory, m_config.speakersAloud),
-      m_playback(m_devices, m_groups, m_files, m_rack, m_config.offlineAddresses),
-      m_scheduleRunner(m_schedules, m_config.clock), m_talks(m_config.cameras, m_config.recordingDirectory),
+      m_cameras(m_database, namesOf(m_config.devices.cameras)), m_devices(m_database, m_secrets),
+      m_files(m_database, m_data.path("files")), m_groups(m_database, m_devices),
+      m_schedules(m_database, m_devices, m_groups, m_files),
+      m_cameraBackends(makeCameraBackends(m_config.devices.cameras)),
+      m_speakerBackends(makeBackends<SpeakerBackend>(m_config.devices.speakers)),
+      m_playback(m_devices, m_groups, m_files, pointers(m_speakerBackends)),
+      m_scheduleRunner(m_schedules, m_config.clock), m_talks(pointers(m_cameraBackends), m_config.talkLimits),
       m_errorString(whyNotOpen())
 {
     registerTalks();
     registerRecords();
     registerPlayback();
+    registerCameras();
     Q_ASSERT(static_cast<std::size_t>(m_executors.size()) == CommandTable::rows().size());
     connect(&m_playback, &PlaybackService::playAudioFailed, this, [this](const QVariantMap& fields) {
         for (ServerSession* session : qAsConst(m_sessions)) {
@@ -127,21 +154,84 @@ void RecordingServer::registerRecords()
     const auto list = [this](const QString& command, auto& store) {
         m_executors[command] = [&store](ServerSession&, const QVariant&, quint64) { return store.list(); };
     };
-    m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&, quint64) {
-        return done(cameraRecords());
-    };
     list(Vocabulary::RetrieveIPAudioModel, m_devices);
     list(Vocabulary::GetAudioFile, m_files);
     list(Vocabulary::GetNetworkAudioGroup, m_groups);
     list(Vocabulary::GetNetworkAudioSchedule, m_schedules);
 }
 
+void RecordingServer::registerCameras()
+{
+    const auto on = [this](const QString& command, ServerReply (CameraStore::*operation)(const QVariant&)) {
+        m_executors[command] = [this, operation](ServerSession&, const QVariant& payload, quint64) {
+            const ServerReply reply = (m_cameras.*operation)(payload);
+            if (reply.returnCode == ReturnCode::success) {
+                applyCameraRecords();
+            }
+            return reply;
+        };
+    };
+    on(Words::AddCamera, &CameraStore::add);
+    on(Words::UpdateCamera, &CameraStore::update);
+    on(Words::DeleteCamera, &CameraStore::remove);
+    m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&, quint64) {
+        return done(cameraRecords());
+    };
+    applyCameraRecords();
+    for (const auto& backend : m_cameraBackends) {
+        connect(backend.get(), &CameraBackend::camerasChanged, this, &RecordingServer::reportCameras);
+    }
+}
+
+/** Gives each back end the records of its kind. */
+void RecordingServer::applyCameraRecords()
+{
+    const auto records = m_cameras.records();
+    if (!records) {
+        return; // what they know holds
+    }
+    QList<CameraRecord> left = *records;
+    for (std::size_t i = 0; i < m_cameraBackends.size(); ++i) {
+        const bool absent = i == m_config.devices.cameras.size();
+        QList<CameraRecord> own;
+        QList<CameraRecord> others;
+        for (const CameraRecord& record : qAsConst(left)) {
+            (absent || record.kind == m_config.devices.cameras[i].name ? own : others).append(record);
+        }
+        m_cameraBackends[i]->setRecords(own);
+        left = others;
+    }
+}
+
+/** Tells all clients once, however many changes there are at a time. */
+void RecordingServer::reportCameras()
+{
+    if (m_camerasReported) {
+        return;
+    }
+    m_camerasReported = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_camerasReported = false;
+            for (ServerSession* session : qAsConst(m_sessions)) {
+                session->raisePlainEvent(Words::CamerasChanged, QVariantMap());
+            }
+        },
+        Qt::QueuedConnection);
+}
+
 QVariantList RecordingServer::cameraRecords() const
 {
     QVariantList records;
-    for (const CameraConfig& camera : m_config.cameras) {
-        records.append(QVariantMap{
-            {Vocabulary::camId, camera.id}, {Words::camName, camera.name}, {Words::online, camera.online}});
+    for (const auto& backend : m_cameraBackends) {
+        for (const Camera& camera : backend->cameras()) {
+            records.append(QVariantMap{{Vocabulary::camId, camera.id},
+                                       {Words::camName, camera.name},
+                                       {Words::online, camera.online},
+                                       {Words::camKind, camera.kind},
+                                       {Words::camAddress, camera.address}});
+        }
     }
     return records;
 }
@@ -164,9 +254,9 @@ void RecordingServer::registerPlayback()
         [this](ServerSession&, const QVariant& payload, quint64) { return m_playback.stopGroup(payload); };
 }
 
-/** What keeps a speaker from talking is the text "error" of a success, so that the client gets it in words.
- */
-ServerReply RecordingServer::startTalkToIPAudio(ServerSession& session, const QVariant& payload)
+/** What keeps a speaker from talking is told in "error" of a success: so the client hears of it in words. */
+std::optional<ServerReply> RecordingServer::startTalkToIPAudio(ServerSession& session,
+                                                               const QVariant& payload)
 {
     const int id = payload.toInt();
     const auto device = m_devices.find(id);
@@ -174,18 +264,16 @@ ServerReply RecordingServer::startTalkToIPAudio(ServerSession& session, const QV
     if (!device) {
         return withError(QStringLiteral("no device has the id %1").arg(id));
     }
-    if (m_playback.isOffline(*device)) {
+    SpeakerBackend* backend = m_playback.backendOf(*device);
+    if (backend == nullptr) {
         return withError(QStringLiteral("\"%1\" is offline").arg(device->name));
     }
-    return m_talks.startTalkToSpeaker(session, id, std::make_unique<SpeakerTalk>(m_rack, id));
+    return m_talks.startTalkToSpeaker(session, *device, *backend);
 }
 
 std::optional<ServerReply> RecordingServer::execute(ServerSession& session, const QString& command,
                                                     const QVariant& payload, quint64 request)
 {
-    if (!m_config.answers) {
-        return std::nullopt;
-    }
     if (!isOpen()) {
         return refusal(ReturnCode::storageFailed, m_errorString);
     }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "server/core/CommandExecutor.h"
+#include "server/devices/DeviceKinds.h"
 #include "server/playback/PlaybackService.h"
+#include "server/records/CameraStore.h"
 #include "server/records/DataFolder.h"
 #include "server/schedules/ScheduleRunner.h"
 #include "server/schedules/ScheduleStore.h"
@@ -16,21 +18,12 @@
 /** How a reference recording server is set up. */
 struct ServerConfig
 {
-    std::vector<CameraConfig> cameras;
-    QString recordingDirectory; ///< Created when something is recorded.
-    QString dataDirectory;      ///< Of the database and the audio files, for this process alone as long as
-                                ///< the server lives; empty: they end with the server.
-    QSet<QString> offlineAddresses; ///< Devices at these addresses are not there.
-    bool speakersAloud = false;     ///< Simulated speakers are also heard on this machine.
-    bool answers = true;            ///< False: takes commands and answers none, to try out a dead server.
+    DeviceKinds devices;   ///< Which cameras and speakers there can be.
+    QString dataDirectory; ///< Of the database and the audio files, for this process alone as long as
+                           ///< the server lives; empty: they end with the server.
     ServerClock clock;
+    TalkLimits talkLimits;
 };
-
-/**
- * The cameras of a server that nobody configured: one that echoes what it hears after half a second, one that
- * listens or, if there is a file for it, speaks, and one that is offline.
- */
-std::vector<CameraConfig> defaultCameras(const QString& speechFile = QString());
 
 /**
  * The reference recording server: executes the commands of its sessions.
@@ -54,12 +47,6 @@ public:
     bool isOpen() const { return m_errorString.isEmpty(); }
     QString errorString() const { return m_errorString; }
 
-    /** The recordings of talks to cameras written so far, in the order of the talks. */
-    QStringList recordings() const { return m_talks.recordings(); }
-
-    /** Where a simulated speaker's recording is; empty until it has played something. */
-    QString speakerRecording(int device) const { return m_rack.recordingPath(device); }
-
     /** Looks for schedules that are due, beside the regular looks. */
     void lookAtSchedules() { m_scheduleRunner.look(); }
 
@@ -72,24 +59,32 @@ public:
     void closeSession(ServerSession& session) override;
 
 private:
-    using Executor = std::function<ServerReply(ServerSession&, const QVariant& payload, quint64 request)>;
+    using Executor =
+        std::function<std::optional<ServerReply>(ServerSession&, const QVariant& payload, quint64 request)>;
 
     QString whyNotOpen() const;
     void registerTalks();
     void registerRecords();
     void registerPlayback();
+    void registerCameras();
+    void applyCameraRecords();
+    void reportCameras();
     QVariantList cameraRecords() const;
-    ServerReply startTalkToIPAudio(ServerSession& session, const QVariant& payload);
+    std::optional<ServerReply> startTalkToIPAudio(ServerSession& session, const QVariant& payload);
 
     ServerConfig m_config;
     DataFolder m_data;
     RecordDatabase m_database;
     SecretBox m_secrets;
+    CameraStore m_cameras;
     DeviceStore m_devices;
     FileStore m_files;
     GroupStore m_groups;
     ScheduleStore m_schedules;
-    SpeakerRack m_rack;
+    std::vector<std::unique_ptr<CameraBackend>>
+        m_cameraBackends;           ///< One for each kind, and AbsentCameras last.
+    bool m_camerasReported = false; ///< An event about them is on its way.
+    std::vector<std::unique_ptr<SpeakerBackend>> m_speakerBackends;
     PlaybackService m_playback;
     ScheduleRunner m_scheduleRunner;
     TalkService m_talks;

@@ -4,7 +4,8 @@
     check-includes.py [ROOT]
 
 The table's rows name a module by its folder and the folders of other modules whose headers it may include; a row of a
-folder counts for what is below it, unless a longer one does. Each include of a header of this project must give the header's
+folder counts for what is below it, unless a longer one does, both for what may include and for what may be included: who
+may include `a/` may not therefore include `a/b/`, when that has a row. Each include of a header of this project must give the header's
 whole path from the root. Prints each include that breaks a rule, and ends with 1 when there is one.
 """
 
@@ -37,6 +38,11 @@ def row_of(path, allowed):
     return max((folder for folder in allowed if path.startswith(folder)), key=len, default=None)
 
 
+def may_include(target, module, listed, allowed):
+    """Whether a header, in a module, is among those listed: by its module, or by a path that is no module itself."""
+    return module in listed or any(target.startswith(path) for path in listed if path not in allowed)
+
+
 def faults(root, allowed):
     """Yields the place and the description of each include that breaks a rule."""
     listing = subprocess.run(["git", "-C", root, "ls-files", "--cached", "--others", "--exclude-standard", "*.h", "*.cpp"],
@@ -56,7 +62,7 @@ def faults(root, allowed):
             place = f"{name}:{number}"
             if target in names and bracket == '"':
                 module = row_of(target, allowed)
-                if module != own and not any(target.startswith(folder) for folder in allowed[own]):
+                if module != own and not may_include(target, module, allowed[own], allowed):
                     yield place, f"{own} may not include {target}"
                 elif target.startswith("tests/support/") and not name.startswith(("tests/", "bench/")):
                     yield place, f"{target} is for tests"

@@ -74,6 +74,16 @@ int runSay(const QStringList& words)
     TalkMonitor monitor;
     QObject::connect(&session.host(), &PluginHost::commandSent, &monitor, &TalkMonitor::commandSent);
     AwaitedSignal disconnections(session, &PluginClient::talkDisconnected);
+    QObject::connect(&session.host(), &PluginHost::eventArrived, &monitor,
+                     [](const QString& event, const QVariant& payload) {
+                         if (event == Words::TalkTargetLost) {
+                             const QVariantMap fields = payload.toMap();
+                             PluginSession::fail(ExitTalkLost,
+                                                 QStringLiteral("device %1 was lost: %2")
+                                                     .arg(fields.value(Vocabulary::deviceID).toInt())
+                                                     .arg(fields.value(Vocabulary::error).toString()));
+                         }
+                     });
     if (openTalks(session, *devices) == 0) {
         return ExitRefused;
     }

@@ -42,11 +42,12 @@ int runServe(const QStringList& words)
     if (colon < 0 || !validPort || !config.address.setAddress(listen.left(colon))) {
         return arguments.usage(QStringLiteral("--listen takes an address and a port, like 127.0.0.1:8440"));
     }
-    ServerConfig serverConfig = arguments.client().embedded;
-    serverConfig.speakersAloud = arguments.isSet("aloud");
+    ClientOptions options = arguments.client();
+    options.simulated.speakersAloud = arguments.isSet("aloud");
     for (const QString& address : arguments.value("offline").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-        serverConfig.offlineAddresses.insert(address);
+        options.simulated.offlineAddresses.insert(address);
     }
+    const ServerConfig serverConfig = options.serverConfig();
     InterruptFlag::install();
     RecordingServer server(serverConfig);
     if (!server.isOpen()) {

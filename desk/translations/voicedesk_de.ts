@@ -1103,6 +1103,18 @@
         <translation>Strom und Netz des Lautsprechers prüfen oder einen anderen wählen.</translation>
     </message>
     <message>
+        <source>%1 was lost.</source>
+        <translation>%1 ist nicht mehr erreichbar.</translation>
+    </message>
+    <message>
+        <source>%1 was lost: %2</source>
+        <translation>%1 ist nicht mehr erreichbar: %2</translation>
+    </message>
+    <message>
+        <source>To talk to it again, end the talk and press Talk again.</source>
+        <translation>Um wieder damit zu sprechen, das Gespräch beenden und neu beginnen.</translation>
+    </message>
+    <message>
         <source>The talk goes on with the others.</source>
         <translation>Das Gespräch geht mit den anderen weiter.</translation>
     </message>

@@ -9,7 +9,7 @@ constexpr int refusalTime = 1000; // ms
 
 } // namespace
 
-SocketClient::SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
+SocketClient::SocketClient(CommandExecutor& server, const SocketConfig& config, LoginChecker& logins,
                            QWebSocket* socket)
     : m_server(server), m_config(config), m_logins(logins), m_socket(socket)
 {

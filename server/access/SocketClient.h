@@ -16,8 +16,8 @@ class SocketClient : public QObject
     Q_OBJECT
 
 public:
-    /** @param socket owned from now on; the other arguments outlive the object */
-    SocketClient(RecordingServer& server, const SocketConfig& config, LoginChecker& logins,
+    /** @param socket owned from now on */
+    SocketClient(CommandExecutor& server, const SocketConfig& config, LoginChecker& logins,
                  QWebSocket* socket);
     ~SocketClient() override;
 
@@ -34,7 +34,7 @@ private:
     void drop(const QString& reason);
     void refuse(const QString& reason);
 
-    RecordingServer& m_server;
+    CommandExecutor& m_server;
     const SocketConfig& m_config;
     LoginChecker& m_logins;
     std::unique_ptr<QWebSocket> m_socket;

@@ -7,8 +7,8 @@
 #include <QSslConfiguration>
 #include <QWebSocket>
 
-SocketServer::SocketServer(RecordingServer& server, SocketConfig config, const ServerCertificate* certificate)
-    : m_recordingServer(server), m_config(std::move(config)), m_logins(m_config.users),
+SocketServer::SocketServer(CommandExecutor& server, SocketConfig config, const ServerCertificate* certificate)
+    : m_executor(server), m_config(std::move(config)), m_logins(m_config.users),
       m_server(QStringLiteral("VoiceDesk"),
                certificate != nullptr ? QWebSocketServer::SecureMode : QWebSocketServer::NonSecureMode)
 {
@@ -47,7 +47,7 @@ void SocketServer::accept()
             socket->deleteLater();
             continue;
         }
-        auto client = std::make_unique<SocketClient>(m_recordingServer, m_config, m_logins, socket);
+        auto client = std::make_unique<SocketClient>(m_executor, m_config, m_logins, socket);
         SocketClient* key = client.get();
         connect(
             key, &SocketClient::gone, this, [this, key] { m_clients.erase(key); }, Qt::QueuedConnection);

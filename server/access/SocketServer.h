@@ -1,9 +1,9 @@
 #pragma once
 
 #include "protocol/Limits.h"
-#include "server/RecordingServer.h"
 #include "server/access/LoginChecker.h"
 #include "server/access/UserBook.h"
+#include "server/core/CommandExecutor.h"
 
 #include <QElapsedTimer>
 #include <QHostAddress>
@@ -34,7 +34,7 @@ struct SocketConfig
 /**
  * Serves clients in other processes: WebSockets with CBOR messages, with TLS if there is a certificate.
  *
- *   QWebSocketServer --> SocketClient (login, then a ServerSession) --> RecordingServer
+ *   QWebSocketServer --> SocketClient (login, then a ServerSession) --> CommandExecutor
  *
  * A client that has not logged in gets no data, and its messages are limited to 16 KiB. Lives on the server's
  * thread.
@@ -44,12 +44,8 @@ class SocketServer : public QObject
     Q_OBJECT
 
 public:
-    /**
-     * @param server      outlives the object
-     * @param config      copied
-     * @param certificate null for no TLS
-     */
-    SocketServer(RecordingServer& server, SocketConfig config, const ServerCertificate* certificate);
+    /** @param server outlives the object @param certificate null for no TLS */
+    SocketServer(CommandExecutor& server, SocketConfig config, const ServerCertificate* certificate);
     ~SocketServer() override;
 
     /** Starts to listen; returns false when the address or port cannot be used. */
@@ -67,7 +63,7 @@ public:
 private:
     void accept();
 
-    RecordingServer& m_recordingServer;
+    CommandExecutor& m_executor;
     SocketConfig m_config;
     LoginChecker m_logins;
     QWebSocketServer m_server;

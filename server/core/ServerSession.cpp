@@ -1,5 +1,19 @@
 #include "server/core/ServerSession.h"
 
+#include <utility>
+
+LateReply::LateReply(ServerSession& session, QString command, quint64 request)
+    : m_session(&session), m_command(std::move(command)), m_request(request)
+{
+}
+
+void LateReply::send(const ServerReply& reply) const
+{
+    if (m_session) {
+        m_session->sendReply(m_command, m_request, reply);
+    }
+}
+
 ServerSession::ServerSession(CommandExecutor& executor) : m_executor(executor)
 {
     m_executor.openSession(*this);
@@ -12,10 +26,17 @@ ServerSession::~ServerSession()
 
 void ServerSession::submit(const QString& command, const QVariant& payload, quint64 request)
 {
+    m_command = command;
+    m_request = request;
     const auto reply = m_executor.execute(*this, command, payload, request);
     if (reply) {
         sendReply(command, request, *reply);
     }
+}
+
+LateReply ServerSession::replyLater()
+{
+    return LateReply(*this, m_command, m_request);
 }
 
 void ServerSession::sendReply(const QString& command, quint64 request, const ServerReply& reply)

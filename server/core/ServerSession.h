@@ -3,7 +3,25 @@
 #include "server/core/CommandExecutor.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QVariantMap>
+
+class ServerSession;
+
+/** The reply to a command that is not known yet. */
+class LateReply
+{
+public:
+    LateReply(ServerSession& session, QString command, quint64 request);
+
+    /** Sends the reply, unless the session is gone. Once. */
+    void send(const ServerReply& reply) const;
+
+private:
+    QPointer<ServerSession> m_session;
+    QString m_command;
+    quint64 m_request;
+};
 
 /**
  * One client at the server: takes commands, gives each of them a reply later, and raises events. A
@@ -24,6 +42,12 @@ public:
     /** Sends a reply on; commands that take their time are answered more than once. */
     void sendReply(const QString& command, quint64 request, const ServerReply& reply);
 
+    /**
+     * Keeps the reply to the command that is being executed for later. Only inside of
+     * CommandExecutor::execute, which then returns nothing.
+     */
+    LateReply replyLater();
+
     /** Tells the client of an event whose fields are the payload itself. */
     void raisePlainEvent(const QString& event, const QVariantMap& fields);
 
@@ -39,4 +63,6 @@ Q_SIGNALS:
 
 private:
     CommandExecutor& m_executor;
+    QString m_command;     ///< While it is being executed.
+    quint64 m_request = 0; ///< Of that command.
 };

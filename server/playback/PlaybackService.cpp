@@ -1,8 +1,12 @@
 #include "server/playback/PlaybackService.h"
 
+#include "audio/AudioFileReader.h"
 #include "protocol/Limits.h"
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
+
+#include <algorithm>
+#include <atomic>
 
 namespace {
 
@@ -15,13 +19,48 @@ QVariantMap progressOf(int percent)
 
 } // namespace
 
-PlaybackService::PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files,
-                                 SpeakerRack& rack, QSet<QString> offlineAddresses)
-    : m_devices(devices), m_groups(groups), m_files(files), m_rack(rack),
-      m_offlineAddresses(std::move(offlineAddresses))
+/** A file for one back end, which may read it on a thread of its own. */
+class FileSource : public SoundSource
 {
-    connect(&m_rack, &SpeakerRack::sourceEnded, this, &PlaybackService::ended);
+public:
+    bool open(const QString& path)
+    {
+        static_assert(AudioFileReader::sampleRate == sampleRate, "a source does not convert");
+        return m_reader.open(path);
+    }
+
+    bool read(std::size_t count, std::vector<std::int16_t>& out) override
+    {
+        const std::size_t before = out.size();
+        m_reader.read(count, out);
+        m_played += out.size() - before;
+        m_broken = m_reader.isBroken();
+        return out.size() - before == count;
+    }
+
+    std::size_t played() const { return m_played; } ///< Samples; any thread.
+    bool isBroken() const { return m_broken; }      ///< Any thread.
+
+private:
+    AudioFileReader m_reader;
+    std::atomic<std::size_t> m_played = 0;
+    std::atomic<bool> m_broken = false;
+};
+
+PlaybackService::PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files,
+                                 std::vector<SpeakerBackend*> backends)
+    : m_devices(devices), m_groups(groups), m_files(files), m_backends(std::move(backends))
+{
     connect(&m_progressTimer, &QTimer::timeout, this, &PlaybackService::tellProgress);
+}
+
+PlaybackService::~PlaybackService() = default;
+
+SpeakerBackend* PlaybackService::backendOf(const Speaker& speaker) const
+{
+    const auto found = std::find_if(m_backends.begin(), m_backends.end(),
+                                    [&](const SpeakerBackend* backend) { return backend->serves(speaker); });
+    return found != m_backends.end() && (*found)->isOnline(speaker) ? *found : nullptr;
 }
 
 void PlaybackService::raiseFailure(const QString& device, const QString& file, const QString& error,
@@ -77,18 +116,21 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
     }
     QList<int> reachable;
     QStringList names;
+    std::map<SpeakerBackend*, QList<Speaker>> speakers;
     for (const int id : devices) {
         const auto device = m_devices.find(id);
         if (!device) {
             return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id),
                            refusalResult);
         }
-        if (isOffline(*device)) {
+        SpeakerBackend* backend = backendOf(*device);
+        if (backend == nullptr) {
             raiseFailure(device->name, file->name, QStringLiteral("the device is offline"), alarmName);
             continue;
         }
         reachable.append(id);
         names.append(device->name);
+        speakers[backend].append(*device);
     }
     if (reachable.isEmpty()) {
         return devices.isEmpty() ? refusal(ReturnCode::nothingToPlayOn,
@@ -96,46 +138,81 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
                                  : refusal(ReturnCode::speakerOffline,
                                            QStringLiteral("the device is offline"), refusalResult);
     }
-    auto reader = std::make_shared<AudioFileReader>();
-    if (!reader->open(file->path)) {
-        const QString error = QStringLiteral("the file cannot be decoded");
-        for (const QString& name : qAsConst(names)) {
-            raiseFailure(name, file->name, error, alarmName);
+    std::vector<Part> parts;
+    for (std::size_t i = 0; i < speakers.size(); ++i) {
+        parts.push_back({std::make_shared<FileSource>(), {}, nullptr});
+        if (!parts.back().source->open(file->path)) {
+            const QString error = QStringLiteral("the file cannot be decoded");
+            for (const QString& name : qAsConst(names)) {
+                raiseFailure(name, file->name, error, alarmName);
+            }
+            return refusal(ReturnCode::brokenFile, error, refusalResult);
         }
-        return refusal(ReturnCode::brokenFile, error, refusalResult);
     }
     release(reachable);
-    auto played = std::make_shared<std::size_t>(0);
-    const int source =
-        m_rack.addSource(reachable, [reader, played](std::size_t count, std::vector<std::int16_t>& out) {
-            reader->read(count, out);
-            *played += out.size();
-            return out.size() == count;
-        });
-    m_playbacks[source] = {asker, alarmName, *file, reachable, reader, played, 0};
+    const int number = ++m_lastNumber;
+    const auto now = std::chrono::steady_clock::now();
+    auto part = parts.begin();
+    for (const auto& [backend, own] : speakers) {
+        for (const Speaker& speaker : own) {
+            part->devices.append(speaker.id);
+        }
+        part->playback = backend->play(part->source, own, now);
+        connectPart(number, *part);
+        ++part;
+    }
+    m_playbacks.emplace(number, Playback{asker, alarmName, *file, std::move(parts)});
     m_progressTimer.start(progressInterval);
     return done(progressOf(0));
+}
+
+void PlaybackService::connectPart(int number, Part& part)
+{
+    const SpeakerPlayback* playback = part.playback.get();
+    connect(playback, &SpeakerPlayback::ended, this, [this, number, playback] { ended(number, playback); });
+    connect(playback, &SpeakerPlayback::failed, this,
+            [this, number](int device, const QString& reason) { failed(number, device, reason); });
 }
 
 /** Stops what plays on devices; a playback that has others left goes on there. */
 void PlaybackService::release(const QList<int>& devices)
 {
     for (auto playback = m_playbacks.begin(); playback != m_playbacks.end();) {
-        QList<int> left;
-        for (const int device : qAsConst(playback->second.devices)) {
-            if (!devices.contains(device)) {
-                left.append(device);
-            }
-        }
-        if (left.isEmpty()) {
-            m_rack.removeSource(playback->first);
-            playback = m_playbacks.erase(playback);
-        } else {
-            playback->second.devices = left;
-            m_rack.setSpeakers(playback->first, left);
-            ++playback;
-        }
+        playback = keep(playback, devices);
     }
+}
+
+/** Takes devices out of a playback, which ends without any. @return the next playback */
+PlaybackService::Playbacks::iterator PlaybackService::keep(Playbacks::iterator playback,
+                                                           const QList<int>& released)
+{
+    auto& parts = playback->second.parts;
+    for (auto part = parts.begin(); part != parts.end();) {
+        QList<int> left;
+        std::copy_if(part->devices.begin(), part->devices.end(), std::back_inserter(left),
+                     [&](int device) { return !released.contains(device); });
+        if (left.isEmpty()) {
+            drop(std::move(part->playback));
+            part = parts.erase(part);
+            continue;
+        }
+        if (left != part->devices) {
+            part->devices = left;
+            part->playback->keepSpeakers(left);
+        }
+        ++part;
+    }
+    return parts.empty() ? m_playbacks.erase(playback) : std::next(playback);
+}
+
+/** Stops a part; deletes it later where this may be inside of one of its signals. */
+void PlaybackService::drop(std::unique_ptr<SpeakerPlayback> playback)
+{
+    playback->disconnect(this);
+    playback->keepSpeakers({});
+    m_dropped.push_back(std::move(playback));
+    QMetaObject::invokeMethod(
+        this, [this] { m_dropped.clear(); }, Qt::QueuedConnection);
 }
 
 ServerReply PlaybackService::stop(const QVariant& payload)
@@ -161,8 +238,12 @@ ServerReply PlaybackService::stopGroup(const QVariant& payload)
 
 void PlaybackService::tellProgress()
 {
-    for (auto& [source, playback] : m_playbacks) {
-        const auto ms = static_cast<qint64>(*playback.played) * 1000 / SpeakerRack::sampleRate;
+    for (auto& [number, playback] : m_playbacks) {
+        std::size_t played = 0; // the furthest, so that it never goes back
+        for (const Part& part : playback.parts) {
+            played = std::max(played, part.source->played());
+        }
+        const auto ms = static_cast<qint64>(played) * 1000 / SoundSource::sampleRate;
         const int percent = static_cast<int>(
             qBound<qint64>(0, ms * Limits::maxProgressPercent / qMax(playback.file.length, 1),
                            Limits::maxProgressPercent - 1));
@@ -177,24 +258,51 @@ void PlaybackService::tellProgress()
     }
 }
 
-void PlaybackService::ended(int source)
+void PlaybackService::ended(int number, const SpeakerPlayback* part)
 {
-    const auto found = m_playbacks.find(source);
+    const auto found = m_playbacks.find(number);
     if (found == m_playbacks.end()) {
         return;
     }
-    const Playback playback = found->second;
-    m_playbacks.erase(found);
-    if (!playback.reader->isBroken()) {
-        if (playback.asker.session) {
-            playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
-                                              done(progressOf(Limits::maxProgressPercent)));
-        }
+    Playback& playback = found->second;
+    const auto over = std::find_if(playback.parts.begin(), playback.parts.end(),
+                                   [&](const Part& each) { return each.playback.get() == part; });
+    if (over == playback.parts.end()) {
         return;
     }
-    for (const int id : playback.devices) {
-        const auto device = m_devices.find(id);
-        raiseFailure(device ? device->name : QString(), playback.file.name,
-                     QStringLiteral("the file is broken"), playback.alarmName);
+    const bool broken = over->source->isBroken();
+    const QList<int> devices = over->devices;
+    drop(std::move(over->playback));
+    playback.parts.erase(over);
+    if (broken) {
+        for (const int id : devices) {
+            const auto device = m_devices.find(id);
+            raiseFailure(device ? device->name : QString(), playback.file.name,
+                         QStringLiteral("the file is broken"), playback.alarmName);
+        }
     }
+    if (!playback.parts.empty()) {
+        return;
+    }
+    if (!broken && playback.asker.session) {
+        playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
+                                          done(progressOf(Limits::maxProgressPercent)));
+    }
+    m_playbacks.erase(found);
+}
+
+void PlaybackService::failed(int number, int device, const QString& reason)
+{
+    const auto found = m_playbacks.find(number);
+    if (found == m_playbacks.end()) {
+        return;
+    }
+    const auto& parts = found->second.parts;
+    if (std::none_of(parts.begin(), parts.end(),
+                     [&](const Part& part) { return part.devices.contains(device); })) {
+        return;
+    }
+    const auto record = m_devices.find(device);
+    raiseFailure(record ? record->name : QString(), found->second.file.name, reason, found->second.alarmName);
+    keep(found, {device});
 }

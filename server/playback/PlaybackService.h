@@ -1,24 +1,24 @@
 #pragma once
 
-#include "audio/AudioFileReader.h"
-#include "server/devices/simulated/SpeakerRack.h"
+#include "server/devices/SpeakerBackend.h"
 #include "server/records/DeviceStore.h"
 #include "server/records/FileStore.h"
 #include "server/records/GroupStore.h"
 
 #include <QPointer>
-#include <QSet>
+#include <QTimer>
 
-#include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
+class FileSource;
 class ServerSession;
 
 /**
- * Plays files of the library on simulated speakers.
+ * Plays files of the library on speakers.
  *
- *   PlayAudio, PlayGroupAudio, a schedule --> Playback --> SpeakerRack
+ *   PlayAudio, PlayGroupAudio, a schedule --> Playback --> SpeakerPlayback, one for each back end
  *                                                '--> replies with the progress, PlayAudioFailed
  *
  * A speaker plays one file at a time: a new one takes the place of what runs.
@@ -28,9 +28,10 @@ class PlaybackService : public QObject
     Q_OBJECT
 
 public:
-    /** @param offlineAddresses addresses of devices that are not there */
-    PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files, SpeakerRack& rack,
-                    QSet<QString> offlineAddresses);
+    /** @param backends outlive the object; of several that serve a speaker the first counts */
+    PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files,
+                    std::vector<SpeakerBackend*> backends);
+    ~PlaybackService() override;
 
     /** @param request of the command, which its progress carries */
     ServerReply play(ServerSession& session, const QString& command, const QVariant& payload,
@@ -43,10 +44,8 @@ public:
     /** Plays a file for nobody in particular; what fails is told by playAudioFailed alone. */
     void playUnasked(int file, const QList<int>& devices, const QString& alarmName);
 
-    bool isOffline(const DeviceStore::Device& device) const
-    {
-        return m_offlineAddresses.contains(device.address);
-    }
+    /** The back end that reaches a speaker; null when there is none, or the speaker is offline. */
+    SpeakerBackend* backendOf(const Speaker& speaker) const;
 
 Q_SIGNALS:
     /** The fields of a PlayAudioFailed event. */
@@ -61,29 +60,42 @@ private:
         quint64 request;
     };
 
+    /** What one back end plays. */
+    struct Part
+    {
+        std::shared_ptr<FileSource> source;
+        QList<int> devices;
+        std::unique_ptr<SpeakerPlayback> playback;
+    };
+
     struct Playback
     {
         Asker asker;
         QString alarmName;
         FileStore::File file;
-        QList<int> devices;
-        std::shared_ptr<AudioFileReader> reader;
-        std::shared_ptr<std::size_t> played; ///< Samples.
-        int progress = 0;                    ///< Percent, as last told.
+        std::vector<Part> parts;
+        int progress = 0; ///< Percent, as last told.
     };
+    using Playbacks = std::map<int, Playback>; ///< By a number of their own.
 
     ServerReply start(const Asker& asker, int fileId, const QList<int>& devices, const QString& alarmName,
                       const QVariant& refusalResult);
     void release(const QList<int>& devices);
     void tellProgress();
-    void ended(int source);
+    void connectPart(int number, Part& part);
+    void ended(int number, const SpeakerPlayback* part);
+    void failed(int number, int device, const QString& reason);
+    Playbacks::iterator keep(Playbacks::iterator playback, const QList<int>& released);
+    void drop(std::unique_ptr<SpeakerPlayback> playback);
     void raiseFailure(const QString& device, const QString& file, const QString& error, const QString& alarm);
 
     DeviceStore& m_devices;
     GroupStore& m_groups;
     FileStore& m_files;
-    SpeakerRack& m_rack;
-    QSet<QString> m_offlineAddresses;
-    std::map<int, Playback> m_playbacks; ///< By number of the source.
+    std::vector<SpeakerBackend*> m_backends;
+    Playbacks m_playbacks;
+    int m_lastNumber = 0;
+    std::vector<std::unique_ptr<SpeakerPlayback>>
+        m_dropped; ///< To be deleted, but not inside of their signals.
     QTimer m_progressTimer;
 };

@@ -179,14 +179,21 @@ std::optional<QVariantMap> DeviceStore::recordOf(int id)
     return readRecord(row, m_secrets);
 }
 
-std::optional<DeviceStore::Device> DeviceStore::find(int id)
+std::optional<Speaker> DeviceStore::find(int id)
 {
     QSqlQuery row = m_database.query();
-    if (!m_database.run(row, QStringLiteral("SELECT name, ip FROM devices WHERE id = ?"), {id}) ||
+    if (!m_database.run(row,
+                        QStringLiteral("SELECT name, ip, port, username, password FROM devices WHERE id = ?"),
+                        {id}) ||
         !row.next()) {
         return std::nullopt;
     }
-    return Device{id, row.value(0).toString(), row.value(1).toString()};
+    return Speaker{id,
+                   row.value(0).toString(),
+                   row.value(1).toString(),
+                   row.value(2).toInt(),
+                   row.value(3).toString(),
+                   m_secrets.unseal(row.value(4).toByteArray())};
 }
 
 bool DeviceStore::exist(const QList<int>& ids)

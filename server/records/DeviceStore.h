@@ -1,6 +1,7 @@
 #pragma once
 
 #include "protocol/ServerReply.h"
+#include "server/devices/SpeakerBackend.h"
 #include "server/records/RecordDatabase.h"
 #include "server/records/SecretBox.h"
 
@@ -57,16 +58,8 @@ public:
     /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
-    /** What playback and talks need of a device. */
-    struct Device
-    {
-        int id;          ///< Of the record.
-        QString name;    ///< "deviceName".
-        QString address; ///< "ip".
-    };
-
-    /** Returns a device; empty when there is none, or the database cannot be read. */
-    std::optional<Device> find(int id);
+    /** A device and how it is reached; empty when none has the id. */
+    std::optional<Speaker> find(int id);
 
     /** Returns whether all of these devices exist. */
     bool exist(const QList<int>& ids);

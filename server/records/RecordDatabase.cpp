@@ -43,6 +43,10 @@ const QList<QStringList>& migrations()
             QStringLiteral("CREATE INDEX schedule_group_members ON schedule_groups (member)"),
             QStringLiteral("CREATE INDEX schedule_device_members ON schedule_devices (member)"),
         },
+        {
+            QStringLiteral("CREATE TABLE cameras (id INTEGER PRIMARY KEY AUTOINCREMENT, "
+                           "name TEXT NOT NULL UNIQUE, kind TEXT NOT NULL, address TEXT NOT NULL)"),
+        },
     };
     return steps;
 }
@@ -86,7 +90,7 @@ bool RecordDatabase::migrate()
     }
     const int found = version.value(0).toInt();
     version.finish();
-    static_assert(schemaVersion == 2, "a new version needs its step in migrations");
+    static_assert(schemaVersion == 3, "a new version needs its step in migrations");
     if (found > schemaVersion || found < 0) {
         m_error =
             QStringLiteral("the database has schema %1, this server knows %2 at most; use a newer server")

@@ -6,6 +6,7 @@
 #include "server/talks/TalkDestinations.h"
 
 #include <QRandomGenerator>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -36,80 +37,224 @@ ServerReply refuse(const QString& returnCode, const QString& errorText)
     return {returnCode, QVariant(), errorText};
 }
 
-} // namespace
-
-TalkService::TalkService(const std::vector<CameraConfig>& cameras, const QString& recordingDirectory)
+/** What keeps a speaker from talking is in "error" of a success: a refusal would end the client's other
+ * talks. */
+ServerReply speakerError(const QString& text)
 {
-    for (const CameraConfig& camera : cameras) {
-        m_cameras.emplace(camera.id, SimulatedCamera(camera, recordingDirectory));
-    }
+    return done(QVariantMap{{Vocabulary::error, text}});
 }
 
-ServerReply TalkService::startTalk(ServerSession& session, const QVariant& payload)
+} // namespace
+
+TalkService::TalkService(std::vector<CameraBackend*> cameras, TalkLimits limits)
+    : m_cameras(std::move(cameras)), m_limits(limits)
+{
+}
+
+TalkService::~TalkService() = default;
+
+std::optional<ServerReply> TalkService::startTalk(ServerSession& session, const QVariant& payload)
 {
     const QVariantMap request = payload.toMap();
     const QString camId = request.value(Vocabulary::camId).toString();
-    const auto camera = m_cameras.find(camId);
-    if (camera == m_cameras.end()) {
-        return refuse(ReturnCode::noSuchCamera, QStringLiteral("no camera has the id \"%1\"").arg(camId));
+    for (CameraBackend* backend : m_cameras) {
+        const QList<Camera> cameras = backend->cameras();
+        const auto camera = std::find_if(cameras.begin(), cameras.end(),
+                                         [&](const Camera& each) { return each.id == camId; });
+        if (camera == cameras.end()) {
+            continue;
+        }
+        if (!camera->online) {
+            return refuse(ReturnCode::cameraOffline,
+                          QStringLiteral("camera \"%1\" is offline").arg(camera->name));
+        }
+        if (!mayOpen(session)) {
+            return refuse(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
+        }
+        open(session, 0,
+             {{Vocabulary::camId, camId},
+              {Vocabulary::relayPath, request.value(Vocabulary::relayPath).toString()}},
+             backend->openTalk(camId));
+        return std::nullopt;
     }
-    if (!camera->second.config().online) {
-        return refuse(ReturnCode::cameraOffline,
-                      QStringLiteral("camera \"%1\" is offline").arg(camera->second.config().name));
-    }
+    return refuse(ReturnCode::noSuchCamera, QStringLiteral("no camera has the id \"%1\"").arg(camId));
+}
+
+std::optional<ServerReply> TalkService::startTalkToSpeaker(ServerSession& session, const Speaker& speaker,
+                                                           SpeakerBackend& backend)
+{
     if (!mayOpen(session)) {
-        return refuse(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
+        return speakerError(QStringLiteral("too many open talks"));
     }
-    auto hearing = camera->second.openTalk();
-    if (!hearing) {
-        return refuse(ReturnCode::storageFailed,
-                      QStringLiteral("the recording of camera \"%1\" cannot be written").arg(camId));
-    }
-    const QString token = makeToken();
-    QObject::connect(&hearing->voice(), &CameraVoice::spoke, &session, [&session, token](QVariantMap fields) {
-        fields.insert(Words::Token, token);
-        session.raiseEvent(Vocabulary::AudioReceived, fields);
-    });
-    if (!hearing->voice().start()) {
-        return refuse(ReturnCode::noVoice,
-                      QStringLiteral("the voice of camera \"%1\" cannot be read or encoded").arg(camId));
-    }
-    m_recordings.append(hearing->path());
-    m_talks.emplace(token, Talk{&session, 0, std::move(hearing), camera->second.config().dropAfterPackets});
-    return {ReturnCode::success,
-            QVariantMap{
-                {Vocabulary::camId, camId},
-                {Vocabulary::talkToken, token},
-                {Vocabulary::relayPath, request.value(Vocabulary::relayPath).toString()},
-            },
-            QString()};
+    open(session, speaker.id, {{Vocabulary::deviceID, speaker.id}}, backend.openTalk(speaker));
+    return std::nullopt;
 }
 
 bool TalkService::mayOpen(const ServerSession& session) const
 {
-    const auto open = std::count_if(m_talks.begin(), m_talks.end(),
-                                    [&](const auto& talk) { return talk.second.session == &session; });
-    return open < Limits::maxTalksPerSession;
+    const auto own = [&](const auto& talk) { return talk.second.session == &session; };
+    const auto talks = std::count_if(m_talks.begin(), m_talks.end(), own) +
+                       std::count_if(m_closing.begin(), m_closing.end(), own);
+    return talks < Limits::maxTalksPerSession;
 }
 
-ServerReply TalkService::startTalkToSpeaker(ServerSession& session, int device,
-                                            std::unique_ptr<TalkTarget> target)
+void TalkService::open(ServerSession& session, int device, const QVariantMap& answer,
+                       std::unique_ptr<DeviceTalk> line)
 {
-    if (!mayOpen(session)) {
-        return refuse(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
+    if (!hasLive(session)) {
+        forgetLost(session); // of a talk that is over
     }
     const QString token = makeToken();
-    m_talks.emplace(token, Talk{&session, device, std::move(target), 0});
-    return done(QVariantMap{{Vocabulary::deviceID, device}, {Vocabulary::talkToken, token}});
+    // Slots on this object: what another thread emits arrives on the server's thread.
+    connect(line.get(), &DeviceTalk::opened, this, [this, token] { opened(token); });
+    connect(line.get(), &DeviceTalk::refused, this,
+            [this, token](const QString& returnCode, const QString& reason) {
+                refused(token, returnCode, reason);
+            });
+    connect(line.get(), &DeviceTalk::lost, this,
+            [this, token](const QString& reason) { lost(token, reason); });
+    connect(line.get(), &DeviceTalk::spoke, this,
+            [this, token](const VoicePacket& packet) { spoke(token, packet); });
+    connect(line.get(), &DeviceTalk::closed, this, [this, token] {
+        if (const auto closing = m_closing.find(token); closing != m_closing.end()) {
+            drop(std::move(closing->second.line));
+            m_closing.erase(closing);
+        }
+    });
+    m_talks.emplace(token, Talk{&session, device, answer, session.replyLater(), std::move(line)});
+    QTimer::singleShot(m_limits.opening, this, [this, token] {
+        refused(token, ReturnCode::cameraOffline, QStringLiteral("the device did not answer in time"));
+    });
+}
+
+void TalkService::opened(const QString& token)
+{
+    const auto talk = m_talks.find(token);
+    if (talk == m_talks.end() || talk->second.state != Talk::Opening) {
+        return;
+    }
+    talk->second.state = Talk::Open;
+    QVariantMap answer = talk->second.answer;
+    answer.insert(Vocabulary::talkToken, token);
+    talk->second.reply.send(done(answer));
+}
+
+void TalkService::refused(const QString& token, const QString& returnCode, const QString& reason)
+{
+    const auto talk = m_talks.find(token);
+    if (talk == m_talks.end() || talk->second.state != Talk::Opening) {
+        return;
+    }
+    ServerSession& session = *talk->second.session;
+    talk->second.reply.send(talk->second.device != 0 ? speakerError(reason) : refuse(returnCode, reason));
+    close(talk);
+    endWhenAllAreLost(session, QString());
+}
+
+void TalkService::lost(const QString& token, const QString& reason)
+{
+    const auto talk = m_talks.find(token);
+    if (talk == m_talks.end()) {
+        return;
+    }
+    if (talk->second.state == Talk::Opening) {
+        refused(token, ReturnCode::cameraOffline, reason);
+        return;
+    }
+    if (talk->second.state == Talk::Lost) {
+        return;
+    }
+    ServerSession& session = *talk->second.session;
+    drop(std::move(talk->second.line));
+    talk->second.state = Talk::Lost;
+    if (hasLive(session)) {
+        QVariantMap fields = talk->second.answer;
+        fields.remove(Vocabulary::relayPath);
+        fields.insert(Words::Token, token);
+        fields.insert(Vocabulary::error, reason);
+        session.raisePlainEvent(Words::TalkTargetLost, fields);
+    } else {
+        endWhenAllAreLost(session, token);
+    }
+}
+
+void TalkService::spoke(const QString& token, const VoicePacket& packet)
+{
+    const auto talk = m_talks.find(token);
+    if (talk == m_talks.end() || talk->second.state != Talk::Open) {
+        return;
+    }
+    QVariantMap fields = packet.toFields();
+    fields.insert(Words::Token, token);
+    talk->second.session->raiseEvent(Vocabulary::AudioReceived, fields);
+}
+
+/** Whether a session has a target that is open, or may yet be. */
+bool TalkService::hasLive(const ServerSession& session) const
+{
+    return std::any_of(m_talks.begin(), m_talks.end(), [&](const auto& talk) {
+        return talk.second.session == &session && talk.second.state != Talk::Lost;
+    });
+}
+
+/** Ends the talk of a session that has lost targets and no others. @param token the last one lost, or empty
+ */
+void TalkService::endWhenAllAreLost(ServerSession& session, const QString& token)
+{
+    const auto lost = std::find_if(m_talks.begin(), m_talks.end(),
+                                   [&](const auto& talk) { return talk.second.session == &session; });
+    if (lost == m_talks.end() || hasLive(session)) {
+        return;
+    }
+    session.raiseEvent(Vocabulary::TalkDisconnected, {{Words::Token, token.isEmpty() ? lost->first : token}});
+    forgetLost(session);
+}
+
+void TalkService::forgetLost(const ServerSession& session)
+{
+    for (auto talk = m_talks.begin(); talk != m_talks.end();) {
+        const bool lost = talk->second.session == &session && talk->second.state == Talk::Lost;
+        talk = lost ? m_talks.erase(talk) : std::next(talk);
+    }
+}
+
+/** Takes a talk out and closes its line, which may take its time. */
+void TalkService::close(Talks::iterator talk)
+{
+    const QString token = talk->first;
+    Talk ended = std::move(talk->second);
+    m_talks.erase(talk);
+    if (!ended.line) {
+        return;
+    }
+    DeviceTalk& line = *ended.line;
+    m_closing.emplace(token, std::move(ended));
+    QTimer::singleShot(m_limits.closing, this, [this, token] { m_closing.erase(token); });
+    line.close();
+}
+
+/** Deletes a line later: this may be inside of one of its signals. */
+void TalkService::drop(std::unique_ptr<DeviceTalk> line)
+{
+    line->disconnect(this);
+    m_dropped.push_back(std::move(line));
+    QMetaObject::invokeMethod(
+        this, [this] { m_dropped.clear(); }, Qt::QueuedConnection);
 }
 
 ServerReply TalkService::stopTalkToSpeaker(ServerSession& session, int device)
 {
     bool found = false;
     for (auto talk = m_talks.begin(); talk != m_talks.end();) {
-        const bool closes = talk->second.session == &session && talk->second.device == device && device != 0;
-        found = found || closes;
-        talk = closes ? m_talks.erase(talk) : std::next(talk);
+        const auto next = std::next(talk);
+        if (talk->second.session == &session && talk->second.device == device && device != 0) {
+            found = true;
+            if (talk->second.state == Talk::Opening) {
+                talk->second.reply.send(speakerError(QStringLiteral("the talk was closed before it opened")));
+            }
+            close(talk);
+        }
+        talk = next;
     }
     return found ? done() : refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk is open to this device"));
 }
@@ -118,10 +263,10 @@ ServerReply TalkService::stopTalk(ServerSession& session, const QVariant& payloa
 {
     const QString token = payload.toMap().value(Vocabulary::talkToken).toString();
     const auto talk = m_talks.find(token);
-    if (talk == m_talks.end() || talk->second.session != &session) {
+    if (talk == m_talks.end() || talk->second.session != &session || talk->second.state == Talk::Opening) {
         return refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
     }
-    m_talks.erase(talk);
+    close(talk);
     return {ReturnCode::success, QVariant(), QString()};
 }
 
@@ -139,17 +284,13 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
     ServerReply reply{ReturnCode::success, QVariant(), QString()};
     for (const QString& token : *tokens) {
         const auto talk = m_talks.find(token);
-        if (talk == m_talks.end() || talk->second.session != &session) {
+        if (talk == m_talks.end() || talk->second.session != &session ||
+            talk->second.state == Talk::Opening) {
             reply = refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
             continue;
         }
-        if (!talk->second.target->hear(*packet)) {
+        if (talk->second.state == Talk::Open && !talk->second.line->hear(*packet)) {
             reply = refuse(ReturnCode::badTalkPacket, QStringLiteral("the packet cannot be heard"));
-            continue;
-        }
-        if (++talk->second.packets == talk->second.dropAfter) {
-            m_talks.erase(talk);
-            session.raiseEvent(Vocabulary::TalkDisconnected, {{Words::Token, token}});
         }
     }
     return reply;
@@ -158,6 +299,10 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
 void TalkService::closeSession(ServerSession& session)
 {
     for (auto talk = m_talks.begin(); talk != m_talks.end();) {
-        talk = talk->second.session == &session ? m_talks.erase(talk) : std::next(talk);
+        const auto next = std::next(talk);
+        if (talk->second.session == &session) {
+            close(talk);
+        }
+        talk = next;
     }
 }

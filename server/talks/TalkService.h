@@ -1,37 +1,59 @@
 #pragma once
 
 #include "protocol/ServerReply.h"
-#include "server/devices/TalkTarget.h"
-#include "server/devices/simulated/SimulatedCamera.h"
+#include "server/core/ServerSession.h"
+#include "server/devices/CameraBackend.h"
+#include "server/devices/SpeakerBackend.h"
 
-#include <QHash>
-#include <QStringList>
+#include <QObject>
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
-class ServerSession;
+/** How long a talk waits for its device. */
+struct TalkLimits
+{
+    int opening = 30000; ///< ms; then the talk is refused.
+    int closing = 5000;  ///< ms; then the device is left to itself.
+};
 
 /**
- * The talks of all clients: opens them, carries what is said to the cameras, and closes them.
+ * The talks of all clients: opens them, carries what is said in both directions, and closes them.
  *
- *   StartTalk --> token --> TalkData to the token's camera ... --> StopTalk
+ *   StartTalk --> DeviceTalk --> opened: reply with a token --> TalkData to the token's device ... -->
+ * StopTalk
+ *                      '-------> refused: reply with the reason
  *
  * A token is 32 random hexadecimal digits and belongs to the session that opened the talk; no other session
- * can use it.
+ * can use it. A client ends its whole talk when it hears TalkDisconnected; so that is kept back until the
+ * last target of a session is lost, and the loss of one of several is TalkTargetLost. A client goes on
+ * sending to a lost target, which is no error.
  */
-class TalkService
+class TalkService : public QObject
 {
+    Q_OBJECT
+
 public:
-    TalkService(const std::vector<CameraConfig>& cameras, const QString& recordingDirectory);
+    /** @param cameras outlive the object */
+    explicit TalkService(std::vector<CameraBackend*> cameras, TalkLimits limits = TalkLimits());
+    ~TalkService() override;
 
-    ServerReply startTalk(ServerSession& session, const QVariant& payload);
+    /** Opens a talk to a camera. @param payload a map: camId, relayPath. @return nothing when it is being
+     * opened */
+    std::optional<ServerReply> startTalk(ServerSession& session, const QVariant& payload);
 
-    /** Opens a talk to a speaker, whose end the caller makes. */
-    ServerReply startTalkToSpeaker(ServerSession& session, int device, std::unique_ptr<TalkTarget> target);
+    /**
+     * Opens a talk to a speaker; a refusal is a success with "error", a text for people.
+     *
+     * @param backend outlives the object
+     * @return nothing when it is being opened
+     */
+    std::optional<ServerReply> startTalkToSpeaker(ServerSession& session, const Speaker& speaker,
+                                                  SpeakerBackend& backend);
 
-    /** Closes a session's talks to a speaker. */
+    /** Closes a session's talks to a speaker, also those that are being opened. */
     ServerReply stopTalkToSpeaker(ServerSession& session, int device);
 
     ServerReply stopTalk(ServerSession& session, const QVariant& payload);
@@ -40,22 +62,41 @@ public:
     /** Closes all talks of a session that goes away. */
     void closeSession(ServerSession& session);
 
-    /** The files written so far, in the order of the talks. */
-    QStringList recordings() const { return m_recordings; }
-
 private:
     struct Talk
     {
+        enum State
+        {
+            Opening,
+            Open,
+            Lost, ///< The session has others, and goes on sending to this one.
+        };
+
         ServerSession* session;
-        int device; ///< Of a speaker; 0 for a camera.
-        std::unique_ptr<TalkTarget> target;
-        int dropAfter;   ///< Packets; 0 for never.
-        int packets = 0; ///< Heard.
+        int device;         ///< Of a speaker; 0 for a camera.
+        QVariantMap answer; ///< To the request, but for the token.
+        LateReply reply;
+        std::unique_ptr<DeviceTalk> line; ///< Null once it is lost.
+        State state = Opening;
     };
+    using Talks = std::map<QString, Talk>; ///< By token.
 
     bool mayOpen(const ServerSession& session) const;
+    void open(ServerSession& session, int device, const QVariantMap& answer,
+              std::unique_ptr<DeviceTalk> line);
+    void opened(const QString& token);
+    void refused(const QString& token, const QString& returnCode, const QString& reason);
+    void lost(const QString& token, const QString& reason);
+    void spoke(const QString& token, const VoicePacket& packet);
+    bool hasLive(const ServerSession& session) const;
+    void endWhenAllAreLost(ServerSession& session, const QString& token);
+    void forgetLost(const ServerSession& session);
+    void close(Talks::iterator talk);
+    void drop(std::unique_ptr<DeviceTalk> line);
 
-    std::map<QString, SimulatedCamera> m_cameras; ///< By id.
-    std::map<QString, Talk> m_talks;              ///< By token.
-    QStringList m_recordings;
+    std::vector<CameraBackend*> m_cameras;
+    TalkLimits m_limits;
+    Talks m_talks;
+    std::map<QString, Talk> m_closing; ///< Talks of the past whose devices still close them, by token.
+    std::vector<std::unique_ptr<DeviceTalk>> m_dropped; ///< To be deleted, but not inside of their signals.
 };

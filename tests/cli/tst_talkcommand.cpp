@@ -19,6 +19,8 @@ private Q_SLOTS:
     void eightKilohertzFileArrivesToTheSample();
     void failures_data();
     void failures();
+    void awkwardCameras_data();
+    void awkwardCameras();
     void usage_data();
     void usage();
     void helpIsForStrangers();
@@ -84,10 +86,6 @@ void TestTalkCommand::failures_data()
                                     << "no camera has the id \"x\" (code 201)";
     QTest::newRow("offline camera") << QStringList{"--source", source, "--camera", "camera-3"} << 4
                                     << "is offline";
-    QTest::newRow("silent server") << QStringList{"--source", source, "--fault", "silent", "--timeout", "0.5"}
-                                   << 5 << "did not answer within 0.5 s";
-    QTest::newRow("camera lost") << QStringList{"--source", source, "--fault", "drop"} << 6
-                                 << "The camera was lost";
     QTest::newRow("no plug-in") << QStringList{"--source", source, "--plugin", "/nonexistent.so"} << 2
                                 << "the plug-in does not load";
     QTest::newRow("no file") << QStringList{"--source", "absent.wav"} << 3 << "not a sound file";
@@ -104,6 +102,28 @@ void TestTalkCommand::failures()
     QFETCH(int, status);
     QFETCH(QString, message);
     const ProgramRun result = run(QStringList{"talk"} + arguments);
+    QVERIFY2(result.err.contains(message), qPrintable(result.err));
+    QCOMPARE(result.status, status);
+}
+
+void TestTalkCommand::awkwardCameras_data()
+{
+    QTest::addColumn<QString>("camera");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("never opens its line") << "silent" << 5 << "did not answer within 0.5 s";
+    QTest::newRow("loses its line") << "drop" << 6 << "The camera was lost";
+}
+
+void TestTalkCommand::awkwardCameras()
+{
+    QFETCH(QString, camera);
+    QFETCH(int, status);
+    QFETCH(QString, message);
+    QProcess program;
+    program.setWorkingDirectory(m_folder.path());
+    program.start(QStringLiteral(AWKWARD_TALK), {camera, ANNOUNCEMENT_WAV});
+    const ProgramRun result = ProgramRun::toTheEnd(program, 60000);
     QVERIFY2(result.err.contains(message), qPrintable(result.err));
     QCOMPARE(result.status, status);
 }
@@ -125,7 +145,6 @@ void TestTalkCommand::usage_data()
     QTest::newRow("bad volume") << QStringList{"talk", "--volume", "101"} << 1;
     QTest::newRow("bad timeout") << QStringList{"talk", "--timeout", "nan"} << 1;
     QTest::newRow("two sources") << QStringList{"talk", "--mic", "--source", "x.wav"} << 1;
-    QTest::newRow("unknown fault") << QStringList{"talk", "--fault", "fire"} << 1;
 }
 
 void TestTalkCommand::usage()

@@ -19,9 +19,9 @@ WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change, 
     QmlComplaints::watch();
     ClientOptions options;
     options.pluginPath = BuiltLibraries::path("VoiceDesk");
-    options.embedded.cameras = defaultCameras();
+    options.simulated.cameras = defaultCameras();
     options.embedded.dataDirectory = m_folder.filePath(QStringLiteral("data"));
-    options.embedded.recordingDirectory = m_folder.filePath(QStringLiteral("recordings"));
+    options.simulated.recordingDirectory = m_folder.filePath(QStringLiteral("recordings"));
     if (change) {
         change(options);
     }

@@ -1,9 +1,13 @@
 // Servers that refuse, go away, come back, or never answer, as the window tells of them.
 
 #include "server/access/SocketServer.h"
+#include "server/core/ServerSession.h"
+#include "server/devices/simulated/SimulatedDevices.h"
 #include "system/ProgramEnd.h"
 #include "tests/desk/QmlComplaints.h"
 #include "tests/desk/WindowFixture.h"
+#include "tests/server/AwkwardBackend.h"
+#include "tests/server/SilentServer.h"
 
 #include <QSignalSpy>
 
@@ -20,6 +24,7 @@ private Q_SLOTS:
     void serverThatGoesAndComesBack();
     void serverThatNeverAnswers();
     void cameraThatIsLost();
+    void cameraThatIsAdded();
     void serverThatCannotStart();
     void nothingIsKeptOfAnotherServer();
 
@@ -39,9 +44,11 @@ void TestDeskConnection::initTestCase()
     m_pulse = std::make_unique<PulseServer>();
     QVERIFY(m_pulse->ready());
     QVERIFY(m_users.setPassword("anna", "right"));
-    m_config.cameras = defaultCameras();
-    m_config.recordingDirectory = m_folder.path();
-    m_config.cameras.front().name = "Far away gate";
+    SimulatedConfig simulated;
+    simulated.cameras = defaultCameras();
+    simulated.recordingDirectory = m_folder.path();
+    simulated.cameras.front().name = "Far away gate";
+    m_config.devices = simulatedDevices(simulated);
 }
 
 void TestDeskConnection::init()
@@ -132,8 +139,9 @@ void TestDeskConnection::serverThatGoesAndComesBack()
 
 void TestDeskConnection::serverThatNeverAnswers()
 {
-    WindowFixture desk([](ClientOptions& options) {
-        options.embedded.answers = false;
+    const SilentServer server;
+    WindowFixture desk([&server](ClientOptions& options) {
+        server.applyTo(options);
         options.timeout = 500;
     });
     // It was asked for its lists already.
@@ -153,13 +161,43 @@ void TestDeskConnection::serverThatNeverAnswers()
 
 void TestDeskConnection::cameraThatIsLost()
 {
-    WindowFixture desk(
-        [](ClientOptions& options) { options.embedded.cameras.front().dropAfterPackets = 10; });
+    const auto devices = std::make_shared<AwkwardDevices>();
+    devices->cameras = {{"gate", "Front gate"}};
+    devices->opens = true;
+    devices->losesAfter = 10;
+    WindowFixture desk([&devices](ClientOptions& options) {
+        options.simulated.cameras.clear();
+        options.embedded.devices = devices->kinds();
+    });
     desk.click("Front gate");
     desk.click(desk.item("talkButton"));
     QVERIFY(desk.shows("The other side was lost; the talk has ended."));
     QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
     desk.shoot("target-lost");
+}
+
+void TestDeskConnection::cameraThatIsAdded()
+{
+    WindowFixture desk;
+    signInAs(desk, "right");
+    QVERIFY(desk.shows("Connected: ws://127.0.0.1"));
+    desk.page(1);
+    QVERIFY(desk.control("Far away gate"));
+    ServerSession another(*m_server);
+    QString id;
+    connect(&another, &ServerSession::replied, this,
+            [&id](const QString&, quint64, const ServerReply& reply) {
+                id = reply.result.toMap()["camId"].toString();
+            });
+    another.submit(
+        "AddCamera",
+        QVariantMap{{"camName", "Back door"}, {"camKind", "simulated"}, {"camAddress", "10.0.0.9"}}, 1);
+    QTRY_VERIFY(!id.isEmpty());
+    const QString key = "camera:" + id;
+    QTRY_VERIFY(desk.desk().targets()->find(key) != nullptr); // the desk does not have to ask again and again
+    QVERIFY(desk.control("Back door"));
+    another.submit("DeleteCamera", QString(id), 1);
+    QTRY_VERIFY(desk.desk().targets()->find(key) == nullptr);
 }
 
 void TestDeskConnection::serverThatCannotStart()

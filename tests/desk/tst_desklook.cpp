@@ -3,6 +3,7 @@
 #include "system/ProgramEnd.h"
 #include "tests/desk/QmlComplaints.h"
 #include "tests/desk/WindowFixture.h"
+#include "tests/server/SilentServer.h"
 
 class TestDeskLook : public QObject
 {
@@ -311,8 +312,9 @@ void TestDeskLook::noticesAreNotCut()
 {
     QFETCH(QString, language);
     QFETCH(QString, theme);
-    WindowFixture desk([](ClientOptions& options) {
-        options.embedded.answers = false;
+    const SilentServer server;
+    WindowFixture desk([&server](ClientOptions& options) {
+        server.applyTo(options);
         options.timeout = 200;
     });
     desk.desk().settings()->setLanguage(language);

@@ -49,9 +49,9 @@ QString TestDeskNames::hostile(const QString& name) const
 std::function<void(ClientOptions&)> TestDeskNames::hostileCameras() const
 {
     return [this](ClientOptions& options) {
-        options.embedded.cameras.front().name = hostile("gate");
-        options.embedded.cameras.back().name = hostile("park");
-        options.embedded.offlineAddresses = {"10.0.0.2"};
+        options.simulated.cameras.front().name = hostile("gate");
+        options.simulated.cameras.back().name = hostile("park");
+        options.simulated.offlineAddresses = {"10.0.0.2"};
     };
 }
 

@@ -84,7 +84,7 @@ std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options)
     auto program = std::make_unique<QProcess>();
     program->setProcessChannelMode(QProcess::ForwardedOutputChannel);
     program->start(PROGRAM_DIR "/voicedesk-desk",
-                   QStringList{"--data", m_folder.filePath("data"), "--output",
+                   QStringList{"--simulate", "--data", m_folder.filePath("data"), "--output",
                                m_folder.filePath("recordings"), "--source", ANNOUNCEMENT_WAV} +
                        options);
     const QByteArray window =

@@ -408,7 +408,7 @@ void TestDeskWindow::cursorStaysWithItsTarget()
 
 void TestDeskWindow::severalSpeakersAtOnce()
 {
-    WindowFixture desk([](ClientOptions& options) { options.embedded.offlineAddresses = {"10.0.0.3"}; });
+    WindowFixture desk([](ClientOptions& options) { options.simulated.offlineAddresses = {"10.0.0.3"}; });
     addSpeaker(desk, "Hall", "10.0.0.1");
     addSpeaker(desk, "Stairs", "10.0.0.2");
     addSpeaker(desk, "Roof", "10.0.0.3");

@@ -40,6 +40,7 @@ private Q_SLOTS:
     void allSpeakersRefuse();
     void speakerJoinsARunningTalk();
     void lostTarget();
+    void lostTargetOfSeveral();
     void lostConnection();
     void heldKey();
     void keyTwiceInHaste();
@@ -388,6 +389,42 @@ void TestTalkControl::lostTarget()
     QCOMPARE(m_talk->phase(), TalkControl::Idle);
     QCOMPARE(m_talk->problem(), QString("The other side was lost; the talk has ended."));
     QVERIFY(m_talk->partners().isEmpty());
+}
+
+void TestTalkControl::lostTargetOfSeveral()
+{
+    openCamera();
+    m_targets->choose("speaker:3", true);
+    m_talk->start();
+    answerSpeaker(3);
+    QCOMPARE(m_talk->partners(), QString("Gate, Speaker 3"));
+    m_talk->targetLost({{"Token", "speaker"}, {"deviceID", 3}, {"error", "the line is cut"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    QCOMPARE(m_talk->partners(), QString("Gate"));
+    QCOMPARE(state("speaker:3"), TargetModel::Failed);
+    QCOMPARE(m_talk->problem(), QString("Speaker 3 was lost: the line is cut"));
+    QCOMPARE(m_talk->advice(), QString("The talk goes on with the others."));
+    QVERIFY(talking());
+    m_talk->dismissProblem();
+    m_talk->targetLost({{"Token", "speaker"}, {"deviceID", 3}}); // it is known
+    QVERIFY(m_talk->problem().isEmpty());
+    // The plug-in would say that it is open.
+    const int asked = m_link->sent.count("StartTalkToIPAudio");
+    m_talk->start();
+    QCOMPARE(m_link->sent.count("StartTalkToIPAudio"), asked);
+    QCOMPARE(m_talk->partners(), QString("Gate"));
+    QCOMPARE(m_talk->problem(), QString("Speaker 3 was lost."));
+    // In the next talk it may be asked again.
+    m_talk->stop();
+    m_talk->start();
+    m_link->answer("StartTalk", QVariantMap{{"camId", "gate"}, {"talkToken", "token"}});
+    QCOMPARE(m_link->sent.count("StartTalkToIPAudio"), asked + 1);
+    // The camera is a target like any other.
+    answerSpeaker(3);
+    QCOMPARE(m_talk->partners(), QString("Gate, Speaker 3"));
+    m_talk->targetLost({{"Token", "token"}, {"camId", m_targets->chosen().front().id}, {"error", "dark"}});
+    QCOMPARE(m_talk->partners(), QString("Speaker 3"));
+    QCOMPARE(m_talk->problem(), QString("Gate was lost: dark"));
 }
 
 void TestTalkControl::lostConnection()

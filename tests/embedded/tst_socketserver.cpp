@@ -209,9 +209,7 @@ void TestSocketServer::keyAloneGetsACertificate()
 
 void TestSocketServer::commandsRepliesAndEvents()
 {
-    ServerConfig serverConfig;
-    serverConfig.offlineAddresses = {"10.0.0.66"};
-    ServerHarness harness(serverConfig);
+    ServerHarness harness(ServerConfig(), ServerHarness::offlineAt("10.0.0.66"));
     SocketServer door(*harness.server, config(), nullptr);
     QVERIFY(door.listen());
     SocketLink link(to(door));

@@ -47,6 +47,8 @@ QString words(const PayloadShape& shape)
         return "nothing";
     case PayloadShape::Number:
         return "int";
+    case PayloadShape::Text:
+        return "text";
     case PayloadShape::Map:
         return "map: " + keys;
     case PayloadShape::Maps:

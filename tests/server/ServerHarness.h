@@ -2,6 +2,7 @@
 
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
+#include "server/devices/simulated/SimulatedDevices.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -15,11 +16,12 @@
 /** A server with one client that asks and waits for the answer. */
 struct ServerHarness
 {
-    explicit ServerHarness(ServerConfig config = ServerConfig())
+    /** @param devices are simulated beside those of @p config */
+    explicit ServerHarness(ServerConfig config = ServerConfig(),
+                           const SimulatedConfig& devices = SimulatedConfig())
+        : simulated(devices)
     {
-        if (config.recordingDirectory.isEmpty()) {
-            config.recordingDirectory = folder.filePath("recordings");
-        }
+        simulate(config);
         server = std::make_unique<RecordingServer>(config);
         session = std::make_unique<ServerSession>(*server);
         QObject::connect(session.get(), &ServerSession::replied,
@@ -37,6 +39,29 @@ struct ServerHarness
         session.reset();
         server.reset();
     }
+
+    /** Adds the simulated devices. */
+    void simulate(ServerConfig& config)
+    {
+        if (simulated.recordingDirectory.isEmpty()) {
+            simulated.recordingDirectory = folder.filePath("recordings");
+        }
+        const DeviceKinds own = simulatedDevices(simulated);
+        config.devices.cameras.insert(config.devices.cameras.end(), own.cameras.begin(), own.cameras.end());
+        config.devices.speakers.insert(config.devices.speakers.end(), own.speakers.begin(),
+                                       own.speakers.end());
+    }
+
+    /** Speakers at this address are not there. */
+    static SimulatedConfig offlineAt(const QString& address)
+    {
+        SimulatedConfig config;
+        config.offlineAddresses = {address};
+        return config;
+    }
+
+    /** Where a speaker's recording is; empty until it has played something. */
+    QString speakerRecording(int speaker) const { return simulated.recordings->speakers.value(speaker); }
 
     /** Sends a command and gives the first answer to it that comes. */
     ServerReply ask(const QString& command, const QVariant& payload = QVariant())
@@ -105,6 +130,7 @@ struct ServerHarness
     };
 
     QTemporaryDir folder;
+    SimulatedConfig simulated;
     std::unique_ptr<RecordingServer> server;
     std::unique_ptr<ServerSession> session;
     std::vector<Answer> replies;

@@ -41,6 +41,11 @@ struct Packet
     framesmith::PacketHeader header;
 };
 
+QVariantMap fieldsOf(const QVariant& packet)
+{
+    return packet.value<VoicePacket>().toFields();
+}
+
 Packet packetOf(const QVariantMap& fields)
 {
     const QByteArray bytes = QByteArray::fromBase64(fields["AudioData"].toString().toLatin1());
@@ -70,7 +75,7 @@ WavFiles::Samples decode(const QSignalSpy& spy)
     std::vector<std::int16_t> pcm(pcmBlockSize / 2);
     WavFiles::Samples samples;
     for (const auto& arguments : spy) {
-        const Packet packet = packetOf(arguments[0].toMap());
+        const Packet packet = packetOf(fieldsOf(arguments[0]));
         std::uint32_t size = pcmBlockSize;
         if (slot.Decode(reinterpret_cast<std::uint8_t*>(pcm.data()), &size, *packet.media) == 0) {
             samples.insert(samples.end(), pcm.begin(), pcm.begin() + size / 2);
@@ -124,7 +129,7 @@ void TestCameraVoice::echo()
     // All but what the codec and its frame hold back.
     const int least = static_cast<int>(said.size()) * rate / 8000 - 4096;
     QTRY_VERIFY(static_cast<int>(decode(spy).size()) >= least);
-    const auto fields = spy[0][0].toMap();
+    const auto fields = fieldsOf(spy[0][0]);
     QCOMPARE(fields["StreamType"].toUInt(), streamType);
     QCOMPARE(fields["AudioSamplingFreq"].toInt(), rate);
     const auto heard = WavFiles::resample(decode(spy), rate, 8000);
@@ -156,9 +161,10 @@ void TestCameraVoice::echoKeepsThePosition()
     QTRY_COMPARE(spy.size(), 1);
     voice.hear(7040, sound);
     QTRY_COMPARE(spy.size(), 2);
-    QCOMPARE(packetOf(spy[0][0].toMap()).header.position, 6400U);
-    QCOMPARE(packetOf(spy[1][0].toMap()).header.position, 7040U);
-    QVERIFY(packetOf(spy[1][0].toMap()).header.captureTime >= packetOf(spy[0][0].toMap()).header.captureTime);
+    QCOMPARE(packetOf(fieldsOf(spy[0][0])).header.position, 6400U);
+    QCOMPARE(packetOf(fieldsOf(spy[1][0])).header.position, 7040U);
+    QVERIFY(packetOf(fieldsOf(spy[1][0])).header.captureTime >=
+            packetOf(fieldsOf(spy[0][0])).header.captureTime);
 }
 
 void TestCameraVoice::file_data()
@@ -230,7 +236,7 @@ void TestCameraVoice::recordedStream()
     QVERIFY(voice.start());
     QTRY_COMPARE(spy.size(), 2);
     QVERIFY(clock.elapsed() >= 120);
-    const QVariantMap fields = spy[1][0].toMap();
+    const QVariantMap fields = fieldsOf(spy[1][0]);
     QCOMPARE(fields["StreamType"].toUInt(), 256U);
     QCOMPARE(fields["AudioSamplingFreq"].toUInt(), 16000U);
     QCOMPARE(fields["FrameNumber"].toUInt(), 3U);
@@ -258,7 +264,7 @@ void TestCameraVoice::recordedFramesOfManyLengths()
     QVERIFY(voice.start());
     QTRY_COMPARE(spy.size(), 5);
     QVERIFY2(clock.elapsed() >= 200, qPrintable(QString::number(clock.elapsed())));
-    const QVariantMap fields = spy[4][0].toMap();
+    const QVariantMap fields = fieldsOf(spy[4][0]);
     QCOMPARE(fields["StreamType"].toUInt(), 512U);
     QCOMPARE(fields["AudioSamplingFreq"].toUInt(), 8000U);
     QCOMPARE(fields["FrameNumber"].toUInt(), 1U); // so that a frame may take all that it needs

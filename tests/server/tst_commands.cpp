@@ -37,6 +37,8 @@ QHash<QString, Payloads> payloadsFor(int device, int group, int file, int schedu
     };
     const QVariantMap play{{V::ipAudioId, device}, {V::audioFileId, file}, {V::ipAudioStatus, 1}};
     const QVariantMap playGroup{{V::groupID, group}, {V::audioFileId, file}};
+    const QVariantMap newCamera{
+        {Words::camName, "new"}, {Words::camKind, "simulated"}, {Words::camAddress, "127.0.0.1"}};
     const QVariantMap newGroup{{V::groupName, "new"}, {V::networkAudioIDList, QString::number(device)}};
     QFile sound(ANNOUNCEMENT_WAV);
     const QByteArray content = sound.open(QIODevice::ReadOnly) ? sound.readAll().toBase64() : QByteArray();
@@ -46,6 +48,9 @@ QHash<QString, Payloads> payloadsFor(int device, int group, int file, int schedu
         {V::StopTalk, {QVariant(), QVariantMap{{V::talkToken, "none"}}}},
         {V::TalkData, {QVariant(), QVariantMap()}},
         {Words::GetCamera, {}},
+        {Words::AddCamera, {newCamera, with(newCamera, Words::camName, "")}},
+        {Words::UpdateCamera, {with(newCamera, V::camId, "1"), with(newCamera, V::camId, "77")}},
+        {Words::DeleteCamera, {"1", "77"}},
         {V::AddIPAudio, {newDevice, ServerHarness::device("")}},
         {V::UpdateIPAudio,
          {with(newDevice, V::deviceID, device), with(ServerHarness::device("x"), V::deviceID, unknownId)}},
@@ -98,6 +103,8 @@ QString misfit(const PayloadShape& shape, const QVariant& value, const QStringLi
         return value.isValid() ? type : QString();
     case PayloadShape::Number:
         return value.userType() == QMetaType::Int ? QString() : type;
+    case PayloadShape::Text:
+        return value.userType() == QMetaType::QString ? QString() : type;
     case PayloadShape::Map:
         return value.userType() != QMetaType::QVariantMap ? type
                : keysOf(value) != expected                ? keysOf(value).join(' ')
@@ -146,6 +153,9 @@ private:
         const int device = harness.addDevice("Gate");
         const int group = harness.addGroup("Yard", QString::number(device));
         const int file = harness.upload(ANNOUNCEMENT_WAV);
+        harness.ask(Words::AddCamera, QVariantMap{{Words::camName, "kept"},
+                                                  {Words::camKind, "simulated"},
+                                                  {Words::camAddress, "127.0.0.1"}});
         const QVariantMap schedule =
             payloadsFor(device, group, file, 0)[V::AddNetworkAudioSchedule].done.toMap();
         const int id =
@@ -154,9 +164,10 @@ private:
         return device > 0 && group > 0 && file > 0 && id > 0 ? payloads : QHash<QString, Payloads>();
     }
 
-    static ServerConfig withCameras()
+    static SimulatedConfig withCameras()
     {
-        ServerConfig config;
+        SimulatedConfig config;
+        config.hasCameras = true;
         config.cameras = defaultCameras();
         return config;
     }
@@ -193,7 +204,7 @@ void TestCommands::answersHaveTheirShape_data()
 void TestCommands::answersHaveTheirShape()
 {
     QFETCH(QString, command);
-    ServerHarness harness(withCameras());
+    ServerHarness harness(ServerConfig(), withCameras());
     const auto payloads = fill(harness);
     QVERIFY(payloads.contains(command));
     const CommandTable::Row& row = *CommandTable::find(command);
@@ -240,18 +251,19 @@ void TestCommands::payloadsThatAreTooLarge_data()
 void TestCommands::payloadsThatAreTooLarge()
 {
     QFETCH(QString, command);
-    ServerHarness harness(withCameras());
+    ServerHarness harness(ServerConfig(), withCameras());
     const auto payloads = fill(harness);
     const CommandTable::Row& row = *CommandTable::find(command);
     QVariant payload = QByteArray(static_cast<int>(row.maxSize), '7');
-    int id = 0;
+    QVariant id(0);
     if (row.payload.kind == PayloadShape::Map) {
         QVariantMap map = payloads[command].done.toMap();
         map[QStringLiteral("more")] = payload;
         payload = map;
         id = map.value(row.refusal.kind == PayloadShape::Map ? row.refusal.keys.first()
-                                                             : row.payload.keys.first())
-                 .toInt();
+                                                             : row.payload.keys.first());
+        id =
+            id.userType() == QMetaType::QString && command != Words::UpdateCamera ? QVariant(id.toInt()) : id;
     }
     const ServerReply reply = harness.ask(command, payload);
     QCOMPARE(reply.returnCode, row.tooLarge);
@@ -259,16 +271,17 @@ void TestCommands::payloadsThatAreTooLarge()
     QCOMPARE(misfit(row.refusal, reply.result), QString());
     if (row.refusal.kind == PayloadShape::Map) {
         QCOMPARE(reply.result, QVariant(QVariantMap{{row.refusal.keys.first(), id}}));
-        QCOMPARE(reply.result.toMap().first().userType(), static_cast<int>(QMetaType::Int));
+        QCOMPARE(reply.result.toMap().first().userType(), id.userType());
+        QCOMPARE(id.userType(), int{command == Words::UpdateCamera ? QMetaType::QString : QMetaType::Int});
     } else if (row.refusal.kind == PayloadShape::Number) {
-        QCOMPARE(reply.result, QVariant(id));
+        QCOMPARE(reply.result, QVariant(id.toInt()));
     }
 }
 
 /** A list of records may be as long as its own limit says, before the command's limit counts. */
 void TestCommands::largestPayloadsAreTaken()
 {
-    ServerHarness harness(withCameras());
+    ServerHarness harness(ServerConfig(), withCameras());
     QStringList cameras;
     for (int i = 0; i < Limits::maxListEntries; ++i) {
         cameras.append(QString::number(i).rightJustified(Limits::maxNameLength, QLatin1Char('c')));

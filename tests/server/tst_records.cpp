@@ -605,8 +605,8 @@ void TestRecords::olderSchemaIsMigrated()
     }
     runSql(config.dataDirectory + "/records.sqlite",
            {"DROP INDEX group_members", "DROP INDEX schedule_group_members",
-            "DROP INDEX schedule_device_members", "ALTER TABLE files DROP COLUMN uploaded",
-            "PRAGMA user_version = 1"});
+            "DROP INDEX schedule_device_members", "DROP TABLE cameras",
+            "ALTER TABLE files DROP COLUMN uploaded", "PRAGMA user_version = 1"});
     ServerHarness harness(config);
     QVERIFY2(harness.server->isOpen(), qPrintable(harness.server->errorString()));
     QCOMPARE(harness.ask("RetrieveIPAudioModel").result.toList().size(), 1);

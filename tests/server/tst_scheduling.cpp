@@ -53,14 +53,14 @@ QVariantMap record(int type, const QString& start, const QVariantList& weekdays 
 struct Scheduled : ServerHarness
 {
     explicit Scheduled(const QString& now, const QString& sound, const QString& dataDirectory = QString())
-        : ServerHarness(configOf(dataDirectory)), time(local(now))
+        : ServerHarness(configOf(dataDirectory), offlineAt("10.0.0.66")), time(local(now))
     {
         current = &time;
         // The clock was asked while the server was made; begin anew with the right time.
         session.reset();
         server.reset();
         ServerConfig config = configOf(dataDirectory);
-        config.recordingDirectory = folder.filePath("recordings");
+        simulate(config);
         server = std::make_unique<RecordingServer>(config);
         session = std::make_unique<ServerSession>(*server);
         QObject::connect(session.get(), &ServerSession::replied,
@@ -83,7 +83,6 @@ struct Scheduled : ServerHarness
     {
         ServerConfig config;
         config.dataDirectory = dataDirectory;
-        config.offlineAddresses = {"10.0.0.66"};
         config.clock.zone = berlin;
         config.clock.now = [] { return current != nullptr ? *current : QDateTime::currentDateTimeUtc(); };
         return config;
@@ -221,10 +220,10 @@ void TestScheduling::schedulesReallyPlay()
     schedule["networkAudioIDList"] = QString::number(loudspeaker);
     QCOMPARE(server.ask("AddNetworkAudioSchedule", schedule).returnCode, QString("0"));
     QCOMPARE(server.runsUntil("2026-05-04T08:29:59"), 0);
-    QVERIFY(!QFile::exists(server.server->speakerRecording(loudspeaker)));
+    QVERIFY(!QFile::exists(server.speakerRecording(loudspeaker)));
     server.runsUntil("2026-05-04T08:30:00");
     QVERIFY(ServerHarness::waitFor(
-        [&] { return WavFiles::read(server.server->speakerRecording(loudspeaker)).size() >= 8000; }));
+        [&] { return WavFiles::read(server.speakerRecording(loudspeaker)).size() >= 8000; }));
     QVERIFY(server.events.empty());
 }
 

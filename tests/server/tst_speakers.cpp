@@ -102,7 +102,7 @@ void TestSpeakers::fileIsPlayedWhole()
     QCOMPARE(started.result.toMap(), (QVariantMap{{"progress", 0}}));
     QVERIFY(ServerHarness::waitFor([&] { return ended(harness); }));
     int rate = 0;
-    const auto heard = WavFiles::read(harness.server->speakerRecording(1), &rate);
+    const auto heard = WavFiles::read(harness.speakerRecording(1), &rate);
     QCOMPARE(rate, 16000);
     const int begin = onset(heard);
     QVERIFY(begin >= 0);
@@ -143,12 +143,12 @@ void TestSpeakers::groupsPlayInStep()
     // One of them has played before, so its file has a past.
     harness.ask("PlayAudio", play(1, 2));
     QVERIFY(ServerHarness::waitFor([&] { return ended(harness); }));
-    const int past = static_cast<int>(WavFiles::read(harness.server->speakerRecording(1)).size());
+    const int past = static_cast<int>(WavFiles::read(harness.speakerRecording(1)).size());
     harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
     QVERIFY(ServerHarness::waitFor([&] { return ended(harness); }));
     QList<int> onsets;
     for (int id = 1; id <= 8; ++id) {
-        auto heard = WavFiles::read(harness.server->speakerRecording(id));
+        auto heard = WavFiles::read(harness.speakerRecording(id));
         if (id == 1) {
             std::fill(heard.begin(), heard.begin() + past, std::int16_t{0});
         }
@@ -166,13 +166,13 @@ void TestSpeakers::stopEndsIt()
     harness.addDevice("a");
     harness.upload(path("long.wav"));
     harness.ask("PlayAudio", play(1, 1));
-    QVERIFY(ServerHarness::waitFor(
-        [&] { return WavFiles::read(harness.server->speakerRecording(1)).size() > 8000; }));
+    QVERIFY(
+        ServerHarness::waitFor([&] { return WavFiles::read(harness.speakerRecording(1)).size() > 8000; }));
     QCOMPARE(harness.ask("StopCurrentAudio", 1).returnCode, QString("0"));
-    const auto size = WavFiles::read(harness.server->speakerRecording(1)).size();
+    const auto size = WavFiles::read(harness.speakerRecording(1)).size();
     harness.replies.clear();
     QTest::qWait(300);
-    QCOMPARE(WavFiles::read(harness.server->speakerRecording(1)).size(), size);
+    QCOMPARE(WavFiles::read(harness.speakerRecording(1)).size(), size);
     QVERIFY(harness.replies.empty());                                      // no progress of what was stopped
     QCOMPARE(harness.ask("StopCurrentAudio", 1).returnCode, QString("0")); // nothing plays: nothing to refuse
 }
@@ -187,7 +187,7 @@ void TestSpeakers::groupStopLeavesOthers()
     harness.addGroup("all", "1,2,3");
     harness.addGroup("some", "1,2");
     harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
-    const auto size = [&](int id) { return WavFiles::read(harness.server->speakerRecording(id)).size(); };
+    const auto size = [&](int id) { return WavFiles::read(harness.speakerRecording(id)).size(); };
     QVERIFY(ServerHarness::waitFor([&] { return size(3) > 4000; }));
     QCOMPARE(harness.ask("StopCurrentGroupAudio", 2).returnCode, QString("0"));
     const auto stopped = size(1);
@@ -204,20 +204,18 @@ void TestSpeakers::newFileTakesThePlace()
     harness.upload(path("long.wav"));
     harness.upload(path("other.wav"));
     harness.ask("PlayAudio", play(1, 1));
-    QVERIFY(ServerHarness::waitFor(
-        [&] { return WavFiles::read(harness.server->speakerRecording(1)).size() > 8000; }));
+    QVERIFY(
+        ServerHarness::waitFor([&] { return WavFiles::read(harness.speakerRecording(1)).size() > 8000; }));
     harness.ask("PlayAudio", play(1, 2));
     QVERIFY(ServerHarness::waitFor([&] { return ended(harness); }));
-    const auto heard = WavFiles::read(harness.server->speakerRecording(1));
+    const auto heard = WavFiles::read(harness.speakerRecording(1));
     const WavFiles::Samples tail(heard.end() - 12000, heard.end() - 2000);
     QVERIFY(std::abs(SignalMeasure::toneFrequency(tail, 16000) - 1500) < 2);
 }
 
 void TestSpeakers::offlineSpeaker()
 {
-    ServerConfig config;
-    config.offlineAddresses = {"10.0.0.66"};
-    ServerHarness harness(config);
+    ServerHarness harness(ServerConfig(), ServerHarness::offlineAt("10.0.0.66"));
     harness.addDevice("Gate", "10.0.0.66");
     harness.upload(path("tone.wav"));
     const ServerReply reply = harness.ask("PlayAudio", play(1, 1));
@@ -233,9 +231,7 @@ void TestSpeakers::offlineSpeaker()
 
 void TestSpeakers::offlineMember()
 {
-    ServerConfig config;
-    config.offlineAddresses = {"10.0.0.66"};
-    ServerHarness harness(config);
+    ServerHarness harness(ServerConfig(), ServerHarness::offlineAt("10.0.0.66"));
     harness.addDevice("Gate", "10.0.0.66");
     harness.addDevice("Dock");
     harness.upload(path("tone.wav"));
@@ -245,8 +241,8 @@ void TestSpeakers::offlineMember()
     QVERIFY(ServerHarness::waitFor([&] { return ended(harness); }));
     QCOMPARE(harness.events.size(), std::size_t{1});
     QCOMPARE(harness.events[0].payload["deviceName"], QVariant("Gate"));
-    QVERIFY(!QFile::exists(harness.server->speakerRecording(1)));
-    QVERIFY(loudSeconds(WavFiles::read(harness.server->speakerRecording(2))) > 0.9);
+    QVERIFY(!QFile::exists(harness.speakerRecording(1)));
+    QVERIFY(loudSeconds(WavFiles::read(harness.speakerRecording(2))) > 0.9);
 }
 
 void TestSpeakers::brokenFile()
@@ -297,8 +293,8 @@ void TestSpeakers::talkToSpeakers()
     }
     for (int id = 1; id <= 2; ++id) {
         QVERIFY(ServerHarness::waitFor(
-            [&] { return loudSeconds(WavFiles::read(harness.server->speakerRecording(id))) > 0.9; }));
-        const auto heard = WavFiles::read(harness.server->speakerRecording(id));
+            [&] { return loudSeconds(WavFiles::read(harness.speakerRecording(id))) > 0.9; }));
+        const auto heard = WavFiles::read(harness.speakerRecording(id));
         const int begin = onset(heard);
         QVERIFY(std::abs(SignalMeasure::medianFrequency(
                              WavFiles::Samples(heard.begin() + begin, heard.begin() + begin + 12000), 16000) -
@@ -311,9 +307,7 @@ void TestSpeakers::talkToSpeakers()
 
 void TestSpeakers::refusedTalks()
 {
-    ServerConfig config;
-    config.offlineAddresses = {"10.0.0.66"};
-    ServerHarness harness(config);
+    ServerHarness harness(ServerConfig(), ServerHarness::offlineAt("10.0.0.66"));
     harness.addDevice("Gate", "10.0.0.66");
     const ServerReply offline = harness.ask("StartTalkToIPAudio", 1);
     QCOMPARE(offline.returnCode, QString("0")); // the client tells people what stands in "error"
@@ -335,16 +329,14 @@ void TestSpeakers::talkAndFileAreMixed()
     }
     // Louder than the file alone while both sound.
     QVERIFY(ServerHarness::waitFor([&] {
-        const auto heard = WavFiles::read(harness.server->speakerRecording(1));
+        const auto heard = WavFiles::read(harness.speakerRecording(1));
         return std::any_of(heard.begin(), heard.end(), [](std::int16_t s) { return s > 20000; });
     }));
 }
 
 void TestSpeakers::alarmNameComesAlong()
 {
-    ServerConfig config;
-    config.offlineAddresses = {"10.0.0.66"};
-    ServerHarness harness(config);
+    ServerHarness harness(ServerConfig(), ServerHarness::offlineAt("10.0.0.66"));
     harness.addDevice("Gate", "10.0.0.66");
     harness.upload(path("tone.wav"));
     QVariantMap payload = play(1, 1);
@@ -362,7 +354,7 @@ void TestSpeakers::clientMayLeave()
     harness.ask("PlayAudio", play(1, 1));
     harness.session.reset();
     QVERIFY(ServerHarness::waitFor(
-        [&] { return loudSeconds(WavFiles::read(harness.server->speakerRecording(1))) > 0.95; }));
+        [&] { return loudSeconds(WavFiles::read(harness.speakerRecording(1))) > 0.95; }));
 }
 
 QTEST_GUILESS_MAIN(TestSpeakers)

@@ -3,6 +3,7 @@
 
 #include "client/PluginHost.h"
 #include "embedded/EmbeddedLink.h"
+#include "server/devices/simulated/SimulatedDevices.h"
 #include "tests/support/BuiltLibraries.h"
 #include "tests/support/PulseServer.h"
 #include "tests/windows/LiveMicrophones.h"
@@ -62,10 +63,12 @@ void TestMicrophonePoll::comesAndGoes()
 {
     const LiveMicrophones microphones;
     QTRY_COMPARE_WITH_TIMEOUT(microphones.count(), 0, listTime);
+    SimulatedConfig simulated;
+    simulated.cameras = defaultCameras();
+    simulated.recordingDirectory = m_folder.filePath(QStringLiteral("recordings"));
     ServerConfig config;
-    config.cameras = defaultCameras();
+    config.devices = simulatedDevices(simulated);
     config.dataDirectory = m_folder.filePath(QStringLiteral("data"));
-    config.recordingDirectory = m_folder.filePath(QStringLiteral("recordings"));
     EmbeddedLink link(config);
     PluginHost host(link);
     QVERIFY2(host.load(BuiltLibraries::path("VoiceDesk")), qPrintable(host.errorString()));

@@ -86,12 +86,21 @@ bool CameraVoice::start()
     return true;
 }
 
+void CameraVoice::stop()
+{
+    m_stopped = true;
+    m_ticker.stop();
+}
+
 void CameraVoice::hear(std::uint32_t position, const std::vector<std::int16_t>& samples)
 {
     if (m_config.kind != CameraVoiceConfig::Echo || !m_encoder) {
         return;
     }
     QTimer::singleShot(m_config.echoDelay, Qt::PreciseTimer, this, [this, position, samples] {
+        if (m_stopped) {
+            return;
+        }
         if (!m_positioned) {
             m_positioned = true;
             m_position = static_cast<std::uint32_t>(
@@ -127,7 +136,7 @@ void CameraVoice::speak(const std::vector<std::int16_t>& samples)
     for (; m_pending.size() - used >= frameSamples; used += frameSamples) {
         const QByteArray bitstream = m_encoder->encode(m_pending.data() + used);
         if (!bitstream.isEmpty()) {
-            Q_EMIT spoke(fieldsOf(bitstream, m_encoder->format(), 1));
+            Q_EMIT spoke(packetOf(bitstream, m_encoder->format(), 1));
         }
         m_position += static_cast<std::uint32_t>(frameSamples);
     }
@@ -156,38 +165,15 @@ void CameraVoice::speakRecording()
         if (m_position + packet.samples > due) {
             return;
         }
-        Q_EMIT spoke(fieldsOf(packet.bitstream, format, packet.frames));
+        Q_EMIT spoke(packetOf(packet.bitstream, format, packet.frames));
         m_position += packet.samples;
         ++m_recordingPosition;
     }
     m_ticker.stop();
 }
 
-QVariantMap CameraVoice::fieldsOf(const QByteArray& bitstream, const TalkFormat& format, uint frames)
+VoicePacket CameraVoice::packetOf(const QByteArray& bitstream, const TalkFormat& format,
+                                  unsigned frames) const
 {
-    framesmith::PacketHeader header;
-    header.channels = 1;
-    header.streamType = format.streamType;
-    header.sampleRate = static_cast<std::uint32_t>(format.sampleRate);
-    header.position = m_position;
-    header.captureTime = steadyMicroseconds();
-    // Filled up so that the packet's Base64 text needs no padding: a client does not decode every padded
-    // text.
-    const int rest = (static_cast<int>(framesmith::PacketHeader::size) + bitstream.size()) % 3;
-    const int padding = (3 - rest) % 3;
-    header.length =
-        static_cast<std::uint8_t>(framesmith::PacketHeader::size) + static_cast<std::uint8_t>(padding);
-    const auto bytes = header.toBytes();
-    const QByteArray packet =
-        QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +
-        QByteArray(padding, '\0') + bitstream;
-    return {
-        {Words::BitstreamSize, static_cast<uint>(bitstream.size())},
-        {Words::Offset, static_cast<uint>(header.length)},
-        {Words::AudioData, QString::fromLatin1(packet.toBase64())},
-        {Words::StreamType, format.streamType},
-        {Words::AudioSamplingFreq, static_cast<uint>(format.sampleRate)},
-        {Words::AudioChannelNum, 1U},
-        {Words::FrameNumber, frames},
-    };
+    return {bitstream, format.streamType, format.sampleRate, frames, m_position, steadyMicroseconds()};
 }

@@ -2,6 +2,7 @@
 
 #include "audio/PcmConverter.h"
 #include "audio/TalkEncoder.h"
+#include "server/devices/VoicePacket.h"
 #include "server/devices/simulated/RecordedStream.h"
 #include "src/decoders/CodecTable.h"
 #include "src/vocabulary/StreamType.h"
@@ -10,7 +11,6 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
-#include <QVariantMap>
 
 #include <cstdint>
 #include <memory>
@@ -31,7 +31,7 @@ struct CameraVoiceConfig
     QString file;
 };
 
-/** The voice of a camera in one talk: PCM in, AudioReceived events out, at the pace of live sound. */
+/** The voice of a camera in one talk: PCM in, packets out, at the pace of live sound. */
 class CameraVoice : public QObject
 {
     Q_OBJECT
@@ -43,6 +43,9 @@ public:
     /** Starts to speak, for a camera that speaks by itself; false when its file cannot be read. */
     bool start();
 
+    /** Says nothing more. */
+    void stop();
+
     /**
      * Hears what is said to the camera.
      *
@@ -52,15 +55,14 @@ public:
     void hear(std::uint32_t position, const std::vector<std::int16_t>& samples);
 
 Q_SIGNALS:
-    /** One packet: the fields of an AudioReceived event, but for the token. */
-    void spoke(const QVariantMap& fields);
+    void spoke(const VoicePacket& packet);
 
 private:
     void speak(const std::vector<std::int16_t>& samples);
     void speakFile();
     bool startRecording();
     void speakRecording();
-    QVariantMap fieldsOf(const QByteArray& bitstream, const TalkFormat& format, uint frames);
+    VoicePacket packetOf(const QByteArray& bitstream, const TalkFormat& format, unsigned frames) const;
 
     CameraVoiceConfig m_config;
     std::unique_ptr<TalkEncoder> m_encoder;
@@ -72,6 +74,7 @@ private:
     std::size_t m_recordingPosition = 0;
     std::uint32_t m_position = 0; ///< Of the next packet's first sample.
     bool m_positioned = false;
+    bool m_stopped = false;
     QTimer m_ticker;
     QElapsedTimer m_clock;
 };

@@ -13,8 +13,10 @@ constexpr qint64 mostStepsAtOnce = 50; // one second; what a halted server misse
 
 } // namespace
 
-SpeakerRack::SpeakerRack(QString directory, bool aloud) : m_directory(std::move(directory))
+SpeakerRack::SpeakerRack(QString directory, bool aloud, std::shared_ptr<SimulatedRecordings> written)
+    : m_directory(std::move(directory)), m_written(std::move(written))
 {
+    m_written->speakers.clear();
     if (aloud) {
         m_output = std::make_unique<LocalOutput>(sampleRate);
     }
@@ -25,19 +27,16 @@ SpeakerRack::SpeakerRack(QString directory, bool aloud) : m_directory(std::move(
 
 SpeakerRack::~SpeakerRack() = default;
 
-QString SpeakerRack::recordingPath(int speaker) const
+int SpeakerRack::addSource(const QList<int>& speakers, Source source, Time start)
 {
-    const auto recording = m_recordings.find(speaker);
-    return recording == m_recordings.end() ? QString() : recording->second->path();
-}
-
-int SpeakerRack::addSource(const QList<int>& speakers, Source source)
-{
+    using std::chrono::milliseconds;
+    const auto wait = std::chrono::duration_cast<milliseconds>(start - std::chrono::steady_clock::now());
+    const qint64 due = m_clock.elapsed() + std::max<qint64>(wait.count(), 0);
     if (m_sources.empty()) {
         m_step = m_clock.elapsed() / stepTime;
         m_timer.start(stepTime / 2);
     }
-    m_sources[++m_lastNumber] = {speakers, std::move(source)};
+    m_sources[++m_lastNumber] = {speakers, std::move(source), due / stepTime};
     return m_lastNumber;
 }
 
@@ -73,6 +72,9 @@ void SpeakerRack::playStep()
     QList<int> ended;
     std::vector<std::int16_t> samples;
     for (auto& [number, playing] : m_sources) {
+        if (m_step < playing.firstStep) {
+            continue;
+        }
         samples.clear();
         if (!playing.source(stepSamples, samples)) {
             ended.append(number);
@@ -111,6 +113,7 @@ void SpeakerRack::write(const Mix& mix)
         if (!recording) {
             recording = std::make_unique<SpeakerRecording>(NumberedFile::create(
                 m_directory, QStringLiteral("speaker-%1").arg(speaker), QStringLiteral("wav")));
+            m_written->speakers.insert(speaker, recording->path());
         }
         recording->write(static_cast<std::uint64_t>(m_step) * stepSamples, limited(sum));
         std::transform(sum.begin(), sum.end(), together.begin(), together.begin(), std::plus<>());

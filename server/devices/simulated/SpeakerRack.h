@@ -1,5 +1,6 @@
 #pragma once
 
+#include "server/devices/simulated/SimulatedConfig.h"
 #include "server/devices/simulated/SpeakerRecording.h"
 
 #include <QElapsedTimer>
@@ -7,6 +8,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -31,20 +33,23 @@ public:
     /** Appends up to so many samples; false when there will be no more. */
     using Source = std::function<bool(std::size_t count, std::vector<std::int16_t>& out)>;
 
-    /** @param directory of the recordings @param aloud also play on this machine */
-    SpeakerRack(QString directory, bool aloud);
+    using Time = std::chrono::steady_clock::time_point;
+
+    /**
+     * @param directory of the recordings
+     * @param aloud also play on this machine
+     * @param written is given the paths of the recordings
+     */
+    SpeakerRack(QString directory, bool aloud, std::shared_ptr<SimulatedRecordings> written);
     ~SpeakerRack() override;
 
-    /** Plays a source on speakers from the next step on; returns its number. */
-    int addSource(const QList<int>& speakers, Source source);
+    /** Plays a source on speakers from the first step after @p start on; returns its number. */
+    int addSource(const QList<int>& speakers, Source source, Time start = Time());
 
     void removeSource(int number);
 
     /** Moves a running source to other speakers. */
     void setSpeakers(int number, const QList<int>& speakers);
-
-    /** The recording of a speaker since the start of the server; empty until it has played something. */
-    QString recordingPath(int speaker) const;
 
 Q_SIGNALS:
     /** A source had no more sound; it is gone. */
@@ -55,6 +60,7 @@ private:
     {
         QList<int> speakers;
         Source source;
+        qint64 firstStep = 0;
     };
     using Mix = std::map<int, std::vector<std::int32_t>>;
 
@@ -63,6 +69,7 @@ private:
     void write(const Mix& mix);
 
     QString m_directory;
+    std::shared_ptr<SimulatedRecordings> m_written;
     std::map<int, Playing> m_sources; ///< By number.
     std::map<int, std::unique_ptr<SpeakerRecording>> m_recordings;
     std::unique_ptr<LocalOutput> m_output;

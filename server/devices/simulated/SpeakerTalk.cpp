@@ -20,6 +20,7 @@ SpeakerTalk::SpeakerTalk(SpeakerRack& rack, int speaker)
             queue->erase(queue->begin(), queue->begin() + taken);
             return true; // until the talk is closed
         });
+    QMetaObject::invokeMethod(this, &DeviceTalk::opened, Qt::QueuedConnection);
 }
 
 SpeakerTalk::~SpeakerTalk()
@@ -27,6 +28,14 @@ SpeakerTalk::~SpeakerTalk()
     if (m_rack) {
         m_rack->removeSource(m_source);
     }
+}
+
+void SpeakerTalk::close()
+{
+    if (m_rack) {
+        m_rack->removeSource(m_source);
+    }
+    QMetaObject::invokeMethod(this, &DeviceTalk::closed, Qt::QueuedConnection);
 }
 
 bool SpeakerTalk::hear(const QByteArray& packet)

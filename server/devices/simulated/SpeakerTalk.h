@@ -2,7 +2,7 @@
 
 #include "audio/PacketDecoder.h"
 #include "audio/PcmConverter.h"
-#include "server/devices/TalkTarget.h"
+#include "server/devices/DeviceTalk.h"
 #include "server/devices/simulated/SpeakerRack.h"
 
 #include <QPointer>
@@ -11,7 +11,7 @@
 #include <vector>
 
 /** A talk to a simulated speaker: what is said is mixed into what it plays, as soon as it comes. */
-class SpeakerTalk : public TalkTarget
+class SpeakerTalk : public DeviceTalk
 {
 public:
     SpeakerTalk(SpeakerRack& rack, int speaker);
@@ -20,6 +20,7 @@ public:
     SpeakerTalk& operator=(const SpeakerTalk&) = delete;
 
     bool hear(const QByteArray& packet) override;
+    void close() override;
 
 private:
     QPointer<SpeakerRack> m_rack;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QVariantMap>
+
+#include <cstdint>
+
+/** One packet of what a camera or a speaker says. */
+struct VoicePacket
+{
+    QByteArray bitstream;
+    std::uint32_t streamType = 0;  ///< The codec, see src/vocabulary/StreamType.h.
+    int sampleRate = 0;            ///< Hz, one channel.
+    unsigned frames = 1;           ///< Codec frames in the bitstream.
+    std::uint32_t position = 0;    ///< Of the first sample in the talk, samples; wraps.
+    std::uint64_t captureTime = 0; ///< Of the last sample, microseconds of the steady clock.
+
+    /** The fields of an AudioReceived event, without the token. */
+    QVariantMap toFields() const;
+};
+
+Q_DECLARE_METATYPE(VoicePacket)

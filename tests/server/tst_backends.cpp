@@ -1,0 +1,458 @@
+// Talks and playbacks over devices that are slow, refuse, lose their line and signal from other threads.
+
+#include "audio/PacketHeader.h"
+#include "protocol/Words.h"
+#include "tests/server/AwkwardBackend.h"
+#include "tests/server/ServerHarness.h"
+#include "tests/support/WavFiles.h"
+
+class TestBackends : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void opensLate();
+    void refusesLate();
+    void speakerRefusesLate();
+    void neverOpens();
+    void laterSignalsAreIgnored();
+    void losesItsLine();
+    void losesItsLineWhileItHears();
+    void losesOneOfSeveral();
+    void lostWhileAnotherOpens();
+    void stopAfterALoss();
+    void speaksFromAnotherThread();
+    void speaksOnWhileAllEnds();
+    void answersAClose();
+    void neverAnswersAClose();
+    void clientLeavesWhileItOpens();
+    void stoppedWhileItOpens();
+    void openLinesAreLimited();
+    void groupOfTwoKinds();
+    void speakerFailsWhilePlaying();
+    void stopsOneOfTwo();
+
+private:
+    QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
+
+    QTemporaryDir m_folder;
+};
+
+namespace {
+
+const QVariantMap gate{{"camId", "gate"}, {"relayPath", "r"}};
+
+/** A server with two awkward cameras and any awkward speakers. */
+struct Awkward
+{
+    std::shared_ptr<AwkwardDevices> devices = std::make_shared<AwkwardDevices>();
+    std::unique_ptr<ServerHarness> harness;
+
+    explicit Awkward(TalkLimits limits = TalkLimits())
+    {
+        devices->cameras = {{"gate", "Gate"}, {"dock", "Dock"}};
+        ServerConfig config;
+        config.devices = devices->kinds();
+        config.talkLimits = limits;
+        harness = std::make_unique<ServerHarness>(config);
+    }
+
+    AwkwardTalk& talk(std::size_t number) { return *devices->talks.at(number); }
+    bool isGone(std::size_t number) const { return devices->talks.at(number).isNull(); }
+
+    /** Opens a talk and gives its token. */
+    QString open(const QString& command = "StartTalk", const QVariant& payload = gate)
+    {
+        harness->replies.clear();
+        harness->session->submit(command, payload, 1);
+        devices->talks.back()->open();
+        ServerHarness::waitFor([this] { return !harness->replies.empty(); });
+        return harness->replies.back().reply.result.toMap()["talkToken"].toString();
+    }
+    QString openSpeaker(int id) { return open("StartTalkToIPAudio", id); }
+    int addSpeaker(const QString& name) { return harness->addDevice(name, "10.9.0.1"); }
+
+    ServerReply say(const QStringList& tokens)
+    {
+        framesmith::PacketHeader header;
+        header.channels = 1;
+        header.streamType = 8192;
+        header.sampleRate = 8000;
+        const auto bytes = header.toBytes();
+        const QByteArray packet =
+            QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +
+            QByteArray(640, '\xFF');
+        return harness->ask("TalkData",
+                            QVariantMap{{"targets", "<Dest>" + tokens.join("</Dest><Dest>") + "</Dest>"},
+                                        {"talkData", QString::fromLatin1(packet.toBase64())}});
+    }
+    ServerReply stop(const QString& token)
+    {
+        return harness->ask("StopTalk", QVariantMap{{"talkToken", token}});
+    }
+    bool waitForEvents(std::size_t count)
+    {
+        return ServerHarness::waitFor([&] { return harness->events.size() >= count; }) && settled() == count;
+    }
+    /** How many events there are when all that was queued is done. */
+    std::size_t settled()
+    {
+        QCoreApplication::processEvents();
+        return harness->events.size();
+    }
+};
+
+QVariantMap disconnected(const QString& token)
+{
+    return {{"TalkDisconnected", QVariantMap{{"Token", token}}}};
+}
+
+} // namespace
+
+void TestBackends::initTestCase()
+{
+    QVERIFY(WavFiles::write(path("tone.wav"), WavFiles::sine(440, 0.5, 1.0, 16000), 16000));
+}
+
+void TestBackends::opensLate()
+{
+    Awkward server;
+    std::vector<std::pair<quint64, QVariantMap>> answers;
+    connect(server.harness->session.get(), &ServerSession::replied, this,
+            [&](const QString&, quint64 request, const ServerReply& reply) {
+                answers.emplace_back(request, reply.result.toMap());
+            });
+    server.harness->session->submit("StartTalk", gate, 7);
+    server.harness->session->submit("StartTalk", QVariantMap{{"camId", "dock"}}, 8);
+    QCoreApplication::processEvents();
+    QVERIFY(answers.empty()); // the line is not open
+    server.talk(1).open();
+    QVERIFY(ServerHarness::waitFor([&] { return answers.size() == 1; }));
+    server.talk(0).open();
+    QVERIFY(ServerHarness::waitFor([&] { return answers.size() == 2; }));
+    QCOMPARE(answers[0].first, quint64{8}); // each answer belongs to its request
+    QCOMPARE(answers[0].second["camId"], QVariant("dock"));
+    QCOMPARE(answers[1].first, quint64{7});
+    QCOMPARE(answers[1].second["relayPath"], QVariant("r"));
+    QVERIFY(answers[0].second["talkToken"] != answers[1].second["talkToken"]);
+    QCOMPARE(server.say({answers[1].second["talkToken"].toString()}).returnCode, ReturnCode::success);
+    QCOMPARE(server.talk(0).heard, 1);
+    QCOMPARE(server.talk(1).heard, 0);
+}
+
+void TestBackends::refusesLate()
+{
+    Awkward server;
+    server.harness->session->submit("StartTalk", gate, 1);
+    server.talk(0).refuse(ReturnCode::noVoice, "wrong password");
+    QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 1; }));
+    QCOMPARE(server.harness->replies[0].reply.returnCode, ReturnCode::noVoice);
+    QCOMPARE(server.harness->replies[0].reply.errorText, QString("wrong password"));
+    QCOMPARE(server.settled(), std::size_t{0});
+    QVERIFY(server.isGone(0));
+}
+
+void TestBackends::speakerRefusesLate()
+{
+    Awkward server;
+    const int speaker = server.addSpeaker("Hall");
+    server.harness->replies.clear();
+    server.harness->session->submit("StartTalkToIPAudio", speaker, 1);
+    server.talk(0).refuse(ReturnCode::speakerOffline, "busy");
+    QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 1; }));
+    // Any other code would end the client's other talks.
+    QCOMPARE(server.harness->replies[0].reply.returnCode, ReturnCode::success);
+    QCOMPARE(server.harness->replies[0].reply.result.toMap(), (QVariantMap{{"error", "busy"}}));
+}
+
+void TestBackends::neverOpens()
+{
+    TalkLimits limits;
+    limits.opening = 50;
+    Awkward server(limits);
+    QElapsedTimer clock;
+    clock.start();
+    const ServerReply reply = server.harness->ask("StartTalk", gate);
+    QVERIFY(clock.elapsed() >= 49);
+    QCOMPARE(reply.returnCode, ReturnCode::cameraOffline);
+    QVERIFY(reply.errorText.contains("in time"));
+}
+
+void TestBackends::laterSignalsAreIgnored()
+{
+    Awkward server;
+    const QString token = server.open();
+    server.harness->replies.clear();
+    server.talk(0).open();
+    server.talk(0).refuse(ReturnCode::noVoice, "too late");
+    QCOMPARE(server.settled(), std::size_t{0});
+    QVERIFY(server.harness->replies.empty());
+    QCOMPARE(server.say({token}).returnCode, ReturnCode::success);
+    server.talk(0).lose();
+    server.talk(0).lose();
+    server.talk(0).open();
+    QVERIFY(server.waitForEvents(1));
+}
+
+void TestBackends::losesItsLine()
+{
+    Awkward server;
+    const QString token = server.open();
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(server.harness->events[0].name, QString("TalkDisconnected"));
+    QCOMPARE(server.harness->events[0].payload, disconnected(token));
+    QVERIFY(server.isGone(0));
+    QCOMPARE(server.say({token}).returnCode, ReturnCode::noSuchTalk);
+}
+
+void TestBackends::losesItsLineWhileItHears()
+{
+    Awkward server;
+    server.devices->losesAfter = 2;
+    const QString first = server.open();
+    const QString second = server.open("StartTalk", QVariantMap{{"camId", "dock"}});
+    QCOMPARE(server.say({first, second}).returnCode, ReturnCode::success);
+    QCOMPARE(server.settled(), std::size_t{0});
+    QCOMPARE(server.say({first, second}).returnCode, ReturnCode::success);
+    QVERIFY(server.waitForEvents(2));
+    QCOMPARE(server.harness->events[0].name, Words::TalkTargetLost);
+    QCOMPARE(server.harness->events[1].payload, disconnected(second));
+}
+
+void TestBackends::losesOneOfSeveral()
+{
+    Awkward server;
+    const int hall = server.addSpeaker("Hall");
+    const QString camera = server.open();
+    const QString speaker = server.openSpeaker(hall);
+    server.talk(1).lose("the line is cut");
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(server.harness->events[0].name, Words::TalkTargetLost);
+    const QVariantMap expected{{"Token", speaker}, {"deviceID", hall}, {"error", "the line is cut"}};
+    QCOMPARE(server.harness->events[0].payload, expected);
+    // The client goes on sending to both.
+    QCOMPARE(server.say({camera, speaker}).returnCode, ReturnCode::success);
+    QCOMPARE(server.talk(0).heard, 1);
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(2));
+    QCOMPARE(server.harness->events[1].name, QString("TalkDisconnected"));
+    QCOMPARE(server.harness->events[1].payload, disconnected(camera));
+    // A new talk knows nothing of the old one.
+    server.open();
+    server.talk(2).lose();
+    QVERIFY(server.waitForEvents(3));
+    QCOMPARE(server.harness->events[2].name, QString("TalkDisconnected"));
+}
+
+void TestBackends::lostWhileAnotherOpens()
+{
+    Awkward server;
+    const int hall = server.addSpeaker("Hall");
+    const QString camera = server.open();
+    server.harness->session->submit("StartTalkToIPAudio", hall, 1);
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(server.harness->events[0].name, Words::TalkTargetLost);
+    QCOMPARE(server.harness->events[0].payload["camId"], QVariant("gate"));
+    server.talk(1).refuse(ReturnCode::speakerOffline, "busy"); // nobody is left
+    QVERIFY(server.waitForEvents(2));
+    QCOMPARE(server.harness->events[1].name, QString("TalkDisconnected"));
+    QCOMPARE(server.harness->events[1].payload, disconnected(camera));
+}
+
+void TestBackends::stopAfterALoss()
+{
+    Awkward server;
+    const QString first = server.open();
+    const QString second = server.open("StartTalk", QVariantMap{{"camId", "dock"}});
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(1));
+    // The client ends its talk with a stop for each target.
+    QCOMPARE(server.stop(first).returnCode, ReturnCode::success);
+    QCOMPARE(server.stop(second).returnCode, ReturnCode::success);
+    QCOMPARE(server.stop(first).returnCode, ReturnCode::noSuchTalk);
+    QCOMPARE(server.settled(), std::size_t{1});
+}
+
+void TestBackends::speaksFromAnotherThread()
+{
+    Awkward server;
+    server.harness->session->submit("StartTalk", gate, 1);
+    VoicePacket packet;
+    packet.bitstream = "sound";
+    packet.streamType = 8192;
+    packet.sampleRate = 8000;
+    packet.frames = 3;
+    server.talk(0).speak(packet); // too early: the client has no token
+    server.talk(0).open();
+    QVERIFY(ServerHarness::waitFor([&] { return !server.harness->replies.empty(); }));
+    const QString token = server.harness->replies[0].reply.result.toMap()["talkToken"].toString();
+    server.talk(0).speak(packet);
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(server.harness->events[0].name, QString("AudioReceived"));
+    const QVariantMap fields = server.harness->events[0].payload["AudioReceived"].toMap();
+    QCOMPARE(fields["Token"], QVariant(token));
+    QCOMPARE(fields["StreamType"], QVariant(8192U));
+    QCOMPARE(fields["FrameNumber"], QVariant(3U));
+    QCOMPARE(fields["BitstreamSize"], QVariant(5U));
+    QVERIFY(QByteArray::fromBase64(fields["AudioData"].toString().toLatin1()).endsWith("sound"));
+    server.devices->answersClose = false;
+    server.stop(token);
+    server.talk(0).speak(packet);
+    QCOMPARE(server.settled(), std::size_t{1});
+}
+
+void TestBackends::speaksOnWhileAllEnds()
+{
+    for (const bool answersClose : {true, false}) {
+        TalkLimits limits;
+        limits.closing = 20;
+        Awkward server(limits);
+        server.devices->answersClose = answersClose;
+        const QString token = server.open();
+        server.talk(0).speakOn();
+        QVERIFY(ServerHarness::waitFor([&] { return server.harness->events.size() > 20; }));
+        server.stop(token);
+        QVERIFY(ServerHarness::waitFor([&] { return server.isGone(0); }));
+        server.open();
+        server.talk(1).speakOn();
+        server.harness.reset(); // the server ends in the middle of it
+        QVERIFY(server.isGone(1));
+    }
+}
+
+void TestBackends::answersAClose()
+{
+    Awkward server;
+    const QString token = server.open();
+    QCOMPARE(server.stop(token).returnCode, ReturnCode::success);
+    QVERIFY(ServerHarness::waitFor([&] { return server.isGone(0); }, 2000));
+}
+
+void TestBackends::neverAnswersAClose()
+{
+    TalkLimits limits;
+    limits.closing = 100;
+    Awkward server(limits);
+    server.devices->answersClose = false;
+    const QString token = server.open();
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(server.stop(token).returnCode, ReturnCode::success); // the client does not wait for it
+    QCOMPARE(server.talk(0).closes, 1);
+    QVERIFY(!server.open().isEmpty());
+    QVERIFY(ServerHarness::waitFor([&] { return server.isGone(0); }));
+    QVERIFY(clock.elapsed() >= 99);
+}
+
+void TestBackends::clientLeavesWhileItOpens()
+{
+    Awkward server;
+    server.devices->answersClose = false;
+    server.harness->session->submit("StartTalk", gate, 1);
+    server.harness->session.reset();
+    QCOMPARE(server.talk(0).closes, 1);
+    server.talk(0).open();
+    server.talk(0).lose();
+    QCOMPARE(server.settled(), std::size_t{0});
+    QVERIFY(server.harness->replies.empty());
+}
+
+void TestBackends::stoppedWhileItOpens()
+{
+    Awkward server;
+    const int hall = server.addSpeaker("Hall");
+    server.harness->replies.clear();
+    server.harness->session->submit("StartTalkToIPAudio", hall, 1);
+    server.harness->session->submit("StopTalkToIPAudio", hall, 1);
+    QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 2; }));
+    QCOMPARE(server.harness->replies[0].command, QString("StartTalkToIPAudio"));
+    QVERIFY(!server.harness->replies[0].reply.result.toMap()["error"].toString().isEmpty());
+    QCOMPARE(server.harness->replies[1].reply.returnCode, ReturnCode::success);
+}
+
+void TestBackends::openLinesAreLimited()
+{
+    Awkward server;
+    server.devices->answersClose = false;
+    for (int i = 0; i < 4096; ++i) {
+        server.harness->session->submit("StartTalk", gate, 1); // none of them opens
+    }
+    QCOMPARE(server.harness->ask("StartTalk", gate).returnCode, ReturnCode::malformedRequest);
+    const int hall = server.addSpeaker("Hall");
+    const ServerReply speaker = server.harness->ask("StartTalkToIPAudio", hall);
+    QCOMPARE(speaker.returnCode, ReturnCode::success);
+    QVERIFY(!speaker.result.toMap()["error"].toString().isEmpty());
+    QCOMPARE(server.devices->talks.size(), std::size_t{4096});
+}
+
+void TestBackends::groupOfTwoKinds()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int awkward = server.addSpeaker("Hall");
+    const int simulated = harness.addDevice("Stairs");
+    harness.upload(path("tone.wav"));
+    harness.addGroup("all", QString("%1,%2").arg(awkward).arg(simulated));
+    const auto before = std::chrono::steady_clock::now();
+    QCOMPARE(harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}}).returnCode,
+             ReturnCode::success);
+    AwkwardPlayback& playback = *server.devices->playbacks.at(0);
+    QCOMPARE(playback.speakers, QList<int>{awkward});
+    QVERIFY(playback.start >= before && playback.start <= std::chrono::steady_clock::now());
+    // The whole file for each kind; it has ended when it has ended everywhere.
+    QVERIFY(ServerHarness::waitFor(
+        [&] { return WavFiles::read(harness.speakerRecording(simulated)).size() >= 16000; }));
+    QVERIFY(playback.take(15000));
+    QVERIFY(!playback.take(15000));
+    const auto progress = [&] { return harness.replies.back().reply.result.toMap()["progress"].toInt(); };
+    QVERIFY(ServerHarness::waitFor([&] { return progress() == 99; }));
+    playback.end();
+    QVERIFY(ServerHarness::waitFor([&] { return progress() == 100; }));
+    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
+    QVERIFY(harness.events.empty());
+}
+
+void TestBackends::speakerFailsWhilePlaying()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    const int roof = server.addSpeaker("Roof");
+    harness.upload(path("tone.wav"));
+    harness.addGroup("all", QString("%1,%2").arg(hall).arg(roof));
+    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
+    AwkwardPlayback& playback = *server.devices->playbacks.at(0);
+    playback.fail(roof, "it hangs");
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.events[0].name, QString("PlayAudioFailed"));
+    QCOMPARE(harness.events[0].payload["deviceName"], QVariant("Roof"));
+    QCOMPARE(harness.events[0].payload["error"], QVariant("it hangs"));
+    QCOMPARE(playback.speakers, QList<int>{hall});
+    playback.fail(roof, "it hangs"); // it has been said
+    playback.fail(4711, "nobody");
+    QCOMPARE(server.settled(), std::size_t{1});
+    playback.fail(hall, "it hangs, too");
+    QVERIFY(server.waitForEvents(2));
+    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
+}
+
+void TestBackends::stopsOneOfTwo()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    const int roof = server.addSpeaker("Roof");
+    harness.upload(path("tone.wav"));
+    harness.addGroup("all", QString("%1,%2").arg(hall).arg(roof));
+    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
+    QCOMPARE(harness.ask("StopCurrentAudio", hall).returnCode, ReturnCode::success);
+    QCOMPARE(server.devices->playbacks.at(0)->speakers, QList<int>{roof});
+    QCOMPARE(harness.ask("StopCurrentAudio", roof).returnCode, ReturnCode::success);
+    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
+}
+
+QTEST_GUILESS_MAIN(TestBackends)
+#include "tst_backends.moc"
