@@ -49,7 +49,7 @@ public:
               {V::groupIDList, QStringLiteral("1")}}},
         };
         for (const auto& [command, record] : records) {
-            if (m_server.execute(session, command, record)->returnCode != ReturnCode::success) {
+            if (m_server.execute(session, command, record, 1)->returnCode != ReturnCode::success) {
                 std::abort();
             }
         }
@@ -69,7 +69,8 @@ public:
                                                      {V::GetNetworkAudioGroup, V::groupID},
                                                      {V::GetNetworkAudioSchedule, V::scheduleID}};
         return std::all_of(std::begin(lists), std::end(lists), [&](const auto& list) {
-            const QVariantList records = m_server.execute(session, list.first, QVariant())->result.toList();
+            const QVariantList records =
+                m_server.execute(session, list.first, QVariant(), 1)->result.toList();
             return !records.isEmpty() && records.size() <= mostRecords &&
                    records.first().toMap().value(list.second) == 1;
         });
@@ -97,7 +98,7 @@ void checkAnswer(const QString& command, const ServerReply& reply)
     if (reply.returnCode != ReturnCode::success) {
         return;
     }
-    const int types[] = {QMetaType::UnknownType, QMetaType::Int, QMetaType::QVariantMap,
+    const int types[] = {QMetaType::UnknownType, QMetaType::Int, QMetaType::QString, QMetaType::QVariantMap,
                          QMetaType::QVariantList};
     if (row == nullptr || reply.result.userType() != types[row->answer.kind]) {
         std::abort();
