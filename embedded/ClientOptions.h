@@ -13,7 +13,11 @@
 class ClientOptions
 {
 public:
-    /** Adds the options to a parser, --help included. */
+    /** Returns the options of the connection to a server, and of the plug-in. */
+    static QList<QCommandLineOption> serverOptions();
+    /** Returns the options of a server's own files, and of the secret. */
+    static QList<QCommandLineOption> recordsOptions();
+    /** Adds both to a parser. */
     static void addTo(QCommandLineParser& parser);
 
     /**
@@ -35,5 +39,4 @@ public:
     QString fingerprint;   ///< SHA-256 of the server's certificate, hexadecimal; may be empty.
     ServerConfig embedded; ///< Of the embedded server.
     int timeout = 5000;    ///< For the connection and for each answer, ms.
-    bool json = false;     ///< Whether to write JSON.
 };

@@ -19,9 +19,6 @@ private Q_SLOTS:
     void eightKilohertzFileArrivesToTheSample();
     void failures_data();
     void failures();
-    void usage_data();
-    void usage();
-    void helpIsForStrangers();
     void interruptEndsInGoodOrder();
 
 private:
@@ -87,7 +84,7 @@ void TestTalkCommand::failures_data()
     QTest::newRow("silent server") << QStringList{"--source", source, "--fault", "silent", "--timeout", "0.5"}
                                    << 5 << "did not answer within 0.5 s";
     QTest::newRow("camera lost") << QStringList{"--source", source, "--fault", "drop"} << 6
-                                 << "The camera was lost";
+                                 << "the camera was lost";
     QTest::newRow("no plug-in") << QStringList{"--source", source, "--plugin", "/nonexistent.so"} << 2
                                 << "the plug-in does not load";
     QTest::newRow("no file") << QStringList{"--source", "absent.wav"} << 3 << "not a sound file";
@@ -106,48 +103,6 @@ void TestTalkCommand::failures()
     const ProgramRun result = run(QStringList{"talk"} + arguments);
     QVERIFY2(result.err.contains(message), qPrintable(result.err));
     QCOMPARE(result.status, status);
-}
-
-void TestTalkCommand::usage_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("status");
-    QTest::newRow("nothing") << QStringList{} << 1;
-    QTest::newRow("help") << QStringList{"--help"} << 0;
-    QTest::newRow("version") << QStringList{"--version"} << 0;
-    QTest::newRow("cameras") << QStringList{"cameras"} << 0;
-    QTest::newRow("talk's help") << QStringList{"talk", "--help"} << 0;
-    QTest::newRow("unknown command") << QStringList{"shout"} << 1;
-    QTest::newRow("unknown option") << QStringList{"talk", "--loud"} << 1;
-    QTest::newRow("one word too many") << QStringList{"talk", "now"} << 1;
-    QTest::newRow("bad seconds") << QStringList{"talk", "--seconds", "soon"} << 1;
-    QTest::newRow("no seconds") << QStringList{"talk", "--seconds", "0"} << 1;
-    QTest::newRow("bad volume") << QStringList{"talk", "--volume", "101"} << 1;
-    QTest::newRow("bad timeout") << QStringList{"talk", "--timeout", "nan"} << 1;
-    QTest::newRow("two sources") << QStringList{"talk", "--mic", "--source", "x.wav"} << 1;
-    QTest::newRow("unknown fault") << QStringList{"talk", "--fault", "fire"} << 1;
-}
-
-void TestTalkCommand::usage()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(int, status);
-    const ProgramRun result = run(arguments);
-    QCOMPARE(result.status, status);
-    QVERIFY(!(status == 0 ? result.out : result.err).isEmpty());
-}
-
-void TestTalkCommand::helpIsForStrangers()
-{
-    const QString general = run({"--help"}).out;
-    for (const char* word : {"talk", "cameras", "exit status", "usage"}) {
-        QVERIFY2(general.contains(word), word);
-    }
-    const QString talk = run({"talk", "--help"}).out;
-    for (const char* word :
-         {"--camera", "--seconds", "--source", "--mic", "--device", "--volume", "--output", "--timeout"}) {
-        QVERIFY2(talk.contains(word), word);
-    }
 }
 
 void TestTalkCommand::interruptEndsInGoodOrder()
