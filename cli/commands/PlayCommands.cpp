@@ -51,8 +51,8 @@ quint64 sendStop(PluginSession& session, const Target& target)
     });
 }
 
-/** Starts a playback and follows it to its end. */
-int follow(PluginSession& session, const Target& target, int file)
+/** Starts a playback and follows it to its end; prints @p interruption after Ctrl-C. */
+int follow(PluginSession& session, const Target& target, int file, const char* interruption)
 {
     QStringList failures; // of devices of a group, which have no reply of their own
     const QObject life;   // the connection ends with this call
@@ -84,7 +84,7 @@ int follow(PluginSession& session, const Target& target, int file)
                 return status;
             }
             if (InterruptFlag::raised() && started) {
-                return PluginSession::fail(ExitSuccess, QStringLiteral("interrupted"));
+                return PluginSession::fail(ExitSuccess, QString::fromLatin1(interruption));
             }
             return InterruptFlag::raised() || session.isLost() || request == 0
                        ? session.noAnswer()
@@ -125,19 +125,18 @@ int play(const CommandArguments& arguments)
     }
     // A file of the server comes first; "./1" is one that is here.
     const bool local = !finder.has(RecordFinder::File, file) && QFileInfo(file).isFile();
+    if (finder.status() != ExitSuccess) {
+        return finder.status();
+    }
     if (!local) {
         const auto id = finder.find(RecordFinder::File, file);
-        const int status = id ? follow(session, *target, *id) : finder.status();
-        if (InterruptFlag::raised()) {
-            std::fputs("The server plays on; \"voicedesk stop\" ends that.\n", stderr);
-        }
-        return status;
+        return id ? follow(session, *target, *id, "interrupted; the server plays on") : finder.status();
     }
     int id = 0;
     if (const ExitStatus status = uploadFile(session, file, &id); status != ExitSuccess) {
         return status;
     }
-    const int status = follow(session, *target, id);
+    const int status = follow(session, *target, id, "interrupted");
     if (InterruptFlag::raised()) {
         InterruptFlag::lower(); // for the last two requests; another Ctrl-C ends their wait
         session.nextReply(sendStop(session, *target));
