@@ -25,12 +25,12 @@ struct Command
         Server,  ///< Which server, the login, the plug-in, and those of Records.
     };
 
-    const char* name;     ///< One word, or two with a blank: "devices add".
-    const char* operands; ///< "ID [NAME [PORT]]"; those in brackets may be missing.
-    const char* help;     ///< One line, for the list of commands.
-    const char* details;  ///< Further lines for the command's own help; may be empty.
-    std::vector<CommandOption> options;
-    Shared shared;
+    const char* name;                   ///< One word, or two with a blank: "devices add".
+    const char* operands;               ///< "ID [NAME [PORT]]"; those in brackets may be missing.
+    const char* help;                   ///< One line, for the list of commands.
+    const char* details;                ///< Further lines for the command's own help; may be empty.
+    std::vector<CommandOption> options; ///< Its own.
+    Shared shared;                      ///< The others.
     int (*run)(const CommandArguments& arguments); ///< Prints results and errors; returns an ExitStatus.
 };
 
