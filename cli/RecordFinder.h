@@ -9,10 +9,10 @@ public:
     /** A kind of record. */
     enum Kind
     {
-        Device,
-        File,
-        Group,
-        Schedule,
+        Device,   ///< An IP audio device.
+        File,     ///< An audio file.
+        Group,    ///< A group of devices.
+        Schedule, ///< A schedule.
     };
 
     /** @param session open; outlives the object */
