@@ -1,38 +1,13 @@
 #include "cli/CommandLine.h"
 
+#include "cli/CommandRegistry.h"
 #include "cli/InterruptFlag.h"
-#include "cli/TalkCommand.h"
-#include "cli/TalkOptionReader.h"
-#include "cli/commands/Commands.h"
+#include "cli/commands/CommandArguments.h"
+#include "client/ExitStatus.h"
 
 #include <cstdio>
 
 namespace {
-
-constexpr char help[] =
-    R"(voicedesk - talk to cameras and speakers through the VoiceDesk plug-in, without a window
-
-usage: voicedesk COMMAND [options]
-
-commands:
-  talk       talk to a camera of a simulated server inside of this program
-  cameras    list that server's cameras
-  devices    list, add, update, delete network speakers
-  files      list, add, delete audio files
-  groups     list, add, update, delete groups of speakers
-  schedules  list, add, update, delete schedules
-  play       play an audio file on a speaker or group
-  stop       stop what a speaker or group plays
-  say        talk to one or several speakers
-  serve      run the server alone, for other programs
-
-voicedesk COMMAND --help tells a command's options.
-
-exit status:
-  0  done             3  no microphone      6  the talk was lost
-  1  wrong usage      4  refused            7  the microphone gave no sound
-  2  no plug-in       5  no answer          8  the server cannot start
-)";
 
 int usageError(const QString& message)
 {
@@ -40,63 +15,109 @@ int usageError(const QString& message)
     return ExitUsage;
 }
 
-int runCameras()
+int print(const QString& text)
 {
-    for (const SimulatedCamera& camera : defaultCameras()) {
-        std::printf("%-12s %-16s %s\n", qUtf8Printable(camera.id), qUtf8Printable(camera.name),
-                    camera.online ? "online" : "offline");
-    }
+    std::fputs(qUtf8Printable(text), stdout);
     return ExitSuccess;
 }
 
-int runTalk(const QStringList& arguments)
+int runHelp(const QStringList& words)
 {
-    TalkOptionReader reader;
-    const auto options = reader.read(arguments);
-    if (!reader.help.isEmpty()) {
-        std::fputs(qUtf8Printable(reader.help), stdout);
+    const QString name = words.join(QLatin1Char(' '));
+    if (name.isEmpty()) {
+        return print(CommandRegistry::help());
+    }
+    if (const Command* command = CommandRegistry::find(name)) {
+        return print(CommandRegistry::helpOf(*command));
+    }
+    if (words.size() == 1 && !CommandRegistry::verbs(name).isEmpty()) {
+        return print(CommandRegistry::helpOfGroup(name));
+    }
+    return usageError(QStringLiteral("\"%1\" is not a command").arg(name));
+}
+
+bool asksForHelp(const QStringList& words)
+{
+    return words.contains(QStringLiteral("--help")) || words.contains(QStringLiteral("-h"));
+}
+
+/** Finds the command in the words behind the program's name, and leaves those behind the command's. */
+const Command* commandOf(QStringList* words, int* status)
+{
+    const QString first = words->takeFirst();
+    const QStringList verbs = CommandRegistry::verbs(first);
+    const Command* single = CommandRegistry::find(first);
+    if (verbs.isEmpty()) {
+        if (single == nullptr) {
+            *status = usageError(QStringLiteral("\"%1\" is not a command").arg(first));
+        }
+        return single;
+    }
+    const int at = CommandArguments::firstOperand(first, *words);
+    const QString verb = at < 0 ? QString() : words->at(at);
+    if (verbs.contains(verb)) {
+        words->removeAt(at);
+        return CommandRegistry::find(first + QLatin1Char(' ') + verb);
+    }
+    if (single != nullptr) {
+        return single;
+    }
+    const QString known =
+        QStringLiteral("\"%1\" takes one of: %2").arg(first, verbs.join(QStringLiteral(", ")));
+    if (verb.isEmpty() && asksForHelp(*words)) {
+        *status = print(CommandRegistry::helpOfGroup(first));
+    } else {
+        *status = usageError(verb.isEmpty()
+                                 ? known
+                                 : QStringLiteral("\"%1 %2\" is not a command; %3").arg(first, verb, known));
+    }
+    return nullptr;
+}
+
+int runCommand(QStringList words)
+{
+    if (words.isEmpty()) {
+        std::fputs(qUtf8Printable(CommandRegistry::help()), stderr);
+        return ExitUsage;
+    }
+    const QString first = words.constFirst();
+    if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
+        return print(CommandRegistry::help());
+    }
+    if (first == QLatin1String("help")) {
+        return runHelp(words.mid(1));
+    }
+    if (first == QLatin1String("--version")) {
+        std::puts("voicedesk " VOICEDESK_VERSION);
         return ExitSuccess;
     }
-    if (!options) {
-        return usageError(reader.error);
+    int status = ExitUsage;
+    const Command* command = commandOf(&words, &status);
+    if (command == nullptr) {
+        return status;
     }
-    InterruptFlag::install();
-    return TalkCommand(*options).run();
+    if (asksForHelp(words)) {
+        return print(CommandRegistry::helpOf(*command));
+    }
+    const auto arguments = CommandArguments::read(*command, words);
+    if (!arguments) {
+        return ExitUsage;
+    }
+    if (command->shared != Command::Nothing) {
+        InterruptFlag::install();
+    }
+    return command->run(*arguments);
 }
 
 } // namespace
 
 int runCommandLine(const QStringList& arguments)
 {
-    const QString command = arguments.value(1);
-    if (command.isEmpty()) {
-        std::fputs(help, stderr);
-        return ExitUsage;
+    const int status = runCommand(arguments.mid(1));
+    const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    if (!written && status == ExitSuccess) {
+        std::fputs("voicedesk: the output cannot be written\n", stderr);
+        return ExitOutputFailed;
     }
-    if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
-        std::fputs(help, stdout);
-        return ExitSuccess;
-    }
-    if (command == QLatin1String("--version")) {
-        std::puts("voicedesk " VOICEDESK_VERSION);
-        return ExitSuccess;
-    }
-    QStringList rest = arguments.mid(1);
-    rest[0] = QStringLiteral("voicedesk ") + command;
-    const QList<QPair<QString, int (*)(const QStringList&)>> commands{
-        {QStringLiteral("talk"), runTalk},           {QStringLiteral("devices"), runDevices},
-        {QStringLiteral("files"), runFiles},         {QStringLiteral("groups"), runGroups},
-        {QStringLiteral("schedules"), runSchedules}, {QStringLiteral("play"), runPlay},
-        {QStringLiteral("stop"), runStop},           {QStringLiteral("say"), runSay},
-        {QStringLiteral("serve"), runServe},
-    };
-    for (const auto& [name, run] : commands) {
-        if (command == name) {
-            return run(rest);
-        }
-    }
-    if (command == QLatin1String("cameras")) {
-        return runCameras();
-    }
-    return usageError(QStringLiteral("\"%1\" is not a command").arg(command));
+    return status;
 }

@@ -29,4 +29,9 @@ bool raised()
     return flag != 0;
 }
 
+void lower()
+{
+    flag = 0;
+}
+
 } // namespace InterruptFlag

@@ -9,4 +9,7 @@ void install();
 /** Returns whether a signal has come since install. */
 bool raised();
 
+/** Lowers the flag, for what a program still does after it. */
+void lower();
+
 } // namespace InterruptFlag

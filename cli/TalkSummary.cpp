@@ -1,7 +1,7 @@
 #include "cli/TalkSummary.h"
 
 #include "audio/PcmConverter.h"
-#include "client/measure/EchoMeasure.h"
+#include "cli/commands/Table.h"
 #include "client/measure/TalkMonitor.h"
 
 #include <algorithm>
@@ -27,7 +27,67 @@ TimedSound atTalkRate(const TimedSound& sound)
 
 } // namespace
 
-void TalkSummary::print() const
+void TalkSummary::print(bool json) const
+{
+    if (json) {
+        printObject();
+    } else {
+        printLines();
+    }
+}
+
+void TalkSummary::printObject() const
+{
+    const auto inMs = [](double seconds) { return seconds * msPerSecond; };
+    QVariantMap object{
+        {QStringLiteral("seconds"), duration},
+        {QStringLiteral("packetsSent"), m_monitor.packets()},
+        {QStringLiteral("lastSequence"), m_monitor.sequence()},
+        {QStringLiteral("outOfOrder"), m_monitor.sequenceGaps()},
+        {QStringLiteral("notAccepted"), m_monitor.refused()},
+        {QStringLiteral("packetsReceived"), m_monitor.received()},
+        {QStringLiteral("loudestDbfs"), m_monitor.loudest()},
+        {QStringLiteral("captureToSendMs"), QVariant()},
+        {QStringLiteral("heard"), heardFile.isEmpty() ? QVariant() : heardFile},
+        {QStringLiteral("echo"), QVariant()},
+        {QStringLiteral("recordings"), recordings},
+    };
+    auto times = m_monitor.commandTimes();
+    if (!times.empty()) {
+        std::sort(times.begin(), times.end());
+        object[QStringLiteral("captureToSendMs")] =
+            QVariantMap{{QStringLiteral("median"), inMs(times[times.size() / 2])},
+                        {QStringLiteral("worst"), inMs(times.back())}};
+    }
+    if (const auto measured = echo()) {
+        object[QStringLiteral("echo")] = QVariantMap{
+            {QStringLiteral("eventToSoundMs"), inMs(eventToSound(*measured))},
+            {QStringLiteral("mouthToEarMs"),
+             QVariantList{inMs(measured->firstDelay), inMs(measured->lastDelay)}},
+            {QStringLiteral("gaps"), measured->gaps},
+            {QStringLiteral("gapsMs"), inMs(measured->gapTime)},
+            {QStringLiteral("likeness"), measured->correlation},
+            {QStringLiteral("pieces"), measured->pieces},
+            {QStringLiteral("piecesNotFound"), measured->lost},
+        };
+    }
+    printJson(object);
+}
+
+std::optional<EchoMeasure> TalkSummary::echo() const
+{
+    return heardFile.isEmpty() || m_monitor.received() == 0
+               ? std::nullopt
+               : EchoMeasure::between(m_monitor.said(), atTalkRate(heard), longestDelay);
+}
+
+/** From the first packet to its sound, seconds. */
+double TalkSummary::eventToSound(const EchoMeasure& echo) const
+{
+    return m_monitor.firstReceivedSaidAt() + echo.firstDelay - m_monitor.firstReceivedAt();
+}
+
+void TalkSummary::printLines() const
 {
     std::printf("talked            %.1f s\n", duration);
     std::printf("packets sent      %d (last sequence %u, out of order %d, not accepted %d)\n",
@@ -49,22 +109,21 @@ void TalkSummary::print() const
 void TalkSummary::printEcho() const
 {
     if (heardFile.isEmpty()) {
-        std::puts("heard             not recorded: the sound output has no monitor");
+        std::printf("heard             not recorded: %s\n",
+                    whyNotHeard.isEmpty() ? "the sound output has no monitor" : qUtf8Printable(whyNotHeard));
         return;
     }
     std::printf("heard             %s\n", qUtf8Printable(heardFile));
     if (m_monitor.received() == 0) {
         return;
     }
-    const auto echo = EchoMeasure::between(m_monitor.said(), atTalkRate(heard), longestDelay);
+    const auto echo = this->echo();
     if (!echo) {
         std::puts("echo              not found in what was heard");
         return;
     }
-    const double eventToSound =
-        m_monitor.firstReceivedSaidAt() + echo->firstDelay - m_monitor.firstReceivedAt();
     std::printf("event to sound    %.0f ms (first packet to its sound at the sound server's output)\n",
-                eventToSound * msPerSecond);
+                eventToSound(*echo) * msPerSecond);
     std::printf("mouth to ear      %.0f ms at the start, %.0f ms at the end\n",
                 echo->firstDelay * msPerSecond, echo->lastDelay * msPerSecond);
     std::printf("gaps              %d (%.0f ms together)\n", echo->gaps, echo->gapTime * msPerSecond);

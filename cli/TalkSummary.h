@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/TimedSound.h"
+#include "client/measure/EchoMeasure.h"
 
 #include <QString>
 #include <QStringList>
@@ -18,12 +19,17 @@ public:
     QStringList recordings; ///< Files that the server wrote.
     QString heardFile;      ///< Recording of the output; empty when the output could not be recorded.
     TimedSound heard;       ///< Its contents.
+    QString whyNotHeard;    ///< Why heardFile is empty, if not for want of a monitor of the output.
 
-    /** Prints to stdout. */
-    void print() const;
+    /** Prints to stdout, as lines or as a JSON object, whose keys docs/COMMANDS.md lists. */
+    void print(bool json) const;
 
 private:
+    void printLines() const;
+    void printObject() const;
     void printEcho() const;
+    std::optional<EchoMeasure> echo() const;
+    double eventToSound(const EchoMeasure& echo) const;
 
     const TalkMonitor& m_monitor;
 };

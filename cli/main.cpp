@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 
+#include <clocale>
+
 extern "C" {
 #include <libavutil/log.h>
 }
@@ -14,6 +16,7 @@ namespace {
 int run(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
+    std::setlocale(LC_NUMERIC, "C"); // one decimal sign in all output and input, whatever the language
     const Console::Utf8Output console;
     av_log_set_level(AV_LOG_QUIET); // a bad packet is silence, not a message
     QCoreApplication::setApplicationName(QStringLiteral("voicedesk"));

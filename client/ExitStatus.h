@@ -12,4 +12,5 @@ enum ExitStatus
     ExitTalkLost = 6,         ///< The talk was ended by the server.
     ExitNothingSent = 7,      ///< The talk ended without a packet.
     ExitServerFailed = 8,     ///< The server does not start.
+    ExitOutputFailed = 9,     ///< Standard output cannot be written.
 };

@@ -11,16 +11,22 @@ void LinkSwitch::use(std::unique_ptr<ServerLink> link)
         m_link.release()->deleteLater(); // it may be the one that is just telling something
     }
     m_link = std::move(link);
+    m_cameraRequest = 0;
     connect(m_link.get(), &ServerLink::connected, this, [this] {
         Q_EMIT connected();
+        m_cameraRequest = 0; // of a connection that was lost
         askForCameras();
     });
     connect(m_link.get(), &ServerLink::replied, this,
             [this](const QString& command, const QVariant& result, quint64 request, const QString& returnCode,
                    const QString& errorText) {
-                if (request == m_cameraRequest) {
+                if (m_cameraRequest != 0 && request == m_cameraRequest) {
+                    m_cameraRequest = 0;
                     if (returnCode == ReturnCode::success) { // other servers may not know the command
                         Q_EMIT camerasListed(result.toList());
+                    }
+                    if (m_askAgain) {
+                        askForCameras();
                     }
                 } else {
                     Q_EMIT replied(command, result, request, returnCode, errorText);
@@ -38,6 +44,12 @@ bool LinkSwitch::send(const QString& command, const QVariant& payload, quint64 r
 
 void LinkSwitch::askForCameras()
 {
+    m_askAgain = m_cameraRequest != 0; // one question at a time, however often they change
+    if (m_askAgain) {
+        return;
+    }
     m_cameraRequest = nextRequestNumber();
-    send(Words::GetCamera, QVariant(), m_cameraRequest);
+    if (!send(Words::GetCamera, QVariant(), m_cameraRequest)) {
+        m_cameraRequest = 0;
+    }
 }

@@ -28,5 +28,6 @@ Q_SIGNALS:
 
 private:
     std::unique_ptr<ServerLink> m_link;
-    quint64 m_cameraRequest = 0; ///< Of the last question for the cameras.
+    quint64 m_cameraRequest = 0; ///< Of the question for the cameras that waits for its answer; 0 for none.
+    bool m_askAgain = false;     ///< They have changed since that question.
 };

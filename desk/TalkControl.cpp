@@ -277,12 +277,16 @@ QString TalkControl::refusalOf(const QString& name) const
         .arg(name, ErrorWords::of(m_watch.errorCode(), m_watch.errorText()));
 }
 
-/** A camera has answered after all that nobody waits for any more: it must not hear what another one is told.
- */
+/** Somebody has answered after all whom nobody waits for any more: they must not hear what others are told.
+ * In Idle, talkingChanged ends that talk. */
 void TalkControl::endForgottenTalk()
 {
     if (m_phase == Asking && m_partners.isEmpty()) {
         m_plugin.stopTalk(); // nobody else is in it
+    } else if (m_phase == Talking) {
+        stop(); // the plug-in cannot end the talk with one alone
+        report(tr("Somebody answered too late and would have listened; the talk has ended."),
+               tr("Press Talk again."));
     }
 }
 
@@ -294,7 +298,7 @@ void TalkControl::startTalkResponse(bool success)
         if (success) {
             endForgottenTalk();
         }
-        keepCapturing(); // in any other phase talkingChanged ends what nobody waits for
+        keepCapturing();
         return;
     }
     const TargetModel::Target* target = m_targets.find(key);
@@ -311,6 +315,9 @@ void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error,
 {
     const QString key = speakerKey(speaker);
     if (!m_asked.contains(key)) {
+        if (success && error.isEmpty() && !m_partners.contains(key) && !m_test.isRunning()) {
+            endForgottenTalk();
+        }
         keepCapturing();
         return;
     }

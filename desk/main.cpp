@@ -31,8 +31,8 @@ std::optional<ClientOptions> readOptions(int* status)
     parser.addOptions(
         {{QStringLiteral("source"), QStringLiteral("Sound file that speaks in the microphone's place."),
           QStringLiteral("file")},
-         {QStringLiteral("aloud"),
-          QStringLiteral("The simulated speakers are also heard on this machine.")}});
+         {QStringLiteral("aloud"), QStringLiteral("The simulated speakers are also heard on this machine.")},
+         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")}});
     QString error;
     if (!parser.parse(QCoreApplication::arguments()) || !parser.positionalArguments().isEmpty()) {
         *status = fail(ExitUsage, parser.errorText().isEmpty()

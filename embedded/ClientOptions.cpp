@@ -28,37 +28,56 @@ QString defaultDataDirectory()
 
 } // namespace
 
-void ClientOptions::addTo(QCommandLineParser& parser)
+QList<QCommandLineOption> ClientOptions::serverOptions()
 {
-    parser.addOptions({
+    return {
         valueOption("server",
                     "Use the server at this address, ws://host:port or wss://host:port (default: one inside "
                     "of this program).",
                     "url"),
         valueOption("user", "Name to log in with; without one VOICEDESK_SECRET is a token.", "name"),
+        valueOption("fingerprint", "SHA-256 of the server's certificate, as \"voicedesk serve\" shows it.",
+                    "hex"),
+        valueOption("timeout", "Wait for the server (default: 5).", "seconds", QStringLiteral("5")),
+        valueOption("plugin", "The plug-in (default: found beside this program).", "file"),
+    };
+}
+
+QList<QCommandLineOption> ClientOptions::recordsOptions()
+{
+    return {
         valueOption("secret-file",
                     "File with the password or token (default: the environment variable VOICEDESK_SECRET).",
                     "file"),
-        valueOption("fingerprint", "SHA-256 of the server's certificate, as \"voicedesk serve\" shows it.",
-                    "hex"),
         valueOption("data",
-                    "Where the server inside this program keeps its records; for one program at a time.",
+                    "Where the server inside this program keeps its records; for one program at a time "
+                    "(default: voicedesk in the user's data folder).",
                     "folder", defaultDataDirectory()),
         valueOption("output", "Folder of recordings (default: recordings).", "folder",
                     QStringLiteral("recordings")),
-        valueOption("timeout", "Wait for the server (default: 5).", "seconds", QStringLiteral("5")),
-        valueOption("plugin", "The plug-in (default: found beside this program).", "file"),
         QCommandLineOption(QStringLiteral("simulate"),
                            QStringLiteral("Give the server of this program simulated cameras.")),
-        QCommandLineOption(QStringLiteral("json"), QStringLiteral("Write JSON, for programs.")),
-        QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
-                           QStringLiteral("Show this help.")),
-    });
+    };
+}
+
+void ClientOptions::addTo(QCommandLineParser& parser)
+{
+    parser.addOptions(serverOptions());
+    parser.addOptions(recordsOptions());
 }
 
 std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parser, QString* error)
 {
     ClientOptions options;
+    const QStringList given = parser.optionNames();
+    for (const QString& name : given) {
+        // An unset variable in a script: neither the current folder nor the default is meant.
+        const QStringList values = parser.values(name);
+        if (!values.isEmpty() && values.contains(QString())) {
+            *error = QStringLiteral("the value of --%1 is empty").arg(name);
+            return std::nullopt;
+        }
+    }
     bool valid = false;
     const double timeout = parser.value(QStringLiteral("timeout")).toDouble(&valid);
     if (!valid || !(timeout > 0 && timeout <= longestTimeout)) {
@@ -67,7 +86,6 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
     }
     options.timeout = static_cast<int>(timeout * msPerSecond);
     options.pluginPath = parser.value(QStringLiteral("plugin"));
-    options.json = parser.isSet(QStringLiteral("json"));
     options.serverUrl = parser.value(QStringLiteral("server"));
     const QUrl url(options.serverUrl, QUrl::StrictMode);
     const bool socketUrl = url.scheme() == QLatin1String("ws") || url.scheme() == QLatin1String("wss");
@@ -85,11 +103,6 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
             return std::nullopt;
         }
         options.secret = QString::fromUtf8(file.readAll()).trimmed();
-    }
-    if (parser.value(QStringLiteral("data")).isEmpty()) {
-        // An unset variable in a script: the current folder is not meant.
-        *error = QStringLiteral("--data takes the name of a folder");
-        return std::nullopt;
     }
     options.simulated.hasCameras = parser.isSet(QStringLiteral("simulate"));
     options.simulated.cameras = defaultCameras();

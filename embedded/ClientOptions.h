@@ -14,7 +14,11 @@
 class ClientOptions
 {
 public:
-    /** Adds the options to a parser, --help included. */
+    /** Returns the options of the connection to a server, and of the plug-in. */
+    static QList<QCommandLineOption> serverOptions();
+    /** Returns the options of a server's own files, and of the secret. */
+    static QList<QCommandLineOption> recordsOptions();
+    /** Adds both to a parser. */
     static void addTo(QCommandLineParser& parser);
 
     /**
@@ -40,5 +44,4 @@ public:
     ServerConfig embedded;     ///< Of the embedded server, but for its devices.
     SimulatedConfig simulated; ///< Its devices.
     int timeout = 5000;        ///< For the connection and for each answer, ms.
-    bool json = false;         ///< Whether to write JSON.
 };

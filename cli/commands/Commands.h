@@ -1,18 +1,19 @@
 #pragma once
 
-#include <QStringList>
+#include "cli/Command.h"
 
 /**
  * @file
- * The commands of voicedesk that use a server. Each takes its arguments, the command's name first, and
- * returns an ExitStatus.
+ * The commands of voicedesk, by kind. CommandRegistry puts them together.
  */
 
-int runDevices(const QStringList& words);   ///< Lists and changes IP audio devices.
-int runFiles(const QStringList& words);     ///< Lists, uploads and deletes audio files.
-int runGroups(const QStringList& words);    ///< Lists and changes groups.
-int runSchedules(const QStringList& words); ///< Lists and changes schedules.
-int runPlay(const QStringList& words);      ///< Plays an audio file on a device or group.
-int runStop(const QStringList& words);      ///< Stops a playback.
-int runSay(const QStringList& words);       ///< Talks to IP audio devices.
-int runServe(const QStringList& words);     ///< Runs a server for other processes.
+std::vector<Command> talkCommands();       ///< Returns the talk to a camera.
+std::vector<Command> cameraCommands();     ///< Returns the list of cameras.
+std::vector<Command> deviceCommands();     ///< Returns lists and changes of IP audio devices.
+std::vector<Command> fileCommands();       ///< Returns lists and changes of audio files.
+std::vector<Command> groupCommands();      ///< Returns lists and changes of groups.
+std::vector<Command> scheduleCommands();   ///< Returns lists and changes of schedules.
+std::vector<Command> playCommands();       ///< Returns start and stop of playbacks.
+std::vector<Command> sayCommands();        ///< Returns the talk to IP audio devices.
+std::vector<Command> microphoneCommands(); ///< Returns the list of microphones.
+std::vector<Command> serveCommands();      ///< Returns the server for other processes.

@@ -1,6 +1,6 @@
-#include "cli/commands/CommandArguments.h"
-#include "cli/commands/CommandResult.h"
+#include "cli/RecordFinder.h"
 #include "cli/commands/Commands.h"
+#include "cli/commands/RecordChange.h"
 #include "cli/commands/Table.h"
 #include "protocol/Words.h"
 
@@ -8,75 +8,108 @@
 
 namespace {
 
-int listGroups(PluginSession& session, const QString& filter)
+int listGroups(const CommandArguments& arguments)
 {
-    // The names of devices are looked up when the groups come: first the one, then the other.
-    session.waitForDevices();
-    session.forget();
-    session.plugin().getNetworkAudioGroup();
-    if (session.waitForReply(Vocabulary::GetNetworkAudioGroup).isEmpty()) {
-        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
+    PluginSession session(arguments.client());
+    ExitStatus status = session.open();
+    status = status == ExitSuccess ? session.readGroups() : status;
+    if (status != ExitSuccess) {
+        return status;
     }
     GroupModel* model = session.plugin().getNetworkAudioGroupModel(&session);
-    model->setFilter(filter);
+    model->setFilter(arguments.value("filter"));
     Table table(
         {{"id", "id"}, {"name", "name"}, {"devices", "devices"}, {"names of devices", "deviceNames"}});
     for (int row = 0; row < model->rowCount(); ++row) {
         const GroupRow group = model->group(row);
         table.add({group.id, group.name, toVariants(group.devices), group.deviceNames});
     }
-    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
+    std::fputs(qUtf8Printable(table.text(arguments.json())), stdout);
     return ExitSuccess;
 }
 
-} // namespace
-
-int runGroups(const QStringList& words)
+int addGroup(const CommandArguments& arguments)
 {
-    CommandArguments arguments(
-        QStringLiteral("Groups of devices.\n\n  list\n  add NAME\n  update ID NAME\n  delete ID"));
-    arguments.option("devices", "Ids of the group's devices, joined with commas.", "ids");
-    arguments.option("filter", "List only groups with this text in their name or in a device's.", "text");
-    if (!arguments.read(words)) {
-        return arguments.exitStatus();
-    }
-    const QString verb = arguments.word(0);
-    const bool update = verb == QLatin1String("update");
-    const bool known = (verb == QLatin1String("list") && arguments.words() == 1) ||
-                       (verb == QLatin1String("add") && arguments.words() == 2) ||
-                       (update && arguments.words() == 3) ||
-                       (verb == QLatin1String("delete") && arguments.words() == 2);
-    if (!known) {
-        return arguments.usage(QStringLiteral("groups list, add NAME, update ID NAME, or delete ID"));
-    }
-    const auto devices = arguments.ids("devices");
-    const bool hasId = update || verb == QLatin1String("delete");
-    const auto id = hasId ? arguments.number(arguments.word(1), "id") : std::optional(0);
-    if (!devices || !id) {
+    const auto names = arguments.list("devices");
+    if (!names) {
         return ExitUsage;
     }
     PluginSession session(arguments.client());
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    if (verb == QLatin1String("list")) {
-        return listGroups(session, arguments.value("filter"));
+    RecordFinder finder(session);
+    const auto devices = finder.findAll(RecordFinder::Device, *names);
+    if (!devices) {
+        return finder.status();
     }
-    if (verb == QLatin1String("delete")) {
-        return change(
-            session, &PluginClient::deleteNetworkAudioGroupResponse,
-            [&](PluginClient& plugin) { return plugin.deleteNetworkAudioGroup(*id); }, "deleted group");
+    const quint64 request =
+        session.send([&](PluginClient& plugin) { plugin.addNetworkAudioGroup(arguments.word(0), *devices); });
+    return RecordChange{"added group", Vocabulary::groupID}.finish(session, arguments, request);
+}
+
+int updateGroup(const CommandArguments& arguments)
+{
+    const bool replaced = arguments.isSet("devices") || arguments.isSet("no-devices");
+    const auto names = arguments.list("devices");
+    if (!names || !arguments.onlyOne("devices", "no-devices")) {
+        return ExitUsage;
     }
-    if (update) {
-        return change(
-            session, &PluginClient::updateNetworkAudioGroupResponse,
-            [&](PluginClient& plugin) {
-                return plugin.updateNetworkAudioGroup(*id, arguments.word(2), *devices);
-            },
-            "updated group");
+    if (arguments.words() < 2 && !replaced) {
+        return arguments.usage(QStringLiteral("nothing is named that is to be changed"));
     }
-    return change(
-        session, &PluginClient::addNetworkAudioGroupResponse,
-        [&](PluginClient& plugin) { return plugin.addNetworkAudioGroup(arguments.word(1), *devices); },
-        "added group");
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    // The protocol replaces whole records: what is not named goes back as it was.
+    RecordFinder finder(session);
+    const auto id = finder.find(RecordFinder::Group, arguments.word(0));
+    const auto group = id ? finder.group(*id) : std::nullopt;
+    const auto devices = group ? finder.findAll(RecordFinder::Device, *names) : std::nullopt;
+    if (!devices) {
+        return finder.status();
+    }
+    const QString name = arguments.words() > 1 ? arguments.word(1) : group->name;
+    const QVariantList members = replaced ? *devices : toVariants(group->devices);
+    const quint64 request =
+        session.send([&](PluginClient& plugin) { plugin.updateNetworkAudioGroup(*id, name, members); });
+    return RecordChange{"updated group", Vocabulary::groupID, *id}.finish(session, arguments, request);
+}
+
+int deleteGroup(const CommandArguments& arguments)
+{
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    RecordFinder finder(session);
+    const auto id = finder.find(RecordFinder::Group, arguments.word(0));
+    if (!id) {
+        return finder.status();
+    }
+    const quint64 request = session.send([&](PluginClient& plugin) { plugin.deleteNetworkAudioGroup(*id); });
+    return RecordChange{"deleted group", Vocabulary::groupID, *id}.finish(session, arguments, request);
+}
+
+} // namespace
+
+std::vector<Command> groupCommands()
+{
+    const CommandOption filter{"filter", "TEXT",
+                               "List only groups with this text in their name or a device's.", ""};
+    const CommandOption devices{"devices", "DEVICE,...", "The group's devices.", ""};
+    const CommandOption none{"no-devices", nullptr, "Leave the group without devices.", ""};
+    return {
+        {"groups list", "", "list groups of speakers", "", {filter, jsonOption}, Command::Server, listGroups},
+        {"groups add", "NAME", "add a group", "", {devices, jsonOption}, Command::Server, addGroup},
+        {"groups update",
+         "ID [NAME]",
+         "change a group",
+         "What is not named stays as it is.",
+         {devices, none, jsonOption},
+         Command::Server,
+         updateGroup},
+        {"groups delete", "ID", "delete a group", "", {jsonOption}, Command::Server, deleteGroup},
+    };
 }

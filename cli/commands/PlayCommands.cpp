@@ -1,123 +1,182 @@
-#include "cli/AwaitedSignal.h"
 #include "cli/InterruptFlag.h"
+#include "cli/RecordFinder.h"
 #include "cli/commands/CommandArguments.h"
 #include "cli/commands/Commands.h"
+#include "cli/commands/FileUpload.h"
 #include "protocol/Limits.h"
-#include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
+#include "system/Console.h"
+
+#include <QFileInfo>
 
 #include <cstdio>
 
 namespace {
 
-/** What is to be played on: a device or a group; false, after a complaint, for neither or both. */
-bool readTarget(CommandArguments& arguments, bool* group, int* id)
+/** What is played on. */
+struct Target
 {
-    *group = arguments.isSet("group");
-    if (*group == arguments.isSet("device")) {
+    bool group = false;
+    int id = 0;
+};
+
+/** Returns whether exactly one of --device and --group is there; prints an error otherwise. */
+bool hasTarget(const CommandArguments& arguments)
+{
+    if (arguments.isSet("group") == arguments.isSet("device")) {
         arguments.usage(QStringLiteral("give either --device or --group"));
         return false;
     }
-    const auto number = arguments.number(arguments.value(*group ? "group" : "device"), "id");
-    *id = number.value_or(0);
-    return number.has_value();
+    return true;
 }
 
-/** Starts a playback and follows it to its end. */
-template<class Request>
-int follow(PluginSession& session, const Request& request)
+std::optional<Target> findTarget(const CommandArguments& arguments, RecordFinder& finder)
 {
-    AwaitedSignal responses(session, &PluginClient::playAudioResponse);
-    AwaitedSignal failures(session, &PluginClient::playAudioError);
-    request(session.plugin());
-    int progress = 0;
-    while (progress < Limits::maxProgressPercent) {
-        if (InterruptFlag::raised()) {
-            return PluginSession::fail(ExitSuccess, QStringLiteral("interrupted; the server plays on"));
-        }
-        const auto response = responses.wait();
-        if (const auto failure = failures.takeNow()) {
-            const auto& [device, file, error, alarm] = *failure;
-            PluginSession::fail(ExitRefused, QStringLiteral("%1: %2").arg(device, error));
-            if (!response) {
-                return ExitRefused;
-            }
-        }
-        if (!response) {
-            return PluginSession::fail(ExitNoAnswer, QStringLiteral("the playback ended without a word"));
-        }
-        const auto& [success, percent, error, id] = *response;
-        if (!success) {
-            return PluginSession::fail(ExitRefused, error);
-        }
-        progress = percent;
-        std::fprintf(stderr, "\r%3d %%", progress);
-        std::fflush(stderr);
-    }
-    std::fputs("\n", stderr);
-    return ExitSuccess;
+    Target target;
+    target.group = arguments.isSet("group");
+    const auto id = finder.find(target.group ? RecordFinder::Group : RecordFinder::Device,
+                                arguments.value(target.group ? "group" : "device"));
+    target.id = id.value_or(0);
+    return id ? std::optional(target) : std::nullopt;
 }
 
-} // namespace
-
-int runPlay(const QStringList& words)
+quint64 sendStop(PluginSession& session, const Target& target)
 {
-    CommandArguments arguments(QStringLiteral("Plays an audio file of the server on a device or a group."));
-    arguments.option("file", "Id of the audio file.", "id");
-    arguments.option("device", "Id of the device.", "id");
-    arguments.option("group", "Id of the group.", "id");
-    if (!arguments.read(words)) {
-        return arguments.exitStatus();
-    }
-    bool group = false;
-    int target = 0;
-    const auto file = arguments.number(arguments.value("file"), "file id (--file)");
-    if (!file || !readTarget(arguments, &group, &target)) {
-        return ExitUsage;
-    }
-    InterruptFlag::install();
-    PluginSession session(arguments.client());
-    if (const ExitStatus status = session.open(); status != ExitSuccess) {
-        return status;
-    }
-    return follow(session, [&](PluginClient& plugin) {
-        if (group) {
-            plugin.playGroupAudio(target, *file);
+    return session.send([&](PluginClient& plugin) {
+        if (target.group) {
+            plugin.stopCurrentGroupAudio(target.id);
         } else {
-            plugin.playAudio(target, *file);
+            plugin.stopCurrentAudio(target.id);
         }
     });
 }
 
-int runStop(const QStringList& words)
+/** Starts a playback and follows it to its end; prints @p interruption after Ctrl-C. */
+int follow(PluginSession& session, const Target& target, int file, const char* interruption)
 {
-    CommandArguments arguments(QStringLiteral("Stops what a device or a group plays."));
-    arguments.option("device", "Id of the device.", "id");
-    arguments.option("group", "Id of the group.", "id");
-    if (!arguments.read(words)) {
-        return arguments.exitStatus();
+    QStringList failures; // of devices of a group, which have no reply of their own
+    const QObject life;   // the connection ends with this call
+    QObject::connect(&session.plugin(), &PluginClient::playAudioError, &life,
+                     [&](const QString& device, const QString&, const QString& error, const QString& alarm) {
+                         if (alarm.isEmpty()) { // else it is a schedule's
+                             failures.append(QStringLiteral("%1: %2").arg(device, error));
+                         }
+                     });
+    const quint64 request = session.send([&](PluginClient& plugin) {
+        if (target.group) {
+            plugin.playGroupAudio(target.id, file);
+        } else {
+            plugin.playAudio(target.id, file);
+        }
+    });
+    const bool terminal = Console::isTerminal(stderr);
+    int progress = 0;
+    bool started = false;
+    ExitStatus status = ExitSuccess;
+    while (progress < Limits::maxProgressPercent) {
+        const auto reply = session.nextReply(request);
+        for (const QString& failure : qAsConst(failures)) {
+            status = PluginSession::fail(ExitRefused, failure);
+        }
+        failures.clear();
+        if (!reply) {
+            if (status == ExitRefused) {
+                return status;
+            }
+            if (InterruptFlag::raised() && started) {
+                return PluginSession::fail(ExitSuccess, QString::fromLatin1(interruption));
+            }
+            return InterruptFlag::raised() || session.isLost() || request == 0
+                       ? session.noAnswer()
+                       : PluginSession::fail(ExitNoAnswer,
+                                             QStringLiteral("the playback was ended before its time"));
+        }
+        if (!reply->success()) {
+            return PluginSession::fail(ExitRefused, reply->refusal());
+        }
+        started = true;
+        progress = reply->result.toMap().value(Words::progress).toInt();
+        if (terminal) {
+            std::fprintf(stderr, "\r%3d %%", progress);
+            std::fflush(stderr);
+        }
     }
-    bool group = false;
-    int target = 0;
-    if (!readTarget(arguments, &group, &target)) {
+    std::fprintf(stderr, terminal ? "\n" : "%d %%\n", progress);
+    return ExitSuccess;
+}
+
+int play(const CommandArguments& arguments)
+{
+    if (!hasTarget(arguments)) {
+        return ExitUsage;
+    }
+    const QString file = arguments.value("file");
+    if (file.isEmpty()) {
+        return arguments.usage(QStringLiteral("--file is missing"));
+    }
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    RecordFinder finder(session);
+    const auto target = findTarget(arguments, finder);
+    if (!target) {
+        return finder.status();
+    }
+    // A file of the server comes first; "./1" is one that is here.
+    const bool local = !finder.has(RecordFinder::File, file) && QFileInfo(file).isFile();
+    if (finder.status() != ExitSuccess) {
+        return finder.status();
+    }
+    if (!local) {
+        const auto id = finder.find(RecordFinder::File, file);
+        return id ? follow(session, *target, *id, "interrupted; the server plays on") : finder.status();
+    }
+    int id = 0;
+    if (const ExitStatus status = uploadFile(session, file, &id); status != ExitSuccess) {
+        return status;
+    }
+    const int status = follow(session, *target, id, "interrupted");
+    if (InterruptFlag::raised()) {
+        InterruptFlag::lower(); // for the last two requests; another Ctrl-C ends their wait
+        session.nextReply(sendStop(session, *target));
+    }
+    const ExitStatus deleted =
+        session.receive(session.send([&](PluginClient& plugin) { plugin.deleteAudioFile(id); }));
+    return status == ExitSuccess ? static_cast<int>(deleted) : status;
+}
+
+int stop(const CommandArguments& arguments)
+{
+    if (!hasTarget(arguments)) {
         return ExitUsage;
     }
     PluginSession session(arguments.client());
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    if (group) {
-        session.plugin().stopCurrentGroupAudio(target);
-    } else {
-        session.plugin().stopCurrentAudio(target);
-    }
-    const QString code =
-        session.waitForReply(group ? Vocabulary::StopCurrentGroupAudio : Vocabulary::StopCurrentAudio);
-    if (code.isEmpty()) {
-        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
-    }
-    return code == ReturnCode::success
-               ? static_cast<int>(ExitSuccess)
-               : PluginSession::fail(ExitRefused,
-                                     QStringLiteral("%1 (code %2)").arg(session.errorText(), code));
+    RecordFinder finder(session);
+    const auto target = findTarget(arguments, finder);
+    return target ? session.receive(sendStop(session, *target)) : finder.status();
+}
+
+} // namespace
+
+std::vector<Command> playCommands()
+{
+    const CommandOption device{"device", "DEVICE", "The device.", ""};
+    const CommandOption group{"group", "GROUP", "The group of devices.", ""};
+    const CommandOption file{
+        "file", "FILE", "The audio file of the server; or a file here, which is sent, played and deleted.",
+        ""};
+    return {
+        {"play",
+         "",
+         "play an audio file on a speaker or group",
+         "",
+         {file, device, group},
+         Command::Server,
+         play},
+        {"stop", "", "stop what a speaker or group plays", "", {device, group}, Command::Server, stop},
+    };
 }

@@ -1,79 +1,109 @@
-#include "cli/AwaitedSignal.h"
 #include "cli/InterruptFlag.h"
+#include "cli/RecordFinder.h"
 #include "cli/TalkProgress.h"
-#include "cli/commands/CommandArguments.h"
+#include "cli/TalkSource.h"
 #include "cli/commands/Commands.h"
+#include "cli/commands/Table.h"
 #include "client/measure/TalkMonitor.h"
 #include "protocol/Words.h"
-#include "system/EnvironmentVariable.h"
-#include "system/MediaFiles.h"
-
-#include <QElapsedTimer>
-#include <QThread>
 
 #include <cstdio>
 
 namespace {
 
-constexpr double fileTail = 0.3;    // s; lets the last packets of a file out
-constexpr unsigned long pause = 20; // ms between looks
-
-/** Opens the talk to each device; how many were opened. */
-int openTalks(PluginSession& session, const QVariantList& devices)
+/** Opens the talk to each device, and appends those that were opened; returns the status of the worst. */
+ExitStatus openTalks(PluginSession& session, const QVariantList& devices, QVariantList* opened)
 {
-    AwaitedSignal answers(session, &PluginClient::startTalkToIPAudioResponse);
-    int opened = 0;
+    ExitStatus worst = ExitSuccess;
     for (const QVariant& device : devices) {
-        const bool accepted = session.plugin().startTalkToIPAudio(device.toInt());
-        const auto response = accepted ? answers.wait() : std::nullopt;
-        if (response && std::get<0>(*response)) {
-            ++opened;
+        const int id = device.toInt();
+        const quint64 request = session.send([id](PluginClient& plugin) { plugin.startTalkToIPAudio(id); });
+        const auto reply = session.nextReply(request);
+        if (!reply) {
+            return session.noAnswer();
+        }
+        const QString error =
+            reply->success() ? reply->result.toMap().value(Vocabulary::error).toString() : reply->refusal();
+        if (error.isEmpty()) {
+            opened->append(id);
         } else {
-            const QString reason = response ? std::get<1>(*response) : QStringLiteral("no answer");
-            PluginSession::fail(ExitRefused, QStringLiteral("device %1: %2").arg(device.toInt()).arg(reason));
+            worst = PluginSession::fail(ExitRefused, QStringLiteral("device %1: %2").arg(id).arg(error));
         }
     }
-    return opened;
+    return worst;
 }
 
-} // namespace
-
-int runSay(const QStringList& words)
+void printResult(const CommandArguments& arguments, const TalkMonitor& monitor, const QVariantList& devices)
 {
-    CommandArguments arguments(QStringLiteral("Talks to one or several devices at once."));
-    arguments.option("device", "Ids of the devices, joined with commas.", "ids");
-    arguments.option("source", "Sound file that speaks in the microphone's place.", "file");
-    arguments.flag("mic", "Use the default microphone.");
-    arguments.option("seconds", "Length of the talk (default: the file's; with a microphone until Ctrl-C).",
-                     "n", "0");
-    if (!arguments.read(words)) {
-        return arguments.exitStatus();
+    if (arguments.json()) {
+        printJson({{"packetsSent", monitor.packets()}, {"devices", devices}});
+    } else {
+        std::printf("packets sent  %d\n", monitor.packets());
     }
-    const auto devices = arguments.ids("device");
-    bool validSeconds = false;
-    double seconds = arguments.value("seconds").toDouble(&validSeconds);
-    if (!devices || devices->isEmpty() || !validSeconds || seconds < 0 ||
-        arguments.isSet("source") == arguments.isSet("mic")) {
-        return arguments.usage(QStringLiteral("give --device, and either --source or --mic"));
+}
+
+/** Talks until the end; returns how it ended. */
+ExitStatus talk(PluginSession& session, const TalkMonitor& monitor, double seconds)
+{
+    bool ended = false;
+    const QObject life; // the connection ends with this call
+    QObject::connect(&session.plugin(), &PluginClient::talkDisconnected, &life, [&ended] { ended = true; });
+    if (!session.plugin().startAudioCapture()) {
+        return PluginSession::fail(ExitMicrophoneFailed, QStringLiteral("the microphone does not start"));
     }
-    if (arguments.isSet("source")) {
-        const double duration = MediaFiles::duration(arguments.value("source"));
-        if (duration < 0) {
-            return PluginSession::fail(
-                ExitMicrophoneFailed,
-                QStringLiteral("%1 is not a sound file that can be read").arg(arguments.value("source")));
-        }
-        seconds = seconds > 0 ? seconds : duration + fileTail;
-        setEnvironmentVariable("FRAMESMITH_CAPTURE_FILE", arguments.value("source"));
+    TalkProgress progress(monitor);
+    progress.start();
+    session.wait(
+        [&] {
+            progress.update();
+            return ended || (seconds > 0 && progress.elapsed() >= seconds);
+        },
+        PluginSession::forever);
+    progress.finish();
+    if (ended || session.isLost()) {
+        session.plugin().stopAudioCapture();
+        return PluginSession::fail(ExitTalkLost, QStringLiteral("the talk was lost"));
     }
-    InterruptFlag::install();
+    InterruptFlag::lower(); // for the last request; another Ctrl-C ends its wait
+    session.nextReply(session.send([](PluginClient& plugin) { plugin.stopTalk(); }));
+    return monitor.packets() > 0
+               ? ExitSuccess
+               : PluginSession::fail(ExitNothingSent, QStringLiteral("the microphone gave no sound"));
+}
+
+int say(const CommandArguments& arguments)
+{
+    const auto names = arguments.list("device");
+    if (!names) {
+        return ExitUsage;
+    }
+    if (names->isEmpty() ||
+        (!arguments.isSet("source") && !arguments.isSet("mic") && !arguments.isSet("microphone"))) {
+        return arguments.usage(QStringLiteral("give --device, and --source, --mic or --microphone"));
+    }
+    int usageStatus = ExitSuccess;
+    const auto source = TalkSource::read(arguments, &usageStatus);
+    if (!source) {
+        return usageStatus;
+    }
+    source->use();
     PluginSession session(arguments.client());
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
+    RecordFinder finder(session);
+    const auto found = finder.findAll(RecordFinder::Device, *names);
+    if (!found) {
+        return finder.status();
+    }
+    QVariantList devices;
+    for (const QVariant& id : *found) {
+        if (!devices.contains(id)) { // a device that is in the talk already is not asked again
+            devices.append(id);
+        }
+    }
     TalkMonitor monitor;
     QObject::connect(&session.host(), &PluginHost::commandSent, &monitor, &TalkMonitor::commandSent);
-    AwaitedSignal disconnections(session, &PluginClient::talkDisconnected);
     QObject::connect(&session.host(), &PluginHost::eventArrived, &monitor,
                      [](const QString& event, const QVariant& payload) {
                          if (event == Words::TalkTargetLost) {
@@ -84,28 +114,25 @@ int runSay(const QStringList& words)
                                                      .arg(fields.value(Vocabulary::error).toString()));
                          }
                      });
-    if (openTalks(session, *devices) == 0) {
-        return ExitRefused;
+    QVariantList opened;
+    const ExitStatus refused = openTalks(session, devices, &opened);
+    if (opened.isEmpty() || (refused != ExitSuccess && refused != ExitRefused)) {
+        return refused;
     }
-    if (!session.plugin().startAudioCapture()) {
-        return PluginSession::fail(ExitMicrophoneFailed, QStringLiteral("the microphone does not start"));
+    const ExitStatus status = talk(session, monitor, source->seconds);
+    if (status != ExitMicrophoneFailed) {
+        printResult(arguments, monitor, opened);
     }
-    TalkProgress progress(monitor);
-    progress.start();
-    bool lost = false;
-    while (!lost && !InterruptFlag::raised() && (seconds <= 0 || progress.elapsed() < seconds)) {
-        lost = disconnections.takeNow().has_value();
-        progress.update();
-        QThread::msleep(pause);
-    }
-    progress.finish();
-    session.plugin().stopTalk();
-    session.waitForReply(Vocabulary::StopTalk);
-    std::printf("packets sent  %d\n", monitor.packets());
-    if (lost) {
-        return PluginSession::fail(ExitTalkLost, QStringLiteral("the talk was lost"));
-    }
-    return monitor.packets() > 0
-               ? static_cast<int>(ExitSuccess)
-               : PluginSession::fail(ExitNothingSent, QStringLiteral("the microphone gave no sound"));
+    return status == ExitSuccess ? refused : status;
+}
+
+} // namespace
+
+std::vector<Command> sayCommands()
+{
+    std::vector<CommandOption> options{{"device", "DEVICE,...", "The devices.", ""}};
+    const std::vector<CommandOption> source = TalkSource::options();
+    options.insert(options.end(), source.begin(), source.end());
+    options.push_back(jsonOption);
+    return {{"say", "", "talk to one or several speakers at once", "", options, Command::Server, say}};
 }

@@ -1,6 +1,7 @@
-#include "cli/commands/CommandArguments.h"
-#include "cli/commands/CommandResult.h"
+#include "cli/RecordFinder.h"
 #include "cli/commands/Commands.h"
+#include "cli/commands/RecordChange.h"
+#include "cli/commands/ScheduleOptions.h"
 #include "cli/commands/Table.h"
 #include "protocol/ScheduleRule.h"
 #include "protocol/Words.h"
@@ -9,130 +10,167 @@
 
 namespace {
 
-QString repeatText(const ScheduleRow& schedule)
+QString typeText(int type)
 {
-    switch (schedule.type) {
-    case ScheduleRule::Once:
-        return QStringLiteral("once");
-    case ScheduleRule::Daily:
-        return QStringLiteral("daily");
-    default: {
-        QStringList days;
-        const QVariantList weekdays = schedule.settings.value(Words::weekdays).toList();
-        for (const QVariant& day : weekdays) {
-            days.append(day.toString());
-        }
-        return QStringLiteral("weekly on ") + days.join(QLatin1Char(','));
-    }
-    }
+    return type == ScheduleRule::Once    ? QStringLiteral("once")
+           : type == ScheduleRule::Daily ? QStringLiteral("daily")
+                                         : QStringLiteral("weekly");
 }
 
-int listSchedules(PluginSession& session)
+int listSchedules(const CommandArguments& arguments)
 {
-    session.forget();
-    session.plugin().getNetworkAudioSchedule();
-    if (session.waitForReply(Vocabulary::GetNetworkAudioSchedule).isEmpty()) {
-        return PluginSession::fail(ExitNoAnswer, QStringLiteral("the server did not answer"));
+    PluginSession session(arguments.client());
+    ExitStatus status = session.open();
+    status = status == ExitSuccess ? session.readSchedules() : status;
+    if (status != ExitSuccess) {
+        return status;
     }
     const ScheduleModel* model = session.plugin().getNetworkAudioScheduleModel(&session);
     Table table({{"id", "id"},
                  {"name", "name"},
                  {"on", "enabled"},
                  {"start", "start"},
-                 {"repeat", "repeat"},
+                 {"repeat", "type"},
+                 {"on weekdays", "weekdays"},
                  {"until", "end"},
                  {"file", "file"},
                  {"groups", "groups"},
                  {"devices", "devices"}});
     for (int row = 0; row < model->rowCount(); ++row) {
         const ScheduleRow schedule = model->schedule(row);
-        table.add({schedule.id, schedule.name, schedule.enabled, schedule.start, repeatText(schedule),
-                   schedule.endEnabled ? schedule.end : QString(), schedule.file, toVariants(schedule.groups),
+        const bool weekly = schedule.type == ScheduleRule::Weekly;
+        table.add({schedule.id, schedule.name, schedule.enabled, schedule.start, typeText(schedule.type),
+                   weekly ? schedule.settings.value(Words::weekdays).toList() : QVariantList(),
+                   schedule.endEnabled ? schedule.end : QVariant(),
+                   schedule.file > 0 ? schedule.file : QVariant(), toVariants(schedule.groups),
                    toVariants(schedule.devices)});
     }
-    std::fputs(qUtf8Printable(table.text(session.options().json)), stdout);
+    std::fputs(qUtf8Printable(table.text(arguments.json())), stdout);
     return ExitSuccess;
 }
 
-/** The record of an add or update; empty after a complaint. */
-std::optional<QVariantMap> recordOf(CommandArguments& arguments, const QString& name)
+int addSchedule(const CommandArguments& arguments)
 {
-    const auto weekdays = arguments.ids("weekdays");
-    const auto groups = arguments.ids("groups");
-    const auto devices = arguments.ids("devices");
-    const auto file = arguments.number(arguments.value("file"), "file id (--file)");
-    if (!weekdays || !groups || !devices || !file) {
-        return std::nullopt;
+    const auto options = ScheduleOptions::read(arguments);
+    if (!options) {
+        return ExitUsage;
     }
-    const int type = arguments.isSet("weekdays") ? ScheduleRule::Weekly
-                     : arguments.isSet("daily")  ? ScheduleRule::Daily
-                                                 : ScheduleRule::Once;
-    return QVariantMap{
-        {Vocabulary::scheduleName, name},
-        {Vocabulary::enableSchedule, !arguments.isSet("disabled")},
-        {Vocabulary::scheduleType, type},
-        {Vocabulary::scheduleSettings, QVariantMap{{Words::weekdays, *weekdays}}},
-        {Vocabulary::scheduleStartTime, arguments.value("at")},
-        {Vocabulary::scheduleEndTime, arguments.value("until")},
-        {Vocabulary::enableScheduleEndTime, arguments.isSet("until")},
-        {Vocabulary::audioID, *file},
-        {Vocabulary::groupIDList, *groups},
-        {Vocabulary::networkAudioIDList, *devices},
-    };
-}
-
-} // namespace
-
-int runSchedules(const QStringList& words)
-{
-    CommandArguments arguments(
-        QStringLiteral("When the server plays which file.\n\n"
-                       "  list\n  add NAME\n  update ID NAME\n  delete ID\n\n"
-                       "Times are the server's local times, like 2026-03-01T08:30:00."));
-    arguments.option("at", "First run.", "time");
-    arguments.flag("daily", "Run every day.");
-    arguments.option("weekdays", "Run on these days of the week, 1 Monday to 7 Sunday.", "days");
-    arguments.option("until", "No run starts after this.", "time");
-    arguments.option("file", "Id of the audio file.", "id", "0");
-    arguments.option("devices", "Ids of devices to play on.", "ids");
-    arguments.option("groups", "Ids of groups to play on.", "ids");
-    arguments.flag("disabled", "Switched off.");
-    if (!arguments.read(words)) {
-        return arguments.exitStatus();
+    if (!arguments.isSet("at") || !arguments.isSet("file")) {
+        return arguments.usage(
+            QStringLiteral("--%1 is missing").arg(QLatin1String(arguments.isSet("at") ? "file" : "at")));
     }
-    const QString verb = arguments.word(0);
-    const bool update = verb == QLatin1String("update");
-    const bool remove = verb == QLatin1String("delete");
-    const bool known = (verb == QLatin1String("list") && arguments.words() == 1) ||
-                       (verb == QLatin1String("add") && arguments.words() == 2) ||
-                       (update && arguments.words() == 3) || (remove && arguments.words() == 2);
-    if (!known) {
-        return arguments.usage(QStringLiteral("schedules list, add NAME, update ID NAME, or delete ID"));
-    }
-    const auto id = update || remove ? arguments.number(arguments.word(1), "id") : std::optional(0);
-    const auto record = recordOf(arguments, arguments.word(update ? 2 : 1));
-    if (!id || !record) {
+    QVariantMap record{{Vocabulary::scheduleName, arguments.word(0)},
+                       {Vocabulary::enableSchedule, true},
+                       {Vocabulary::scheduleType, static_cast<int>(ScheduleRule::Once)},
+                       {Vocabulary::scheduleSettings, QVariantMap()},
+                       {Vocabulary::scheduleEndTime, QString()},
+                       {Vocabulary::enableScheduleEndTime, false},
+                       {Vocabulary::groupIDList, QVariantList()},
+                       {Vocabulary::networkAudioIDList, QVariantList()}};
+    options->applyTo(&record);
+    if (!options->isPossible(record)) {
         return ExitUsage;
     }
     PluginSession session(arguments.client());
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    if (verb == QLatin1String("list")) {
-        return listSchedules(session);
+    RecordFinder finder(session);
+    if (!options->applyTargets(finder, &record)) {
+        return finder.status();
     }
-    if (remove) {
-        return change(
-            session, &PluginClient::deleteNetworkAudioScheduleResponse,
-            [&](PluginClient& plugin) { return plugin.deleteNetworkAudioSchedule(*id); }, "deleted schedule");
+    const quint64 request =
+        session.send([&](PluginClient& plugin) { plugin.addNetworkAudioSchedule(record); });
+    return RecordChange{"added schedule", Vocabulary::scheduleID}.finish(session, arguments, request);
+}
+
+/** Reads a record, changes what is named, and sends it back whole: the protocol knows no less. */
+int changeSchedule(const CommandArguments& arguments, const QVariantMap& changes,
+                   const ScheduleOptions* options, const char* done)
+{
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
     }
-    if (update) {
-        return change(
-            session, &PluginClient::updateNetworkAudioScheduleResponse,
-            [&](PluginClient& plugin) { return plugin.updateNetworkAudioSchedule(*id, *record); },
-            "updated schedule");
+    RecordFinder finder(session);
+    const auto id = finder.find(RecordFinder::Schedule, arguments.word(0));
+    auto record = id ? finder.schedule(*id) : std::nullopt;
+    if (!record) {
+        return finder.status();
     }
-    return change(
-        session, &PluginClient::addNetworkAudioScheduleResponse,
-        [&](PluginClient& plugin) { return plugin.addNetworkAudioSchedule(*record); }, "added schedule");
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        record->insert(change.key(), change.value());
+    }
+    if (options != nullptr) {
+        options->applyTo(&*record);
+        if (!options->isPossible(*record)) {
+            return ExitUsage;
+        }
+        if (!options->applyTargets(finder, &*record)) {
+            return finder.status();
+        }
+    }
+    const quint64 request =
+        session.send([&](PluginClient& plugin) { plugin.updateNetworkAudioSchedule(*id, *record); });
+    return RecordChange{done, Vocabulary::scheduleID, *id}.finish(session, arguments, request);
+}
+
+int updateSchedule(const CommandArguments& arguments)
+{
+    const auto options = ScheduleOptions::read(arguments);
+    if (!options) {
+        return ExitUsage;
+    }
+    QVariantMap changes;
+    if (arguments.words() > 1) {
+        changes.insert(Vocabulary::scheduleName, arguments.word(1));
+    }
+    if (changes.isEmpty() && options->isEmpty()) {
+        return arguments.usage(QStringLiteral("nothing is named that is to be changed"));
+    }
+    return changeSchedule(arguments, changes, &*options, "updated schedule");
+}
+
+int enableSchedule(const CommandArguments& arguments)
+{
+    return changeSchedule(arguments, {{Vocabulary::enableSchedule, true}}, nullptr, "enabled schedule");
+}
+
+int disableSchedule(const CommandArguments& arguments)
+{
+    return changeSchedule(arguments, {{Vocabulary::enableSchedule, false}}, nullptr, "disabled schedule");
+}
+
+int deleteSchedule(const CommandArguments& arguments)
+{
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    RecordFinder finder(session);
+    const auto id = finder.find(RecordFinder::Schedule, arguments.word(0));
+    if (!id) {
+        return finder.status();
+    }
+    const quint64 request =
+        session.send([&](PluginClient& plugin) { plugin.deleteNetworkAudioSchedule(*id); });
+    return RecordChange{"deleted schedule", Vocabulary::scheduleID, *id}.finish(session, arguments, request);
+}
+
+} // namespace
+
+std::vector<Command> scheduleCommands()
+{
+    const std::vector<CommandOption> none{jsonOption};
+    return {
+        {"schedules list", "", "list when the server plays which file", "", none, Command::Server,
+         listSchedules},
+        {"schedules add", "NAME", "add a schedule", ScheduleOptions::details, ScheduleOptions::ofAddition(),
+         Command::Server, addSchedule},
+        {"schedules update", "ID [NAME]", "change a schedule", ScheduleOptions::detailsOfUpdate,
+         ScheduleOptions::ofUpdate(), Command::Server, updateSchedule},
+        {"schedules enable", "ID", "switch a schedule on", "", none, Command::Server, enableSchedule},
+        {"schedules disable", "ID", "switch a schedule off", "", none, Command::Server, disableSchedule},
+        {"schedules delete", "ID", "delete a schedule", "", none, Command::Server, deleteSchedule},
+    };
 }

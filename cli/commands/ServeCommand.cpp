@@ -16,24 +16,8 @@ namespace {
 
 constexpr int lookInterval = 100; // ms
 
-} // namespace
-
-int runServe(const QStringList& words)
+int serve(const CommandArguments& arguments)
 {
-    CommandArguments arguments(QStringLiteral(
-        "Runs the reference server alone, for desks in other processes.\n\n"
-        "Who may log in stands in the file \"users\" of the data folder; --add-user adds a name, or\n"
-        "without one a token, with the password from --secret-file or VOICEDESK_SECRET.\n\n"
-        "While the server runs, no other program may use the data folder; commands reach it by --server."));
-    arguments.option("listen", "Address and port (default: 127.0.0.1:8440; port 0 takes a free one).",
-                     "address:port", "127.0.0.1:8440");
-    arguments.flag("tls", "Encrypt; a certificate is made in the data folder at the first start.");
-    arguments.option("add-user", "Add this user (\"\" for a token), then serve.", "name");
-    arguments.option("offline", "Addresses of devices that are not there, joined with commas.", "addresses");
-    arguments.flag("aloud", "Play what the simulated speakers play on this machine, too.");
-    if (!arguments.read(words)) {
-        return arguments.exitStatus();
-    }
     const QString listen = arguments.value("listen");
     const int colon = listen.lastIndexOf(QLatin1Char(':'));
     bool validPort = false;
@@ -44,11 +28,14 @@ int runServe(const QStringList& words)
     }
     ClientOptions options = arguments.client();
     options.simulated.speakersAloud = arguments.isSet("aloud");
-    for (const QString& address : arguments.value("offline").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+    const auto offline = arguments.list("offline");
+    if (!offline) {
+        return ExitUsage;
+    }
+    for (const QString& address : *offline) {
         options.simulated.offlineAddresses.insert(address);
     }
     const ServerConfig serverConfig = options.serverConfig();
-    InterruptFlag::install();
     RecordingServer server(serverConfig);
     if (!server.isOpen()) {
         return PluginSession::fail(ExitServerFailed, server.errorString());
@@ -103,4 +90,28 @@ int runServe(const QStringList& words)
     ticker.start(lookInterval);
     QCoreApplication::exec();
     return ExitSuccess;
+}
+
+} // namespace
+
+std::vector<Command> serveCommands()
+{
+    return {{
+        "serve",
+        "",
+        "run the server alone, for other programs",
+        "Who may log in is in the file \"users\" of the data folder; --add-user adds a name, or\n"
+        "without one a token, with the password from --secret-file or VOICEDESK_SECRET.\n"
+        "While the server runs, no other program may use the data folder; commands reach it by its address.",
+        {
+            {"listen", "ADDRESS:PORT", "Address and port (default: 127.0.0.1:8440; port 0 takes a free one).",
+             "127.0.0.1:8440"},
+            {"tls", nullptr, "Encrypt; a certificate is made in the data folder at the first start.", ""},
+            {"add-user", "NAME", "Add this user (\"\" for a token), then serve.", "", true},
+            {"offline", "ADDRESS,...", "Addresses of devices that are not there.", ""},
+            {"aloud", nullptr, "Play what the simulated speakers play on this machine, too.", ""},
+        },
+        Command::Records,
+        serve,
+    }};
 }

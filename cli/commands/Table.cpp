@@ -5,6 +5,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -71,4 +72,11 @@ QVariantList toVariants(const QList<int>& ids)
         list.append(id);
     }
     return list;
+}
+
+void printJson(const QVariantMap& object)
+{
+    const QByteArray text =
+        QJsonDocument(QJsonObject::fromVariantMap(object)).toJson(QJsonDocument::Indented);
+    std::fputs(text.constData(), stdout);
 }

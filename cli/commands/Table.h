@@ -3,7 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
-#include <QVariant>
+#include <QVariantMap>
 
 #include <vector>
 
@@ -37,3 +37,6 @@ private:
 
 /** Converts ids to the value of a cell. */
 QVariantList toVariants(const QList<int>& ids);
+
+/** Prints an object as JSON to stdout. */
+void printJson(const QVariantMap& object);

@@ -1158,6 +1158,14 @@
         <source>Press Talk again when the test is over.</source>
         <translation>Nach der Prüfung wieder auf Sprechen drücken.</translation>
     </message>
+    <message>
+        <source>Somebody answered too late and would have listened; the talk has ended.</source>
+        <translation>Jemand hat zu spät geantwortet und hätte mitgehört; das Gespräch ist beendet.</translation>
+    </message>
+    <message>
+        <source>Press Talk again.</source>
+        <translation>Wieder auf Sprechen drücken.</translation>
+    </message>
 </context>
 <context>
     <name>TalkPage</name>

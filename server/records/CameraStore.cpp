@@ -19,6 +19,13 @@ QVariantMap stored(int id, const QVariantMap& record)
             {Words::camAddress, textOf(record, Words::camAddress)}};
 }
 
+/** The id of a camera of the records, in the one form that they have; empty for anything else. */
+std::optional<int> idOf(const QString& text)
+{
+    const int id = text.toInt();
+    return QString::number(id) == text ? std::optional<int>(id) : std::nullopt;
+}
+
 ServerReply unknown(const QVariant& id, const QVariant& result)
 {
     return refusal(ReturnCode::noSuchCamera,
@@ -76,7 +83,7 @@ ServerReply CameraStore::add(const QVariant& payload)
 ServerReply CameraStore::update(const QVariant& payload)
 {
     const QVariantMap record = payload.toMap();
-    const int id = textOf(record, Vocabulary::camId).toInt();
+    const int id = idOf(textOf(record, Vocabulary::camId)).value_or(-1);
     const QVariantMap onlyId{{Vocabulary::camId, textOf(record, Vocabulary::camId)}};
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
@@ -97,7 +104,7 @@ ServerReply CameraStore::remove(const QVariant& payload)
 {
     QSqlQuery erase = m_database.query();
     if (!m_database.run(erase, QStringLiteral("DELETE FROM cameras WHERE id = ?"),
-                        {payload.toString().toInt()})) {
+                        {idOf(payload.toString()).value_or(-1)})) {
         return failed();
     }
     return erase.numRowsAffected() == 0 ? unknown(payload, payload.toString()) : done(payload.toString());

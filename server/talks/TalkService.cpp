@@ -6,6 +6,7 @@
 #include "server/talks/TalkDestinations.h"
 
 #include <QRandomGenerator>
+#include <QSet>
 #include <QTimer>
 
 #include <algorithm>
@@ -282,7 +283,12 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
         return refuse(ReturnCode::malformedRequest, QStringLiteral("not a talk packet"));
     }
     ServerReply reply{ReturnCode::success, QVariant(), QString()};
+    QSet<QString> heard; // a target that is named again does not hear the packet again
     for (const QString& token : *tokens) {
+        if (heard.contains(token)) {
+            continue;
+        }
+        heard.insert(token);
         const auto talk = m_talks.find(token);
         if (talk == m_talks.end() || talk->second.session != &session ||
             talk->second.state == Talk::Opening) {
@@ -304,5 +310,10 @@ void TalkService::closeSession(ServerSession& session)
             close(talk);
         }
         talk = next;
+    }
+    for (auto& closing : m_closing) {
+        if (closing.second.session == &session) {
+            closing.second.session = nullptr; // another session may get its address
+        }
     }
 }

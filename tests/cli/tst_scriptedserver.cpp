@@ -16,11 +16,14 @@ private Q_SLOTS:
     void initTestCase();
     void fileIsAddedButNotListed_data();
     void fileIsAddedButNotListed();
+    void passwordIsKept_data();
+    void passwordIsKept();
 
 private:
     /** Runs a command against a server that answers each command with "0" and what stands here for it. */
     ProgramRun run(const QStringList& arguments, const QVariantMap& answers);
 
+    QVariantMap m_asked; ///< The last payload of each command.
     QWebSocketServer m_server{QStringLiteral("scripted"), QWebSocketServer::NonSecureMode};
 };
 
@@ -35,11 +38,12 @@ ProgramRun TestScriptedServer::run(const QStringList& arguments, const QVariantM
         QWebSocket* client = m_server.nextPendingConnection();
         connect(client, &QWebSocket::disconnected, client, &QObject::deleteLater);
         connect(client, &QWebSocket::binaryMessageReceived, client,
-                [client, answers](const QByteArray& bytes) {
+                [this, client, answers](const QByteArray& bytes) {
                     const auto asked = WireMessage::fromBytes(bytes);
                     WireMessage answer;
                     answer.kind = WireMessage::Welcome;
                     if (asked && asked->kind == WireMessage::Command) {
+                        m_asked.insert(asked->name, asked->payload);
                         answer.kind = WireMessage::Reply;
                         answer.id = asked->id;
                         answer.name = asked->name;
@@ -84,6 +88,43 @@ void TestScriptedServer::fileIsAddedButNotListed()
     QVERIFY2(result.status == status, qPrintable(QString::number(result.status) + result.err));
     QCOMPARE(result.out, status == 0 ? QStringLiteral("added file 7\n") : QString());
     QCOMPARE(result.err.contains("does not list it"), status != 0);
+}
+
+void TestScriptedServer::passwordIsKept_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("user");
+    QTest::addColumn<QString>("password");
+    QTest::newRow("not named") << QStringList{"Dock"} << "admin"
+                               << "secret";
+    QTest::newRow("only the user") << QStringList{"--device-user", "root"} << "root"
+                                   << "secret";
+    QTest::newRow("only the password") << QStringList{"--device-password", "new"} << "admin"
+                                       << "new";
+    QTest::newRow("taken away") << QStringList{"--no-login"} << ""
+                                << "";
+}
+
+void TestScriptedServer::passwordIsKept()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, user);
+    QFETCH(QString, password);
+    const QVariantMap device{{"deviceID", 5},
+                             {"deviceName", "Gate"},
+                             {"ip", "10.0.0.5"},
+                             {"port", 554},
+                             {"username", "admin"},
+                             {"password", "secret"},
+                             {"bindingCameraList", "camera-1|camera-2"}};
+    const ProgramRun result = run(QStringList{"devices", "update", "5"} + options,
+                                  {{"RetrieveIPAudioModel", QVariantList{device}}});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QVariantMap expected = device;
+    expected["deviceName"] = options.size() == 1 && options[0] == "Dock" ? "Dock" : "Gate";
+    expected["username"] = user;
+    expected["password"] = password;
+    QCOMPARE(m_asked.value("UpdateIPAudio").toMap(), expected);
 }
 
 QTEST_GUILESS_MAIN(TestScriptedServer)

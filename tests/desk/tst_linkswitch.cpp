@@ -47,7 +47,18 @@ void TestLinkSwitch::hostAsksForItself()
     Q_EMIT inner->replied("anything", QVariantList{1, 2}, request, "0", QString());
     QCOMPARE(listed.size(), 1);
     QCOMPARE(replied.size(), 0); // the plug-in did not ask
-    Q_EMIT inner->replied("GetCamera", QVariant(), request, "101", "what?");
+    Q_EMIT inner->connected();
+    const quint64 another = inner->lastRequest;
+    QVERIFY(another != request);
+    link.askForCameras(); // twice while the first waits: asked once more when it is answered
+    link.askForCameras();
+    QCOMPARE(inner->sent.size(), 2);
+    Q_EMIT inner->replied("GetCamera", QVariant(), 0, "0", QString()); // to nothing that was asked
+    QCOMPARE(listed.size(), 1);
+    QCOMPARE(replied.size(), 1);
+    replied.clear();
+    Q_EMIT inner->replied("GetCamera", QVariant(), another, "101", "what?");
+    QCOMPARE(inner->sent.size(), 3);
     QCOMPARE(listed.size(), 1); // a server that does not know the command
     Q_EMIT inner->replied("GetAudioFile", QVariantList(), 1000000, "0", QString());
     QCOMPARE(replied.size(), 1);

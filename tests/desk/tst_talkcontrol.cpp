@@ -34,6 +34,7 @@ private Q_SLOTS:
     void lateAnswerIsClosed();
     void lateAnswerOfAnotherCamera();
     void lateRefusalOfAnotherCamera();
+    void lateAnswersWhileTalking();
     void stopBeforeTheAnswer();
     void speakersAndACamera();
     void refusalKeepsTheMicrophone();
@@ -314,6 +315,37 @@ void TestTalkControl::lateRefusalOfAnotherCamera()
     m_link->answer("StartTalk", QVariantMap{{"camId", "dock"}, {"talkToken", "right"}});
     QCOMPARE(m_talk->phase(), TalkControl::Talking);
     QTRY_VERIFY(!m_packets.isEmpty());
+}
+
+/** The plug-in takes whoever answers into the talk that runs. */
+void TestTalkControl::lateAnswersWhileTalking()
+{
+    m_targets->choose("camera:gate", true);
+    m_talk->start();
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
+    const int first = m_link->sent.indexOf("StartTalk");
+    m_targets->choose("camera:dock", true);
+    m_talk->start();
+    m_link->answer("StartTalk", QVariantMap{{"camId", "dock"}, {"talkToken", "right"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    m_link->answerAt(first, QVariantMap{{"camId", "gate"}, {"talkToken", "late"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    QCOMPARE(m_link->sent.count("StopTalk"), 2);
+    QVERIFY(!talking());
+    QVERIFY(m_talk->problem().contains("too late"));
+
+    m_targets->choose("speaker:1", true);
+    m_targets->choose("camera:dock", false);
+    m_talk->start();
+    QTRY_COMPARE(m_talk->phase(), TalkControl::Idle); // no answer
+    m_targets->choose("speaker:1", false);
+    m_targets->choose("camera:dock", true);
+    m_talk->start();
+    m_link->answer("StartTalk", QVariantMap{{"camId", "dock"}, {"talkToken", "right"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    answerSpeaker(1);
+    QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    QVERIFY(!talking());
 }
 
 void TestTalkControl::stopBeforeTheAnswer()

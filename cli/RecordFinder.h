@@ -1,0 +1,56 @@
+#pragma once
+
+#include "cli/PluginSession.h"
+
+/** Finds records by what a person types: their id or their name. Prints errors to stderr itself. */
+class RecordFinder
+{
+public:
+    /** A kind of record. */
+    enum Kind
+    {
+        Device,   ///< An IP audio device.
+        File,     ///< An audio file.
+        Group,    ///< A group of devices.
+        Schedule, ///< A schedule.
+    };
+
+    /** @param session open; outlives the object */
+    explicit RecordFinder(PluginSession& session) : m_session(session) {}
+
+    /**
+     * Finds an id. A whole number is taken as an id, whether there is such a record or not: the server
+     * refuses what it does not know. Any other text is a name, which exactly one record must have.
+     *
+     * @return empty, and an error printed, otherwise; status then has the ExitStatus
+     */
+    std::optional<int> find(Kind kind, const QString& text);
+
+    /** Returns whether a record of the server has this id or name; false also when they cannot be read. */
+    bool has(Kind kind, const QString& text);
+
+    /** Finds the ids of several; empty, and an error printed, as soon as find does not find one. */
+    std::optional<QVariantList> findAll(Kind kind, const QStringList& texts);
+
+    /**
+     * @name Records
+     * @{
+     */
+    /** Returns the record with an id; empty, and an error printed, when there is none. */
+    std::optional<DeviceRow> device(int id);
+    std::optional<GroupRow> group(int id);
+    std::optional<QVariantMap> schedule(int id); ///< As a record of the protocol.
+    /** @} */
+
+    /** Returns the ExitStatus of the last failure. */
+    ExitStatus status() const { return m_status; }
+
+private:
+    bool read(Kind kind);
+    QList<QPair<int, QString>> namesOf(Kind kind);
+    void failed(ExitStatus status, const QString& message);
+    void absent(Kind kind, int id);
+
+    PluginSession& m_session;
+    ExitStatus m_status = ExitSuccess;
+};
