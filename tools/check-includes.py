@@ -60,13 +60,17 @@ def faults(root, allowed):
                 continue
             bracket, target = include.groups()
             place = f"{name}:{number}"
-            if target in names and bracket == '"':
+            if {".", ".."} & set(target.split("/")):
+                yield place, f"{target} goes by the folder of the file, not from the root"
+            elif target in names:
                 module = row_of(target, allowed)
-                if module != own and not may_include(target, module, allowed[own], allowed):
+                if bracket == "<":
+                    yield place, f'"{target}" is a header of this project'
+                elif module != own and not may_include(target, module, allowed[own], allowed):
                     yield place, f"{own} may not include {target}"
                 elif target.startswith("tests/support/") and not name.startswith(("tests/", "bench/")):
                     yield place, f"{target} is for tests"
-            elif Path(target).name in headers and "/" not in target and not name.startswith("platform/"):
+            elif Path(target).name in headers and bracket == '"' and not name.startswith("platform/"):
                 yield place, f'"{headers[Path(target).name]}" is the whole path of {target}'
 
 
