@@ -139,6 +139,7 @@ void TestInterruptions::waitForAnAnswer()
     QSet<QString> asked;
     connect(&silent, &QWebSocketServer::newConnection, this, [&] {
         QWebSocket* client = silent.nextPendingConnection();
+        client->setParent(&silent);
         connect(client, &QWebSocket::binaryMessageReceived, client,
                 [&asked, client](const QByteArray& bytes) {
                     const auto message = WireMessage::fromBytes(bytes);
@@ -216,6 +217,7 @@ void TestInterruptions::camerasOfAServer()
     QVERIFY(server.listen(QHostAddress::LocalHost));
     connect(&server, &QWebSocketServer::newConnection, this, [&server] {
         QWebSocket* client = server.nextPendingConnection();
+        client->setParent(&server);
         connect(client, &QWebSocket::binaryMessageReceived, client, [client](const QByteArray& bytes) {
             const auto asked = WireMessage::fromBytes(bytes);
             WireMessage answer;
@@ -264,6 +266,7 @@ void TestInterruptions::repliesGoByTheirNumber()
     QVERIFY(server.listen(QHostAddress::LocalHost));
     connect(&server, &QWebSocketServer::newConnection, this, [&server] {
         QWebSocket* client = server.nextPendingConnection();
+        client->setParent(&server);
         connect(client, &QWebSocket::binaryMessageReceived, client, [client](const QByteArray& bytes) {
             const auto asked = WireMessage::fromBytes(bytes);
             WireMessage answer;
