@@ -164,7 +164,7 @@ void PluginVoiceDesk::sendEncodeTalkData(char* encoded)
         const QVariantMap target = entry.toMap();
         const QString relayPath = target.value(Vocabulary::relayPath).toString();
         const QString token = target.value(Vocabulary::talkToken).toString();
-        // Deliberate: one arg() per marker, so a "%1" inside of a relay path is replaced by the token.
+        // Deliberate: one arg() per marker, so a "%1" inside a relay path is replaced by the token.
         targets +=
             relayPath.isEmpty() ? plainDestination.arg(token) : relayedDestination.arg(relayPath).arg(token);
     }

@@ -101,7 +101,8 @@ int updateDevice(const CommandArguments& arguments)
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    // The protocol replaces whole records, the password too: what is not named goes back as it was.
+    // An update replaces the whole record, so the fields that were not given are sent as they are now, the
+    // password included.
     RecordFinder finder(session);
     const auto id = finder.find(RecordFinder::Device, arguments.word(0));
     auto device = id ? finder.device(*id) : std::nullopt;

@@ -62,7 +62,7 @@ int updateGroup(const CommandArguments& arguments)
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
-    // The protocol replaces whole records: what is not named goes back as it was.
+    // An update replaces the whole record, so the fields that were not given are sent as they are now.
     RecordFinder finder(session);
     const auto id = finder.find(RecordFinder::Group, arguments.word(0));
     const auto group = id ? finder.group(*id) : std::nullopt;

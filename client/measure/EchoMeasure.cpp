@@ -91,7 +91,7 @@ std::optional<EchoMeasure> EchoMeasure::between(const TimedSound& said, const Ti
     if (measure.pieces == 0) {
         return std::nullopt;
     }
-    // The median: a gap inside of a piece spoils that piece's value, not the sound of the rest.
+    // The median: a gap inside a piece spoils that piece's value, not the sound of the rest.
     const auto middle = correlations.begin() + static_cast<std::ptrdiff_t>(correlations.size() / 2);
     std::nth_element(correlations.begin(), middle, correlations.end());
     measure.correlation = *middle;

@@ -43,7 +43,7 @@ public:
     void sendReply(const QString& command, quint64 request, const ServerReply& reply);
 
     /**
-     * Keeps the reply to the command that is being executed for later. Only inside of
+     * Postpones the reply to the command that is being executed. To be called only inside
      * CommandExecutor::execute, which then returns nothing.
      */
     LateReply replyLater();
@@ -55,10 +55,10 @@ public:
     void raiseEvent(const QString& event, const QVariantMap& fields);
 
 Q_SIGNALS:
-    /** A reply to a command; never emitted from inside of submit. */
+    /** Emitted for each reply to a command, never during a call of submit. */
     void replied(const QString& command, quint64 request, const ServerReply& reply);
 
-    /** An event; never emitted from inside of submit. */
+    /** Emitted for each event, never during a call of submit. */
     void eventRaised(const QString& event, const QVariant& payload);
 
 private:

@@ -205,7 +205,7 @@ PlaybackService::Playbacks::iterator PlaybackService::keep(Playbacks::iterator p
     return parts.empty() ? m_playbacks.erase(playback) : std::next(playback);
 }
 
-/** Stops a part; deletes it later where this may be inside of one of its signals. */
+/** Stops a part and deletes it later, since one of its signals may be running. */
 void PlaybackService::drop(std::unique_ptr<SpeakerPlayback> playback)
 {
     playback->disconnect(this);

@@ -96,6 +96,6 @@ private:
     Playbacks m_playbacks;
     int m_lastNumber = 0;
     std::vector<std::unique_ptr<SpeakerPlayback>>
-        m_dropped; ///< To be deleted, but not inside of their signals.
+        m_dropped; ///< Deleted when none of their signals is being handled.
     QTimer m_progressTimer;
 };

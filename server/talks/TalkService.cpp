@@ -234,7 +234,7 @@ void TalkService::close(Talks::iterator talk)
     line.close();
 }
 
-/** Deletes a line later: this may be inside of one of its signals. */
+/** Deletes a line later, since one of its signals may be running. */
 void TalkService::drop(std::unique_ptr<DeviceTalk> line)
 {
     line->disconnect(this);

@@ -98,5 +98,5 @@ private:
     TalkLimits m_limits;
     Talks m_talks;
     std::map<QString, Talk> m_closing; ///< Talks of the past whose devices still close them, by token.
-    std::vector<std::unique_ptr<DeviceTalk>> m_dropped; ///< To be deleted, but not inside of their signals.
+    std::vector<std::unique_ptr<DeviceTalk>> m_dropped; ///< Deleted when no signal of theirs runs.
 };

@@ -1,4 +1,4 @@
-// The commands on records, as people and scripts use them: against the server inside of the program, and
+// The commands on records, as people and scripts use them: against the server inside the program, and
 // against one in another process.
 
 #include "tests/support/FullDisk.h"

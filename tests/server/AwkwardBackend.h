@@ -126,7 +126,7 @@ struct AwkwardDevices : std::enable_shared_from_this<AwkwardDevices>
 inline bool AwkwardTalk::hear(const QByteArray& /*packet*/)
 {
     if (++heard == m_devices->losesAfter) {
-        Q_EMIT lost(QStringLiteral("the line is cut")); // inside of the call
+        Q_EMIT lost(QStringLiteral("the line is cut")); // inside the call
     }
     return true;
 }
@@ -135,7 +135,7 @@ inline void AwkwardTalk::close()
 {
     ++closes;
     if (m_devices->answersClose) {
-        Q_EMIT closed(); // inside of the call
+        Q_EMIT closed(); // inside the call
     }
 }
 

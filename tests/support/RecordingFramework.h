@@ -36,5 +36,5 @@ public:
 
     bool accepts = true;
     std::vector<Command> commands;
-    std::function<void(const Command&)> onCommand; ///< Called from inside of SendCommand.
+    std::function<void(const Command&)> onCommand; ///< Called from inside SendCommand.
 };
