@@ -16,7 +16,7 @@ constexpr double msPerSecond = 1000.0;
 TimedSound atTalkRate(const TimedSound& sound)
 {
     TimedSound converted;
-    converted.sampleRate = PacketDecoder::sampleRate;
+    converted.sampleRate = TalkPacketDecoder::sampleRate;
     converted.startTime = sound.startTime;
     framesmith::PcmConverter converter(framesmith::SampleFormat::S16, sound.sampleRate, 1,
                                        converted.sampleRate);

@@ -1,6 +1,6 @@
 #include "desk/Desk.h"
 
-#include "desk/ErrorWords.h"
+#include "desk/ErrorMessages.h"
 #include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
@@ -12,9 +12,9 @@ Desk::Desk(const ClientOptions& options, const QString& settingsFile)
     : m_pluginPath(options.pluginPath), m_settings(settingsFile), m_connection(options),
       m_watch(options.timeout), m_host(m_connection.link())
 {
-    connect(&m_host, &PluginHost::commandSent, &m_watch, &CommandWatch::commandSent);
+    connect(&m_host, &PluginHost::commandSent, &m_watch, &RequestTimeouts::commandSent);
     connect(&m_host, &PluginHost::commandSent, &m_meters, &TalkMeters::commandSent);
-    connect(&m_host, &PluginHost::replyArrived, &m_watch, &CommandWatch::replyArrived);
+    connect(&m_host, &PluginHost::replyArrived, &m_watch, &RequestTimeouts::replyArrived);
     connect(&m_host, &PluginHost::eventArrived, &m_meters, &TalkMeters::eventArrived);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_targets, &TargetModel::setCameras);
     connect(&m_host, &PluginHost::eventArrived, &m_connection.link(), [this](const QString& event) {
@@ -43,7 +43,7 @@ bool Desk::load()
     }
     m_talk.emplace(m_plugin, m_targets, m_watch);
     m_playback.emplace(m_plugin, m_watch);
-    connect(&m_host, &PluginHost::replyArrived, &*m_playback, &PlaybackBook::replyArrived);
+    connect(&m_host, &PluginHost::replyArrived, &*m_playback, &PlaybackModel::replyArrived);
     m_targets.setSpeakers(m_plugin.getIPAudioModel(this));
 
     connect(&m_meters, &TalkMeters::packetSent, &*m_talk, &TalkControl::packetSent);
@@ -73,7 +73,7 @@ bool Desk::load()
             m_playback->forget();
         }
     });
-    connect(&m_watch, &CommandWatch::timedOut, &*m_playback, &PlaybackBook::timedOut);
+    connect(&m_watch, &RequestTimeouts::timedOut, &*m_playback, &PlaybackModel::timedOut);
     // Groups show the names of devices: they are asked for after those, and again when one of them changes.
     connect(&m_plugin, &PluginClient::ipAudioModelChanged, this, &Desk::fetchGroupsAndSchedules);
     connect(&m_plugin, &PluginClient::deleteNetworkAudioGroupResponse, this, &Desk::fetchGroupsAndSchedules);
@@ -90,13 +90,13 @@ void Desk::fetchGroupsAndSchedules()
 
 QString Desk::words(const QString& code, const QString& detail) const
 {
-    return ErrorWords::of(code, detail);
+    return ErrorMessages::of(code, detail);
 }
 
 QString Desk::checkAddress(const QString& address) const
 {
     const auto refusal = RecordChecks::address(address);
-    return refusal ? ErrorWords::of(refusal->returnCode) : QString();
+    return refusal ? ErrorMessages::of(refusal->returnCode) : QString();
 }
 
 QString Desk::checkUpload(const QUrl& file) const

@@ -2,12 +2,12 @@
 
 #include "client/PluginClient.h"
 #include "client/PluginHost.h"
-#include "desk/CommandWatch.h"
+#include "desk/RequestTimeouts.h"
 #include "desk/DeskConnection.h"
 #include "desk/DeskSettings.h"
-#include "desk/PlaybackBook.h"
+#include "desk/PlaybackModel.h"
 #include "desk/ProtocolConstants.h"
-#include "desk/ScheduleWords.h"
+#include "desk/ScheduleText.h"
 #include "desk/TalkControl.h"
 #include "desk/TalkMeters.h"
 #include "desk/TargetModel.h"
@@ -22,12 +22,12 @@ class Desk : public QObject
     Q_OBJECT
     Q_PROPERTY(PluginClient* plugin READ plugin CONSTANT)
     Q_PROPERTY(DeskConnection* connection READ connection CONSTANT)
-    Q_PROPERTY(CommandWatch* watch READ watch CONSTANT)
+    Q_PROPERTY(RequestTimeouts* watch READ watch CONSTANT)
     Q_PROPERTY(TargetModel* targets READ targets CONSTANT)
     Q_PROPERTY(TalkControl* talk READ talk CONSTANT)
     Q_PROPERTY(TalkMeters* meters READ meters CONSTANT)
-    Q_PROPERTY(PlaybackBook* playback READ playback CONSTANT)
-    Q_PROPERTY(ScheduleWords* schedules READ schedules CONSTANT)
+    Q_PROPERTY(PlaybackModel* playback READ playback CONSTANT)
+    Q_PROPERTY(ScheduleText* schedules READ schedules CONSTANT)
     Q_PROPERTY(DeskSettings* settings READ settings CONSTANT)
     Q_PROPERTY(ProtocolConstants* protocol READ protocol CONSTANT)
 
@@ -42,12 +42,12 @@ public:
 
     PluginClient* plugin() { return &m_plugin; }
     DeskConnection* connection() { return &m_connection; }
-    CommandWatch* watch() { return &m_watch; }
+    RequestTimeouts* watch() { return &m_watch; }
     TargetModel* targets() { return &m_targets; }
     TalkControl* talk() { return m_talk ? &*m_talk : nullptr; }
     TalkMeters* meters() { return &m_meters; }
-    PlaybackBook* playback() { return m_playback ? &*m_playback : nullptr; }
-    ScheduleWords* schedules() { return &m_schedules; }
+    PlaybackModel* playback() { return m_playback ? &*m_playback : nullptr; }
+    ScheduleText* schedules() { return &m_schedules; }
     DeskSettings* settings() { return &m_settings; }
     ProtocolConstants* protocol() { return &m_protocol; }
 
@@ -66,14 +66,14 @@ private:
     QString m_pluginPath;
     DeskSettings m_settings;
     DeskConnection m_connection;
-    CommandWatch m_watch;
+    RequestTimeouts m_watch;
     TargetModel m_targets;
     TalkMeters m_meters;
-    ScheduleWords m_schedules;
+    ScheduleText m_schedules;
     ProtocolConstants m_protocol;
     PluginHost m_host;
     PluginClient m_plugin;
     QString m_errorString;
     std::optional<TalkControl> m_talk;
-    std::optional<PlaybackBook> m_playback;
+    std::optional<PlaybackModel> m_playback;
 };

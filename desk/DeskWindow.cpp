@@ -23,14 +23,14 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<TargetModel>(module, 1, 0, "TargetModel", reason);
     qmlRegisterUncreatableType<TalkMeters>(module, 1, 0, "TalkMeters", reason);
     qmlRegisterUncreatableType<DeskConnection>(module, 1, 0, "DeskConnection", reason);
-    qmlRegisterUncreatableType<PlaybackBook>(module, 1, 0, "PlaybackBook", reason);
+    qmlRegisterUncreatableType<PlaybackModel>(module, 1, 0, "PlaybackModel", reason);
     qmlRegisterUncreatableType<PluginClient>(module, 1, 0, "PluginClient", reason);
     qmlRegisterUncreatableType<DeviceModel>(module, 1, 0, "DeviceModel", reason);
     qmlRegisterUncreatableType<GroupModel>(module, 1, 0, "GroupModel", reason);
     qmlRegisterUncreatableType<ScheduleModel>(module, 1, 0, "ScheduleModel", reason);
     qmlRegisterUncreatableType<TalkKey>(module, 1, 0, "TalkKey", reason);
-    qmlRegisterAnonymousType<CommandWatch>(module, 1);
-    qmlRegisterAnonymousType<ScheduleWords>(module, 1);
+    qmlRegisterAnonymousType<RequestTimeouts>(module, 1);
+    qmlRegisterAnonymousType<ScheduleText>(module, 1);
     qmlRegisterAnonymousType<DeskSettings>(module, 1);
     qmlRegisterAnonymousType<Desk>(module, 1);
 }

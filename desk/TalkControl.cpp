@@ -1,8 +1,8 @@
 #include "desk/TalkControl.h"
 
 #include "client/PluginClient.h"
-#include "desk/CommandWatch.h"
-#include "desk/ErrorWords.h"
+#include "desk/RequestTimeouts.h"
+#include "desk/ErrorMessages.h"
 #include "protocol/Words.h"
 
 namespace {
@@ -20,7 +20,7 @@ QString speakerKey(int id)
 
 } // namespace
 
-TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout)
+TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch, int answerTimeout)
     : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, answerTimeout)
 {
     connect(&m_test, &SpeakerTest::tested, this, [this](int speaker, bool success, const QString& text) {
@@ -274,7 +274,7 @@ void TalkControl::keepCapturing()
 QString TalkControl::refusalOf(const QString& name) const
 {
     return tr("%1 cannot be talked to: %2")
-        .arg(name, ErrorWords::of(m_watch.errorCode(), m_watch.errorText()));
+        .arg(name, ErrorMessages::of(m_watch.errorCode(), m_watch.errorText()));
 }
 
 /** Somebody has answered after all whom nobody waits for any more: they must not hear what others are told.

@@ -8,7 +8,7 @@
 #include <QTimer>
 #include <QVariantMap>
 
-class CommandWatch;
+class RequestTimeouts;
 class PluginClient;
 
 /**
@@ -45,7 +45,7 @@ public:
     Q_ENUM(Phase)
 
     /** @param answerTimeout ms */
-    TalkControl(PluginClient& plugin, TargetModel& targets, CommandWatch& watch, int answerTimeout = 5000);
+    TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch, int answerTimeout = 5000);
 
     Phase phase() const { return m_phase; }
     QString partners() const;
@@ -130,7 +130,7 @@ private:
 
     PluginClient& m_plugin;
     TargetModel& m_targets;
-    CommandWatch& m_watch;
+    RequestTimeouts& m_watch;
     Phase m_phase = Idle;
     bool m_online = false;
     bool m_muted = false;

@@ -91,7 +91,7 @@ void TalkMeters::commandSent(const QString& command, const QVariant& payload, bo
     Q_EMIT packetSent();
     const QByteArray text = payload.toMap().value(Vocabulary::talkData).toString().toLatin1();
     if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
-        m_said.take(talk->samples, PacketDecoder::sampleRate);
+        m_said.take(talk->samples, TalkPacketDecoder::sampleRate);
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/PacketDecoder.h"
+#include "audio/TalkPacketDecoder.h"
 #include "audio/PacketStream.h"
 
 #include <QHash>
@@ -78,7 +78,7 @@ private:
 
     void tick();
 
-    PacketDecoder m_decoder;
+    TalkPacketDecoder m_decoder;
     QHash<QString, std::shared_ptr<PacketStream>> m_streams; ///< By token.
     Meter m_said;
     Meter m_heard;

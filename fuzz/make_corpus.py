@@ -374,9 +374,9 @@ def dump_seeds():
 
 def text_seeds():
     cheap = "$argon2id$v=19$m=8,t=1,p=1$c2FsdHNhbHRzYWx0c2FsdA$" + "A" * 43
-    write("fuzz_userbook", "users", f"anna {cheap}\ntoken {cheap}\n".encode())
-    write("fuzz_userbook", "known", f"a {cheap}\n".encode())
-    write("fuzz_userbook", "odd", f"a  $argon2i$x\r\n\n\tb c d\nc\n\xe4 {cheap}".encode())
+    write("fuzz_userstore", "users", f"anna {cheap}\ntoken {cheap}\n".encode())
+    write("fuzz_userstore", "known", f"a {cheap}\n".encode())
+    write("fuzz_userstore", "odd", f"a  $argon2i$x\r\n\n\tb c d\nc\n\xe4 {cheap}".encode())
     for name, lines in {
         "once": ["0", "2026-12-01T08:00:00", "", "2026-11-30T00:00:00Z", "Europe/Berlin", "{}"],
         "daily": ["1", "2026-03-01T02:30:00", "2026-04-01T00:00:00", "2026-03-28T12:00:00Z", "Europe/Berlin", ""],

@@ -75,7 +75,7 @@ private:
     ServerConfig m_config;
     DataFolder m_data;
     RecordDatabase m_database;
-    SecretBox m_secrets;
+    PasswordCipher m_secrets;
     CameraStore m_cameras;
     DeviceStore m_devices;
     FileStore m_files;

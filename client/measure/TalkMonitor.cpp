@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t maxSaid = 600U * PacketDecoder::sampleRate; // samples, ten minutes
+constexpr std::size_t maxSaid = 600U * TalkPacketDecoder::sampleRate; // samples, ten minutes
 
 } // namespace
 
@@ -38,9 +38,9 @@ void TalkMonitor::commandSent(const QString& command, const QVariant& payload, b
 void TalkMonitor::keepSaid(const DecodedTalk& talk)
 {
     if (m_said.samples.empty()) {
-        m_said.sampleRate = PacketDecoder::sampleRate;
+        m_said.sampleRate = TalkPacketDecoder::sampleRate;
         m_said.startTime = SteadyClock::fromMicroseconds(talk.captureTime) -
-                           static_cast<double>(talk.samples.size()) / PacketDecoder::sampleRate;
+                           static_cast<double>(talk.samples.size()) / TalkPacketDecoder::sampleRate;
         m_saidPosition = talk.position;
     }
     const std::size_t begin = talk.position - m_saidPosition;
@@ -68,6 +68,6 @@ void TalkMonitor::eventArrived(const QString& event, const QVariant& payload)
         reinterpret_cast<const std::uint8_t*>(packet.constData()), static_cast<std::size_t>(packet.size()));
     if (header && header->sampleRate > 0) {
         m_firstReceivedPosition = static_cast<double>(header->position) / header->sampleRate -
-                                  static_cast<double>(m_saidPosition) / PacketDecoder::sampleRate;
+                                  static_cast<double>(m_saidPosition) / TalkPacketDecoder::sampleRate;
     }
 }

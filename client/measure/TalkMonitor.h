@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/PacketDecoder.h"
+#include "audio/TalkPacketDecoder.h"
 #include "audio/SoundLevel.h"
 #include "audio/TimedSound.h"
 
@@ -49,7 +49,7 @@ public Q_SLOTS:
 private:
     void keepSaid(const DecodedTalk& talk);
 
-    PacketDecoder m_decoder;
+    TalkPacketDecoder m_decoder;
     int m_packets = 0;
     int m_refused = 0;
     quint32 m_sequence = 0;

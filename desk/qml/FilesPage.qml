@@ -140,17 +140,17 @@ ColumnLayout {
         model: desk.playback
         delegate: RecordRow {
             id: play
-            readonly property bool live: model.state === PlaybackBook.Asked || model.state === PlaybackBook.Playing
+            readonly property bool live: model.state === PlaybackModel.Asked || model.state === PlaybackModel.Playing
             title: qsTr("%1 on %2").arg(model.title).arg(model.target)
-            detail: model.state === PlaybackBook.Asked ? qsTr("starting…") : model.state === PlaybackBook.Playing ? qsTr("%1 %").arg(Math.round(model.progress * 100))
-                  : model.state === PlaybackBook.Ended ? qsTr("played to the end") : qsTr("failed: %1").arg(model.problem)
+            detail: model.state === PlaybackModel.Asked ? qsTr("starting…") : model.state === PlaybackModel.Playing ? qsTr("%1 %").arg(Math.round(model.progress * 100))
+                  : model.state === PlaybackModel.Ended ? qsTr("played to the end") : qsTr("failed: %1").arg(model.problem)
             editable: false
             removable: false
             extraText: live ? qsTr("Stop") : qsTr("Close")
             onExtra: live ? desk.playback.stop(index) : desk.playback.dismiss(index)
             ProgressBar {
                 visible: play.live
-                indeterminate: model.state === PlaybackBook.Asked
+                indeterminate: model.state === PlaybackModel.Asked
                 value: model.progress || 0
                 implicitWidth: 200
                 Accessible.name: qsTr("Progress")

@@ -164,7 +164,7 @@
     </message>
 </context>
 <context>
-    <name>ErrorWords</name>
+    <name>ErrorMessages</name>
     <message>
         <source>the server does not know how to do this</source>
         <translation>der Server kann das nicht</translation>
@@ -663,7 +663,7 @@
     </message>
 </context>
 <context>
-    <name>PlaybackBook</name>
+    <name>PlaybackModel</name>
     <message>
         <source>&quot;%1&quot; was not played on %2: %3</source>
         <translation>„%1“ wurde auf %2 nicht gespielt: %3</translation>
@@ -804,7 +804,7 @@
     </message>
 </context>
 <context>
-    <name>ScheduleWords</name>
+    <name>ScheduleText</name>
     <message>
         <source>Give the schedule a name.</source>
         <translation>Der Zeitplan braucht einen Namen.</translation>

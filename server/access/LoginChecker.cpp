@@ -8,7 +8,7 @@ constexpr int threadCount = 2;
 
 } // namespace
 
-LoginChecker::LoginChecker(const UserBook& users) : m_users(users)
+LoginChecker::LoginChecker(const UserStore& users) : m_users(users)
 {
     for (int i = 0; i < threadCount; ++i) {
         m_threads.emplace_back([this] { work(); });

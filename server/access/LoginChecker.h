@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/access/UserBook.h"
+#include "server/access/UserStore.h"
 
 #include <QObject>
 
@@ -14,7 +14,7 @@
  * Checks logins on threads of its own, since a check takes a tenth of a second and the server has other
  * clients.
  *
- *   check --> requests --> thread (UserBook::admits) --> verdicts --> checked
+ *   check --> requests --> thread (UserStore::admits) --> verdicts --> checked
  *
  * All members are used, and the signal is emitted, on the thread that made the object.
  */
@@ -24,7 +24,7 @@ class LoginChecker : public QObject
 
 public:
     /** @param users copied */
-    explicit LoginChecker(const UserBook& users);
+    explicit LoginChecker(const UserStore& users);
     /** Waits for the checks that are running; drops the others. */
     ~LoginChecker() override;
 
@@ -68,7 +68,7 @@ private:
 
     void work();
 
-    const UserBook m_users;
+    const UserStore m_users;
     quint64 m_lastNumber = 0;
     std::mutex m_mutex; ///< Guards what follows.
     std::condition_variable m_condition;

@@ -20,7 +20,7 @@ const QString selectDevices = QStringLiteral(
     "SELECT id, name, ip, port, username, password, (SELECT group_concat(camera, '|') FROM "
     "(SELECT camera FROM device_cameras WHERE device = devices.id ORDER BY position)) FROM devices");
 
-QVariantMap readRecord(const QSqlQuery& row, const SecretBox& secrets)
+QVariantMap readRecord(const QSqlQuery& row, const PasswordCipher& secrets)
 {
     return {
         {Vocabulary::deviceID, row.value(0).toInt()},
@@ -40,7 +40,7 @@ bool DeviceStore::hasPasswords(RecordDatabase& database)
     QSqlQuery sealed = database.query();
     return !database.run(sealed,
                          QStringLiteral("SELECT EXISTS (SELECT 1 FROM devices WHERE length(password) > ?)"),
-                         {SecretBox::overhead()}) ||
+                         {PasswordCipher::overhead()}) ||
            !sealed.next() || sealed.value(0).toBool();
 }
 

@@ -3,7 +3,7 @@
 #include "protocol/ServerReply.h"
 #include "server/devices/SpeakerBackend.h"
 #include "server/records/RecordDatabase.h"
-#include "server/records/SecretBox.h"
+#include "server/records/PasswordCipher.h"
 
 #include <QList>
 
@@ -19,7 +19,7 @@ class DeviceStore
 {
 public:
     /** Both arguments outlive the store. */
-    DeviceStore(RecordDatabase& database, const SecretBox& secrets) : m_database(database), m_secrets(secrets)
+    DeviceStore(RecordDatabase& database, const PasswordCipher& secrets) : m_database(database), m_secrets(secrets)
     {
     }
 
@@ -71,5 +71,5 @@ private:
     ServerReply failed() const;
 
     RecordDatabase& m_database;
-    const SecretBox& m_secrets;
+    const PasswordCipher& m_secrets;
 };

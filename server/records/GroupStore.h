@@ -1,7 +1,7 @@
 #pragma once
 
 #include "server/records/DeviceStore.h"
-#include "server/records/LinkTable.h"
+#include "server/records/IdListTable.h"
 
 /**
  * The groups of devices of the database, as records of the protocol: maps of "groupID" (int), "groupName"
@@ -60,5 +60,5 @@ private:
 
     RecordDatabase& m_database;
     DeviceStore& m_devices;
-    LinkTable m_members;
+    IdListTable m_members;
 };

@@ -4,7 +4,7 @@
 #include "server/records/DeviceStore.h"
 #include "server/records/FileStore.h"
 #include "server/records/GroupStore.h"
-#include "server/records/LinkTable.h"
+#include "server/records/IdListTable.h"
 
 #include <vector>
 
@@ -80,6 +80,6 @@ private:
     DeviceStore& m_devices;
     GroupStore& m_groups;
     FileStore& m_files;
-    LinkTable m_scheduleGroups;
-    LinkTable m_scheduleDevices;
+    IdListTable m_scheduleGroups;
+    IdListTable m_scheduleDevices;
 };

@@ -11,11 +11,11 @@
 class FakeDesk : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(CommandWatch* watch READ watch CONSTANT)
+    Q_PROPERTY(RequestTimeouts* watch READ watch CONSTANT)
 
 public:
     FakeDesk() : m_watch(60000) {}
-    CommandWatch* watch() { return &m_watch; }
+    RequestTimeouts* watch() { return &m_watch; }
 
     Q_INVOKABLE QString words(const QString& code, const QString& detail) const { return code + detail; }
     /** Sends a command. @return its request */
@@ -34,7 +34,7 @@ public:
 
 private:
     quint64 m_request = 0;
-    CommandWatch m_watch;
+    RequestTimeouts m_watch;
 };
 
 class Setup : public QObject

@@ -33,7 +33,7 @@ private:
 
     std::unique_ptr<PulseServer> m_pulse;
     QTemporaryDir m_folder;
-    UserBook m_users;
+    UserStore m_users;
     ServerConfig m_config;
     std::unique_ptr<RecordingServer> m_server;
     std::unique_ptr<SocketServer> m_door;

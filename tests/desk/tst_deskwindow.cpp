@@ -439,7 +439,7 @@ void TestDeskWindow::files()
     desk.shoot("play-dialog");
     desk.click("Hall");
     QVERIFY(desk.shows("announcement.wav on Hall"));
-    QTRY_VERIFY(desk.desk().playback()->index(0).data(PlaybackBook::ProgressRole).toReal() > 0.05);
+    QTRY_VERIFY(desk.desk().playback()->index(0).data(PlaybackModel::ProgressRole).toReal() > 0.05);
     desk.shoot("playing");
     desk.click("announcement.wav on Hall: Stop");
     QTRY_COMPARE(desk.desk().playback()->rowCount(), 0);

@@ -1,10 +1,10 @@
 // Talks as the operator's controls see them, over the real plug-in; the other end of the link is the test.
 
-#include "audio/PacketDecoder.h"
+#include "audio/TalkPacketDecoder.h"
 #include "audio/SoundLevel.h"
 #include "client/PluginClient.h"
 #include "client/PluginHost.h"
-#include "desk/CommandWatch.h"
+#include "desk/RequestTimeouts.h"
 #include "desk/TalkControl.h"
 #include "tests/support/BuiltLibraries.h"
 
@@ -107,7 +107,7 @@ private:
     std::unique_ptr<TestLink> m_link;
     std::unique_ptr<PluginHost> m_host;
     std::unique_ptr<PluginClient> m_plugin;
-    std::unique_ptr<CommandWatch> m_watch;
+    std::unique_ptr<RequestTimeouts> m_watch;
     std::unique_ptr<TargetModel> m_targets;
     std::unique_ptr<TalkControl> m_talk;
     QList<int> m_packets;
@@ -127,17 +127,17 @@ void TestTalkControl::init()
     m_plugin = std::make_unique<PluginClient>();
     QVERIFY(m_plugin->attach(m_host->plugin()));
     Q_EMIT m_link->connected();
-    m_watch = std::make_unique<CommandWatch>(300);
+    m_watch = std::make_unique<RequestTimeouts>(300);
     m_targets = std::make_unique<TargetModel>();
-    connect(m_host.get(), &PluginHost::commandSent, m_watch.get(), &CommandWatch::commandSent);
-    connect(m_host.get(), &PluginHost::replyArrived, m_watch.get(), &CommandWatch::replyArrived);
+    connect(m_host.get(), &PluginHost::commandSent, m_watch.get(), &RequestTimeouts::commandSent);
+    connect(m_host.get(), &PluginHost::replyArrived, m_watch.get(), &RequestTimeouts::replyArrived);
     m_talk = std::make_unique<TalkControl>(*m_plugin, *m_targets, *m_watch, 300);
     connect(m_host.get(), &PluginHost::commandSent, m_talk.get(),
             [this](const QString& command, const QVariant& payload) {
                 if (command == QLatin1String("TalkData")) {
                     m_talk->packetSent();
                     m_packets.append(1);
-                    PacketDecoder decoder;
+                    TalkPacketDecoder decoder;
                     const auto sound = decoder.decode(
                         QByteArray::fromBase64(payload.toMap()["talkData"].toString().toLatin1()));
                     QVERIFY(sound);

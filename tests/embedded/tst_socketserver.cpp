@@ -4,7 +4,7 @@
 #include "protocol/WireMessage.h"
 #include "server/access/ServerCertificate.h"
 #include "server/access/SocketServer.h"
-#include "server/access/UserBook.h"
+#include "server/access/UserStore.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/support/FileReaders.h"
 #include "tests/support/FullDisk.h"
@@ -25,7 +25,7 @@ class TestSocketServer : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-    void userBook();
+    void userStore();
     void certificateIsMadeOnce();
     void certificateOnAFullDisk();
     void keyAloneGetsACertificate();
@@ -67,7 +67,7 @@ private:
         return made;
     }
 
-    UserBook m_users;
+    UserStore m_users;
     QTemporaryDir m_folder;
 };
 
@@ -122,7 +122,7 @@ void TestSocketServer::initTestCase()
     QVERIFY(m_users.setPassword(QString(), "the-token"));
 }
 
-void TestSocketServer::userBook()
+void TestSocketServer::userStore()
 {
     const QString path = m_folder.filePath("users");
     QVERIFY(m_users.save(path));
@@ -131,7 +131,7 @@ void TestSocketServer::userBook()
     const QByteArray text = file.readAll();
     QVERIFY(!text.contains("right") && !text.contains("the-token"));
     QVERIFY(FileReaders::isPrivate(path));
-    UserBook read;
+    UserStore read;
     QVERIFY(read.load(path));
     QVERIFY(read.admits("anna", "right"));
     QVERIFY(read.admits("", "the-token"));
@@ -142,7 +142,7 @@ void TestSocketServer::userBook()
     QVERIFY(!read.admits("nobody", "right"));
     QVERIFY(!read.setPassword("a b", "x"));
     QVERIFY(!read.setPassword("c", ""));
-    UserBook empty;
+    UserStore empty;
     QVERIFY(empty.load(m_folder.filePath("absent")));
     QVERIFY(!empty.admits("", ""));
 }

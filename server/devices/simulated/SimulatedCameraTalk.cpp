@@ -2,13 +2,13 @@
 
 namespace {
 
-constexpr std::uint32_t maxGap = 10 * PacketDecoder::sampleRate;                  // samples
-constexpr std::uint64_t maxRecorded = 4ULL * 60 * 60 * PacketDecoder::sampleRate; // samples, four hours
+constexpr std::uint32_t maxGap = 10 * TalkPacketDecoder::sampleRate;                  // samples
+constexpr std::uint64_t maxRecorded = 4ULL * 60 * 60 * TalkPacketDecoder::sampleRate; // samples, four hours
 
 } // namespace
 
 SimulatedCameraTalk::SimulatedCameraTalk(const QString& path, const CameraVoiceConfig& voice)
-    : m_writer(path, PacketDecoder::sampleRate), m_voice(voice)
+    : m_writer(path, TalkPacketDecoder::sampleRate), m_voice(voice)
 {
     connect(&m_voice, &CameraVoice::spoke, this, &DeviceTalk::spoke);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/PacketDecoder.h"
+#include "audio/TalkPacketDecoder.h"
 #include "audio/WaveFileWriter.h"
 #include "server/devices/DeviceTalk.h"
 #include "server/devices/simulated/CameraVoice.h"
@@ -24,7 +24,7 @@ public:
 
 private:
     WaveFileWriter m_writer;
-    PacketDecoder m_decoder;
+    TalkPacketDecoder m_decoder;
     CameraVoice m_voice;
     int m_packets = 0;
     std::uint32_t m_nextPosition = 0; ///< Where the next packet starts if none is lost.

@@ -12,9 +12,9 @@ namespace {
 class RackPlayback : public SpeakerPlayback
 {
 public:
-    RackPlayback(SpeakerRack& rack, int source) : m_rack(&rack), m_source(source)
+    RackPlayback(SpeakerMixer& rack, int source) : m_rack(&rack), m_source(source)
     {
-        connect(&rack, &SpeakerRack::sourceEnded, this, [this](int number) {
+        connect(&rack, &SpeakerMixer::sourceEnded, this, [this](int number) {
             if (number == m_source) {
                 Q_EMIT ended();
             }
@@ -32,7 +32,7 @@ public:
     void keepSpeakers(const QList<int>& speakers) override { m_rack->setSpeakers(m_source, speakers); }
 
 private:
-    QPointer<SpeakerRack> m_rack;
+    QPointer<SpeakerMixer> m_rack;
     int m_source;
 };
 
@@ -56,7 +56,7 @@ std::unique_ptr<DeviceTalk> SimulatedSpeakers::openTalk(const Speaker& speaker)
 std::unique_ptr<SpeakerPlayback> SimulatedSpeakers::play(std::shared_ptr<SoundSource> source,
                                                          const QList<Speaker>& speakers, Time start)
 {
-    static_assert(SoundSource::sampleRate == SpeakerRack::sampleRate, "the rack does not convert");
+    static_assert(SoundSource::sampleRate == SpeakerMixer::sampleRate, "the rack does not convert");
     QList<int> ids;
     for (const Speaker& speaker : speakers) {
         ids.append(speaker.id);

@@ -2,7 +2,7 @@
 
 #include "server/devices/SpeakerBackend.h"
 #include "server/devices/simulated/SimulatedConfig.h"
-#include "server/devices/simulated/SpeakerRack.h"
+#include "server/devices/simulated/SpeakerMixer.h"
 
 /** Speakers that this project plays itself: each writes what it plays to a file. Serves any address. */
 class SimulatedSpeakers : public SpeakerBackend
@@ -21,5 +21,5 @@ public:
 
 private:
     QSet<QString> m_offlineAddresses;
-    SpeakerRack m_rack;
+    SpeakerMixer m_rack;
 };

@@ -4,13 +4,13 @@
 
 namespace {
 
-constexpr std::size_t longestQueue = 2U * SpeakerRack::sampleRate; // samples; a talk is not played late
+constexpr std::size_t longestQueue = 2U * SpeakerMixer::sampleRate; // samples; a talk is not played late
 
 } // namespace
 
-SpeakerTalk::SpeakerTalk(SpeakerRack& rack, int speaker)
+SpeakerTalk::SpeakerTalk(SpeakerMixer& rack, int speaker)
     : m_rack(&rack),
-      m_converter(framesmith::SampleFormat::S16, PacketDecoder::sampleRate, 1, SpeakerRack::sampleRate),
+      m_converter(framesmith::SampleFormat::S16, TalkPacketDecoder::sampleRate, 1, SpeakerMixer::sampleRate),
       m_queue(std::make_shared<std::vector<std::int16_t>>())
 {
     m_source =

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "audio/PacketDecoder.h"
+#include "audio/TalkPacketDecoder.h"
 #include "audio/PcmConverter.h"
 #include "server/devices/DeviceTalk.h"
-#include "server/devices/simulated/SpeakerRack.h"
+#include "server/devices/simulated/SpeakerMixer.h"
 
 #include <QPointer>
 
@@ -14,7 +14,7 @@
 class SpeakerTalk : public DeviceTalk
 {
 public:
-    SpeakerTalk(SpeakerRack& rack, int speaker);
+    SpeakerTalk(SpeakerMixer& rack, int speaker);
     ~SpeakerTalk() override;
     SpeakerTalk(const SpeakerTalk&) = delete;
     SpeakerTalk& operator=(const SpeakerTalk&) = delete;
@@ -23,9 +23,9 @@ public:
     void close() override;
 
 private:
-    QPointer<SpeakerRack> m_rack;
+    QPointer<SpeakerMixer> m_rack;
     int m_source;
-    PacketDecoder m_decoder;
+    TalkPacketDecoder m_decoder;
     framesmith::PcmConverter m_converter;
     std::shared_ptr<std::vector<std::int16_t>> m_queue; ///< Heard and not yet played, at the rack's rate.
 };

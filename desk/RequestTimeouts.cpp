@@ -1,4 +1,4 @@
-#include "desk/CommandWatch.h"
+#include "desk/RequestTimeouts.h"
 
 #include "protocol/CommandTable.h"
 #include "protocol/ReturnCode.h"
@@ -13,14 +13,14 @@ constexpr int lateFactor = 12;    // more patience for commands that are answere
 
 } // namespace
 
-CommandWatch::CommandWatch(int limit) : m_limit(limit)
+RequestTimeouts::RequestTimeouts(int limit) : m_limit(limit)
 {
     m_clock.start();
     m_timer.setInterval(lookInterval);
-    connect(&m_timer, &QTimer::timeout, this, &CommandWatch::look);
+    connect(&m_timer, &QTimer::timeout, this, &RequestTimeouts::look);
 }
 
-void CommandWatch::commandSent(const QString& command, const QVariant& /*payload*/, bool accepted,
+void RequestTimeouts::commandSent(const QString& command, const QVariant& /*payload*/, bool accepted,
                                quint64 request)
 {
     if (command == Vocabulary::TalkData) {
@@ -37,7 +37,7 @@ void CommandWatch::commandSent(const QString& command, const QVariant& /*payload
     m_timer.start();
 }
 
-void CommandWatch::replyArrived(const QString& /*command*/, const QString& returnCode,
+void RequestTimeouts::replyArrived(const QString& /*command*/, const QString& returnCode,
                                 const QString& errorText, quint64 request)
 {
     m_lastAnswered = request;
@@ -54,7 +54,7 @@ void CommandWatch::replyArrived(const QString& /*command*/, const QString& retur
     dismiss(); // it does answer
 }
 
-void CommandWatch::forget()
+void RequestTimeouts::forget()
 {
     std::vector<Waiting> waiting;
     waiting.swap(m_waiting);
@@ -65,7 +65,7 @@ void CommandWatch::forget()
     }
 }
 
-void CommandWatch::dismiss()
+void RequestTimeouts::dismiss()
 {
     if (m_overdue) {
         m_overdue = false;
@@ -73,7 +73,7 @@ void CommandWatch::dismiss()
     }
 }
 
-void CommandWatch::look()
+void RequestTimeouts::look()
 {
     const qint64 now = m_clock.elapsed();
     const auto late = std::stable_partition(m_waiting.begin(), m_waiting.end(),

@@ -7,7 +7,7 @@
  * The cipher of the passwords of devices, which must be readable again: libsodium's secretbox (XSalsa20,
  * Poly1305). The key is in a file of its own that only its owner can read.
  */
-class SecretBox
+class PasswordCipher
 {
 public:
     /**
@@ -15,7 +15,7 @@ public:
      * @param mayMakeKey whether a missing or empty key file is made; false when there are passwords that were
      *                   encrypted with the lost key
      */
-    explicit SecretBox(const QString& keyFile, bool mayMakeKey = true);
+    explicit PasswordCipher(const QString& keyFile, bool mayMakeKey = true);
 
     /** Returns whether there is a key. */
     bool isValid() const { return !m_key.isEmpty(); }

@@ -1,6 +1,6 @@
 // Any file as the file of users: what was read is the same after it was written.
 
-#include "server/access/UserBook.h"
+#include "server/access/UserStore.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -40,11 +40,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     }
     file.close();
-    UserBook book;
+    UserStore book;
     if (!book.load(first) || !book.save(first)) {
         std::abort();
     }
-    UserBook again;
+    UserStore again;
     if (!again.load(first) || !again.save(second)) {
         std::abort();
     }

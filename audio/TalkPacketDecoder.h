@@ -17,12 +17,12 @@ struct DecodedTalk
 };
 
 /** Decodes talk packets: a PacketHeader, then G.711 mu-law at 8000 Hz mono. Used by one thread at a time. */
-class PacketDecoder
+class TalkPacketDecoder
 {
 public:
     static constexpr int sampleRate = 8000; ///< Of the decoded samples, Hz.
 
-    PacketDecoder();
+    TalkPacketDecoder();
 
     /** Decodes a packet; empty for any other bytes. */
     std::optional<DecodedTalk> decode(const QByteArray& packet);

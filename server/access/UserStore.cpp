@@ -1,4 +1,4 @@
-#include "server/access/UserBook.h"
+#include "server/access/UserStore.h"
 
 #include "protocol/Limits.h"
 #include "system/PrivateFile.h"
@@ -22,7 +22,7 @@ QByteArray hashOf(const QByteArray& password)
 
 } // namespace
 
-bool UserBook::load(const QString& path)
+bool UserStore::load(const QString& path)
 {
     QFile file(path);
     if (!file.exists()) {
@@ -40,7 +40,7 @@ bool UserBook::load(const QString& path)
     return true;
 }
 
-bool UserBook::save(const QString& path, QString* error) const
+bool UserStore::save(const QString& path, QString* error) const
 {
     QByteArray lines;
     for (auto entry = m_hashes.begin(); entry != m_hashes.end(); ++entry) {
@@ -49,7 +49,7 @@ bool UserBook::save(const QString& path, QString* error) const
     return writePrivateFile(path, lines, error);
 }
 
-bool UserBook::setPassword(const QString& name, const QString& password)
+bool UserStore::setPassword(const QString& name, const QString& password)
 {
     const QString key = name.isEmpty() ? tokenName : name;
     if (key.simplified() != key || key.contains(QLatin1Char(' ')) || password.isEmpty() ||
@@ -64,7 +64,7 @@ bool UserBook::setPassword(const QString& name, const QString& password)
     return true;
 }
 
-bool UserBook::admits(const QString& name, const QString& password) const
+bool UserStore::admits(const QString& name, const QString& password) const
 {
     const QByteArray secret = password.toUtf8();
     if (sodium_init() < 0 || secret.size() > Limits::maxPasswordBytes) {

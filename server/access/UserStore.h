@@ -8,11 +8,11 @@
  * password function (Argon2id), in a text file with one "name hash" on a line; the token has the name
  * "token".
  */
-class UserBook
+class UserStore
 {
 public:
     /** Makes a book without users: every login is refused. */
-    UserBook() = default;
+    UserStore() = default;
 
     /** Adds the users of a file; a missing file has none. Returns false when it cannot be read. */
     bool load(const QString& path);

@@ -1,11 +1,11 @@
 #include "client/RecordModels.h"
-#include "desk/ScheduleWords.h"
+#include "desk/ScheduleText.h"
 
 #include <QLocale>
 #include <QStandardItemModel>
 #include <QTest>
 
-class TestScheduleWords : public QObject
+class TestScheduleText : public QObject
 {
     Q_OBJECT
 
@@ -36,22 +36,22 @@ private:
     }
 
     const QString m_now = "2026-03-04T12:00:00"; // a Wednesday
-    ScheduleWords m_words;
+    ScheduleText m_words;
 };
 
-void TestScheduleWords::initTestCase()
+void TestScheduleText::initTestCase()
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
 }
 
-void TestScheduleWords::possibleOnes()
+void TestScheduleText::possibleOnes()
 {
     QCOMPARE(m_words.check(record(0, "2026-03-04T12:00:01"), m_now), QString());
     QCOMPARE(m_words.check(record(1, "2020-01-01T08:00:00"), m_now), QString());
     QCOMPARE(m_words.check(record(2, "2020-01-01T08:00:00"), m_now), QString());
 }
 
-void TestScheduleWords::impossibleOnes_data()
+void TestScheduleText::impossibleOnes_data()
 {
     QTest::addColumn<QString>("field");
     QTest::addColumn<QVariant>("value");
@@ -66,7 +66,7 @@ void TestScheduleWords::impossibleOnes_data()
     QTest::newRow("no such type") << "scheduleType" << QVariant(9) << "The times make no sense.";
 }
 
-void TestScheduleWords::impossibleOnes()
+void TestScheduleText::impossibleOnes()
 {
     QFETCH(QString, field);
     QFETCH(QVariant, value);
@@ -80,7 +80,7 @@ void TestScheduleWords::impossibleOnes()
     QCOMPARE(m_words.check(weekly, m_now), QString("Choose at least one day of the week."));
 }
 
-void TestScheduleWords::nextRuns_data()
+void TestScheduleText::nextRuns_data()
 {
     QTest::addColumn<QVariantMap>("schedule");
     QTest::addColumn<QString>("words");
@@ -98,21 +98,21 @@ void TestScheduleWords::nextRuns_data()
     QTest::newRow("nonsense") << QVariantMap{{"enableSchedule", true}, {"audioID", 1}} << "not any more";
 }
 
-void TestScheduleWords::nextRuns()
+void TestScheduleText::nextRuns()
 {
     QFETCH(QVariantMap, schedule);
     QFETCH(QString, words);
     QCOMPARE(m_words.nextRun(schedule, m_now), words);
 }
 
-void TestScheduleWords::repetitions()
+void TestScheduleText::repetitions()
 {
     QCOMPARE(m_words.repetition(record(0, "")), QString("once"));
     QCOMPARE(m_words.repetition(record(1, "")), QString("every day"));
     QCOMPARE(m_words.repetition(record(2, "")), QString("Mon, Wed"));
 }
 
-void TestScheduleWords::week()
+void TestScheduleText::week()
 {
     // Every field of a record, under the plug-in's name for its role.
     const std::vector<std::pair<QByteArray, QString>> fields = {
@@ -164,12 +164,12 @@ void TestScheduleWords::week()
     QVERIFY(m_words.week(nullptr, monday).isEmpty());
 }
 
-void TestScheduleWords::brokenRecords()
+void TestScheduleText::brokenRecords()
 {
     QVERIFY(!m_words.check(QVariantMap(), m_now).isEmpty());
     QCOMPARE(m_words.nextRun(QVariantMap(), m_now), QString("switched off"));
     QCOMPARE(m_words.repetition(QVariantMap()), QString("once"));
 }
 
-QTEST_GUILESS_MAIN(TestScheduleWords)
-#include "tst_schedulewords.moc"
+QTEST_GUILESS_MAIN(TestScheduleText)
+#include "tst_scheduletext.moc"

@@ -1,8 +1,8 @@
 // Playbacks as the desk keeps them, over a stand-in for the plug-in's signals and invokables.
 
 #include "client/PluginClient.h"
-#include "desk/CommandWatch.h"
-#include "desk/PlaybackBook.h"
+#include "desk/RequestTimeouts.h"
+#include "desk/PlaybackModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -28,7 +28,7 @@ public:
     Q_INVOKABLE void stopCurrentGroupAudio(int group) { calls.append(QString("stopGroup %1").arg(group)); }
 
     QStringList calls;
-    CommandWatch watch;
+    RequestTimeouts watch;
     quint64 request = 0; ///< Of the last playback.
 
 Q_SIGNALS:
@@ -36,7 +36,7 @@ Q_SIGNALS:
                         const QString& alarmName);
 };
 
-class TestPlaybackBook : public QObject
+class TestPlaybackModel : public QObject
 {
     Q_OBJECT
 
@@ -59,41 +59,41 @@ private:
     {
         m_book->replyArrived("PlayAudio", "0", QString(), request, QVariantMap{{"progress", percent}});
     }
-    QVariant field(int row, PlaybackBook::Role role) const { return m_book->index(row).data(role); }
+    QVariant field(int row, PlaybackModel::Role role) const { return m_book->index(row).data(role); }
 
     std::unique_ptr<FakePlayer> m_player;
     std::unique_ptr<PluginClient> m_plugin;
-    std::unique_ptr<PlaybackBook> m_book;
+    std::unique_ptr<PlaybackModel> m_book;
 };
 
-void TestPlaybackBook::init()
+void TestPlaybackModel::init()
 {
     m_book.reset();
     m_player = std::make_unique<FakePlayer>();
     m_plugin = std::make_unique<PluginClient>();
     m_plugin->attach(m_player.get()); // which has what playback needs
-    m_book = std::make_unique<PlaybackBook>(*m_plugin, m_player->watch);
+    m_book = std::make_unique<PlaybackModel>(*m_plugin, m_player->watch);
     new QAbstractItemModelTester(m_book.get(), QAbstractItemModelTester::FailureReportingMode::QtTest,
                                  m_book.get());
 }
 
-void TestPlaybackBook::fromStartToEnd()
+void TestPlaybackModel::fromStartToEnd()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     QCOMPARE(m_player->calls, QStringList{"play 3 8"});
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
-    QCOMPARE(field(0, PlaybackBook::TitleRole).toString(), QString("bell.wav"));
-    QCOMPARE(field(0, PlaybackBook::TargetRole).toString(), QString("Hall"));
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Asked});
+    QCOMPARE(field(0, PlaybackModel::TitleRole).toString(), QString("bell.wav"));
+    QCOMPARE(field(0, PlaybackModel::TargetRole).toString(), QString("Hall"));
     progress(1, 0);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Playing});
     progress(1, 40);
-    QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 0.4);
+    QCOMPARE(field(0, PlaybackModel::ProgressRole).toReal(), 0.4);
     progress(1, 100);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Ended});
-    QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 1.0);
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Ended});
+    QCOMPARE(field(0, PlaybackModel::ProgressRole).toReal(), 1.0);
 }
 
-void TestPlaybackBook::stopAndDismiss()
+void TestPlaybackModel::stopAndDismiss()
 {
     m_book->play(true, 5, "Yard", 8, "bell.wav", 4000);
     QCOMPARE(m_player->calls.last(), QString("playGroup 5 8"));
@@ -109,102 +109,102 @@ void TestPlaybackBook::stopAndDismiss()
     QCOMPARE(m_player->calls.size(), 4);
 }
 
-void TestPlaybackBook::refused()
+void TestPlaybackModel::refused()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     m_book->play(false, 4, "Stairs", 8, "bell.wav", 4000);
     m_book->replyArrived("PlayAudio", "999", "it is asleep", 2, 4);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
-    QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
-    QCOMPARE(field(1, PlaybackBook::ProblemRole).toString(), QString("it is asleep"));
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Asked});
+    QCOMPARE(field(1, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Failed});
+    QCOMPARE(field(1, PlaybackModel::ProblemRole).toString(), QString("it is asleep"));
     m_book->replyArrived("PlayAudio", "206", "no route", 1, 3);
-    QCOMPARE(field(0, PlaybackBook::ProblemRole).toString(), QString("the speaker is offline"));
+    QCOMPARE(field(0, PlaybackModel::ProblemRole).toString(), QString("the speaker is offline"));
 }
 
-void TestPlaybackBook::severalAtOnce()
+void TestPlaybackModel::severalAtOnce()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 60000);
     m_book->play(true, 3, "Yard", 8, "bell.wav", 60000);
     progress(2, 0);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
-    QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Asked});
+    QCOMPARE(field(1, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Playing});
     progress(1, 30);
     progress(2, 50);
-    QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 0.3);
-    QCOMPARE(field(1, PlaybackBook::ProgressRole).toReal(), 0.5);
+    QCOMPARE(field(0, PlaybackModel::ProgressRole).toReal(), 0.3);
+    QCOMPARE(field(1, PlaybackModel::ProgressRole).toReal(), 0.5);
     progress(1, 100);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Ended});
-    QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Playing});
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Ended});
+    QCOMPARE(field(1, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Playing});
     progress(1, 40); // after its end
-    QCOMPARE(field(0, PlaybackBook::ProgressRole).toReal(), 1.0);
+    QCOMPARE(field(0, PlaybackModel::ProgressRole).toReal(), 1.0);
 }
 
-void TestPlaybackBook::endWithoutAReply()
+void TestPlaybackModel::endWithoutAReply()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 300);
     progress(1, 0);
-    QTRY_COMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Ended});
+    QTRY_COMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Ended});
 }
 
-void TestPlaybackBook::aNewFileTakesThePlace()
+void TestPlaybackModel::aNewFileTakesThePlace()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     m_book->play(false, 3, "Hall", 9, "gong.wav", 4000);
     QCOMPARE(m_book->rowCount(), 1);
-    QCOMPARE(field(0, PlaybackBook::TitleRole).toString(), QString("gong.wav"));
+    QCOMPARE(field(0, PlaybackModel::TitleRole).toString(), QString("gong.wav"));
 }
 
-void TestPlaybackBook::errorsOutsideOfReplies()
+void TestPlaybackModel::errorsOutsideOfReplies()
 {
-    QSignalSpy failed(m_book.get(), &PlaybackBook::failed);
+    QSignalSpy failed(m_book.get(), &PlaybackModel::failed);
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     Q_EMIT m_player->playAudioError("Hall", "bell.wav", "no route", QString());
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Failed});
     QCOMPARE(failed.last()[0].toString(), QString("\"bell.wav\" was not played on Hall: no route"));
     Q_EMIT m_player->playAudioError("Roof", "bell.wav", "no route", "Opening");
     QCOMPARE(failed.last()[0].toString(),
              QString("Schedule \"Opening\": \"bell.wav\" was not played on Roof: no route"));
 }
 
-void TestPlaybackBook::noAnswer()
+void TestPlaybackModel::noAnswer()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     m_book->play(true, 4, "Yard", 8, "bell.wav", 4000);
     m_book->timedOut(2);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
-    QCOMPARE(field(1, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Asked});
+    QCOMPARE(field(1, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Failed});
     m_book->timedOut(77);
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Asked});
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Asked});
 }
 
-void TestPlaybackBook::lostConnection()
+void TestPlaybackModel::lostConnection()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     progress(1, 10);
     m_book->forget();
-    QCOMPARE(field(0, PlaybackBook::StateRole).toInt(), int{PlaybackBook::Failed});
-    QCOMPARE(field(0, PlaybackBook::ProblemRole).toString(),
+    QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Failed});
+    QCOMPARE(field(0, PlaybackModel::ProblemRole).toString(),
              QString("the connection to the server was lost"));
 }
 
-void TestPlaybackBook::anotherServer()
+void TestPlaybackModel::anotherServer()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
     m_book->play(true, 4, "Yard", 8, "bell.wav", 4000);
-    QSignalSpy counts(m_book.get(), &PlaybackBook::countChanged);
+    QSignalSpy counts(m_book.get(), &PlaybackModel::countChanged);
     m_book->clear();
     QCOMPARE(m_book->rowCount(), 0);
     QCOMPARE(counts.size(), 1);
 }
 
-void TestPlaybackBook::unexpectedAnswers()
+void TestPlaybackModel::unexpectedAnswers()
 {
     progress(1, 50);
     progress(0, 50);
     m_book->replyArrived("PlayAudio", "206", "x", 9, 9);
     QCOMPARE(m_book->rowCount(), 0);
-    QCOMPARE(m_book->data(QModelIndex(), PlaybackBook::TitleRole), QVariant());
+    QCOMPARE(m_book->data(QModelIndex(), PlaybackModel::TitleRole), QVariant());
 }
 
-QTEST_GUILESS_MAIN(TestPlaybackBook)
-#include "tst_playbackbook.moc"
+QTEST_GUILESS_MAIN(TestPlaybackModel)
+#include "tst_playbackmodel.moc"

@@ -8,14 +8,14 @@
  * A table of ordered lists of ids, each of which belongs to a record: the members of a group, or the targets
  * of a schedule.
  */
-class LinkTable
+class IdListTable
 {
 public:
     /**
      * @param database outlives the object
      * @param table    a table with the columns owner, position and member, in this order
      */
-    LinkTable(RecordDatabase& database, const char* table)
+    IdListTable(RecordDatabase& database, const char* table)
         : m_database(database), m_table(QLatin1String(table))
     {
     }

@@ -12,7 +12,7 @@
  * Notices when the server does not answer: the plug-in itself waits for ever. The host reports each command
  * and reply.
  */
-class CommandWatch : public QObject
+class RequestTimeouts : public QObject
 {
     Q_OBJECT
     /** Whether some command waits for longer than it should. */
@@ -20,7 +20,7 @@ class CommandWatch : public QObject
 
 public:
     /** @param limit how long an answer may take, ms; uploads may take longer */
-    explicit CommandWatch(int limit = 5000);
+    explicit RequestTimeouts(int limit = 5000);
 
     bool isOverdue() const { return m_overdue; }
 

@@ -1,4 +1,4 @@
-#include "audio/PacketDecoder.h"
+#include "audio/TalkPacketDecoder.h"
 
 #include "audio/PacketHeader.h"
 #include "src/vocabulary/StreamType.h"
@@ -16,7 +16,7 @@ constexpr int maxBitstreamSize = 16384; // bytes; two seconds of sound
 
 } // namespace
 
-PacketDecoder::PacketDecoder() : m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
+TalkPacketDecoder::TalkPacketDecoder() : m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
 {
     const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_PCM_MULAW);
     m_context.reset(codec != nullptr ? avcodec_alloc_context3(codec) : nullptr);
@@ -30,7 +30,7 @@ PacketDecoder::PacketDecoder() : m_frame(av_frame_alloc()), m_packet(av_packet_a
     }
 }
 
-std::optional<DecodedTalk> PacketDecoder::decode(const QByteArray& packet)
+std::optional<DecodedTalk> TalkPacketDecoder::decode(const QByteArray& packet)
 {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(packet.constData());
     const auto header = framesmith::PacketHeader::fromBytes(bytes, static_cast<std::size_t>(packet.size()));

@@ -3,9 +3,9 @@
 #include <QString>
 
 /** The server's return codes in words for people. */
-namespace ErrorWords {
+namespace ErrorMessages {
 
 /** @param detail the server's own text, used for codes without words here; may be empty */
 QString of(const QString& code, const QString& detail = QString());
 
-} // namespace ErrorWords
+} // namespace ErrorMessages

@@ -6,14 +6,14 @@
 
 #include <vector>
 
-class CommandWatch;
+class RequestTimeouts;
 class PluginClient;
 
 /**
  * What the desk has asked to be played, and how far that has come. Progress and refusals are taken from the
  * host's replies, by their request: the plug-in forwards progress without saying whose it is.
  */
-class PlaybackBook : public QAbstractListModel
+class PlaybackModel : public QAbstractListModel
 {
     Q_OBJECT
     Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
@@ -38,7 +38,7 @@ public:
     Q_ENUM(State)
 
     /** @param watch knows the request of the last call */
-    PlaybackBook(PluginClient& plugin, const CommandWatch& watch);
+    PlaybackModel(PluginClient& plugin, const RequestTimeouts& watch);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -90,7 +90,7 @@ private:
     void tick();
 
     PluginClient& m_plugin;
-    const CommandWatch& m_watch;
+    const RequestTimeouts& m_watch;
     std::vector<Entry> m_entries;
     QTimer m_timer; ///< While something plays.
 };

@@ -1,7 +1,7 @@
-#include "desk/ScheduleWords.h"
+#include "desk/ScheduleText.h"
 
 #include "client/RecordModels.h"
-#include "desk/ErrorWords.h"
+#include "desk/ErrorMessages.h"
 #include "protocol/ScheduleRule.h"
 #include "protocol/Words.h"
 
@@ -22,7 +22,7 @@ QDateTime momentOf(const QString& now)
 
 } // namespace
 
-QString ScheduleWords::check(const QVariantMap& record, const QString& now) const
+QString ScheduleText::check(const QVariantMap& record, const QString& now) const
 {
     if (record.value(Vocabulary::scheduleName).toString().trimmed().isEmpty()) {
         return tr("Give the schedule a name.");
@@ -50,7 +50,7 @@ QString ScheduleWords::check(const QVariantMap& record, const QString& now) cons
     return QString();
 }
 
-QString ScheduleWords::nextRun(const QVariantMap& record, const QString& now) const
+QString ScheduleText::nextRun(const QVariantMap& record, const QString& now) const
 {
     if (!record.value(Vocabulary::enableSchedule).toBool()) {
         return tr("switched off");
@@ -80,7 +80,7 @@ QString ScheduleWords::nextRun(const QVariantMap& record, const QString& now) co
     return tr("on %1 at %2").arg(QLocale().toString(local.date(), QLocale::ShortFormat), time);
 }
 
-QString ScheduleWords::repetition(const QVariantMap& record) const
+QString ScheduleText::repetition(const QVariantMap& record) const
 {
     switch (record.value(Vocabulary::scheduleType).toInt()) {
     case ScheduleRule::Once:
@@ -104,7 +104,7 @@ QString ScheduleWords::repetition(const QVariantMap& record) const
     return names.join(QStringLiteral(", "));
 }
 
-QVariantList ScheduleWords::week(ScheduleModel* schedules, const QDate& monday) const
+QVariantList ScheduleText::week(ScheduleModel* schedules, const QDate& monday) const
 {
     struct Run
     {

@@ -1,4 +1,4 @@
-#include "server/records/SecretBox.h"
+#include "server/records/PasswordCipher.h"
 
 #include "system/PrivateFile.h"
 
@@ -20,15 +20,15 @@ unsigned char* bytesOf(QByteArray& bytes)
 
 } // namespace
 
-SecretBox::SecretBox(const QString& keyFile, bool mayMakeKey) : m_key(readOrMakeKey(keyFile, mayMakeKey)) {}
+PasswordCipher::PasswordCipher(const QString& keyFile, bool mayMakeKey) : m_key(readOrMakeKey(keyFile, mayMakeKey)) {}
 
-int SecretBox::overhead()
+int PasswordCipher::overhead()
 {
     return crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
 }
 
 /** Empty, and the error set, on failure. */
-QByteArray SecretBox::readOrMakeKey(const QString& keyFile, bool mayMakeKey)
+QByteArray PasswordCipher::readOrMakeKey(const QString& keyFile, bool mayMakeKey)
 {
     constexpr int keySize = crypto_secretbox_KEYBYTES;
     if (sodium_init() < 0) {
@@ -62,7 +62,7 @@ QByteArray SecretBox::readOrMakeKey(const QString& keyFile, bool mayMakeKey)
     return key;
 }
 
-QByteArray SecretBox::seal(const QString& text) const
+QByteArray PasswordCipher::seal(const QString& text) const
 {
     const QByteArray clear = text.toUtf8();
     QByteArray nonce(crypto_secretbox_NONCEBYTES, '\0');
@@ -73,7 +73,7 @@ QByteArray SecretBox::seal(const QString& text) const
     return nonce + sealed;
 }
 
-QString SecretBox::unseal(const QByteArray& sealed) const
+QString PasswordCipher::unseal(const QByteArray& sealed) const
 {
     constexpr int nonceSize = crypto_secretbox_NONCEBYTES;
     constexpr int macSize = crypto_secretbox_MACBYTES;

@@ -1,11 +1,11 @@
-#include "desk/CommandWatch.h"
-#include "desk/ErrorWords.h"
+#include "desk/RequestTimeouts.h"
+#include "desk/ErrorMessages.h"
 #include "protocol/ServerReply.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
-class TestCommandWatch : public QObject
+class TestRequestTimeouts : public QObject
 {
     Q_OBJECT
 
@@ -19,10 +19,10 @@ private Q_SLOTS:
     void wordsForEveryCode();
 };
 
-void TestCommandWatch::answeredInTime()
+void TestRequestTimeouts::answeredInTime()
 {
-    CommandWatch watch(100);
-    QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
+    RequestTimeouts watch(100);
+    QSignalSpy timedOut(&watch, &RequestTimeouts::timedOut);
     watch.commandSent("AddIPAudio", QVariant(), true, 4);
     watch.commandSent("AddIPAudio", QVariant(), true, 5);
     watch.replyArrived("AddIPAudio", "0", QString(), 5); // of two by one name, not the older one
@@ -30,11 +30,11 @@ void TestCommandWatch::answeredInTime()
     QCOMPARE(timedOut[0][0], QVariant(quint64{4}));
 }
 
-void TestCommandWatch::unanswered()
+void TestRequestTimeouts::unanswered()
 {
-    CommandWatch watch(100);
-    QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
-    QSignalSpy changed(&watch, &CommandWatch::overdueChanged);
+    RequestTimeouts watch(100);
+    QSignalSpy timedOut(&watch, &RequestTimeouts::timedOut);
+    QSignalSpy changed(&watch, &RequestTimeouts::overdueChanged);
     watch.commandSent("AddIPAudio", QVariant(), true, 1);
     watch.commandSent("DeleteFile", QVariant(), true, 2);
     QTRY_COMPARE(timedOut.size(), 2);
@@ -45,19 +45,19 @@ void TestCommandWatch::unanswered()
     QVERIFY(!watch.isOverdue());
 }
 
-void TestCommandWatch::anAnswerPutsTheBannerAway()
+void TestRequestTimeouts::anAnswerPutsTheBannerAway()
 {
-    CommandWatch watch(50);
+    RequestTimeouts watch(50);
     watch.commandSent("AddIPAudio", QVariant(), true, 1);
     QTRY_VERIFY(watch.isOverdue());
     watch.replyArrived("AddIPAudio", "0", QString(), 1);
     QVERIFY(!watch.isOverdue());
 }
 
-void TestCommandWatch::whatIsNotWatched()
+void TestRequestTimeouts::whatIsNotWatched()
 {
-    CommandWatch watch(50);
-    QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
+    RequestTimeouts watch(50);
+    QSignalSpy timedOut(&watch, &RequestTimeouts::timedOut);
     watch.commandSent("TalkData", QVariant(), true, 1);
     watch.commandSent("AddIPAudio", QVariant(), false, 2); // it never left
     watch.commandSent("AddIPAudio", QVariant(), true, 3);
@@ -69,10 +69,10 @@ void TestCommandWatch::whatIsNotWatched()
     QCOMPARE(timedOut[1][0], QVariant(quint64{4}));
 }
 
-void TestCommandWatch::lossOfTheConnection()
+void TestRequestTimeouts::lossOfTheConnection()
 {
-    CommandWatch watch(60000);
-    QSignalSpy timedOut(&watch, &CommandWatch::timedOut);
+    RequestTimeouts watch(60000);
+    QSignalSpy timedOut(&watch, &RequestTimeouts::timedOut);
     watch.commandSent("AddIPAudio", QVariant(), true, 7);
     watch.forget();
     QCOMPARE(timedOut.size(), 1); // who waits is told at once
@@ -81,9 +81,9 @@ void TestCommandWatch::lossOfTheConnection()
     QCOMPARE(timedOut.size(), 1);
 }
 
-void TestCommandWatch::lastOnes()
+void TestRequestTimeouts::lastOnes()
 {
-    CommandWatch watch;
+    RequestTimeouts watch;
     watch.commandSent("StartTalk", QVariant(), true, 7);
     watch.commandSent("TalkData", QVariant(), true, 8); // comes between any two others
     QCOMPARE(watch.lastSent(), quint64{7});
@@ -98,15 +98,15 @@ void TestCommandWatch::lastOnes()
     QCOMPARE(watch.errorText(), QString());
 }
 
-void TestCommandWatch::wordsForEveryCode()
+void TestRequestTimeouts::wordsForEveryCode()
 {
-    QCOMPARE(ErrorWords::of("202"), QString("the camera is offline"));
-    QCOMPARE(ErrorWords::of("202", "something"), QString("the camera is offline"));
-    QCOMPARE(ErrorWords::of("999", "the cat is out"), QString("the cat is out"));
-    QCOMPARE(ErrorWords::of("999"), QString("error 999"));
-    QCOMPARE(ErrorWords::of(""), QString("the server refuses it"));
-    QCOMPARE(ErrorWords::of("", "no"), QString("no"));
+    QCOMPARE(ErrorMessages::of("202"), QString("the camera is offline"));
+    QCOMPARE(ErrorMessages::of("202", "something"), QString("the camera is offline"));
+    QCOMPARE(ErrorMessages::of("999", "the cat is out"), QString("the cat is out"));
+    QCOMPARE(ErrorMessages::of("999"), QString("error 999"));
+    QCOMPARE(ErrorMessages::of(""), QString("the server refuses it"));
+    QCOMPARE(ErrorMessages::of("", "no"), QString("no"));
 }
 
-QTEST_GUILESS_MAIN(TestCommandWatch)
-#include "tst_commandwatch.moc"
+QTEST_GUILESS_MAIN(TestRequestTimeouts)
+#include "tst_requesttimeouts.moc"

@@ -11,7 +11,7 @@ class ScheduleModel;
  * What a schedule means, for people: whether it is possible, when it runs next, and where its runs lie in a
  * week. Times are the server's local times, taken for this machine's.
  */
-class ScheduleWords : public QObject
+class ScheduleText : public QObject
 {
     Q_OBJECT
 

@@ -22,7 +22,7 @@ class LocalOutput;
  *   sources (a file on some speakers, a talk to one) --> mix per speaker --> SpeakerRecording
  *                                                                        '--> LocalOutput, if asked
  */
-class SpeakerRack : public QObject
+class SpeakerMixer : public QObject
 {
     Q_OBJECT
 
@@ -40,8 +40,8 @@ public:
      * @param aloud also play on this machine
      * @param written is given the paths of the recordings
      */
-    SpeakerRack(QString directory, bool aloud, std::shared_ptr<SimulatedRecordings> written);
-    ~SpeakerRack() override;
+    SpeakerMixer(QString directory, bool aloud, std::shared_ptr<SimulatedRecordings> written);
+    ~SpeakerMixer() override;
 
     /** Plays a source on speakers from the first step after @p start on; returns its number. */
     int addSource(const QList<int>& speakers, Source source, Time start = Time());

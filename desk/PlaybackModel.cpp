@@ -1,8 +1,8 @@
-#include "desk/PlaybackBook.h"
+#include "desk/PlaybackModel.h"
 
 #include "client/PluginClient.h"
-#include "desk/CommandWatch.h"
-#include "desk/ErrorWords.h"
+#include "desk/RequestTimeouts.h"
+#include "desk/ErrorMessages.h"
 #include "protocol/Limits.h"
 #include "protocol/ServerReply.h"
 #include "protocol/Words.h"
@@ -16,19 +16,19 @@ constexpr qint64 endSlack = 2000; // ms; another client's file may have taken th
 
 } // namespace
 
-PlaybackBook::PlaybackBook(PluginClient& plugin, const CommandWatch& watch) : m_plugin(plugin), m_watch(watch)
+PlaybackModel::PlaybackModel(PluginClient& plugin, const RequestTimeouts& watch) : m_plugin(plugin), m_watch(watch)
 {
     m_timer.setInterval(tickInterval);
-    connect(&m_timer, &QTimer::timeout, this, &PlaybackBook::tick);
-    connect(&m_plugin, &PluginClient::playAudioError, this, &PlaybackBook::playAudioError);
+    connect(&m_timer, &QTimer::timeout, this, &PlaybackModel::tick);
+    connect(&m_plugin, &PluginClient::playAudioError, this, &PlaybackModel::playAudioError);
 }
 
-int PlaybackBook::rowCount(const QModelIndex& parent) const
+int PlaybackModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : static_cast<int>(m_entries.size());
 }
 
-QVariant PlaybackBook::data(const QModelIndex& index, int role) const
+QVariant PlaybackModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid() || index.row() >= rowCount()) {
         return QVariant();
@@ -51,7 +51,7 @@ QVariant PlaybackBook::data(const QModelIndex& index, int role) const
     }
 }
 
-QHash<int, QByteArray> PlaybackBook::roleNames() const
+QHash<int, QByteArray> PlaybackModel::roleNames() const
 {
     return {{TitleRole, "title"},
             {TargetRole, "target"},
@@ -60,13 +60,13 @@ QHash<int, QByteArray> PlaybackBook::roleNames() const
             {ProblemRole, "problem"}};
 }
 
-void PlaybackBook::changed(std::size_t row)
+void PlaybackModel::changed(std::size_t row)
 {
     const QModelIndex at = index(static_cast<int>(row));
     Q_EMIT dataChanged(at, at);
 }
 
-void PlaybackBook::end(std::size_t row, State state, const QString& problem)
+void PlaybackModel::end(std::size_t row, State state, const QString& problem)
 {
     m_entries[row].state = state;
     m_entries[row].problem = problem;
@@ -76,7 +76,7 @@ void PlaybackBook::end(std::size_t row, State state, const QString& problem)
     changed(row);
 }
 
-void PlaybackBook::play(bool group, int id, const QString& name, int file, const QString& fileName,
+void PlaybackModel::play(bool group, int id, const QString& name, int file, const QString& fileName,
                         int length)
 {
     // A speaker plays one file at a time: the new one takes the place of the old one, and its row.
@@ -101,7 +101,7 @@ void PlaybackBook::play(bool group, int id, const QString& name, int file, const
     m_entries.back().request = m_watch.lastSent();
 }
 
-void PlaybackBook::stop(int row)
+void PlaybackModel::stop(int row)
 {
     if (row < 0 || row >= rowCount()) {
         return;
@@ -115,7 +115,7 @@ void PlaybackBook::stop(int row)
     dismiss(row);
 }
 
-void PlaybackBook::dismiss(int row)
+void PlaybackModel::dismiss(int row)
 {
     if (row < 0 || row >= rowCount()) {
         return;
@@ -126,7 +126,7 @@ void PlaybackBook::dismiss(int row)
     Q_EMIT countChanged();
 }
 
-void PlaybackBook::replyArrived(const QString& /*command*/, const QString& returnCode,
+void PlaybackModel::replyArrived(const QString& /*command*/, const QString& returnCode,
                                 const QString& errorText, quint64 request, const QVariant& result)
 {
     const auto entry = std::find_if(m_entries.begin(), m_entries.end(), [request](const Entry& e) {
@@ -137,7 +137,7 @@ void PlaybackBook::replyArrived(const QString& /*command*/, const QString& retur
     }
     const auto row = static_cast<std::size_t>(entry - m_entries.begin());
     if (returnCode != ReturnCode::success) {
-        end(row, Failed, ErrorWords::of(returnCode, errorText));
+        end(row, Failed, ErrorMessages::of(returnCode, errorText));
         return;
     }
     const int progress = result.toMap().value(Words::progress).toInt();
@@ -154,7 +154,7 @@ void PlaybackBook::replyArrived(const QString& /*command*/, const QString& retur
     changed(row);
 }
 
-void PlaybackBook::playAudioError(const QString& target, const QString& file, const QString& error,
+void PlaybackModel::playAudioError(const QString& target, const QString& file, const QString& error,
                                   const QString& schedule)
 {
     for (std::size_t row = 0; row < m_entries.size(); ++row) {
@@ -168,7 +168,7 @@ void PlaybackBook::playAudioError(const QString& target, const QString& file, co
             : tr("Schedule \"%1\": \"%2\" was not played on %3: %4").arg(schedule, file, target, error));
 }
 
-void PlaybackBook::timedOut(quint64 request)
+void PlaybackModel::timedOut(quint64 request)
 {
     for (std::size_t row = 0; row < m_entries.size(); ++row) {
         if (m_entries[row].state == Asked && m_entries[row].request == request) {
@@ -178,7 +178,7 @@ void PlaybackBook::timedOut(quint64 request)
     }
 }
 
-void PlaybackBook::forget()
+void PlaybackModel::forget()
 {
     for (std::size_t row = 0; row < m_entries.size(); ++row) {
         if (m_entries[row].state == Asked || m_entries[row].state == Playing) {
@@ -187,7 +187,7 @@ void PlaybackBook::forget()
     }
 }
 
-void PlaybackBook::clear()
+void PlaybackModel::clear()
 {
     m_timer.stop();
     beginResetModel();
@@ -196,7 +196,7 @@ void PlaybackBook::clear()
     Q_EMIT countChanged();
 }
 
-void PlaybackBook::tick()
+void PlaybackModel::tick()
 {
     const auto live = [](const Entry& entry) { return entry.state == Playing; };
     const auto playing = std::count_if(m_entries.begin(), m_entries.end(), live);

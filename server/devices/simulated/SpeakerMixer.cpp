@@ -1,4 +1,4 @@
-#include "server/devices/simulated/SpeakerRack.h"
+#include "server/devices/simulated/SpeakerMixer.h"
 
 #include "audio/NumberedFile.h"
 #include "server/devices/simulated/LocalOutput.h"
@@ -8,12 +8,12 @@
 
 namespace {
 
-constexpr std::size_t stepSamples = SpeakerRack::sampleRate * SpeakerRack::stepTime / 1000;
+constexpr std::size_t stepSamples = SpeakerMixer::sampleRate * SpeakerMixer::stepTime / 1000;
 constexpr qint64 mostStepsAtOnce = 50; // one second; what a halted server missed beyond is skipped
 
 } // namespace
 
-SpeakerRack::SpeakerRack(QString directory, bool aloud, std::shared_ptr<SimulatedRecordings> written)
+SpeakerMixer::SpeakerMixer(QString directory, bool aloud, std::shared_ptr<SimulatedRecordings> written)
     : m_directory(std::move(directory)), m_written(std::move(written))
 {
     m_written->speakers.clear();
@@ -22,12 +22,12 @@ SpeakerRack::SpeakerRack(QString directory, bool aloud, std::shared_ptr<Simulate
     }
     m_clock.start();
     m_timer.setTimerType(Qt::PreciseTimer);
-    connect(&m_timer, &QTimer::timeout, this, &SpeakerRack::tick);
+    connect(&m_timer, &QTimer::timeout, this, &SpeakerMixer::tick);
 }
 
-SpeakerRack::~SpeakerRack() = default;
+SpeakerMixer::~SpeakerMixer() = default;
 
-int SpeakerRack::addSource(const QList<int>& speakers, Source source, Time start)
+int SpeakerMixer::addSource(const QList<int>& speakers, Source source, Time start)
 {
     using std::chrono::milliseconds;
     const auto wait = std::chrono::duration_cast<milliseconds>(start - std::chrono::steady_clock::now());
@@ -40,7 +40,7 @@ int SpeakerRack::addSource(const QList<int>& speakers, Source source, Time start
     return m_lastNumber;
 }
 
-void SpeakerRack::removeSource(int number)
+void SpeakerMixer::removeSource(int number)
 {
     m_sources.erase(number);
     if (m_sources.empty()) {
@@ -48,7 +48,7 @@ void SpeakerRack::removeSource(int number)
     }
 }
 
-void SpeakerRack::setSpeakers(int number, const QList<int>& speakers)
+void SpeakerMixer::setSpeakers(int number, const QList<int>& speakers)
 {
     const auto playing = m_sources.find(number);
     if (playing != m_sources.end()) {
@@ -56,7 +56,7 @@ void SpeakerRack::setSpeakers(int number, const QList<int>& speakers)
     }
 }
 
-void SpeakerRack::tick()
+void SpeakerMixer::tick()
 {
     const qint64 now = m_clock.elapsed() / stepTime;
     m_step = std::max(m_step, now - mostStepsAtOnce);
@@ -66,7 +66,7 @@ void SpeakerRack::tick()
     }
 }
 
-void SpeakerRack::playStep()
+void SpeakerMixer::playStep()
 {
     Mix mix;
     QList<int> ended;
@@ -97,7 +97,7 @@ void SpeakerRack::playStep()
     }
 }
 
-void SpeakerRack::write(const Mix& mix)
+void SpeakerMixer::write(const Mix& mix)
 {
     std::vector<std::int32_t> together(stepSamples);
     const auto limited = [](const std::vector<std::int32_t>& sum) {

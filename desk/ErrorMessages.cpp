@@ -1,0 +1,58 @@
+#include "desk/ErrorMessages.h"
+
+#include "protocol/ReturnCode.h"
+
+#include <QCoreApplication>
+
+#include <array>
+
+namespace {
+
+struct Message
+{
+    const QString* code;
+    const char* text;
+};
+
+const std::array<Message, 21> messages{{
+    {&ReturnCode::unknownCommand, QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know how to do this")},
+    {&ReturnCode::malformedRequest,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server did not understand the request")},
+    {&ReturnCode::noSuchCamera, QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know this camera")},
+    {&ReturnCode::cameraOffline, QT_TRANSLATE_NOOP("ErrorMessages", "the camera is offline")},
+    {&ReturnCode::noVoice, QT_TRANSLATE_NOOP("ErrorMessages", "the camera's sound does not work")},
+    {&ReturnCode::speakerOffline, QT_TRANSLATE_NOOP("ErrorMessages", "the speaker is offline")},
+    {&ReturnCode::storageFailed,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server cannot store it; is its disk full?")},
+    {&ReturnCode::noSuchDevice, QT_TRANSLATE_NOOP("ErrorMessages", "the speaker is not there any more")},
+    {&ReturnCode::noSuchFile, QT_TRANSLATE_NOOP("ErrorMessages", "the audio file is not there any more")},
+    {&ReturnCode::noSuchGroup, QT_TRANSLATE_NOOP("ErrorMessages", "the group is not there any more")},
+    {&ReturnCode::noSuchSchedule, QT_TRANSLATE_NOOP("ErrorMessages", "the schedule is not there any more")},
+    {&ReturnCode::badName, QT_TRANSLATE_NOOP("ErrorMessages", "the name is not allowed")},
+    {&ReturnCode::nameTaken, QT_TRANSLATE_NOOP("ErrorMessages", "the name is taken")},
+    {&ReturnCode::badAddress,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the address is no IP address and no host name")},
+    {&ReturnCode::badPort, QT_TRANSLATE_NOOP("ErrorMessages", "the port is not 1 to 65535")},
+    {&ReturnCode::badCredentials, QT_TRANSLATE_NOOP("ErrorMessages", "user name or password is too long")},
+    {&ReturnCode::badList, QT_TRANSLATE_NOOP("ErrorMessages", "a chosen entry is not there any more")},
+    {&ReturnCode::badSchedule, QT_TRANSLATE_NOOP("ErrorMessages", "the times make no sense")},
+    {&ReturnCode::nothingToPlayOn, QT_TRANSLATE_NOOP("ErrorMessages", "there is nothing to play on")},
+    {&ReturnCode::brokenFile, QT_TRANSLATE_NOOP("ErrorMessages", "the audio file cannot be played")},
+    {&ReturnCode::fileRefused, QT_TRANSLATE_NOOP("ErrorMessages", "the server refuses the file")},
+}};
+
+} // namespace
+
+QString ErrorMessages::of(const QString& code, const QString& detail)
+{
+    for (const Message& entry : messages) {
+        if (code == *entry.code) {
+            return QCoreApplication::translate("ErrorMessages", entry.text);
+        }
+    }
+    if (!detail.isEmpty()) {
+        return detail;
+    }
+    return code.isEmpty() ? QCoreApplication::translate("ErrorMessages", "the server refuses it")
+                          : QCoreApplication::translate("ErrorMessages", "error %1").arg(code);
+}
