@@ -17,8 +17,8 @@ constexpr int msPerSecond = 1000;
 // Sample rates of real files, Hz. Below and above them a resampler takes gigabytes, for its output or its
 // filter.
 constexpr int leastRate = 1000;
-constexpr int mostRate = 384000;
-constexpr std::size_t longestPart = 600U * AudioFileReader::sampleRate; // decoded to learn a length, samples
+constexpr int maxRate = 384000;
+constexpr std::size_t maxMeasured = 600U * AudioFileReader::sampleRate; // decoded to learn a length, samples
 
 } // namespace
 
@@ -62,7 +62,7 @@ struct AudioFileReader::Private
             return converter->valid() && frame->ch_layout.nb_channels == codec->ch_layout.nb_channels &&
                    frame->format == codec->sample_fmt;
         }
-        if (codec->sample_rate < leastRate || codec->sample_rate > mostRate ||
+        if (codec->sample_rate < leastRate || codec->sample_rate > maxRate ||
             codec->ch_layout.nb_channels <= 0) {
             return false;
         }
@@ -156,7 +156,7 @@ std::optional<int> AudioFileReader::duration(const QString& path)
     }
     // The container does not say: count.
     std::size_t count = samples.size();
-    while (count < longestPart) {
+    while (count < maxMeasured) {
         samples.clear();
         reader.read(sampleRate, samples);
         if (samples.empty()) {

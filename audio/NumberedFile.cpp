@@ -7,14 +7,14 @@
 
 namespace {
 
-constexpr int largestNumber = 1 << 30;
-constexpr int mostAttempts = 1000; // at a number that others take at the same moment
+constexpr int maxNumber = 1 << 30;
+constexpr int maxAttempts = 1000; // at a number that others take at the same moment
 
 /** A number that is free, but the one before is not, or is 0. */
 int freeNumber(const std::function<bool(int)>& taken)
 {
     int free = 1;
-    while (free < largestNumber && taken(free)) {
+    while (free < maxNumber && taken(free)) {
         free *= 2;
     }
     int last = free / 2; // 0, or taken
@@ -36,7 +36,7 @@ QString NumberedFile::create(const QString& folder, const QString& stem, const Q
         return QDir(folder).filePath(QStringLiteral("%1-%2.%3").arg(stem, QString::number(number), suffix));
     };
     int number = freeNumber([&](int candidate) { return QFile::exists(pathOf(candidate)); });
-    for (int attempt = 0; attempt < mostAttempts; ++attempt, ++number) {
+    for (int attempt = 0; attempt < maxAttempts; ++attempt, ++number) {
         QFile file(pathOf(number));
         if (file.open(QIODevice::NewOnly)) {
             return file.fileName();

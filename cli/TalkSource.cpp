@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double longestTalk = 86400; // s
+constexpr double maxTalkSeconds = 86400; // s
 constexpr double fileTail = 0.3;      // s; lets the last packets of a file out
 
 } // namespace
@@ -31,7 +31,7 @@ std::optional<TalkSource> TalkSource::read(const CommandArguments& arguments, in
     source.file = arguments.value("source");
     source.microphone = arguments.value("microphone");
     if (arguments.isSet("seconds")) {
-        const auto seconds = arguments.numberBetween("seconds", 0, longestTalk);
+        const auto seconds = arguments.numberBetween("seconds", 0, maxTalkSeconds);
         if (!seconds) {
             return std::nullopt;
         }

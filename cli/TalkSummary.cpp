@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr double longestDelay = 6.0; // s
+constexpr double maxDelay = 6.0; // s
 constexpr double msPerSecond = 1000.0;
 
 /** The sound at the rate of the talk. */
@@ -78,7 +78,7 @@ std::optional<EchoMeasure> TalkSummary::echo() const
 {
     return heardFile.isEmpty() || m_monitor.received() == 0
                ? std::nullopt
-               : EchoMeasure::between(m_monitor.said(), atTalkRate(heard), longestDelay);
+               : EchoMeasure::between(m_monitor.said(), atTalkRate(heard), maxDelay);
 }
 
 /** From the first packet to its sound, seconds. */

@@ -12,7 +12,7 @@
 namespace {
 
 constexpr int firstRetryDelay = 250; // ms
-constexpr int longestRetryDelay = 5000;
+constexpr int maxRetryDelay = 5000;
 constexpr quint32 wireMask = 0xFFFFFFFF;
 
 } // namespace
@@ -88,7 +88,7 @@ void SocketLink::end(const QString& reason)
     Q_EMIT lost(m_final && !m_refusal.isEmpty() ? m_refusal : reason, m_final);
     if (!m_final) {
         m_retryTimer.start(m_retryDelay);
-        m_retryDelay = qMin(2 * m_retryDelay, longestRetryDelay);
+        m_retryDelay = qMin(2 * m_retryDelay, maxRetryDelay);
     }
 }
 

@@ -13,10 +13,10 @@ namespace {
 constexpr int tickInterval = 50; // ms
 constexpr int ticksPerSecond = 1000 / tickInterval;
 constexpr std::size_t enoughToFlow = 3; // pieces of sound
-constexpr std::size_t mostWaiting = 10;
+constexpr std::size_t maxWaiting = 10;
 constexpr qreal meterBottom = -60.0; // dBFS
 constexpr qreal fall = 0.08;         // a tick: from full to nothing in 0.6 s
-constexpr int mostStreams = 64;
+constexpr int maxStreams = 64;
 constexpr float fullScale = 32768.0F;
 
 } // namespace
@@ -34,7 +34,7 @@ void TalkMeters::Meter::take(const std::vector<std::int16_t>& sound, int samples
             peak = 0;
         }
     }
-    while (waiting.size() > mostWaiting) {
+    while (waiting.size() > maxWaiting) {
         waiting.pop_front();
     }
     flows = flows || waiting.size() >= enoughToFlow;
@@ -109,7 +109,7 @@ void TalkMeters::eventArrived(const QString& event, const QVariant& payload)
     const QString token = fields.value(Words::Token).toString();
     auto& stream = m_streams[token];
     if (!stream) {
-        if (m_streams.size() > mostStreams) {
+        if (m_streams.size() > maxStreams) {
             m_streams.clear();
             return;
         }

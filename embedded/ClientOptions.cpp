@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr double longestTimeout = 3600; // s
+constexpr double maxTimeoutSeconds = 3600; // s
 constexpr int msPerSecond = 1000;
 
 QCommandLineOption valueOption(const char* name, const char* description, const char* value,
@@ -80,8 +80,8 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
     }
     bool valid = false;
     const double timeout = parser.value(QStringLiteral("timeout")).toDouble(&valid);
-    if (!valid || !(timeout > 0 && timeout <= longestTimeout)) {
-        *error = QStringLiteral("--timeout takes a number of seconds up to %1").arg(longestTimeout);
+    if (!valid || !(timeout > 0 && timeout <= maxTimeoutSeconds)) {
+        *error = QStringLiteral("--timeout takes a number of seconds up to %1").arg(maxTimeoutSeconds);
         return std::nullopt;
     }
     options.timeout = static_cast<int>(timeout * msPerSecond);

@@ -32,10 +32,10 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr std::array<std::uint32_t, 16> rates{96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050,
                                               16000, 12000, 11025, 8000,  7350,  0,     1,     0xFFFFFFFF};
 constexpr std::size_t headerSize = 7;            // ADTS, without a check sum
-constexpr std::size_t largestPacket = 1U << 20U; // bytes, after repetition
-constexpr unsigned mostRepeats = 17;             // as a power of two
-constexpr std::size_t mostPackets = 8;
-constexpr std::size_t mostHeld = 64U << 20U; // bytes between two packets; a block of PCM has 576,000
+constexpr std::size_t maxPacket = 1U << 20U; // bytes, after repetition
+constexpr unsigned maxRepeats = 17;             // as a power of two
+constexpr std::size_t maxPackets = 8;
+constexpr std::size_t maxHeld = 64U << 20U; // bytes between two packets; a block of PCM has 576,000
 
 struct Packet
 {
@@ -84,9 +84,9 @@ struct Stream
         Stream stream;
         stream.format = size > 0 ? data[0] : 0x81;
         std::size_t at = 1;
-        while (at + 3 <= size && stream.packets.size() < mostPackets) {
+        while (at + 3 <= size && stream.packets.size() < maxPackets) {
             Packet packet;
-            packet.repeats = static_cast<std::uint8_t>(data[at] % (mostRepeats + 1));
+            packet.repeats = static_cast<std::uint8_t>(data[at] % (maxRepeats + 1));
             const std::size_t wanted = data[at + 1] | static_cast<std::size_t>(data[at + 2]) << 8U;
             at += 3;
             const std::size_t end = at + std::min(wanted, size - at);
@@ -164,7 +164,7 @@ public:
             frame.resize(below(frame.size()) + 1);
             break;
         case 9:
-            packet.repeats = static_cast<std::uint8_t>(below(mostRepeats + 1));
+            packet.repeats = static_cast<std::uint8_t>(below(maxRepeats + 1));
             break;
         default:
             m_stream.format = static_cast<std::uint8_t>(m_random());
@@ -221,7 +221,7 @@ Bytes repeated(const Packet& packet)
     }
     Bytes all = once;
     for (std::size_t left = (std::size_t{1} << packet.repeats) - 1;
-         left > 0 && all.size() + once.size() <= largestPacket && !once.empty(); --left) {
+         left > 0 && all.size() + once.size() <= maxPacket && !once.empty(); --left) {
         all.insert(all.end(), once.begin(), once.end());
     }
     return all;
@@ -270,7 +270,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             std::abort();
         }
         const std::size_t now = __sanitizer_get_current_allocated_bytes();
-        if (now > before && now - before > mostHeld) {
+        if (now > before && now - before > maxHeld) {
             std::fprintf(stderr, "%zu MiB are held after a packet of %zu bytes\n", (now - before) >> 20U,
                          bytes.size());
             std::abort();

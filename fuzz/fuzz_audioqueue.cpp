@@ -12,7 +12,7 @@ extern "C" {
 
 namespace {
 
-constexpr int mostPackets = 8;
+constexpr int maxPackets = 8;
 
 MediaPacketPtr received; // what the renderer got last
 
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     std::unique_ptr<Device> device;
-    for (int packets = 0; packets < mostPackets && input.remaining_bytes() > 0; ++packets) {
+    for (int packets = 0; packets < maxPackets && input.remaining_bytes() > 0; ++packets) {
         received.reset();
         plugin.EventProcessor(Vocabulary::AudioReceived, 0, 0, 0,
                               audioEvent(input, stream, QStringLiteral("t")), QString());

@@ -21,9 +21,9 @@ extern "C" {
 
 namespace {
 
-constexpr int mostStreams = 3;  // each opens an output
-constexpr int mostPackets = 4;  // of a stream
-constexpr int longestWait = 60; // ms, for the packets of a stream to be played
+constexpr int maxStreams = 3;  // each opens an output
+constexpr int maxPackets = 4;  // of a stream
+constexpr int maxWait = 60; // ms, for the packets of a stream to be played
 
 int queued = 0;              // packets that an output may ask for
 std::atomic<int> decoded{0}; // packets that it has asked for
@@ -84,9 +84,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     plugin.setTalkTargetList(targets);
     queued = 0;
     decoded = 0;
-    for (int streams = 0; streams < mostStreams && input.remaining_bytes() > 0; ++streams) {
+    for (int streams = 0; streams < maxStreams && input.remaining_bytes() > 0; ++streams) {
         const FuzzedStream stream = FuzzedStream::from(input);
-        const int packets = input.ConsumeIntegralInRange(1, mostPackets);
+        const int packets = input.ConsumeIntegralInRange(1, maxPackets);
         for (int i = 0; i < packets; ++i) {
             plugin.EventProcessor(Vocabulary::AudioReceived, 0, 0, 0,
                                   audioEvent(input, stream, QStringLiteral("t")), QString());
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // A packet may also be dropped in the queue, so the wait has an end.
         QElapsedTimer clock;
         clock.start();
-        while (decoded < queued && clock.elapsed() < longestWait) {
+        while (decoded < queued && clock.elapsed() < maxWait) {
             QThread::msleep(1);
         }
     }

@@ -19,8 +19,8 @@ namespace {
 namespace V = Vocabulary;
 namespace W = Words;
 
-constexpr int mostCommands = 100;
-constexpr int mostRecords = 50; // of a kind, before all begins anew
+constexpr int maxCommands = 100;
+constexpr int maxRecords = 50; // of a kind, before all begins anew
 
 /** A server with cameras, and a record of each kind, of id 1. */
 class Place
@@ -71,7 +71,7 @@ public:
         return std::all_of(std::begin(lists), std::end(lists), [&](const auto& list) {
             const QVariantList records =
                 m_server.execute(session, list.first, QVariant(), 1)->result.toList();
-            return !records.isEmpty() && records.size() <= mostRecords &&
+            return !records.isEmpty() && records.size() <= maxRecords &&
                    records.first().toMap().value(list.second) == 1;
         });
     }
@@ -128,7 +128,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                          targets +=
                              token.isEmpty() ? QString() : QStringLiteral("<Dest>%1</Dest>").arg(token);
                      });
-    for (int commands = 0; commands < mostCommands && input.remaining_bytes() > 0; ++commands) {
+    for (int commands = 0; commands < maxCommands && input.remaining_bytes() > 0; ++commands) {
         switch (input.ConsumeIntegralInRange(0, 7)) {
         case 0:
             session.submit(V::StartTalk, QVariantMap{{V::camId, QStringLiteral("camera-1")}}, 1);

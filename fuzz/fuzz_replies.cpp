@@ -20,7 +20,7 @@ namespace {
 namespace V = Vocabulary;
 
 constexpr int deepestNesting = 3; // steps that are taken while another one runs
-constexpr int mostSteps = 200;
+constexpr int maxSteps = 200;
 
 // One that is no code of the reference server, too.
 const QString codes[] = {ReturnCode::success, ReturnCode::fileRefused, QStringLiteral("1"), QString()};
@@ -158,7 +158,7 @@ void Session::makePlugin()
 
 void Session::run()
 {
-    while (m_input.remaining_bytes() > 0 && m_steps < mostSteps) {
+    while (m_input.remaining_bytes() > 0 && m_steps < maxSteps) {
         if (m_input.ConsumeIntegralInRange(0, 15) == 15) {
             m_plugin.reset();
             makePlugin();

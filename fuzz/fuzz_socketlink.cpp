@@ -22,7 +22,7 @@
 namespace {
 
 constexpr int timeout = 10000; // ms
-constexpr int mostMessages = 64;
+constexpr int maxMessages = 64;
 
 const QString lastEvent = QStringLiteral("The end of the input");
 
@@ -107,7 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::unique_ptr<QWebSocket> peer(server.nextPendingConnection());
     peer->sendBinaryMessage(bytesOf(WireMessage::Welcome, QString()));
     std::size_t at = 0;
-    for (int messages = 0; messages < mostMessages && at + 2 <= size; ++messages) {
+    for (int messages = 0; messages < maxMessages && at + 2 <= size; ++messages) {
         const std::size_t wanted = data[at] | static_cast<std::size_t>(data[at + 1]) << 8U;
         at += 2;
         const std::size_t length = std::min(wanted, size - at);

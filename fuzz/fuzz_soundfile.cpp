@@ -13,7 +13,7 @@ extern "C" {
 
 namespace {
 
-constexpr int longestRead = 20; // pieces of a second
+constexpr int maxPieces = 20; // pieces of a second
 
 } // namespace
 
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     std::vector<std::int16_t> samples;
-    for (int pieces = 0; pieces < longestRead; ++pieces) {
+    for (int pieces = 0; pieces < maxPieces; ++pieces) {
         samples.clear();
         reader.read(AudioFileReader::sampleRate, samples);
         if (samples.size() > AudioFileReader::sampleRate) {

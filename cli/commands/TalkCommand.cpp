@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr double longestEchoDelay = 5000; // ms
+constexpr double maxEchoDelay = 5000; // ms
 constexpr double msPerSecond = 1000.0;
 constexpr int loudestVolume = 100;
 constexpr double echoTail = 1.0;      // s; lets the last of an echo be heard
@@ -40,7 +40,7 @@ bool readSimulation(const CommandArguments& arguments, SimulatedConfig* simulate
     }
     simulated->hasCameras = true; // a talk of this program alone is a trial
     simulated->cameras = defaultCameras(arguments.value("speech"));
-    const auto echoDelay = arguments.numberBetween("echo-delay", -1, longestEchoDelay);
+    const auto echoDelay = arguments.numberBetween("echo-delay", -1, maxEchoDelay);
     if (!echoDelay) {
         return false;
     }

@@ -10,9 +10,9 @@
 std::int32_t DecoderContext_SDK_G726::DecodeAudio(std::uint8_t* pcm, std::uint32_t* size,
                                                   const EncodedChunk* chunk)
 {
-    constexpr std::int64_t mostSamples = pcmBlockSize / 2;
-    const std::int64_t mostBytes = (mostSamples * m_state->codeBits - m_state->bitCount) / 8;
-    const auto bytes = static_cast<std::int32_t>(std::min<std::int64_t>(chunk->size, mostBytes));
+    constexpr std::int64_t maxSamples = pcmBlockSize / 2;
+    const std::int64_t maxBytes = (maxSamples * m_state->codeBits - m_state->bitCount) / 8;
+    const auto bytes = static_cast<std::int32_t>(std::min<std::int64_t>(chunk->size, maxBytes));
     // Deliberate: the room that the caller declares is not respected.
     *size = static_cast<std::uint32_t>(G726_DecodeBytes(m_state, pcm, chunk->data, bytes)) * 2;
     return 0;

@@ -80,12 +80,12 @@ std::int64_t DecoderIsolated_FFmpeg::pcmSize(const Frame& frame)
 /**
  * Sends a chunk to the codec and takes the frames that come of it.
  *
- * @param mostPcm bytes of PCM in the deque beyond which the rest of the chunk is thrown away; pictures count
+ * @param maxPcm bytes of PCM in the deque beyond which the rest of the chunk is thrown away; pictures count
  * nothing
  * @return 0; 1 when the codec took nothing or gave an error, which costs this packet alone; -1 when it takes
  * no packets
  */
-std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk, std::int64_t mostPcm)
+std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk, std::int64_t maxPcm)
 {
     if (chunk.data == nullptr || chunk.size > maxChunkSize) {
         return 1; // null data would tell the codec that the stream is over
@@ -125,7 +125,7 @@ std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk, s
             }
             m_decoded.push_back(frame);
             collected += pcmSize(*frame);
-            if (collected > mostPcm) {
+            if (collected > maxPcm) {
                 avcodec_flush_buffers(m_context); // a packet may hold frames for gigabytes of samples
                 return 0;
             }

@@ -45,7 +45,7 @@ private:
     ~DecoderIsolated_FFmpeg();
 
     static std::int64_t pcmSize(const Frame& frame);
-    std::int32_t sendAndCollect(const EncodedChunk& chunk, std::int64_t mostPcm);
+    std::int32_t sendAndCollect(const EncodedChunk& chunk, std::int64_t maxPcm);
     Frame* takeFront();
     std::int32_t appendPcm(const Frame& frame, std::uint8_t* pcm, std::uint32_t room, std::uint32_t& written);
     bool ensureResampler();

@@ -9,7 +9,7 @@ constexpr std::int16_t positiveZero = 0x20; // floating format
 constexpr std::int16_t negativeZero = wrap16(0xFC20);
 constexpr std::int32_t signOffset = 0x400;
 constexpr std::int32_t leastYu = 544;
-constexpr std::int32_t largestYu = 5120;
+constexpr std::int32_t maxYu = 5120;
 constexpr std::int32_t toneThreshold = -11776; // of the second pole coefficient
 
 /** A magnitude in floating format: exponent and six bits of mantissa. */
@@ -102,7 +102,7 @@ void G726::update(G726State& state, std::int32_t y, std::int32_t wi, std::int32_
     const bool transition = isTransition(state, magnitude);
 
     // Scale factors (FILTD, LIMB, FILTE).
-    state.yu = static_cast<std::int16_t>(std::clamp(y + ((wi - y) >> 5), leastYu, largestYu));
+    state.yu = static_cast<std::int16_t>(std::clamp(y + ((wi - y) >> 5), leastYu, maxYu));
     state.yl += state.yu + (-state.yl >> 6);
 
     // Predictor.

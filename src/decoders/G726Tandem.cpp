@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::int32_t positiveSign = 0x80;
 constexpr std::int32_t evenBits = 0x55; // inverted on an A-law line
-constexpr std::int32_t largestALaw = 4095;
-constexpr std::int32_t largestMuLaw = 8158;
+constexpr std::int32_t maxALaw = 4095;
+constexpr std::int32_t maxMuLaw = 8158;
 constexpr std::int32_t muLawBias = 33;
 constexpr std::int32_t unrepresentable = -32768; // has no magnitude in 16 bits
 
@@ -34,7 +34,7 @@ std::int32_t compressALaw(std::int32_t signal)
     const std::int32_t halved = signal == unrepresentable ? 0
                                 : negative                ? ((-signal + 1) >> 1) - 1
                                                           : signal >> 1;
-    const std::int32_t magnitude = std::min(halved, largestALaw);
+    const std::int32_t magnitude = std::min(halved, maxALaw);
     const int segment = std::max(topBitIndex(static_cast<std::uint32_t>(magnitude)) - 4, 0);
     const std::int32_t code = segment == 0 ? magnitude >> 1 : segment << 4 | (magnitude >> segment & 15);
     return (negative ? code : code | positiveSign) ^ evenBits;
@@ -44,7 +44,7 @@ std::int32_t compressMuLaw(std::int32_t signal)
 {
     const bool negative = signal < 0;
     const std::int32_t magnitude =
-        (signal == unrepresentable ? 0 : std::min(negative ? -signal : signal, largestMuLaw)) + muLawBias;
+        (signal == unrepresentable ? 0 : std::min(negative ? -signal : signal, maxMuLaw)) + muLawBias;
     const int segment = topBitIndex(static_cast<std::uint32_t>(magnitude)) - 5;
     const std::int32_t code = segment << 4 | (magnitude >> (segment + 1) & 15);
     return (negative ? code : code | positiveSign) ^ 0x7F;

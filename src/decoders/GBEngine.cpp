@@ -10,7 +10,7 @@
 namespace {
 
 constexpr std::uint32_t blockAlignment = 4; // bytes
-constexpr std::uint32_t longestRead = 24;   // bits
+constexpr std::uint32_t maxReadBits = 24;   // bits
 constexpr std::uint32_t secondByteMask = 0x0000FF00;
 constexpr std::uint8_t stuffedAfter = 0xFF;
 constexpr std::int32_t stuffingMayFollow = 1; // of the guard
@@ -216,9 +216,9 @@ struct Operations
 
     static std::int32_t readBits(GBEngine* reader, std::uint32_t bits, std::uint32_t* out)
     {
-        look(*reader, std::min(bits, longestRead));
+        look(*reader, std::min(bits, maxReadBits));
         *out = reader->window << reader->bitOffset;
-        return bits > longestRead ? static_cast<std::int32_t>(SpeechFailure) : advance(*reader, bits);
+        return bits > maxReadBits ? static_cast<std::int32_t>(SpeechFailure) : advance(*reader, bits);
     }
 
     static std::int32_t skipBits(GBEngine* reader, std::uint32_t bits)

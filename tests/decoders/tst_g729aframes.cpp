@@ -24,7 +24,7 @@ private Q_SLOTS:
     void kindsOfFrames();
     void erasedAfterSpeech();
     void nothingAfterSpeech();
-    void largestSidGain();
+    void maxSidGain();
     void parityErrorRepeatsTheLag();
     void thousandFramesOfNoise();
     void shortFrames_data();
@@ -160,7 +160,7 @@ void TestG729AFrames::nothingAfterSpeech()
     QCOMPARE(int{engine->noiseState->curGain}, ((before * 7 + 4) >> 3) + ((gain + 4) >> 3));
 }
 
-void TestG729AFrames::largestSidGain()
+void TestG729AFrames::maxSidGain()
 {
     const Engine engine = speaking();
     const QByteArray frame = sidFrame(1, 31, 15, 31);

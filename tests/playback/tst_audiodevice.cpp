@@ -272,7 +272,7 @@ void TestAudioDevice::packetSizeMayChange()
 namespace {
 
 constexpr int megabyte = 1024 * 1024;
-constexpr std::uint32_t mostLargePackets = 32;
+constexpr std::uint32_t maxLargePackets = 32;
 
 } // namespace
 
@@ -283,13 +283,13 @@ void TestAudioDevice::ringIsBoundedInBytes()
     for (int i = 0; i < 100; ++i) {
         device.Push(large, true);
     }
-    QCOMPARE(referencesOf(large), 1 + mostLargePackets);
+    QCOMPARE(referencesOf(large), 1 + maxLargePackets);
     device.Push(packetOf('\x30', 8), true); // no room in bytes either
     device.pull(2);                         // the swap empties the ring
     for (int i = 0; i < 100; ++i) {
         device.Push(large, true);
     }
-    QCOMPARE(referencesOf(large), 1 + 2 * mostLargePackets - 1); // one has been decoded
+    QCOMPARE(referencesOf(large), 1 + 2 * maxLargePackets - 1); // one has been decoded
     // Packets as the first fill all places.
     Device usual(packetOf('\x10', 8));
     const auto small = packetOf('\x20', 1400);
@@ -309,8 +309,8 @@ void TestAudioDevice::offsetCountsAgainstTheBound()
     for (int i = 0; i < 100; ++i) {
         device.Push(large, true);
     }
-    QCOMPARE(referencesOf(large), 1 + mostLargePackets);
-    format.offset = mostLargePackets * megabyte - 7;
+    QCOMPARE(referencesOf(large), 1 + maxLargePackets);
+    format.offset = maxLargePackets * megabyte - 7;
     const auto absurd = MediaPackets::make(QByteArray(8, '\x20'), format);
     Device other(packetOf('\x10', 8));
     other.Push(absurd, false); // does not wait for room that never comes
@@ -336,7 +336,7 @@ void TestAudioDevice::waitingPusherIsBoundedInBytes()
 {
     Device device(packetOf('\x10', 8));
     const auto large = packetOf('\x20', megabyte / 4);
-    for (std::uint32_t i = 0; i < 4 * mostLargePackets; ++i) {
+    for (std::uint32_t i = 0; i < 4 * maxLargePackets; ++i) {
         device.Push(large, true);
     }
     const auto last = packetOf('\x30');
@@ -354,7 +354,7 @@ void TestAudioDevice::waitingPusherIsBoundedInBytes()
 void TestAudioDevice::packetBeyondTheBoundIsDropped()
 {
     Device device(packetOf('\x10', 8));
-    const auto absurd = packetOf('\x20', static_cast<int>(mostLargePackets) * megabyte + 1);
+    const auto absurd = packetOf('\x20', static_cast<int>(maxLargePackets) * megabyte + 1);
     device.Push(absurd, true);
     device.Push(absurd, false); // does not wait for room that never comes
     QCOMPARE(referencesOf(absurd), 1U);

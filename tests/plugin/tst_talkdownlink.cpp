@@ -97,7 +97,7 @@ private Q_SLOTS:
     void absurdSizes_data();
     void absurdSizes();
     void shortTextLeavesZeros();
-    void largestUnfilledPacket();
+    void maxUnfilledPacket();
     void manyPackets();
 };
 
@@ -318,7 +318,7 @@ void TestTalkDownlink::shortTextLeavesZeros()
     QCOMPARE(bytesOf(calls[2].packet), pattern(6) + QByteArray(994, '\0'));
 }
 
-void TestTalkDownlink::largestUnfilledPacket()
+void TestTalkDownlink::maxUnfilledPacket()
 {
     PluginFixture fixture;
     fixture.openCameraTalk("t");

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr std::size_t stepSamples = SpeakerMixer::sampleRate * SpeakerMixer::stepTime / 1000;
-constexpr qint64 mostStepsAtOnce = 50; // one second; what a halted server missed beyond is skipped
+constexpr qint64 maxStepsAtOnce = 50; // one second; what a halted server missed beyond is skipped
 
 } // namespace
 
@@ -59,7 +59,7 @@ void SpeakerMixer::setSpeakers(int number, const QList<int>& speakers)
 void SpeakerMixer::tick()
 {
     const qint64 now = m_clock.elapsed() / stepTime;
-    m_step = std::max(m_step, now - mostStepsAtOnce);
+    m_step = std::max(m_step, now - maxStepsAtOnce);
     while (m_step < now && !m_sources.empty()) {
         playStep();
         ++m_step;

@@ -11,7 +11,7 @@ class SpeakerRecording
 {
 public:
     static constexpr int sampleRate = 16000;          // Hz
-    static constexpr std::uint64_t longestPause = 10; // s; a longer one is cut to it
+    static constexpr std::uint64_t maxPause = 10; // s; a longer one is cut to it
 
     /** @param path empty for a recording that cannot be written. Time 0 is the start of the server. */
     explicit SpeakerRecording(const QString& path) : m_path(path), m_writer(path, sampleRate) {}
@@ -24,7 +24,7 @@ public:
     void write(std::uint64_t position, const std::vector<std::int16_t>& samples)
     {
         const std::uint64_t pause = position > m_end ? position - m_end : 0;
-        m_writer.write(std::vector<std::int16_t>(std::min(pause, longestPause * sampleRate)));
+        m_writer.write(std::vector<std::int16_t>(std::min(pause, maxPause * sampleRate)));
         m_writer.write(samples);
         m_end = position + samples.size();
     }

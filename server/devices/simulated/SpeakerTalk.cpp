@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::size_t longestQueue = 2U * SpeakerMixer::sampleRate; // samples; a talk is not played late
+constexpr std::size_t maxQueue = 2U * SpeakerMixer::sampleRate; // samples; a talk is not played late
 
 } // namespace
 
@@ -45,8 +45,8 @@ bool SpeakerTalk::hear(const QByteArray& packet)
         return false;
     }
     m_converter.convert(talk->samples.data(), talk->samples.size(), *m_queue);
-    if (m_queue->size() > longestQueue) {
-        m_queue->erase(m_queue->begin(), m_queue->end() - static_cast<std::ptrdiff_t>(longestQueue));
+    if (m_queue->size() > maxQueue) {
+        m_queue->erase(m_queue->begin(), m_queue->end() - static_cast<std::ptrdiff_t>(maxQueue));
     }
     return true;
 }

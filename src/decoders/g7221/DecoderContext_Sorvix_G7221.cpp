@@ -12,8 +12,8 @@ constexpr std::uint32_t frameSize = G7221FrameSamples * sizeof(std::int16_t); //
 constexpr std::uint32_t frameBytesOf32000 = 80;
 
 // A frame is read for its first 80 bytes at most, with a look ahead of a few: so much of it is handed over.
-constexpr std::uint32_t mostInput = 88;
-constexpr std::uint32_t inputRoom = mostInput + 8;
+constexpr std::uint32_t maxInput = 88;
+constexpr std::uint32_t inputRoom = maxInput + 8;
 
 } // namespace
 
@@ -38,7 +38,7 @@ std::int32_t DecoderContext_Sorvix_G7221::DecodeAudio(std::uint8_t* pcm, std::ui
         setup.type = SpeechTypeWord::G7221;
         setup.fields = SpeechSetupInput | SpeechSetupOutput | SpeechSetupMode;
         setup.input = input;
-        setup.inputSize = std::min(frameBytes, mostInput);
+        setup.inputSize = std::min(frameBytes, maxInput);
         setup.output = pcm + written;
         setup.mode = frameBytes == frameBytesOf32000 ? 32000 : 24000;
         std::int32_t status = G7221_SetupFrame(m_engine, &setup);

@@ -9,8 +9,8 @@
 namespace {
 
 constexpr std::uint32_t frameSize = G729AFrameSamples * sizeof(std::int16_t); // bytes of PCM
-constexpr std::uint32_t longestFrame = 11;
-constexpr std::uint32_t inputRoom = longestFrame + 3; // and what the reader looks ahead
+constexpr std::uint32_t maxFrame = 11;
+constexpr std::uint32_t inputRoom = maxFrame + 3; // and what the reader looks ahead
 
 } // namespace
 
@@ -35,7 +35,7 @@ std::int32_t DecoderIsolated_Sorvix_G729A::DecodeAudio(std::uint8_t* pcm, std::u
         setup.type = SpeechTypeWord::G729A;
         setup.fields = SpeechSetupInput | SpeechSetupOutput | SpeechSetupMode;
         setup.input = input;
-        setup.inputSize = std::min(frameBytes, longestFrame);
+        setup.inputSize = std::min(frameBytes, maxFrame);
         setup.output = pcm + written;
         setup.mode = 1;
         std::int32_t status = G729A_SetupFrame(m_engine, &setup);

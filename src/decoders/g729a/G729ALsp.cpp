@@ -17,7 +17,7 @@ namespace {
 constexpr int half = G729AOrder / 2;
 constexpr int lowest = 40;       // Q13, 0.005
 constexpr int highest = 25681;   // Q13, 3.135
-constexpr int smallestGap = 321; // Q13, 0.0391
+constexpr int minGap = 321; // Q13, 0.0391
 constexpr int sidGap = 10;
 
 using Taps = std::int16_t[G729APredictors][G729AOrder];
@@ -85,8 +85,8 @@ void stabilise(std::int16_t* lsf)
     }
     lsf[0] = std::max<std::int16_t>(lsf[0], lowest);
     for (int j = 0; j < G729AOrder - 1; ++j) {
-        if (lsf[j + 1] - lsf[j] < smallestGap) {
-            lsf[j + 1] = wrap16(lsf[j] + smallestGap);
+        if (lsf[j + 1] - lsf[j] < minGap) {
+            lsf[j + 1] = wrap16(lsf[j] + minGap);
         }
     }
     lsf[G729AOrder - 1] = std::min<std::int16_t>(lsf[G729AOrder - 1], highest);

@@ -15,7 +15,7 @@ namespace {
 constexpr int pulses = 4;
 constexpr int drawsPerSample = 12;
 constexpr int headerWords = 3;
-constexpr int mostPulseGain = 5000;
+constexpr int maxPulseGain = 5000;
 
 /** What the first words decide. */
 struct Choice
@@ -158,7 +158,7 @@ int smallerSolution(const Quadratic& quadratic)
     const std::int32_t x = std::abs(low) < std::abs(high) ? low : high;
     const std::int32_t gain =
         quadratic.exponent == 1 ? (x >> 1) + (x & 1) : G729AMath::shift(x, quadratic.exponent - 2);
-    return std::clamp(gain, -mostPulseGain, mostPulseGain);
+    return std::clamp(gain, -maxPulseGain, maxPulseGain);
 }
 
 } // namespace

@@ -16,7 +16,7 @@ constexpr std::int16_t numeratorGamma = 18022;   // 0.55, Q15
 constexpr std::int16_t denominatorGamma = 22938; // 0.7, Q15
 constexpr int delays = 7;
 constexpr int impulseResponse = 22;
-constexpr std::uint32_t mostEnergy = 0x40000000;
+constexpr std::uint32_t maxEnergy = 0x40000000;
 constexpr int half = 0x8000;
 
 /** The residual of the synthesis under the weighted filter, and a quarter of it. */
@@ -205,14 +205,14 @@ int gainStep(std::uint32_t input, std::uint32_t output)
     };
     std::int32_t outputTop = 16384;
     int outputExponent = -1;
-    if (output < mostEnergy) {
+    if (output < maxEnergy) {
         const int doublings = normOfDouble(output);
         outputExponent = doublings - 1;
         outputTop = static_cast<std::int32_t>(((output << doublings) + half) >> 16);
     }
     std::int32_t inputTop = 32767;
     int inputExponent = 0;
-    if (input < mostEnergy) {
+    if (input < maxEnergy) {
         inputExponent = normOfDouble(input);
         inputTop = static_cast<std::int32_t>(((input << (inputExponent + 1)) + half) >> 16);
     }

@@ -15,9 +15,9 @@ namespace G729ASpeechPath {
 namespace {
 
 constexpr std::int16_t noiseSeed = 11111; // Annex B
-constexpr std::int16_t longestLag = 143;
+constexpr std::int16_t maxLag = 143;
 constexpr std::int16_t leastSharp = 3277; // 0.2, Q14
-constexpr std::int16_t mostSharp = 13017; // 0.7945, Q14
+constexpr std::int16_t maxSharp = 13017; // 0.7945, Q14
 
 void decodeFilters(G729AState& state, G729AFrameModel& model)
 {
@@ -35,7 +35,7 @@ void decodeFilters(G729AState& state, G729AFrameModel& model)
 G729APitch::Lag repeatLag(G729AState& state)
 {
     const G729APitch::Lag lag{state.oldT0, 0};
-    state.oldT0 = std::min(static_cast<std::int16_t>(state.oldT0 + 1), longestLag);
+    state.oldT0 = std::min(static_cast<std::int16_t>(state.oldT0 + 1), maxLag);
     return lag;
 }
 
@@ -76,7 +76,7 @@ void decodeGains(G729AState& state, int subframe, const std::int16_t* code)
         G729AGains::decode(state, state.parm[G729AFrameBits::Gain1 + subframe * G729AFrameBits::PerSubframe],
                            code);
     }
-    state.sharp = std::clamp(state.gainPitch, leastSharp, mostSharp);
+    state.sharp = std::clamp(state.gainPitch, leastSharp, maxSharp);
 }
 
 void mixExcitation(const G729AState& state, const std::int16_t* code, std::int16_t* exc)
