@@ -26,7 +26,7 @@ struct AudioFileReader::Private
 {
     FfmpegPtr<AVFormatContext> file;
     FfmpegPtr<AVCodecContext> codec;
-    std::unique_ptr<framesmith::PcmConverter> converter; ///< Made at the first frame.
+    std::unique_ptr<PcmConverter> converter; ///< Made at the first frame.
     FfmpegPtr<AVPacket> packet{av_packet_alloc()};
     FfmpegPtr<AVFrame> frame{av_frame_alloc()};
     int stream = -1;
@@ -66,8 +66,8 @@ struct AudioFileReader::Private
             codec->ch_layout.nb_channels <= 0) {
             return false;
         }
-        converter = std::make_unique<framesmith::PcmConverter>(codec->sample_fmt, codec->sample_rate,
-                                                               codec->ch_layout, sampleRate);
+        converter = std::make_unique<PcmConverter>(codec->sample_fmt, codec->sample_rate, codec->ch_layout,
+                                                   sampleRate);
         return converter->valid();
     }
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-namespace framesmith {
-
 namespace {
 
 constexpr std::array<std::uint8_t, 4> magic{'V', 'D', 'A', 'P'};
@@ -53,5 +51,3 @@ std::optional<PacketHeader> PacketHeader::fromBytes(const std::uint8_t* packet, 
     header.length = packet[5];
     return header;
 }
-
-} // namespace framesmith

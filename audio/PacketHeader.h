@@ -24,8 +24,6 @@
 #include <cstdint>
 #include <optional>
 
-namespace framesmith {
-
 /** The fields of a packet's header. */
 struct PacketHeader
 {
@@ -44,5 +42,3 @@ struct PacketHeader
     /** Reads the header at the start of a packet; empty when the packet does not start with one. */
     static std::optional<PacketHeader> fromBytes(const std::uint8_t* packet, std::size_t packetSize);
 };
-
-} // namespace framesmith

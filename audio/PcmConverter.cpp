@@ -6,8 +6,6 @@ extern "C" {
 #include <libswresample/swresample.h>
 }
 
-namespace framesmith {
-
 namespace {
 
 constexpr int maxChannels = 8;
@@ -100,5 +98,3 @@ void PcmConverter::flush(std::vector<std::int16_t>& out)
         convert(nullptr, 0, out);
     }
 }
-
-} // namespace framesmith

@@ -8,8 +8,6 @@
 
 struct AVChannelLayout;
 
-namespace framesmith {
-
 /** Sample formats of sources, interleaved, native byte order. */
 enum class SampleFormat
 {
@@ -67,5 +65,3 @@ private:
     std::size_t m_bytesPerFrame = 0;
     FfmpegPtr<SwrContext> m_context;
 };
-
-} // namespace framesmith

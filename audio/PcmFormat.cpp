@@ -1,7 +1,5 @@
 #include "audio/PcmFormat.h"
 
-using framesmith::SampleFormat;
-
 namespace {
 
 constexpr int sampleSize = 16; // bits

@@ -10,4 +10,4 @@
 QAudioFormat pcmFormat(int sampleRate);
 
 /** Returns the sample format of little-endian PCM; empty for what PcmConverter cannot read. */
-std::optional<framesmith::SampleFormat> sampleFormatOf(const QAudioFormat& format);
+std::optional<SampleFormat> sampleFormatOf(const QAudioFormat& format);

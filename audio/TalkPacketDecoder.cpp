@@ -33,7 +33,7 @@ TalkPacketDecoder::TalkPacketDecoder() : m_frame(av_frame_alloc()), m_packet(av_
 std::optional<DecodedTalk> TalkPacketDecoder::decode(const QByteArray& packet)
 {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(packet.constData());
-    const auto header = framesmith::PacketHeader::fromBytes(bytes, static_cast<std::size_t>(packet.size()));
+    const auto header = PacketHeader::fromBytes(bytes, static_cast<std::size_t>(packet.size()));
     if (!header || header->streamType != StreamType::G711MuLaw || header->channels != 1 ||
         header->sampleRate != sampleRate || m_context == nullptr) {
         return std::nullopt;

@@ -18,8 +18,7 @@ TimedSound atTalkRate(const TimedSound& sound)
     TimedSound converted;
     converted.sampleRate = TalkPacketDecoder::sampleRate;
     converted.startTime = sound.startTime;
-    framesmith::PcmConverter converter(framesmith::SampleFormat::S16, sound.sampleRate, 1,
-                                       converted.sampleRate);
+    PcmConverter converter(SampleFormat::S16, sound.sampleRate, 1, converted.sampleRate);
     converter.convert(sound.samples.data(), sound.samples.size(), converted.samples);
     converter.flush(converted.samples);
     return converted;

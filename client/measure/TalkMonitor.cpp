@@ -64,8 +64,8 @@ void TalkMonitor::eventArrived(const QString& event, const QVariant& payload)
     m_firstReceivedAt = SteadyClock::now();
     const QVariantMap fields = payload.toMap().value(event).toMap();
     const QByteArray packet = QByteArray::fromBase64(fields.value(Words::AudioData).toString().toLatin1());
-    const auto header = framesmith::PacketHeader::fromBytes(
-        reinterpret_cast<const std::uint8_t*>(packet.constData()), static_cast<std::size_t>(packet.size()));
+    const auto header = PacketHeader::fromBytes(reinterpret_cast<const std::uint8_t*>(packet.constData()),
+                                                static_cast<std::size_t>(packet.size()));
     if (header && header->sampleRate > 0) {
         m_firstReceivedPosition = static_cast<double>(header->position) / header->sampleRate -
                                   static_cast<double>(m_saidPosition) / TalkPacketDecoder::sampleRate;

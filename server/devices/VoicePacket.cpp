@@ -5,7 +5,7 @@
 
 QVariantMap VoicePacket::toFields() const
 {
-    framesmith::PacketHeader header;
+    PacketHeader header;
     header.channels = 1;
     header.streamType = streamType;
     header.sampleRate = static_cast<std::uint32_t>(sampleRate);
@@ -13,10 +13,9 @@ QVariantMap VoicePacket::toFields() const
     header.captureTime = captureTime;
     // Filled up so that the packet's Base64 text needs no padding: a client does not decode every padded
     // text.
-    const int rest = (static_cast<int>(framesmith::PacketHeader::size) + bitstream.size()) % 3;
+    const int rest = (static_cast<int>(PacketHeader::size) + bitstream.size()) % 3;
     const int padding = (3 - rest) % 3;
-    header.length =
-        static_cast<std::uint8_t>(framesmith::PacketHeader::size) + static_cast<std::uint8_t>(padding);
+    header.length = static_cast<std::uint8_t>(PacketHeader::size) + static_cast<std::uint8_t>(padding);
     const auto bytes = header.toBytes();
     const QByteArray packet =
         QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +

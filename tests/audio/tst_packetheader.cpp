@@ -5,8 +5,6 @@
 
 #include <vector>
 
-using framesmith::PacketHeader;
-
 class TestPacketHeader : public QObject
 {
     Q_OBJECT

@@ -10,9 +10,6 @@ extern "C" {
 #include <libavutil/samplefmt.h>
 }
 
-using framesmith::PcmConverter;
-using framesmith::SampleFormat;
-
 class TestPcmFormat : public QObject
 {
     Q_OBJECT

@@ -27,7 +27,7 @@ namespace {
 /** A packet of mu-law with a header; 0x00 is the loudest code, 0xFF silence. */
 QByteArray packet(char code)
 {
-    framesmith::PacketHeader header{};
+    PacketHeader header{};
     header.streamType = 8192;
     header.sampleRate = 8000;
     header.channels = 1;

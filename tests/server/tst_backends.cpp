@@ -75,7 +75,7 @@ struct Awkward
 
     ServerReply say(const QStringList& tokens)
     {
-        framesmith::PacketHeader header;
+        PacketHeader header;
         header.channels = 1;
         header.streamType = 8192;
         header.sampleRate = 8000;

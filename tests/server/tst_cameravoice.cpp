@@ -38,7 +38,7 @@ namespace {
 struct Packet
 {
     MediaPacketPtr media;
-    framesmith::PacketHeader header;
+    PacketHeader header;
 };
 
 QVariantMap fieldsOf(const QVariant& packet)
@@ -57,8 +57,8 @@ Packet packetOf(const QVariantMap& fields)
         QCOMPARE(fields["FrameNumber"].toUInt(), 1U);
         QCOMPARE(fields["AudioChannelNum"].toUInt(), 1U);
     }();
-    const auto header = framesmith::PacketHeader::fromBytes(
-        reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size()));
+    const auto header = PacketHeader::fromBytes(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
+                                                static_cast<std::size_t>(bytes.size()));
     [&] {
         QVERIFY(header);
         QCOMPARE(uint{header->length}, offset);

@@ -69,7 +69,7 @@ namespace {
 
 QByteArray packet(std::uint32_t position, const QByteArray& bitstream)
 {
-    framesmith::PacketHeader header;
+    PacketHeader header;
     header.channels = 1;
     header.streamType = 8192;
     header.sampleRate = 8000;

@@ -70,7 +70,7 @@ double loudSeconds(const WavFiles::Samples& samples)
 
 QString talkPacket(int number, double frequency)
 {
-    framesmith::PacketHeader header;
+    PacketHeader header;
     header.channels = 1;
     header.streamType = 8192;
     header.sampleRate = 8000;

@@ -31,8 +31,7 @@ public:
         std::uint32_t position() const
         {
             const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.constData());
-            return framesmith::PacketHeader::fromBytes(data, static_cast<std::size_t>(bytes.size()))
-                ->position;
+            return PacketHeader::fromBytes(data, static_cast<std::size_t>(bytes.size()))->position;
         }
     };
 

@@ -30,7 +30,7 @@ std::vector<std::int16_t> readSoundFile(const QString& path, int rate)
     if (!file) {
         return samples;
     }
-    framesmith::PcmConverter converter(framesmith::SampleFormat::S16, info.samplerate, info.channels, rate);
+    PcmConverter converter(SampleFormat::S16, info.samplerate, info.channels, rate);
     if (!converter.valid()) {
         return samples;
     }
@@ -57,8 +57,8 @@ CameraVoice::CameraVoice(const CameraVoiceConfig& config) : m_config(config)
     }
     m_encoder = TalkEncoder::create(*m_config.codec);
     if (m_encoder) {
-        m_converter = std::make_unique<framesmith::PcmConverter>(framesmith::SampleFormat::S16, heardRate, 1,
-                                                                 m_encoder->format().sampleRate);
+        m_converter =
+            std::make_unique<PcmConverter>(SampleFormat::S16, heardRate, 1, m_encoder->format().sampleRate);
     }
     m_ticker.setTimerType(Qt::PreciseTimer);
     connect(&m_ticker, &QTimer::timeout, this,

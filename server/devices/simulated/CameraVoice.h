@@ -66,9 +66,9 @@ private:
 
     CameraVoiceConfig m_config;
     std::unique_ptr<TalkEncoder> m_encoder;
-    std::unique_ptr<framesmith::PcmConverter> m_converter; ///< From what it hears to the encoder's rate.
-    std::vector<std::int16_t> m_pending;                   ///< Less than a frame, at the encoder's rate.
-    std::vector<std::int16_t> m_fileSamples;               ///< At the encoder's rate.
+    std::unique_ptr<PcmConverter> m_converter; ///< From what it hears to the encoder's rate.
+    std::vector<std::int16_t> m_pending;       ///< Less than a frame, at the encoder's rate.
+    std::vector<std::int16_t> m_fileSamples;   ///< At the encoder's rate.
     std::size_t m_filePosition = 0;
     std::vector<RecordedPacket> m_recording; ///< Packets in the place of an encoder's.
     std::size_t m_recordingPosition = 0;

@@ -10,7 +10,7 @@ constexpr std::size_t maxQueue = 2U * SpeakerMixer::sampleRate; // samples; a ta
 
 SpeakerTalk::SpeakerTalk(SpeakerMixer& rack, int speaker)
     : m_rack(&rack),
-      m_converter(framesmith::SampleFormat::S16, TalkPacketDecoder::sampleRate, 1, SpeakerMixer::sampleRate),
+      m_converter(SampleFormat::S16, TalkPacketDecoder::sampleRate, 1, SpeakerMixer::sampleRate),
       m_queue(std::make_shared<std::vector<std::int16_t>>())
 {
     m_source =
