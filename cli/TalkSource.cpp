@@ -7,7 +7,7 @@
 namespace {
 
 constexpr double maxTalkSeconds = 86400; // s
-constexpr double fileTail = 0.3;      // s; lets the last packets of a file out
+constexpr double fileTail = 0.3;         // s; lets the last packets of a file out
 
 } // namespace
 

@@ -77,13 +77,13 @@ std::optional<EchoMeasure> TalkSummary::echo() const
 {
     return heardFile.isEmpty() || m_monitor.received() == 0
                ? std::nullopt
-               : EchoMeasure::between(m_monitor.said(), atTalkRate(heard), maxDelay);
+               : EchoMeasure::between(m_monitor.captured(), atTalkRate(received), maxDelay);
 }
 
 /** From the first packet to its sound, seconds. */
 double TalkSummary::eventToSound(const EchoMeasure& echo) const
 {
-    return m_monitor.firstReceivedSaidAt() + echo.firstDelay - m_monitor.firstReceivedAt();
+    return m_monitor.firstReceivedCapturedAt() + echo.firstDelay - m_monitor.firstReceivedAt();
 }
 
 void TalkSummary::printLines() const

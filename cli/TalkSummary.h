@@ -18,7 +18,7 @@ public:
     double duration = 0;    ///< Seconds.
     QStringList recordings; ///< Files that the server wrote.
     QString heardFile;      ///< Recording of the output; empty when the output could not be recorded.
-    TimedSound heard;       ///< Its contents.
+    TimedSound received;    ///< Its contents.
     QString whyNotHeard;    ///< Why heardFile is empty, if not for want of a monitor of the output.
 
     /** Prints to stdout, as lines or as a JSON object, whose keys docs/COMMANDS.md lists. */

@@ -2,11 +2,11 @@
 
 #include "client/PluginClient.h"
 #include "client/PluginHost.h"
-#include "desk/RequestTimeouts.h"
 #include "desk/DeskConnection.h"
 #include "desk/DeskSettings.h"
 #include "desk/PlaybackModel.h"
 #include "desk/ProtocolConstants.h"
+#include "desk/RequestTimeouts.h"
 #include "desk/ScheduleText.h"
 #include "desk/TalkControl.h"
 #include "desk/TalkMeters.h"

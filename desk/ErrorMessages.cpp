@@ -15,7 +15,8 @@ struct Message
 };
 
 const std::array<Message, 21> messages{{
-    {&ReturnCode::unknownCommand, QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know how to do this")},
+    {&ReturnCode::unknownCommand,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know how to do this")},
     {&ReturnCode::malformedRequest,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server did not understand the request")},
     {&ReturnCode::noSuchCamera, QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know this camera")},

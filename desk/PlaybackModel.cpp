@@ -1,8 +1,8 @@
 #include "desk/PlaybackModel.h"
 
 #include "client/PluginClient.h"
-#include "desk/RequestTimeouts.h"
 #include "desk/ErrorMessages.h"
+#include "desk/RequestTimeouts.h"
 #include "protocol/Limits.h"
 #include "protocol/ServerReply.h"
 #include "protocol/Words.h"
@@ -16,7 +16,8 @@ constexpr qint64 endSlack = 2000; // ms; another client's file may have taken th
 
 } // namespace
 
-PlaybackModel::PlaybackModel(PluginClient& plugin, const RequestTimeouts& watch) : m_plugin(plugin), m_watch(watch)
+PlaybackModel::PlaybackModel(PluginClient& plugin, const RequestTimeouts& watch)
+    : m_plugin(plugin), m_watch(watch)
 {
     m_timer.setInterval(tickInterval);
     connect(&m_timer, &QTimer::timeout, this, &PlaybackModel::tick);
@@ -77,7 +78,7 @@ void PlaybackModel::end(std::size_t row, State state, const QString& problem)
 }
 
 void PlaybackModel::play(bool group, int id, const QString& name, int file, const QString& fileName,
-                        int length)
+                         int length)
 {
     // A speaker plays one file at a time: the new one takes the place of the old one, and its row.
     for (std::size_t row = m_entries.size(); row-- > 0;) {
@@ -127,7 +128,7 @@ void PlaybackModel::dismiss(int row)
 }
 
 void PlaybackModel::replyArrived(const QString& /*command*/, const QString& returnCode,
-                                const QString& errorText, quint64 request, const QVariant& result)
+                                 const QString& errorText, quint64 request, const QVariant& result)
 {
     const auto entry = std::find_if(m_entries.begin(), m_entries.end(), [request](const Entry& e) {
         return e.request == request && (e.state == Asked || e.state == Playing);
@@ -155,7 +156,7 @@ void PlaybackModel::replyArrived(const QString& /*command*/, const QString& retu
 }
 
 void PlaybackModel::playAudioError(const QString& target, const QString& file, const QString& error,
-                                  const QString& schedule)
+                                   const QString& schedule)
 {
     for (std::size_t row = 0; row < m_entries.size(); ++row) {
         if (m_entries[row].name == target && m_entries[row].state != Ended) {

@@ -17,11 +17,11 @@ RequestTimeouts::RequestTimeouts(int limit) : m_limit(limit)
 {
     m_clock.start();
     m_timer.setInterval(lookInterval);
-    connect(&m_timer, &QTimer::timeout, this, &RequestTimeouts::look);
+    connect(&m_timer, &QTimer::timeout, this, &RequestTimeouts::checkDue);
 }
 
 void RequestTimeouts::commandSent(const QString& command, const QVariant& /*payload*/, bool accepted,
-                               quint64 request)
+                                  quint64 request)
 {
     if (command == Vocabulary::TalkData) {
         return; // sound is not waited for
@@ -38,7 +38,7 @@ void RequestTimeouts::commandSent(const QString& command, const QVariant& /*payl
 }
 
 void RequestTimeouts::replyArrived(const QString& /*command*/, const QString& returnCode,
-                                const QString& errorText, quint64 request)
+                                   const QString& errorText, quint64 request)
 {
     m_lastAnswered = request;
     m_errorCode = returnCode;
@@ -73,7 +73,7 @@ void RequestTimeouts::dismiss()
     }
 }
 
-void RequestTimeouts::look()
+void RequestTimeouts::checkDue()
 {
     const qint64 now = m_clock.elapsed();
     const auto late = std::stable_partition(m_waiting.begin(), m_waiting.end(),

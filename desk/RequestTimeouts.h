@@ -63,7 +63,7 @@ private:
         qint64 deadline;
     };
 
-    void look();
+    void checkDue();
 
     int m_limit;
     QElapsedTimer m_clock;

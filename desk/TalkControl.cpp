@@ -1,8 +1,8 @@
 #include "desk/TalkControl.h"
 
 #include "client/PluginClient.h"
-#include "desk/RequestTimeouts.h"
 #include "desk/ErrorMessages.h"
+#include "desk/RequestTimeouts.h"
 #include "protocol/Words.h"
 
 namespace {
@@ -20,7 +20,8 @@ QString speakerKey(int id)
 
 } // namespace
 
-TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch, int answerTimeout)
+TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch,
+                         int answerTimeout)
     : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, answerTimeout)
 {
     connect(&m_test, &SpeakerTest::tested, this, [this](int speaker, bool success, const QString& text) {

@@ -66,8 +66,8 @@ void TalkMeters::setActive(bool active)
     }
     m_active = active;
     if (active) {
-        m_said = Meter();
-        m_heard = Meter();
+        m_captured = Meter();
+        m_received = Meter();
         m_streams.clear();
         m_timer.start();
     }
@@ -75,10 +75,10 @@ void TalkMeters::setActive(bool active)
 
 void TalkMeters::tick()
 {
-    m_said.tick();
-    m_heard.tick();
+    m_captured.tick();
+    m_received.tick();
     Q_EMIT ticked();
-    if (!m_active && m_said.level <= 0 && m_heard.level <= 0) {
+    if (!m_active && m_captured.level <= 0 && m_received.level <= 0) {
         m_timer.stop(); // the meters have come down
     }
 }
@@ -91,7 +91,7 @@ void TalkMeters::commandSent(const QString& command, const QVariant& payload, bo
     Q_EMIT packetSent();
     const QByteArray text = payload.toMap().value(Vocabulary::talkData).toString().toLatin1();
     if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
-        m_said.take(talk->samples, TalkPacketDecoder::sampleRate);
+        m_captured.take(talk->samples, TalkPacketDecoder::sampleRate);
     }
 }
 
@@ -122,7 +122,7 @@ void TalkMeters::eventArrived(const QString& event, const QVariant& payload)
     }
     if (const auto samples = stream->decode(packet.mid(static_cast<int>(offset), static_cast<int>(length)))) {
         const auto channels = static_cast<int>(std::clamp(number(Words::AudioChannelNum) & 255U, 1U, 8U));
-        m_heard.take(*samples, channels * static_cast<int>(
-                                              std::clamp(number(Words::AudioSamplingFreq), 8000U, 192000U)));
+        m_received.take(*samples, channels * static_cast<int>(std::clamp(number(Words::AudioSamplingFreq),
+                                                                         8000U, 192000U)));
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "audio/TalkPacketDecoder.h"
 #include "audio/PacketStream.h"
+#include "audio/TalkPacketDecoder.h"
 
 #include <QHash>
 #include <QObject>
@@ -20,16 +20,16 @@ class TalkMeters : public QObject
 {
     Q_OBJECT
     /** 0 at -60 dBFS and below, 1 at full scale. */
-    Q_PROPERTY(qreal said READ said NOTIFY ticked)
-    Q_PROPERTY(qreal heard READ heard NOTIFY ticked)
+    Q_PROPERTY(qreal captured READ captured NOTIFY ticked)
+    Q_PROPERTY(qreal received READ received NOTIFY ticked)
 
 public:
     static constexpr int historyLength = 200; ///< Peaks, 50 ms each.
 
     enum Direction
     {
-        Said,
-        Heard,
+        Captured,
+        Received,
     };
     Q_ENUM(Direction)
 
@@ -42,11 +42,11 @@ public:
 
     TalkMeters();
 
-    qreal said() const { return m_said.level; }
-    qreal heard() const { return m_heard.level; }
+    qreal captured() const { return m_captured.level; }
+    qreal received() const { return m_received.level; }
     const History& history(Direction direction) const
     {
-        return direction == Said ? m_said.history : m_heard.history;
+        return direction == Captured ? m_captured.history : m_received.history;
     }
 
     /** Measures while there is a talk; clears the line at its start. */
@@ -80,8 +80,8 @@ private:
 
     TalkPacketDecoder m_decoder;
     QHash<QString, std::shared_ptr<PacketStream>> m_streams; ///< By token.
-    Meter m_said;
-    Meter m_heard;
+    Meter m_captured;
+    Meter m_received;
     QTimer m_timer;
     bool m_active = false;
 };

@@ -29,6 +29,6 @@ Q_SIGNALS:
 
 private:
     QPointer<TalkMeters> m_meters;
-    int m_direction = TalkMeters::Said;
+    int m_direction = TalkMeters::Captured;
     QColor m_color = Qt::black;
 };

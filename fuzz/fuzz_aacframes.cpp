@@ -31,9 +31,9 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::array<std::uint32_t, 16> rates{96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050,
                                               16000, 12000, 11025, 8000,  7350,  0,     1,     0xFFFFFFFF};
-constexpr std::size_t headerSize = 7;            // ADTS, without a check sum
+constexpr std::size_t headerSize = 7;        // ADTS, without a check sum
 constexpr std::size_t maxPacket = 1U << 20U; // bytes, after repetition
-constexpr unsigned maxRepeats = 17;             // as a power of two
+constexpr unsigned maxRepeats = 17;          // as a power of two
 constexpr std::size_t maxPackets = 8;
 constexpr std::size_t maxHeld = 64U << 20U; // bytes between two packets; a block of PCM has 576,000
 

@@ -21,9 +21,9 @@ extern "C" {
 
 namespace {
 
-constexpr int maxStreams = 3;  // each opens an output
-constexpr int maxPackets = 4;  // of a stream
-constexpr int maxWait = 60; // ms, for the packets of a stream to be played
+constexpr int maxStreams = 3; // each opens an output
+constexpr int maxPackets = 4; // of a stream
+constexpr int maxWait = 60;   // ms, for the packets of a stream to be played
 
 int queued = 0;              // packets that an output may ask for
 std::atomic<int> decoded{0}; // packets that it has asked for

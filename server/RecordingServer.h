@@ -48,7 +48,7 @@ public:
     QString errorString() const { return m_errorString; }
 
     /** Looks for schedules that are due, beside the regular looks. */
-    void lookAtSchedules() { m_scheduleRunner.look(); }
+    void checkDueSchedules() { m_scheduleRunner.checkDue(); }
 
     /** The names of the commands that it executes: those of CommandTable. */
     QStringList commands() const { return m_executors.keys(); }

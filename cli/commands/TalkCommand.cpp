@@ -180,7 +180,7 @@ private:
         }
         if (m_recorder.running() && m_recorder.write(heardFile)) {
             summary.heardFile = heardFile;
-            summary.heard = m_recorder.sound();
+            summary.received = m_recorder.sound();
         } else if (m_recorder.running()) {
             summary.whyNotHeard = QStringLiteral("%1 cannot be written").arg(heardFile);
         }

@@ -21,18 +21,18 @@ struct Match
 };
 
 /** Where a piece of speech is in the recording, between two offsets. */
-Match find(const std::int16_t* piece, std::ptrdiff_t length, const std::vector<std::int16_t>& heard,
+Match find(const std::int16_t* piece, std::ptrdiff_t length, const std::vector<std::int16_t>& received,
            std::ptrdiff_t from, std::ptrdiff_t to)
 {
     Match best{0, 0};
     from = std::max<std::ptrdiff_t>(from, 0);
-    to = std::min(to, static_cast<std::ptrdiff_t>(heard.size()) - length);
+    to = std::min(to, static_cast<std::ptrdiff_t>(received.size()) - length);
     double pieceEnergy = 0;
     for (std::ptrdiff_t i = 0; i < length; ++i) {
         pieceEnergy += static_cast<double>(piece[i]) * piece[i];
     }
     for (std::ptrdiff_t offset = from; offset <= to; ++offset) {
-        const std::int16_t* candidate = heard.data() + offset;
+        const std::int16_t* candidate = received.data() + offset;
         std::int64_t product = 0;
         std::int64_t energy = 0;
         for (std::ptrdiff_t i = 0; i < length; ++i) {
@@ -50,29 +50,29 @@ Match find(const std::int16_t* piece, std::ptrdiff_t length, const std::vector<s
 
 } // namespace
 
-std::optional<EchoMeasure> EchoMeasure::between(const TimedSound& said, const TimedSound& heard,
+std::optional<EchoMeasure> EchoMeasure::between(const TimedSound& captured, const TimedSound& received,
                                                 double maxDelay)
 {
-    const double rate = said.sampleRate;
+    const double rate = captured.sampleRate;
     const auto length = static_cast<std::ptrdiff_t>(pieceTime * rate);
     const auto samplesOf = [rate](double seconds) {
         return static_cast<std::ptrdiff_t>(std::lround(seconds * rate));
     };
     EchoMeasure measure;
     std::vector<double> correlations;
-    for (std::ptrdiff_t begin = 0; begin + length <= static_cast<std::ptrdiff_t>(said.samples.size());
+    for (std::ptrdiff_t begin = 0; begin + length <= static_cast<std::ptrdiff_t>(captured.samples.size());
          begin += length) {
-        const std::int16_t* piece = said.samples.data() + begin;
+        const std::int16_t* piece = captured.samples.data() + begin;
         if (SoundLevel::rmsDbfs(std::vector<std::int16_t>(piece, piece + length)) < speechLevel) {
             continue;
         }
         // Offset in the recording that a delay of nothing would have.
-        const std::ptrdiff_t origin = begin + samplesOf(said.startTime - heard.startTime);
+        const std::ptrdiff_t origin = begin + samplesOf(captured.startTime - received.startTime);
         const bool first = measure.pieces == 0;
         const double from = first ? 0 : measure.lastDelay - searchBack;
         const double to = first ? maxDelay : measure.lastDelay + searchAhead;
         const Match match =
-            find(piece, length, heard.samples, origin + samplesOf(from), origin + samplesOf(to));
+            find(piece, length, received.samples, origin + samplesOf(from), origin + samplesOf(to));
         if (match.correlation < leastCorrelation) {
             ++measure.lost;
             continue;

@@ -23,6 +23,6 @@ struct EchoMeasure
      * @param maxDelay the longest delay that is searched, seconds
      * @return empty when no piece was found, or nothing was said
      */
-    static std::optional<EchoMeasure> between(const TimedSound& said, const TimedSound& heard,
+    static std::optional<EchoMeasure> between(const TimedSound& captured, const TimedSound& received,
                                               double maxDelay);
 };

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t maxSaid = 600U * TalkPacketDecoder::sampleRate; // samples, ten minutes
+constexpr std::size_t maxCaptured = 600U * TalkPacketDecoder::sampleRate; // samples, ten minutes
 
 } // namespace
 
@@ -31,26 +31,26 @@ void TalkMonitor::commandSent(const QString& command, const QVariant& payload, b
         m_level = SoundLevel::rmsDbfs(talk->samples);
         m_loudest = std::max(m_loudest, m_level);
         m_commandTimes.push_back(now - SteadyClock::fromMicroseconds(talk->captureTime));
-        keepSaid(*talk);
+        keepCaptured(*talk);
     }
 }
 
-void TalkMonitor::keepSaid(const DecodedTalk& talk)
+void TalkMonitor::keepCaptured(const DecodedTalk& talk)
 {
-    if (m_said.samples.empty()) {
-        m_said.sampleRate = TalkPacketDecoder::sampleRate;
-        m_said.startTime = SteadyClock::fromMicroseconds(talk.captureTime) -
-                           static_cast<double>(talk.samples.size()) / TalkPacketDecoder::sampleRate;
-        m_saidPosition = talk.position;
+    if (m_captured.samples.empty()) {
+        m_captured.sampleRate = TalkPacketDecoder::sampleRate;
+        m_captured.startTime = SteadyClock::fromMicroseconds(talk.captureTime) -
+                               static_cast<double>(talk.samples.size()) / TalkPacketDecoder::sampleRate;
+        m_capturedPosition = talk.position;
     }
-    const std::size_t begin = talk.position - m_saidPosition;
+    const std::size_t begin = talk.position - m_capturedPosition;
     const std::size_t end = begin + talk.samples.size();
-    if (end > maxSaid) {
+    if (end > maxCaptured) {
         return;
     }
-    m_said.samples.resize(std::max(m_said.samples.size(), end));
+    m_captured.samples.resize(std::max(m_captured.samples.size(), end));
     std::copy(talk.samples.begin(), talk.samples.end(),
-              m_said.samples.begin() + static_cast<std::ptrdiff_t>(begin));
+              m_captured.samples.begin() + static_cast<std::ptrdiff_t>(begin));
 }
 
 void TalkMonitor::eventArrived(const QString& event, const QVariant& payload)
@@ -68,6 +68,6 @@ void TalkMonitor::eventArrived(const QString& event, const QVariant& payload)
                                                 static_cast<std::size_t>(packet.size()));
     if (header && header->sampleRate > 0) {
         m_firstReceivedPosition = static_cast<double>(header->position) / header->sampleRate -
-                                  static_cast<double>(m_saidPosition) / TalkPacketDecoder::sampleRate;
+                                  static_cast<double>(m_capturedPosition) / TalkPacketDecoder::sampleRate;
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "audio/TalkPacketDecoder.h"
 #include "audio/SoundLevel.h"
+#include "audio/TalkPacketDecoder.h"
 #include "audio/TimedSound.h"
 
 #include <QObject>
@@ -31,14 +31,14 @@ public:
 
     /** Returns the captured speech, with the time of its capture; ten minutes at most. Lost packets are
      * silence. */
-    const TimedSound& said() const { return m_said; }
+    const TimedSound& captured() const { return m_captured; }
 
     /** Returns the number of packets received. */
     int received() const { return m_received; }
     /** Returns when the first packet was received, seconds of the steady clock. */
     double firstReceivedAt() const { return m_firstReceivedAt; }
     /** Returns when the first sound received was captured, by its position; seconds of the same clock. */
-    double firstReceivedSaidAt() const { return m_said.startTime + m_firstReceivedPosition; }
+    double firstReceivedCapturedAt() const { return m_captured.startTime + m_firstReceivedPosition; }
 
 public Q_SLOTS:
     /** Measures a command of PluginHost::commandSent if it is a talk packet. */
@@ -47,7 +47,7 @@ public Q_SLOTS:
     void eventArrived(const QString& event, const QVariant& payload);
 
 private:
-    void keepSaid(const DecodedTalk& talk);
+    void keepCaptured(const DecodedTalk& talk);
 
     TalkPacketDecoder m_decoder;
     int m_packets = 0;
@@ -57,8 +57,8 @@ private:
     double m_level = SoundLevel::silence;
     double m_loudest = SoundLevel::silence;
     std::vector<double> m_commandTimes;
-    TimedSound m_said;
-    std::uint32_t m_saidPosition = 0; ///< Of the first sample kept.
+    TimedSound m_captured;
+    std::uint32_t m_capturedPosition = 0; ///< Of the first sample kept.
     int m_received = 0;
     double m_firstReceivedAt = 0;
     double m_firstReceivedPosition = 0; ///< Seconds since the first sample kept.

@@ -191,10 +191,10 @@ RowLayout {
 
             PlainText { text: qsTr("Microphone"); color: Theme.text; font.pixelSize: Theme.textSize }
             LevelMeter {
-                objectName: "saidMeter"
+                objectName: "capturedMeter"
                 Layout.fillWidth: true
                 name: qsTr("Level of the microphone")
-                level: root.talk.muted ? 0 : desk.meters.said
+                level: root.talk.muted ? 0 : desk.meters.captured
             }
             ActionButton {
                 id: mute
@@ -227,11 +227,11 @@ RowLayout {
             PlainText { text: qsTr("%1 %").arg(Math.round(volume.value)); color: Theme.text; font.pixelSize: Theme.textSize; Layout.minimumWidth: 50 }
             PlainText { text: qsTr("Heard"); color: Theme.text; font.pixelSize: Theme.textSize }
             LevelMeter {
-                objectName: "heardMeter"
+                objectName: "receivedMeter"
                 Layout.fillWidth: true
                 Layout.columnSpan: 2
                 name: qsTr("Level of what is heard")
-                level: desk.meters.heard
+                level: desk.meters.received
             }
         }
 
@@ -251,7 +251,7 @@ RowLayout {
                     Layout.fillWidth: true
                     Layout.fillHeight: true
                     meters: desk.meters
-                    direction: TalkMeters.Said
+                    direction: TalkMeters.Captured
                     color: Theme.accent
                 }
                 QuietText { text: qsTr("Heard") }
@@ -259,7 +259,7 @@ RowLayout {
                     Layout.fillWidth: true
                     Layout.fillHeight: true
                     meters: desk.meters
-                    direction: TalkMeters.Heard
+                    direction: TalkMeters.Received
                     color: Theme.good
                 }
             }

@@ -23,7 +23,7 @@ struct SocketConfig
 {
     QHostAddress address = QHostAddress::LocalHost; ///< Of the interface to listen on.
     quint16 port = 0;                               ///< 0 for any free one.
-    UserStore users;                                 ///< Who may log in.
+    UserStore users;                                ///< Who may log in.
     int maxClients = Limits::maxClients;            ///< Further ones are refused.
     qint64 maxWaitingBytes =
         Limits::maxWaitingBytes; ///< Unsent, for a client; one with more is disconnected.

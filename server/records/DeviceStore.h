@@ -2,8 +2,8 @@
 
 #include "protocol/ServerReply.h"
 #include "server/devices/SpeakerBackend.h"
-#include "server/records/RecordDatabase.h"
 #include "server/records/PasswordCipher.h"
+#include "server/records/RecordDatabase.h"
 
 #include <QList>
 
@@ -19,7 +19,8 @@ class DeviceStore
 {
 public:
     /** Both arguments outlive the store. */
-    DeviceStore(RecordDatabase& database, const PasswordCipher& secrets) : m_database(database), m_secrets(secrets)
+    DeviceStore(RecordDatabase& database, const PasswordCipher& secrets)
+        : m_database(database), m_secrets(secrets)
     {
     }
 

@@ -20,7 +20,10 @@ unsigned char* bytesOf(QByteArray& bytes)
 
 } // namespace
 
-PasswordCipher::PasswordCipher(const QString& keyFile, bool mayMakeKey) : m_key(readOrMakeKey(keyFile, mayMakeKey)) {}
+PasswordCipher::PasswordCipher(const QString& keyFile, bool mayMakeKey)
+    : m_key(readOrMakeKey(keyFile, mayMakeKey))
+{
+}
 
 int PasswordCipher::overhead()
 {

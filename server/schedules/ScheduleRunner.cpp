@@ -9,7 +9,7 @@ constexpr int lookInterval = 500; // ms
 ScheduleRunner::ScheduleRunner(ScheduleStore& store, ServerClock clock)
     : m_store(store), m_clock(std::move(clock)), m_lastLook(m_clock.now())
 {
-    connect(&m_timer, &QTimer::timeout, this, &ScheduleRunner::look);
+    connect(&m_timer, &QTimer::timeout, this, &ScheduleRunner::checkDue);
 }
 
 void ScheduleRunner::start()
@@ -18,7 +18,7 @@ void ScheduleRunner::start()
     m_timer.start(lookInterval);
 }
 
-void ScheduleRunner::look()
+void ScheduleRunner::checkDue()
 {
     const QDateTime now = m_clock.now();
     if (now <= m_lastLook) {

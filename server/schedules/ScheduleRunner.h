@@ -34,7 +34,7 @@ public:
     void start();
 
     /** Checks for due schedules now. */
-    void look();
+    void checkDue();
 
 Q_SIGNALS:
     /**

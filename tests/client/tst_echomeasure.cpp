@@ -14,7 +14,7 @@ private Q_SLOTS:
     void steadyEcho();
     void gapsAreFound();
     void quieterEcho();
-    void nothingSaid();
+    void nothingCaptured();
     void anotherSound();
     void missingPiece();
 };
@@ -25,28 +25,29 @@ constexpr int rate = 8000;
 
 TimedSound speech()
 {
-    TimedSound said;
-    said.samples = WavFiles::resample(WavFiles::read(QStringLiteral(ANNOUNCEMENT_WAV)), 16000, rate);
-    said.sampleRate = rate;
-    said.startTime = 100;
-    return said;
+    TimedSound captured;
+    captured.samples = WavFiles::resample(WavFiles::read(QStringLiteral(ANNOUNCEMENT_WAV)), 16000, rate);
+    captured.sampleRate = rate;
+    captured.startTime = 100;
+    return captured;
 }
 
 /** The speech again, with pauses put in. @param pauses place and length, samples */
-TimedSound echoOf(const TimedSound& said, double delay, const std::vector<std::pair<int, int>>& pauses = {})
+TimedSound echoOf(const TimedSound& captured, double delay,
+                  const std::vector<std::pair<int, int>>& pauses = {})
 {
-    TimedSound heard;
-    heard.sampleRate = rate;
-    heard.startTime = said.startTime - 1.5; // the recording began before
-    heard.samples.resize(static_cast<std::size_t>(std::lround((delay + 1.5) * rate)));
-    auto rest = said.samples.begin();
+    TimedSound received;
+    received.sampleRate = rate;
+    received.startTime = captured.startTime - 1.5; // the recording began before
+    received.samples.resize(static_cast<std::size_t>(std::lround((delay + 1.5) * rate)));
+    auto rest = captured.samples.begin();
     for (const auto& [place, length] : pauses) {
-        heard.samples.insert(heard.samples.end(), rest, said.samples.begin() + place);
-        heard.samples.insert(heard.samples.end(), static_cast<std::size_t>(length), 0);
-        rest = said.samples.begin() + place;
+        received.samples.insert(received.samples.end(), rest, captured.samples.begin() + place);
+        received.samples.insert(received.samples.end(), static_cast<std::size_t>(length), 0);
+        rest = captured.samples.begin() + place;
     }
-    heard.samples.insert(heard.samples.end(), rest, said.samples.end());
-    return heard;
+    received.samples.insert(received.samples.end(), rest, captured.samples.end());
+    return received;
 }
 
 } // namespace
@@ -62,8 +63,8 @@ void TestEchoMeasure::steadyEcho_data()
 void TestEchoMeasure::steadyEcho()
 {
     QFETCH(double, delay);
-    const TimedSound said = speech();
-    const auto echo = EchoMeasure::between(said, echoOf(said, delay), 4);
+    const TimedSound captured = speech();
+    const auto echo = EchoMeasure::between(captured, echoOf(captured, delay), 4);
     QVERIFY(echo);
     QVERIFY(std::abs(echo->firstDelay - delay) < 0.0002);
     QVERIFY(std::abs(echo->lastDelay - delay) < 0.0002);
@@ -75,8 +76,8 @@ void TestEchoMeasure::steadyEcho()
 
 void TestEchoMeasure::gapsAreFound()
 {
-    const TimedSound said = speech();
-    const auto echo = EchoMeasure::between(said, echoOf(said, 0.5, {{12800, 400}, {32000, 160}}), 4);
+    const TimedSound captured = speech();
+    const auto echo = EchoMeasure::between(captured, echoOf(captured, 0.5, {{12800, 400}, {32000, 160}}), 4);
     QVERIFY(echo);
     QCOMPARE(echo->gaps, 2);
     QVERIFY(std::abs(echo->gapTime - 0.07) < 0.0005);
@@ -85,17 +86,17 @@ void TestEchoMeasure::gapsAreFound()
 
 void TestEchoMeasure::quieterEcho()
 {
-    const TimedSound said = speech();
-    TimedSound heard = echoOf(said, 0.5);
-    for (auto& sample : heard.samples) {
+    const TimedSound captured = speech();
+    TimedSound received = echoOf(captured, 0.5);
+    for (auto& sample : received.samples) {
         sample = static_cast<std::int16_t>(sample / 8);
     }
-    const auto echo = EchoMeasure::between(said, heard, 4);
+    const auto echo = EchoMeasure::between(captured, received, 4);
     QVERIFY(echo);
     QVERIFY(std::abs(echo->firstDelay - 0.5) < 0.0005);
 }
 
-void TestEchoMeasure::nothingSaid()
+void TestEchoMeasure::nothingCaptured()
 {
     TimedSound silence;
     silence.sampleRate = rate;
@@ -108,18 +109,18 @@ void TestEchoMeasure::nothingSaid()
 
 void TestEchoMeasure::anotherSound()
 {
-    const TimedSound said = speech();
-    TimedSound tone = echoOf(said, 0.5);
+    const TimedSound captured = speech();
+    TimedSound tone = echoOf(captured, 0.5);
     tone.samples = WavFiles::sine(2900, 0.5, 8, rate);
-    QVERIFY(!EchoMeasure::between(said, tone, 1));
+    QVERIFY(!EchoMeasure::between(captured, tone, 1));
 }
 
 void TestEchoMeasure::missingPiece()
 {
-    const TimedSound said = speech();
-    TimedSound heard = echoOf(said, 0.5);
-    std::fill(heard.samples.begin() + 32000, heard.samples.begin() + 48000, std::int16_t{0});
-    const auto echo = EchoMeasure::between(said, heard, 2);
+    const TimedSound captured = speech();
+    TimedSound received = echoOf(captured, 0.5);
+    std::fill(received.samples.begin() + 32000, received.samples.begin() + 48000, std::int16_t{0});
+    const auto echo = EchoMeasure::between(captured, received, 2);
     QVERIFY(echo);
     QVERIFY(echo->lost >= 3);
     QCOMPARE(echo->gaps, 0);

@@ -97,14 +97,14 @@ void TestDeskWindow::talkToACamera()
     desk.click(desk.item("talkButton"));
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
     QVERIFY(desk.shows("Talking to Front gate"));
-    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
-    QTRY_VERIFY(desk.item("heardMeter")->property("level").toReal() > 0.3); // the camera's echo
+    QTRY_VERIFY(desk.item("capturedMeter")->property("level").toReal() > 0.3);
+    QTRY_VERIFY(desk.item("receivedMeter")->property("level").toReal() > 0.3); // the camera's echo
     QTRY_COMPARE(desk.item("talkClock")->property("text").toString(), QString("0:02"));
     QVERIFY(SignalMeasure::levelDbfs(loudspeaker.sound()) > -40); // and it is heard in the room
     desk.shoot("talking");
     desk.click("Mute the microphone");
     QVERIFY(desk.item("mutedSign"));
-    QTRY_COMPARE(desk.item("saidMeter")->property("level").toReal(), 0.0);
+    QTRY_COMPARE(desk.item("capturedMeter")->property("level").toReal(), 0.0);
     desk.shoot("muted");
     desk.page(3);
     QVERIFY(desk.shows("The microphone is muted."));
@@ -118,9 +118,9 @@ void TestDeskWindow::talkToACamera()
     const QDir recordings(desk.folder() + "/recordings");
     const QStringList files = recordings.entryList({"camera-1*.wav"}, QDir::Files);
     QCOMPARE(files.size(), 1);
-    const auto heard = WavFiles::read(recordings.filePath(files.first()));
-    QVERIFY(
-        std::any_of(heard.begin(), heard.end(), [](std::int16_t sample) { return std::abs(sample) > 3000; }));
+    const auto received = WavFiles::read(recordings.filePath(files.first()));
+    QVERIFY(std::any_of(received.begin(), received.end(),
+                        [](std::int16_t sample) { return std::abs(sample) > 3000; }));
 }
 
 void TestDeskWindow::talkKey()
@@ -168,7 +168,7 @@ void TestDeskWindow::hintOfTheTalkKey()
     QTRY_COMPARE(talk.phase(), TalkControl::Talking);
     QVERIFY(desk.gone("mutedSign"));
     QCOMPARE(hint(), held);
-    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    QTRY_VERIFY(desk.item("capturedMeter")->property("level").toReal() > 0.3);
     QTest::keyRelease(desk.window(), Qt::Key_Space);
     QTRY_COMPARE(talk.phase(), TalkControl::Idle);
     QVERIFY(desk.item("mutedSign"));
@@ -421,7 +421,7 @@ void TestDeskWindow::severalSpeakersAtOnce()
     QTRY_COMPARE(desk.desk().talk()->partners(), QString("Hall, Stairs"));
     QVERIFY(desk.shows("Roof cannot be talked to"));
     QVERIFY(desk.shows("The talk goes on with the others."));
-    QTRY_VERIFY(desk.item("saidMeter")->property("level").toReal() > 0.3);
+    QTRY_VERIFY(desk.item("capturedMeter")->property("level").toReal() > 0.3);
     desk.shoot("several-speakers");
     desk.click(desk.item("talkButton"));
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);

@@ -1,8 +1,8 @@
 // Playbacks as the desk keeps them, over a stand-in for the plug-in's signals and invokables.
 
 #include "client/PluginClient.h"
-#include "desk/RequestTimeouts.h"
 #include "desk/PlaybackModel.h"
+#include "desk/RequestTimeouts.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>

@@ -1,5 +1,5 @@
-#include "desk/RequestTimeouts.h"
 #include "desk/ErrorMessages.h"
+#include "desk/RequestTimeouts.h"
 #include "protocol/ServerReply.h"
 
 #include <QSignalSpy>

@@ -1,7 +1,7 @@
 // Talks as the operator's controls see them, over the real plug-in; the other end of the link is the test.
 
-#include "audio/TalkPacketDecoder.h"
 #include "audio/SoundLevel.h"
+#include "audio/TalkPacketDecoder.h"
 #include "client/PluginClient.h"
 #include "client/PluginHost.h"
 #include "desk/RequestTimeouts.h"

@@ -13,8 +13,8 @@ class TestTalkMeters : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void saidIsMeasured();
-    void heardIsMeasured();
+    void capturedIsMeasured();
+    void receivedIsMeasured();
     void restsWithoutATalk();
     void lineHasNoGaps();
     void hostilePackets_data();
@@ -62,7 +62,7 @@ float highest(const TalkMeters& meters, TalkMeters::Direction direction)
 
 } // namespace
 
-void TestTalkMeters::saidIsMeasured()
+void TestTalkMeters::capturedIsMeasured()
 {
     TalkMeters meters;
     QSignalSpy sent(&meters, &TalkMeters::packetSent);
@@ -70,24 +70,24 @@ void TestTalkMeters::saidIsMeasured()
     meters.commandSent("StartTalk", QVariant(), true);
     QCOMPARE(sent.size(), 0);
     meters.commandSent("TalkData", talkData('\xFF'), true);
-    QCOMPARE(meters.said(), 0.0);
+    QCOMPARE(meters.captured(), 0.0);
     meters.commandSent("TalkData", talkData('\0'), true);
     meters.commandSent("TalkData", talkData('\0'), true);
     QCOMPARE(sent.size(), 3);
-    QVERIFY(meters.said() > 0.95);
-    QTRY_VERIFY(highest(meters, TalkMeters::Said) > 0.95F);
-    QCOMPARE(highest(meters, TalkMeters::Heard), 0.0F);
-    QTRY_COMPARE(meters.said(), 0.0); // and falls by itself
+    QVERIFY(meters.captured() > 0.95);
+    QTRY_VERIFY(highest(meters, TalkMeters::Captured) > 0.95F);
+    QCOMPARE(highest(meters, TalkMeters::Received), 0.0F);
+    QTRY_COMPARE(meters.captured(), 0.0); // and falls by itself
 }
 
-void TestTalkMeters::heardIsMeasured()
+void TestTalkMeters::receivedIsMeasured()
 {
     TalkMeters meters;
     meters.setActive(true);
     hear(meters, received('\0'));
     hear(meters, received('\0'));
-    QVERIFY(meters.heard() > 0.95);
-    QTRY_VERIFY(highest(meters, TalkMeters::Heard) > 0.95F);
+    QVERIFY(meters.received() > 0.95);
+    QTRY_VERIFY(highest(meters, TalkMeters::Received) > 0.95F);
 }
 
 void TestTalkMeters::restsWithoutATalk()
@@ -95,13 +95,13 @@ void TestTalkMeters::restsWithoutATalk()
     TalkMeters meters;
     QSignalSpy ticked(&meters, &TalkMeters::ticked);
     hear(meters, received('\0'));
-    QCOMPARE(meters.heard(), 0.0);
+    QCOMPARE(meters.received(), 0.0);
     QVERIFY(!ticked.wait(300)); // no work while nobody talks
     meters.setActive(true);
     QVERIFY(ticked.wait());
     meters.commandSent("TalkData", talkData('\0'), true);
     meters.setActive(false);
-    QTRY_COMPARE(meters.said(), 0.0);
+    QTRY_COMPARE(meters.captured(), 0.0);
     QTest::qWait(100);
     ticked.clear();
     QVERIFY(!ticked.wait(300));
@@ -117,11 +117,11 @@ void TestTalkMeters::lineHasNoGaps()
             [&meters] { meters.commandSent("TalkData", talkData('\0'), true); });
     speaker.start(80);
     const auto loud = [&meters] {
-        const auto& peaks = meters.history(TalkMeters::Said).peaks;
+        const auto& peaks = meters.history(TalkMeters::Captured).peaks;
         return std::count_if(peaks.begin(), peaks.end(), [](float peak) { return peak > 0.5F; });
     };
     QTRY_VERIFY(loud() > 25);
-    const auto& history = meters.history(TalkMeters::Said);
+    const auto& history = meters.history(TalkMeters::Captured);
     int quiet = 0;
     for (std::size_t back = 1; back <= 20; ++back) {
         quiet +=
@@ -163,7 +163,7 @@ void TestTalkMeters::hostilePackets()
     meters.commandSent("TalkData", QVariantMap{{"talkData", "%%%"}}, true);
     QSignalSpy ticked(&meters, &TalkMeters::ticked);
     QVERIFY(ticked.wait());
-    QVERIFY(meters.heard() >= 0 && meters.heard() <= 1);
+    QVERIFY(meters.received() >= 0 && meters.received() <= 1);
 }
 
 void TestTalkMeters::manyTokens()
@@ -175,7 +175,7 @@ void TestTalkMeters::manyTokens()
         fields["Token"] = QString::number(i);
         hear(meters, fields);
     }
-    QCOMPARE(meters.heard(), 0.0);
+    QCOMPARE(meters.received(), 0.0);
 }
 
 QTEST_GUILESS_MAIN(TestTalkMeters)

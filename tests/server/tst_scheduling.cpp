@@ -106,7 +106,7 @@ struct Scheduled : ServerHarness
         const QDateTime end = local(text);
         while (time < end) {
             time = std::min(time.addSecs(stepSeconds), end);
-            server->lookAtSchedules();
+            server->checkDueSchedules();
         }
         QCoreApplication::processEvents();
         return static_cast<int>(events.size() - before);
@@ -266,7 +266,7 @@ void TestScheduling::clockSetBack()
     server.ask("AddNetworkAudioSchedule", server.schedule(record(0, "2026-05-04T08:30:00")));
     QCOMPARE(server.runsUntil("2026-05-04T08:31:00"), 1);
     server.time = local("2026-05-04T08:20:00");
-    server.server->lookAtSchedules();
+    server.server->checkDueSchedules();
     QCOMPARE(server.runsUntil("2026-05-04T08:31:00"), 1); // the moment comes again, by this clock
 }
 

@@ -10,7 +10,7 @@
 class SpeakerRecording
 {
 public:
-    static constexpr int sampleRate = 16000;          // Hz
+    static constexpr int sampleRate = 16000;      // Hz
     static constexpr std::uint64_t maxPause = 10; // s; a longer one is cut to it
 
     /** @param path empty for a recording that cannot be written. Time 0 is the start of the server. */

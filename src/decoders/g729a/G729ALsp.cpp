@@ -15,9 +15,9 @@ namespace G729ALsp {
 namespace {
 
 constexpr int half = G729AOrder / 2;
-constexpr int lowest = 40;       // Q13, 0.005
-constexpr int highest = 25681;   // Q13, 3.135
-constexpr int minGap = 321; // Q13, 0.0391
+constexpr int lowest = 40;     // Q13, 0.005
+constexpr int highest = 25681; // Q13, 3.135
+constexpr int minGap = 321;    // Q13, 0.0391
 constexpr int sidGap = 10;
 
 using Taps = std::int16_t[G729APredictors][G729AOrder];

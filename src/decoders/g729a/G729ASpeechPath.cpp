@@ -17,7 +17,7 @@ namespace {
 constexpr std::int16_t noiseSeed = 11111; // Annex B
 constexpr std::int16_t maxLag = 143;
 constexpr std::int16_t leastSharp = 3277; // 0.2, Q14
-constexpr std::int16_t maxSharp = 13017; // 0.7945, Q14
+constexpr std::int16_t maxSharp = 13017;  // 0.7945, Q14
 
 void decodeFilters(G729AState& state, G729AFrameModel& model)
 {
