@@ -65,10 +65,9 @@ struct Awkward
     QString open(const QString& command = "StartTalk", const QVariant& payload = gate)
     {
         harness->replies.clear();
-        harness->session->submit(command, payload, 1);
+        const quint64 request = harness->submit(command, payload);
         devices->talks.back()->open();
-        ServerHarness::waitFor([this] { return !harness->replies.empty(); });
-        return harness->replies.back().reply.result.toMap()["talkToken"].toString();
+        return harness->waitForReply(request).result.toMap()["talkToken"].toString();
     }
     QString openSpeaker(int id) { return open("StartTalkToIPAudio", id); }
     int addSpeaker(const QString& name) { return harness->addDevice(name, "10.9.0.1"); }
@@ -123,17 +122,17 @@ void TestBackends::opensLate()
             [&](const QString&, quint64 request, const ServerReply& reply) {
                 answers.emplace_back(request, reply.result.toMap());
             });
-    server.harness->session->submit("StartTalk", gate, 7);
-    server.harness->session->submit("StartTalk", QVariantMap{{"camId", "dock"}}, 8);
+    const quint64 gateAsked = server.harness->submit("StartTalk", gate);
+    const quint64 dockAsked = server.harness->submit("StartTalk", QVariantMap{{"camId", "dock"}});
     QCoreApplication::processEvents();
     QVERIFY(answers.empty()); // the line is not open
     server.talk(1).open();
     QVERIFY(ServerHarness::waitFor([&] { return answers.size() == 1; }));
     server.talk(0).open();
     QVERIFY(ServerHarness::waitFor([&] { return answers.size() == 2; }));
-    QCOMPARE(answers[0].first, quint64{8}); // each answer belongs to its request
+    QCOMPARE(answers[0].first, dockAsked); // each answer belongs to its request
     QCOMPARE(answers[0].second["camId"], QVariant("dock"));
-    QCOMPARE(answers[1].first, quint64{7});
+    QCOMPARE(answers[1].first, gateAsked);
     QCOMPARE(answers[1].second["relayPath"], QVariant("r"));
     QVERIFY(answers[0].second["talkToken"] != answers[1].second["talkToken"]);
     QCOMPARE(server.say({answers[1].second["talkToken"].toString()}).returnCode, ReturnCode::success);
@@ -144,7 +143,7 @@ void TestBackends::opensLate()
 void TestBackends::refusesLate()
 {
     Awkward server;
-    server.harness->session->submit("StartTalk", gate, 1);
+    server.harness->submit("StartTalk", gate);
     server.talk(0).refuse(ReturnCode::noVoice, "wrong password");
     QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 1; }));
     QCOMPARE(server.harness->replies[0].reply.returnCode, ReturnCode::noVoice);
@@ -158,7 +157,7 @@ void TestBackends::speakerRefusesLate()
     Awkward server;
     const int speaker = server.addSpeaker("Hall");
     server.harness->replies.clear();
-    server.harness->session->submit("StartTalkToIPAudio", speaker, 1);
+    server.harness->submit("StartTalkToIPAudio", speaker);
     server.talk(0).refuse(ReturnCode::speakerOffline, "busy");
     QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 1; }));
     // Any other code would end the client's other talks.
@@ -251,7 +250,7 @@ void TestBackends::lostWhileAnotherOpens()
     Awkward server;
     const int hall = server.addSpeaker("Hall");
     const QString camera = server.open();
-    server.harness->session->submit("StartTalkToIPAudio", hall, 1);
+    server.harness->submit("StartTalkToIPAudio", hall);
     server.talk(0).lose();
     QVERIFY(server.waitForEvents(1));
     QCOMPARE(server.harness->events[0].name, Words::TalkTargetLost);
@@ -279,7 +278,7 @@ void TestBackends::stopAfterALoss()
 void TestBackends::speaksFromAnotherThread()
 {
     Awkward server;
-    server.harness->session->submit("StartTalk", gate, 1);
+    server.harness->submit("StartTalk", gate);
     VoicePacket packet;
     packet.bitstream = "sound";
     packet.streamType = 8192;
@@ -351,7 +350,7 @@ void TestBackends::clientLeavesWhileItOpens()
 {
     Awkward server;
     server.devices->answersClose = false;
-    server.harness->session->submit("StartTalk", gate, 1);
+    server.harness->submit("StartTalk", gate);
     server.harness->session.reset();
     QCOMPARE(server.talk(0).closes, 1);
     server.talk(0).open();
@@ -365,8 +364,8 @@ void TestBackends::stoppedWhileItOpens()
     Awkward server;
     const int hall = server.addSpeaker("Hall");
     server.harness->replies.clear();
-    server.harness->session->submit("StartTalkToIPAudio", hall, 1);
-    server.harness->session->submit("StopTalkToIPAudio", hall, 1);
+    server.harness->submit("StartTalkToIPAudio", hall);
+    server.harness->submit("StopTalkToIPAudio", hall);
     QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 2; }));
     QCOMPARE(server.harness->replies[0].command, QString("StartTalkToIPAudio"));
     QVERIFY(!server.harness->replies[0].reply.result.toMap()["error"].toString().isEmpty());
@@ -378,7 +377,7 @@ void TestBackends::openLinesAreLimited()
     Awkward server;
     server.devices->answersClose = false;
     for (int i = 0; i < 4096; ++i) {
-        server.harness->session->submit("StartTalk", gate, 1); // none of them opens
+        server.harness->submit("StartTalk", gate); // none of them opens
     }
     QCOMPARE(server.harness->ask("StartTalk", gate).returnCode, ReturnCode::malformedRequest);
     const int hall = server.addSpeaker("Hall");
