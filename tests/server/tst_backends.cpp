@@ -22,6 +22,9 @@ private Q_SLOTS:
     void losesOneOfSeveral();
     void lostWhileAnotherOpens();
     void stopAfterALoss();
+    void stoppingASpeakerForgetsTheOthers();
+    void stoppingASpeakerForgetsWhatIsLost();
+    void stoppingASpeakerSparesWhatOpens();
     void speaksFromAnotherThread();
     void speaksOnWhileAllEnds();
     void answersAClose();
@@ -273,6 +276,66 @@ void TestBackends::stopAfterALoss()
     QCOMPARE(server.stop(second).returnCode, ReturnCode::success);
     QCOMPARE(server.stop(first).returnCode, ReturnCode::noSuchTalk);
     QCOMPARE(server.settled(), std::size_t{1});
+}
+
+// A client that stops one speaker drops all targets that it has.
+void TestBackends::stoppingASpeakerForgetsTheOthers()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    const int roof = server.addSpeaker("Roof");
+    const QString camera = server.open();
+    server.openSpeaker(hall);
+    server.openSpeaker(roof);
+    QCOMPARE(harness.ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    QCOMPARE(server.talk(0).closes, 0); // deliberate: only the one speaker is closed
+    QCOMPARE(server.say({camera}).returnCode, ReturnCode::success);
+    const QString fresh = server.openSpeaker(hall);
+    server.talk(3).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.events[0].name, QString("TalkDisconnected"));
+    QCOMPARE(harness.events[0].payload, disconnected(fresh));
+    // The loss of one that the client does not know is no news.
+    server.talk(0).lose();
+    QVERIFY(ServerHarness::waitFor([&] { return server.isGone(0); }));
+    QCOMPARE(server.settled(), std::size_t{1});
+    QCOMPARE(server.say({camera}).returnCode, ReturnCode::noSuchTalk);
+    // The others can still be closed.
+    QCOMPARE(harness.ask("StopTalkToIPAudio", roof).returnCode, ReturnCode::success);
+    QVERIFY(ServerHarness::waitFor([&] { return server.isGone(2); }));
+}
+
+void TestBackends::stoppingASpeakerForgetsWhatIsLost()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    server.open();
+    server.openSpeaker(hall);
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    const quint64 request = harness.submit("StartTalk", gate);
+    server.talk(2).refuse(ReturnCode::cameraOffline, "off");
+    QCOMPARE(harness.waitForReply(request).returnCode, ReturnCode::cameraOffline);
+    QCOMPARE(server.settled(), std::size_t{1}); // the talk of the lost camera was over before
+}
+
+void TestBackends::stoppingASpeakerSparesWhatOpens()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    server.openSpeaker(hall);
+    const quint64 camera = harness.submit("StartTalk", gate);
+    QCOMPARE(harness.ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    // The client gets this target after it has dropped the others.
+    server.talk(1).open();
+    const QString token = harness.waitForReply(camera).result.toMap()["talkToken"].toString();
+    server.talk(1).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.events[0].payload, disconnected(token));
 }
 
 void TestBackends::speaksFromAnotherThread()
