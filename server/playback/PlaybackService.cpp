@@ -17,6 +17,16 @@ QVariantMap progressOf(int percent)
     return {{Words::progress, percent}};
 }
 
+ServerReply brokenFile()
+{
+    return refusal(ReturnCode::brokenFile, QStringLiteral("the file is broken"));
+}
+
+ServerReply stopped()
+{
+    return refusal(ReturnCode::playbackStopped, QStringLiteral("the playback was stopped"));
+}
+
 } // namespace
 
 /** A file for one back end, which may read it on a thread of its own. */
@@ -79,8 +89,8 @@ ServerReply PlaybackService::play(ServerSession& session, const QString& command
 {
     const QVariantMap fields = payload.toMap();
     const int device = fields.value(Vocabulary::ipAudioId).toInt();
-    return start({&session, command, request}, fields.value(Vocabulary::audioFileId).toInt(), {device},
-                 fields.value(Vocabulary::alarmName).toString(), device);
+    return start({&session, command, request, device}, fields.value(Vocabulary::audioFileId).toInt(),
+                 {device}, fields.value(Vocabulary::alarmName).toString());
 }
 
 ServerReply PlaybackService::playGroup(ServerSession& session, const QString& command,
@@ -91,13 +101,13 @@ ServerReply PlaybackService::playGroup(ServerSession& session, const QString& co
     if (!m_groups.exists(group)) {
         return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
     }
-    return start({&session, command, request}, fields.value(Vocabulary::audioFileId).toInt(),
-                 m_groups.members(group), QString(), group);
+    return start({&session, command, request, group}, fields.value(Vocabulary::audioFileId).toInt(),
+                 m_groups.members(group), QString());
 }
 
 void PlaybackService::playUnasked(int file, const QList<int>& devices, const QString& alarmName)
 {
-    const ServerReply reply = start({nullptr, QString(), 0}, file, devices, alarmName, QVariant());
+    const ServerReply reply = start({nullptr, QString(), 0, QVariant()}, file, devices, alarmName);
     const bool told = reply.returnCode == ReturnCode::success ||
                       reply.returnCode == ReturnCode::speakerOffline ||
                       reply.returnCode == ReturnCode::brokenFile;
@@ -107,12 +117,13 @@ void PlaybackService::playUnasked(int file, const QList<int>& devices, const QSt
 }
 
 ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<int>& devices,
-                                   const QString& alarmName, const QVariant& refusalResult)
+                                   const QString& alarmName)
 {
+    const QVariant& target = asker.target;
     const auto file = m_files.find(fileId);
     if (!file) {
         return refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(fileId),
-                       refusalResult);
+                       target);
     }
     QList<int> reachable;
     QStringList names;
@@ -121,7 +132,7 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
         const auto device = m_devices.find(id);
         if (!device) {
             return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id),
-                           refusalResult);
+                           target);
         }
         SpeakerBackend* backend = backendOf(*device);
         if (backend == nullptr) {
@@ -133,10 +144,9 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
         speakers[backend].append(*device);
     }
     if (reachable.isEmpty()) {
-        return devices.isEmpty() ? refusal(ReturnCode::nothingToPlayOn,
-                                           QStringLiteral("the group has no devices"), refusalResult)
-                                 : refusal(ReturnCode::speakerOffline,
-                                           QStringLiteral("the device is offline"), refusalResult);
+        return devices.isEmpty()
+                   ? refusal(ReturnCode::nothingToPlayOn, QStringLiteral("the group has no devices"), target)
+                   : refusal(ReturnCode::speakerOffline, QStringLiteral("the device is offline"), target);
     }
     std::vector<Part> parts;
     for (std::size_t i = 0; i < speakers.size(); ++i) {
@@ -146,10 +156,11 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
             for (const QString& name : qAsConst(names)) {
                 raiseFailure(name, file->name, error, alarmName);
             }
-            return refusal(ReturnCode::brokenFile, error, refusalResult);
+            return refusal(ReturnCode::brokenFile, error, target);
         }
     }
-    release(reachable);
+    release(reachable,
+            refusal(ReturnCode::speakerTaken, QStringLiteral("another playback has taken its place")));
     const int number = ++m_lastNumber;
     const auto now = std::chrono::steady_clock::now();
     auto part = parts.begin();
@@ -174,17 +185,21 @@ void PlaybackService::connectPart(int number, Part& part)
             [this, number](int device, const QString& reason) { failed(number, device, reason); });
 }
 
-/** Stops what plays on devices; a playback that has others left goes on there. */
-void PlaybackService::release(const QList<int>& devices)
+/**
+ * Stops what plays on devices; a playback that has others left goes on there.
+ *
+ * @param ending the last reply of one that has none left; receives its device or group
+ */
+void PlaybackService::release(const QList<int>& devices, const ServerReply& ending)
 {
     for (auto playback = m_playbacks.begin(); playback != m_playbacks.end();) {
-        playback = keep(playback, devices);
+        playback = keep(playback, devices, ending);
     }
 }
 
 /** Takes devices out of a playback, which ends without any. @return the next playback */
-PlaybackService::Playbacks::iterator PlaybackService::keep(Playbacks::iterator playback,
-                                                           const QList<int>& released)
+PlaybackService::Playbacks::iterator
+PlaybackService::keep(Playbacks::iterator playback, const QList<int>& released, const ServerReply& ending)
 {
     auto& parts = playback->second.parts;
     for (auto part = parts.begin(); part != parts.end();) {
@@ -202,7 +217,20 @@ PlaybackService::Playbacks::iterator PlaybackService::keep(Playbacks::iterator p
         }
         ++part;
     }
-    return parts.empty() ? m_playbacks.erase(playback) : std::next(playback);
+    return parts.empty() ? finish(playback, ending) : std::next(playback);
+}
+
+/** Sends the last reply of a playback and removes it. @return the next playback */
+PlaybackService::Playbacks::iterator PlaybackService::finish(Playbacks::iterator playback, ServerReply ending)
+{
+    const Asker& asker = playback->second.asker;
+    if (asker.session) {
+        if (ending.returnCode != ReturnCode::success) {
+            ending.result = asker.target;
+        }
+        asker.session->sendReply(asker.command, asker.request, ending);
+    }
+    return m_playbacks.erase(playback);
 }
 
 /** Stops a part and deletes it later, since one of its signals may be running. */
@@ -222,7 +250,7 @@ ServerReply PlaybackService::stop(const QVariant& payload)
         return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(device),
                        device);
     }
-    release({device});
+    release({device}, stopped());
     return done();
 }
 
@@ -232,7 +260,7 @@ ServerReply PlaybackService::stopGroup(const QVariant& payload)
     if (!m_groups.exists(group)) {
         return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
     }
-    release(m_groups.members(group));
+    release(m_groups.members(group), stopped());
     return done();
 }
 
@@ -271,24 +299,20 @@ void PlaybackService::ended(int number, const SpeakerPlayback* part)
         return;
     }
     const bool broken = over->source->isBroken();
+    playback.broken |= broken;
     const QList<int> devices = over->devices;
     drop(std::move(over->playback));
     playback.parts.erase(over);
     if (broken) {
         for (const int id : devices) {
             const auto device = m_devices.find(id);
-            raiseFailure(device ? device->name : QString(), playback.file.name,
-                         QStringLiteral("the file is broken"), playback.alarmName);
+            raiseFailure(device ? device->name : QString(), playback.file.name, brokenFile().errorText,
+                         playback.alarmName);
         }
     }
-    if (!playback.parts.empty()) {
-        return;
+    if (playback.parts.empty()) {
+        finish(found, playback.broken ? brokenFile() : done(progressOf(Limits::maxProgressPercent)));
     }
-    if (!broken && playback.asker.session) {
-        playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
-                                          done(progressOf(Limits::maxProgressPercent)));
-    }
-    m_playbacks.erase(found);
 }
 
 void PlaybackService::failed(int number, int device, const QString& reason)
@@ -304,5 +328,5 @@ void PlaybackService::failed(int number, int device, const QString& reason)
     }
     const auto record = m_devices.find(device);
     raiseFailure(record ? record->name : QString(), found->second.file.name, reason, found->second.alarmName);
-    keep(found, {device});
+    keep(found, {device}, refusal(ReturnCode::speakerOffline, reason));
 }

@@ -1,17 +1,13 @@
-// Talks and playbacks over devices that are slow, refuse, lose their line and signal from other threads.
+// Talks over devices that are slow, refuse, lose their line and signal from other threads.
 
-#include "audio/PacketHeader.h"
 #include "protocol/Words.h"
-#include "tests/server/AwkwardBackend.h"
-#include "tests/server/ServerHarness.h"
-#include "tests/support/WavFiles.h"
+#include "tests/server/AwkwardServer.h"
 
 class TestBackends : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void opensLate();
     void refusesLate();
     void speakerRefusesLate();
@@ -32,78 +28,9 @@ private Q_SLOTS:
     void clientLeavesWhileItOpens();
     void stoppedWhileItOpens();
     void openLinesAreLimited();
-    void groupOfTwoKinds();
-    void speakerFailsWhilePlaying();
-    void stopsOneOfTwo();
-
-private:
-    QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
-
-    QTemporaryDir m_folder;
 };
 
 namespace {
-
-const QVariantMap gate{{"camId", "gate"}, {"relayPath", "r"}};
-
-/** A server with two awkward cameras and any awkward speakers. */
-struct Awkward
-{
-    std::shared_ptr<AwkwardDevices> devices = std::make_shared<AwkwardDevices>();
-    std::unique_ptr<ServerHarness> harness;
-
-    explicit Awkward(TalkLimits limits = TalkLimits())
-    {
-        devices->cameras = {{"gate", "Gate"}, {"dock", "Dock"}};
-        ServerConfig config;
-        config.devices = devices->kinds();
-        config.talkLimits = limits;
-        harness = std::make_unique<ServerHarness>(config);
-    }
-
-    AwkwardTalk& talk(std::size_t number) { return *devices->talks.at(number); }
-    bool isGone(std::size_t number) const { return devices->talks.at(number).isNull(); }
-
-    /** Opens a talk and gives its token. */
-    QString open(const QString& command = "StartTalk", const QVariant& payload = gate)
-    {
-        harness->replies.clear();
-        const quint64 request = harness->submit(command, payload);
-        devices->talks.back()->open();
-        return harness->waitForReply(request).result.toMap()["talkToken"].toString();
-    }
-    QString openSpeaker(int id) { return open("StartTalkToIPAudio", id); }
-    int addSpeaker(const QString& name) { return harness->addDevice(name, "10.9.0.1"); }
-
-    ServerReply say(const QStringList& tokens)
-    {
-        PacketHeader header;
-        header.channels = 1;
-        header.streamType = 8192;
-        header.sampleRate = 8000;
-        const auto bytes = header.toBytes();
-        const QByteArray packet =
-            QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +
-            QByteArray(640, '\xFF');
-        return harness->ask("TalkData",
-                            QVariantMap{{"targets", "<Dest>" + tokens.join("</Dest><Dest>") + "</Dest>"},
-                                        {"talkData", QString::fromLatin1(packet.toBase64())}});
-    }
-    ServerReply stop(const QString& token)
-    {
-        return harness->ask("StopTalk", QVariantMap{{"talkToken", token}});
-    }
-    bool waitForEvents(std::size_t count)
-    {
-        return ServerHarness::waitFor([&] { return harness->events.size() >= count; }) && settled() == count;
-    }
-    /** How many events there are when all that was queued is done. */
-    std::size_t settled()
-    {
-        QCoreApplication::processEvents();
-        return harness->events.size();
-    }
-};
 
 QVariantMap disconnected(const QString& token)
 {
@@ -111,11 +38,6 @@ QVariantMap disconnected(const QString& token)
 }
 
 } // namespace
-
-void TestBackends::initTestCase()
-{
-    QVERIFY(WavFiles::write(path("tone.wav"), WavFiles::sine(440, 0.5, 1.0, 16000), 16000));
-}
 
 void TestBackends::opensLate()
 {
@@ -448,72 +370,6 @@ void TestBackends::openLinesAreLimited()
     QCOMPARE(speaker.returnCode, ReturnCode::success);
     QVERIFY(!speaker.result.toMap()["error"].toString().isEmpty());
     QCOMPARE(server.devices->talks.size(), std::size_t{4096});
-}
-
-void TestBackends::groupOfTwoKinds()
-{
-    Awkward server;
-    ServerHarness& harness = *server.harness;
-    const int awkward = server.addSpeaker("Hall");
-    const int simulated = harness.addDevice("Stairs");
-    harness.upload(path("tone.wav"));
-    harness.addGroup("all", QString("%1,%2").arg(awkward).arg(simulated));
-    const auto before = std::chrono::steady_clock::now();
-    QCOMPARE(harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}}).returnCode,
-             ReturnCode::success);
-    AwkwardPlayback& playback = *server.devices->playbacks.at(0);
-    QCOMPARE(playback.speakers, QList<int>{awkward});
-    QVERIFY(playback.start >= before && playback.start <= std::chrono::steady_clock::now());
-    // The whole file for each kind; it has ended when it has ended everywhere.
-    QVERIFY(ServerHarness::waitFor(
-        [&] { return WavFiles::read(harness.speakerRecording(simulated)).size() >= 16000; }));
-    QVERIFY(playback.take(15000));
-    QVERIFY(!playback.take(15000));
-    const auto progress = [&] { return harness.replies.back().reply.result.toMap()["progress"].toInt(); };
-    QVERIFY(ServerHarness::waitFor([&] { return progress() == 99; }));
-    playback.end();
-    QVERIFY(ServerHarness::waitFor([&] { return progress() == 100; }));
-    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
-    QVERIFY(harness.events.empty());
-}
-
-void TestBackends::speakerFailsWhilePlaying()
-{
-    Awkward server;
-    ServerHarness& harness = *server.harness;
-    const int hall = server.addSpeaker("Hall");
-    const int roof = server.addSpeaker("Roof");
-    harness.upload(path("tone.wav"));
-    harness.addGroup("all", QString("%1,%2").arg(hall).arg(roof));
-    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
-    AwkwardPlayback& playback = *server.devices->playbacks.at(0);
-    playback.fail(roof, "it hangs");
-    QVERIFY(server.waitForEvents(1));
-    QCOMPARE(harness.events[0].name, QString("PlayAudioFailed"));
-    QCOMPARE(harness.events[0].payload["deviceName"], QVariant("Roof"));
-    QCOMPARE(harness.events[0].payload["error"], QVariant("it hangs"));
-    QCOMPARE(playback.speakers, QList<int>{hall});
-    playback.fail(roof, "it hangs"); // it has been said
-    playback.fail(4711, "nobody");
-    QCOMPARE(server.settled(), std::size_t{1});
-    playback.fail(hall, "it hangs, too");
-    QVERIFY(server.waitForEvents(2));
-    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
-}
-
-void TestBackends::stopsOneOfTwo()
-{
-    Awkward server;
-    ServerHarness& harness = *server.harness;
-    const int hall = server.addSpeaker("Hall");
-    const int roof = server.addSpeaker("Roof");
-    harness.upload(path("tone.wav"));
-    harness.addGroup("all", QString("%1,%2").arg(hall).arg(roof));
-    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
-    QCOMPARE(harness.ask("StopCurrentAudio", hall).returnCode, ReturnCode::success);
-    QCOMPARE(server.devices->playbacks.at(0)->speakers, QList<int>{roof});
-    QCOMPARE(harness.ask("StopCurrentAudio", roof).returnCode, ReturnCode::success);
-    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
 }
 
 QTEST_GUILESS_MAIN(TestBackends)
