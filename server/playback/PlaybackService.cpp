@@ -73,6 +73,14 @@ SpeakerBackend* PlaybackService::backendOf(const Speaker& speaker) const
     return found != m_backends.end() && (*found)->isOnline(speaker) ? *found : nullptr;
 }
 
+/** The name of a device; empty when it cannot be read. */
+QString PlaybackService::nameOf(int device) const
+{
+    ServerReply unused;
+    const auto record = m_devices.find(device, &unused);
+    return record ? record->name : QString();
+}
+
 void PlaybackService::raiseFailure(const QString& device, const QString& file, const QString& error,
                                    const QString& alarm)
 {
@@ -98,11 +106,14 @@ ServerReply PlaybackService::playGroup(ServerSession& session, const QString& co
 {
     const QVariantMap fields = payload.toMap();
     const int group = fields.value(Vocabulary::groupID).toInt();
-    if (!m_groups.exists(group)) {
-        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
+    ServerReply bad;
+    const auto devices = m_groups.members(group, &bad);
+    if (!devices) {
+        bad.result = group;
+        return bad;
     }
-    return start({&session, command, request, group}, fields.value(Vocabulary::audioFileId).toInt(),
-                 m_groups.members(group), QString());
+    return start({&session, command, request, group}, fields.value(Vocabulary::audioFileId).toInt(), *devices,
+                 QString());
 }
 
 void PlaybackService::playUnasked(int file, const QList<int>& devices, const QString& alarmName)
@@ -120,24 +131,28 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
                                    const QString& alarmName)
 {
     const QVariant& target = asker.target;
-    const auto file = m_files.find(fileId);
+    ServerReply bad;
+    const auto file = m_files.find(fileId, &bad);
     if (!file) {
-        return refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(fileId),
-                       target);
+        bad.result = target;
+        return bad;
     }
     QList<int> reachable;
     QStringList names;
     std::map<SpeakerBackend*, QList<Speaker>> speakers;
     for (const int id : devices) {
-        const auto device = m_devices.find(id);
-        if (!device) {
-            return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id),
-                           target);
-        }
-        SpeakerBackend* backend = backendOf(*device);
-        if (backend == nullptr) {
+        auto device = m_devices.find(id, &bad);
+        SpeakerBackend* backend = device ? backendOf(*device) : nullptr;
+        if (device && backend == nullptr) {
             raiseFailure(device->name, file->name, QStringLiteral("the device is offline"), alarmName);
             continue;
+        }
+        if (device) {
+            device = m_devices.findWithPassword(id, &bad);
+        }
+        if (!device) {
+            bad.result = target;
+            return bad;
         }
         reachable.append(id);
         names.append(device->name);
@@ -246,9 +261,10 @@ void PlaybackService::drop(std::unique_ptr<SpeakerPlayback> playback)
 ServerReply PlaybackService::stop(const QVariant& payload)
 {
     const int device = payload.toInt();
-    if (!m_devices.find(device)) {
-        return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(device),
-                       device);
+    ServerReply bad;
+    if (!m_devices.find(device, &bad)) {
+        bad.result = device;
+        return bad;
     }
     release({device}, stopped());
     return done();
@@ -257,10 +273,13 @@ ServerReply PlaybackService::stop(const QVariant& payload)
 ServerReply PlaybackService::stopGroup(const QVariant& payload)
 {
     const int group = payload.toInt();
-    if (!m_groups.exists(group)) {
-        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
+    ServerReply bad;
+    const auto devices = m_groups.members(group, &bad);
+    if (!devices) {
+        bad.result = group;
+        return bad;
     }
-    release(m_groups.members(group), stopped());
+    release(*devices, stopped());
     return done();
 }
 
@@ -305,9 +324,7 @@ void PlaybackService::ended(int number, const SpeakerPlayback* part)
     playback.parts.erase(over);
     if (broken) {
         for (const int id : devices) {
-            const auto device = m_devices.find(id);
-            raiseFailure(device ? device->name : QString(), playback.file.name, brokenFile().errorText,
-                         playback.alarmName);
+            raiseFailure(nameOf(id), playback.file.name, brokenFile().errorText, playback.alarmName);
         }
     }
     if (playback.parts.empty()) {
@@ -326,7 +343,6 @@ void PlaybackService::failed(int number, int device, const QString& reason)
                      [&](const Part& part) { return part.devices.contains(device); })) {
         return;
     }
-    const auto record = m_devices.find(device);
-    raiseFailure(record ? record->name : QString(), found->second.file.name, reason, found->second.alarmName);
+    raiseFailure(nameOf(device), found->second.file.name, reason, found->second.alarmName);
     keep(found, {device}, refusal(ReturnCode::speakerOffline, reason));
 }

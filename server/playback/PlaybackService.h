@@ -97,6 +97,7 @@ private:
                              const ServerReply& ending);
     Playbacks::iterator finish(Playbacks::iterator playback, ServerReply ending);
     void drop(std::unique_ptr<SpeakerPlayback> playback);
+    QString nameOf(int device) const;
     void raiseFailure(const QString& device, const QString& file, const QString& error, const QString& alarm);
 
     DeviceStore& m_devices;
