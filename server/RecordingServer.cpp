@@ -259,14 +259,19 @@ std::optional<ServerReply> RecordingServer::startTalkToIPAudio(ServerSession& se
                                                                const QVariant& payload)
 {
     const int id = payload.toInt();
-    const auto device = m_devices.find(id);
+    ServerReply bad;
+    const auto shown = m_devices.find(id, &bad);
     const auto withError = [](const QString& text) { return done(QVariantMap{{Vocabulary::error, text}}); };
-    if (!device) {
-        return withError(QStringLiteral("no device has the id %1").arg(id));
+    if (!shown) {
+        return withError(bad.errorText);
     }
-    SpeakerBackend* backend = m_playback.backendOf(*device);
+    SpeakerBackend* backend = m_playback.backendOf(*shown);
     if (backend == nullptr) {
-        return withError(QStringLiteral("\"%1\" is offline").arg(device->name));
+        return withError(QStringLiteral("\"%1\" is offline").arg(shown->name));
+    }
+    const auto device = m_devices.findWithPassword(id, &bad);
+    if (!device) {
+        return withError(bad.errorText);
     }
     return m_talks.startTalkToSpeaker(session, *device, *backend);
 }

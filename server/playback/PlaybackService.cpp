@@ -17,6 +17,16 @@ QVariantMap progressOf(int percent)
     return {{Words::progress, percent}};
 }
 
+ServerReply brokenFile()
+{
+    return refusal(ReturnCode::brokenFile, QStringLiteral("the file is broken"));
+}
+
+ServerReply stopped()
+{
+    return refusal(ReturnCode::playbackStopped, QStringLiteral("the playback was stopped"));
+}
+
 } // namespace
 
 /** A file for one back end, which may read it on a thread of its own. */
@@ -63,6 +73,14 @@ SpeakerBackend* PlaybackService::backendOf(const Speaker& speaker) const
     return found != m_backends.end() && (*found)->isOnline(speaker) ? *found : nullptr;
 }
 
+/** The name of a device; empty when it cannot be read. */
+QString PlaybackService::nameOf(int device) const
+{
+    ServerReply unused;
+    const auto record = m_devices.find(device, &unused);
+    return record ? record->name : QString();
+}
+
 void PlaybackService::raiseFailure(const QString& device, const QString& file, const QString& error,
                                    const QString& alarm)
 {
@@ -79,8 +97,8 @@ ServerReply PlaybackService::play(ServerSession& session, const QString& command
 {
     const QVariantMap fields = payload.toMap();
     const int device = fields.value(Vocabulary::ipAudioId).toInt();
-    return start({&session, command, request}, fields.value(Vocabulary::audioFileId).toInt(), {device},
-                 fields.value(Vocabulary::alarmName).toString(), device);
+    return start({&session, command, request, device}, fields.value(Vocabulary::audioFileId).toInt(),
+                 {device}, fields.value(Vocabulary::alarmName).toString());
 }
 
 ServerReply PlaybackService::playGroup(ServerSession& session, const QString& command,
@@ -88,16 +106,19 @@ ServerReply PlaybackService::playGroup(ServerSession& session, const QString& co
 {
     const QVariantMap fields = payload.toMap();
     const int group = fields.value(Vocabulary::groupID).toInt();
-    if (!m_groups.exists(group)) {
-        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
+    ServerReply bad;
+    const auto devices = m_groups.members(group, &bad);
+    if (!devices) {
+        bad.result = group;
+        return bad;
     }
-    return start({&session, command, request}, fields.value(Vocabulary::audioFileId).toInt(),
-                 m_groups.members(group), QString(), group);
+    return start({&session, command, request, group}, fields.value(Vocabulary::audioFileId).toInt(), *devices,
+                 QString());
 }
 
 void PlaybackService::playUnasked(int file, const QList<int>& devices, const QString& alarmName)
 {
-    const ServerReply reply = start({nullptr, QString(), 0}, file, devices, alarmName, QVariant());
+    const ServerReply reply = start({nullptr, QString(), 0, QVariant()}, file, devices, alarmName);
     const bool told = reply.returnCode == ReturnCode::success ||
                       reply.returnCode == ReturnCode::speakerOffline ||
                       reply.returnCode == ReturnCode::brokenFile;
@@ -107,36 +128,40 @@ void PlaybackService::playUnasked(int file, const QList<int>& devices, const QSt
 }
 
 ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<int>& devices,
-                                   const QString& alarmName, const QVariant& refusalResult)
+                                   const QString& alarmName)
 {
-    const auto file = m_files.find(fileId);
+    const QVariant& target = asker.target;
+    ServerReply bad;
+    const auto file = m_files.find(fileId, &bad);
     if (!file) {
-        return refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(fileId),
-                       refusalResult);
+        bad.result = target;
+        return bad;
     }
     QList<int> reachable;
     QStringList names;
     std::map<SpeakerBackend*, QList<Speaker>> speakers;
     for (const int id : devices) {
-        const auto device = m_devices.find(id);
-        if (!device) {
-            return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id),
-                           refusalResult);
-        }
-        SpeakerBackend* backend = backendOf(*device);
-        if (backend == nullptr) {
+        auto device = m_devices.find(id, &bad);
+        SpeakerBackend* backend = device ? backendOf(*device) : nullptr;
+        if (device && backend == nullptr) {
             raiseFailure(device->name, file->name, QStringLiteral("the device is offline"), alarmName);
             continue;
+        }
+        if (device) {
+            device = m_devices.findWithPassword(id, &bad);
+        }
+        if (!device) {
+            bad.result = target;
+            return bad;
         }
         reachable.append(id);
         names.append(device->name);
         speakers[backend].append(*device);
     }
     if (reachable.isEmpty()) {
-        return devices.isEmpty() ? refusal(ReturnCode::nothingToPlayOn,
-                                           QStringLiteral("the group has no devices"), refusalResult)
-                                 : refusal(ReturnCode::speakerOffline,
-                                           QStringLiteral("the device is offline"), refusalResult);
+        return devices.isEmpty()
+                   ? refusal(ReturnCode::nothingToPlayOn, QStringLiteral("the group has no devices"), target)
+                   : refusal(ReturnCode::speakerOffline, QStringLiteral("the device is offline"), target);
     }
     std::vector<Part> parts;
     for (std::size_t i = 0; i < speakers.size(); ++i) {
@@ -146,10 +171,11 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
             for (const QString& name : qAsConst(names)) {
                 raiseFailure(name, file->name, error, alarmName);
             }
-            return refusal(ReturnCode::brokenFile, error, refusalResult);
+            return refusal(ReturnCode::brokenFile, error, target);
         }
     }
-    release(reachable);
+    release(reachable,
+            refusal(ReturnCode::speakerTaken, QStringLiteral("another playback has taken its place")));
     const int number = ++m_lastNumber;
     const auto now = std::chrono::steady_clock::now();
     auto part = parts.begin();
@@ -174,17 +200,21 @@ void PlaybackService::connectPart(int number, Part& part)
             [this, number](int device, const QString& reason) { failed(number, device, reason); });
 }
 
-/** Stops what plays on devices; a playback that has others left goes on there. */
-void PlaybackService::release(const QList<int>& devices)
+/**
+ * Stops what plays on devices; a playback that has others left goes on there.
+ *
+ * @param ending the last reply of one that has none left; receives its device or group
+ */
+void PlaybackService::release(const QList<int>& devices, const ServerReply& ending)
 {
     for (auto playback = m_playbacks.begin(); playback != m_playbacks.end();) {
-        playback = keep(playback, devices);
+        playback = keep(playback, devices, ending);
     }
 }
 
 /** Takes devices out of a playback, which ends without any. @return the next playback */
-PlaybackService::Playbacks::iterator PlaybackService::keep(Playbacks::iterator playback,
-                                                           const QList<int>& released)
+PlaybackService::Playbacks::iterator
+PlaybackService::keep(Playbacks::iterator playback, const QList<int>& released, const ServerReply& ending)
 {
     auto& parts = playback->second.parts;
     for (auto part = parts.begin(); part != parts.end();) {
@@ -202,7 +232,20 @@ PlaybackService::Playbacks::iterator PlaybackService::keep(Playbacks::iterator p
         }
         ++part;
     }
-    return parts.empty() ? m_playbacks.erase(playback) : std::next(playback);
+    return parts.empty() ? finish(playback, ending) : std::next(playback);
+}
+
+/** Sends the last reply of a playback and removes it. @return the next playback */
+PlaybackService::Playbacks::iterator PlaybackService::finish(Playbacks::iterator playback, ServerReply ending)
+{
+    const Asker& asker = playback->second.asker;
+    if (asker.session) {
+        if (ending.returnCode != ReturnCode::success) {
+            ending.result = asker.target;
+        }
+        asker.session->sendReply(asker.command, asker.request, ending);
+    }
+    return m_playbacks.erase(playback);
 }
 
 /** Stops a part and deletes it later, since one of its signals may be running. */
@@ -218,21 +261,25 @@ void PlaybackService::drop(std::unique_ptr<SpeakerPlayback> playback)
 ServerReply PlaybackService::stop(const QVariant& payload)
 {
     const int device = payload.toInt();
-    if (!m_devices.find(device)) {
-        return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(device),
-                       device);
+    ServerReply bad;
+    if (!m_devices.find(device, &bad)) {
+        bad.result = device;
+        return bad;
     }
-    release({device});
+    release({device}, stopped());
     return done();
 }
 
 ServerReply PlaybackService::stopGroup(const QVariant& payload)
 {
     const int group = payload.toInt();
-    if (!m_groups.exists(group)) {
-        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(group), group);
+    ServerReply bad;
+    const auto devices = m_groups.members(group, &bad);
+    if (!devices) {
+        bad.result = group;
+        return bad;
     }
-    release(m_groups.members(group));
+    release(*devices, stopped());
     return done();
 }
 
@@ -271,24 +318,18 @@ void PlaybackService::ended(int number, const SpeakerPlayback* part)
         return;
     }
     const bool broken = over->source->isBroken();
+    playback.broken |= broken;
     const QList<int> devices = over->devices;
     drop(std::move(over->playback));
     playback.parts.erase(over);
     if (broken) {
         for (const int id : devices) {
-            const auto device = m_devices.find(id);
-            raiseFailure(device ? device->name : QString(), playback.file.name,
-                         QStringLiteral("the file is broken"), playback.alarmName);
+            raiseFailure(nameOf(id), playback.file.name, brokenFile().errorText, playback.alarmName);
         }
     }
-    if (!playback.parts.empty()) {
-        return;
+    if (playback.parts.empty()) {
+        finish(found, playback.broken ? brokenFile() : done(progressOf(Limits::maxProgressPercent)));
     }
-    if (!broken && playback.asker.session) {
-        playback.asker.session->sendReply(playback.asker.command, playback.asker.request,
-                                          done(progressOf(Limits::maxProgressPercent)));
-    }
-    m_playbacks.erase(found);
 }
 
 void PlaybackService::failed(int number, int device, const QString& reason)
@@ -302,7 +343,6 @@ void PlaybackService::failed(int number, int device, const QString& reason)
                      [&](const Part& part) { return part.devices.contains(device); })) {
         return;
     }
-    const auto record = m_devices.find(device);
-    raiseFailure(record ? record->name : QString(), found->second.file.name, reason, found->second.alarmName);
-    keep(found, {device});
+    raiseFailure(nameOf(device), found->second.file.name, reason, found->second.alarmName);
+    keep(found, {device}, refusal(ReturnCode::speakerOffline, reason));
 }

@@ -21,7 +21,14 @@ class ServerSession;
  *   PlayAudio, PlayGroupAudio, a schedule --> Playback --> SpeakerPlayback, one for each back end
  *                                                '--> replies with the progress, PlayAudioFailed
  *
- * A speaker plays one file at a time: a new one takes the place of what runs.
+ * A speaker plays one file at a time: a new one takes the place of what runs. Each playback has a last reply
+ * to the request that started it, unless its client has left:
+ *
+ *   played to the end           "0", progress 100
+ *   the file is broken          brokenFile       after a PlayAudioFailed for each device
+ *   its last speaker is lost    speakerOffline   after a PlayAudioFailed for each lost one
+ *   stopped                     playbackStopped
+ *   displaced by another one    speakerTaken
  */
 class PlaybackService : public QObject
 {
@@ -58,6 +65,7 @@ private:
         QPointer<ServerSession> session; ///< Null for a schedule.
         QString command;
         quint64 request;
+        QVariant target; ///< The device or group, an int: what a refusal carries.
     };
 
     /** What one back end plays. */
@@ -74,19 +82,22 @@ private:
         QString alarmName;
         FileStore::File file;
         std::vector<Part> parts;
-        int progress = 0; ///< Percent, as last told.
+        int progress = 0;    ///< Percent, as last sent.
+        bool broken = false; ///< A part could not decode the whole file.
     };
     using Playbacks = std::map<int, Playback>; ///< By a number of their own.
 
-    ServerReply start(const Asker& asker, int fileId, const QList<int>& devices, const QString& alarmName,
-                      const QVariant& refusalResult);
-    void release(const QList<int>& devices);
+    ServerReply start(const Asker& asker, int fileId, const QList<int>& devices, const QString& alarmName);
+    void release(const QList<int>& devices, const ServerReply& ending);
     void tellProgress();
     void connectPart(int number, Part& part);
     void ended(int number, const SpeakerPlayback* part);
     void failed(int number, int device, const QString& reason);
-    Playbacks::iterator keep(Playbacks::iterator playback, const QList<int>& released);
+    Playbacks::iterator keep(Playbacks::iterator playback, const QList<int>& released,
+                             const ServerReply& ending);
+    Playbacks::iterator finish(Playbacks::iterator playback, ServerReply ending);
     void drop(std::unique_ptr<SpeakerPlayback> playback);
+    QString nameOf(int device) const;
     void raiseFailure(const QString& device, const QString& file, const QString& error, const QString& alarm);
 
     DeviceStore& m_devices;

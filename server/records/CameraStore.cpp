@@ -113,13 +113,11 @@ ServerReply CameraStore::remove(const QVariant& payload)
 std::optional<QList<CameraRecord>> CameraStore::records()
 {
     QList<CameraRecord> records;
-    QSqlQuery rows = m_database.query();
-    if (!m_database.run(rows, QStringLiteral("SELECT id, name, kind, address FROM cameras ORDER BY id"))) {
-        return std::nullopt;
-    }
-    while (rows.next()) {
-        records.append({QString::number(rows.value(0).toInt()), rows.value(1).toString(),
-                        rows.value(2).toString(), rows.value(3).toString()});
-    }
-    return records;
+    const bool read =
+        m_database.read(QStringLiteral("SELECT id, name, kind, address FROM cameras ORDER BY id"), {},
+                        [&](const QSqlQuery& row) {
+                            records.append({QString::number(row.value(0).toInt()), row.value(1).toString(),
+                                            row.value(2).toString(), row.value(3).toString()});
+                        });
+    return read ? std::optional(records) : std::nullopt;
 }

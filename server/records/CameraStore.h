@@ -26,7 +26,7 @@ public:
     /** @param payload a camId. @return the same */
     ServerReply remove(const QVariant& payload);
 
-    /** All cameras, by kind; empty when they cannot be read. */
+    /** Returns all cameras, by id; empty when they cannot be read. */
     std::optional<QList<CameraRecord>> records();
 
 private:

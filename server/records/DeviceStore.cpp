@@ -33,6 +33,11 @@ QVariantMap readRecord(const QSqlQuery& row, const PasswordCipher& secrets)
     };
 }
 
+ServerReply noSuchDevice(int id, const QVariant& result = QVariant())
+{
+    return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id), result);
+}
+
 } // namespace
 
 bool DeviceStore::hasPasswords(RecordDatabase& database)
@@ -135,7 +140,7 @@ ServerReply DeviceStore::update(const QVariant& payload)
         return failed();
     }
     if (change.numRowsAffected() == 0) {
-        return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id), onlyId);
+        return noSuchDevice(id, onlyId);
     }
     if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList)) || !transaction.commit()) {
         return failed();
@@ -152,51 +157,70 @@ ServerReply DeviceStore::remove(const QVariant& payload)
         return failed();
     }
     if (erase.numRowsAffected() == 0) {
-        return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id), id);
+        return noSuchDevice(id, id);
     }
     return done(id);
 }
 
 ServerReply DeviceStore::list()
 {
-    QSqlQuery rows = m_database.query();
-    if (!m_database.run(rows, selectDevices + QStringLiteral(" ORDER BY id"))) {
-        return failed();
-    }
     QVariantList records;
-    while (rows.next()) {
-        records.append(readRecord(rows, m_secrets));
+    if (!m_database.read(selectDevices + QStringLiteral(" ORDER BY id"), {},
+                         [&](const QSqlQuery& row) { records.append(readRecord(row, m_secrets)); })) {
+        return failed();
     }
     return done(records);
 }
 
 std::optional<QVariantMap> DeviceStore::recordOf(int id)
 {
-    QSqlQuery row = m_database.query();
-    if (!m_database.run(row, selectDevices + QStringLiteral(" WHERE id = ?"), {id}) || !row.next()) {
-        return std::nullopt;
-    }
-    return readRecord(row, m_secrets);
+    std::optional<QVariantMap> record;
+    const bool read = m_database.read(selectDevices + QStringLiteral(" WHERE id = ?"), {id},
+                                      [&](const QSqlQuery& row) { record = readRecord(row, m_secrets); });
+    return read ? record : std::nullopt;
 }
 
-std::optional<Speaker> DeviceStore::find(int id)
+std::optional<Speaker> DeviceStore::find(int id, ServerReply* refusal)
 {
-    QSqlQuery row = m_database.query();
-    if (!m_database.run(row,
-                        QStringLiteral("SELECT name, ip, port, username, password FROM devices WHERE id = ?"),
-                        {id}) ||
-        !row.next()) {
+    std::optional<Speaker> found;
+    if (!m_database.read(QStringLiteral("SELECT name, ip, port, username FROM devices WHERE id = ?"), {id},
+                         [&](const QSqlQuery& row) {
+                             found = Speaker{id,
+                                             row.value(0).toString(),
+                                             row.value(1).toString(),
+                                             row.value(2).toInt(),
+                                             row.value(3).toString(),
+                                             QString()};
+                         })) {
+        *refusal = failed();
         return std::nullopt;
     }
-    return Speaker{id,
-                   row.value(0).toString(),
-                   row.value(1).toString(),
-                   row.value(2).toInt(),
-                   row.value(3).toString(),
-                   m_secrets.unseal(row.value(4).toByteArray())};
+    if (!found) {
+        *refusal = noSuchDevice(id);
+    }
+    return found;
 }
 
-bool DeviceStore::exist(const QList<int>& ids)
+std::optional<Speaker> DeviceStore::findWithPassword(int id, ServerReply* refusal)
 {
-    return std::all_of(ids.begin(), ids.end(), [this](int id) { return find(id).has_value(); });
+    auto found = find(id, refusal);
+    if (found && !m_database.read(QStringLiteral("SELECT password FROM devices WHERE id = ?"), {id},
+                                  [&](const QSqlQuery& row) {
+                                      found->password = m_secrets.unseal(row.value(0).toByteArray());
+                                  })) {
+        *refusal = failed();
+        return std::nullopt;
+    }
+    return found;
+}
+
+std::optional<ServerReply> DeviceStore::checkExist(const QList<int>& ids)
+{
+    ServerReply bad;
+    for (const int id : ids) {
+        if (!find(id, &bad)) {
+            return bad;
+        }
+    }
+    return std::nullopt;
 }

@@ -59,11 +59,18 @@ public:
     /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
-    /** A device and how it is reached; empty when none has the id. */
-    std::optional<Speaker> find(int id);
+    /**
+     * Returns a device without its password, to show it and to find out which back end reaches it.
+     *
+     * @param refusal receives the reason of an empty result: noSuchDevice or storageFailed
+     */
+    std::optional<Speaker> find(int id, ServerReply* refusal);
 
-    /** Returns whether all of these devices exist. */
-    bool exist(const QList<int>& ids);
+    /** Returns a device with its password, to log in to it; otherwise as find. */
+    std::optional<Speaker> findWithPassword(int id, ServerReply* refusal);
+
+    /** Checks that all of these devices exist; returns noSuchDevice or storageFailed otherwise. */
+    std::optional<ServerReply> checkExist(const QList<int>& ids);
 
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);

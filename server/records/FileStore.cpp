@@ -72,9 +72,11 @@ ServerReply FileStore::upload(const QVariant& payload)
 ServerReply FileStore::remove(const QVariant& payload)
 {
     const int id = payload.toInt();
-    const auto file = find(id);
+    ServerReply missing;
+    const auto file = find(id, &missing);
     if (!file) {
-        return refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(id), id);
+        missing.result = missing.returnCode == ReturnCode::noSuchFile ? QVariant(id) : QVariant();
+        return missing;
     }
     if (!m_database.run(QStringLiteral("DELETE FROM files WHERE id = ?"), {id})) {
         return failed();
@@ -85,29 +87,36 @@ ServerReply FileStore::remove(const QVariant& payload)
 
 ServerReply FileStore::list()
 {
-    QSqlQuery rows = m_database.query();
-    if (!m_database.run(rows, QStringLiteral("SELECT id, name, length, status FROM files ORDER BY id"))) {
-        return failed();
-    }
     QVariantList entries;
-    while (rows.next()) {
+    const auto append = [&](const QSqlQuery& row) {
         entries.append(QVariantMap{
-            {Vocabulary::audioID, rows.value(0).toInt()},
-            {Vocabulary::audioName, rows.value(1).toString()},
-            {Vocabulary::audioLength, rows.value(2).toInt()},
-            {Vocabulary::audioStatus, rows.value(3).toInt()},
+            {Vocabulary::audioID, row.value(0).toInt()},
+            {Vocabulary::audioName, row.value(1).toString()},
+            {Vocabulary::audioLength, row.value(2).toInt()},
+            {Vocabulary::audioStatus, row.value(3).toInt()},
         });
+    };
+    if (!m_database.read(QStringLiteral("SELECT id, name, length, status FROM files ORDER BY id"), {},
+                         append)) {
+        return failed();
     }
     return done(entries);
 }
 
-std::optional<FileStore::File> FileStore::find(int id)
+std::optional<FileStore::File> FileStore::find(int id, ServerReply* refusal)
 {
-    QSqlQuery row = m_database.query();
-    if (!m_database.run(row, QStringLiteral("SELECT name, content, length FROM files WHERE id = ?"), {id}) ||
-        !row.next()) {
+    std::optional<File> found;
+    if (!m_database.read(QStringLiteral("SELECT name, content, length FROM files WHERE id = ?"), {id},
+                         [&](const QSqlQuery& row) {
+                             found =
+                                 File{id, row.value(0).toString(),
+                                      QDir(m_folder).filePath(row.value(1).toString()), row.value(2).toInt()};
+                         })) {
+        *refusal = failed();
         return std::nullopt;
     }
-    return File{id, row.value(0).toString(), QDir(m_folder).filePath(row.value(1).toString()),
-                row.value(2).toInt()};
+    if (!found) {
+        *refusal = ::refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(id));
+    }
+    return found;
 }

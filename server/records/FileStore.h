@@ -52,11 +52,12 @@ public:
         int length;   ///< ms
     };
 
-    /** Returns a file; empty when there is none, or the database cannot be read. */
-    std::optional<File> find(int id);
-
-    /** Returns whether find finds the file. */
-    bool exists(int id) { return find(id).has_value(); }
+    /**
+     * Returns a file.
+     *
+     * @param refusal receives the reason of an empty result: noSuchFile or storageFailed
+     */
+    std::optional<File> find(int id, ServerReply* refusal);
 
 private:
     ServerReply failed() const;

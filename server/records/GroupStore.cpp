@@ -3,9 +3,12 @@
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
 
-#include <algorithm>
-
 namespace {
+
+ServerReply noSuchGroup(int id, const QVariant& result = QVariant())
+{
+    return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(id), result);
+}
 
 } // namespace
 
@@ -21,7 +24,11 @@ std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
         return bad;
     }
     const auto members = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
-    if (!members || !m_devices.exist(*members)) {
+    const auto unknown = members ? m_devices.checkExist(*members) : std::nullopt;
+    if (unknown && unknown->returnCode == ReturnCode::storageFailed) {
+        return unknown;
+    }
+    if (!members || unknown) {
         return refusal(ReturnCode::badList,
                        QStringLiteral("the list of devices names one twice, or one that is unknown"));
     }
@@ -82,7 +89,7 @@ ServerReply GroupStore::update(const QVariant& payload)
         return failed();
     }
     if (change.numRowsAffected() == 0) {
-        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(id), onlyId);
+        return noSuchGroup(id, onlyId);
     }
     ServerReply reply = store(record, id);
     return reply.returnCode == ReturnCode::success && !transaction.commit() ? failed() : reply;
@@ -96,36 +103,53 @@ ServerReply GroupStore::remove(const QVariant& payload)
         return failed();
     }
     if (erase.numRowsAffected() == 0) {
-        return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(id), id);
+        return noSuchGroup(id, id);
     }
     return done(id);
 }
 
 ServerReply GroupStore::list()
 {
-    QSqlQuery rows = m_database.query();
-    if (!m_database.run(rows, QStringLiteral("SELECT id, name, %1 FROM groups ORDER BY id")
-                                  .arg(m_members.joinedColumn("groups")))) {
-        return failed();
-    }
     QVariantList records;
-    while (rows.next()) {
+    const auto append = [&](const QSqlQuery& row) {
         records.append(QVariantMap{
-            {Vocabulary::groupID, rows.value(0).toInt()},
-            {Vocabulary::groupName, rows.value(1).toString()},
-            {Vocabulary::networkAudioIDList, rows.value(2).toString()},
+            {Vocabulary::groupID, row.value(0).toInt()},
+            {Vocabulary::groupName, row.value(1).toString()},
+            {Vocabulary::networkAudioIDList, row.value(2).toString()},
         });
+    };
+    if (!m_database.read(QStringLiteral("SELECT id, name, %1 FROM groups ORDER BY id")
+                             .arg(m_members.joinedColumn("groups")),
+                         {}, append)) {
+        return failed();
     }
     return done(records);
 }
 
-bool GroupStore::exists(int id)
+std::optional<ServerReply> GroupStore::checkExist(const QList<int>& ids)
 {
-    QSqlQuery row = m_database.query();
-    return m_database.run(row, QStringLiteral("SELECT 1 FROM groups WHERE id = ?"), {id}) && row.next();
+    for (const int id : ids) {
+        bool found = false;
+        if (!m_database.read(QStringLiteral("SELECT 1 FROM groups WHERE id = ?"), {id},
+                             [&](const QSqlQuery&) { found = true; })) {
+            return failed();
+        }
+        if (!found) {
+            return noSuchGroup(id);
+        }
+    }
+    return std::nullopt;
 }
 
-bool GroupStore::exist(const QList<int>& ids)
+std::optional<QList<int>> GroupStore::members(int id, ServerReply* refusal)
 {
-    return std::all_of(ids.begin(), ids.end(), [this](int id) { return exists(id); });
+    if (const auto bad = checkExist({id})) {
+        *refusal = *bad;
+        return std::nullopt;
+    }
+    const auto found = m_members.members(id);
+    if (!found) {
+        *refusal = failed();
+    }
+    return found;
 }

@@ -44,14 +44,15 @@ public:
     /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
-    /** Returns whether a group exists; false also when the database cannot be read. */
-    bool exists(int id);
+    /** Checks that all of these groups exist; returns noSuchGroup or storageFailed otherwise. */
+    std::optional<ServerReply> checkExist(const QList<int>& ids);
 
-    /** Returns whether all of these groups exist. */
-    bool exist(const QList<int>& ids);
-
-    /** Returns the device ids of a group, in its order; empty for an unknown group. */
-    QList<int> members(int id) { return m_members.members(id); }
+    /**
+     * Returns the device ids of a group, in its order.
+     *
+     * @param refusal receives the reason of an empty result: noSuchGroup or storageFailed
+     */
+    std::optional<QList<int>> members(int id, ServerReply* refusal);
 
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);

@@ -4,6 +4,8 @@
 
 #include <QList>
 
+#include <optional>
+
 /**
  * A table of ordered lists of ids, each of which belongs to a record: the members of a group, or the targets
  * of a schedule.
@@ -36,19 +38,14 @@ public:
         return true;
     }
 
-    /** Returns the list of an owner; empty also when the database cannot be read. */
-    QList<int> members(int owner)
+    /** Returns the list of an owner; empty when the database cannot be read. */
+    std::optional<QList<int>> members(int owner)
     {
         QList<int> found;
-        QSqlQuery rows = m_database.query();
-        if (m_database.run(
-                rows, QStringLiteral("SELECT member FROM %1 WHERE owner = ? ORDER BY position").arg(m_table),
-                {owner})) {
-            while (rows.next()) {
-                found.append(rows.value(0).toInt());
-            }
-        }
-        return found;
+        const bool read = m_database.read(
+            QStringLiteral("SELECT member FROM %1 WHERE owner = ? ORDER BY position").arg(m_table), {owner},
+            [&](const QSqlQuery& row) { found.append(row.value(0).toInt()); });
+        return read ? std::optional(found) : std::nullopt;
     }
 
     /** Returns an SQL expression: the list of the row of @p ownerTable as text, joined with commas. */

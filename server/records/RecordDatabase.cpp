@@ -121,8 +121,8 @@ QSqlQuery RecordDatabase::query() const
 
 bool RecordDatabase::run(QSqlQuery& query, const QString& statement, const QVariantList& values)
 {
-    if (!QSqlDatabase::database(m_connection, false).isOpen()) {
-        return false; // errorString says why it never opened
+    if (m_runsNothing || !QSqlDatabase::database(m_connection, false).isOpen()) {
+        return false; // errorString has the reason
     }
     bool done = query.prepare(statement);
     if (done) {
@@ -145,14 +145,36 @@ bool RecordDatabase::run(const QString& statement, const QVariantList& values)
     return run(once, statement, values);
 }
 
+bool RecordDatabase::read(const QString& statement, const QVariantList& values,
+                          const std::function<void(const QSqlQuery&)>& row)
+{
+    QSqlQuery rows = query();
+    if (!run(rows, statement, values)) {
+        return false;
+    }
+    while (rows.next()) {
+        row(rows);
+    }
+    if (rows.lastError().isValid()) {
+        m_error = rows.lastError().text();
+        return false;
+    }
+    return true;
+}
+
 RecordDatabase::Transaction::Transaction(RecordDatabase& database) : m_database(database)
 {
     // IMMEDIATE: the right to write is there from the start, not asked for half-way.
-    m_ended = !m_database.run(QStringLiteral("BEGIN IMMEDIATE"));
+    m_failed = !m_database.run(QStringLiteral("BEGIN IMMEDIATE"));
+    m_ended = m_failed;
+    m_database.m_runsNothing |= m_failed;
 }
 
 RecordDatabase::Transaction::~Transaction()
 {
+    if (m_failed) {
+        m_database.m_runsNothing = false;
+    }
     if (!m_ended) {
         const QString error = m_database.m_error; // why it comes to this
         m_database.run(QStringLiteral("ROLLBACK"));

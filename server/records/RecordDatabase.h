@@ -5,6 +5,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
+
 /**
  * The SQLite file of the server's records. It is created, or migrated to the current schema, when it is
  * opened. Foreign keys are on. It has a write-ahead log, so committed data survive the end of the process at
@@ -39,14 +41,27 @@ public:
     /** Runs one statement whose rows are not needed. */
     bool run(const QString& statement, const QVariantList& values = QVariantList());
 
+    /**
+     * Runs one statement and reads its rows.
+     *
+     * @param row called with each row, in order
+     * @return false when the statement fails, or reading stops before the last row; errorString then returns
+     * the reason
+     */
+    bool read(const QString& statement, const QVariantList& values,
+              const std::function<void(const QSqlQuery&)>& row);
+
     /** Returns an empty query of this database, for run; it reads forward only. */
     QSqlQuery query() const;
 
-    /** A transaction: all changes between its construction and commit are stored, or none. */
+    /**
+     * A transaction: all changes between its construction and commit are stored, or none. One that could not
+     * begin lets no statement run as long as it lives.
+     */
     class Transaction
     {
     public:
-        /** Begins the transaction; commit fails when that fails. */
+        /** Begins the transaction; run, read and commit fail when that fails. */
         explicit Transaction(RecordDatabase& database);
         /** Rolls back when commit was not called, or failed. */
         ~Transaction();
@@ -59,6 +74,7 @@ public:
     private:
         RecordDatabase& m_database;
         bool m_ended = false;
+        bool m_failed = false; ///< It did not begin.
     };
 
 private:
@@ -68,4 +84,5 @@ private:
     QString m_connection;
     QString m_error;
     bool m_open = false;
+    bool m_runsNothing = false; ///< A transaction could not begin; m_error says why.
 };

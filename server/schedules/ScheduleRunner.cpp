@@ -25,9 +25,13 @@ void ScheduleRunner::checkDue()
         m_lastLook = now; // the clock was set back
         return;
     }
+    const auto schedules = m_store.enabled();
+    if (!schedules) {
+        return; // the next check makes up for this one, within the grace time
+    }
     const QDateTime from = std::max(m_lastLook, now.addSecs(-graceTime));
     m_lastLook = now;
-    for (const ScheduleStore::Entry& entry : m_store.enabled()) {
+    for (const ScheduleStore::Entry& entry : *schedules) {
         const auto run = entry.rule.nextRun(from, m_clock.zone);
         if (run && *run <= now) {
             Q_EMIT due(entry.id, entry.name, entry.file, entry.devices);

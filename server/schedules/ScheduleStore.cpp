@@ -36,14 +36,19 @@ std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, Check
     if (!rule || toJson(record.value(Vocabulary::scheduleSettings)).size() > Limits::maxSettingsBytes) {
         return refusal(ReturnCode::badSchedule, rule ? QStringLiteral("the settings are too large") : error);
     }
-    if (!m_files.exists(record.value(Vocabulary::audioID).toInt())) {
-        return refusal(
-            ReturnCode::noSuchFile,
-            QStringLiteral("no audio file has the id %1").arg(record.value(Vocabulary::audioID).toInt()));
+    if (ServerReply bad; !m_files.find(record.value(Vocabulary::audioID).toInt(), &bad)) {
+        return bad;
     }
     const auto groups = RecordChecks::ids(record.value(Vocabulary::groupIDList).toString());
     const auto devices = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
-    if (!groups || !devices || !m_groups.exist(*groups) || !m_devices.exist(*devices)) {
+    auto unknown = groups ? m_groups.checkExist(*groups) : std::nullopt;
+    if (!unknown && devices) {
+        unknown = m_devices.checkExist(*devices);
+    }
+    if (unknown && unknown->returnCode == ReturnCode::storageFailed) {
+        return unknown;
+    }
+    if (!groups || !devices || unknown) {
         return refusal(
             ReturnCode::badList,
             QStringLiteral("the lists of groups and devices name one twice, or one that is unknown"));
@@ -140,66 +145,82 @@ ServerReply ScheduleStore::remove(const QVariant& payload)
     return done(id);
 }
 
-QVariantList ScheduleStore::records()
+std::optional<QVariantList> ScheduleStore::records()
 {
     QVariantList found;
-    QSqlQuery rows = m_database.query();
-    if (!m_database.run(
-            rows, QStringLiteral("SELECT id, name, enabled, type, settings, start, end, end_enabled, file, "
-                                 "%1, %2 FROM schedules ORDER BY id")
-                      .arg(m_scheduleGroups.joinedColumn("schedules"),
-                           m_scheduleDevices.joinedColumn("schedules")))) {
-        return found;
-    }
-    while (rows.next()) {
+    const auto append = [&](const QSqlQuery& row) {
         found.append(QVariantMap{
-            {Vocabulary::scheduleID, rows.value(0).toInt()},
-            {Vocabulary::scheduleName, rows.value(1).toString()},
-            {Vocabulary::enableSchedule, rows.value(2).toBool()},
-            {Vocabulary::scheduleType, rows.value(3).toInt()},
+            {Vocabulary::scheduleID, row.value(0).toInt()},
+            {Vocabulary::scheduleName, row.value(1).toString()},
+            {Vocabulary::enableSchedule, row.value(2).toBool()},
+            {Vocabulary::scheduleType, row.value(3).toInt()},
             {Vocabulary::scheduleSettings,
-             QJsonDocument::fromJson(rows.value(4).toString().toUtf8()).object().toVariantMap()},
-            {Vocabulary::scheduleStartTime, rows.value(5).toString()},
-            {Vocabulary::scheduleEndTime, rows.value(6).toString()},
-            {Vocabulary::enableScheduleEndTime, rows.value(7).toBool()},
-            {Vocabulary::audioID, rows.value(8).toInt()},
-            {Vocabulary::groupIDList, rows.value(9).toString()},
-            {Vocabulary::networkAudioIDList, rows.value(10).toString()},
+             QJsonDocument::fromJson(row.value(4).toString().toUtf8()).object().toVariantMap()},
+            {Vocabulary::scheduleStartTime, row.value(5).toString()},
+            {Vocabulary::scheduleEndTime, row.value(6).toString()},
+            {Vocabulary::enableScheduleEndTime, row.value(7).toBool()},
+            {Vocabulary::audioID, row.value(8).toInt()},
+            {Vocabulary::groupIDList, row.value(9).toString()},
+            {Vocabulary::networkAudioIDList, row.value(10).toString()},
         });
-    }
-    return found;
+    };
+    const bool read = m_database.read(
+        QStringLiteral("SELECT id, name, enabled, type, settings, start, end, end_enabled, file, "
+                       "%1, %2 FROM schedules ORDER BY id")
+            .arg(m_scheduleGroups.joinedColumn("schedules"), m_scheduleDevices.joinedColumn("schedules")),
+        {}, append);
+    return read ? std::optional(found) : std::nullopt;
 }
 
 ServerReply ScheduleStore::list()
 {
-    return done(records());
+    const auto all = records();
+    return all ? done(*all) : failed();
 }
 
-std::vector<ScheduleStore::Entry> ScheduleStore::enabled()
+/** The devices of a schedule and of its groups, each once; empty when the database cannot be read. */
+std::optional<QList<int>> ScheduleStore::devicesOf(const QVariantMap& record)
 {
+    QList<int> devices =
+        RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString()).value_or(QList<int>());
+    const QList<int> groups =
+        RecordChecks::ids(record.value(Vocabulary::groupIDList).toString()).value_or(QList<int>());
+    for (const int group : groups) {
+        ServerReply bad;
+        const auto members = m_groups.members(group, &bad);
+        if (!members) {
+            return std::nullopt;
+        }
+        for (const int member : *members) {
+            if (!devices.contains(member)) {
+                devices.append(member);
+            }
+        }
+    }
+    return devices;
+}
+
+std::optional<std::vector<ScheduleStore::Entry>> ScheduleStore::enabled()
+{
+    const auto all = records();
+    if (!all) {
+        return std::nullopt;
+    }
     std::vector<Entry> entries;
-    const QVariantList all = records();
-    for (const QVariant& value : all) {
+    for (const QVariant& value : *all) {
         const QVariantMap record = value.toMap();
         QString error;
         const auto rule = ScheduleRule::fromRecord(record, &error);
         if (!rule || !record.value(Vocabulary::enableSchedule).toBool()) {
             continue;
         }
-        QList<int> devices =
-            RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString()).value_or(QList<int>());
-        const QList<int> groups =
-            RecordChecks::ids(record.value(Vocabulary::groupIDList).toString()).value_or(QList<int>());
-        for (const int group : groups) {
-            for (const int member : m_groups.members(group)) {
-                if (!devices.contains(member)) {
-                    devices.append(member);
-                }
-            }
+        const auto devices = devicesOf(record);
+        if (!devices) {
+            return std::nullopt;
         }
         entries.push_back({record.value(Vocabulary::scheduleID).toInt(),
                            record.value(Vocabulary::scheduleName).toString(), *rule,
-                           record.value(Vocabulary::audioID).toInt(), devices});
+                           record.value(Vocabulary::audioID).toInt(), *devices});
     }
     return entries;
 }

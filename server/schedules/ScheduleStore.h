@@ -48,7 +48,7 @@ public:
      */
     ServerReply remove(const QVariant& payload);
 
-    /** Returns the list of all records, by id. */
+    /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
     /** An enabled schedule, as the runner needs it. */
@@ -61,8 +61,8 @@ public:
         QList<int> devices; ///< Ids, the members of its groups included, each once.
     };
 
-    /** Returns the enabled schedules, by id; empty also when the database cannot be read. */
-    std::vector<Entry> enabled();
+    /** Returns the enabled schedules, by id; empty when the database cannot be read. */
+    std::optional<std::vector<Entry>> enabled();
 
 private:
     struct Checked
@@ -74,7 +74,8 @@ private:
     std::optional<ServerReply> check(const QVariantMap& record, Checked* checked);
     ServerReply store(const QVariantMap& record, const Checked& checked, int id);
     ServerReply failed() const;
-    QVariantList records();
+    std::optional<QVariantList> records();
+    std::optional<QList<int>> devicesOf(const QVariantMap& record);
 
     RecordDatabase& m_database;
     DeviceStore& m_devices;

@@ -167,6 +167,10 @@ void TalkService::lost(const QString& token, const QString& reason)
     }
     ServerSession& session = *talk->second.session;
     drop(std::move(talk->second.line));
+    if (talk->second.forgotten) {
+        m_talks.erase(talk);
+        return;
+    }
     talk->second.state = Talk::Lost;
     if (hasLive(session)) {
         QVariantMap fields = talk->second.answer;
@@ -190,11 +194,11 @@ void TalkService::spoke(const QString& token, const VoicePacket& packet)
     talk->second.session->raiseEvent(Vocabulary::AudioReceived, fields);
 }
 
-/** Whether a session has a target that is open, or may yet be. */
+/** Whether a session has a target that is open, or may yet be, and that its client knows. */
 bool TalkService::hasLive(const ServerSession& session) const
 {
     return std::any_of(m_talks.begin(), m_talks.end(), [&](const auto& talk) {
-        return talk.second.session == &session && talk.second.state != Talk::Lost;
+        return talk.second.session == &session && talk.second.state != Talk::Lost && !talk.second.forgotten;
     });
 }
 
@@ -202,8 +206,9 @@ bool TalkService::hasLive(const ServerSession& session) const
  */
 void TalkService::endWhenAllAreLost(ServerSession& session, const QString& token)
 {
-    const auto lost = std::find_if(m_talks.begin(), m_talks.end(),
-                                   [&](const auto& talk) { return talk.second.session == &session; });
+    const auto lost = std::find_if(m_talks.begin(), m_talks.end(), [&](const auto& talk) {
+        return talk.second.session == &session && talk.second.state == Talk::Lost;
+    });
     if (lost == m_talks.end() || hasLive(session)) {
         return;
     }
@@ -216,6 +221,15 @@ void TalkService::forgetLost(const ServerSession& session)
     for (auto talk = m_talks.begin(); talk != m_talks.end();) {
         const bool lost = talk->second.session == &session && talk->second.state == Talk::Lost;
         talk = lost ? m_talks.erase(talk) : std::next(talk);
+    }
+}
+
+/** Notes that the client has dropped all targets that it was given. */
+void TalkService::forgetTargets(const ServerSession& session)
+{
+    forgetLost(session);
+    for (auto& [token, talk] : m_talks) {
+        talk.forgotten |= talk.session == &session && talk.state == Talk::Open;
     }
 }
 
@@ -257,7 +271,11 @@ ServerReply TalkService::stopTalkToSpeaker(ServerSession& session, int device)
         }
         talk = next;
     }
-    return found ? done() : refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk is open to this device"));
+    if (!found) {
+        return refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk is open to this device"));
+    }
+    forgetTargets(session);
+    return done();
 }
 
 ServerReply TalkService::stopTalk(ServerSession& session, const QVariant& payload)

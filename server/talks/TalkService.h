@@ -27,9 +27,11 @@ struct TalkLimits
  *                      '-------> refused: reply with the reason
  *
  * A token is 32 random hexadecimal digits and belongs to the session that opened the talk; no other session
- * can use it. A client ends its whole talk when it hears TalkDisconnected; so that is kept back until the
+ * can use it. A client ends its whole talk when it receives TalkDisconnected; so that is held back until the
  * last target of a session is lost, and the loss of one of several is TalkTargetLost. A client goes on
- * sending to a lost target, which is no error.
+ * sending to a lost target, which is no error. A client forgets all its targets after a successful
+ * StopTalkToIPAudio, though only those to the one speaker are closed: the loss of a forgotten one is not
+ * reported, and it does not hold TalkDisconnected back.
  */
 class TalkService : public QObject
 {
@@ -78,6 +80,7 @@ private:
         LateReply reply;
         std::unique_ptr<DeviceTalk> line; ///< Null once it is lost.
         State state = Opening;
+        bool forgotten = false; ///< The client no longer knows it.
     };
     using Talks = std::map<QString, Talk>; ///< By token.
 
@@ -91,6 +94,7 @@ private:
     bool hasLive(const ServerSession& session) const;
     void endWhenAllAreLost(ServerSession& session, const QString& token);
     void forgetLost(const ServerSession& session);
+    void forgetTargets(const ServerSession& session);
     void close(Talks::iterator talk);
     void drop(std::unique_ptr<DeviceTalk> line);
 

@@ -6,10 +6,12 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QHash>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -25,8 +27,9 @@ struct ServerHarness
         server = std::make_unique<RecordingServer>(config);
         session = std::make_unique<ServerSession>(*server);
         QObject::connect(session.get(), &ServerSession::replied,
-                         [this](const QString& command, quint64, const ServerReply& reply) {
-                             replies.push_back({command, reply});
+                         [this](const QString& command, quint64 request, const ServerReply& reply) {
+                             QCOMPARE(command, m_asked.value(request));
+                             replies.push_back({command, request, reply});
                          });
         QObject::connect(session.get(), &ServerSession::eventRaised,
                          [this](const QString& event, const QVariant& payload) {
@@ -63,13 +66,30 @@ struct ServerHarness
     /** Where a speaker's recording is; empty until it has played something. */
     QString speakerRecording(int speaker) const { return simulated.recordings->speakers.value(speaker); }
 
-    /** Sends a command and gives the first answer to it that comes. */
+    /** Sends a command and returns its number, another one each time. */
+    quint64 submit(const QString& command, const QVariant& payload = QVariant())
+    {
+        m_asked.insert(++m_lastRequest, command);
+        session->submit(command, payload, m_lastRequest);
+        return m_lastRequest;
+    }
+
+    /** Sends a command and gives the first answer with its number. */
     ServerReply ask(const QString& command, const QVariant& payload = QVariant())
     {
         replies.clear();
-        session->submit(command, payload, 1);
-        waitFor([this] { return !replies.empty(); });
-        return replies.empty() ? ServerReply{"none", QVariant(), QString()} : replies.front().reply;
+        return waitForReply(submit(command, payload));
+    }
+
+    /** Waits for the first answer of @ref replies to a request. */
+    ServerReply waitForReply(quint64 request)
+    {
+        const auto found = [&] {
+            return std::find_if(replies.begin(), replies.end(),
+                                [&](const Answer& answer) { return answer.request == request; });
+        };
+        return waitFor([&] { return found() != replies.end(); }) ? found()->reply
+                                                                 : ServerReply{"none", QVariant(), QString()};
     }
 
     template<class Condition>
@@ -121,6 +141,7 @@ struct ServerHarness
     struct Answer
     {
         QString command;
+        quint64 request;
         ServerReply reply;
     };
     struct Event
@@ -135,4 +156,8 @@ struct ServerHarness
     std::unique_ptr<ServerSession> session;
     std::vector<Answer> replies;
     std::vector<Event> events;
+
+private:
+    QHash<quint64, QString> m_asked;           ///< Commands by their numbers.
+    quint64 m_lastRequest = quint64{1} << 40U; ///< A number is not cut to fewer bits.
 };

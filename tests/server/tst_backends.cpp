@@ -1,17 +1,13 @@
-// Talks and playbacks over devices that are slow, refuse, lose their line and signal from other threads.
+// Talks over devices that are slow, refuse, lose their line and signal from other threads.
 
-#include "audio/PacketHeader.h"
 #include "protocol/Words.h"
-#include "tests/server/AwkwardBackend.h"
-#include "tests/server/ServerHarness.h"
-#include "tests/support/WavFiles.h"
+#include "tests/server/AwkwardServer.h"
 
 class TestBackends : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void opensLate();
     void refusesLate();
     void speakerRefusesLate();
@@ -22,6 +18,9 @@ private Q_SLOTS:
     void losesOneOfSeveral();
     void lostWhileAnotherOpens();
     void stopAfterALoss();
+    void stoppingASpeakerForgetsTheOthers();
+    void stoppingASpeakerForgetsWhatIsLost();
+    void stoppingASpeakerSparesWhatOpens();
     void speaksFromAnotherThread();
     void speaksOnWhileAllEnds();
     void answersAClose();
@@ -29,79 +28,9 @@ private Q_SLOTS:
     void clientLeavesWhileItOpens();
     void stoppedWhileItOpens();
     void openLinesAreLimited();
-    void groupOfTwoKinds();
-    void speakerFailsWhilePlaying();
-    void stopsOneOfTwo();
-
-private:
-    QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
-
-    QTemporaryDir m_folder;
 };
 
 namespace {
-
-const QVariantMap gate{{"camId", "gate"}, {"relayPath", "r"}};
-
-/** A server with two awkward cameras and any awkward speakers. */
-struct Awkward
-{
-    std::shared_ptr<AwkwardDevices> devices = std::make_shared<AwkwardDevices>();
-    std::unique_ptr<ServerHarness> harness;
-
-    explicit Awkward(TalkLimits limits = TalkLimits())
-    {
-        devices->cameras = {{"gate", "Gate"}, {"dock", "Dock"}};
-        ServerConfig config;
-        config.devices = devices->kinds();
-        config.talkLimits = limits;
-        harness = std::make_unique<ServerHarness>(config);
-    }
-
-    AwkwardTalk& talk(std::size_t number) { return *devices->talks.at(number); }
-    bool isGone(std::size_t number) const { return devices->talks.at(number).isNull(); }
-
-    /** Opens a talk and gives its token. */
-    QString open(const QString& command = "StartTalk", const QVariant& payload = gate)
-    {
-        harness->replies.clear();
-        harness->session->submit(command, payload, 1);
-        devices->talks.back()->open();
-        ServerHarness::waitFor([this] { return !harness->replies.empty(); });
-        return harness->replies.back().reply.result.toMap()["talkToken"].toString();
-    }
-    QString openSpeaker(int id) { return open("StartTalkToIPAudio", id); }
-    int addSpeaker(const QString& name) { return harness->addDevice(name, "10.9.0.1"); }
-
-    ServerReply say(const QStringList& tokens)
-    {
-        PacketHeader header;
-        header.channels = 1;
-        header.streamType = 8192;
-        header.sampleRate = 8000;
-        const auto bytes = header.toBytes();
-        const QByteArray packet =
-            QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +
-            QByteArray(640, '\xFF');
-        return harness->ask("TalkData",
-                            QVariantMap{{"targets", "<Dest>" + tokens.join("</Dest><Dest>") + "</Dest>"},
-                                        {"talkData", QString::fromLatin1(packet.toBase64())}});
-    }
-    ServerReply stop(const QString& token)
-    {
-        return harness->ask("StopTalk", QVariantMap{{"talkToken", token}});
-    }
-    bool waitForEvents(std::size_t count)
-    {
-        return ServerHarness::waitFor([&] { return harness->events.size() >= count; }) && settled() == count;
-    }
-    /** How many events there are when all that was queued is done. */
-    std::size_t settled()
-    {
-        QCoreApplication::processEvents();
-        return harness->events.size();
-    }
-};
 
 QVariantMap disconnected(const QString& token)
 {
@@ -109,11 +38,6 @@ QVariantMap disconnected(const QString& token)
 }
 
 } // namespace
-
-void TestBackends::initTestCase()
-{
-    QVERIFY(WavFiles::write(path("tone.wav"), WavFiles::sine(440, 0.5, 1.0, 16000), 16000));
-}
 
 void TestBackends::opensLate()
 {
@@ -123,17 +47,17 @@ void TestBackends::opensLate()
             [&](const QString&, quint64 request, const ServerReply& reply) {
                 answers.emplace_back(request, reply.result.toMap());
             });
-    server.harness->session->submit("StartTalk", gate, 7);
-    server.harness->session->submit("StartTalk", QVariantMap{{"camId", "dock"}}, 8);
+    const quint64 gateAsked = server.harness->submit("StartTalk", gate);
+    const quint64 dockAsked = server.harness->submit("StartTalk", QVariantMap{{"camId", "dock"}});
     QCoreApplication::processEvents();
     QVERIFY(answers.empty()); // the line is not open
     server.talk(1).open();
     QVERIFY(ServerHarness::waitFor([&] { return answers.size() == 1; }));
     server.talk(0).open();
     QVERIFY(ServerHarness::waitFor([&] { return answers.size() == 2; }));
-    QCOMPARE(answers[0].first, quint64{8}); // each answer belongs to its request
+    QCOMPARE(answers[0].first, dockAsked); // each answer belongs to its request
     QCOMPARE(answers[0].second["camId"], QVariant("dock"));
-    QCOMPARE(answers[1].first, quint64{7});
+    QCOMPARE(answers[1].first, gateAsked);
     QCOMPARE(answers[1].second["relayPath"], QVariant("r"));
     QVERIFY(answers[0].second["talkToken"] != answers[1].second["talkToken"]);
     QCOMPARE(server.say({answers[1].second["talkToken"].toString()}).returnCode, ReturnCode::success);
@@ -144,7 +68,7 @@ void TestBackends::opensLate()
 void TestBackends::refusesLate()
 {
     Awkward server;
-    server.harness->session->submit("StartTalk", gate, 1);
+    server.harness->submit("StartTalk", gate);
     server.talk(0).refuse(ReturnCode::noVoice, "wrong password");
     QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 1; }));
     QCOMPARE(server.harness->replies[0].reply.returnCode, ReturnCode::noVoice);
@@ -158,7 +82,7 @@ void TestBackends::speakerRefusesLate()
     Awkward server;
     const int speaker = server.addSpeaker("Hall");
     server.harness->replies.clear();
-    server.harness->session->submit("StartTalkToIPAudio", speaker, 1);
+    server.harness->submit("StartTalkToIPAudio", speaker);
     server.talk(0).refuse(ReturnCode::speakerOffline, "busy");
     QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 1; }));
     // Any other code would end the client's other talks.
@@ -251,7 +175,7 @@ void TestBackends::lostWhileAnotherOpens()
     Awkward server;
     const int hall = server.addSpeaker("Hall");
     const QString camera = server.open();
-    server.harness->session->submit("StartTalkToIPAudio", hall, 1);
+    server.harness->submit("StartTalkToIPAudio", hall);
     server.talk(0).lose();
     QVERIFY(server.waitForEvents(1));
     QCOMPARE(server.harness->events[0].name, Words::TalkTargetLost);
@@ -276,10 +200,70 @@ void TestBackends::stopAfterALoss()
     QCOMPARE(server.settled(), std::size_t{1});
 }
 
+// A client that stops one speaker drops all targets that it has.
+void TestBackends::stoppingASpeakerForgetsTheOthers()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    const int roof = server.addSpeaker("Roof");
+    const QString camera = server.open();
+    server.openSpeaker(hall);
+    server.openSpeaker(roof);
+    QCOMPARE(harness.ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    QCOMPARE(server.talk(0).closes, 0); // deliberate: only the one speaker is closed
+    QCOMPARE(server.say({camera}).returnCode, ReturnCode::success);
+    const QString fresh = server.openSpeaker(hall);
+    server.talk(3).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.events[0].name, QString("TalkDisconnected"));
+    QCOMPARE(harness.events[0].payload, disconnected(fresh));
+    // The loss of one that the client does not know is no news.
+    server.talk(0).lose();
+    QVERIFY(ServerHarness::waitFor([&] { return server.isGone(0); }));
+    QCOMPARE(server.settled(), std::size_t{1});
+    QCOMPARE(server.say({camera}).returnCode, ReturnCode::noSuchTalk);
+    // The others can still be closed.
+    QCOMPARE(harness.ask("StopTalkToIPAudio", roof).returnCode, ReturnCode::success);
+    QVERIFY(ServerHarness::waitFor([&] { return server.isGone(2); }));
+}
+
+void TestBackends::stoppingASpeakerForgetsWhatIsLost()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    server.open();
+    server.openSpeaker(hall);
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    const quint64 request = harness.submit("StartTalk", gate);
+    server.talk(2).refuse(ReturnCode::cameraOffline, "off");
+    QCOMPARE(harness.waitForReply(request).returnCode, ReturnCode::cameraOffline);
+    QCOMPARE(server.settled(), std::size_t{1}); // the talk of the lost camera was over before
+}
+
+void TestBackends::stoppingASpeakerSparesWhatOpens()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    server.openSpeaker(hall);
+    const quint64 camera = harness.submit("StartTalk", gate);
+    QCOMPARE(harness.ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    // The client gets this target after it has dropped the others.
+    server.talk(1).open();
+    const QString token = harness.waitForReply(camera).result.toMap()["talkToken"].toString();
+    server.talk(1).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.events[0].payload, disconnected(token));
+}
+
 void TestBackends::speaksFromAnotherThread()
 {
     Awkward server;
-    server.harness->session->submit("StartTalk", gate, 1);
+    server.harness->submit("StartTalk", gate);
     VoicePacket packet;
     packet.bitstream = "sound";
     packet.streamType = 8192;
@@ -351,7 +335,7 @@ void TestBackends::clientLeavesWhileItOpens()
 {
     Awkward server;
     server.devices->answersClose = false;
-    server.harness->session->submit("StartTalk", gate, 1);
+    server.harness->submit("StartTalk", gate);
     server.harness->session.reset();
     QCOMPARE(server.talk(0).closes, 1);
     server.talk(0).open();
@@ -365,8 +349,8 @@ void TestBackends::stoppedWhileItOpens()
     Awkward server;
     const int hall = server.addSpeaker("Hall");
     server.harness->replies.clear();
-    server.harness->session->submit("StartTalkToIPAudio", hall, 1);
-    server.harness->session->submit("StopTalkToIPAudio", hall, 1);
+    server.harness->submit("StartTalkToIPAudio", hall);
+    server.harness->submit("StopTalkToIPAudio", hall);
     QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 2; }));
     QCOMPARE(server.harness->replies[0].command, QString("StartTalkToIPAudio"));
     QVERIFY(!server.harness->replies[0].reply.result.toMap()["error"].toString().isEmpty());
@@ -378,7 +362,7 @@ void TestBackends::openLinesAreLimited()
     Awkward server;
     server.devices->answersClose = false;
     for (int i = 0; i < 4096; ++i) {
-        server.harness->session->submit("StartTalk", gate, 1); // none of them opens
+        server.harness->submit("StartTalk", gate); // none of them opens
     }
     QCOMPARE(server.harness->ask("StartTalk", gate).returnCode, ReturnCode::malformedRequest);
     const int hall = server.addSpeaker("Hall");
@@ -386,72 +370,6 @@ void TestBackends::openLinesAreLimited()
     QCOMPARE(speaker.returnCode, ReturnCode::success);
     QVERIFY(!speaker.result.toMap()["error"].toString().isEmpty());
     QCOMPARE(server.devices->talks.size(), std::size_t{4096});
-}
-
-void TestBackends::groupOfTwoKinds()
-{
-    Awkward server;
-    ServerHarness& harness = *server.harness;
-    const int awkward = server.addSpeaker("Hall");
-    const int simulated = harness.addDevice("Stairs");
-    harness.upload(path("tone.wav"));
-    harness.addGroup("all", QString("%1,%2").arg(awkward).arg(simulated));
-    const auto before = std::chrono::steady_clock::now();
-    QCOMPARE(harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}}).returnCode,
-             ReturnCode::success);
-    AwkwardPlayback& playback = *server.devices->playbacks.at(0);
-    QCOMPARE(playback.speakers, QList<int>{awkward});
-    QVERIFY(playback.start >= before && playback.start <= std::chrono::steady_clock::now());
-    // The whole file for each kind; it has ended when it has ended everywhere.
-    QVERIFY(ServerHarness::waitFor(
-        [&] { return WavFiles::read(harness.speakerRecording(simulated)).size() >= 16000; }));
-    QVERIFY(playback.take(15000));
-    QVERIFY(!playback.take(15000));
-    const auto progress = [&] { return harness.replies.back().reply.result.toMap()["progress"].toInt(); };
-    QVERIFY(ServerHarness::waitFor([&] { return progress() == 99; }));
-    playback.end();
-    QVERIFY(ServerHarness::waitFor([&] { return progress() == 100; }));
-    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
-    QVERIFY(harness.events.empty());
-}
-
-void TestBackends::speakerFailsWhilePlaying()
-{
-    Awkward server;
-    ServerHarness& harness = *server.harness;
-    const int hall = server.addSpeaker("Hall");
-    const int roof = server.addSpeaker("Roof");
-    harness.upload(path("tone.wav"));
-    harness.addGroup("all", QString("%1,%2").arg(hall).arg(roof));
-    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
-    AwkwardPlayback& playback = *server.devices->playbacks.at(0);
-    playback.fail(roof, "it hangs");
-    QVERIFY(server.waitForEvents(1));
-    QCOMPARE(harness.events[0].name, QString("PlayAudioFailed"));
-    QCOMPARE(harness.events[0].payload["deviceName"], QVariant("Roof"));
-    QCOMPARE(harness.events[0].payload["error"], QVariant("it hangs"));
-    QCOMPARE(playback.speakers, QList<int>{hall});
-    playback.fail(roof, "it hangs"); // it has been said
-    playback.fail(4711, "nobody");
-    QCOMPARE(server.settled(), std::size_t{1});
-    playback.fail(hall, "it hangs, too");
-    QVERIFY(server.waitForEvents(2));
-    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
-}
-
-void TestBackends::stopsOneOfTwo()
-{
-    Awkward server;
-    ServerHarness& harness = *server.harness;
-    const int hall = server.addSpeaker("Hall");
-    const int roof = server.addSpeaker("Roof");
-    harness.upload(path("tone.wav"));
-    harness.addGroup("all", QString("%1,%2").arg(hall).arg(roof));
-    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
-    QCOMPARE(harness.ask("StopCurrentAudio", hall).returnCode, ReturnCode::success);
-    QCOMPARE(server.devices->playbacks.at(0)->speakers, QList<int>{roof});
-    QCOMPARE(harness.ask("StopCurrentAudio", roof).returnCode, ReturnCode::success);
-    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
 }
 
 QTEST_GUILESS_MAIN(TestBackends)

@@ -52,39 +52,26 @@ QVariantMap record(int type, const QString& start, const QVariantList& weekdays 
 /** A server with a clock that the test sets, one device and one file. */
 struct Scheduled : ServerHarness
 {
-    explicit Scheduled(const QString& now, const QString& sound, const QString& dataDirectory = QString())
-        : ServerHarness(configOf(dataDirectory), offlineAt("10.0.0.66")), time(local(now))
+    Scheduled(const QString& now, const QString& sound, const QString& dataDirectory = QString())
+        : Scheduled(std::make_shared<QDateTime>(local(now)), sound, dataDirectory)
     {
-        current = &time;
-        // The clock was asked while the server was made; begin anew with the right time.
-        session.reset();
-        server.reset();
-        ServerConfig config = configOf(dataDirectory);
-        simulate(config);
-        server = std::make_unique<RecordingServer>(config);
-        session = std::make_unique<ServerSession>(*server);
-        QObject::connect(session.get(), &ServerSession::replied,
-                         [this](const QString& command, quint64, const ServerReply& reply) {
-                             replies.push_back({command, reply});
-                         });
-        QObject::connect(session.get(), &ServerSession::eventRaised,
-                         [this](const QString& event, const QVariant& payload) {
-                             events.push_back({event, payload.toMap()});
-                         });
+    }
+
+    Scheduled(const std::shared_ptr<QDateTime>& clock, const QString& sound, const QString& dataDirectory)
+        : ServerHarness(configOf(dataDirectory, clock), offlineAt("10.0.0.66")), time(*clock), m_clock(clock)
+    {
         if (ask("GetAudioFile").result.toList().isEmpty()) {
             addDevice("a", "10.0.0.66"); // offline: each attempt to play is told at once, and takes no time
             upload(sound);
         }
     }
 
-    ~Scheduled() { current = nullptr; }
-
-    static ServerConfig configOf(const QString& dataDirectory)
+    static ServerConfig configOf(const QString& dataDirectory, const std::shared_ptr<QDateTime>& clock)
     {
         ServerConfig config;
         config.dataDirectory = dataDirectory;
         config.clock.zone = berlin;
-        config.clock.now = [] { return current != nullptr ? *current : QDateTime::currentDateTimeUtc(); };
+        config.clock.now = [clock] { return *clock; };
         return config;
     }
 
@@ -112,8 +99,10 @@ struct Scheduled : ServerHarness
         return static_cast<int>(events.size() - before);
     }
 
-    QDateTime time;
-    static inline const QDateTime* current = nullptr;
+    QDateTime& time; ///< Of the server.
+
+private:
+    std::shared_ptr<QDateTime> m_clock;
 };
 
 } // namespace

@@ -1,0 +1,165 @@
+// What a server answers when its database cannot be read, and what a transaction promises.
+
+#include "server/records/RecordDatabase.h"
+#include "tests/server/ServerHarness.h"
+#include "tests/server/SqlFile.h"
+#include "tests/support/WavFiles.h"
+
+class TestStorage : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void transactionThatCannotBegin();
+    void rowsThatCannotBeRead();
+    void unreadableTable_data();
+    void unreadableTable();
+    void unreadableSchedulesRunLater();
+
+private:
+    QTemporaryDir m_folder;
+};
+
+namespace {
+
+int rowsOf(RecordDatabase& database, const QString& table)
+{
+    int rows = -1;
+    database.read("SELECT count(*) FROM " + table, {},
+                  [&](const QSqlQuery& row) { rows = row.value(0).toInt(); });
+    return rows;
+}
+
+} // namespace
+
+void TestStorage::transactionThatCannotBegin()
+{
+    RecordDatabase database((QString()));
+    const QString insert = "INSERT INTO groups (name) VALUES (?)";
+    {
+        RecordDatabase::Transaction outer(database);
+        {
+            RecordDatabase::Transaction inner(database); // SQLite has no transaction inside another
+            const QString reason = database.errorString();
+            QVERIFY(!reason.isEmpty());
+            QVERIFY(!database.run(insert, {"lost"}));
+            QCOMPARE(rowsOf(database, "groups"), -1);
+            QVERIFY(!inner.commit());
+            QCOMPARE(database.errorString(), reason);
+        }
+        QVERIFY(database.run(insert, {"kept"}));
+        QVERIFY(outer.commit());
+    }
+    QCOMPARE(rowsOf(database, "groups"), 1);
+}
+
+void TestStorage::rowsThatCannotBeRead()
+{
+    RecordDatabase database((QString()));
+    int rows = 0;
+    // The second row fails while the first has been read.
+    QVERIFY(!database.read("SELECT abs(column1) FROM (VALUES (1), (-9223372036854775808))", {},
+                           [&](const QSqlQuery&) { ++rows; }));
+    QCOMPARE(rows, 1);
+    QVERIFY2(database.errorString().contains("overflow"), qPrintable(database.errorString()));
+}
+
+void TestStorage::unreadableTable_data()
+{
+    QTest::addColumn<QString>("table");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QVariant>("payload");
+    QTest::addColumn<QVariant>("result");
+    const auto row = [](const char* table, const char* command, const QVariant& payload = QVariant(),
+                        const QVariant& result = QVariant()) {
+        QTest::addRow("%s, %s", command, table) << QString(table) << QString(command) << payload << result;
+    };
+    const QVariantMap schedule{{"scheduleName", "s"},
+                               {"scheduleType", 1},
+                               {"scheduleSettings", QVariantMap()},
+                               {"scheduleStartTime", "2026-03-01T12:00:00"},
+                               {"audioID", 1},
+                               {"groupIDList", "1"},
+                               {"networkAudioIDList", "1"}};
+    const QVariantMap group{{"groupName", "g"}, {"networkAudioIDList", "1"}};
+    const QVariantMap playGroup{{"groupID", 1}, {"audioFileId", 1}};
+    const QVariantMap play{{"ipAudioId", 1}, {"audioFileId", 1}};
+    row("devices", "RetrieveIPAudioModel");
+    row("device_cameras", "RetrieveIPAudioModel");
+    row("groups", "GetNetworkAudioGroup");
+    row("group_devices", "GetNetworkAudioGroup");
+    row("files", "GetAudioFile");
+    row("schedules", "GetNetworkAudioSchedule");
+    row("schedule_groups", "GetNetworkAudioSchedule");
+    row("files", "DeleteFile", 1);
+    row("devices", "AddNetworkAudioGroup", group);
+    row("devices", "AddNetworkAudioSchedule", schedule);
+    row("groups", "AddNetworkAudioSchedule", schedule);
+    row("files", "AddNetworkAudioSchedule", schedule);
+    row("devices", "PlayAudio", play, 1);
+    row("files", "PlayAudio", play, 1);
+    row("groups", "PlayGroupAudio", playGroup, 1);
+    row("group_devices", "PlayGroupAudio", playGroup, 1);
+    row("devices", "StopCurrentAudio", 1, 1);
+    row("group_devices", "StopCurrentGroupAudio", 1, 1);
+}
+
+void TestStorage::unreadableTable()
+{
+    QFETCH(QString, table);
+    QFETCH(QString, command);
+    QFETCH(QVariant, payload);
+    QFETCH(QVariant, result);
+    const QString tone = m_folder.filePath("tone.wav");
+    QVERIFY(WavFiles::write(tone, WavFiles::sine(440, 0.3, 0.2, 8000), 8000));
+    ServerConfig config;
+    config.dataDirectory = m_folder.filePath(QString::fromLatin1(QTest::currentDataTag()));
+    ServerHarness harness(config);
+    harness.addDevice("a");
+    harness.addGroup("all", "1");
+    QCOMPARE(harness.upload(tone), 1);
+    runSql(config.dataDirectory + "/records.sqlite",
+           {"PRAGMA legacy_alter_table = ON", "ALTER TABLE " + table + " RENAME TO gone"});
+    const ServerReply reply = harness.ask(command, payload);
+    QCOMPARE(reply.returnCode, ReturnCode::storageFailed);
+    QVERIFY2(reply.errorText.contains(table), qPrintable(reply.errorText));
+    QCOMPARE(reply.result, result);
+}
+
+void TestStorage::unreadableSchedulesRunLater()
+{
+    const auto time = std::make_shared<QDateTime>(QDate(2026, 3, 1), QTime(11, 59, 50), Qt::UTC);
+    ServerConfig config;
+    config.dataDirectory = m_folder.filePath("later");
+    config.clock.zone = QTimeZone::utc();
+    config.clock.now = [time] { return *time; };
+    const QString tone = m_folder.filePath("tone.wav");
+    QVERIFY(WavFiles::write(tone, WavFiles::sine(440, 0.3, 0.2, 8000), 8000));
+    ServerHarness harness(config, ServerHarness::offlineAt("10.0.0.66"));
+    harness.addDevice("a", "10.0.0.66"); // offline: each run raises an event at once
+    harness.upload(tone);
+    QCOMPARE(harness
+                 .ask("AddNetworkAudioSchedule", QVariantMap{{"scheduleName", "s"},
+                                                             {"enableSchedule", true},
+                                                             {"scheduleType", 1},
+                                                             {"scheduleSettings", QVariantMap()},
+                                                             {"scheduleStartTime", "2026-03-01T12:00:00"},
+                                                             {"audioID", 1},
+                                                             {"groupIDList", ""},
+                                                             {"networkAudioIDList", "1"}})
+                 .returnCode,
+             ReturnCode::success);
+    const QString file = config.dataDirectory + "/records.sqlite";
+    runSql(file, {"PRAGMA legacy_alter_table = ON", "ALTER TABLE schedules RENAME TO gone"});
+    *time = time->addSecs(12);
+    harness.server->checkDueSchedules();
+    QCoreApplication::processEvents();
+    QVERIFY(harness.events.empty());
+    runSql(file, {"PRAGMA legacy_alter_table = ON", "ALTER TABLE gone RENAME TO schedules"});
+    *time = time->addSecs(10);
+    harness.server->checkDueSchedules();
+    QVERIFY(ServerHarness::waitFor([&] { return harness.events.size() == 1; }));
+}
+
+QTEST_GUILESS_MAIN(TestStorage)
+#include "tst_storage.moc"
