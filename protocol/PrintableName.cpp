@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr int maxCharacters = 40;
+constexpr int maxCharacters = 30; // a reason for closing a web socket has 123 bytes, RFC 6455, clause 5.5
 
 } // namespace
 

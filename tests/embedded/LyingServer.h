@@ -5,7 +5,8 @@
 
 #include <QWebSocketServer>
 
-/** A server that lets everybody in, keeps what it is asked, and answers what it is told to. */
+/** A server that lets everybody in unless it is told not to, keeps what it is asked, and answers what it is
+ * told to. */
 class LyingServer : public QObject
 {
 public:
@@ -17,7 +18,9 @@ public:
             client->setParent(this);
             connect(client, &QWebSocket::binaryMessageReceived, this, [this](const QByteArray& bytes) {
                 const WireMessage message = WireMessage::fromBytes(bytes).value_or(WireMessage());
-                if (message.kind == WireMessage::Login) {
+                if (message.kind == WireMessage::Login && !welcomes) {
+                    client->sendBinaryMessage(inPlaceOfAWelcome);
+                } else if (message.kind == WireMessage::Login) {
                     WireMessage welcome;
                     welcome.kind = WireMessage::Welcome;
                     client->sendBinaryMessage(welcome.toBytes());
@@ -58,6 +61,8 @@ public:
     }
 
     bool listening = false;
+    bool welcomes = true;
+    QByteArray inPlaceOfAWelcome; ///< Sent after a login if it does not welcome.
     QWebSocket* client = nullptr;
     QList<WireMessage> commands;
 

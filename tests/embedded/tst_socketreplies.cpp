@@ -3,6 +3,7 @@
 
 #include "client/PluginHost.h"
 #include "client/SocketLink.h"
+#include "protocol/Limits.h"
 #include "tests/embedded/LyingServer.h"
 #include "tests/support/BuiltLibraries.h"
 
@@ -16,6 +17,7 @@ class TestSocketReplies : public QObject
 private Q_SLOTS:
     void repliesCarryTheirRequest();
     void numbersNeverSent();
+    void commandsThatAreNotSent();
     void afterALossNothingIsAnswered();
     void refusedUploadInPlaceOfATalk();
     void answeredTalkInPlaceOfAnUpload();
@@ -98,6 +100,26 @@ void TestSocketReplies::numbersNeverSent()
     for (int i = 0; i < 3; ++i) {
         QVERIFY(line.request(i) != QVariant(quint64{7}));
     }
+}
+
+/** A link refuses what a server would end the connection for, and what would fill the memory. */
+void TestSocketReplies::commandsThatAreNotSent()
+{
+    Line line;
+    QVERIFY(line.up);
+    const auto upload = [&](int size, quint64 request) {
+        return line.link.send("UploadFile", QByteArray(size, 'A'), request);
+    };
+    QVERIFY(!upload(Limits::maxMessageToServerBytes, 7)); // with its name it is larger
+    QVERIFY(line.link.send("GetAudioFile", QVariant(), 8));
+    line.server.reply(8, "GetAudioFile", "0");
+    QTRY_COMPARE(line.replies.size(), 1);
+    QCOMPARE(line.request(0), QVariant(quint64{8}));
+    const int large = Limits::maxMessageToServerBytes - 10000; // with room for the frames of a web socket
+    QVERIFY(upload(large, 9) &&
+            upload(large, 10)); // both wait: nothing is written before the event loop runs
+    QVERIFY(!upload(large, 11));
+    QVERIFY(line.link.send("GetAudioFile", QVariant(), 12)); // in the little room that is left
 }
 
 void TestSocketReplies::afterALossNothingIsAnswered()
