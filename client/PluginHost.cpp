@@ -33,8 +33,10 @@ QString findLibrary()
 
 PluginHost::PluginHost(ServerLink& link) : m_link(link)
 {
+    // The plug-in is not told: it has no time-outs, and a lost reply leaves its front end without a signal.
+    connect(&m_link, &ServerLink::disconnected, this, [this] { m_requests.clear(); });
     connect(&m_link, &ServerLink::connected, this, [this] {
-        m_requests.clear(); // of a connection that was lost
+        m_requests.clear(); // of a link that was exchanged
         if (m_plugin != nullptr) {
             m_plugin->PluginServerConnected();
         }

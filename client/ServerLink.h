@@ -18,13 +18,17 @@ public:
      *
      * @param payload a QVariantMap, an int, or an invalid QVariant for none
      * @param request from nextRequestNumber; each reply to the command carries it
-     * @return false when the command cannot be sent; no reply follows then
+     * @return false when the command cannot be sent, because there is no connection, the command is too
+     * large, or too much waits to be sent; no reply follows then
      */
     virtual bool send(const QString& command, const QVariant& payload, quint64 request) = 0;
 
 Q_SIGNALS:
     /** Emitted each time the connection to the server comes up. */
     void connected();
+
+    /** Emitted each time a connection that was up is lost. No reply to what was sent over it follows. */
+    void disconnected();
 
     /**
      * Emitted for each reply; some commands have several.

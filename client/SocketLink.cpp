@@ -14,6 +14,8 @@ namespace {
 constexpr int firstRetryDelay = 250; // ms
 constexpr int maxRetryDelay = 5000;
 constexpr quint32 wireMask = 0xFFFFFFFF;
+constexpr qint64 maxQueuedBytes =
+    qint64{2} * Limits::maxMessageToServerBytes; // an upload, and what follows it
 
 } // namespace
 
@@ -77,9 +79,23 @@ void SocketLink::checkCertificate(const QList<QSslError>& errors)
     }
 }
 
+void SocketLink::goDown()
+{
+    if (m_ready) {
+        m_ready = false;
+        Q_EMIT disconnected();
+    }
+}
+
+void SocketLink::closeForBreach(const QString& reason)
+{
+    goDown();
+    m_socket.close(QWebSocketProtocol::CloseCodeProtocolError, reason);
+}
+
 void SocketLink::end(const QString& reason)
 {
-    m_ready = false;
+    goDown();
     m_queued = 0;
     if (m_retryTimer.isActive()) {
         return; // an error and the end of the connection come both
@@ -109,23 +125,38 @@ bool SocketLink::send(const QString& command, const QVariant& payload, quint64 r
     }
     WireMessage message;
     message.kind = WireMessage::Command;
-    m_lastRequest = request;
     message.id = static_cast<quint32>(request);
     message.name = command;
     message.payload = payload;
-    m_queued += m_socket.sendBinaryMessage(message.toBytes());
+    const QByteArray bytes = message.toBytes();
+    if (bytes.size() > Limits::maxMessageToServerBytes ||
+        m_socket.bytesToWrite() + bytes.size() > maxQueuedBytes) {
+        return false;
+    }
+    m_lastRequest = request;
+    m_queued += m_socket.sendBinaryMessage(bytes);
     return true;
 }
 
 void SocketLink::receive(const QByteArray& bytes)
 {
-    const auto message = WireMessage::fromBytes(bytes);
+    QString error;
+    const auto message = WireMessage::fromBytes(bytes, &error);
     if (!message) {
-        m_socket.close(QWebSocketProtocol::CloseCodeBadOperation, QStringLiteral("not a message"));
+        closeForBreach(error);
+        return;
+    }
+    const bool isAnswer = message->kind == WireMessage::Reply || message->kind == WireMessage::Event;
+    if (isAnswer && !m_ready) {
+        closeForBreach(QStringLiteral("kind %1 came before the welcome").arg(message->kind));
         return;
     }
     switch (message->kind) {
     case WireMessage::Welcome:
+        if (m_ready) {
+            closeForBreach(QStringLiteral("a second welcome"));
+            return;
+        }
         m_ready = true;
         m_retryDelay = firstRetryDelay;
         Q_EMIT connected();
@@ -141,7 +172,9 @@ void SocketLink::receive(const QByteArray& bytes)
     case WireMessage::Event:
         Q_EMIT eventRaised(message->name, message->payload);
         break;
-    default:
+    case WireMessage::Login:
+    case WireMessage::Command:
+        closeForBreach(QStringLiteral("kind %1 is a client's").arg(message->kind));
         break;
     }
 }

@@ -45,6 +45,8 @@ private:
     quint64 requestOf(quint32 id) const;
     void receive(const QByteArray& bytes);
     void checkCertificate(const QList<QSslError>& errors);
+    void closeForBreach(const QString& reason);
+    void goDown();
     void end(const QString& reason);
 
     SocketLinkConfig m_config;

@@ -32,6 +32,7 @@ void LinkSwitch::use(std::unique_ptr<ServerLink> link)
                     Q_EMIT replied(command, result, request, returnCode, errorText);
                 }
             });
+    connect(m_link.get(), &ServerLink::disconnected, this, &LinkSwitch::disconnected);
     connect(m_link.get(), &ServerLink::sending, this, &LinkSwitch::sending);
     connect(m_link.get(), &ServerLink::eventRaised, this, &LinkSwitch::eventRaised);
     m_link->open();

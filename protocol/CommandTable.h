@@ -29,7 +29,7 @@ struct Row
     PayloadShape answer;  ///< Of a reply with the return code "0".
     PayloadShape refusal; ///< Of replies with other codes; failures of the server itself have no payload.
     qint64 maxSize;       ///< The largest payloadSize.
-    QString tooLarge;     ///< Return code for a payload beyond maxSize.
+    QString malformed;    ///< Return code for a payload beyond maxSize, or with a key that it does not have.
     Answered answered;    ///< How often and how soon it is answered.
 };
 

@@ -73,3 +73,14 @@ qint64 payloadSize(const QVariant& payload, qint64 limit)
     counter.add(payload, 0);
     return counter.size();
 }
+
+std::optional<QString> unknownKey(const PayloadShape& shape, const QVariant& payload)
+{
+    const QVariantMap map = payload.toMap(); // empty for anything else
+    for (auto entry = map.begin(); entry != map.end(); ++entry) {
+        if (!shape.keys.contains(entry.key())) {
+            return entry.key();
+        }
+    }
+    return std::nullopt;
+}

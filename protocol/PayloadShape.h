@@ -3,6 +3,8 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <optional>
+
 /** The shape of a command's payload or of its answer. */
 struct PayloadShape
 {
@@ -26,3 +28,9 @@ struct PayloadShape
  * Limits::maxNesting. Any thread.
  */
 qint64 payloadSize(const QVariant& payload, qint64 limit);
+
+/**
+ * Returns the first key of a payload that its shape does not have; empty when there is none. Keys of maps
+ * inside the values are not looked at. Any thread.
+ */
+std::optional<QString> unknownKey(const PayloadShape& shape, const QVariant& payload);

@@ -7,7 +7,7 @@
 #include <optional>
 
 /**
- * One message between a desk and a server in another process: a CBOR map, the payload of a binary WebSocket
+ * One message between a client and a server in another process: a CBOR map, the payload of a binary WebSocket
  * message.
  *
  *   client                                         server
@@ -17,8 +17,8 @@
  *                                           <--    Reply   id, name, payload, code, text
  *                                           <--    Event   name, payload
  *
- * The first reply to a command carries the command's id. Further ones, such as the progress of a playback,
- * carry 0.
+ * Each reply to a command carries the command's id, also the second and later ones, such as the progress of a
+ * playback. A reply that answers no command carries 0.
  */
 struct WireMessage
 {
@@ -36,7 +36,7 @@ struct WireMessage
     static constexpr int version = 1; ///< Of the protocol; messages of other versions are refused.
 
     Kind kind = Login; ///< The message's kind.
-    quint32 id = 0;    ///< Of a command and of its first reply; 0 for further replies.
+    quint32 id = 0;    ///< Of a command and of its replies; 0 for none.
     QString name;      ///< Of a command, a reply's command or an event; the user of a login.
     QString secret;    ///< Password or token of a login.
     QVariant payload;  ///< Of a command, a reply or an event; invalid for none.
@@ -46,6 +46,12 @@ struct WireMessage
     /** Returns the message as CBOR. */
     QByteArray toBytes() const;
 
-    /** Reads a message; empty for any other bytes. */
-    static std::optional<WireMessage> fromBytes(const QByteArray& bytes);
+    /**
+     * Reads a message.
+     *
+     * @param error receives the reason of a failure, with the unknown version, kind or key; at most 100 bytes
+     *              of UTF-8, printable; may be null
+     * @return empty for any other bytes
+     */
+    static std::optional<WireMessage> fromBytes(const QByteArray& bytes, QString* error = nullptr);
 };

@@ -1,6 +1,7 @@
 #include "server/RecordingServer.h"
 
 #include "protocol/CommandTable.h"
+#include "protocol/PrintableName.h"
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/AbsentCameras.h"
@@ -284,12 +285,17 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
     }
     const auto executor = m_executors.constFind(command);
     if (executor == m_executors.constEnd()) {
-        return refusal(ReturnCode::unknownCommand,
-                       QStringLiteral("this server does not know the command \"%1\"").arg(command));
+        return refusal(
+            ReturnCode::unknownCommand,
+            QStringLiteral("this server does not know the command %1").arg(printableName(command)));
     }
     const CommandTable::Row* row = CommandTable::find(command);
     if (row != nullptr && payloadSize(payload, row->maxSize) > row->maxSize) {
-        return refusal(row->tooLarge, QStringLiteral("\"%1\" is too large").arg(command),
+        return refusal(row->malformed, QStringLiteral("\"%1\" is too large").arg(command),
+                       refusalResult(*row, payload));
+    }
+    if (const auto key = row != nullptr ? unknownKey(row->payload, payload) : std::nullopt) {
+        return refusal(row->malformed, QStringLiteral("\"%1\" has no %2").arg(command, printableName(*key)),
                        refusalResult(*row, payload));
     }
     return (*executor)(session, payload, request);

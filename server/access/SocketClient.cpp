@@ -1,6 +1,7 @@
 #include "server/access/SocketClient.h"
 
 #include "protocol/Limits.h"
+#include "protocol/PrintableName.h"
 #include "server/core/ServerSession.h"
 
 namespace {
@@ -88,17 +89,22 @@ void SocketClient::receive(const QByteArray& bytes)
     if (m_dropped || m_refused) {
         return;
     }
-    const auto message = WireMessage::fromBytes(bytes);
+    QString error;
+    const auto message = WireMessage::fromBytes(bytes, &error);
     if (!message) {
-        drop(QStringLiteral("not a message"));
+        drop(error);
         return;
     }
     if (!m_session) {
         login(*message);
         return;
     }
-    if (message->kind != WireMessage::Command || message->id == 0) {
-        drop(QStringLiteral("not a command"));
+    if (message->kind != WireMessage::Command) {
+        drop(QStringLiteral("kind %1 is not a command").arg(message->kind));
+        return;
+    }
+    if (message->id == 0) {
+        drop(QStringLiteral("the command %1 has no number").arg(printableName(message->name)));
         return;
     }
     m_session->submit(message->name, message->payload, message->id);

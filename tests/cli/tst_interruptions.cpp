@@ -1,6 +1,6 @@
 // Ends that a command does not choose: Ctrl-C while it waits, a server that goes, does not answer or refuses.
 
-#include "protocol/WireMessage.h"
+#include "tests/cli/ScriptedServer.h"
 #include "tests/support/ProgramInterrupt.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/WavFiles.h"
@@ -15,8 +15,6 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QWebSocket>
-#include <QWebSocketServer>
 
 #include <memory>
 
@@ -134,26 +132,14 @@ void TestInterruptions::waitForAnAnswer()
 {
     // It lets everybody in and answers nothing.
     QFETCH(QStringList, arguments);
-    QWebSocketServer silent(QStringLiteral("silent"), QWebSocketServer::NonSecureMode);
-    QVERIFY(silent.listen(QHostAddress::LocalHost));
     QSet<QString> asked;
-    connect(&silent, &QWebSocketServer::newConnection, this, [&] {
-        QWebSocket* client = silent.nextPendingConnection();
-        client->setParent(&silent);
-        connect(client, &QWebSocket::binaryMessageReceived, client,
-                [&asked, client](const QByteArray& bytes) {
-                    const auto message = WireMessage::fromBytes(bytes);
-                    if (message && message->kind == WireMessage::Login) {
-                        WireMessage welcome;
-                        welcome.kind = WireMessage::Welcome;
-                        client->sendBinaryMessage(welcome.toBytes());
-                    } else if (message) {
-                        asked.insert(message->name);
-                    }
-                });
+    ScriptedServer silent([&asked](const WireMessage& command) {
+        asked.insert(command.name);
+        return QList<WireMessage>();
     });
+    QVERIFY(silent.listening);
     QProcess program;
-    start(program, arguments + QStringList{"--timeout", "3600", "--server", silent.serverUrl().toString()});
+    start(program, arguments + QStringList{"--timeout", "3600", "--server", silent.url()});
     QTRY_VERIFY_WITH_TIMEOUT(asked.size() >= 2, 20000); // what the plug-in asks by itself
     QVERIFY(interruptProgram(program));
     const ProgramRun result = endOf(program);
@@ -213,30 +199,14 @@ void TestInterruptions::wrongPassword()
 
 void TestInterruptions::camerasOfAServer()
 {
-    QWebSocketServer server(QStringLiteral("other"), QWebSocketServer::NonSecureMode);
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    connect(&server, &QWebSocketServer::newConnection, this, [&server] {
-        QWebSocket* client = server.nextPendingConnection();
-        client->setParent(&server);
-        connect(client, &QWebSocket::binaryMessageReceived, client, [client](const QByteArray& bytes) {
-            const auto asked = WireMessage::fromBytes(bytes);
-            WireMessage answer;
-            answer.kind = WireMessage::Welcome;
-            if (asked && asked->kind == WireMessage::Command) {
-                answer.kind = WireMessage::Reply;
-                answer.id = asked->id;
-                answer.name = asked->name;
-                answer.code = QStringLiteral("0");
-                if (asked->name == "GetCamera") {
-                    answer.payload = QVariantList{
-                        QVariantMap{{"camId", "yard-7"}, {"camName", "Yard"}, {"online", false}}};
-                }
-            }
-            client->sendBinaryMessage(answer.toBytes());
-        });
+    const QVariantList cameras{QVariantMap{{"camId", "yard-7"}, {"camName", "Yard"}, {"online", false}}};
+    const ScriptedServer server([&cameras](const WireMessage& command) {
+        return QList<WireMessage>{
+            ScriptedServer::replyTo(command, command.name == "GetCamera" ? cameras : QVariant())};
     });
+    QVERIFY(server.listening);
     QProcess program;
-    start(program, {"cameras", "--json", "--server", server.serverUrl().toString()});
+    start(program, {"cameras", "--json", "--server", server.url()});
     const ProgramRun result = endOf(program);
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QCOMPARE(result.json().size(), 1);
@@ -262,31 +232,15 @@ void TestInterruptions::localFileIsTakenBack()
 void TestInterruptions::repliesGoByTheirNumber()
 {
     // A refusal of the same name that nobody asked for comes first.
-    QWebSocketServer server(QStringLiteral("talkative"), QWebSocketServer::NonSecureMode);
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    connect(&server, &QWebSocketServer::newConnection, this, [&server] {
-        QWebSocket* client = server.nextPendingConnection();
-        client->setParent(&server);
-        connect(client, &QWebSocket::binaryMessageReceived, client, [client](const QByteArray& bytes) {
-            const auto asked = WireMessage::fromBytes(bytes);
-            WireMessage answer;
-            answer.kind = WireMessage::Welcome;
-            if (asked && asked->kind == WireMessage::Command) {
-                answer.kind = WireMessage::Reply;
-                answer.name = asked->name;
-                answer.id = asked->id + 1000;
-                answer.code = QStringLiteral("404");
-                answer.payload = 3;
-                client->sendBinaryMessage(answer.toBytes());
-                answer.id = asked->id;
-                answer.code = QStringLiteral("0");
-                answer.payload = 7;
-            }
-            client->sendBinaryMessage(answer.toBytes());
-        });
+    const ScriptedServer server([](const WireMessage& command) {
+        WireMessage other = ScriptedServer::replyTo(command, 3);
+        other.id += 1000;
+        other.code = QStringLiteral("404");
+        return QList<WireMessage>{other, ScriptedServer::replyTo(command, 7)};
     });
+    QVERIFY(server.listening);
     QProcess program;
-    start(program, {"schedules", "delete", "7", "--server", server.serverUrl().toString()});
+    start(program, {"schedules", "delete", "7", "--server", server.url()});
     const ProgramRun result = endOf(program);
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QCOMPARE(result.out, QString("deleted schedule 7\n"));

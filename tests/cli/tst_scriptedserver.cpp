@@ -1,19 +1,16 @@
 // The commands against a server that answers what no good one would.
 
-#include "protocol/WireMessage.h"
+#include "tests/cli/ScriptedServer.h"
 #include "tests/support/ProgramRun.h"
 
 #include <QProcess>
 #include <QTest>
-#include <QWebSocket>
-#include <QWebSocketServer>
 
 class TestScriptedServer : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void fileIsAddedButNotListed_data();
     void fileIsAddedButNotListed();
     void passwordIsKept_data();
@@ -24,38 +21,20 @@ private:
     ProgramRun run(const QStringList& arguments, const QVariantMap& answers);
 
     QVariantMap m_asked; ///< The last payload of each command.
-    QWebSocketServer m_server{QStringLiteral("scripted"), QWebSocketServer::NonSecureMode};
 };
-
-void TestScriptedServer::initTestCase()
-{
-    QVERIFY(m_server.listen(QHostAddress::LocalHost));
-}
 
 ProgramRun TestScriptedServer::run(const QStringList& arguments, const QVariantMap& answers)
 {
-    const auto accepted = connect(&m_server, &QWebSocketServer::newConnection, this, [this, answers] {
-        QWebSocket* client = m_server.nextPendingConnection();
-        connect(client, &QWebSocket::disconnected, client, &QObject::deleteLater);
-        connect(client, &QWebSocket::binaryMessageReceived, client,
-                [this, client, answers](const QByteArray& bytes) {
-                    const auto asked = WireMessage::fromBytes(bytes);
-                    WireMessage answer;
-                    answer.kind = WireMessage::Welcome;
-                    if (asked && asked->kind == WireMessage::Command) {
-                        m_asked.insert(asked->name, asked->payload);
-                        answer.kind = WireMessage::Reply;
-                        answer.id = asked->id;
-                        answer.name = asked->name;
-                        answer.code = QStringLiteral("0");
-                        answer.payload = answers.value(asked->name);
-                    }
-                    client->sendBinaryMessage(answer.toBytes());
-                });
+    const ScriptedServer server([this, &answers](const WireMessage& command) {
+        m_asked.insert(command.name, command.payload);
+        return QList<WireMessage>{ScriptedServer::replyTo(command, answers.value(command.name))};
     });
+    if (!server.listening) {
+        return ProgramRun();
+    }
     QProcess program;
     program.start(QStringLiteral(PROGRAM_DIR "/voicedesk"),
-                  arguments + QStringList{QStringLiteral("--server"), m_server.serverUrl().toString()});
+                  arguments + QStringList{QStringLiteral("--server"), server.url()});
     ProgramRun result;
     if (QTest::qWaitFor([&] { return program.state() == QProcess::NotRunning; }, 60000) &&
         program.exitStatus() == QProcess::NormalExit) {
@@ -65,7 +44,6 @@ ProgramRun TestScriptedServer::run(const QStringList& arguments, const QVariantM
     result.err = QString::fromUtf8(program.readAllStandardError());
     program.kill();
     program.waitForFinished();
-    disconnect(accepted);
     return result;
 }
 

@@ -15,6 +15,8 @@ private Q_SLOTS:
     void carriesRepliesAndEvents();
     void eventsThatAreNotForThePlugin();
     void linkThatRefuses();
+    void requestsEndWithTheConnection();
+    void lateReplyHasItsNumber();
     void lateRepliesAfterUnload();
     void badPlugins();
 };
@@ -113,6 +115,49 @@ void TestPluginHost::linkThatRefuses()
     QCOMPARE(sent.count(), 1);
     QCOMPARE(sent[0],
              (QVariantList{"StopTalkToIPAudio", QVariant::fromValue(QVariant(4)), false, link.lastRequest}));
+}
+
+/** A reply that comes between a loss and the next connection answers nothing, whatever its number is. */
+void TestPluginHost::requestsEndWithTheConnection()
+{
+    TestLink link;
+    PluginHost host(link);
+    QVERIFY(host.load(pluginPath));
+    Q_EMIT link.connected();
+    QSignalSpy answers(host.plugin(), SIGNAL(startTalkToIPAudioResponse(bool, QString, int)));
+    QSignalSpy stopped(host.plugin(), SIGNAL(stopCurrentAudioResponse()));
+    QVERIFY(QMetaObject::invokeMethod(host.plugin(), "startTalkToIPAudio", Q_ARG(int, 42)));
+    Q_EMIT link.disconnected();
+    QCOMPARE(answers.size(), 0); // the plug-in has no time-outs: a lost reply is none
+    Q_EMIT link.replied("StopCurrentAudio", QVariant(), link.lastRequest, "0", "");
+    QCOMPARE(stopped.size(), 1);
+    QVERIFY(QMetaObject::invokeMethod(host.plugin(), "startTalkToIPAudio", Q_ARG(int, 43)));
+    const quint64 before = link.lastRequest;
+    Q_EMIT link.connected(); // to another server
+    Q_EMIT link.replied("StopCurrentAudio", QVariant(), before, "0", "");
+    QCOMPARE(stopped.size(), 2);
+    QCOMPARE(answers.size(), 0);
+}
+
+/** However late it is, and whatever was asked since. */
+void TestPluginHost::lateReplyHasItsNumber()
+{
+    TestLink link;
+    PluginHost host(link);
+    QVERIFY(host.load(pluginPath));
+    QSignalSpy replies(&host, &PluginHost::replyArrived);
+    QSignalSpy answers(host.plugin(), SIGNAL(startTalkToIPAudioResponse(bool, QString, int)));
+    QVERIFY(QMetaObject::invokeMethod(host.plugin(), "startTalkToIPAudio", Q_ARG(int, 42)));
+    const quint64 first = link.lastRequest;
+    QVERIFY(QMetaObject::invokeMethod(host.plugin(), "startTalkToIPAudio", Q_ARG(int, 43)));
+    const quint64 second = link.lastRequest;
+    const QVariantMap refusal{{"error", "busy"}};
+    Q_EMIT link.replied("StartTalkToIPAudio", refusal, second, "0", "");
+    Q_EMIT link.replied("StartTalkToIPAudio", refusal, first, "0", "");
+    QCOMPARE(answers.size(), 2);
+    QCOMPARE(answers[0][2], QVariant(43));
+    QCOMPARE(answers[1][2], QVariant(42));
+    QCOMPARE(replies[1][3], QVariant(first));
 }
 
 void TestPluginHost::lateRepliesAfterUnload()

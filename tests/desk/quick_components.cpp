@@ -1,6 +1,7 @@
 // The window's own controls, each by itself, in QML.
 
 #include "desk/DeskWindow.h"
+#include "protocol/ReturnCode.h"
 #include "tests/desk/QmlComplaints.h"
 
 #include <QQmlContext>
@@ -21,13 +22,13 @@ public:
     /** Sends a command. @return its request */
     Q_INVOKABLE quint64 send()
     {
-        m_watch.commandSent(QStringLiteral("AddIPAudio"), QVariant(), true, ++m_request);
+        m_watch.commandSent(Vocabulary::AddIPAudio, QVariant(), true, ++m_request);
         return m_request;
     }
     /** Answers a request as the host does, before the plug-in's signal. */
     Q_INVOKABLE void answer(quint64 request)
     {
-        m_watch.replyArrived(QStringLiteral("AddIPAudio"), QStringLiteral("0"), QString(), request);
+        m_watch.replyArrived(Vocabulary::AddIPAudio, ReturnCode::success, QString(), request);
     }
     /** Lets the time of all requests run out. */
     Q_INVOKABLE void loseAll() { m_watch.forget(); }

@@ -3,12 +3,12 @@
 
 #include "client/PluginHost.h"
 #include "client/SocketLink.h"
-#include "protocol/WireMessage.h"
+#include "protocol/Limits.h"
+#include "tests/embedded/LyingServer.h"
 #include "tests/support/BuiltLibraries.h"
 
 #include <QSignalSpy>
 #include <QTest>
-#include <QWebSocketServer>
 
 class TestSocketReplies : public QObject
 {
@@ -17,72 +17,13 @@ class TestSocketReplies : public QObject
 private Q_SLOTS:
     void repliesCarryTheirRequest();
     void numbersNeverSent();
+    void commandsThatAreNotSent();
     void afterALossNothingIsAnswered();
     void refusedUploadInPlaceOfATalk();
     void answeredTalkInPlaceOfAnUpload();
 };
 
 namespace {
-
-/** A server that lets everybody in, keeps what it is asked, and answers what it is told to. */
-class LyingServer : public QObject
-{
-public:
-    LyingServer() : m_server(QStringLiteral("lying"), QWebSocketServer::NonSecureMode)
-    {
-        listening = m_server.listen(QHostAddress::LocalHost);
-        connect(&m_server, &QWebSocketServer::newConnection, this, [this] {
-            client = m_server.nextPendingConnection();
-            client->setParent(this);
-            connect(client, &QWebSocket::binaryMessageReceived, this, [this](const QByteArray& bytes) {
-                const WireMessage message = WireMessage::fromBytes(bytes).value_or(WireMessage());
-                if (message.kind == WireMessage::Login) {
-                    WireMessage welcome;
-                    welcome.kind = WireMessage::Welcome;
-                    client->sendBinaryMessage(welcome.toBytes());
-                } else {
-                    commands.append(message);
-                }
-            });
-        });
-    }
-
-    void reply(quint32 number, const QString& name, const QString& code, const QVariant& payload = QVariant())
-    {
-        WireMessage message;
-        message.kind = WireMessage::Reply;
-        message.id = number;
-        message.name = name;
-        message.code = code;
-        message.payload = payload;
-        client->sendBinaryMessage(message.toBytes());
-    }
-
-    /** The last command of a name. */
-    quint32 numberOf(const QString& name) const
-    {
-        quint32 number = 0;
-        for (const WireMessage& command : commands) {
-            number = command.name == name ? command.id : number;
-        }
-        return number;
-    }
-
-    SocketLinkConfig config() const
-    {
-        SocketLinkConfig made;
-        made.url = m_server.serverUrl();
-        made.user = QStringLiteral("anna");
-        return made;
-    }
-
-    bool listening = false;
-    QWebSocket* client = nullptr;
-    QList<WireMessage> commands;
-
-private:
-    QWebSocketServer m_server;
-};
 
 /** A link to such a server. */
 struct Line
@@ -159,6 +100,26 @@ void TestSocketReplies::numbersNeverSent()
     for (int i = 0; i < 3; ++i) {
         QVERIFY(line.request(i) != QVariant(quint64{7}));
     }
+}
+
+/** A link refuses what a server would end the connection for, and what would fill the memory. */
+void TestSocketReplies::commandsThatAreNotSent()
+{
+    Line line;
+    QVERIFY(line.up);
+    const auto upload = [&](int size, quint64 request) {
+        return line.link.send("UploadFile", QByteArray(size, 'A'), request);
+    };
+    QVERIFY(!upload(Limits::maxMessageToServerBytes, 7)); // with its name it is larger
+    QVERIFY(line.link.send("GetAudioFile", QVariant(), 8));
+    line.server.reply(8, "GetAudioFile", "0");
+    QTRY_COMPARE(line.replies.size(), 1);
+    QCOMPARE(line.request(0), QVariant(quint64{8}));
+    const int large = Limits::maxMessageToServerBytes - 10000; // with room for the frames of a web socket
+    QVERIFY(upload(large, 9) &&
+            upload(large, 10)); // both wait: nothing is written before the event loop runs
+    QVERIFY(!upload(large, 11));
+    QVERIFY(line.link.send("GetAudioFile", QVariant(), 12)); // in the little room that is left
 }
 
 void TestSocketReplies::afterALossNothingIsAnswered()

@@ -5,13 +5,13 @@
 #include "server/access/ServerCertificate.h"
 #include "server/access/SocketServer.h"
 #include "server/access/UserStore.h"
+#include "tests/embedded/RawClient.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/support/FileReaders.h"
 #include "tests/support/FullDisk.h"
 #include "tests/support/WavFiles.h"
 
 #include <QTcpSocket>
-#include <QWebSocket>
 
 #ifndef Q_OS_WIN
 #include <arpa/inet.h>
@@ -77,41 +77,6 @@ template<class Condition>
 bool waitFor(Condition condition, int timeout = 20000)
 {
     return ServerHarness::waitFor(condition, timeout);
-}
-
-/** A client that may say anything. */
-struct RawClient
-{
-    explicit RawClient(const SocketServer& server)
-    {
-        QObject::connect(&socket, &QWebSocket::binaryMessageReceived,
-                         [this](const QByteArray& bytes) { received.append(bytes); });
-        QUrl url = server.url();
-        url.setHost("127.0.0.1");
-        socket.open(url);
-        waitFor([this] {
-            return socket.state() == QAbstractSocket::ConnectedState ||
-                   socket.state() == QAbstractSocket::UnconnectedState;
-        });
-        connected = socket.state() == QAbstractSocket::ConnectedState;
-    }
-
-    bool closed()
-    {
-        return waitFor([this] { return socket.state() == QAbstractSocket::UnconnectedState; });
-    }
-
-    QWebSocket socket;
-    QList<QByteArray> received;
-    bool connected = false;
-};
-
-QByteArray loginOf(const QString& user, const QString& secret)
-{
-    WireMessage login;
-    login.name = user;
-    login.secret = secret;
-    return login.toBytes();
 }
 
 } // namespace

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void sizes_data();
     void sizes();
     void sizeOfDeepNesting();
+    void unknownKeys();
 };
 
 namespace {
@@ -109,7 +110,7 @@ void TestCommandTable::answers()
         } else if (row.answered == Answered::Often) {
             often.append(row.name);
         }
-        QCOMPARE(row.tooLarge,
+        QCOMPARE(row.malformed,
                  row.name == Vocabulary::UploadFile ? ReturnCode::fileRefused : ReturnCode::malformedRequest);
     }
     QCOMPARE(late,
@@ -179,6 +180,18 @@ void TestCommandTable::sizeOfDeepNesting()
     };
     QCOMPARE(payloadSize(nested(Limits::maxNesting), 1000), qint64{Limits::maxNesting + 1});
     QVERIFY(payloadSize(nested(Limits::maxNesting + 1), 1000) > 1000);
+}
+
+void TestCommandTable::unknownKeys()
+{
+    const PayloadShape shape{PayloadShape::Map, {"name", "port"}};
+    QVERIFY(!unknownKey(shape, QVariantMap()));
+    QVERIFY(!unknownKey(shape, QVariantMap{{"port", 1}}));
+    QVERIFY(!unknownKey(shape, QVariantMap{{"name", QVariantMap{{"inner", 1}}}, {"port", 1}}));
+    QVERIFY(!unknownKey(shape, 7));
+    QCOMPARE(unknownKey(shape, QVariantMap{{"name", 1}, {"Port", 1}}), std::optional<QString>("Port"));
+    QCOMPARE(unknownKey(shape, QVariantMap{{"", 1}}), std::optional<QString>(""));
+    QCOMPARE(unknownKey(PayloadShape(), QVariantMap{{"a", 1}}), std::optional<QString>("a"));
 }
 
 QTEST_GUILESS_MAIN(TestCommandTable)

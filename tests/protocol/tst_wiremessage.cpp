@@ -138,6 +138,9 @@ void TestWireMessage::brokenMessages()
 {
     QFETCH(QByteArray, bytes);
     QVERIFY(!WireMessage::fromBytes(bytes));
+    QString error;
+    QVERIFY(!WireMessage::fromBytes(bytes, &error));
+    QVERIFY(!error.isEmpty());
 }
 
 void TestWireMessage::lengthsThatCannotBeTrue_data()

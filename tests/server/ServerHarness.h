@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/Words.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/simulated/SimulatedDevices.h"
@@ -109,19 +110,23 @@ struct ServerHarness
 
     static QVariantMap device(const QString& name, const QString& address = QStringLiteral("10.0.0.1"))
     {
-        return {{"deviceName", name}, {"ip", address},   {"port", 554},
-                {"username", "u"},    {"password", "p"}, {"bindingCameraList", ""}};
+        return {{Vocabulary::deviceName, name}, {Vocabulary::ip, address},
+                {Vocabulary::port, 554},        {Vocabulary::username, "u"},
+                {Vocabulary::password, "p"},    {Vocabulary::bindingCameraList, ""}};
     }
 
     int addDevice(const QString& name, const QString& address = QStringLiteral("10.0.0.1"))
     {
-        return ask("AddIPAudio", device(name, address)).result.toMap()["deviceID"].toInt();
+        return ask(Vocabulary::AddIPAudio, device(name, address))
+            .result.toMap()[Vocabulary::deviceID]
+            .toInt();
     }
 
     int addGroup(const QString& name, const QString& ids)
     {
-        return ask("AddNetworkAudioGroup", QVariantMap{{"groupName", name}, {"networkAudioIDList", ids}})
-            .result.toMap()["groupID"]
+        return ask(Vocabulary::AddNetworkAudioGroup,
+                   QVariantMap{{Vocabulary::groupName, name}, {Vocabulary::networkAudioIDList, ids}})
+            .result.toMap()[Vocabulary::groupID]
             .toInt();
     }
 
@@ -132,10 +137,13 @@ struct ServerHarness
         if (!file.open(QIODevice::ReadOnly)) {
             return 0;
         }
-        const ServerReply reply = ask("UploadFile", QVariantMap{{"filename", QFileInfo(path).fileName()},
-                                                                {"content", file.readAll().toBase64()},
-                                                                {"length", 1}});
-        return reply.returnCode == "0" ? reply.result.toList().last().toMap()["audioID"].toInt() : 0;
+        const ServerReply reply =
+            ask(Vocabulary::UploadFile, QVariantMap{{Words::filename, QFileInfo(path).fileName()},
+                                                    {Words::content, file.readAll().toBase64()},
+                                                    {Words::length, 1}});
+        return reply.returnCode == ReturnCode::success
+                   ? reply.result.toList().last().toMap()[Vocabulary::audioID].toInt()
+                   : 0;
     }
 
     struct Answer

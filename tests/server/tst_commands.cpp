@@ -137,6 +137,8 @@ private Q_SLOTS:
     void payloadsThatAreTooLarge_data();
     void payloadsThatAreTooLarge();
     void largestPayloadsAreTaken();
+    void unknownKeysAreNamed_data();
+    void unknownKeysAreNamed();
 
 private:
     static void addRows()
@@ -194,6 +196,9 @@ void TestCommands::unknownCommandsAreNamed()
         QCOMPARE(reply.returnCode, ReturnCode::unknownCommand);
         QVERIFY(reply.errorText.contains(QStringLiteral("\"%1\"").arg(command)));
     }
+    const ServerReply reply = harness.ask(QString("\x1B[2J") + QString(1 << 20, 'x'));
+    QCOMPARE(reply.returnCode, ReturnCode::unknownCommand);
+    QCOMPARE(reply.errorText, "this server does not know the command \"?[2J" + QString(26, 'x') + "...\"");
 }
 
 void TestCommands::answersHaveTheirShape_data()
@@ -266,7 +271,7 @@ void TestCommands::payloadsThatAreTooLarge()
             id.userType() == QMetaType::QString && command != Words::UpdateCamera ? QVariant(id.toInt()) : id;
     }
     const ServerReply reply = harness.ask(command, payload);
-    QCOMPARE(reply.returnCode, row.tooLarge);
+    QCOMPARE(reply.returnCode, row.malformed);
     QVERIFY(reply.errorText.contains(command));
     QCOMPARE(misfit(row.refusal, reply.result), QString());
     if (row.refusal.kind == PayloadShape::Map) {
@@ -291,6 +296,27 @@ void TestCommands::largestPayloadsAreTaken()
     const ServerReply reply = harness.ask(V::AddIPAudio, record);
     QVERIFY2(reply.returnCode == ReturnCode::success, qPrintable(reply.errorText));
     QCOMPARE(reply.result.toMap()[V::bindingCameraList], record[V::bindingCameraList]);
+}
+
+void TestCommands::unknownKeysAreNamed_data()
+{
+    addRows();
+}
+
+void TestCommands::unknownKeysAreNamed()
+{
+    QFETCH(QString, command);
+    ServerHarness harness(ServerConfig(), withCameras());
+    const auto payloads = fill(harness);
+    const CommandTable::Row& row = *CommandTable::find(command);
+    QVariantMap map = payloads[command].done.toMap();
+    const int before = harness.ask(V::RetrieveIPAudioModel).result.toList().size();
+    map["volume\n"] = 7;
+    const ServerReply reply = harness.ask(command, map);
+    QCOMPARE(reply.returnCode, row.malformed);
+    QCOMPARE(reply.errorText, QStringLiteral("\"%1\" has no \"volume?\"").arg(command));
+    QCOMPARE(misfit(row.refusal, reply.result), QString());
+    QCOMPARE(harness.ask(V::RetrieveIPAudioModel).result.toList().size(), before);
 }
 
 QTEST_GUILESS_MAIN(TestCommands)

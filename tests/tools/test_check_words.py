@@ -52,6 +52,23 @@ class CheckWords(unittest.TestCase):
     def test_scripts(self):
         self.assertEqual(len(self.faults({"desk/qml/A.qml": "a('UploadFile', \"it's\", \"StopTalk\") // 'TalkData'"})), 2)
 
+    def test_ways_around(self):
+        for code in ('R"(StartTalk)"', 'R"x(StartTalk)x"', 'u8R"(StartTalk)"', '"Start" "Talk"', '"Start"\n    "Talk"',
+                     '"Start" /* a */ "Talk"', '"Start" // a\n "Talk"', '"Start\\\nTalk"', '"Start" \\\n"Talk"'):
+            self.assertEqual(self.faults({"cli/A.cpp": f"\nf({code});"}),
+                             [("cli/A.cpp:2", '"StartTalk" is Vocabulary::StartTalk')], code)
+        for code in ('"Start" + "Talk"', "'Start' + \"Talk\"", "`StartTalk`", '"Start" +\n "Talk"'):
+            self.assertEqual(self.faults({"desk/qml/A.qml": f"\nf({code})"}),
+                             [("desk/qml/A.qml:2", '"StartTalk" is Vocabulary::StartTalk')], code)
+        for code in ('"Start", "Talk"', 'R"("StartTalk")"', '"Start" x "Talk"', "R\"(// )\" \"\""):
+            self.assertEqual(self.faults({"cli/A.cpp": f"f({code});"}), [], code)
+        self.assertEqual(len(self.faults({"tools/a.py": "a = 'StartTalk' # 'StopTalk'\n"})), 1)
+
+    def test_what_tests_share(self):
+        for name, count in (("tests/support/A.cpp", 1), ("tests/server/Harness.h", 1), ("tests/server/tst_a.cpp", 0),
+                            ("tests/desk/qml/tst_a.qml", 0), ("tests/tools/test_a.py", 0)):
+            self.assertEqual(len(self.faults({name: 'f("StartTalk")'})), count, name)
+
     def test_what_is_no_word(self):
         text = '// "StartTalk"\n/* "StopTalk"\n*/ f("StartTalks", "a StopTalk", \'"\', "\\"TalkData\\"", \'"\');'
         self.assertEqual(self.faults({"server/A.cpp": text, "src/B.cpp": 'f("StartTalk");'}), [])

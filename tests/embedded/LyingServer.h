@@ -1,0 +1,71 @@
+#pragma once
+
+#include "client/SocketLink.h"
+#include "protocol/WireMessage.h"
+
+#include <QWebSocketServer>
+
+/** A server that lets everybody in unless it is told not to, keeps what it is asked, and answers what it is
+ * told to. */
+class LyingServer : public QObject
+{
+public:
+    LyingServer() : m_server(QStringLiteral("lying"), QWebSocketServer::NonSecureMode)
+    {
+        listening = m_server.listen(QHostAddress::LocalHost);
+        connect(&m_server, &QWebSocketServer::newConnection, this, [this] {
+            client = m_server.nextPendingConnection();
+            client->setParent(this);
+            connect(client, &QWebSocket::binaryMessageReceived, this, [this](const QByteArray& bytes) {
+                const WireMessage message = WireMessage::fromBytes(bytes).value_or(WireMessage());
+                if (message.kind == WireMessage::Login && !welcomes) {
+                    client->sendBinaryMessage(inPlaceOfAWelcome);
+                } else if (message.kind == WireMessage::Login) {
+                    WireMessage welcome;
+                    welcome.kind = WireMessage::Welcome;
+                    client->sendBinaryMessage(welcome.toBytes());
+                } else {
+                    commands.append(message);
+                }
+            });
+        });
+    }
+
+    void reply(quint32 number, const QString& name, const QString& code, const QVariant& payload = QVariant())
+    {
+        WireMessage message;
+        message.kind = WireMessage::Reply;
+        message.id = number;
+        message.name = name;
+        message.code = code;
+        message.payload = payload;
+        client->sendBinaryMessage(message.toBytes());
+    }
+
+    /** The last command of a name. */
+    quint32 numberOf(const QString& name) const
+    {
+        quint32 number = 0;
+        for (const WireMessage& command : commands) {
+            number = command.name == name ? command.id : number;
+        }
+        return number;
+    }
+
+    SocketLinkConfig config() const
+    {
+        SocketLinkConfig made;
+        made.url = m_server.serverUrl();
+        made.user = QStringLiteral("anna");
+        return made;
+    }
+
+    bool listening = false;
+    bool welcomes = true;
+    QByteArray inPlaceOfAWelcome; ///< Sent after a login if it does not welcome.
+    QWebSocket* client = nullptr;
+    QList<WireMessage> commands;
+
+private:
+    QWebSocketServer m_server;
+};
