@@ -22,8 +22,8 @@ StreamType = types.SimpleNamespace(**{
     for name, value in re.findall(r"uint32_t (\w+) = (\d+);", source("src/vocabulary/StreamType.h"))})
 CODECS = {getattr(StreamType, kind): name  # the names that users choose by
           for kind, name in re.findall(r'{StreamType::(\w+), "(\w+)"', source("src/decoders/CodecTable.cpp"))}
-TYPES = [StreamType.G7221, StreamType.G729A, StreamType.Aac, StreamType.Undecoded, StreamType.AmrNb,
-         StreamType.G711MuLaw, StreamType.G711ALaw, StreamType.G726, 0]  # as in AudioEvent.h
+TYPES = [0] + [getattr(StreamType, kind)  # as in AudioEvent.h
+               for kind in re.findall(r"^    {StreamType::(\w+), ", source("src/decoders/CodecTable.cpp"), re.MULTILINE)]
 EVENT_RATES = [8000, 16000, 48000, 44100, 11025, 192000]
 DECODER_RATES = [8000, 16000, 48000, 0, 1, 0xFFFFFFFF]  # as in fuzz_decoders.cpp
 DECODER_BIT_RATES = [16000, 24000, 32000, 40000, 0, 1]

@@ -74,9 +74,22 @@ void TestTalkEncoder::codecsWithoutEncoder()
 
 void TestTalkEncoder::namesForUsers()
 {
-    QCOMPARE(CodecNames::encoded(), QStringList({"pcmu", "pcma", "aac", "amr"}));
-    QCOMPARE(CodecNames::recorded(), QStringList({"g726", "g7221", "g729a"}));
-    QCOMPARE(CodecNames::anyOf(), QStringLiteral("pcmu, pcma, aac, amr, g726, g7221 or g729a"));
+    // Codecs that are added stand behind these.
+    const QStringList encoded = CodecNames::encoded();
+    const QStringList recorded = CodecNames::recorded();
+    QCOMPARE(encoded.mid(0, 4), QStringList({"pcmu", "pcma", "aac", "amr"}));
+    QCOMPARE(recorded.mid(0, 3), QStringList({"g726", "g7221", "g729a"}));
+    QStringList all;
+    for (const Codec& codec : codecTable) {
+        if (codec.name != nullptr) {
+            QCOMPARE(encoded.count(codec.name), TalkEncoder::existsFor(codec) ? 1 : 0);
+            QCOMPARE(recorded.count(codec.name), TalkEncoder::existsFor(codec) ? 0 : 1);
+            all.append(codec.name);
+        }
+    }
+    QCOMPARE(encoded.size() + recorded.size(), all.size());
+    const QString last = all.takeLast();
+    QCOMPARE(CodecNames::anyOf(), all.join(", ") + " or " + last);
 }
 
 QTEST_GUILESS_MAIN(TestTalkEncoder)
