@@ -387,9 +387,9 @@ def text_seeds():
         write("fuzz_schedule", name, "\n".join(lines).encode())
 
 
-def names_of(table, row):
+def names_of(files, row):
     """The names in the rows of a table of the protocol, in its order, and one that it does not have."""
-    text = (root.parent / "protocol" / table).read_text()
+    text = "".join((root.parent / "protocol" / name).read_text() for name in files)
     return re.findall(row, text) + ["Nothing"]
 
 
@@ -402,8 +402,8 @@ def keys_of_words():
 class Steps(Provider):
     """What VariantTree.h, fuzz_commands and fuzz_replies ask for."""
 
-    commands = names_of("CommandTable.cpp", r"[({][VW]::(\w+),\s+(?:nothing|number|map\()")
-    events = names_of("EventTable.cpp", r"\{V::(\w+),\s+(?:true|false)")
+    commands = names_of(["CommandTable.cpp", "HostCommands.h"], r"[({][VW]::(\w+),\s+(?:nothing|number|text|map)\(")
+    events = names_of(["EventTable.cpp"], r"\{V::(\w+),\s+(?:true|false)")
     keys = keys_of_words()
 
     def tree(self, value, depth=0):
@@ -515,7 +515,7 @@ def message_words():
     def quoted(content):
         return '"' + "".join(chr(byte) if 32 < byte < 127 else f"\\x{byte:02X}" for byte in content) + '"'
 
-    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "protocol/Words.h")]
+    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "protocol/HostCommands.h", "protocol/Words.h")]
     words = [word for header in headers for word in re.findall(r'QStringLiteral\("([A-Za-z]+)"\)', header.read_text())]
     lines = [f"kind_{kind}=" + quoted(bytes([1, kind])) for kind in range(1, 7)]
     lines += [f"tag_{tag}=" + quoted(b"\xDA" + struct.pack(">I", tag)) for tag in range(65536, 65542)]
