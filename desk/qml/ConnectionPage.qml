@@ -144,9 +144,9 @@ DeskPage {
                 DropDown {
                     id: language
                     objectName: "languageChoice"
-                    readonly property var values: ["", "en", "de"]
+                    readonly property var values: [""].concat(desk.settings.languages.map(function(one) { return one.code; }))
                     implicitWidth: 220
-                    model: [qsTr("As the system"), "English", "Deutsch"]
+                    model: [qsTr("As the system")].concat(desk.settings.languages.map(function(one) { return one.name; }))
                     currentIndex: values.indexOf(desk.settings.language)
                     onActivated: desk.settings.language = values[index]
                     Accessible.name: qsTr("Language")

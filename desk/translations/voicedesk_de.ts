@@ -164,6 +164,14 @@
     </message>
 </context>
 <context>
+    <name>DeskSettings</name>
+    <message>
+        <source>English</source>
+        <comment>this language, in itself</comment>
+        <translation>Deutsch</translation>
+    </message>
+</context>
+<context>
     <name>ErrorMessages</name>
     <message>
         <source>the server does not know how to do this</source>

@@ -111,10 +111,10 @@ void TestDeskLook::nothingIsCut_data()
 {
     QTest::addColumn<QString>("language");
     QTest::addColumn<QString>("theme");
-    QTest::newRow("english") << "en"
-                             << "light";
-    QTest::newRow("german") << "de"
-                            << "dark";
+    for (const QString& file : QDir(":/translations").entryList({"*.qm"})) {
+        const QString code = file.section('_', 1).section('.', 0, 0);
+        QTest::newRow(qPrintable(code)) << code << (code == "en" ? "light" : "dark");
+    }
 }
 
 void TestDeskLook::nothingIsCut()
