@@ -1,7 +1,9 @@
 #include "desk/DeskSettings.h"
 
+#include <QDir>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QTranslator>
 
 namespace {
 
@@ -9,6 +11,12 @@ const QString themeKey = QStringLiteral("theme");
 const QString languageKey = QStringLiteral("language");
 const QString serverKey = QStringLiteral("lastServer");
 const QString systemTheme = QStringLiteral("system");
+constexpr char context[] = "DeskSettings";
+constexpr struct
+{
+    const char* text;
+    const char* comment;
+} english = QT_TRANSLATE_NOOP3("DeskSettings", "English", "this language, in itself");
 constexpr int darkBelow = 128; // lightness
 
 } // namespace
@@ -39,6 +47,24 @@ void DeskSettings::setLanguage(const QString& language)
         m_settings.setValue(languageKey, language);
         Q_EMIT languageChanged();
     }
+}
+
+QVariantList DeskSettings::languages() const
+{
+    QVariantList list;
+    const QDir folder(QStringLiteral(":/translations"));
+    const QStringList files = folder.entryList({QStringLiteral("voicedesk_*.qm")}, QDir::Files, QDir::Name);
+    for (const QString& file : files) {
+        QTranslator translator;
+        if (!translator.load(folder.filePath(file))) {
+            continue;
+        }
+        const QString name = translator.translate(context, english.text, english.comment);
+        list.append(
+            QVariantMap{{QStringLiteral("code"), QFileInfo(file).baseName().section(QLatin1Char('_'), 1)},
+                        {QStringLiteral("name"), name.isEmpty() ? QString::fromLatin1(english.text) : name}});
+    }
+    return list;
 }
 
 bool DeskSettings::isDark() const

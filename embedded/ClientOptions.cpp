@@ -114,9 +114,14 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
 ServerConfig ClientOptions::serverConfig() const
 {
     ServerConfig config = embedded;
-    const DeviceKinds own = simulatedDevices(simulated);
-    config.devices.cameras.insert(config.devices.cameras.end(), own.cameras.begin(), own.cameras.end());
-    config.devices.speakers.insert(config.devices.speakers.end(), own.speakers.begin(), own.speakers.end());
+    // Of the kinds that serve a speaker the first counts, and simulated speakers serve any: they are last.
+    for (const DeviceKinds& kinds : {
+             simulatedDevices(simulated),
+         }) {
+        DeviceKinds& all = config.devices;
+        all.cameras.insert(all.cameras.end(), kinds.cameras.begin(), kinds.cameras.end());
+        all.speakers.insert(all.speakers.end(), kinds.speakers.begin(), kinds.speakers.end());
+    }
     return config;
 }
 

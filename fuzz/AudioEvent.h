@@ -1,7 +1,7 @@
 #pragma once
 
 #include "protocol/Words.h"
-#include "src/vocabulary/StreamType.h"
+#include "src/decoders/CodecTable.h"
 
 #include <QString>
 #include <QVariantMap>
@@ -22,9 +22,8 @@ struct FuzzedStream
     static FuzzedStream from(FuzzedDataProvider& input)
     {
         FuzzedStream stream;
-        stream.type = input.PickValueInArray<std::uint32_t>(
-            {StreamType::G7221, StreamType::G729A, StreamType::Aac, StreamType::Undecoded, StreamType::AmrNb,
-             StreamType::G711MuLaw, StreamType::G711ALaw, StreamType::G726, 0});
+        const auto row = input.ConsumeIntegralInRange<std::size_t>(0, codecTable.size());
+        stream.type = row == 0 ? 0 : codecTable.begin()[row - 1].streamType;
         switch (input.ConsumeIntegralInRange(0, 3)) {
         case 0:
             stream.rate = input.ConsumeIntegral<std::uint32_t>();

@@ -22,8 +22,8 @@ StreamType = types.SimpleNamespace(**{
     for name, value in re.findall(r"uint32_t (\w+) = (\d+);", source("src/vocabulary/StreamType.h"))})
 CODECS = {getattr(StreamType, kind): name  # the names that users choose by
           for kind, name in re.findall(r'{StreamType::(\w+), "(\w+)"', source("src/decoders/CodecTable.cpp"))}
-TYPES = [StreamType.G7221, StreamType.G729A, StreamType.Aac, StreamType.Undecoded, StreamType.AmrNb,
-         StreamType.G711MuLaw, StreamType.G711ALaw, StreamType.G726, 0]  # as in AudioEvent.h
+TYPES = [0] + [getattr(StreamType, kind)  # as in AudioEvent.h
+               for kind in re.findall(r"^    {StreamType::(\w+), ", source("src/decoders/CodecTable.cpp"), re.MULTILINE)]
 EVENT_RATES = [8000, 16000, 48000, 44100, 11025, 192000]
 DECODER_RATES = [8000, 16000, 48000, 0, 1, 0xFFFFFFFF]  # as in fuzz_decoders.cpp
 DECODER_BIT_RATES = [16000, 24000, 32000, 40000, 0, 1]
@@ -387,9 +387,9 @@ def text_seeds():
         write("fuzz_schedule", name, "\n".join(lines).encode())
 
 
-def names_of(table, row):
+def names_of(files, row):
     """The names in the rows of a table of the protocol, in its order, and one that it does not have."""
-    text = (root.parent / "protocol" / table).read_text()
+    text = "".join((root.parent / "protocol" / name).read_text() for name in files)
     return re.findall(row, text) + ["Nothing"]
 
 
@@ -402,8 +402,8 @@ def keys_of_words():
 class Steps(Provider):
     """What VariantTree.h, fuzz_commands and fuzz_replies ask for."""
 
-    commands = names_of("CommandTable.cpp", r"[({][VW]::(\w+),\s+(?:nothing|number|map\()")
-    events = names_of("EventTable.cpp", r"\{V::(\w+),\s+(?:true|false)")
+    commands = names_of(["CommandTable.cpp", "HostCommands.h"], r"[({][VW]::(\w+),\s+(?:nothing|number|text|map)\(")
+    events = names_of(["EventTable.cpp"], r"\{V::(\w+),\s+(?:true|false)")
     keys = keys_of_words()
 
     def tree(self, value, depth=0):
@@ -515,7 +515,7 @@ def message_words():
     def quoted(content):
         return '"' + "".join(chr(byte) if 32 < byte < 127 else f"\\x{byte:02X}" for byte in content) + '"'
 
-    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "protocol/Words.h")]
+    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "protocol/HostCommands.h", "protocol/Words.h")]
     words = [word for header in headers for word in re.findall(r'QStringLiteral\("([A-Za-z]+)"\)', header.read_text())]
     lines = [f"kind_{kind}=" + quoted(bytes([1, kind])) for kind in range(1, 7)]
     lines += [f"tag_{tag}=" + quoted(b"\xDA" + struct.pack(">I", tag)) for tag in range(65536, 65542)]

@@ -1,7 +1,6 @@
 #include "protocol/CommandTable.h"
 
-#include "protocol/Limits.h"
-#include "protocol/ReturnCode.h"
+#include "protocol/HostCommands.h"
 #include "protocol/Words.h"
 
 #include <algorithm>
@@ -18,56 +17,15 @@ constexpr qint64 maxIdsLength = Limits::maxListEntries * idLength;
 constexpr qint64 maxCamerasLength = Limits::maxListEntries * (Limits::maxNameLength + qint64{1});
 constexpr qint64 maxTalkPacket = qint64{Limits::maxTargetsLength} + Limits::maxTalkDataLength;
 
-const PayloadShape nothing;
-const PayloadShape number{PayloadShape::Number, {}};
-const PayloadShape text{PayloadShape::Text, {}};
-
-PayloadShape map(const QStringList& keys)
-{
-    return {PayloadShape::Map, keys};
-}
-
-PayloadShape maps(const QStringList& keys)
-{
-    return {PayloadShape::Maps, keys};
-}
-
-/** A command that is answered at once. */
-Row row(const QString& name, const PayloadShape& payload, const PayloadShape& answer,
-        const PayloadShape& refusal = nothing, qint64 more = 0)
-{
-    return {name,
-            payload,
-            answer,
-            refusal,
-            Limits::maxShortPayload + more,
-            ReturnCode::malformedRequest,
-            Answered::AtOnce};
-}
-
-/** The same command, answered again and again. */
-Row often(Row row)
-{
-    row.answered = Answered::Often;
-    return row;
-}
-
-/** The same command, answered when a device has. */
-Row late(Row row)
-{
-    row.answered = Answered::Late;
-    return row;
-}
-
 std::vector<Row> deviceRows()
 {
     const QStringList fields{V::deviceName, V::ip, V::port, V::username, V::password, V::bindingCameraList};
     const QStringList record = QStringList(V::deviceID) + fields;
     return {
-        row(V::AddIPAudio, map(fields), map(record), nothing, maxCamerasLength),
+        row(V::AddIPAudio, map(fields), map(record), nothing(), maxCamerasLength),
         row(V::UpdateIPAudio, map(record), map(record), map({V::deviceID}), maxCamerasLength),
-        row(V::DeleteIPAudio, number, number, number),
-        row(V::RetrieveIPAudioModel, nothing, maps(record)),
+        row(V::DeleteIPAudio, number(), number(), number()),
+        row(V::RetrieveIPAudioModel, nothing(), maps(record)),
     };
 }
 
@@ -76,10 +34,10 @@ std::vector<Row> groupRows()
     const QStringList fields{V::groupName, V::networkAudioIDList};
     const QStringList record = QStringList(V::groupID) + fields;
     return {
-        row(V::AddNetworkAudioGroup, map(fields), map(record), nothing, maxIdsLength),
+        row(V::AddNetworkAudioGroup, map(fields), map(record), nothing(), maxIdsLength),
         row(V::UpdateNetworkAudioGroup, map(record), map(record), map({V::groupID}), maxIdsLength),
-        row(V::DeleteNetworkAudioGroup, number, number, number),
-        row(V::GetNetworkAudioGroup, nothing, maps(record)),
+        row(V::DeleteNetworkAudioGroup, number(), number(), number()),
+        row(V::GetNetworkAudioGroup, nothing(), maps(record)),
     };
 }
 
@@ -92,10 +50,10 @@ std::vector<Row> scheduleRows()
                              V::networkAudioIDList};
     const QStringList record = QStringList(V::scheduleID) + fields;
     return {
-        row(V::AddNetworkAudioSchedule, map(fields), map(record), nothing, more),
+        row(V::AddNetworkAudioSchedule, map(fields), map(record), nothing(), more),
         row(V::UpdateNetworkAudioSchedule, map(record), map(record), map({V::scheduleID}), more),
-        row(V::DeleteNetworkAudioSchedule, number, number, number),
-        row(V::GetNetworkAudioSchedule, nothing, maps(record)),
+        row(V::DeleteNetworkAudioSchedule, number(), number(), number()),
+        row(V::GetNetworkAudioSchedule, nothing(), maps(record)),
     };
 }
 
@@ -104,16 +62,16 @@ std::vector<Row> fileRows()
     const PayloadShape files = maps({V::audioID, V::audioName, V::audioLength, V::audioStatus});
     const PayloadShape progress = map({W::progress});
     return {
-        row(V::GetAudioFile, nothing, files),
-        {V::UploadFile, map({W::content, W::filename, W::length}), files, nothing,
+        row(V::GetAudioFile, nothing(), files),
+        {V::UploadFile, map({W::content, W::filename, W::length}), files, nothing(),
          Limits::maxMessageToServerBytes, ReturnCode::fileRefused, Answered::Late},
-        row(V::DeleteFile, number, files, number),
-        often(row(V::PlayAudio, map({V::ipAudioId, V::audioFileId, V::ipAudioStatus}), progress, number)),
-        often(row(V::PlayGroupAudio, map({V::groupID, V::audioFileId}), progress, number)),
+        row(V::DeleteFile, number(), files, number()),
+        often(row(V::PlayAudio, map({V::ipAudioId, V::audioFileId, V::ipAudioStatus}), progress, number())),
+        often(row(V::PlayGroupAudio, map({V::groupID, V::audioFileId}), progress, number())),
         often(row(V::AlarmPlayIPAudio, map({V::ipAudioId, V::audioFileId, V::ipAudioStatus, V::alarmName}),
-                  progress, number)),
-        row(V::StopCurrentAudio, number, nothing, number),
-        row(V::StopCurrentGroupAudio, number, nothing, number),
+                  progress, number())),
+        row(V::StopCurrentAudio, number(), nothing(), number()),
+        row(V::StopCurrentGroupAudio, number(), nothing(), number()),
     };
 }
 
@@ -121,22 +79,10 @@ std::vector<Row> talkRows()
 {
     return {
         late(row(V::StartTalk, map({V::camId, V::relayPath}), map({V::camId, V::talkToken, V::relayPath}))),
-        late(row(V::StartTalkToIPAudio, number, map({V::deviceID, V::talkToken, V::error}))),
-        row(V::StopTalk, map({V::talkToken, V::relayPath}), nothing),
-        row(V::StopTalkToIPAudio, number, nothing),
-        row(V::TalkData, map({V::targets, V::sequence, V::talkData}), nothing, nothing, maxTalkPacket),
-        row(W::GetCamera, nothing, maps({V::camId, W::camName, W::online, W::camKind, W::camAddress})),
-    };
-}
-
-std::vector<Row> cameraRows()
-{
-    const QStringList fields{W::camName, W::camKind, W::camAddress};
-    const QStringList record = QStringList(V::camId) + fields;
-    return {
-        row(W::AddCamera, map(fields), map(record)),
-        row(W::UpdateCamera, map(record), map(record), map({V::camId})),
-        row(W::DeleteCamera, text, text, text),
+        late(row(V::StartTalkToIPAudio, number(), map({V::deviceID, V::talkToken, V::error}))),
+        row(V::StopTalk, map({V::talkToken, V::relayPath}), nothing()),
+        row(V::StopTalkToIPAudio, number(), nothing()),
+        row(V::TalkData, map({V::targets, V::sequence, V::talkData}), nothing(), nothing(), maxTalkPacket),
     };
 }
 
@@ -147,7 +93,7 @@ const std::vector<Row>& rows()
     static const std::vector<Row> all = [] {
         std::vector<Row> joined;
         for (const auto& part :
-             {deviceRows(), groupRows(), scheduleRows(), fileRows(), talkRows(), cameraRows()}) {
+             {deviceRows(), groupRows(), scheduleRows(), fileRows(), talkRows(), hostRows()}) {
             joined.insert(joined.end(), part.begin(), part.end());
         }
         return joined;

@@ -1,27 +1,16 @@
 #pragma once
 
+#include "protocol/HostCommands.h"
 #include "src/vocabulary/Vocabulary.h"
 
 #include <QString>
 
 /**
- * Words of the protocol beside those of Vocabulary.h, which this header brings along: commands between host
- * and server that the plug-in never sends, and keys inside payloads. Each constant has the name of its word;
- * words are compared letter by letter. A new command also gets a row in CommandTable, a new event one in
- * EventTable.
+ * Words of the protocol beside those of Vocabulary.h and HostCommands.h, which this header brings along:
+ * events for the host, and keys inside payloads. Each constant has the name of its word; words are compared
+ * letter by letter. A new event also gets a row in EventTable.
  */
 namespace Words {
-
-/**
- * @name Commands of cameras
- * @{
- */
-/** A command, from the host to the server. */
-inline const QString GetCamera = QStringLiteral("GetCamera");
-inline const QString AddCamera = QStringLiteral("AddCamera");
-inline const QString UpdateCamera = QStringLiteral("UpdateCamera");
-inline const QString DeleteCamera = QStringLiteral("DeleteCamera");
-/** @} */
 
 /**
  * @name Events for the host
@@ -31,17 +20,6 @@ inline const QString DeleteCamera = QStringLiteral("DeleteCamera");
 inline const QString CamerasChanged = QStringLiteral("CamerasChanged");
 /** One of several targets of a talk is lost; the others go on. */
 inline const QString TalkTargetLost = QStringLiteral("TalkTargetLost");
-/** @} */
-
-/**
- * @name Cameras
- * @{
- */
-/** A key of a camera's record, beside "camId". */
-inline const QString camName = QStringLiteral("camName");
-inline const QString online = QStringLiteral("online");
-inline const QString camKind = QStringLiteral("camKind");
-inline const QString camAddress = QStringLiteral("camAddress");
 /** @} */
 
 /**

@@ -45,8 +45,9 @@ def may_include(target, module, listed, allowed):
 
 def faults(root, allowed):
     """Yields the place and the description of each include that breaks a rule."""
-    listing = subprocess.run(["git", "-C", root, "ls-files", "--cached", "--others", "--exclude-standard", "*.h", "*.cpp"],
-                           check=True, capture_output=True, text=True).stdout
+    listing = subprocess.run(["git", "-C", root, "ls-files", "--cached", "--others", "--exclude-standard", "*.h", "*.cpp",
+                              ":!tests/recipes"],  # whose includes are right where run.py puts the files
+                             check=True, capture_output=True, text=True).stdout
     names = set(listing.split())
     headers = {Path(name).name: name for name in names if name.endswith(".h")}
     for name in sorted(names):

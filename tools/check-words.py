@@ -3,7 +3,7 @@
 
     check-words.py [ROOT]
 
-The words are those of src/vocabulary/Vocabulary.h, protocol/Words.h and protocol/ReturnCode.h. The modules of FOLDERS
+The words are those of src/vocabulary/Vocabulary.h, protocol/Words.h, HostCommands.h and ReturnCode.h. The modules of FOLDERS
 use their constants: a string literal with the text of a word is a fault, and so is a number with the value of a limit
 of protocol/Limits.h that is too large to be a coincidence (10000 or more; not in bench/, fuzz/ and tests/); but for the
 places of EXCEPTIONS. A string is what the compiler makes of it: raw strings, literals that follow each other and lines that
@@ -19,12 +19,14 @@ from pathlib import Path
 LIMITS = "protocol/Limits.h"
 LEAST_LIMIT = 10000
 AMOUNTS = ("bench/", "fuzz/", "tests/") # many round numbers of their own
-HEADERS = ("src/vocabulary/Vocabulary.h", "protocol/Words.h", "protocol/ReturnCode.h")
+HEADERS = ("src/vocabulary/Vocabulary.h", "protocol/Words.h", "protocol/HostCommands.h",
+           "protocol/ReturnCode.h")
 FOLDERS = ("server/", "client/", "embedded/", "cli/", "desk/", "tools/", "bench/", "fuzz/", "tests/")
 CASES = re.compile(r"tests/.*\b(?:tst_\w+\.(?:cpp|qml)|test_\w+\.py)$") # they say letter by letter what the code has to do
 SUFFIXES = (".h", ".cpp", ".qml", ".py")
 
 CONSTANT = re.compile(r'QString (\w+) =\s*QStringLiteral\("([^"]*)"\)')
+NAMESPACE = re.compile(r"^namespace (\w+) {", re.MULTILINE)
 TOKEN = re.compile(r'''(?<!\w)(?:u8|[uUL])?R"(?P<mark>[^()\\\s]*)\((?P<raw>.*?)\)(?P=mark)"|"(?P<text>(?:[^"\\\n]|\\.)*)"'''
                    r'''|'(?:[^'\\\n]|\\.)'|(?P<comment>//[^\n]*|/\*.*?\*/)''', re.DOTALL)
 SCRIPT_TOKEN = re.compile(r'''"(?P<text>(?:[^"\\\n]|\\.)*)"|'(?P<single>(?:[^'\\\n]|\\.)*)'|`(?P<raw>(?:[^`\\]|\\.)*)`'''
@@ -59,8 +61,9 @@ def words_of(root):
     """Returns the constant of each word."""
     words = {}
     for header in HEADERS:
-        for name, text in CONSTANT.findall((root / header).read_text()):
-            words.setdefault(text, f"{Path(header).stem}::{name}")
+        content = (root / header).read_text()
+        for name, text in CONSTANT.findall(content):
+            words.setdefault(text, f"{NAMESPACE.search(content).group(1)}::{name}")
     return words
 
 

@@ -4,7 +4,7 @@
 
 /**
  * @file
- * The commands of voicedesk, by kind. CommandRegistry puts them together.
+ * The commands of voicedesk, by kind.
  */
 
 std::vector<Command> talkCommands();       ///< Returns the talk to a camera.
@@ -17,3 +17,9 @@ std::vector<Command> playCommands();       ///< Returns start and stop of playba
 std::vector<Command> sayCommands();        ///< Returns the talk to IP audio devices.
 std::vector<Command> microphoneCommands(); ///< Returns the list of microphones.
 std::vector<Command> serveCommands();      ///< Returns the server for other processes.
+
+/** All of them, in the order of the help. */
+inline constexpr std::vector<Command> (*commandKinds[])() = {
+    talkCommands,     cameraCommands, deviceCommands, fileCommands,       groupCommands,
+    scheduleCommands, playCommands,   sayCommands,    microphoneCommands, serveCommands,
+};

@@ -47,12 +47,10 @@ DecoderContext* createG729A(const Packet& /*packet*/)
     return CreateDecoderSorvixG729A();
 }
 
-} // namespace
-
 // Type, name, rate, channels, fixed format; samples and bytes of a frame; bit rate; timing; decoder.
 // fuzz/CMakeLists.txt reads the names: a row starts on a line of its own.
 // clang-format off
-const std::array<Codec, 8> codecTable{{
+constexpr Codec rows[] = {
     {StreamType::G711MuLaw, "pcmu", 8000, 1, false, 0, 0, 64000, Codec::BySize, createMuLaw},
     {StreamType::G711ALaw, "pcma", 8000, 1, false, 0, 0, 64000, Codec::BySize, createALaw},
     {StreamType::Aac, "aac", 16000, 1, false, 1024, 0, 0, Codec::ByRate, createAac},
@@ -62,8 +60,12 @@ const std::array<Codec, 8> codecTable{{
     {StreamType::G729A, "g729a", 8000, 1, true, 80, 11, 0, Codec::ByFrameCount, createG729A},
     // Nothing is known of it but that a frame lasts 20 ms.
     {StreamType::Undecoded, nullptr, 8000, 1, true, 160, 0, 0, Codec::ByFrameCount, nullptr},
-}};
+};
 // clang-format on
+
+} // namespace
+
+constexpr CodecRows codecTable(rows);
 
 std::uint32_t Codec::packetTime(const TMediaDataPacketInfo& packet) const
 {

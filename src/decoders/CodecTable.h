@@ -5,7 +5,7 @@
  * The codecs of media packets: one row each, for decoders, queues, encoders, commands, dumps and cameras.
  */
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -47,5 +47,27 @@ struct Codec
     static const Codec* byName(std::string_view name);
 };
 
+/** The rows of a table of codecs. */
+class CodecRows
+{
+public:
+    /** @param rows outlive the object */
+    template<std::size_t count>
+    constexpr explicit CodecRows(const Codec (&rows)[count]) : m_rows(rows), m_count(count)
+    {
+    }
+
+    /** Returns the first row. */
+    constexpr const Codec* begin() const { return m_rows; }
+    /** Returns the place behind the last row. */
+    constexpr const Codec* end() const { return m_rows + m_count; }
+    /** Returns the number of rows. */
+    constexpr std::size_t size() const { return m_count; }
+
+private:
+    const Codec* m_rows;
+    std::size_t m_count;
+};
+
 /** The codecs in the order in which users read them. Constant from before the program's start. */
-extern const std::array<Codec, 8> codecTable;
+extern const CodecRows codecTable;

@@ -5,6 +5,9 @@
 #include "platform/MediaDataPacketInfo.h"
 #include "src/decoders/DecoderContext.h"
 
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <set>
@@ -18,6 +21,8 @@ private Q_SLOTS:
     void rows_data();
     void rows();
     void rowsAreDistinct();
+    void everyStreamTypeHasARow();
+    void everyCodecHasSeeds();
     void nothingIsFoundOffTheTable();
     void decodersAreMadeAsThePacketSays();
 };
@@ -80,9 +85,34 @@ void TestCodecTable::rowsAreDistinct()
     QCOMPARE(names.size(), named);
 }
 
+void TestCodecTable::everyStreamTypeHasARow()
+{
+    QFile header(QStringLiteral(PROJECT_FOLDER "/src/vocabulary/StreamType.h"));
+    QVERIFY(header.open(QIODevice::ReadOnly));
+    auto found = QRegularExpression("uint32_t (\\w+) = (\\d+);").globalMatch(header.readAll());
+    std::size_t types = 0;
+    while (found.hasNext()) {
+        const QRegularExpressionMatch type = found.next();
+        QVERIFY2(Codec::byType(type.captured(2).toUInt()) != nullptr, qPrintable(type.captured(1)));
+        ++types;
+    }
+    QCOMPARE(types, codecTable.size());
+}
+
+/** Without a seed its fuzz target does not start. */
+void TestCodecTable::everyCodecHasSeeds()
+{
+    for (const Codec& codec : codecTable) {
+        if (codec.name != nullptr) {
+            const QString folder = QStringLiteral(PROJECT_FOLDER "/fuzz/corpus/fuzz_decoder_") + codec.name;
+            QVERIFY2(!QDir(folder).isEmpty(), qPrintable(folder));
+        }
+    }
+}
+
 void TestCodecTable::nothingIsFoundOffTheTable()
 {
-    for (const std::uint32_t type : {0U, 1U, 128U, 8193U, 65536U, 0xFFFFFFFFU}) {
+    for (const std::uint32_t type : {0U, 1U, 128U, 8193U, 0x80000000U, 0xFFFFFFFFU}) {
         QCOMPARE(Codec::byType(type), static_cast<const Codec*>(nullptr));
     }
     for (const char* name : {"", "PCMU", "pcm", "pcmu ", "8192"}) {

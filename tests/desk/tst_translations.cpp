@@ -1,7 +1,12 @@
-// No text of the window is left without a translation.
+// Each file of desk/translations is a language that the window offers, and leaves no text without a
+// translation.
+
+#include "desk/DeskSettings.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTranslator>
@@ -12,10 +17,17 @@ class TestTranslations : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void languagesAreOffered();
     void nothingIsMissing_data();
     void nothingIsMissing();
+    void placesAreKept_data();
     void placesAreKept();
     void plurals();
+    void pagesAreDocumented();
+
+private:
+    /** Adds a row for each language with its options of lupdate. */
+    static void addRows();
 };
 
 namespace {
@@ -49,13 +61,63 @@ QList<Message> messages(const QString& path)
     return list;
 }
 
+/** The languages that have a file: their codes. */
+QStringList codes()
+{
+    QStringList found = QDir(folder).entryList({"voicedesk_*.ts"}, QDir::Files, QDir::Name);
+    for (QString& name : found) {
+        name = name.section('_', 1).section('.', 0, 0);
+    }
+    return found;
+}
+
+/** The texts of a file that match an expression: its first group. */
+QStringList matches(const QString& path, const QString& expression)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return QStringList();
+    }
+    QStringList found;
+    auto each = QRegularExpression(expression, QRegularExpression::MultilineOption)
+                    .globalMatch(QString::fromUtf8(file.readAll()));
+    while (each.hasNext()) {
+        found.append(each.next().captured(1));
+    }
+    return found;
+}
+
 } // namespace
+
+void TestTranslations::languagesAreOffered()
+{
+    QTemporaryDir temporary;
+    const DeskSettings settings(temporary.filePath("settings"));
+    QStringList offered;
+    QMap<QString, QString> names;
+    for (const QVariant& language : settings.languages()) {
+        const QString code = language.toMap()["code"].toString();
+        offered.append(code);
+        names[language.toMap()["name"].toString()] = code;
+    }
+    QVERIFY(codes().contains("en") && codes().contains("de"));
+    QCOMPARE(offered, codes());
+    QCOMPARE(names.size(), offered.size()); // each has its own
+    QCOMPARE(names.value("English"), QString("en"));
+    QCOMPARE(names.value("Deutsch"), QString("de"));
+}
+
+void TestTranslations::addRows()
+{
+    QTest::addColumn<QStringList>("options");
+    for (const QString& code : codes()) {
+        QTest::newRow(qPrintable(code)) << (code == "en" ? QStringList{"-pluralonly"} : QStringList());
+    }
+}
 
 void TestTranslations::nothingIsMissing_data()
 {
-    QTest::addColumn<QStringList>("options");
-    QTest::newRow("de") << QStringList();
-    QTest::newRow("en") << QStringList{"-pluralonly"};
+    addRows();
 }
 
 void TestTranslations::nothingIsMissing()
@@ -82,9 +144,16 @@ void TestTranslations::nothingIsMissing()
     QCOMPARE(missing.join(" | "), QString());
 }
 
+void TestTranslations::placesAreKept_data()
+{
+    addRows();
+}
+
 void TestTranslations::placesAreKept()
 {
-    const QList<Message> list = messages(folder + "voicedesk_de.ts");
+    const QList<Message> list =
+        messages(folder + QStringLiteral("voicedesk_%1.ts").arg(QTest::currentDataTag()));
+    QVERIFY(!list.isEmpty());
     for (const Message& message : list) {
         for (int place = 1; place <= 4; ++place) {
             const QString mark = QStringLiteral("%%1").arg(place);
@@ -100,6 +169,23 @@ void TestTranslations::plurals()
     QVERIFY(english.load(QStringLiteral(":/translations/voicedesk_en.qm")));
     QCOMPARE(english.translate("GroupsPage", "%n speaker(s)", nullptr, 1), QString("%n speaker"));
     QCOMPARE(english.translate("GroupsPage", "%n speaker(s)", nullptr, 2), QString("%n speakers"));
+}
+
+/** README.md has a row for each page, in the order of the window. */
+void TestTranslations::pagesAreDocumented()
+{
+    const QStringList titles =
+        matches(WINDOW_SOURCES "/qml/Pages.qml", "PageEntry \\{.* title: qsTr\\(\"([^\"]*)\"\\)");
+    QVERIFY(titles.size() > 1);
+    QFile readme(WINDOW_SOURCES "/../README.md");
+    QVERIFY(readme.open(QIODevice::ReadOnly));
+    const QString table =
+        QString::fromUtf8(readme.readAll()).section("| Page | What is on it |\n|---|---|\n", 1, 1);
+    QStringList documented;
+    for (const QString& line : table.section("\n\n", 0, 0).split('\n')) {
+        documented.append(line.section(" | ", 0, 0).mid(2));
+    }
+    QCOMPARE(documented, titles);
 }
 
 QTEST_GUILESS_MAIN(TestTranslations)

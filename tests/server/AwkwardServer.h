@@ -1,11 +1,12 @@
 #pragma once
 
 #include "audio/PacketHeader.h"
+#include "src/vocabulary/Vocabulary.h"
 #include "tests/server/AwkwardBackend.h"
 #include "tests/server/ServerHarness.h"
 
 /** The payload that opens a talk to the camera "gate". */
-inline const QVariantMap gate{{"camId", "gate"}, {"relayPath", "r"}};
+inline const QVariantMap gate{{Vocabulary::camId, "gate"}, {Vocabulary::relayPath, "r"}};
 
 /** A server with two awkward cameras and any awkward speakers. */
 struct Awkward
@@ -26,14 +27,14 @@ struct Awkward
     bool isGone(std::size_t number) const { return devices->talks.at(number).isNull(); }
 
     /** Opens a talk and gives its token. */
-    QString open(const QString& command = "StartTalk", const QVariant& payload = gate)
+    QString open(const QString& command = Vocabulary::StartTalk, const QVariant& payload = gate)
     {
         harness->replies.clear();
         const quint64 request = harness->submit(command, payload);
         devices->talks.back()->open();
-        return harness->waitForReply(request).result.toMap()["talkToken"].toString();
+        return harness->waitForReply(request).result.toMap()[Vocabulary::talkToken].toString();
     }
-    QString openSpeaker(int id) { return open("StartTalkToIPAudio", id); }
+    QString openSpeaker(int id) { return open(Vocabulary::StartTalkToIPAudio, id); }
     int addSpeaker(const QString& name) { return harness->addDevice(name, "10.9.0.1"); }
 
     ServerReply say(const QStringList& tokens)
@@ -46,13 +47,14 @@ struct Awkward
         const QByteArray packet =
             QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())) +
             QByteArray(640, '\xFF');
-        return harness->ask("TalkData",
-                            QVariantMap{{"targets", "<Dest>" + tokens.join("</Dest><Dest>") + "</Dest>"},
-                                        {"talkData", QString::fromLatin1(packet.toBase64())}});
+        return harness->ask(
+            Vocabulary::TalkData,
+            QVariantMap{{Vocabulary::targets, "<Dest>" + tokens.join("</Dest><Dest>") + "</Dest>"},
+                        {Vocabulary::talkData, QString::fromLatin1(packet.toBase64())}});
     }
     ServerReply stop(const QString& token)
     {
-        return harness->ask("StopTalk", QVariantMap{{"talkToken", token}});
+        return harness->ask(Vocabulary::StopTalk, QVariantMap{{Vocabulary::talkToken, token}});
     }
     bool waitForEvents(std::size_t count)
     {
