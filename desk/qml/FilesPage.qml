@@ -6,10 +6,8 @@ import VoiceDesk 1.0
 import "."
 
 // The audio files on the server, and what plays.
-ColumnLayout {
+DeskPage {
     id: root
-    spacing: 12
-    property string problem // with what was sent last
     readonly property var shown: desk.plugin.audioFileList.filter(function(file) {
         return file.audioName.toLowerCase().indexOf(search.text.toLowerCase()) >= 0;
     })

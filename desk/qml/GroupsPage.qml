@@ -5,13 +5,12 @@ import VoiceDesk 1.0
 import "."
 
 // Groups of speakers.
-ColumnLayout {
+DeskPage {
     id: root
     readonly property GroupModel groups: desk.plugin.getNetworkAudioGroupModel(root)
-    spacing: 12
 
+    editor: dialog
     function focusSearch() { search.forceActiveFocus(); }
-    function addNew() { dialog.create(); }
 
     RowLayout {
         Layout.fillWidth: true

@@ -16,8 +16,8 @@ ApplicationWindow {
     required property TalkKey talkKey
     readonly property TalkControl talk: desk.talk
     readonly property DeskConnection connection: desk.connection
-    readonly property var pageNames: [qsTr("Talk"), qsTr("Speakers"), qsTr("Audio files"), qsTr("Groups"), qsTr("Schedules"), qsTr("Connection")]
     property alias page: pages.currentIndex
+    readonly property DeskPage current: pageAt(page)
     property string playFailure
     // What has to be said, the most urgent first.
     readonly property var notices: [
@@ -30,11 +30,10 @@ ApplicationWindow {
             detail: qsTr("%1: %2").arg(connection.server).arg(connection.reason),
             severe: true,
             action: qsTr("Connection…"),
-            follow: function() { root.page = 5; }
-        }, {
-            title: files.problem,
-            close: function() { files.problem = ""; }
-        }, {
+            follow: function() { root.page = Pages.indexOf("connection"); }
+        }
+    ].concat(pageNotices(), [
+        {
             title: playFailure,
             close: function() { root.playFailure = ""; }
         }, {
@@ -42,7 +41,21 @@ ApplicationWindow {
             detail: qsTr("What was asked last may or may not have been done. Look at the list before you try again."),
             close: function() { desk.watch.dismiss(); }
         }
-    ].filter(function(notice) { return notice.title !== ""; })
+    ]).filter(function(notice) { return notice.title !== ""; })
+
+    function pageAt(index) {
+        const loader = loaders.count > index ? loaders.itemAt(index) : null;
+        return loader ? loader.item : null;
+    }
+    function pageNotices() {
+        const list = [];
+        for (let i = 0; i < loaders.count; ++i) {
+            const page = pageAt(i);
+            if (page)
+                list.push({ title: page.problem, close: function() { page.problem = ""; } });
+        }
+        return list;
+    }
 
     color: Theme.window
     palette {
@@ -69,13 +82,13 @@ ApplicationWindow {
 
     Binding { target: Theme; property: "dark"; value: desk.settings.dark }
     // While a question is open the space bar presses its buttons; a talk that a held one opened goes on.
-    Binding { target: root.talkKey; property: "enabled"; value: root.page === 0 && (!closing.visible || root.talkKey.held) }
+    Binding { target: root.talkKey; property: "enabled"; value: root.current && root.current.hasTalkKey && (!closing.visible || root.talkKey.held) }
 
     onPageChanged: {
         // What has the focus on the page that goes would go on taking keys, the space bar too.
         for (let item = activeFocusItem; item; item = item.parent) {
             if (item === pages) {
-                pages.children[page].forceActiveFocus();
+                current.forceActiveFocus();
                 break;
             }
         }
@@ -108,16 +121,14 @@ ApplicationWindow {
         }
     }
 
-    Shortcut { sequence: "Ctrl+1"; onActivated: root.page = 0 }
-    Shortcut { sequence: "Ctrl+2"; onActivated: root.page = 1 }
-    Shortcut { sequence: "Ctrl+3"; onActivated: root.page = 2 }
-    Shortcut { sequence: "Ctrl+4"; onActivated: root.page = 3 }
-    Shortcut { sequence: "Ctrl+5"; onActivated: root.page = 4 }
-    Shortcut { sequence: "Ctrl+6"; onActivated: root.page = 5 }
+    Instantiator {
+        model: Pages.list.length
+        Shortcut { sequence: Pages.keys(index); onActivated: root.page = index }
+    }
     Shortcut { sequence: "Ctrl+M"; onActivated: root.talk.muted = !root.talk.muted }
     Shortcut { sequence: "Ctrl+T"; onActivated: root.talk.toggle() }
-    Shortcut { sequence: StandardKey.Find; onActivated: pages.children[root.page].focusSearch() }
-    Shortcut { sequence: StandardKey.New; onActivated: pages.children[root.page].addNew() }
+    Shortcut { sequence: StandardKey.Find; onActivated: root.current.focusSearch() }
+    Shortcut { sequence: StandardKey.New; onActivated: root.current.addNew() }
 
     Connections {
         target: desk.playback
@@ -148,11 +159,11 @@ ApplicationWindow {
                     font { pixelSize: 18; weight: Font.Bold }
                 }
                 Repeater {
-                    model: root.pageNames
+                    model: Pages.list.length
                     NavButton {
                         Layout.fillWidth: true
-                        text: modelData
-                        shortcut: "Ctrl+" + (index + 1)
+                        text: Pages.list[index].title
+                        shortcut: Pages.keys(index)
                         checked: root.page === index
                         onClicked: root.page = index
                     }
@@ -163,7 +174,7 @@ ApplicationWindow {
                     Layout.fillWidth: true
                     Layout.preferredWidth: 1
                     Layout.bottomMargin: 8
-                    visible: root.talk.phase === TalkControl.Talking && root.page !== 0
+                    visible: root.talk.phase === TalkControl.Talking && root.current && !root.current.hasTalkKey
                     partners: root.talk.partners
                     muted: root.talk.muted
                     onEnded: root.talk.stop()
@@ -191,7 +202,7 @@ ApplicationWindow {
             spacing: 0
             PageHead {
                 Layout.fillWidth: true
-                title: root.pageNames[root.page]
+                title: Pages.list[root.page].title
                 notices: root.notices
             }
             StackLayout {
@@ -201,12 +212,11 @@ ApplicationWindow {
                 Layout.fillHeight: true
                 Layout.margins: 20
                 Layout.topMargin: 8
-                TalkPage { }
-                SpeakersPage { }
-                FilesPage { id: files }
-                GroupsPage { }
-                SchedulesPage { }
-                ConnectionPage { }
+                Repeater {
+                    id: loaders
+                    model: Pages.list.length // a number, so that a change of the language leaves the pages as they are
+                    Loader { source: Pages.list[index].file }
+                }
             }
         }
     }

@@ -12,6 +12,7 @@ Item {
     implicitHeight: 64
 
     PageTitle {
+        objectName: "pageTitle"
         anchors { left: parent.left; leftMargin: 20; verticalCenter: parent.verticalCenter }
         text: root.title
     }

@@ -5,15 +5,14 @@ import VoiceDesk 1.0
 import "."
 
 // When the server plays what: as a list and as a week.
-ColumnLayout {
+DeskPage {
     id: root
     readonly property ScheduleModel schedules: desk.plugin.getNetworkAudioScheduleModel(root)
     property int revision: 0 // grows with each change of the model
     property date now: new Date()
-    spacing: 12
 
+    editor: dialog
     function focusSearch() { frame.list.forceActiveFocus(); }
-    function addNew() { dialog.create(); }
     function fileName(id) {
         const files = desk.plugin.audioFileList;
         for (let i = 0; i < files.length; ++i) {

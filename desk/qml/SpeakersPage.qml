@@ -5,15 +5,14 @@ import VoiceDesk 1.0
 import "."
 
 // The speakers on the server.
-ColumnLayout {
+DeskPage {
     id: root
     readonly property DeviceModel speakers: desk.plugin.getIPAudioModel(root)
     property var testResults: ({})
     property int testing: 0
-    spacing: 12
 
+    editor: dialog
     function focusSearch() { search.forceActiveFocus(); }
-    function addNew() { dialog.create(); }
     function setResult(id, text, good) {
         const results = Object.assign({}, testResults);
         results[id] = { "text": text, "good": good };

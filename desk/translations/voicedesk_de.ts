@@ -109,8 +109,8 @@
         <translation>Sprache</translation>
     </message>
     <message>
-        <source>Keys: Ctrl+1 to Ctrl+6 pages, space bar talk while held, Ctrl+T talk on and off, Ctrl+M mute, Ctrl+F search, Ctrl+N new, Enter open, Delete delete.</source>
-        <translation>Tasten: Strg+1 bis Strg+6 Seiten, Leertaste sprechen, solange sie gehalten wird, Strg+T Gespräch ein und aus, Strg+M stumm, Strg+F suchen, Strg+N neu, Eingabe öffnen, Entf löschen.</translation>
+        <source>Keys: Ctrl and a number for each page, space bar talk while held, Ctrl+T talk on and off, Ctrl+M mute, Ctrl+F search, Ctrl+N new, Enter open, Delete delete.</source>
+        <translation>Tasten: Strg und eine Zahl für jede Seite, Leertaste sprechen, solange sie gehalten wird, Strg+T Gespräch ein und aus, Strg+M stumm, Strg+F suchen, Strg+N neu, Eingabe öffnen, Entf löschen.</translation>
     </message>
 </context>
 <context>
@@ -511,30 +511,6 @@
         <translation>VoiceDesk</translation>
     </message>
     <message>
-        <source>Talk</source>
-        <translation>Sprechen</translation>
-    </message>
-    <message>
-        <source>Speakers</source>
-        <translation>Lautsprecher</translation>
-    </message>
-    <message>
-        <source>Audio files</source>
-        <translation>Audiodateien</translation>
-    </message>
-    <message>
-        <source>Groups</source>
-        <translation>Gruppen</translation>
-    </message>
-    <message>
-        <source>Schedules</source>
-        <translation>Zeitpläne</translation>
-    </message>
-    <message>
-        <source>Connection</source>
-        <translation>Verbindung</translation>
-    </message>
-    <message>
         <source>%1: %2</source>
         <translation>%1: %2</translation>
     </message>
@@ -602,6 +578,33 @@
     <message>
         <source>%1 of %2</source>
         <translation>%1 von %2</translation>
+    </message>
+</context>
+<context>
+    <name>Pages</name>
+    <message>
+        <source>Talk</source>
+        <translation>Sprechen</translation>
+    </message>
+    <message>
+        <source>Speakers</source>
+        <translation>Lautsprecher</translation>
+    </message>
+    <message>
+        <source>Audio files</source>
+        <translation>Audiodateien</translation>
+    </message>
+    <message>
+        <source>Groups</source>
+        <translation>Gruppen</translation>
+    </message>
+    <message>
+        <source>Schedules</source>
+        <translation>Zeitpläne</translation>
+    </message>
+    <message>
+        <source>Connection</source>
+        <translation>Verbindung</translation>
     </message>
 </context>
 <context>

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QDropEvent>
 #include <QMimeData>
+#include <QQmlExpression>
 
 namespace {
 
@@ -171,10 +172,24 @@ void WindowFixture::key(Qt::Key key, Qt::KeyboardModifiers modifiers)
     QTest::keyClick(window(), key, modifiers);
 }
 
-void WindowFixture::page(int number)
+QStringList WindowFixture::pages()
 {
-    key(static_cast<Qt::Key>(Qt::Key_0 + number), Qt::ControlModifier);
+    QQmlExpression names(qmlContext(window()), window(), QStringLiteral("Pages.names()"));
+    return names.evaluate().toStringList();
+}
+
+void WindowFixture::page(const QString& name)
+{
+    const int index = pages().indexOf(name);
+    QVERIFY2(index >= 0, qPrintable(name));
+    key(static_cast<Qt::Key>(Qt::Key_1 + index), Qt::ControlModifier);
+    QTRY_COMPARE(window()->property("page").toInt(), index);
     QTest::qWait(30);
+}
+
+QQuickItem* WindowFixture::openPage()
+{
+    return window()->property("current").value<QQuickItem*>();
 }
 
 void WindowFixture::drop(QQuickItem* on, const QList<QUrl>& files)

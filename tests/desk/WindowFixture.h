@@ -50,7 +50,12 @@ public:
     /** Clicks a field and types. */
     void fill(const QString& objectName, const QString& text);
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    void page(int number);
+    /** The names of all pages, from the top of the rail. */
+    QStringList pages();
+    /** Opens a page by its key. */
+    void page(const QString& name);
+    /** The page that is open. */
+    QQuickItem* openPage();
     void drop(QQuickItem* on, const QList<QUrl>& files);
 
     /** Keeps a picture of the window among the build's output. */

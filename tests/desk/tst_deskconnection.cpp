@@ -69,7 +69,7 @@ void TestDeskConnection::cleanup()
 
 void TestDeskConnection::signInAs(WindowFixture& desk, const QString& secret)
 {
-    desk.page(6);
+    desk.page("connection");
     desk.fill("serverUrl", QString("ws://127.0.0.1:%1").arg(m_door->url().port()));
     desk.fill("serverUser", "anna");
     desk.fill("serverSecret", secret);
@@ -79,19 +79,19 @@ void TestDeskConnection::signInAs(WindowFixture& desk, const QString& secret)
 void TestDeskConnection::signIn()
 {
     WindowFixture desk;
-    desk.page(6);
+    desk.page("connection");
     desk.fill("serverUrl", "http://nonsense");
     QVERIFY(desk.shows("An address looks like"));
     QVERIFY(!desk.item("signIn")->isEnabled());
     signInAs(desk, "right");
     QVERIFY(desk.shows("Connected: ws://127.0.0.1"));
     desk.shoot("signed-in");
-    desk.page(1);
+    desk.page("talk");
     QVERIFY(desk.control("Far away gate"));
-    desk.page(6);
+    desk.page("connection");
     desk.click("Use the server on this computer");
     QVERIFY(desk.shows("Connected: the server on this computer"));
-    desk.page(1);
+    desk.page("talk");
     QVERIFY(desk.control("Front gate"));
 }
 
@@ -103,7 +103,7 @@ void TestDeskConnection::wrongPassword()
     QVERIFY(desk.shows("Sign-in refused"));
     desk.shoot("sign-in-refused");
     // A talk says what is the matter.
-    desk.page(1);
+    desk.page("talk");
     QCOMPARE(desk.desk().targets()->total(), 0); // nobody of the server before
     desk.click(desk.item("talkButton"));
     QVERIFY(desk.shows("There is no connection to the server."));
@@ -116,7 +116,7 @@ void TestDeskConnection::serverThatGoesAndComesBack()
     WindowFixture desk;
     signInAs(desk, "right");
     QVERIFY(desk.shows("Connected: ws://127.0.0.1"));
-    desk.page(1);
+    desk.page("talk");
     desk.click("Far away gate");
     desk.click(desk.item("talkButton"));
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
@@ -146,7 +146,7 @@ void TestDeskConnection::serverThatNeverAnswers()
     });
     // It was asked for its lists already.
     QVERIFY(desk.shows("The server does not answer."));
-    desk.page(2);
+    desk.page("speakers");
     desk.click("Add a speaker…");
     desk.fill("speakerName", "Hall");
     desk.fill("speakerAddress", "10.0.0.1");
@@ -181,7 +181,7 @@ void TestDeskConnection::cameraThatIsAdded()
     WindowFixture desk;
     signInAs(desk, "right");
     QVERIFY(desk.shows("Connected: ws://127.0.0.1"));
-    desk.page(1);
+    desk.page("talk");
     QVERIFY(desk.control("Far away gate"));
     ServerSession another(*m_server);
     QString id;
@@ -231,11 +231,11 @@ void TestDeskConnection::nothingIsKeptOfAnotherServer()
     QTRY_VERIFY(model.targets()->find("camera:camera-1") != nullptr);
     addSpeaker("Hall");
 
-    desk.page(2);
+    desk.page("speakers");
     desk.click("Hall: Test");
     QVERIFY(desk.shows("The speaker answers."));
     model.playback()->play(false, 1, "Hall", 1, "bell.wav", 60000);
-    desk.page(1);
+    desk.page("talk");
     desk.click("Front gate");
     desk.click("Hall");
     QTRY_COMPARE(model.targets()->chosenCount(), 2);
@@ -263,7 +263,7 @@ void TestDeskConnection::nothingIsKeptOfAnotherServer()
     QCOMPARE(model.targets()->find("speaker:1")->name, QString("Elsewhere"));
     QCOMPARE(model.targets()->find("camera:camera-1")->name, QString("Far away gate"));
     QCOMPARE(model.targets()->chosenCount(), 0);
-    desk.page(2);
+    desk.page("speakers");
     QVERIFY(desk.control("Elsewhere: edit"));
     desk.visit([](QQuickItem* item) {
         QVERIFY(!item->property("text").toString().contains("The speaker answers."));

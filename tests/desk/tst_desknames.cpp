@@ -154,7 +154,7 @@ void TestDeskNames::talks()
     QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
     QVERIFY(desk.shows("Talking to <img"));
     look(desk, hostile("gate"));
-    desk.page(6);
+    desk.page("connection");
     QVERIFY(desk.shows("Talking to <img")); // on the air
     look(desk, hostile("gate"));
     desk.desk().talk()->stop();
@@ -164,7 +164,7 @@ void TestDeskNames::speakers()
 {
     WindowFixture desk(hostileCameras());
     fillWithRecords(desk);
-    desk.page(2);
+    desk.page("speakers");
     look(desk, hostile("hall"));
     desk.click(hostile("roof") + ": Test");
     QVERIFY(desk.shows("The speaker does not answer"));
@@ -182,7 +182,7 @@ void TestDeskNames::filesAndPlaybacks()
 {
     WindowFixture desk(hostileCameras());
     fillWithRecords(desk);
-    desk.page(3);
+    desk.page("files");
     const QString file = QFileInfo(m_file).fileName();
     look(desk, file);
     desk.click(file + ": Play…");
@@ -205,7 +205,7 @@ void TestDeskNames::groups()
 {
     WindowFixture desk(hostileCameras());
     fillWithRecords(desk);
-    desk.page(4);
+    desk.page("groups");
     look(desk, hostile("yard"));
     look(desk, "2 speakers: " + hostile("hall"));
     desk.click(hostile("yard") + ": edit");
@@ -221,7 +221,7 @@ void TestDeskNames::schedules()
 {
     WindowFixture desk(hostileCameras());
     fillWithRecords(desk);
-    desk.page(5);
+    desk.page("schedules");
     look(desk, hostile("closing"));
     desk.click("Week");
     look(desk, hostile("closing"));
@@ -246,7 +246,7 @@ void TestDeskNames::connection()
     desk.desk().connection()->useRemote(url, "anna", "secret", QString());
     QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Reconnecting);
     look(desk, url); // in the banner
-    desk.page(6);
+    desk.page("connection");
     look(desk, url);
 }
 
