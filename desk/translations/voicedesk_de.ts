@@ -1027,6 +1027,10 @@
         <translation>wird geprüft …</translation>
     </message>
     <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
         <source>Test</source>
         <translation>Prüfen</translation>
     </message>
