@@ -30,15 +30,17 @@ inline const QString badSchedule = QStringLiteral("417");     ///< Type, setting
 inline const QString badCameraKind = QStringLiteral("418");   ///< No cameras of this kind are known.
 inline const QString nothingToPlayOn = QStringLiteral("421"); ///< No device to play on.
 inline const QString brokenFile = QStringLiteral("422");      ///< The audio file cannot be decoded.
+inline const QString playbackStopped = QStringLiteral("423"); ///< The playback was stopped.
+inline const QString speakerTaken = QStringLiteral("424");    ///< Another playback has the speakers.
 inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An upload is refused.
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,      &unknownCommand, &malformedRequest, &noSuchCamera,   &cameraOffline,
-    &noSuchTalk,   &badTalkPacket,  &noVoice,          &speakerOffline, &storageFailed,
-    &noSuchDevice, &noSuchFile,     &noSuchGroup,      &noSuchSchedule, &badName,
-    &nameTaken,    &badAddress,     &badPort,          &badCredentials, &badList,
-    &badSchedule,  &badCameraKind,  &nothingToPlayOn,  &brokenFile,     &fileRefused,
+    &success,         &unknownCommand, &malformedRequest, &noSuchCamera,  &cameraOffline,   &noSuchTalk,
+    &badTalkPacket,   &noVoice,        &speakerOffline,   &storageFailed, &noSuchDevice,    &noSuchFile,
+    &noSuchGroup,     &noSuchSchedule, &badName,          &nameTaken,     &badAddress,      &badPort,
+    &badCredentials,  &badList,        &badSchedule,      &badCameraKind, &nothingToPlayOn, &brokenFile,
+    &playbackStopped, &speakerTaken,   &fileRefused,
 };
 
 } // namespace ReturnCode
