@@ -4,8 +4,6 @@
 
 #include <QCoreApplication>
 
-#include <array>
-
 namespace {
 
 struct Message
@@ -14,13 +12,17 @@ struct Message
     const char* text;
 };
 
-const std::array<Message, 21> messages{{
+/** One for each code but success. */
+const Message messages[] = {
     {&ReturnCode::unknownCommand,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know how to do this")},
     {&ReturnCode::malformedRequest,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server did not understand the request")},
     {&ReturnCode::noSuchCamera, QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know this camera")},
     {&ReturnCode::cameraOffline, QT_TRANSLATE_NOOP("ErrorMessages", "the camera is offline")},
+    {&ReturnCode::noSuchTalk, QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know this talk")},
+    {&ReturnCode::badTalkPacket,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server cannot read the sound of the microphone")},
     {&ReturnCode::noVoice, QT_TRANSLATE_NOOP("ErrorMessages", "the camera's sound does not work")},
     {&ReturnCode::speakerOffline, QT_TRANSLATE_NOOP("ErrorMessages", "the speaker is offline")},
     {&ReturnCode::storageFailed,
@@ -32,15 +34,19 @@ const std::array<Message, 21> messages{{
     {&ReturnCode::badName, QT_TRANSLATE_NOOP("ErrorMessages", "the name is not allowed")},
     {&ReturnCode::nameTaken, QT_TRANSLATE_NOOP("ErrorMessages", "the name is taken")},
     {&ReturnCode::badAddress,
-     QT_TRANSLATE_NOOP("ErrorMessages", "the address is no IP address and no host name")},
+     QT_TRANSLATE_NOOP("ErrorMessages", "the address is neither an IP address nor a host name")},
     {&ReturnCode::badPort, QT_TRANSLATE_NOOP("ErrorMessages", "the port is not 1 to 65535")},
     {&ReturnCode::badCredentials, QT_TRANSLATE_NOOP("ErrorMessages", "user name or password is too long")},
     {&ReturnCode::badList, QT_TRANSLATE_NOOP("ErrorMessages", "a chosen entry is not there any more")},
     {&ReturnCode::badSchedule, QT_TRANSLATE_NOOP("ErrorMessages", "the times make no sense")},
+    {&ReturnCode::badCameraKind,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server has no cameras of this kind")},
     {&ReturnCode::nothingToPlayOn, QT_TRANSLATE_NOOP("ErrorMessages", "there is nothing to play on")},
     {&ReturnCode::brokenFile, QT_TRANSLATE_NOOP("ErrorMessages", "the audio file cannot be played")},
+    {&ReturnCode::playbackStopped, QT_TRANSLATE_NOOP("ErrorMessages", "the playback was stopped")},
+    {&ReturnCode::speakerTaken, QT_TRANSLATE_NOOP("ErrorMessages", "another playback has taken the speaker")},
     {&ReturnCode::fileRefused, QT_TRANSLATE_NOOP("ErrorMessages", "the server refuses the file")},
-}};
+};
 
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "desk/RequestTimeouts.h"
 
 #include "protocol/CommandTable.h"
+#include "protocol/Limits.h"
 #include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 
@@ -13,7 +14,7 @@ constexpr int lateFactor = 12;    // more patience for commands that are answere
 
 } // namespace
 
-RequestTimeouts::RequestTimeouts(int limit) : m_limit(limit)
+RequestTimeouts::RequestTimeouts(int limit) : m_limit(limit), m_talkOpeningTime(Limits::maxTalkOpeningTime)
 {
     m_clock.start();
     m_timer.setInterval(lookInterval);
@@ -30,11 +31,19 @@ void RequestTimeouts::commandSent(const QString& command, const QVariant& /*payl
     if (!accepted) {
         return;
     }
+    m_waiting.push_back({request, m_clock.elapsed() + limitOf(command)});
+    m_timer.start();
+}
+
+/** How long the answer to a command may take, ms. */
+int RequestTimeouts::limitOf(const QString& command) const
+{
+    if (command == Vocabulary::StartTalk || command == Vocabulary::StartTalkToIPAudio) {
+        return m_talkOpeningTime + m_limit; // a server that gives a device up tells so first
+    }
     const CommandTable::Row* row = CommandTable::find(command);
     const bool late = row != nullptr && row->answered == CommandTable::Answered::Late;
-    const int limit = late ? lateFactor * m_limit : m_limit;
-    m_waiting.push_back({request, m_clock.elapsed() + limit});
-    m_timer.start();
+    return late ? lateFactor * m_limit : m_limit;
 }
 
 void RequestTimeouts::replyArrived(const QString& /*command*/, const QString& returnCode,

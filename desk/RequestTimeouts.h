@@ -19,10 +19,17 @@ class RequestTimeouts : public QObject
     Q_PROPERTY(bool overdue READ isOverdue NOTIFY overdueChanged)
 
 public:
-    /** @param limit how long an answer may take, ms; uploads may take longer */
+    /** @param limit how long an answer may take, ms; uploads and talks may take longer */
     explicit RequestTimeouts(int limit = 5000);
 
     bool isOverdue() const { return m_overdue; }
+
+    /**
+     * Sets how long a server may take to open a talk; the limit of all answers comes on top.
+     *
+     * @param ms Limits::maxTalkOpeningTime unless it is set
+     */
+    void setTalkOpeningTime(int ms) { m_talkOpeningTime = ms; }
 
     /**
      * The request number of the command that was sent last: directly after a call of the plug-in that sends
@@ -63,9 +70,11 @@ private:
         qint64 deadline;
     };
 
+    int limitOf(const QString& command) const;
     void checkDue();
 
     int m_limit;
+    int m_talkOpeningTime;
     QElapsedTimer m_clock;
     QTimer m_timer; ///< Runs while something waits.
     std::vector<Waiting> m_waiting;

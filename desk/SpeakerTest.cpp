@@ -1,14 +1,14 @@
 #include "desk/SpeakerTest.h"
 
 #include "client/PluginClient.h"
+#include "desk/RequestTimeouts.h"
 
 #include <utility>
 
-SpeakerTest::SpeakerTest(PluginClient& plugin, int answerTimeout) : m_plugin(plugin)
+SpeakerTest::SpeakerTest(PluginClient& plugin, const RequestTimeouts& watch)
+    : m_plugin(plugin), m_watch(watch)
 {
-    m_answerTimer.setSingleShot(true);
-    m_answerTimer.setInterval(answerTimeout);
-    connect(&m_answerTimer, &QTimer::timeout, this, [this] { finish(false, tr("no answer")); });
+    connect(&m_watch, &RequestTimeouts::timedOut, this, &SpeakerTest::timedOut);
     connect(&m_plugin, &PluginClient::startTalkToIPAudioResponse, this,
             &SpeakerTest::startTalkToIPAudioResponse);
 }
@@ -16,16 +16,26 @@ SpeakerTest::SpeakerTest(PluginClient& plugin, int answerTimeout) : m_plugin(plu
 void SpeakerTest::start(int speaker)
 {
     m_speaker = speaker;
-    m_answerTimer.start();
-    if (!m_plugin.startTalkToIPAudio(speaker) && isRunning()) {
+    Q_EMIT runningChanged();
+    if (m_plugin.startTalkToIPAudio(speaker)) {
+        m_request = m_watch.lastSent();
+    } else if (isRunning()) {
         finish(false, tr("the server cannot be asked"));
     }
 }
 
 void SpeakerTest::startTalkToIPAudioResponse(bool success, const QString& error, int speaker)
 {
-    if (isRunning() && speaker == m_speaker) {
+    // A success counts whatever request it answers: the speaker is open.
+    if (isRunning() && speaker == m_speaker && (success || m_watch.lastAnswered() == m_request)) {
         finish(success, error);
+    }
+}
+
+void SpeakerTest::timedOut(quint64 request)
+{
+    if (isRunning() && request == m_request) {
+        finish(false, tr("no answer"));
     }
 }
 
@@ -39,10 +49,11 @@ void SpeakerTest::cancel()
 /** Closes what a test has opened. @return the speaker */
 int SpeakerTest::close()
 {
-    m_answerTimer.stop();
     m_plugin.stopTalk();
     m_plugin.stopAudioCapture();
-    return std::exchange(m_speaker, 0);
+    const int speaker = std::exchange(m_speaker, 0);
+    Q_EMIT runningChanged();
+    return speaker;
 }
 
 void SpeakerTest::finish(bool success, const QString& error)

@@ -5,10 +5,11 @@
 #include "desk/RequestTimeouts.h"
 #include "protocol/Words.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int tickInterval = 500;       // ms
-constexpr int releaseTail = 400;        // ms
 constexpr int microphoneSilence = 3000; // ms
 
 const QString speakerPrefix = QStringLiteral("speaker:");
@@ -20,22 +21,23 @@ QString speakerKey(int id)
 
 } // namespace
 
-TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch,
-                         int answerTimeout)
-    : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, answerTimeout)
+TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch)
+    : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, watch)
 {
     connect(&m_test, &SpeakerTest::tested, this, [this](int speaker, bool success, const QString& text) {
         m_targets.setState(speakerKey(speaker), success ? TargetModel::Ready : TargetModel::Failed);
         Q_EMIT tested(speaker, success, text);
     });
-    m_answerTimer.setSingleShot(true);
-    m_answerTimer.setInterval(answerTimeout);
-    connect(&m_answerTimer, &QTimer::timeout, this, &TalkControl::timeOut);
+    connect(&m_test, &SpeakerTest::runningChanged, this, &TalkControl::testingChanged);
+    connect(&m_watch, &RequestTimeouts::timedOut, this, &TalkControl::timedOut);
     m_ticker.setInterval(tickInterval);
     connect(&m_ticker, &QTimer::timeout, this, &TalkControl::tick);
-    m_tail.setSingleShot(true);
-    m_tail.setInterval(releaseTail);
-    connect(&m_tail, &QTimer::timeout, this, &TalkControl::stop);
+    connect(&m_key, &PushToTalk::tailEnded, this, &TalkControl::stop);
+    connect(&m_key, &PushToTalk::whileHeldChanged, this, &TalkControl::whileHeldChanged);
+    connect(&m_key, &PushToTalk::mutedChanged, this, [this](bool muted) {
+        m_plugin.setMicMute(muted);
+        Q_EMIT mutedChanged();
+    });
     connect(&m_plugin, &PluginClient::startTalkResponse, this, &TalkControl::startTalkResponse);
     connect(&m_plugin, &PluginClient::startTalkToIPAudioResponse, this,
             &TalkControl::startTalkToIPAudioResponse);
@@ -69,22 +71,12 @@ void TalkControl::setPhase(Phase phase)
     }
     if (phase == Idle) {
         m_lost.clear();
-        setHold(Hold::None);
-        restoreMute();
+        m_key.setHold(Hold::None);
+        m_key.restoreMute();
     }
     Q_EMIT phaseChanged();
     Q_EMIT secondsChanged();
-    updateWhileHeld();
-}
-
-void TalkControl::setHold(Hold hold)
-{
-    m_hold = hold;
-    if (hold == Hold::Tail) {
-        m_tail.start();
-    } else {
-        m_tail.stop();
-    }
+    m_key.setTalking(phase == Talking);
 }
 
 void TalkControl::report(const QString& problem, const QString& advice)
@@ -109,49 +101,6 @@ void TalkControl::setOnline(bool online)
     m_online = online;
 }
 
-void TalkControl::setMuted(bool muted)
-{
-    m_lifted = false;
-    mute(muted);
-    updateWhileHeld();
-}
-
-void TalkControl::mute(bool muted)
-{
-    if (m_muted == muted) {
-        return;
-    }
-    m_muted = muted;
-    m_plugin.setMicMute(muted);
-    Q_EMIT mutedChanged();
-    updateWhileHeld();
-}
-
-void TalkControl::liftMute()
-{
-    if (m_muted) {
-        m_lifted = true;
-        mute(false);
-    }
-}
-
-void TalkControl::restoreMute()
-{
-    if (m_lifted) {
-        m_lifted = false;
-        mute(true);
-    }
-}
-
-void TalkControl::updateWhileHeld()
-{
-    const bool whileHeld = m_phase == Talking && !m_muted && (m_hold != Hold::None || m_lifted);
-    if (m_whileHeld != whileHeld) {
-        m_whileHeld = whileHeld;
-        Q_EMIT whileHeldChanged();
-    }
-}
-
 void TalkControl::setVolume(int volume)
 {
     volume = qBound(0, volume, 100);
@@ -165,7 +114,7 @@ void TalkControl::setVolume(int volume)
 
 void TalkControl::start()
 {
-    if (m_phase == Asking || m_hold == Hold::Tail) {
+    if (m_phase == Asking || m_key.hold() == Hold::Tail) {
         return;
     }
     if (m_test.isRunning()) {
@@ -193,11 +142,9 @@ void TalkControl::start()
 void TalkControl::askCamera(const TargetModel::Target& camera)
 {
     setPhase(Asking);
-    m_asked = QStringList(camera.key());
     m_targets.setState(camera.key(), TargetModel::Asked);
-    m_answerTimer.start();
     const bool accepted = m_plugin.startTalk(camera.id);
-    m_cameraRequest = m_watch.lastSent();
+    m_asked = {{camera.key(), m_watch.lastSent()}};
     if (!accepted) {
         stop();
         report(tr("The microphone cannot be opened."),
@@ -215,7 +162,8 @@ void TalkControl::askSpeakers()
                    tr("To talk to it again, end the talk and press Talk again."));
             continue;
         }
-        if (!target.camera && !m_partners.contains(target.key()) && !m_asked.contains(target.key())) {
+        if (!target.camera && !m_partners.contains(target.key()) &&
+            findAsked(target.key()) == m_asked.end()) {
             keys.append(target.key());
         }
     }
@@ -231,32 +179,40 @@ void TalkControl::askSpeakers()
         }
         setPhase(Asking);
     }
-    m_asked += keys;
-    m_answerTimer.start();
+    QStringList unasked;
     for (const QString& key : qAsConst(keys)) {
         m_targets.setState(key, TargetModel::Asked);
-        if (!m_plugin.startTalkToIPAudio(key.mid(speakerPrefix.size()).toInt())) {
-            answered(key, false);
+        if (m_plugin.startTalkToIPAudio(key.mid(speakerPrefix.size()).toInt())) {
+            m_asked.push_back({key, m_watch.lastSent()});
+        } else {
+            unasked.append(key);
         }
     }
+    for (const QString& key : qAsConst(unasked)) {
+        answered(key, false);
+    }
+}
+
+TalkControl::AskedTargets::iterator TalkControl::findAsked(const QString& key)
+{
+    return std::find_if(m_asked.begin(), m_asked.end(), [&](const Asked& asked) { return asked.key == key; });
 }
 
 /** One of those asked has answered, and how. */
 void TalkControl::answered(const QString& key, bool success)
 {
-    m_asked.removeAll(key);
+    if (const auto asked = findAsked(key); asked != m_asked.end()) {
+        m_asked.erase(asked);
+    }
     m_targets.setState(key, success ? TargetModel::Talking : TargetModel::Failed);
     if (success && !m_partners.contains(key)) {
         m_partners.append(key);
         Q_EMIT partnersChanged();
     }
-    if (m_asked.isEmpty()) {
-        m_answerTimer.stop();
-        if (m_partners.isEmpty()) {
-            m_plugin.stopAudioCapture();
-            setPhase(Idle);
-            return;
-        }
+    if (m_asked.empty() && m_partners.isEmpty()) {
+        m_plugin.stopAudioCapture();
+        setPhase(Idle);
+        return;
     }
     if (!m_partners.isEmpty()) {
         setPhase(Talking);
@@ -293,9 +249,10 @@ void TalkControl::endForgottenTalk()
 
 void TalkControl::startTalkResponse(bool success)
 {
-    const QString key = m_asked.value(0);
+    // A camera is asked first, and alone.
+    const QString key = m_asked.empty() ? QString() : m_asked.front().key;
     if (m_phase != Asking || !key.startsWith(QLatin1String("camera:")) ||
-        m_watch.lastAnswered() != m_cameraRequest) {
+        m_watch.lastAnswered() != m_asked.front().request) {
         if (success) {
             endForgottenTalk();
         }
@@ -315,7 +272,12 @@ void TalkControl::startTalkResponse(bool success)
 void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error, int speaker)
 {
     const QString key = speakerKey(speaker);
-    if (!m_asked.contains(key)) {
+    const auto asked = findAsked(key);
+    if (asked != m_asked.end() && !success && asked->request != m_watch.lastAnswered()) {
+        keepCapturing(); // the refusal of an earlier request
+        return;
+    }
+    if (asked == m_asked.end()) {
         if (success && error.isEmpty() && !m_partners.contains(key) && !m_test.isRunning()) {
             endForgottenTalk();
         }
@@ -328,7 +290,7 @@ void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error,
     if (!success) {
         report(
             tr("%1 cannot be talked to: %2").arg(name, error.isEmpty() ? tr("the server refuses it") : error),
-            m_partners.isEmpty() && m_asked.isEmpty()
+            m_partners.isEmpty() && m_asked.empty()
                 ? tr("Check the speaker's power and network, or choose another one.")
                 : tr("The talk goes on with the others."));
     }
@@ -382,14 +344,16 @@ void TalkControl::microphoneChanged()
     }
 }
 
-void TalkControl::timeOut()
+void TalkControl::timedOut(quint64 request)
 {
-    const bool wasTalking = m_phase == Talking;
-    for (const QString& key : qAsConst(m_asked)) {
-        m_targets.setState(key, TargetModel::Failed);
+    const auto asked = std::find_if(m_asked.begin(), m_asked.end(),
+                                    [=](const Asked& each) { return each.request == request; });
+    if (asked == m_asked.end()) {
+        return;
     }
-    m_asked.clear();
-    if (!wasTalking) {
+    m_targets.setState(asked->key, TargetModel::Failed);
+    m_asked.erase(asked);
+    if (m_asked.empty() && m_phase != Talking) {
         stop();
     }
     report(tr("The server did not answer in time."),
@@ -398,7 +362,6 @@ void TalkControl::timeOut()
 
 void TalkControl::stop()
 {
-    m_answerTimer.stop();
     m_asked.clear();
     m_plugin.stopTalk();
     m_plugin.stopAudioCapture(); // also while nobody has answered
@@ -419,27 +382,26 @@ void TalkControl::toggle()
 
 void TalkControl::press()
 {
-    liftMute(); // before the first sound
-    if (m_hold == Hold::Tail) {
-        setHold(Hold::Down);
+    m_key.liftMute(); // before the first sound
+    if (m_key.hold() == Hold::Tail) {
+        m_key.setHold(Hold::Down);
         start(); // to those chosen since
     } else if (m_phase == Idle) {
         start();
         if (m_phase == Idle) {
-            restoreMute();
+            m_key.restoreMute();
         } else {
-            setHold(Hold::Down);
+            m_key.setHold(Hold::Down);
         }
     }
-    updateWhileHeld();
 }
 
 void TalkControl::release()
 {
-    if (m_hold == Hold::Down) {
-        setHold(Hold::Tail); // its end restores the mute
+    if (m_key.hold() == Hold::Down) {
+        m_key.setHold(Hold::Tail); // its end restores the mute
     } else {
-        restoreMute();
+        m_key.restoreMute();
     }
 }
 

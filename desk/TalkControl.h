@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desk/PushToTalk.h"
 #include "desk/SpeakerTest.h"
 #include "desk/TargetModel.h"
 
@@ -7,6 +8,8 @@
 #include <QObject>
 #include <QTimer>
 #include <QVariantMap>
+
+#include <vector>
 
 class RequestTimeouts;
 class PluginClient;
@@ -34,6 +37,8 @@ class TalkControl : public QObject
     /** What went wrong with the last talk, and what can be done; empty when nothing did. */
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
     Q_PROPERTY(QString advice READ advice NOTIFY problemChanged)
+    /** The id of the speaker that is tested; 0 for none. */
+    Q_PROPERTY(int testing READ testing NOTIFY testingChanged)
 
 public:
     enum Phase
@@ -44,19 +49,20 @@ public:
     };
     Q_ENUM(Phase)
 
-    /** @param answerTimeout ms */
-    TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch, int answerTimeout = 5000);
+    /** @param watch reports which request was answered, and which has waited for too long */
+    TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch);
 
     Phase phase() const { return m_phase; }
     QString partners() const;
     int seconds() const { return m_phase == Talking ? static_cast<int>(m_clock.elapsed() / 1000) : 0; }
-    bool isMuted() const { return m_muted; }
-    void setMuted(bool muted);
-    bool isWhileHeld() const { return m_whileHeld; }
+    bool isMuted() const { return m_key.isMuted(); }
+    void setMuted(bool muted) { m_key.setMuted(muted); }
+    bool isWhileHeld() const { return m_key.isWhileHeld(); }
     int volume() const { return m_volume; }
     void setVolume(int volume);
     QString problem() const { return m_problem; }
     QString advice() const { return m_advice; }
+    int testing() const { return m_test.speaker(); }
 
     /** Whether the server can be asked at all; false makes start tell so. */
     void setOnline(bool online);
@@ -75,6 +81,9 @@ public:
 
     /** Opens a talk to a speaker and closes it again; tested tells how it went. Not while talking. */
     Q_INVOKABLE bool test(int speaker);
+
+    /** Ends a test without a result. Does nothing when none runs. */
+    Q_INVOKABLE void cancelTest() { m_test.cancel(); }
 
     /** Another server follows: ends what runs, and takes back what was said of the last server. */
     void forgetServer();
@@ -95,6 +104,7 @@ Q_SIGNALS:
     void whileHeldChanged();
     void volumeChanged();
     void problemChanged();
+    void testingChanged();
     void tested(int speaker, bool success, const QString& text);
 
 private:
@@ -104,26 +114,24 @@ private:
     void talkingChanged();
     void microphoneChanged();
 
-    /** How long a talk lasts that the talk key opened. */
-    enum class Hold
+    using Hold = PushToTalk::Hold;
+
+    /** A target that was asked, and has not answered yet. */
+    struct Asked
     {
-        None, ///< There is none; any talk was opened by the button.
-        Down, ///< As long as the key is down.
-        Tail, ///< The key is up; the last sound goes out. Nothing but the key makes the talk last longer.
+        QString key;
+        quint64 request;
     };
+    using AskedTargets = std::vector<Asked>;
 
     void setPhase(Phase phase);
-    void setHold(Hold hold);
-    void mute(bool muted);
-    void liftMute();
-    void restoreMute();
-    void updateWhileHeld();
+    AskedTargets::iterator findAsked(const QString& key);
     void report(const QString& problem, const QString& advice);
     void askCamera(const TargetModel::Target& camera);
     void askSpeakers();
     void answered(const QString& key, bool success);
     void keepCapturing();
-    void timeOut();
+    void timedOut(quint64 request);
     void tick();
     void endForgottenTalk();
     QString refusalOf(const QString& name) const;
@@ -133,21 +141,15 @@ private:
     RequestTimeouts& m_watch;
     Phase m_phase = Idle;
     bool m_online = false;
-    bool m_muted = false;
     int m_volume = 50;
     QString m_problem;
     QString m_advice;
-    QStringList m_asked;         ///< Keys without an answer yet.
-    QStringList m_partners;      ///< Keys of open targets.
-    QStringList m_lost;          ///< Keys of targets that the plug-in has open and the server has lost.
-    quint64 m_cameraRequest = 0; ///< Of the last camera that was asked.
-    Hold m_hold = Hold::None;
-    bool m_lifted = false; ///< The talk key lifts a mute, until the key is up and a tail is over.
-    bool m_whileHeld = false;
+    AskedTargets m_asked;
+    QStringList m_partners; ///< Keys of open targets.
+    QStringList m_lost;     ///< Keys of targets that the plug-in has open and the server has lost.
+    PushToTalk m_key;
     SpeakerTest m_test;
     QElapsedTimer m_clock;
     QElapsedTimer m_lastPacket;
-    QTimer m_answerTimer;
     QTimer m_ticker; ///< While talking.
-    QTimer m_tail;   ///< Runs in Hold::Tail and nowhere else.
 };

@@ -18,6 +18,7 @@ inline constexpr int maxProgressPercent = 100;  ///< Percent; the progress of a 
 inline constexpr int maxTargetsLength = 1 << 20;  ///< Characters of "targets".
 inline constexpr int maxTalkDataLength = 1 << 16; ///< Characters of "talkData".
 inline constexpr int maxTalksPerSession = 4096;   ///< Open talks of one client.
+inline constexpr int maxTalkOpeningTime = 30000;  ///< Milliseconds from the request of a talk to its answer.
 
 // Payloads.
 inline constexpr int maxShortPayload =

@@ -9,7 +9,7 @@ DeskPage {
     id: root
     readonly property DeviceModel speakers: desk.plugin.getIPAudioModel(root)
     property var testResults: ({})
-    property int testing: 0
+    readonly property int testing: desk.talk.testing
 
     editor: dialog
     function focusSearch() { search.forceActiveFocus(); }
@@ -51,11 +51,12 @@ DeskPage {
             title: deviceNameRole || ""
             detail: ipRole + ":" + portRole + (bindingCameraListRole && bindingCameraListRole.length > 0
                     ? "  ·  " + qsTr("%n camera(s)", "", bindingCameraListRole.length) : "")
-            note: root.testing === idRole ? qsTr("testing…") : root.testResults[idRole] ? root.testResults[idRole].text : ""
+            note: tested ? qsTr("testing…") : root.testResults[idRole] ? root.testResults[idRole].text : ""
             noteGood: root.testResults[idRole] ? root.testResults[idRole].good : true
-            extraText: qsTr("Test")
-            extraEnabled: desk.talk.phase === TalkControl.Idle && root.testing === 0 && desk.connection.online
-            onExtra: if (desk.talk.test(idRole)) root.testing = idRole
+            readonly property bool tested: root.testing !== 0 && root.testing === idRole
+            extraText: tested ? qsTr("Cancel") : qsTr("Test")
+            extraEnabled: tested || (desk.talk.phase === TalkControl.Idle && root.testing === 0 && desk.connection.online)
+            onExtra: tested ? desk.talk.cancelTest() : desk.talk.test(idRole)
             onEdit: dialog.edit({ id: idRole, name: deviceNameRole, ip: ipRole, port: portRole, user: userRole,
                                   password: passwordRole, cameras: bindingCameraListRole })
             onRemove: {
@@ -85,16 +86,12 @@ DeskPage {
     Connections {
         target: desk.talk
         function onTested(speaker, success, text) {
-            root.testing = 0;
             root.setResult(speaker, text, success);
         }
     }
     Connections {
         target: desk.connection
-        function onServerChanged() {
-            root.testing = 0;
-            root.testResults = {};
-        }
+        function onServerChanged() { root.testResults = {}; }
     }
     PendingRequest { id: deletion }
     Connections {

@@ -226,7 +226,7 @@
         <translation>der Name ist vergeben</translation>
     </message>
     <message>
-        <source>the address is no IP address and no host name</source>
+        <source>the address is neither an IP address nor a host name</source>
         <translation>das ist weder eine IP-Adresse noch ein Rechnername</translation>
     </message>
     <message>
@@ -264,6 +264,26 @@
     <message>
         <source>error %1</source>
         <translation>Fehler %1</translation>
+    </message>
+    <message>
+        <source>the server does not know this talk</source>
+        <translation>der Server kennt dieses Gespräch nicht</translation>
+    </message>
+    <message>
+        <source>the server cannot read the sound of the microphone</source>
+        <translation>der Server kann den Ton des Mikrofons nicht lesen</translation>
+    </message>
+    <message>
+        <source>the server has no cameras of this kind</source>
+        <translation>der Server hat keine Kameras dieser Art</translation>
+    </message>
+    <message>
+        <source>the playback was stopped</source>
+        <translation>die Wiedergabe wurde beendet</translation>
+    </message>
+    <message>
+        <source>another playback has taken the speaker</source>
+        <translation>eine andere Wiedergabe hat den Lautsprecher übernommen</translation>
     </message>
 </context>
 <context>
@@ -1033,6 +1053,10 @@
     <message>
         <source>testing…</source>
         <translation>wird geprüft …</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
     </message>
     <message>
         <source>Test</source>

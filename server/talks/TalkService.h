@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/Limits.h"
 #include "protocol/ServerReply.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/CameraBackend.h"
@@ -15,8 +16,8 @@
 /** How long a talk waits for its device. */
 struct TalkLimits
 {
-    int opening = 30000; ///< ms; then the talk is refused.
-    int closing = 5000;  ///< ms; then the device is left to itself.
+    int opening = Limits::maxTalkOpeningTime; ///< ms; then the talk is refused.
+    int closing = 5000;                       ///< ms; then the device is left to itself.
 };
 
 /**

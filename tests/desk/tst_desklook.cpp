@@ -356,6 +356,7 @@ void TestDeskLook::noticesAreNotCut()
     look("overdue");
     desk.desk().talk()->start();
     look("nobody");
+    desk.desk().watch()->setTalkOpeningTime(0);
     desk.desk().targets()->setCameras(
         {QVariantMap{{"camId", "camera-1"}, {"camName", "Front gate"}, {"online", true}}});
     desk.desk().targets()->choose("camera:camera-1", true);

@@ -302,7 +302,7 @@ void TestDeskWindow::speakers()
     desk.click("Add a speaker…");
     desk.fill("speakerName", "Hall");
     desk.fill("speakerAddress", "not an address");
-    QVERIFY(desk.shows("the address is no IP address and no host name"));
+    QVERIFY(desk.shows("the address is neither an IP address nor a host name"));
     desk.fill("speakerPort", "99999");
     QVERIFY(desk.shows("1 to 65535."));
     QVERIFY(!desk.item("save")->isEnabled());

@@ -100,6 +100,15 @@ void TestRequestTimeouts::lastOnes()
 
 void TestRequestTimeouts::wordsForEveryCode()
 {
+    const QString detail = "the text of the server";
+    QSet<QString> words;
+    for (const QString* code : ReturnCode::all) {
+        if (*code != ReturnCode::success) {
+            words.insert(ErrorMessages::of(*code, detail));
+            QVERIFY2(ErrorMessages::of(*code, detail) != detail, qPrintable(*code));
+        }
+    }
+    QCOMPARE(words.size(), static_cast<int>(std::size(ReturnCode::all)) - 1); // no two say the same
     QCOMPARE(ErrorMessages::of("202"), QString("the camera is offline"));
     QCOMPARE(ErrorMessages::of("202", "something"), QString("the camera is offline"));
     QCOMPARE(ErrorMessages::of("999", "the cat is out"), QString("the cat is out"));

@@ -6,6 +6,7 @@
 #include "client/PluginHost.h"
 #include "desk/RequestTimeouts.h"
 #include "desk/TalkControl.h"
+#include "protocol/Limits.h"
 #include "tests/support/BuiltLibraries.h"
 
 #include <QSignalSpy>
@@ -31,6 +32,8 @@ private Q_SLOTS:
     void noConnection();
     void nobodyChosen();
     void noAnswer();
+    void slowDevices();
+    void lateRefusalOfTheSameSpeaker();
     void lateAnswerIsClosed();
     void lateAnswerOfAnotherCamera();
     void lateRefusalOfAnotherCamera();
@@ -59,6 +62,7 @@ private Q_SLOTS:
     void whileHeld();
     void volumeAndMute();
     void testOfASpeaker();
+    void cancelledTest();
     void silentMicrophone();
     void anotherServer();
 
@@ -128,10 +132,11 @@ void TestTalkControl::init()
     QVERIFY(m_plugin->attach(m_host->plugin()));
     Q_EMIT m_link->connected();
     m_watch = std::make_unique<RequestTimeouts>(300);
+    m_watch->setTalkOpeningTime(0);
     m_targets = std::make_unique<TargetModel>();
     connect(m_host.get(), &PluginHost::commandSent, m_watch.get(), &RequestTimeouts::commandSent);
     connect(m_host.get(), &PluginHost::replyArrived, m_watch.get(), &RequestTimeouts::replyArrived);
-    m_talk = std::make_unique<TalkControl>(*m_plugin, *m_targets, *m_watch, 300);
+    m_talk = std::make_unique<TalkControl>(*m_plugin, *m_targets, *m_watch);
     connect(m_host.get(), &PluginHost::commandSent, m_talk.get(),
             [this](const QString& command, const QVariant& payload) {
                 if (command == QLatin1String("TalkData")) {
@@ -268,6 +273,57 @@ void TestTalkControl::noAnswer()
     QTRY_COMPARE(m_talk->phase(), TalkControl::Idle);
     QCOMPARE(m_talk->problem(), QString("The server did not answer in time."));
     QCOMPARE(state("camera:gate"), TargetModel::Failed);
+}
+
+/** A device may take its time to open, as long as a server may wait for it. */
+void TestTalkControl::slowDevices()
+{
+    m_watch->setTalkOpeningTime(Limits::maxTalkOpeningTime);
+    QSignalSpy timedOut(m_watch.get(), &RequestTimeouts::timedOut);
+    m_targets->choose("speaker:1", true);
+    m_targets->choose("camera:gate", true);
+    const auto waitLongerThanForARecord = [&] {
+        timedOut.clear();
+        m_plugin->getNetworkAudioGroup(); // nobody answers that
+        QVERIFY(timedOut.wait());
+    };
+    m_talk->start();
+    waitLongerThanForARecord();
+    QCOMPARE(m_talk->phase(), TalkControl::Asking);
+    QCOMPARE(state("camera:gate"), TargetModel::Asked);
+    m_link->answer("StartTalk", QVariantMap{{"camId", "gate"}, {"talkToken", "token"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Talking);
+    waitLongerThanForARecord();
+    QCOMPARE(state("speaker:1"), TargetModel::Asked);
+    answerSpeaker(1);
+    QCOMPARE(m_talk->partners(), QString("Gate, Speaker 1"));
+    QVERIFY(m_talk->problem().isEmpty());
+    m_talk->stop();
+
+    QVERIFY(m_talk->test(2));
+    waitLongerThanForARecord();
+    QCOMPARE(m_talk->testing(), 2);
+    QSignalSpy tested(m_talk.get(), &TalkControl::tested);
+    answerSpeaker(2);
+    QCOMPARE(tested.size(), 1);
+    QVERIFY(tested[0][1].toBool());
+    QCOMPARE(m_talk->testing(), 0);
+}
+
+/** What is asked again counts, not the refusal of what was given up. */
+void TestTalkControl::lateRefusalOfTheSameSpeaker()
+{
+    m_targets->choose("speaker:1", true);
+    m_talk->start();
+    const int first = m_link->sent.lastIndexOf("StartTalkToIPAudio");
+    m_talk->stop();
+    m_talk->start();
+    m_link->answerAt(first, QVariantMap{{"deviceID", 1}, {"talkToken", ""}, {"error", "asleep"}});
+    QCOMPARE(m_talk->phase(), TalkControl::Asking);
+    QVERIFY(m_talk->problem().isEmpty());
+    answerSpeaker(1);
+    QCOMPARE(m_talk->partners(), QString("Speaker 1"));
+    QTRY_VERIFY(!m_packets.isEmpty()); // a refusal has stopped the microphone meanwhile
 }
 
 void TestTalkControl::lateAnswerIsClosed()
@@ -745,6 +801,31 @@ void TestTalkControl::testOfASpeaker()
 
     openCamera();
     QVERIFY(!m_talk->test(1)); // its end would end the talk
+}
+
+void TestTalkControl::cancelledTest()
+{
+    QSignalSpy tested(m_talk.get(), &TalkControl::tested);
+    QVERIFY(m_talk->test(2));
+    QCOMPARE(m_talk->testing(), 2);
+    m_talk->cancelTest();
+    QCOMPARE(m_talk->testing(), 0);
+    m_talk->cancelTest();
+    answerSpeaker(2); // after all
+    QVERIFY(!talking());
+    QCOMPARE(m_link->sent.last(), QString("StopTalk"));
+    QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    QCOMPARE(tested.size(), 0);
+
+    QVERIFY(m_talk->test(3));
+    const int first = m_link->sent.lastIndexOf("StartTalkToIPAudio");
+    m_talk->cancelTest();
+    QVERIFY(m_talk->test(3));
+    m_link->answerAt(first, QVariantMap{{"deviceID", 3}, {"talkToken", ""}, {"error", "asleep"}});
+    QCOMPARE(m_talk->testing(), 3); // the answer to this test is still to come
+    answerSpeaker(3);
+    QCOMPARE(tested.size(), 1);
+    QVERIFY(tested[0][1].toBool());
 }
 
 void TestTalkControl::silentMicrophone()

@@ -174,6 +174,7 @@ void TestProtocolDocument::limits()
         LIMIT(maxTargetsLength),
         LIMIT(maxTalkDataLength),
         LIMIT(maxTalksPerSession),
+        LIMIT(maxTalkOpeningTime),
         LIMIT(maxShortPayload),
         LIMIT(maxNesting),
         LIMIT(maxLoginBytes),
