@@ -15,13 +15,13 @@ std::optional<PacketDump> PacketDump::parse(const QByteArray& bytes, QString* er
     int position = 0;
     while (position < bytes.size()) {
         if (bytes.size() - position < lengthSize) {
-            *error = QStringLiteral("the record at byte %1 ends inside of its length").arg(position);
+            *error = QStringLiteral("the dump ends in the length of the record at byte %1").arg(position);
             return std::nullopt;
         }
         const auto length = qFromLittleEndian<quint32>(bytes.constData() + position);
         const int left = bytes.size() - position - lengthSize;
         if (length > static_cast<quint32>(left)) {
-            *error = QStringLiteral("the record at byte %1 announces %2 bytes, but %3 follow")
+            *error = QStringLiteral("the record at byte %1 is %2 bytes long, but only %3 follow")
                          .arg(position)
                          .arg(length)
                          .arg(left);

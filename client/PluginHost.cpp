@@ -4,6 +4,7 @@
 #include "platform/PluginBase.h"
 #include "protocol/EventTable.h"
 #include "protocol/Words.h"
+#include "src/vocabulary/RuntimeLibrary.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -11,11 +12,7 @@
 
 namespace {
 
-#ifdef Q_OS_WIN
-const QString libraryName = QStringLiteral("VoiceDesk.dll");
-#else
-const QString libraryName = QStringLiteral("libVoiceDesk.so");
-#endif
+const QString libraryName = QStringLiteral(RUNTIME_LIBRARY_NAME("VoiceDesk"));
 
 QString findLibrary()
 {
@@ -33,7 +30,8 @@ QString findLibrary()
 
 PluginHost::PluginHost(ServerLink& link) : m_link(link)
 {
-    // The plug-in is not told: it has no time-outs, and a lost reply leaves its front end without a signal.
+    // The plug-in is not notified: it has no time-outs, and a lost reply leaves its front end without a
+    // signal.
     connect(&m_link, &ServerLink::disconnected, this, [this] { m_requests.clear(); });
     connect(&m_link, &ServerLink::connected, this, [this] {
         m_requests.clear(); // of a link that was exchanged

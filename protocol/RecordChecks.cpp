@@ -35,7 +35,7 @@ Refusal address(const QString& address)
     // QHostAddress also takes "1" for 0.0.0.1, which nobody means.
     if (!valid || (numeric && address.count(QLatin1Char('.')) != 3)) {
         return refusal(ReturnCode::badAddress,
-                       QStringLiteral("\"%1\" is no address").arg(address.left(Limits::maxNameLength)));
+                       QStringLiteral("\"%1\" is not an address").arg(address.left(Limits::maxNameLength)));
     }
     return std::nullopt;
 }

@@ -77,7 +77,7 @@ QDateTime ScheduleRule::runOn(const QDate& day, const QTimeZone& zone) const
         // A time that comes twice: one hour earlier may read the same on the clock.
         const QTimeZone::OffsetData change = zone.previousTransition(run);
         if (!change.atUtc.isValid()) {
-            return run; // before the zone's first change, whose offsets are no numbers of seconds
+            return run; // before the zone's first change, whose offsets are not valid
         }
         const QDateTime before =
             run.addSecs(change.offsetFromUtc - zone.offsetFromUtc(change.atUtc.addSecs(-1))).toTimeZone(zone);

@@ -57,9 +57,13 @@ FrameSmithWrapper::FrameSmithWrapper()
     QMetaType::registerNormalizedTypedef("DWORD", dwordMetaType);
     // A library that does not come up is not an error here: every later call reports it by its code.
     Initial();
-    const FrameSmithChannelOptions options{
-        7, StreamType::G711MuLaw, captureSampleRate, captureChannels, 1, samplesPerFrame,
-    };
+    FrameSmithChannelOptions options{};
+    options.constant0 = 7;
+    options.streamType = StreamType::G711MuLaw;
+    options.sampleRate = captureSampleRate;
+    options.channels = captureChannels;
+    options.constant16 = 1;
+    options.samplesPerFrame = samplesPerFrame;
     FrameSmith_CreateChannel(m_library, &m_packetChannel, &options);
     m_waveReader = std::make_unique<WaveReaderState>();
 }

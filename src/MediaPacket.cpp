@@ -41,6 +41,10 @@ std::int32_t releaseReference(TMediaDataPacketInfo* packet)
 
 constexpr MediaPacketRefOps refOps{addReference, releaseReference};
 
+// The capture library allocates so, too: its fixed part is larger than the header and the record need.
+constexpr std::size_t fixedSize = 311;
+constexpr std::size_t slack = 31;
+
 } // namespace
 
 void intrusive_ptr_add_ref(_TMediaDataPacketInfoV3* packet)
@@ -58,7 +62,7 @@ MediaPacketPtr makeMediaPacket(const TMediaDataPacketInfo& record)
     const std::size_t extraSize = record.ExtraData != nullptr ? record.ExtraDataSize : 0;
     const std::size_t itemsSize = record.Items != nullptr ? record.ItemCount * itemSize : 0;
     const std::size_t contents = std::size_t{record.Offset} + record.BitstreamSize + extraSize + itemsSize;
-    const std::size_t blockSize = (311 + contents + 31) / alignment * alignment;
+    const std::size_t blockSize = (fixedSize + contents + slack) / alignment * alignment;
 
     void* block = std::malloc(blockSize);
     if (block == nullptr) {

@@ -17,7 +17,7 @@ QVariantList PluginVoiceDesk::toList(const QString& text)
     QVariantList list;
     const QStringList pieces = text.split(QLatin1Char(','), Qt::SkipEmptyParts, Qt::CaseSensitive);
     for (const QString& piece : pieces) {
-        list.append(piece.toInt(nullptr, 10)); // deliberate: what is no number stays in the list as 0
+        list.append(piece.toInt(nullptr, 10)); // deliberate: a piece that is not a number becomes 0
     }
     return list;
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-/** Some file systems find out here that there is no room. */
+/** Some file systems report here that the disk is full. */
 bool sync(QSaveFile& file, QString* reason)
 {
 #ifdef _WIN32

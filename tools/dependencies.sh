@@ -1,6 +1,6 @@
 # What run and test install with apt; sourced by them.
 
-# The sound plug-in, the media back end that tells how long a file is (WAV, MP3 and AAC), and what the window
+# The sound plug-in, the media back end that measures how long a file is (WAV, MP3 and AAC), and what the window
 # is made of.
 runtime_packages=(
     libqt5multimedia5-plugins libqt5sql5-sqlite
@@ -51,7 +51,7 @@ install_packages() {
     ((${#missing[@]})) || return 0
     echo "== Installing ${missing[*]}"
     command -v apt-get >/dev/null || {
-        echo "This is no Debian system. Install by hand: ${missing[*]}" >&2
+        echo "This is not a Debian system. Install by hand: ${missing[*]}" >&2
         return 1
     }
     local sudo=()

@@ -16,7 +16,7 @@ bool isUploadable(const QString& path)
     if (QFileInfo(path).isFile()) {
         return true;
     }
-    PluginSession::fail(ExitUsage, QStringLiteral("%1 is no file").arg(path));
+    PluginSession::fail(ExitUsage, QStringLiteral("%1 is not a file").arg(path));
     return false;
 }
 

@@ -70,12 +70,12 @@ int serve(const CommandArguments& arguments)
             return PluginSession::fail(ExitServerFailed, error);
         }
     }
-    SocketServer door(server, config, certificate ? &*certificate : nullptr);
-    if (!door.listen()) {
-        return PluginSession::fail(ExitServerFailed,
-                                   QStringLiteral("cannot listen at %1: %2").arg(listen, door.errorString()));
+    SocketServer sockets(server, config, certificate ? &*certificate : nullptr);
+    if (!sockets.listen()) {
+        return PluginSession::fail(
+            ExitServerFailed, QStringLiteral("cannot listen at %1: %2").arg(listen, sockets.errorString()));
     }
-    std::printf("serving at %s\n", qUtf8Printable(door.url().toString()));
+    std::printf("serving at %s\n", qUtf8Printable(sockets.url().toString()));
     if (certificate) {
         std::printf("certificate %s\n",
                     qUtf8Printable(ServerCertificate::fingerprint(certificate->certificate)));

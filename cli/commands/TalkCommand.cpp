@@ -25,7 +25,7 @@ constexpr int loudestVolume = 100;
 constexpr double echoTail = 1.0;      // s; lets the last of an echo be heard
 constexpr int recorderTimeout = 5000; // ms
 
-// What the server inside this program is told of its cameras; another server has its own.
+// The cameras of the server inside this program are set up by these; another server has its own.
 constexpr const char* simulationOptions[] = {"speech", "codec", "echo-delay"};
 
 /** Sets the simulated cameras up; false, and an error printed, for options that make no sense. */

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t maxSamples = 600U * OutputRecorder::sampleRate; // ten minutes
 
-/** Whether an input gives back what an output plays; sound servers tell so by its name. */
+/** Returns whether an input records what an output plays; sound servers show that in its name. */
 bool isMonitor(const QString& input, const QString& output)
 {
     return !output.isEmpty() && (input == output + QLatin1String(".monitor") ||   // PulseAudio
@@ -77,7 +77,7 @@ void OutputRecorder::read()
     m_sound.samples.resize(before + count);
     std::memcpy(m_sound.samples.data() + before, bytes.constData(), count * sizeof(std::int16_t));
     m_partial = bytes.mid(static_cast<int>(count * sizeof(std::int16_t)));
-    // Sound comes in late by what it waited; the least late piece tells best when the first sample was.
+    // Pieces arrive with varying delays; the one with the smallest gives the time of the first sample best.
     const double start = SteadyClock::now() - static_cast<double>(before + count) / sampleRate;
     m_sound.startTime = before == 0 ? start : std::min(m_sound.startTime, start);
     if (before == 0) {

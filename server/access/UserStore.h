@@ -11,7 +11,7 @@
 class UserStore
 {
 public:
-    /** Makes a book without users: every login is refused. */
+    /** Makes a store without users: every login is refused. */
     UserStore() = default;
 
     /** Adds the users of a file; a missing file has none. Returns false when it cannot be read. */

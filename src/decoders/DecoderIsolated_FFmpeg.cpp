@@ -1,4 +1,4 @@
-// Opening, feeding and ending the codec. Audio and pictures stand in files of their own.
+// Opening, feeding and ending the codec. Audio and pictures have files of their own.
 
 #include "src/decoders/DecoderIsolated_FFmpeg.h"
 
@@ -88,7 +88,7 @@ std::int64_t DecoderIsolated_FFmpeg::pcmSize(const Frame& frame)
 std::int32_t DecoderIsolated_FFmpeg::sendAndCollect(const EncodedChunk& chunk, std::int64_t maxPcm)
 {
     if (chunk.data == nullptr || chunk.size > maxChunkSize) {
-        return 1; // null data would tell the codec that the stream is over
+        return 1; // null data would mean the end of the stream to the codec
     }
     AVPacket packet;
     av_init_packet(&packet);

@@ -73,7 +73,7 @@ std::int32_t G726Tandem::expand(std::int32_t law, std::int32_t byte)
 
 std::int32_t G726Tandem::nextLower(std::int32_t law, std::int32_t byte)
 {
-    // Both zeros of mu-law stand for the same signal: a step from one of them passes over the other.
+    // Both zeros of mu-law are the same signal: a step from one of them passes over the other.
     const std::int32_t step = law == G726MuLaw && byte == 0xFF ? 2 : 1;
     return byteOf(law, std::max(rankOf(law, byte) - step, 0));
 }

@@ -18,7 +18,7 @@ void forEachNumber(const QString& text, Function function)
     for (int i = begin; i < text.size(); ++i) {
         const ushort character = text.at(i).unicode();
         if (character < '0' || character > '9') {
-            return; // other digits are no digits of an id
+            return; // an id has no other characters
         }
         magnitude = magnitude * 10 + (character - '0');
         const qint64 number = negative ? -magnitude : magnitude;

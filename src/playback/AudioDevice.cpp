@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint32_t fallbackFrameTime = 23; // ms
 constexpr std::int32_t ringTime = 500;          // ms
 
-/** Duration of a packet in ms, modulo 2^32; 0 where it can't be told. */
+/** Duration of a packet in ms, modulo 2^32; 0 where it is unknown. */
 std::uint32_t frameTime(const _TMediaDataPacketInfoV3& packet)
 {
     const Codec* codec = Codec::byType(packet.StreamType);

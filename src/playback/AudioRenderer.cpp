@@ -14,7 +14,11 @@
 
 namespace {
 
-constexpr int sampleFormatS16 = 1; // numbering of SwrConverter
+// Numbering of SwrConverter.
+constexpr int sampleFormatU8 = 0;
+constexpr int sampleFormatS16 = 1;
+constexpr int sampleFormatS32 = 2;
+constexpr int sampleFormatFloat = 3;
 
 // Hz. Below it, 20 ms hold no frame: Qt's PulseAudio plug-in divides by the frames of such a period, and Qt
 // itself by a rate of 0 where it looks for the nearest format. Both end the process.
@@ -43,11 +47,11 @@ int sampleFormatOf(const QAudioFormat& format)
         if (littleEndian && format.sampleSize() == 16) {
             return sampleFormatS16;
         }
-        return littleEndian && format.sampleSize() == 32 ? 2 : -1;
+        return littleEndian && format.sampleSize() == 32 ? sampleFormatS32 : -1;
     case QAudioFormat::UnSignedInt:
-        return format.sampleSize() == 8 ? 0 : -1;
+        return format.sampleSize() == 8 ? sampleFormatU8 : -1;
     case QAudioFormat::Float:
-        return littleEndian && format.sampleSize() == 32 ? 3 : -1;
+        return littleEndian && format.sampleSize() == 32 ? sampleFormatFloat : -1;
     default:
         return -1;
     }

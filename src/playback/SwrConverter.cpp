@@ -9,6 +9,7 @@
 #include <utility>
 
 extern "C" {
+#include <libavutil/channel_layout.h>
 #include <libavutil/samplefmt.h>
 #include <libswresample/swresample.h>
 }
@@ -21,8 +22,18 @@ constexpr int maxRate = 768000; // Hz
 
 constexpr std::array<int, 4> bytesPerSample{1, 2, 4, 4}; // by sample format
 
-// FFmpeg's channel layouts by channel count: mono, stereo, 2.1, 4.0, 5.0 (back), 5.1 (back), 6.1, 7.1.
-constexpr std::array<std::int64_t, 9> channelLayouts{0, 4, 3, 11, 263, 55, 63, 1807, 1599};
+// By channel count.
+constexpr std::array<std::int64_t, 9> channelLayouts{
+    0,
+    AV_CH_LAYOUT_MONO,
+    AV_CH_LAYOUT_STEREO,
+    AV_CH_LAYOUT_2POINT1,
+    AV_CH_LAYOUT_4POINT0,
+    AV_CH_LAYOUT_5POINT0_BACK,
+    AV_CH_LAYOUT_5POINT1_BACK,
+    AV_CH_LAYOUT_6POINT1,
+    AV_CH_LAYOUT_7POINT1,
+};
 
 bool isFormat(int format)
 {
@@ -92,7 +103,7 @@ int SwrConverter::ConvertInPlace(std::uint8_t* block, int size)
     const std::int64_t outFrameSize = std::int64_t{m_outChannels} * m_outBytesPerSample;
     const std::int64_t outRoom = pcmBlockSize / outFrameSize;
     const std::int64_t delay = swr_get_delay(m_context, m_inRate);
-    // The most input whose output, reckoned as below, fits the block.
+    // The most input whose output, computed as below, fits the block.
     const std::int64_t inRoom = (outRoom * m_inRate - (m_inRate - 1)) / m_outRate - delay;
     const std::int64_t inSamples =
         std::clamp<std::int64_t>(std::min(size, pcmBlockSize) / m_inBytesPerSample / m_inChannels, 0,

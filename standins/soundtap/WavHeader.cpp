@@ -18,7 +18,7 @@ constexpr std::size_t formatSize = 16;
 constexpr std::size_t extensibleFormatSize = 40;
 constexpr int maxChunks = 10000;
 
-// The last 14 bytes of the sub-format of an extensible file; the format's number stands in front.
+// The last 14 bytes of the sub-format of an extensible file; the format's number comes before them.
 constexpr std::array<std::uint8_t, 14> subFormatTail{0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80,
                                                      0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
 

@@ -80,7 +80,7 @@ public:
     }
 
 private:
-    // print is not told the module and level; the check before it, on the same thread, was.
+    // print does not get the module and level; the check before it, on the same thread, did.
     static thread_local unsigned t_selector;
 
     std::mutex m_mutex;

@@ -49,7 +49,7 @@ private:
     static void serverRows()
     {
         QTest::addColumn<QString>("server");
-        QTest::newRow("inside of the program") << "";
+        QTest::newRow("inside the program") << "";
         QTest::newRow("another process") << "ws";
         QTest::newRow("another process, with TLS") << "wss";
     }

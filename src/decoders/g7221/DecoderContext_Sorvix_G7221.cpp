@@ -21,7 +21,7 @@ std::int32_t DecoderContext_Sorvix_G7221::DecodeAudio(std::uint8_t* pcm, std::ui
                                                       const EncodedChunk* chunk)
 {
     if (chunk->frames == 0) {
-        return SpeechFailure; // nothing could be told of the frames' size
+        return SpeechFailure; // the size of the frames would be unknown
     }
     const std::uint32_t frameBytes = chunk->size / chunk->frames;
     std::int64_t remaining = chunk->size;
@@ -68,7 +68,7 @@ DecoderContext* CreateDecoderSorvixG7221()
 {
     SpeechEngineOptions options{};
     options.g7221.type = SpeechTypeWord::G7221;
-    options.g7221.fields = 16;
+    options.g7221.fields = 16; // deliberate, though the engine does not read it
     options.g7221.bitRate = 24000;
     G7221State* engine = nullptr;
     if (G7221_Create(&engine, &options) < 0) {

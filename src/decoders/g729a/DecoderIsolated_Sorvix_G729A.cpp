@@ -18,7 +18,7 @@ std::int32_t DecoderIsolated_Sorvix_G729A::DecodeAudio(std::uint8_t* pcm, std::u
                                                        const EncodedChunk* chunk)
 {
     if (chunk->frames == 0) {
-        return SpeechFailure; // nothing could be told of the frames' size
+        return SpeechFailure; // the size of the frames would be unknown
     }
     const std::uint32_t frameBytes = chunk->size / chunk->frames;
     std::int64_t remaining = chunk->size;

@@ -162,20 +162,20 @@ void startHistory(G729AState& state)
             state.noiseFg[0][k][j] = fg[0][k][j];
             state.noiseFg[1][k][j] = wrap16((39320 * fg[0][k][j] + 26214 * fg[1][k][j]) >> 16); // 0.6, 0.4
         }
-        state.pastQuaEn[k] = -14336;
+        state.pastQuaEn[k] = -14336; // -14 dB, Q10 (G.729, clause 3.9.1)
         std::copy_n(freqPrevReset, G729AOrder, state.freqPrev[k]);
     }
     G729ANoiseTable::fill(state);
     std::copy_n(freqPrevReset, G729AOrder, state.prevLsf);
     std::copy_n(firstLsp, G729AOrder, state.lspOld);
-    state.seedFer = 21845;
+    state.seedFer = 21845; // G.729, clause 4.4.4
     state.pastFtyp = G729ASpeech;
     state.shSidSav = 1;
-    state.sharp = 3277;
-    state.oldT0 = 60;
+    state.sharp = G729AMinSharp;
+    state.oldT0 = 60; // samples
     state.exc = state.oldExc + G729AExcitationPast;
     if (state.postFilterOn != 0) {
-        state.postFilterState->pastGain = 4096;
+        state.postFilterState->pastGain = 4096; // 1, Q12
     }
     std::copy_n(freqPrevReset, G729AOrder, state.noiseState->lspSid); // deliberate: LSF where LSP are due
     state.noiseState->sidGain = 2;

@@ -16,15 +16,16 @@
 #include "src/decoders/GBEngine.h"
 #include "src/decoders/SpeechEngine.h"
 
-inline constexpr int G729AFrameSamples = 80;    ///< Samples of a frame.
-inline constexpr int G729ASubframeSamples = 40; ///< Samples of a subframe.
-inline constexpr int G729ASubframes = 2;        ///< Subframes of a frame.
-inline constexpr int G729AOrder = 10;           ///< Order of the linear prediction.
-inline constexpr int G729APredictors = 4;       ///< Rows of the moving average over LSF and over gains.
-inline constexpr int G729AExcitationPast = 156; ///< Two more than the longest lag and its filter need.
-inline constexpr int G729ANoiseWords = 966;     ///< Random words of a frame of noise.
-inline constexpr int G729AParameters = 11;      ///< Parameters of a frame.
-inline constexpr int G729AResidualPast = 144;   ///< Past samples of the post-filter's residual.
+inline constexpr int G729AFrameSamples = 80;        ///< Samples of a frame.
+inline constexpr int G729ASubframeSamples = 40;     ///< Samples of a subframe.
+inline constexpr int G729ASubframes = 2;            ///< Subframes of a frame.
+inline constexpr int G729AOrder = 10;               ///< Order of the linear prediction.
+inline constexpr int G729APredictors = 4;           ///< Rows of the moving average over LSF and over gains.
+inline constexpr int G729AExcitationPast = 156;     ///< Two more than the longest lag and its filter need.
+inline constexpr int G729ANoiseWords = 966;         ///< Random words of a frame of noise.
+inline constexpr std::int16_t G729AMinSharp = 3277; ///< Least pitch sharpening, 0.2, Q14.
+inline constexpr int G729AParameters = 11;          ///< Parameters of a frame.
+inline constexpr int G729AResidualPast = 144;       ///< Past samples of the post-filter's residual.
 
 /** The way in which a frame is decoded. */
 enum G729AFrameType : std::int16_t

@@ -16,8 +16,7 @@ namespace {
 
 constexpr std::int16_t noiseSeed = 11111; // Annex B
 constexpr std::int16_t maxLag = 143;
-constexpr std::int16_t leastSharp = 3277; // 0.2, Q14
-constexpr std::int16_t maxSharp = 13017;  // 0.7945, Q14
+constexpr std::int16_t maxSharp = 13017; // 0.7945, Q14
 
 void decodeFilters(G729AState& state, G729AFrameModel& model)
 {
@@ -76,7 +75,7 @@ void decodeGains(G729AState& state, int subframe, const std::int16_t* code)
         G729AGains::decode(state, state.parm[G729AFrameBits::Gain1 + subframe * G729AFrameBits::PerSubframe],
                            code);
     }
-    state.sharp = std::clamp(state.gainPitch, leastSharp, maxSharp);
+    state.sharp = std::clamp(state.gainPitch, G729AMinSharp, maxSharp);
 }
 
 void mixExcitation(const G729AState& state, const std::int16_t* code, std::int16_t* exc)

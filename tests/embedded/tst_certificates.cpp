@@ -1,0 +1,116 @@
+// The server's certificate and key, and the clients that check it.
+
+#include "server/access/ServerCertificate.h"
+#include "tests/embedded/SocketHarness.h"
+#include "tests/support/FileReaders.h"
+#include "tests/support/FullDisk.h"
+
+using namespace SocketHarness;
+
+class TestCertificates : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void certificateIsMadeOnce();
+    void certificateOnAFullDisk();
+    void keyAloneGetsACertificate();
+    void tlsWithAFingerprint();
+    void tlsWithAnotherFingerprint();
+
+private:
+    QTemporaryDir m_folder;
+};
+
+void TestCertificates::certificateIsMadeOnce()
+{
+    QString error;
+    const QString folder = m_folder.filePath("tls");
+    const auto first = ServerCertificate::loadOrCreate(folder, &error);
+    QVERIFY2(first, qPrintable(error));
+    const auto second = ServerCertificate::loadOrCreate(folder, &error);
+    QVERIFY(second);
+    QCOMPARE(first->certificate, second->certificate);
+    QVERIFY(first->certificate.expiryDate() > QDateTime::currentDateTime().addYears(5));
+    QVERIFY(FileReaders::isPrivate(folder + "/server.key"));
+    QFile broken(folder + "/server.key");
+    QVERIFY(broken.open(QIODevice::WriteOnly));
+    broken.write("x");
+    broken.close();
+    QVERIFY(!ServerCertificate::loadOrCreate(folder, &error));
+    QVERIFY(error.contains("server.key"));
+}
+
+void TestCertificates::certificateOnAFullDisk()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Needs a limit of a file's size.");
+    }
+    const QString folder = m_folder.filePath("full");
+    for (const unsigned long room : {0UL, 300UL}) { // none; for the key, which is shorter, alone
+        const FullDisk disk(room);
+        QString error;
+        QVERIFY(!ServerCertificate::loadOrCreate(folder, &error));
+        QVERIFY2(error.contains(folder + (room == 0 ? "/server.key cannot" : "/server.crt cannot")),
+                 qPrintable(error));
+        QCOMPARE(QDir(folder).entryList(QDir::Files), room == 0 ? QStringList() : QStringList("server.key"));
+    }
+    QString error;
+    QVERIFY2(ServerCertificate::loadOrCreate(folder, &error), qPrintable(error));
+}
+
+void TestCertificates::keyAloneGetsACertificate()
+{
+    const QString folder = m_folder.filePath("key alone");
+    QString error;
+    const auto first = ServerCertificate::loadOrCreate(folder, &error);
+    QVERIFY2(first, qPrintable(error));
+    QVERIFY(QFile::remove(folder + "/server.crt"));
+    const auto second = ServerCertificate::loadOrCreate(folder, &error);
+    QVERIFY2(second, qPrintable(error));
+    QVERIFY(second->key == first->key);
+    QVERIFY(second->certificate.publicKey() == first->certificate.publicKey());
+    QVERIFY(second->certificate.serialNumber() != first->certificate.serialNumber());
+    QVERIFY(QFile::remove(folder + "/server.crt"));
+    QFile broken(folder + "/server.key");
+    QVERIFY(broken.open(QIODevice::WriteOnly));
+    broken.write("x");
+    broken.close();
+    QVERIFY(!ServerCertificate::loadOrCreate(folder, &error));
+    QVERIFY(error.contains("server.key"));
+    QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList("server.key")); // whatever it is, it stays
+}
+
+void TestCertificates::tlsWithAFingerprint()
+{
+    ServerHarness harness;
+    QString error;
+    const auto certificate = ServerCertificate::loadOrCreate(m_folder.filePath("tls2"), &error);
+    QVERIFY2(certificate, qPrintable(error));
+    SocketServer server(*harness.server, config(), &*certificate);
+    QVERIFY(server.listen());
+    QCOMPARE(server.url().scheme(), QString("wss"));
+    SocketLinkConfig pinned = to(server);
+    pinned.fingerprint = ServerCertificate::fingerprint(certificate->certificate);
+    OpenedLink link(pinned);
+    QVERIFY(link.isUp());
+}
+
+void TestCertificates::tlsWithAnotherFingerprint()
+{
+    ServerHarness harness;
+    QString error;
+    const auto certificate = ServerCertificate::loadOrCreate(m_folder.filePath("tls3"), &error);
+    SocketServer server(*harness.server, config(), &*certificate);
+    QVERIFY(server.listen());
+    for (const QString& fingerprint : {QString(), QString(64, '0')}) {
+        SocketLinkConfig pinned = to(server);
+        pinned.fingerprint = fingerprint;
+        OpenedLink link(pinned);
+        QVERIFY(waitFor([&] { return !link.lost.isEmpty(); }));
+        QVERIFY(link.connected.isEmpty());
+    }
+}
+
+QTEST_GUILESS_MAIN(TestCertificates)
+#include "tst_certificates.moc"
