@@ -29,6 +29,7 @@ MAX_FILES = 4
 HEAD = "| File | What it gets | Noticed by |"
 NAME = "toy"  # of the examples
 SCRIPT_LIMIT = 300  # seconds
+BUILD_LIMIT = 3600  # seconds
 
 spec = importlib.util.spec_from_file_location("mutants", HERE.parent / "mutants/run.py")
 mutants = importlib.util.module_from_spec(spec)
@@ -212,6 +213,11 @@ class Tree(mutants.Tree):
             if Path(folder) != self.copy and not os.listdir(folder):
                 os.rmdir(folder)
         self.configured = False
+
+    def compile(self, targets):
+        """Builds targets, at first all that they need. Returns whether that worked, and what the compiler says."""
+        status, output = mutants.run(["ninja", *targets], BUILD_LIMIT, self.build)
+        return status == 0, output
 
     def fails(self, check):
         """Runs a script or a test of the copy. Returns why it failed, or None."""
