@@ -265,8 +265,9 @@ def follow(tree, recipe):
                     if not (row.has(name) if row.is_new else name in row.paths)})
         for check in row.checks:
             failure = tree.fails(check)
-            what = f"{recipe.title} without {', '.join(row.paths)} ({check})"
-            print(f"{'noticed    ' if failure else 'NOT NOTICED'} {what}", flush=True)
+            what = f"{recipe.title} without {', '.join(row.paths)} ({check}"
+            how = ": " + failure.split("\n", 1)[0] if failure else ""
+            print(f"{'noticed    ' if failure else 'NOT NOTICED'} {what}{how})", flush=True)
             not_noticed += failure is None
     return not_noticed
 
