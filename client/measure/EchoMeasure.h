@@ -21,7 +21,7 @@ struct EchoMeasure
      * @param captured the captured speech, mono
      * @param received the recorded output, mono, at the same rate, with times of the same clock
      * @param maxDelay the longest delay that is searched, seconds
-     * @return empty when no piece was found, or nothing was captured
+     * @return empty when no piece was found, or there is no speech
      */
     static std::optional<EchoMeasure> between(const TimedSound& captured, const TimedSound& received,
                                               double maxDelay);
