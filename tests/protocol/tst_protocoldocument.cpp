@@ -20,6 +20,7 @@ private Q_SLOTS:
     void events();
     void returnCodes();
     void limits();
+    void streamTypes();
 
 private:
     /** The rows of all tables of the document that have a head, in its order. */
@@ -202,6 +203,26 @@ void TestProtocolDocument::limits()
         actual.append(row.section('|', 0, 2));
     }
     actual.sort();
+    compare(actual, expected);
+    QCOMPARE(actual, expected);
+}
+
+void TestProtocolDocument::streamTypes()
+{
+    QStringList expected;
+    auto types =
+        QRegularExpression("uint32_t \\w+ = (\\d+);").globalMatch(read("src/vocabulary/StreamType.h"));
+    while (types.hasNext()) {
+        expected.append(types.next().captured(1));
+    }
+    QVERIFY(expected.size() > 1);
+    QStringList actual;
+    for (const QString& row :
+         rows("| \"StreamType\" | Codec | Bitstream of the reference server's cameras |")) {
+        actual.append(row.section('|', 1, 1).trimmed());
+    }
+    actual.sort();
+    expected.sort();
     compare(actual, expected);
     QCOMPARE(actual, expected);
 }

@@ -29,6 +29,7 @@ MAX_FILES = 4
 HEAD = "| File | What it gets | Noticed by |"
 NAME = "toy"  # of the examples
 SCRIPT_LIMIT = 300  # seconds
+BUILD_LIMIT = 3600  # seconds
 
 spec = importlib.util.spec_from_file_location("mutants", HERE.parent / "mutants/run.py")
 mutants = importlib.util.module_from_spec(spec)
@@ -213,6 +214,11 @@ class Tree(mutants.Tree):
                 os.rmdir(folder)
         self.configured = False
 
+    def compile(self, targets):
+        """Builds targets, at first all that they need. Returns whether that worked, and what the compiler says."""
+        status, output = mutants.run(["ninja", *targets], BUILD_LIMIT, self.build)
+        return status == 0, output
+
     def fails(self, check):
         """Runs a script or a test of the copy. Returns why it failed, or None."""
         name, *arguments = check.replace("NAME", NAME).split()
@@ -259,8 +265,9 @@ def follow(tree, recipe):
                     if not (row.has(name) if row.is_new else name in row.paths)})
         for check in row.checks:
             failure = tree.fails(check)
-            what = f"{recipe.title} without {', '.join(row.paths)} ({check})"
-            print(f"{'noticed    ' if failure else 'NOT NOTICED'} {what}", flush=True)
+            what = f"{recipe.title} without {', '.join(row.paths)} ({check}"
+            how = ": " + failure.split("\n", 1)[0] if failure else ""
+            print(f"{'noticed    ' if failure else 'NOT NOTICED'} {what}{how})", flush=True)
             not_noticed += failure is None
     return not_noticed
 

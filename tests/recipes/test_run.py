@@ -72,15 +72,15 @@ class Recipes(unittest.TestCase):
         self.assertEqual(self.run_on("--check"), (0, ""))
         status, output = self.run_on()
         self.assertEqual(status, 0, output)
-        self.assertIn("noticed     A word without words/NAME.txt (check.sh)", output)
-        self.assertIn("noticed     A word without list.txt (check.sh)", output)
+        self.assertIn("noticed     A word without words/NAME.txt (check.sh: status 1)", output)
+        self.assertIn("noticed     A word without list.txt (check.sh: status 1)", output)
         self.assertIn("1 recipes: 0 files whose lack nothing noticed, 0 errors", output)
 
     def test_not_noticed(self):
         status, output = self.run_on(check=CHECK.replace("|| exit 1; done\ngrep", "; done\ngrep"))
         self.assertEqual(status, 1, output)
         self.assertIn("NOT NOTICED A word without list.txt (check.sh)", output)
-        self.assertIn("noticed     A word without words/NAME.txt (check.sh)", output)
+        self.assertIn("noticed     A word without words/NAME.txt (check.sh: status 1)", output)
 
     def test_example_that_fails(self):
         status, output = self.run_on(check="#!/bin/sh\necho broken; exit 1\n")
