@@ -15,6 +15,7 @@ private Q_SLOTS:
     void refusals_data();
     void refusals();
     void areTalkedTo();
+    void latestRecordingsAreKnown();
     void surviveARestart();
     void ofAnUnknownKindAreKept();
     void openTalkOutlivesItsRecord();
@@ -139,6 +140,20 @@ void TestCameras::areTalkedTo()
     QCOMPARE(reply.returnCode, ReturnCode::success);
     QCOMPARE(reply.result.toMap()["camId"], QVariant("1"));
     QCOMPARE(harness.simulated.recordings->talks.size(), 1);
+}
+
+void TestCameras::latestRecordingsAreKnown()
+{
+    ServerHarness harness;
+    harness.ask("AddCamera", camera("Gate"));
+    QStringList& talks = harness.simulated.recordings->talks;
+    for (int i = 0; i < 1000; ++i) {
+        talks.append(QString::number(i));
+    }
+    harness.ask("StartTalk", QVariantMap{{"camId", "1"}});
+    QCOMPARE(talks.size(), 1000);
+    QCOMPARE(talks.front(), QString("1"));
+    QVERIFY2(QFile::exists(talks.back()), qPrintable(talks.back()));
 }
 
 void TestCameras::surviveARestart()
