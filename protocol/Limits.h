@@ -9,10 +9,19 @@ namespace Limits {
 inline constexpr int maxNameLength = 128; ///< Characters of a device's, group's, schedule's or file's name.
 inline constexpr int maxCredentialLength = 256; ///< Characters of a device's user name, and of its password.
 inline constexpr int maxPort = 65535;           ///< Port number of a device.
+inline constexpr int maxAddressLength = 253;    ///< Characters of an address, as of a host name in RFC 1123.
 inline constexpr int maxListEntries = 10000;    ///< Ids or cameras in one list of a record.
 inline constexpr int maxSettingsBytes = 65536;  ///< Bytes of a schedule's settings as JSON.
 inline constexpr int maxFileBytes = 32 << 20;   ///< Bytes of an audio file.
 inline constexpr int maxProgressPercent = 100;  ///< Percent; the progress of a playback that has ended.
+
+// Lists of all records of a kind, each of which is one reply.
+inline constexpr int maxCameras = 10000;
+inline constexpr int maxDevices = 10000;
+inline constexpr int maxGroups = 10000;
+inline constexpr int maxSchedules = 10000;
+inline constexpr int maxFiles = 10000;
+inline constexpr int maxListBytes = 4 << 20; ///< Bytes of the texts of one list.
 
 // Talks.
 inline constexpr int maxTargetsLength = 1 << 20;  ///< Characters of "targets".
@@ -30,7 +39,7 @@ inline constexpr int maxLoginBytes = 16384;   ///< Bytes of a message before the
 inline constexpr int maxPasswordBytes = 1024; ///< Bytes of a password or token of a login in UTF-8.
 inline constexpr int maxLoginTime = 10000;    ///< Milliseconds from the connection to the login.
 inline constexpr int maxClients = 256;        ///< Clients that are served at once.
-inline constexpr int maxWaitingBytes = 16
+inline constexpr int maxWaitingBytes = 32
                                        << 20; ///< Bytes that wait for a client; a slower one is disconnected.
 
 /**
@@ -42,7 +51,7 @@ inline constexpr int maxMessageToServerBytes = 48 << 20;
 /**
  * Bytes of a message to a client. A client has one server and must take its list of records whole, however
  * many a server keeps: the limit only bounds memory. The reference server never sends as much, because of
- * maxWaitingBytes.
+ * maxListBytes. All its lists together stay below maxWaitingBytes.
  */
 inline constexpr int maxMessageToClientBytes = 256 << 20;
 

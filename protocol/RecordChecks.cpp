@@ -31,7 +31,9 @@ Refusal address(const QString& address)
     static const QRegularExpression onlyNumbers(QStringLiteral("^[0-9.]*$"));
     const bool numeric = onlyNumbers.match(address).hasMatch();
     QHostAddress parsed;
-    const bool valid = parsed.setAddress(address) || (!numeric && hostName.match(address).hasMatch());
+    // An IPv6 address may end in a scope of any length.
+    const bool valid = address.size() <= Limits::maxAddressLength &&
+                       (parsed.setAddress(address) || (!numeric && hostName.match(address).hasMatch()));
     // QHostAddress also takes "1" for 0.0.0.1, which nobody means.
     if (!valid || (numeric && address.count(QLatin1Char('.')) != 3)) {
         return refusal(ReturnCode::badAddress,

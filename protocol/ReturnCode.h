@@ -28,6 +28,7 @@ inline const QString badCredentials = QStringLiteral("415");  ///< User name or 
 inline const QString badList = QStringLiteral("416");         ///< A list has a wrong entry, or one twice.
 inline const QString badSchedule = QStringLiteral("417");     ///< Type, settings or times are wrong.
 inline const QString badCameraKind = QStringLiteral("418");   ///< No cameras of this kind are known.
+inline const QString tooManyRecords = QStringLiteral("419");  ///< The server keeps no more of this kind.
 inline const QString nothingToPlayOn = QStringLiteral("421"); ///< No device to play on.
 inline const QString brokenFile = QStringLiteral("422");      ///< The audio file cannot be decoded.
 inline const QString playbackStopped = QStringLiteral("423"); ///< The playback was stopped.
@@ -36,11 +37,11 @@ inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An up
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,         &unknownCommand, &malformedRequest, &noSuchCamera,  &cameraOffline,   &noSuchTalk,
-    &badTalkPacket,   &noVoice,        &speakerOffline,   &storageFailed, &noSuchDevice,    &noSuchFile,
-    &noSuchGroup,     &noSuchSchedule, &badName,          &nameTaken,     &badAddress,      &badPort,
-    &badCredentials,  &badList,        &badSchedule,      &badCameraKind, &nothingToPlayOn, &brokenFile,
-    &playbackStopped, &speakerTaken,   &fileRefused,
+    &success,        &unknownCommand,  &malformedRequest, &noSuchCamera,  &cameraOffline,  &noSuchTalk,
+    &badTalkPacket,  &noVoice,         &speakerOffline,   &storageFailed, &noSuchDevice,   &noSuchFile,
+    &noSuchGroup,    &noSuchSchedule,  &badName,          &nameTaken,     &badAddress,     &badPort,
+    &badCredentials, &badList,         &badSchedule,      &badCameraKind, &tooManyRecords, &nothingToPlayOn,
+    &brokenFile,     &playbackStopped, &speakerTaken,     &fileRefused,
 };
 
 } // namespace ReturnCode

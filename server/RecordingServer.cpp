@@ -107,6 +107,9 @@ QString RecordingServer::whyNotOpen() const
     if (!m_database.isOpen()) {
         return QStringLiteral("%1: %2").arg(m_data.path("records.sqlite"), m_database.errorString());
     }
+    if (!m_cameras.errorString().isEmpty()) {
+        return QStringLiteral("%1: %2").arg(m_data.path("records.sqlite"), m_cameras.errorString());
+    }
     if (!m_secrets.isValid()) {
         return m_secrets.errorString();
     }
@@ -187,11 +190,7 @@ void RecordingServer::registerCameras()
 /** Gives each back end the records of its kind. */
 void RecordingServer::applyCameraRecords()
 {
-    const auto records = m_cameras.records();
-    if (!records) {
-        return; // what they know holds
-    }
-    QList<CameraRecord> left = *records;
+    QList<CameraRecord> left = m_cameras.records();
     for (std::size_t i = 0; i < m_cameraBackends.size(); ++i) {
         const bool absent = i == m_config.devices.cameras.size();
         QList<CameraRecord> own;

@@ -55,8 +55,8 @@ Q_SIGNALS:
 };
 
 /**
- * All speakers of one kind. All calls are on the server's thread and return at once; signals may come from
- * another thread. Talks and playbacks end before their back end.
+ * All speakers of one kind. All calls are on the server's thread and return at once. Talks and playbacks end
+ * before their back end.
  */
 class SpeakerBackend : public QObject
 {
@@ -75,15 +75,18 @@ public:
     virtual std::unique_ptr<DeviceTalk> openTalk(const Speaker& speaker) = 0;
 
     /**
+     * Returns how long before the first sample its speakers must know of a playback, to play it in step with
+     * those of other back ends.
+     */
+    virtual std::chrono::milliseconds leadTime() const { return std::chrono::milliseconds(0); }
+
+    /**
      * Starts to play a sound on some speakers.
      *
-     * @param start when the first sample is due, so that several back ends play in step
+     * @param start when the first sample is due, so that several back ends play in step; at least leadTime
+     * from now
      * @return never null; its signals report how it goes
      */
     virtual std::unique_ptr<SpeakerPlayback> play(std::shared_ptr<SoundSource> source,
                                                   const QList<Speaker>& speakers, Time start) = 0;
-
-Q_SIGNALS:
-    /** A speaker came, or went. */
-    void speakersChanged();
 };

@@ -177,13 +177,17 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
     release(reachable,
             refusal(ReturnCode::speakerTaken, QStringLiteral("another playback has taken its place")));
     const int number = ++m_lastNumber;
-    const auto now = std::chrono::steady_clock::now();
+    std::chrono::milliseconds lead(0);
+    for (const auto& own : speakers) {
+        lead = std::max(lead, own.first->leadTime());
+    }
+    const auto begin = std::chrono::steady_clock::now() + lead;
     auto part = parts.begin();
     for (const auto& [backend, own] : speakers) {
         for (const Speaker& speaker : own) {
             part->devices.append(speaker.id);
         }
-        part->playback = backend->play(part->source, own, now);
+        part->playback = backend->play(part->source, own, begin);
         connectPart(number, *part);
         ++part;
     }

@@ -1,9 +1,16 @@
 #include "server/records/CameraStore.h"
 
+#include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
+#include "server/records/ListLimit.h"
 
 namespace {
+
+const ListLimit::Kind cameraList{
+    QStringLiteral("maxCameras"), Limits::maxCameras,
+    QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB)) + length(CAST(kind AS BLOB)) + "
+                   "length(address)), 0) FROM cameras")};
 
 QString textOf(const QVariantMap& record, const QString& key)
 {
@@ -34,9 +41,30 @@ ServerReply unknown(const QVariant& id, const QVariant& result)
 
 } // namespace
 
+CameraStore::CameraStore(RecordDatabase& database, QStringList kinds)
+    : m_database(database), m_kinds(std::move(kinds))
+{
+    if (const auto records = readAll()) {
+        m_records = *records;
+    } else {
+        m_error = m_database.errorString();
+    }
+}
+
 ServerReply CameraStore::failed() const
 {
     return refusal(ReturnCode::storageFailed, m_database.errorString());
+}
+
+/** Commits a change when the records can be read with it. */
+ServerReply CameraStore::commit(RecordDatabase::Transaction& transaction, const ServerReply& reply)
+{
+    const auto after = readAll();
+    if (!after || !transaction.commit()) {
+        return failed();
+    }
+    m_records = *after;
+    return reply;
 }
 
 std::optional<ServerReply> CameraStore::check(const QVariantMap& record, int id)
@@ -48,7 +76,10 @@ std::optional<ServerReply> CameraStore::check(const QVariantMap& record, int id)
         }
     }
     const QString kind = textOf(record, Words::camKind);
-    if (!m_kinds.contains(kind)) {
+    const bool keepsItsKind = std::any_of(m_records.begin(), m_records.end(), [&](const CameraRecord& each) {
+        return each.id == QString::number(id) && each.kind == kind;
+    });
+    if (!keepsItsKind && !m_kinds.contains(kind)) {
         return refusal(ReturnCode::badCameraKind,
                        QStringLiteral("this server has no cameras of the kind \"%1\"").arg(kind));
     }
@@ -71,13 +102,18 @@ ServerReply CameraStore::add(const QVariant& payload)
     if (const auto bad = check(record, -1)) {
         return *bad;
     }
+    RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, cameraList);
     QSqlQuery insert = m_database.query();
     if (!m_database.run(insert, QStringLiteral("INSERT INTO cameras (name, kind, address) VALUES (?, ?, ?)"),
                         {textOf(record, Words::camName), textOf(record, Words::camKind),
                          textOf(record, Words::camAddress)})) {
         return failed();
     }
-    return done(stored(insert.lastInsertId().toInt(), record));
+    if (const auto bad = limit.check()) {
+        return *bad;
+    }
+    return commit(transaction, done(stored(insert.lastInsertId().toInt(), record)));
 }
 
 ServerReply CameraStore::update(const QVariant& payload)
@@ -89,6 +125,8 @@ ServerReply CameraStore::update(const QVariant& payload)
         bad->result = onlyId;
         return *bad;
     }
+    RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, cameraList);
     QSqlQuery change = m_database.query();
     if (!m_database.run(change,
                         QStringLiteral("UPDATE cameras SET name = ?, kind = ?, address = ? WHERE id = ?"),
@@ -96,21 +134,29 @@ ServerReply CameraStore::update(const QVariant& payload)
                          textOf(record, Words::camAddress), id})) {
         return failed();
     }
-    return change.numRowsAffected() == 0 ? unknown(textOf(record, Vocabulary::camId), onlyId)
-                                         : done(stored(id, record));
+    if (change.numRowsAffected() == 0) {
+        return unknown(textOf(record, Vocabulary::camId), onlyId);
+    }
+    if (auto bad = limit.check()) {
+        bad->result = onlyId;
+        return *bad;
+    }
+    return commit(transaction, done(stored(id, record)));
 }
 
 ServerReply CameraStore::remove(const QVariant& payload)
 {
+    RecordDatabase::Transaction transaction(m_database);
     QSqlQuery erase = m_database.query();
     if (!m_database.run(erase, QStringLiteral("DELETE FROM cameras WHERE id = ?"),
                         {idOf(payload.toString()).value_or(-1)})) {
         return failed();
     }
-    return erase.numRowsAffected() == 0 ? unknown(payload, payload.toString()) : done(payload.toString());
+    return erase.numRowsAffected() == 0 ? unknown(payload, payload.toString())
+                                        : commit(transaction, done(payload.toString()));
 }
 
-std::optional<QList<CameraRecord>> CameraStore::records()
+std::optional<QList<CameraRecord>> CameraStore::readAll()
 {
     QList<CameraRecord> records;
     const bool read =

@@ -1,7 +1,9 @@
 #include "server/records/DeviceStore.h"
 
+#include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
+#include "server/records/ListLimit.h"
 
 namespace {
 
@@ -19,6 +21,13 @@ QStringList camerasOf(const QVariantMap& record)
 const QString selectDevices = QStringLiteral(
     "SELECT id, name, ip, port, username, password, (SELECT group_concat(camera, '|') FROM "
     "(SELECT camera FROM device_cameras WHERE device = devices.id ORDER BY position)) FROM devices");
+
+const ListLimit::Kind deviceList{
+    QStringLiteral("maxDevices"), Limits::maxDevices,
+    QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB)) + length(ip) + "
+                   "length(CAST(username AS BLOB)) + length(password)), 0) + "
+                   "(SELECT coalesce(sum(length(CAST(camera AS BLOB)) + 1), 0) FROM device_cameras) "
+                   "FROM devices")};
 
 QVariantMap readRecord(const QSqlQuery& row, const PasswordCipher& secrets)
 {
@@ -101,6 +110,7 @@ ServerReply DeviceStore::add(const QVariant& payload)
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, deviceList);
     QSqlQuery insert = m_database.query();
     if (!m_database.run(
             insert,
@@ -111,7 +121,13 @@ ServerReply DeviceStore::add(const QVariant& payload)
         return failed();
     }
     const int id = insert.lastInsertId().toInt();
-    if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList)) || !transaction.commit()) {
+    if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList))) {
+        return failed();
+    }
+    if (const auto bad = limit.check()) {
+        return *bad;
+    }
+    if (!transaction.commit()) {
         return failed();
     }
     const auto stored = recordOf(id);
@@ -129,6 +145,7 @@ ServerReply DeviceStore::update(const QVariant& payload)
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, deviceList);
     QSqlQuery change = m_database.query();
     if (!m_database.run(
             change,
@@ -142,7 +159,14 @@ ServerReply DeviceStore::update(const QVariant& payload)
     if (change.numRowsAffected() == 0) {
         return noSuchDevice(id, onlyId);
     }
-    if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList)) || !transaction.commit()) {
+    if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList))) {
+        return failed();
+    }
+    if (auto bad = limit.check()) {
+        bad->result = onlyId;
+        return *bad;
+    }
+    if (!transaction.commit()) {
         return failed();
     }
     const auto stored = recordOf(id);

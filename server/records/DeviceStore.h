@@ -34,8 +34,8 @@ public:
      * Adds a device.
      *
      * @param payload a record; its "deviceID" is not read
-     * @return the stored record, or one of badName, nameTaken, badAddress, badPort, badCredentials, badList
-     * and storageFailed
+     * @return the stored record, or one of badName, nameTaken, badAddress, badPort, badCredentials, badList,
+     * tooManyRecords and storageFailed
      */
     ServerReply add(const QVariant& payload);
 

@@ -39,6 +39,14 @@ ServerReply FileStore::upload(const QVariant& payload)
     if (RecordChecks::name(name)) {
         return refuse(QStringLiteral("the file's name is empty, too long, or has control characters"));
     }
+    int files = 0;
+    if (!m_database.read(QStringLiteral("SELECT count(*) FROM files"), {},
+                         [&](const QSqlQuery& row) { files = row.value(0).toInt(); })) {
+        return refuse(m_database.errorString());
+    }
+    if (files >= Limits::maxFiles) {
+        return refuse(QStringLiteral("this server keeps at most %1 files (maxFiles)").arg(Limits::maxFiles));
+    }
     const QByteArray text = record.value(Words::content).toByteArray();
     if (text.size() > base64Of(Limits::maxFileBytes)) {
         return refuse(QStringLiteral("the file is larger than %1 MiB").arg(Limits::maxFileBytes >> 20));

@@ -1,9 +1,16 @@
 #include "server/records/GroupStore.h"
 
+#include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
+#include "server/records/ListLimit.h"
 
 namespace {
+
+const ListLimit::Kind groupList{
+    QStringLiteral("maxGroups"), Limits::maxGroups,
+    QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB))), 0) + "
+                   "(SELECT coalesce(sum(length(member) + 1), 0) FROM group_devices) FROM groups")};
 
 ServerReply noSuchGroup(int id, const QVariant& result = QVariant())
 {
@@ -64,12 +71,16 @@ ServerReply GroupStore::add(const QVariant& payload)
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, groupList);
     QSqlQuery insert = m_database.query();
     if (!m_database.run(insert, QStringLiteral("INSERT INTO groups (name) VALUES (?)"),
                         {record.value(Vocabulary::groupName).toString()})) {
         return failed();
     }
     ServerReply reply = store(record, insert.lastInsertId().toInt());
+    if (const auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
+        return *bad;
+    }
     return reply.returnCode == ReturnCode::success && !transaction.commit() ? failed() : reply;
 }
 
@@ -83,6 +94,7 @@ ServerReply GroupStore::update(const QVariant& payload)
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, groupList);
     QSqlQuery change = m_database.query();
     if (!m_database.run(change, QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
                         {record.value(Vocabulary::groupName).toString(), id})) {
@@ -92,6 +104,10 @@ ServerReply GroupStore::update(const QVariant& payload)
         return noSuchGroup(id, onlyId);
     }
     ServerReply reply = store(record, id);
+    if (auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
+        bad->result = onlyId;
+        return *bad;
+    }
     return reply.returnCode == ReturnCode::success && !transaction.commit() ? failed() : reply;
 }
 

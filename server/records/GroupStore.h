@@ -20,7 +20,7 @@ public:
      * Adds a group.
      *
      * @param payload a record; its "groupID" is not read
-     * @return the stored record, or one of badName, nameTaken, badList and storageFailed
+     * @return the stored record, or one of badName, nameTaken, badList, tooManyRecords and storageFailed
      */
     ServerReply add(const QVariant& payload);
 

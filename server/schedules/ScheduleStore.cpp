@@ -3,11 +3,20 @@
 #include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
+#include "server/records/ListLimit.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
 namespace {
+
+// A number of the settings takes more bytes in a reply than as JSON.
+const ListLimit::Kind scheduleList{
+    QStringLiteral("maxSchedules"), Limits::maxSchedules,
+    QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB)) + 8 * length(CAST(settings AS "
+                   "BLOB)) + length(CAST(start AS BLOB)) + length(CAST(end AS BLOB))), 0) + "
+                   "(SELECT coalesce(sum(length(member) + 1), 0) FROM schedule_groups) + "
+                   "(SELECT coalesce(sum(length(member) + 1), 0) FROM schedule_devices) FROM schedules")};
 
 QByteArray toJson(const QVariant& settings)
 {
@@ -81,6 +90,7 @@ ServerReply ScheduleStore::add(const QVariant& payload)
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, scheduleList);
     QSqlQuery insert = m_database.query();
     if (!m_database.run(
             insert,
@@ -96,6 +106,9 @@ ServerReply ScheduleStore::add(const QVariant& payload)
         return failed();
     }
     ServerReply reply = store(record, checked, insert.lastInsertId().toInt());
+    if (const auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
+        return *bad;
+    }
     return reply.returnCode == ReturnCode::success && !transaction.commit() ? failed() : reply;
 }
 
@@ -110,6 +123,7 @@ ServerReply ScheduleStore::update(const QVariant& payload)
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
+    ListLimit limit(m_database, scheduleList);
     QSqlQuery change = m_database.query();
     if (!m_database.run(
             change,
@@ -129,6 +143,10 @@ ServerReply ScheduleStore::update(const QVariant& payload)
                        onlyId);
     }
     ServerReply reply = store(record, checked, id);
+    if (auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
+        bad->result = onlyId;
+        return *bad;
+    }
     return reply.returnCode == ReturnCode::success && !transaction.commit() ? failed() : reply;
 }
 

@@ -26,8 +26,8 @@ public:
      * Adds a schedule.
      *
      * @param payload a record; its "scheduleID" is not read
-     * @return the record with its id, or one of badName, badSchedule, noSuchFile, badList, nothingToPlayOn
-     * and storageFailed
+     * @return the record with its id, or one of badName, badSchedule, noSuchFile, badList, nothingToPlayOn,
+     * tooManyRecords and storageFailed
      */
     ServerReply add(const QVariant& payload);
 

@@ -93,7 +93,9 @@ std::optional<ServerReply> TalkService::startTalkToSpeaker(ServerSession& sessio
 
 bool TalkService::mayOpen(const ServerSession& session) const
 {
-    const auto own = [&](const auto& talk) { return talk.second.session == &session; };
+    const auto own = [&](const auto& talk) {
+        return talk.second.session == &session && talk.second.state != Talk::Lost;
+    };
     const auto talks = std::count_if(m_talks.begin(), m_talks.end(), own) +
                        std::count_if(m_closing.begin(), m_closing.end(), own);
     return talks < Limits::maxTalksPerSession;
@@ -105,6 +107,7 @@ void TalkService::open(ServerSession& session, int device, const QVariantMap& an
     if (!hasLive(session)) {
         forgetLost(session); // of a talk that is over
     }
+    boundLost(session);
     const QString token = makeToken();
     // Slots on this object: what another thread emits arrives on the server's thread.
     connect(line.get(), &DeviceTalk::opened, this, [this, token] { opened(token); });
@@ -123,7 +126,8 @@ void TalkService::open(ServerSession& session, int device, const QVariantMap& an
         }
     });
     m_talks.emplace(token, Talk{&session, device, answer, session.replyLater(), std::move(line)});
-    QTimer::singleShot(m_limits.opening, this, [this, token] {
+    DeviceTalk* const waiting = m_talks.at(token).line.get();
+    QTimer::singleShot(m_limits.opening, waiting, [this, token] {
         refused(token, ReturnCode::cameraOffline, QStringLiteral("the device did not answer in time"));
     });
 }
@@ -224,6 +228,18 @@ void TalkService::forgetLost(const ServerSession& session)
     }
 }
 
+/** Forgets one of the lost targets of a session that has too many: a client may lose and open without an end.
+ */
+void TalkService::boundLost(const ServerSession& session)
+{
+    const auto isLost = [&](const auto& talk) {
+        return talk.second.session == &session && talk.second.state == Talk::Lost;
+    };
+    if (std::count_if(m_talks.begin(), m_talks.end(), isLost) >= Limits::maxTalksPerSession) {
+        m_talks.erase(std::find_if(m_talks.begin(), m_talks.end(), isLost));
+    }
+}
+
 /** Notes that the client has dropped all targets that it was given. */
 void TalkService::forgetTargets(const ServerSession& session)
 {
@@ -243,6 +259,11 @@ void TalkService::close(Talks::iterator talk)
         return;
     }
     DeviceTalk& line = *ended.line;
+    if (m_closing.size() >= m_limits.maxClosing) {
+        line.close();
+        drop(std::move(ended.line));
+        return;
+    }
     m_closing.emplace(token, std::move(ended));
     QTimer::singleShot(m_limits.closing, this, [this, token] { m_closing.erase(token); });
     line.close();

@@ -13,11 +13,13 @@
 #include <optional>
 #include <vector>
 
-/** How long a talk waits for its device. */
+/** How long a talk waits for its device, and how many do. */
 struct TalkLimits
 {
     int opening = Limits::maxTalkOpeningTime; ///< ms; then the talk is refused.
     int closing = 5000;                       ///< ms; then the device is left to itself.
+    std::size_t maxClosing =
+        Limits::maxTalksPerSession; ///< Of all clients together; further devices are left to themselves.
 };
 
 /**
@@ -95,6 +97,7 @@ private:
     bool hasLive(const ServerSession& session) const;
     void endWhenAllAreLost(ServerSession& session, const QString& token);
     void forgetLost(const ServerSession& session);
+    void boundLost(const ServerSession& session);
     void forgetTargets(const ServerSession& session);
     void close(Talks::iterator talk);
     void drop(std::unique_ptr<DeviceTalk> line);

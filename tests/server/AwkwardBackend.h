@@ -114,6 +114,7 @@ struct AwkwardDevices : std::enable_shared_from_this<AwkwardDevices>
     bool opens = false; ///< By itself.
     int losesAfter = 0; ///< Packets; 0 for never.
     bool answersClose = true;
+    std::chrono::milliseconds leadTime{0}; ///< Of the speakers.
     QList<Camera> cameras;
     std::vector<QPointer<AwkwardTalk>> talks;         ///< In the order in which they were asked for.
     std::vector<QPointer<AwkwardPlayback>> playbacks; ///< The same.
@@ -168,6 +169,7 @@ public:
         return speaker.address.startsWith(QLatin1String("10.9."));
     }
     bool isOnline(const Speaker& /*speaker*/) const override { return true; }
+    std::chrono::milliseconds leadTime() const override { return m_devices->leadTime; }
     std::unique_ptr<DeviceTalk> openTalk(const Speaker& /*speaker*/) override
     {
         return m_devices->makeTalk();

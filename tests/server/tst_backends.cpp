@@ -28,6 +28,8 @@ private Q_SLOTS:
     void clientLeavesWhileItOpens();
     void stoppedWhileItOpens();
     void openLinesAreLimited();
+    void lostTargetsDoNotCount();
+    void linesThatCloseAreLimited();
 };
 
 namespace {
@@ -370,6 +372,51 @@ void TestBackends::openLinesAreLimited()
     QCOMPARE(speaker.returnCode, ReturnCode::success);
     QVERIFY(!speaker.result.toMap()["error"].toString().isEmpty());
     QCOMPARE(server.devices->talks.size(), std::size_t{4096});
+}
+
+void TestBackends::lostTargetsDoNotCount()
+{
+    Awkward server;
+    const QString kept = server.open();
+    QStringList lost;
+    for (int i = 1; i <= 4100; ++i) {
+        const quint64 request = server.harness->submit("StartTalk", gate);
+        AwkwardTalk& talk = server.talk(static_cast<std::size_t>(i));
+        Q_EMIT talk.opened();
+        QCoreApplication::processEvents();
+        lost.append(server.harness->waitForReply(request).result.toMap()["talkToken"].toString());
+        QVERIFY2(!lost.back().isEmpty(), qPrintable(QString::number(i)));
+        server.harness->replies.clear();
+        Q_EMIT talk.lost("the line is cut");
+    }
+    QVERIFY(server.waitForEvents(4100));
+    // Those that are still known swallow what is said to them; they are not kept without an end.
+    server.harness->replies.clear();
+    for (const QString& token : qAsConst(lost)) {
+        server.harness->submit("StopTalk", QVariantMap{{"talkToken", token}});
+    }
+    QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 4100; }));
+    QCOMPARE(std::count_if(server.harness->replies.begin(), server.harness->replies.end(),
+                           [](const auto& each) { return each.reply.returnCode == ReturnCode::success; }),
+             std::ptrdiff_t{4096});
+    QCOMPARE(server.say({kept}).returnCode, ReturnCode::success);
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(4101));
+    QCOMPARE(server.harness->events.back().payload, disconnected(kept));
+}
+
+void TestBackends::linesThatCloseAreLimited()
+{
+    TalkLimits limits;
+    limits.maxClosing = 3;
+    Awkward server(limits);
+    server.devices->answersClose = false;
+    for (std::size_t i = 0; i < 5; ++i) {
+        QCOMPARE(server.stop(server.open()).returnCode, ReturnCode::success);
+        QCOMPARE(server.isGone(i) || server.talk(i).closes == 1, true);
+    }
+    QVERIFY(ServerHarness::waitFor([&] { return server.isGone(3) && server.isGone(4); }, 2000));
+    QVERIFY(!server.isGone(0) && !server.isGone(1) && !server.isGone(2));
 }
 
 QTEST_GUILESS_MAIN(TestBackends)

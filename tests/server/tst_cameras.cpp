@@ -3,9 +3,7 @@
 #include "protocol/Words.h"
 #include "tests/server/AwkwardBackend.h"
 #include "tests/server/ServerHarness.h"
-
-#include <QSqlDatabase>
-#include <QSqlQuery>
+#include "tests/server/SqlFile.h"
 
 class TestCameras : public QObject
 {
@@ -17,11 +15,14 @@ private Q_SLOTS:
     void refusals_data();
     void refusals();
     void areTalkedTo();
+    void latestRecordingsAreKnown();
     void surviveARestart();
     void ofAnUnknownKindAreKept();
     void openTalkOutlivesItsRecord();
     void backEndsReportChanges();
+    void changeThatCannotBeReadIsRefused();
     void olderDatabaseGetsThem();
+    void foreignTableIsLeftAlone();
 };
 
 namespace {
@@ -141,6 +142,20 @@ void TestCameras::areTalkedTo()
     QCOMPARE(harness.simulated.recordings->talks.size(), 1);
 }
 
+void TestCameras::latestRecordingsAreKnown()
+{
+    ServerHarness harness;
+    harness.ask("AddCamera", camera("Gate"));
+    QStringList& talks = harness.simulated.recordings->talks;
+    for (int i = 0; i < 1000; ++i) {
+        talks.append(QString::number(i));
+    }
+    harness.ask("StartTalk", QVariantMap{{"camId", "1"}});
+    QCOMPARE(talks.size(), 1000);
+    QCOMPARE(talks.front(), QString("1"));
+    QVERIFY2(QFile::exists(talks.back()), qPrintable(talks.back()));
+}
+
 void TestCameras::surviveARestart()
 {
     const QTemporaryDir folder;
@@ -174,9 +189,14 @@ void TestCameras::ofAnUnknownKindAreKept()
         QCOMPARE(harness.ask("StartTalk", QVariantMap{{"camId", "camera-1"}}).returnCode,
                  ReturnCode::noSuchCamera);
         QCOMPARE(harness.ask("AddCamera", camera("Dock")).returnCode, ReturnCode::badCameraKind);
+        // It may get another name, but no other kind that is not there.
+        const QVariantMap renamed = withId(camera("Yard"), "1");
+        QCOMPARE(harness.ask("UpdateCamera", renamed).result, QVariant(renamed));
+        QCOMPARE(harness.ask("UpdateCamera", withId(camera("Yard", "pigeon"), "1")).returnCode,
+                 ReturnCode::badCameraKind);
     }
     ServerHarness harness(config);
-    QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Gate"), "1")}));
+    QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Yard"), "1")}));
 }
 
 void TestCameras::openTalkOutlivesItsRecord()
@@ -204,6 +224,42 @@ void TestCameras::backEndsReportChanges()
     QCOMPARE(harness.ask("GetCamera").result.toList()[0].toMap()["online"], QVariant(false));
 }
 
+// The back ends would go on with what was before.
+void TestCameras::changeThatCannotBeReadIsRefused()
+{
+    const QTemporaryDir folder;
+    ServerConfig config;
+    config.dataDirectory = folder.filePath("data");
+    const QString file = config.dataDirectory + "/records.sqlite";
+    ServerHarness harness(config);
+    harness.ask("AddCamera", camera("Gate"));
+    const int reported = changes(harness);
+    // A table in which one name can be stored, but not read.
+    runSql(file,
+           {"ALTER TABLE cameras RENAME TO kept",
+            "CREATE VIEW cameras AS SELECT id, name, kind, CASE name WHEN 'Dock' THEN "
+            "abs(-9223372036854775808) ELSE address END AS address FROM kept",
+            "CREATE TRIGGER adds INSTEAD OF INSERT ON cameras BEGIN INSERT INTO kept (name, kind, address) "
+            "VALUES (new.name, new.kind, new.address); END"});
+    QCOMPARE(harness.ask("AddCamera", camera("Dock")).returnCode, ReturnCode::storageFailed);
+    QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Gate"), "1")}));
+    QCOMPARE(changes(harness), reported);
+    runSql(file, {"DROP VIEW cameras", "ALTER TABLE kept RENAME TO cameras"});
+    QCOMPARE(harness.ask("AddCamera", camera("Hall")).result, QVariant(withId(camera("Hall"), "2")));
+    QCOMPARE(harness.ask("GetCamera").result,
+             QVariant(QVariantList{listed(camera("Gate"), "1"), listed(camera("Hall"), "2")}));
+}
+
+namespace {
+
+// Makes a database as version 2 of the schema had it, but for statements that follow.
+void makeVersion2(const QString& file, const QStringList& more)
+{
+    runSql(file, QStringList{"DROP TABLE cameras", "PRAGMA user_version = 2"} + more);
+}
+
+} // namespace
+
 void TestCameras::olderDatabaseGetsThem()
 {
     const QTemporaryDir folder;
@@ -213,19 +269,42 @@ void TestCameras::olderDatabaseGetsThem()
         ServerHarness harness(config);
         harness.addDevice("Hall");
     }
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "older");
-        database.setDatabaseName(config.dataDirectory + "/records.sqlite");
-        QVERIFY(database.open());
-        QSqlQuery query(database);
-        QVERIFY(query.exec("DROP TABLE cameras"));
-        QVERIFY(query.exec("PRAGMA user_version = 2"));
+    makeVersion2(config.dataDirectory + "/records.sqlite", {});
+    for (int start = 0; start < 2; ++start) {
+        ServerHarness harness(config);
+        QVERIFY2(harness.server->isOpen(), qPrintable(harness.server->errorString()));
+        const QVariantList devices = harness.ask("RetrieveIPAudioModel").result.toList();
+        QCOMPARE(devices.size(), 1);
+        QCOMPARE(devices[0].toMap()["deviceName"], QVariant("Hall"));
+        if (start == 0) {
+            QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList()));
+            QCOMPARE(harness.ask("AddCamera", camera("Gate")).returnCode, ReturnCode::success);
+        } else { // the migration is not done again
+            QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Gate"), "1")}));
+        }
     }
-    QSqlDatabase::removeDatabase("older");
-    ServerHarness harness(config);
-    QVERIFY2(harness.server->isOpen(), qPrintable(harness.server->errorString()));
-    QCOMPARE(harness.ask("RetrieveIPAudioModel").result.toList().size(), 1);
-    QCOMPARE(harness.ask("AddCamera", camera("Gate")).returnCode, ReturnCode::success);
+}
+
+void TestCameras::foreignTableIsLeftAlone()
+{
+    const QTemporaryDir folder;
+    ServerConfig config;
+    config.dataDirectory = folder.filePath("data");
+    const QString file = config.dataDirectory + "/records.sqlite";
+    {
+        const RecordingServer server(config);
+    }
+    makeVersion2(file, {"CREATE TABLE cameras (lens TEXT)", "INSERT INTO cameras VALUES ('50 mm')"});
+    for (int start = 0; start < 2; ++start) {
+        ServerHarness harness(config);
+        QVERIFY(!harness.server->isOpen());
+        QVERIFY2(harness.server->errorString().contains("cameras"),
+                 qPrintable(harness.server->errorString()));
+        QCOMPARE(harness.ask("GetCamera").returnCode, ReturnCode::storageFailed);
+    }
+    runSql(file, {"UPDATE cameras SET lens = '85 mm' WHERE lens = '50 mm'", "DROP TABLE cameras"});
+    const RecordingServer server(config);
+    QVERIFY2(server.isOpen(), qPrintable(server.errorString()));
 }
 
 QTEST_GUILESS_MAIN(TestCameras)

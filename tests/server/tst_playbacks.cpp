@@ -59,6 +59,7 @@ private Q_SLOTS:
     void initTestCase();
     void groupOfTwoKinds();
     void speakerFailsWhilePlaying();
+    void startsInStepAfterTheLeadTime();
     void stopsOneOfTwo();
     void lastReply_data();
     void lastReply();
@@ -101,6 +102,25 @@ void TestPlaybacks::groupOfTwoKinds()
     QVERIFY(ServerHarness::waitFor([&] { return progress() == 100; }));
     QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
     QVERIFY(harness.events.empty());
+}
+
+void TestPlaybacks::startsInStepAfterTheLeadTime()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    server.devices->leadTime = std::chrono::milliseconds(400);
+    const int awkward = server.addSpeaker("Hall");
+    const int simulated = harness.addDevice("Stairs");
+    harness.upload(path("tone.wav"));
+    harness.addGroup("all", QString("%1,%2").arg(awkward).arg(simulated));
+    const auto before = std::chrono::steady_clock::now();
+    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
+    const auto after = std::chrono::steady_clock::now();
+    const auto start = server.devices->playbacks.at(0)->start;
+    QVERIFY(start >= before + server.devices->leadTime && start <= after + server.devices->leadTime);
+    // Nobody begins before it.
+    QVERIFY(ServerHarness::waitFor([&] { return QFile::exists(harness.speakerRecording(simulated)); }));
+    QVERIFY(std::chrono::steady_clock::now() >= start);
 }
 
 void TestPlaybacks::speakerFailsWhilePlaying()

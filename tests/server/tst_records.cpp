@@ -113,6 +113,7 @@ void TestRecords::refusedDevices_data()
     QTest::newRow("bad address") << with(good, "ip", "10.0.0.256") << "413";
     QTest::newRow("short address") << with(good, "ip", "10.1") << "413";
     QTest::newRow("blank in the address") << with(good, "ip", "a b") << "413";
+    QTest::newRow("long scope of an address") << with(good, "ip", "fe80::1%" + QString(300, 'x')) << "413";
     QTest::newRow("port 0") << with(good, "port", 0) << "414";
     QTest::newRow("port 65536") << with(good, "port", 65536) << "414";
     QTest::newRow("negative port") << with(good, "port", -1) << "414";

@@ -76,6 +76,10 @@ std::unique_ptr<DeviceTalk> SimulatedCameras::openTalk(const QString& camera)
         return refuse(ReturnCode::noVoice,
                       QStringLiteral("the voice of camera \"%1\" cannot be read or encoded").arg(camera));
     }
-    m_config.recordings->talks.append(path);
+    QStringList& talks = m_config.recordings->talks;
+    talks.append(path);
+    if (talks.size() > SimulatedRecordings::maxTalks) {
+        talks.removeFirst();
+    }
     return talk;
 }

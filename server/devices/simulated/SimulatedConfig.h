@@ -21,6 +21,8 @@ struct SimulatedCamera
 /** Where simulated devices have written what they heard and played. */
 struct SimulatedRecordings
 {
+    static constexpr int maxTalks = 1000; ///< The latest; their files stay.
+
     QStringList talks;           ///< Of cameras, in the order of the talks.
     QMap<int, QString> speakers; ///< By the speaker's id; of the server that was made last.
 };
@@ -28,7 +30,8 @@ struct SimulatedRecordings
 /** How the simulated devices of a server are set up. */
 struct SimulatedConfig
 {
-    bool hasCameras = true;               ///< Else there are speakers alone.
+    bool hasCameras = true;               ///< Whether there are simulated cameras.
+    bool hasSpeakers = true;              ///< Whether there are simulated speakers.
     std::vector<SimulatedCamera> cameras; ///< Beside those of the server's records.
     QString recordingDirectory;           ///< Created when something is recorded.
     QSet<QString> offlineAddresses;       ///< Speakers at these addresses are not there.
