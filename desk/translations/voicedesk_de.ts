@@ -700,6 +700,14 @@
         <translation>keine Antwort vom Server</translation>
     </message>
     <message>
+        <source>the server cannot be asked</source>
+        <translation>der Server kann nicht gefragt werden</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; was not stopped on %2: %3</source>
+        <translation>„%1“ wurde auf %2 nicht beendet: %3</translation>
+    </message>
+    <message>
         <source>the connection to the server was lost</source>
         <translation>die Verbindung zum Server ging verloren</translation>
     </message>
