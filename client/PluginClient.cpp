@@ -189,13 +189,22 @@ bool PluginClient::talking() const
 
 QVariantList PluginClient::audioFileList() const
 {
-    return m_plugin ? m_plugin->property(audioFileListProperty).toList() : QVariantList();
+    QVariantList list;
+    const QList<AudioFileRow> files = audioFiles();
+    for (const AudioFileRow& file : files) {
+        list.append(QVariantMap{{Vocabulary::audioID, file.id},
+                                {Vocabulary::audioName, file.name},
+                                {Vocabulary::audioLength, file.length},
+                                {Vocabulary::audioStatus, file.status}});
+    }
+    return list;
 }
 
 QList<AudioFileRow> PluginClient::audioFiles() const
 {
     QList<AudioFileRow> files;
-    const QVariantList entries = audioFileList();
+    const QVariantList entries =
+        m_plugin ? m_plugin->property(audioFileListProperty).toList() : QVariantList();
     for (const QVariant& entry : entries) {
         const QVariantMap file = entry.toMap();
         files.append({file.value(Vocabulary::audioID).toInt(), file.value(Vocabulary::audioName).toString(),

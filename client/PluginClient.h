@@ -51,7 +51,8 @@ public:
     bool audioInDevAvailable() const;
     /** Returns the property talking. */
     bool talking() const;
-    /** Returns the property audioFileList. */
+    /** Returns the property audioFileList: each map has all keys, of the right types, whatever the server
+     * sent. */
     QVariantList audioFileList() const;
 
     /** Returns the audio files on the server, in the plug-in's order. */

@@ -70,17 +70,28 @@ QMetaMethod methodOf(const QObject* object, const char* signature)
 
 } // namespace
 
-RecordModel::RecordModel(QAbstractItemModel* source, const QVector<QByteArray>& roleNames, QObject* parent)
+RecordModel::RecordModel(QAbstractItemModel* source, const QVector<FieldType>& fields, QObject* parent)
     : QIdentityProxyModel(parent)
 {
     setSourceModel(source);
     const QHash<int, QByteArray> roles = source->roleNames();
-    for (const QByteArray& name : roleNames) {
-        m_roles.append(roles.key(name, -1));
+    for (const FieldType& each : fields) {
+        m_roles.append(roles.key(each.role, -1));
         if (m_roles.last() < 0) {
-            m_missing.append(QString::fromLatin1(name));
+            m_missing.append(QString::fromLatin1(each.role));
         }
+        m_types.insert(m_roles.last(), each.type);
     }
+}
+
+QVariant RecordModel::data(const QModelIndex& index, int role) const
+{
+    QVariant value = QIdentityProxyModel::data(index, role);
+    const auto type = m_types.find(role);
+    if (type != m_types.end() && index.isValid() && value.userType() != *type && !value.convert(*type)) {
+        value = QVariant(*type, nullptr);
+    }
+    return value;
 }
 
 QVariant RecordModel::field(int row, int number) const
@@ -91,8 +102,13 @@ QVariant RecordModel::field(int row, int number) const
 
 DeviceModel::DeviceModel(QAbstractItemModel* source, QObject* parent)
     : RecordModel(source,
-                  {"idRole", "deviceNameRole", "ipRole", "portRole", "userRole", "passwordRole",
-                   "bindingCameraListRole"},
+                  {{"idRole", QMetaType::Int},
+                   {"deviceNameRole", QMetaType::QString},
+                   {"ipRole", QMetaType::QString},
+                   {"portRole", QMetaType::Int},
+                   {"userRole", QMetaType::QString},
+                   {"passwordRole", QMetaType::QString},
+                   {"bindingCameraListRole", QMetaType::QStringList}},
                   parent)
 {
 }
@@ -118,7 +134,11 @@ void DeviceModel::setFilter(const QString& text)
 }
 
 GroupModel::GroupModel(QAbstractItemModel* source, QObject* parent)
-    : RecordModel(source, {"idRole", "nameRole", "networkAudioIDListRole", "networkAudioNameListRole"},
+    : RecordModel(source,
+                  {{"idRole", QMetaType::Int},
+                   {"nameRole", QMetaType::QString},
+                   {"networkAudioIDListRole", QMetaType::QVariantList},
+                   {"networkAudioNameListRole", QMetaType::QStringList}},
                   parent)
 {
 }
@@ -148,9 +168,17 @@ QStringList GroupModel::sourceMethods()
 
 ScheduleModel::ScheduleModel(QAbstractItemModel* source, QObject* parent)
     : RecordModel(source,
-                  {"idRole", "enableRole", "nameRole", "startTimeRole", "scheduleTypeRole",
-                   "scheduleSettingsRole", "endTimeRole", "enableEndTimeRole", "audioFileIDRole",
-                   "groupIDListRole", "networkAudioIDListRole"},
+                  {{"idRole", QMetaType::Int},
+                   {"enableRole", QMetaType::Bool},
+                   {"nameRole", QMetaType::QString},
+                   {"startTimeRole", QMetaType::QString},
+                   {"scheduleTypeRole", QMetaType::Int},
+                   {"scheduleSettingsRole", QMetaType::QVariantMap},
+                   {"endTimeRole", QMetaType::QString},
+                   {"enableEndTimeRole", QMetaType::Bool},
+                   {"audioFileIDRole", QMetaType::Int},
+                   {"groupIDListRole", QMetaType::QVariantList},
+                   {"networkAudioIDListRole", QMetaType::QVariantList}},
                   parent)
 {
 }

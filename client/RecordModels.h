@@ -6,6 +6,7 @@
  * sorted by name. QML reads the fields under the plug-in's role names; C++ reads whole rows.
  */
 
+#include <QHash>
 #include <QIdentityProxyModel>
 #include <QList>
 #include <QStringList>
@@ -49,28 +50,42 @@ struct ScheduleRow
     QList<int> devices;      ///< Ids.
 };
 
-/** The base of the models: their fields are found by role name, once. */
+/**
+ * The base of the models: their fields are found by role name, once, and are of the right type whatever the
+ * server has sent.
+ */
 class RecordModel : public QIdentityProxyModel
 {
     Q_OBJECT
 
 public:
+    /** Returns the data of the source; a field is converted to its type, and empty where that fails. */
+    QVariant data(const QModelIndex& index, int role) const override;
+
     /** Returns the role names that the source lacks. */
     QStringList missingRoles() const { return m_missing; }
 
 protected:
+    /** The role name of a field, and its type. */
+    struct FieldType
+    {
+        QByteArray role;
+        QMetaType::Type type;
+    };
+
     /**
      * @param source    sorted by name, and a QSortFilterProxyModel where it is to be searched
-     * @param roleNames those of the fields, in the order of the numbers that field() takes
+     * @param fields    in the order of the numbers that field() takes
      * @param parent    the owner, or null
      */
-    RecordModel(QAbstractItemModel* source, const QVector<QByteArray>& roleNames, QObject* parent);
+    RecordModel(QAbstractItemModel* source, const QVector<FieldType>& fields, QObject* parent);
 
     /** Returns one field of a row; invalid when there is none. */
     QVariant field(int row, int number) const;
 
 private:
-    QVector<int> m_roles; ///< By the number of the field; -1 for one that the source lacks.
+    QVector<int> m_roles;                ///< By the number of the field; -1 for one that the source lacks.
+    QHash<int, QMetaType::Type> m_types; ///< By role.
     QStringList m_missing;
 };
 

@@ -8,6 +8,7 @@
 #include "desk/ProtocolConstants.h"
 #include "desk/RequestTimeouts.h"
 #include "desk/ScheduleText.h"
+#include "desk/ScheduleValidator.h"
 #include "desk/TalkControl.h"
 #include "desk/TalkMeters.h"
 #include "desk/TargetModel.h"
@@ -28,6 +29,7 @@ class Desk : public QObject
     Q_PROPERTY(TalkMeters* meters READ meters CONSTANT)
     Q_PROPERTY(PlaybackModel* playback READ playback CONSTANT)
     Q_PROPERTY(ScheduleText* schedules READ schedules CONSTANT)
+    Q_PROPERTY(ScheduleValidator* scheduleValidator READ scheduleValidator CONSTANT)
     Q_PROPERTY(DeskSettings* settings READ settings CONSTANT)
     Q_PROPERTY(ProtocolConstants* protocol READ protocol CONSTANT)
 
@@ -48,6 +50,7 @@ public:
     TalkMeters* meters() { return &m_meters; }
     PlaybackModel* playback() { return m_playback ? &*m_playback : nullptr; }
     ScheduleText* schedules() { return &m_schedules; }
+    ScheduleValidator* scheduleValidator() { return &m_scheduleValidator; }
     DeskSettings* settings() { return &m_settings; }
     ProtocolConstants* protocol() { return &m_protocol; }
 
@@ -70,6 +73,7 @@ private:
     TargetModel m_targets;
     TalkMeters m_meters;
     ScheduleText m_schedules;
+    ScheduleValidator m_scheduleValidator;
     ProtocolConstants m_protocol;
     PluginHost m_host;
     PluginClient m_plugin;

@@ -31,6 +31,7 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<TalkKey>(module, 1, 0, "TalkKey", reason);
     qmlRegisterAnonymousType<RequestTimeouts>(module, 1);
     qmlRegisterAnonymousType<ScheduleText>(module, 1);
+    qmlRegisterAnonymousType<ScheduleValidator>(module, 1);
     qmlRegisterAnonymousType<DeskSettings>(module, 1);
     qmlRegisterAnonymousType<Desk>(module, 1);
 }

@@ -28,6 +28,7 @@ void RequestTimeouts::commandSent(const QString& command, const QVariant& /*payl
         return; // sound is not waited for
     }
     m_lastSent = request;
+    m_lastAccepted = accepted;
     if (!accepted) {
         return;
     }

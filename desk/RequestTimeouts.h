@@ -37,6 +37,9 @@ public:
      */
     Q_INVOKABLE quint64 lastSent() const { return m_lastSent; }
 
+    /** Returns whether the link has taken the command that was sent last. */
+    bool lastAccepted() const { return m_lastAccepted; }
+
     /**
      * The request that was answered last. The plug-in sees a reply after this object, so a slot of one of its
      * response signals finds here what it is the response to.
@@ -80,6 +83,7 @@ private:
     std::vector<Waiting> m_waiting;
     bool m_overdue = false;
     quint64 m_lastSent = 0;
+    bool m_lastAccepted = false;
     quint64 m_lastAnswered = 0;
     QString m_errorCode;
     QString m_errorText;

@@ -1,7 +1,7 @@
 #include "desk/ScheduleText.h"
 
 #include "client/RecordModels.h"
-#include "desk/ErrorMessages.h"
+#include "desk/ScheduleValidator.h"
 #include "protocol/ScheduleRule.h"
 #include "protocol/Words.h"
 
@@ -15,40 +15,7 @@ namespace {
 constexpr int daysOfWeek = 7;
 constexpr int soon = 6; // days; within these a weekday says enough
 
-QDateTime momentOf(const QString& now)
-{
-    return now.isEmpty() ? QDateTime::currentDateTime() : QDateTime::fromString(now, Qt::ISODate);
-}
-
 } // namespace
-
-QString ScheduleText::check(const QVariantMap& record, const QString& now) const
-{
-    if (record.value(Vocabulary::scheduleName).toString().trimmed().isEmpty()) {
-        return tr("Give the schedule a name.");
-    }
-    const auto isEmpty = [&record](const QString& list) { return record.value(list).toList().isEmpty(); };
-    QString error;
-    const auto rule = ScheduleRule::fromRecord(record, &error);
-    if (!rule) {
-        const bool weekly = record.value(Vocabulary::scheduleType).toInt() == ScheduleRule::Weekly;
-        const QVariantMap settings = record.value(Vocabulary::scheduleSettings).toMap();
-        if (weekly && settings.value(Words::weekdays).toList().isEmpty()) {
-            return tr("Choose at least one day of the week.");
-        }
-        return tr("The times make no sense.");
-    }
-    if (!rule->nextRun(momentOf(now), QTimeZone::systemTimeZone())) {
-        return tr("It would never run: its time is over.");
-    }
-    if (record.value(Vocabulary::audioID).toInt() <= 0) {
-        return tr("Choose an audio file.");
-    }
-    if (isEmpty(Vocabulary::groupIDList) && isEmpty(Vocabulary::networkAudioIDList)) {
-        return tr("Choose at least one speaker or group.");
-    }
-    return QString();
-}
 
 QString ScheduleText::nextRun(const QVariantMap& record, const QString& now) const
 {
@@ -60,7 +27,7 @@ QString ScheduleText::nextRun(const QVariantMap& record, const QString& now) con
     }
     QString error;
     const auto rule = ScheduleRule::fromRecord(record, &error);
-    const QDateTime moment = momentOf(now);
+    const QDateTime moment = ScheduleValidator::momentOf(now);
     const auto run = rule ? rule->nextRun(moment, QTimeZone::systemTimeZone()) : std::nullopt;
     if (!run) {
         return tr("not any more");

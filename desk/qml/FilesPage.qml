@@ -141,7 +141,8 @@ DeskPage {
             readonly property bool live: model.state === PlaybackModel.Asked || model.state === PlaybackModel.Playing
             title: qsTr("%1 on %2").arg(model.title).arg(model.target)
             detail: model.state === PlaybackModel.Asked ? qsTr("starting…") : model.state === PlaybackModel.Playing ? qsTr("%1 %").arg(Math.round(model.progress * 100))
-                  : model.state === PlaybackModel.Ended ? qsTr("played to the end") : qsTr("failed: %1").arg(model.problem)
+                  : model.state === PlaybackModel.Ended ? qsTr("played to the end")
+                  : model.state === PlaybackModel.Failed ? qsTr("failed: %1").arg(model.problem) : model.problem
             editable: false
             removable: false
             extraText: live ? qsTr("Stop") : qsTr("Close")

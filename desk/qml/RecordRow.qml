@@ -55,6 +55,7 @@ Item {
                 Layout.fillWidth: true
                 text: root.title
                 elide: Text.ElideRight
+                maximumLineCount: 1
                 color: Theme.text
                 font.pixelSize: Theme.textSize
             }
@@ -62,6 +63,7 @@ Item {
                 Layout.fillWidth: true
                 text: root.detail
                 elide: Text.ElideRight
+                maximumLineCount: 1
                 color: Theme.quiet
                 font.pixelSize: Theme.smallSize
             }

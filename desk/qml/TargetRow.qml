@@ -76,6 +76,7 @@ AbstractButton {
                 Layout.fillWidth: true
                 text: root.name
                 elide: Text.ElideRight
+                maximumLineCount: 1
                 color: root.offline ? Theme.quiet : Theme.text
                 font.pixelSize: Theme.textSize
             }
@@ -83,6 +84,7 @@ AbstractButton {
                 Layout.fillWidth: true
                 text: root.detail
                 elide: Text.ElideRight
+                maximumLineCount: 1
                 color: Theme.quiet
                 font.pixelSize: Theme.smallSize
             }

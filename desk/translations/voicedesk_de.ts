@@ -708,6 +708,14 @@
         <translation>keine Antwort vom Server</translation>
     </message>
     <message>
+        <source>the server cannot be asked</source>
+        <translation>der Server kann nicht gefragt werden</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; was not stopped on %2: %3</source>
+        <translation>„%1“ wurde auf %2 nicht beendet: %3</translation>
+    </message>
+    <message>
         <source>the connection to the server was lost</source>
         <translation>die Verbindung zum Server ging verloren</translation>
     </message>
@@ -837,30 +845,6 @@
 <context>
     <name>ScheduleText</name>
     <message>
-        <source>Give the schedule a name.</source>
-        <translation>Der Zeitplan braucht einen Namen.</translation>
-    </message>
-    <message>
-        <source>Choose at least one day of the week.</source>
-        <translation>Mindestens einen Wochentag wählen.</translation>
-    </message>
-    <message>
-        <source>The times make no sense.</source>
-        <translation>Die Zeiten ergeben keinen Sinn.</translation>
-    </message>
-    <message>
-        <source>It would never run: its time is over.</source>
-        <translation>Er liefe nie: seine Zeit ist vorbei.</translation>
-    </message>
-    <message>
-        <source>Choose an audio file.</source>
-        <translation>Eine Audiodatei wählen.</translation>
-    </message>
-    <message>
-        <source>Choose at least one speaker or group.</source>
-        <translation>Mindestens einen Lautsprecher oder eine Gruppe wählen.</translation>
-    </message>
-    <message>
         <source>switched off</source>
         <translation>ausgeschaltet</translation>
     </message>
@@ -891,6 +875,33 @@
     <message>
         <source>every day</source>
         <translation>jeden Tag</translation>
+    </message>
+</context>
+<context>
+    <name>ScheduleValidator</name>
+    <message>
+        <source>Give the schedule a name.</source>
+        <translation>Der Zeitplan braucht einen Namen.</translation>
+    </message>
+    <message>
+        <source>Choose at least one day of the week.</source>
+        <translation>Mindestens einen Wochentag wählen.</translation>
+    </message>
+    <message>
+        <source>The times make no sense.</source>
+        <translation>Die Zeiten ergeben keinen Sinn.</translation>
+    </message>
+    <message>
+        <source>It would never run: its time is over.</source>
+        <translation>Er liefe nie: seine Zeit ist vorbei.</translation>
+    </message>
+    <message>
+        <source>Choose an audio file.</source>
+        <translation>Eine Audiodatei wählen.</translation>
+    </message>
+    <message>
+        <source>Choose at least one speaker or group.</source>
+        <translation>Mindestens einen Lautsprecher oder eine Gruppe wählen.</translation>
     </message>
 </context>
 <context>
