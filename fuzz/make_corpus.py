@@ -402,7 +402,7 @@ def keys_of_words():
 class Steps(Provider):
     """What VariantTree.h, fuzz_commands and fuzz_replies ask for."""
 
-    commands = names_of("CommandTable.cpp", r"[({][VW]::(\w+),\s+(?:nothing|number|map\()")
+    commands = names_of("CommandTable.cpp", r"[({][VW]::(\w+),\s+(?:nothing|number|text|map\()")
     events = names_of("EventTable.cpp", r"\{V::(\w+),\s+(?:true|false)")
     keys = keys_of_words()
 
@@ -479,6 +479,11 @@ def step_seeds():
     talk.text(b"VDAP\1\x20\1\0" + struct.pack("<IIIIQ", StreamType.G711MuLaw, 8000, 0, 0, 5) + bytes(range(80)), 200)
     talk.command("StartTalkToIPAudio", 1).command("StopTalkToIPAudio", 1).command("GetCamera", None)
     write("fuzz_commands", "talk", talk.bytes())
+    # Keys that the command does not have get the names of those that it has, in their order.
+    camera = {"audioName": "Dock", "deviceName": "simulated", "ip": "10.0.0.8"}
+    cameras = Steps().command("AddCamera", camera).number(0, 0, 7).command("UpdateCamera", dict(camera, camId="3"))
+    cameras.command("GetCamera", None).command("DeleteCamera", "3")
+    write("fuzz_commands", "cameras", cameras.bytes())
 
     def start():
         return Steps().number(1, 0, 7)  # a microphone that works
