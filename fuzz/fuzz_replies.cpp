@@ -22,7 +22,7 @@ namespace V = Vocabulary;
 constexpr int deepestNesting = 3; // steps that are taken while another one runs
 constexpr int maxSteps = 200;
 
-// One that is no code of the reference server, too.
+// Also one that the reference server does not have.
 const QString codes[] = {ReturnCode::success, ReturnCode::fileRefused, QStringLiteral("1"), QString()};
 
 /** What a request's user data points to. */

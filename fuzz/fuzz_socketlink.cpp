@@ -71,22 +71,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static char name[] = "fuzz";
     static char* argv[] = {name, nullptr};
     static QCoreApplication application(argc, argv);
-    static QTcpServer door;
+    static QTcpServer listener;
     static QWebSocketServer server(QStringLiteral("fuzz"), QWebSocketServer::NonSecureMode);
-    if (!door.isListening()) {
+    if (!listener.isListening()) {
         QCoreApplication::setLibraryPaths({}); // no sound
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-        QObject::connect(&door, &QTcpServer::newConnection, &door, [] {
-            QTcpSocket* socket = door.nextPendingConnection();
+        QObject::connect(&listener, &QTcpServer::newConnection, &listener, [] {
+            QTcpSocket* socket = listener.nextPendingConnection();
             socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
             server.handleConnection(socket);
         });
-        if (!door.listen(QHostAddress::LocalHost)) {
+        if (!listener.listen(QHostAddress::LocalHost)) {
             fail("no server");
         }
     }
     SocketLinkConfig config;
-    config.url = QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(door.serverPort()));
+    config.url = QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(listener.serverPort()));
     SocketLink link(config);
     PluginHost host(link);
     bool up = false;

@@ -40,8 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     }
     file.close();
-    UserStore book;
-    if (!book.load(first) || !book.save(first)) {
+    UserStore store;
+    if (!store.load(first) || !store.save(first)) {
         std::abort();
     }
     UserStore again;
@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     for (const QByteArray& line : lines) {
         if (line.startsWith("a ") && isCheap(line.mid(2))) {
-            book.admits(QStringLiteral("a"), QStringLiteral("password"));
+            store.admits(QStringLiteral("a"), QStringLiteral("password"));
         }
     }
     return 0;

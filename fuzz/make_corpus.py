@@ -479,6 +479,11 @@ def step_seeds():
     talk.text(b"VDAP\1\x20\1\0" + struct.pack("<IIIIQ", StreamType.G711MuLaw, 8000, 0, 0, 5) + bytes(range(80)), 200)
     talk.command("StartTalkToIPAudio", 1).command("StopTalkToIPAudio", 1).command("GetCamera", None)
     write("fuzz_commands", "talk", talk.bytes())
+    # Keys that the command does not have get the names of those that it has, in their order.
+    camera = {"audioName": "Dock", "deviceName": "simulated", "ip": "10.0.0.8"}
+    cameras = Steps().command("AddCamera", camera).number(0, 0, 7).command("UpdateCamera", dict(camera, camId="3"))
+    cameras.command("GetCamera", None).command("DeleteCamera", "3")
+    write("fuzz_commands", "cameras", cameras.bytes())
 
     def start():
         return Steps().number(1, 0, 7)  # a microphone that works
