@@ -46,7 +46,7 @@ class Row:
     def __init__(self, cells):
         self.is_new = cells[0].startswith("new: ")
         self.paths = re.findall("`([^`]+)`", cells[0])
-        self.checks = re.findall("`([^`]+)`", cells[2])
+        self.checks = [check.replace("NAME", NAME) for check in re.findall("`([^`]+)`", cells[2])]
 
     def patterns(self):
         """The new files as expressions; a folder means all that is in it."""
@@ -149,7 +149,7 @@ def faults(root):
                 yield f"{recipe.title}: nothing notices that {' '.join(row.paths)} is forgotten"
             for check in row.checks:
                 name = check.split()[0]
-                if not (root / name).is_file() and name.replace("NAME", NAME) not in tests | set(recipe.own_tests()):
+                if not (root / name).is_file() and name not in tests | set(recipe.own_tests()):
                     yield f"{recipe.title}: no test {check}"
         if recipe.folder:
             yield from (f"{recipe.title}: {fault}" for fault in example_faults(root, recipe))
@@ -221,7 +221,7 @@ class Tree(mutants.Tree):
 
     def fails(self, check):
         """Runs a script or a test of the copy. Returns why it failed, or None."""
-        name, *arguments = check.replace("NAME", NAME).split()
+        name, *arguments = check.split()
         if (self.copy / name).is_file():
             status, output = mutants.run([self.copy / name], SCRIPT_LIMIT, self.copy, self.listing())
             return None if status == 0 else f"status {status}\n{output}"
