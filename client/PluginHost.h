@@ -65,7 +65,7 @@ Q_SIGNALS:
     void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
                       quint64 request, const QVariant& result);
 
-    /** Emitted for each event, before the plug-in gets it, if EventTable says that it does. */
+    /** Emitted for each event. The plug-in gets it afterwards, if EventTable says so. */
     void eventArrived(const QString& event, const QVariant& payload);
 
 private:
