@@ -65,8 +65,7 @@ Q_SIGNALS:
     void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
                       quint64 request, const QVariant& result);
 
-    /** Emitted for each event, before the plug-in gets it; it gets those alone that EventTable gives to it.
-     */
+    /** Emitted for each event. The plug-in gets it afterwards, if EventTable says so. */
     void eventArrived(const QString& event, const QVariant& payload);
 
 private:

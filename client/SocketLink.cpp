@@ -66,8 +66,7 @@ void SocketLink::open()
     m_socket.open(m_config.url);
 }
 
-/** A certificate that the server signed itself is as good as one of the system's when it is the expected one.
- */
+/** Accepts a certificate that no authority has signed if it has the expected fingerprint. */
 void SocketLink::checkCertificate(const QList<QSslError>& errors)
 {
     if (m_config.fingerprint.isEmpty() || errors.isEmpty()) {

@@ -61,8 +61,10 @@ void SocketClient::drop(const QString& reason)
     QTimer::singleShot(m_config.loginTimeout, this, [this] { m_socket->abort(); });
 }
 
-/** Leaves the closing to the client for a while: on Windows the end of a connection overtakes its last
- * message. */
+/**
+ * Closes the connection a second later, if the client has not: on Windows a close may overtake the last
+ * message.
+ */
 void SocketClient::refuse(const QString& reason)
 {
     m_loginTimer.stop();

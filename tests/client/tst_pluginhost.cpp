@@ -115,6 +115,14 @@ void TestPluginHost::linkThatRefuses()
     QCOMPARE(sent.count(), 1);
     QCOMPARE(sent[0],
              (QVariantList{"StopTalkToIPAudio", QVariant::fromValue(QVariant(4)), false, link.lastRequest}));
+    // The plug-in reports nothing of a refused playback: its number is all that a caller has.
+    const quint64 before = link.lastRequest;
+    QVERIFY(QMetaObject::invokeMethod(host.plugin(), "playAudio", Q_ARG(int, 1), Q_ARG(int, 2)));
+    QCOMPARE(sent.count(), 2);
+    QCOMPARE(sent[1][0].toString(), QStringLiteral("PlayAudio"));
+    QCOMPARE(sent[1][2], QVariant(false));
+    QVERIFY(link.lastRequest != before);
+    QCOMPARE(sent[1][3], QVariant(link.lastRequest));
 }
 
 /** A reply that comes between a loss and the next connection answers nothing, whatever its number is. */

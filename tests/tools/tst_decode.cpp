@@ -28,6 +28,7 @@ private Q_SLOTS:
     void failingPacketsAreNamed();
     void wrongUsage_data();
     void wrongUsage();
+    void inputIsKept();
     void unreadableAndUnwritableFiles();
     void helpAndVersion();
 
@@ -220,6 +221,10 @@ void TestDecode::wrongUsage_data()
     QTest::newRow("rate") << QStringList{"--codec", "pcmu", "--rate", "fast", input, "o.wav"};
     QTest::newRow("rate 0") << QStringList{"--codec", "pcmu", "--rate", "0", input, "o.wav"};
     QTest::newRow("channels") << QStringList{"--codec", "pcmu", "--channels", "256", input, "o.wav"};
+    QTest::newRow("packing of another codec")
+        << QStringList{"--codec", "pcmu", "--packing", "left", input, "o.wav"};
+    QTest::newRow("bit rate of another codec")
+        << QStringList{"--codec", "aac", "--bit-rate", "32000", input, "o.wav"};
     QTest::newRow("packing") << QStringList{"--codec", "g726", "--packing", "up", input, "o.wav"};
     QTest::newRow("unknown option") << QStringList{"--loud", "--codec", "pcmu", input, "o.wav"};
 }
@@ -231,6 +236,18 @@ void TestDecode::wrongUsage()
     QCOMPARE(result.status, 1);
     QVERIFY(result.errors.startsWith("voicedesk-decode: "));
     QVERIFY(result.errors.contains("--help"));
+}
+
+void TestDecode::inputIsKept()
+{
+    const QByteArray dump = record(QByteArray(160, 'x'));
+    writeFile(path("kept.rec"), dump);
+    for (const QString& output : {path("kept.rec"), m_folder.path() + "/./kept.rec"}) {
+        const Run result = run({"--codec", "pcmu", path("kept.rec"), output});
+        QCOMPARE(result.status, 1);
+        QVERIFY(result.errors.contains("kept.rec is INPUT and OUTPUT"));
+        QCOMPARE(fileContents(path("kept.rec")), dump);
+    }
 }
 
 void TestDecode::unreadableAndUnwritableFiles()

@@ -8,6 +8,7 @@
 #include "src/vocabulary/StreamType.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 #include "system/MediaFiles.h"
 
@@ -110,6 +111,24 @@ const Codec* findCodec(const QCommandLineParser& parser, QString* error)
     return nullptr;
 }
 
+/** An option that was given although it is for G.726 alone and the codec is another; empty for none. */
+QString optionOfAnotherCodec(const QCommandLineParser& parser, const Codec& codec)
+{
+    for (const char* const name : {"bit-rate", "packing"}) {
+        if (codec.streamType != StreamType::G726 && parser.isSet(QLatin1String(name))) {
+            return QLatin1String(name);
+        }
+    }
+    return QString();
+}
+
+/** Whether both paths lead to one file, which the output would overwrite before it is read. */
+bool areTheSameFile(const QString& input, const QString& output)
+{
+    const QFileInfo first(input);
+    return first.isFile() && first.canonicalFilePath() == QFileInfo(output).canonicalFilePath();
+}
+
 std::optional<Options> readOptions(const QCommandLineParser& parser, QString* error)
 {
     if (parser.positionalArguments().size() != 2) {
@@ -118,6 +137,10 @@ std::optional<Options> readOptions(const QCommandLineParser& parser, QString* er
     }
     const Codec* codec = findCodec(parser, error);
     if (codec == nullptr) {
+        return std::nullopt;
+    }
+    if (const QString option = optionOfAnotherCodec(parser, *codec); !option.isEmpty()) {
+        *error = QStringLiteral("--%1 is for g726 alone").arg(option);
         return std::nullopt;
     }
     constexpr std::uint32_t maxRate = 768000;
@@ -140,6 +163,10 @@ std::optional<Options> readOptions(const QCommandLineParser& parser, QString* er
     options.codec = codec;
     options.input = parser.positionalArguments().at(0);
     options.output = parser.positionalArguments().at(1);
+    if (areTheSameFile(options.input, options.output)) {
+        *error = QStringLiteral("%1 is INPUT and OUTPUT").arg(options.input);
+        return std::nullopt;
+    }
     options.raw = parser.isSet(QStringLiteral("raw"));
     options.stream.streamType = codec->streamType;
     options.stream.sampleRate = *rate;
