@@ -56,7 +56,7 @@ QList<QCommandLineOption> ClientOptions::recordsOptions()
         valueOption("output", "Folder of recordings (default: recordings).", "folder",
                     QStringLiteral("recordings")),
         QCommandLineOption(QStringLiteral("simulate"),
-                           QStringLiteral("Give the server of this program simulated cameras.")),
+                           QStringLiteral("Give the server of this program simulated cameras and speakers.")),
     };
 }
 
@@ -105,6 +105,7 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         options.secret = QString::fromUtf8(file.readAll()).trimmed();
     }
     options.simulated.hasCameras = parser.isSet(QStringLiteral("simulate"));
+    options.simulated.hasSpeakers = options.simulated.hasCameras;
     options.simulated.cameras = defaultCameras();
     options.embedded.dataDirectory = QDir(parser.value(QStringLiteral("data"))).absolutePath();
     options.simulated.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();

@@ -16,11 +16,11 @@ inline constexpr int maxFileBytes = 32 << 20;   ///< Bytes of an audio file.
 inline constexpr int maxProgressPercent = 100;  ///< Percent; the progress of a playback that has ended.
 
 // Lists of all records of a kind, each of which is one reply.
-inline constexpr int maxCameras = 10000;
-inline constexpr int maxDevices = 10000;
-inline constexpr int maxGroups = 10000;
-inline constexpr int maxSchedules = 10000;
-inline constexpr int maxFiles = 10000;
+inline constexpr int maxCameras = 10000;     ///< Cameras of the records.
+inline constexpr int maxDevices = 10000;     ///< IP audio devices.
+inline constexpr int maxGroups = 10000;      ///< Groups of devices.
+inline constexpr int maxSchedules = 10000;   ///< Schedules.
+inline constexpr int maxFiles = 10000;       ///< Audio files.
 inline constexpr int maxListBytes = 4 << 20; ///< Bytes of the texts of one list.
 
 // Talks.

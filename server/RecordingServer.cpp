@@ -203,7 +203,7 @@ void RecordingServer::applyCameraRecords()
     }
 }
 
-/** Tells all clients once, however many changes there are at a time. */
+/** Raises one event for each client, however many changes there are at a time. */
 void RecordingServer::reportCameras()
 {
     if (m_camerasReported) {
@@ -254,7 +254,7 @@ void RecordingServer::registerPlayback()
         [this](ServerSession&, const QVariant& payload, quint64) { return m_playback.stopGroup(payload); };
 }
 
-/** What keeps a speaker from talking is told in "error" of a success: so the client hears of it in words. */
+/** What prevents a talk to a speaker is in "error" of a success, the only text that the client passes on. */
 std::optional<ServerReply> RecordingServer::startTalkToIPAudio(ServerSession& session,
                                                                const QVariant& payload)
 {

@@ -21,8 +21,8 @@ struct ServerConfig
     DeviceKinds devices;   ///< Which cameras and speakers there can be.
     QString dataDirectory; ///< Of the database and the audio files, for this process alone as long as
                            ///< the server lives; empty: they end with the server.
-    ServerClock clock;
-    TalkLimits talkLimits;
+    ServerClock clock;     ///< Of the schedules.
+    TalkLimits talkLimits; ///< How long talks wait for their devices.
 };
 
 /**
@@ -38,19 +38,21 @@ class RecordingServer : public QObject, public CommandExecutor
     Q_OBJECT
 
 public:
+    /** Opens the data folder and the database, and starts the schedules; see isOpen. */
     explicit RecordingServer(ServerConfig config);
 
+    /** Returns how it was set up. */
     const ServerConfig& config() const { return m_config; }
 
-    /** Whether its records can be read and written; errorString says why not. Else every command is refused.
-     */
+    /** Returns whether its records can be read and written; every command is refused otherwise. */
     bool isOpen() const { return m_errorString.isEmpty(); }
+    /** Returns why it is not open, for people; empty when it is. */
     QString errorString() const { return m_errorString; }
 
-    /** Looks for schedules that are due, beside the regular looks. */
+    /** Checks for due schedules now, besides the regular checks. */
     void checkDueSchedules() { m_scheduleRunner.checkDue(); }
 
-    /** The names of the commands that it executes: those of CommandTable. */
+    /** Returns the names of the commands that it executes: those of CommandTable. */
     QStringList commands() const { return m_executors.keys(); }
 
     std::optional<ServerReply> execute(ServerSession& session, const QString& command,

@@ -15,13 +15,13 @@ public:
     /**
      * Executes one command.
      *
-     * @param request what the client calls it: the replies that come later carry it
+     * @param request the client's number, which later replies carry
      * @return the reply; nothing when it comes later, or never
      */
     virtual std::optional<ServerReply> execute(ServerSession& session, const QString& command,
                                                const QVariant& payload, quint64 request) = 0;
 
-    /** Takes notice of a new session. */
+    /** Registers a new session, which from then on receives events. */
     virtual void openSession(ServerSession& session) = 0;
 
     /** Frees what a session holds. */

@@ -12,6 +12,7 @@ class ServerSession;
 class LateReply
 {
 public:
+    /** @param command and @p request of the reply */
     LateReply(ServerSession& session, QString command, quint64 request);
 
     /** Sends the reply, unless the session is gone. Once. */
@@ -36,10 +37,11 @@ public:
     explicit ServerSession(CommandExecutor& executor);
     ~ServerSession() override;
 
-    /** Takes a command. @param request the client's number for it, which each reply carries */
+    /** Executes a command; replied follows. @param request the client's number for it, which each reply
+     * carries */
     void submit(const QString& command, const QVariant& payload, quint64 request);
 
-    /** Sends a reply on; commands that take their time are answered more than once. */
+    /** Emits replied later; a command that takes long has several replies. */
     void sendReply(const QString& command, quint64 request, const ServerReply& reply);
 
     /**
@@ -48,10 +50,10 @@ public:
      */
     LateReply replyLater();
 
-    /** Tells the client of an event whose fields are the payload itself. */
+    /** Emits eventRaised later, with the fields as the payload. */
     void raisePlainEvent(const QString& event, const QVariantMap& fields);
 
-    /** Tells the client of an event whose fields stand in a map under the event's own name. */
+    /** Emits eventRaised later, with the fields in a map under the event's own name. */
     void raiseEvent(const QString& event, const QVariantMap& fields);
 
 Q_SIGNALS:

@@ -9,21 +9,22 @@
 /** A camera as a back end knows it. */
 struct Camera
 {
-    QString id;
-    QString name;
+    QString id;         ///< Unique on the server.
+    QString name;       ///< For people.
     bool online = true; ///< As far as the back end knows.
-    QString kind{};
-    QString address{}; ///< Empty for one that is not in the server's records.
+    QString kind{};     ///< Name of its CameraKind.
+    QString address{};  ///< Empty for one that is not in the server's records.
 };
 
 /** A camera of the server's records. */
 struct CameraRecord
 {
-    QString id;
-    QString name;
-    QString kind;
-    QString address;
+    QString id;      ///< The number of the record as text.
+    QString name;    ///< For people.
+    QString kind;    ///< Name of its CameraKind.
+    QString address; ///< IPv4, IPv6 or a host name.
 
+    /** Compares all fields. */
     bool operator==(const CameraRecord& other) const
     {
         return id == other.id && name == other.name && kind == other.kind && address == other.address;

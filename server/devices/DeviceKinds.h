@@ -10,21 +10,20 @@
 /** One kind of cameras, and what makes its back end for one server. */
 struct CameraKind
 {
-    QString name; ///< As camera records give it.
-    std::function<std::unique_ptr<CameraBackend>()> makeBackend;
+    QString name;                                                ///< As camera records give it.
+    std::function<std::unique_ptr<CameraBackend>()> makeBackend; ///< Never returns null.
 };
 
 /** One kind of speakers, and what makes its back end for one server. */
 struct SpeakerKind
 {
-    QString name;
-    std::function<std::unique_ptr<SpeakerBackend>()> makeBackend;
+    QString name;                                                 ///< Of the kind.
+    std::function<std::unique_ptr<SpeakerBackend>()> makeBackend; ///< Never returns null.
 };
 
-/** The kinds of devices that a server knows: one entry each. Of several kinds that serve a speaker the first
- * counts. */
+/** The kinds of devices that a server knows: one entry each. */
 struct DeviceKinds
 {
-    std::vector<CameraKind> cameras;
-    std::vector<SpeakerKind> speakers;
+    std::vector<CameraKind> cameras;   ///< By name.
+    std::vector<SpeakerKind> speakers; ///< The first that serves a speaker counts.
 };

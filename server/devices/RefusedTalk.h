@@ -6,6 +6,7 @@
 class RefusedTalk : public DeviceTalk
 {
 public:
+    /** Emits refused later. @param returnCode see ReturnCode @param reason for people */
     RefusedTalk(const QString& returnCode, const QString& reason)
     {
         QMetaObject::invokeMethod(

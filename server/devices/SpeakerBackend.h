@@ -12,19 +12,19 @@
 /** A network speaker, as the server's records have it. */
 struct Speaker
 {
-    int id = 0;
-    QString name;
-    QString address;
-    int port = 0;
-    QString username;
-    QString password;
+    int id = 0;       ///< Of the record.
+    QString name;     ///< For people.
+    QString address;  ///< IPv4, IPv6 or a host name.
+    int port = 0;     ///< 1 to 65535.
+    QString username; ///< Of its login.
+    QString password; ///< Of its login; empty where nobody logs in.
 };
 
 /** Sound that a back end takes when it needs some: 16-bit mono. Used by one thread at a time, any one. */
 class SoundSource
 {
 public:
-    static constexpr int sampleRate = 16000; // Hz
+    static constexpr int sampleRate = 16000; ///< Hz
 
     virtual ~SoundSource() = default;
 
@@ -63,12 +63,13 @@ class SpeakerBackend : public QObject
     Q_OBJECT
 
 public:
+    /** A moment of the clock that all back ends share. */
     using Time = std::chrono::steady_clock::time_point;
 
-    /** Whether a speaker is one of this kind, by its address. */
+    /** Returns whether a speaker is one of this kind, by its address. */
     virtual bool serves(const Speaker& speaker) const = 0;
 
-    /** Whether one of its speakers is there, as far as the back end knows. */
+    /** Returns whether one of its speakers is online, as far as the back end knows. */
     virtual bool isOnline(const Speaker& speaker) const = 0;
 
     /** Starts to open a talk. @return never null; the talk's signals report how it goes */

@@ -9,7 +9,7 @@
 /** One packet of what a camera or a speaker says. */
 struct VoicePacket
 {
-    QByteArray bitstream;
+    QByteArray bitstream;          ///< Without a header.
     std::uint32_t streamType = 0;  ///< The codec, see src/vocabulary/StreamType.h.
     int sampleRate = 0;            ///< Hz, one channel.
     unsigned frames = 1;           ///< Codec frames in the bitstream.

@@ -16,7 +16,7 @@ class FileSource;
 class ServerSession;
 
 /**
- * Plays files of the library on speakers.
+ * Plays files of the library on speakers. All calls are on the server's thread.
  *
  *   PlayAudio, PlayGroupAudio, a schedule --> Playback --> SpeakerPlayback, one for each back end
  *                                                '--> replies with the progress, PlayAudioFailed
@@ -35,27 +35,60 @@ class PlaybackService : public QObject
     Q_OBJECT
 
 public:
-    /** @param backends outlive the object; of several that serve a speaker the first counts */
+    /** All arguments outlive the object. @param backends of several that serve a speaker the first counts */
     PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files,
                     std::vector<SpeakerBackend*> backends);
     ~PlaybackService() override;
 
-    /** @param request of the command, which its progress carries */
+    /**
+     * Plays a file on a device.
+     *
+     * @param command PlayAudio or AlarmPlayIPAudio
+     * @param payload a map: ipAudioId, audioFileId (int), alarmName (QString, may be absent)
+     * @param request of the command, which its later replies carry
+     * @return success with progress 0, or noSuchFile, noSuchDevice, speakerOffline, brokenFile or
+     * storageFailed, each with the id of the device
+     */
     ServerReply play(ServerSession& session, const QString& command, const QVariant& payload,
                      quint64 request);
+
+    /**
+     * Plays a file on the devices of a group that are online, in step.
+     *
+     * @param command PlayGroupAudio
+     * @param payload a map: groupID, audioFileId (int)
+     * @param request of the command, which its later replies carry
+     * @return as play, or noSuchGroup or nothingToPlayOn; a refusal has the id of the group. playAudioFailed
+     * is emitted for each device that is offline
+     */
     ServerReply playGroup(ServerSession& session, const QString& command, const QVariant& payload,
                           quint64 request);
+
+    /**
+     * Stops what a device plays, whoever asked for it.
+     *
+     * @param payload the id, an int
+     * @return success also when nothing plays, or noSuchDevice or storageFailed with the id
+     */
     ServerReply stop(const QVariant& payload);
+
+    /**
+     * Stops what the devices of a group play, whoever asked for it.
+     *
+     * @param payload the id, an int
+     * @return success also when nothing plays, or noSuchGroup or storageFailed with the id
+     */
     ServerReply stopGroup(const QVariant& payload);
 
-    /** Plays a file for nobody in particular; what fails is told by playAudioFailed alone. */
+    /** Plays a file that no client asked for, as a schedule does; playAudioFailed alone reports what fails.
+     */
     void playUnasked(int file, const QList<int>& devices, const QString& alarmName);
 
-    /** The back end that reaches a speaker; null when there is none, or the speaker is offline. */
+    /** Returns the back end that reaches a speaker; null when there is none, or the speaker is offline. */
     SpeakerBackend* backendOf(const Speaker& speaker) const;
 
 Q_SIGNALS:
-    /** The fields of a PlayAudioFailed event. */
+    /** A device does not play. @param fields those of a PlayAudioFailed event */
     void playAudioFailed(const QVariantMap& fields);
 
 private:

@@ -23,7 +23,8 @@ struct TalkLimits
 };
 
 /**
- * The talks of all clients: opens them, carries what is said in both directions, and closes them.
+ * The talks of all clients: opens them, carries the sound in both directions, and closes them. All calls are
+ * on the server's thread.
  *
  *   StartTalk --> DeviceTalk --> opened: reply with a token --> TalkData to the token's device ... -->
  * StopTalk
@@ -45,8 +46,13 @@ public:
     explicit TalkService(std::vector<CameraBackend*> cameras, TalkLimits limits = TalkLimits());
     ~TalkService() override;
 
-    /** Opens a talk to a camera. @param payload a map: camId, relayPath. @return nothing when it is being
-     * opened */
+    /**
+     * Opens a talk to a camera.
+     *
+     * @param payload a map: camId, relayPath
+     * @return nothing when it is being opened; the later reply is a map: camId, talkToken, relayPath, or a
+     * refusal. Or noSuchCamera, cameraOffline or malformedRequest, for too many talks
+     */
     std::optional<ServerReply> startTalk(ServerSession& session, const QVariant& payload);
 
     /**
@@ -61,7 +67,20 @@ public:
     /** Closes a session's talks to a speaker, also those that are being opened. */
     ServerReply stopTalkToSpeaker(ServerSession& session, int device);
 
+    /**
+     * Closes a talk of the session.
+     *
+     * @param payload a map: talkToken
+     * @return success, or noSuchTalk
+     */
     ServerReply stopTalk(ServerSession& session, const QVariant& payload);
+
+    /**
+     * Sends one talk packet to open talks of the session; one whose target is lost swallows it.
+     *
+     * @param payload a map: targets, talkData; see docs/PROTOCOL.md
+     * @return success, malformedRequest, or noSuchTalk or badTalkPacket when one of several targets fails
+     */
     ServerReply talkData(ServerSession& session, const QVariant& payload);
 
     /** Closes all talks of a session that goes away. */
@@ -72,9 +91,9 @@ private:
     {
         enum State
         {
-            Opening,
-            Open,
-            Lost, ///< The session has others, and goes on sending to this one.
+            Opening, ///< The request is not answered.
+            Open,    ///< The client has its token.
+            Lost,    ///< The session has others, and goes on sending to this one.
         };
 
         ServerSession* session;

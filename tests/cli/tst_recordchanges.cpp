@@ -219,7 +219,7 @@ void TestRecordChanges::names()
     QCOMPARE(two.status, 4);
     QVERIFY2(two.err.contains("2 records") && two.err.contains("\"tone.wav\""), qPrintable(two.err));
     QCOMPARE(run({"files", "delete", "2"}).status, 0);
-    const ProgramRun played = run({"play", "--group", "Yard", "--file", "tone.wav"});
+    const ProgramRun played = run({"play", "--group", "Yard", "--file", "tone.wav", "--simulate"});
     QVERIFY2(played.status == 0, qPrintable(played.err));
     QVERIFY(!played.err.contains("Uploading")); // the server's comes first
     const ProgramRun absent = run({"devices", "delete", "Attic"});
@@ -258,7 +258,7 @@ void TestRecordChanges::changesAsJson()
     const QJsonObject summary = QJsonDocument::fromJson(talk.out.toUtf8()).object();
     QVERIFY2(summary["packetsSent"].toInt() > 3, qPrintable(talk.out + talk.err));
     QCOMPARE(summary["recordings"].toArray().size(), 1);
-    const ProgramRun said = run({"say", "--device", "Dock", "--source", "tone.wav", "--json"});
+    const ProgramRun said = run({"say", "--device", "Dock", "--source", "tone.wav", "--json", "--simulate"});
     const QJsonObject result = QJsonDocument::fromJson(said.out.toUtf8()).object();
     QVERIFY2(result["packetsSent"].toInt() > 3, qPrintable(said.out + said.err));
     QCOMPARE(result["devices"].toArray(), QJsonArray{1});
@@ -268,7 +268,12 @@ void TestRecordChanges::localFileIsPlayedAndDeleted()
 {
     addSpeakers();
     QVERIFY(WavFiles::write(m_folder->filePath("here.wav"), WavFiles::sine(440, 0.5, 0.5, 16000), 16000));
-    const ProgramRun played = run({"play", "--device", "Gate", "--file", "here.wav", "--output", "out"});
+    // A speaker of a kind that the server does not have is offline.
+    const ProgramRun offline = run({"play", "--device", "Gate", "--file", "here.wav", "--output", "out"});
+    QCOMPARE(offline.status, 4);
+    QVERIFY2(offline.err.contains("offline"), qPrintable(offline.err));
+    const ProgramRun played =
+        run({"play", "--device", "Gate", "--file", "here.wav", "--output", "out", "--simulate"});
     QVERIFY2(played.status == 0, qPrintable(played.err));
     QVERIFY(WavFiles::read(m_folder->filePath("out/speaker-1-1.wav")).size() > 7000);
     QCOMPARE(run({"files", "list", "--json"}).json().size(), 0);
@@ -279,7 +284,8 @@ void TestRecordChanges::refusedSpeakerOfTwo()
 {
     addSpeakers();
     QVERIFY(WavFiles::write(m_folder->filePath("here.wav"), WavFiles::sine(440, 0.5, 0.5, 16000), 16000));
-    const ProgramRun said = run({"say", "--device", "2,99", "--source", "here.wav", "--output", "out"});
+    const ProgramRun said =
+        run({"say", "--device", "2,99", "--source", "here.wav", "--output", "out", "--simulate"});
     QCOMPARE(said.status, 4);
     QVERIFY2(said.err.contains("device 99: no device has the id 99"), qPrintable(said.err));
     QVERIFY2(said.out.contains("packets sent"), qPrintable(said.out)); // the other one heard it

@@ -101,7 +101,8 @@ void TestRecordCommands::startServer(const QString& kind, const QStringList& mor
     }
     m_server = std::make_unique<QProcess>();
     m_server->setWorkingDirectory(m_folder->path());
-    QStringList arguments{"serve", "--listen", "127.0.0.1:0", "--add-user", "anna", "--data", "data"};
+    QStringList arguments{"serve", "--listen", "127.0.0.1:0", "--add-user",
+                          "anna",  "--data",   "data",        "--simulate"};
     if (kind == "wss") {
         arguments.append("--tls");
     }
@@ -123,7 +124,8 @@ void TestRecordCommands::startServer(const QString& kind, const QStringList& mor
 ProgramRun TestRecordCommands::run(QStringList arguments, bool withServer)
 {
     if (withServer) {
-        arguments += m_serverArguments.isEmpty() ? QStringList{"--data", "data"} : m_serverArguments;
+        arguments +=
+            m_serverArguments.isEmpty() ? QStringList{"--data", "data", "--simulate"} : m_serverArguments;
     }
     return ProgramRun::of("voicedesk", m_folder->path(), arguments);
 }

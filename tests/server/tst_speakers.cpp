@@ -20,6 +20,7 @@ private Q_SLOTS:
     void groupStopLeavesOthers();
     void newFileTakesThePlace();
     void offlineSpeaker();
+    void kindThatIsNotThere();
     void offlineMember();
     void brokenFile();
     void emptyGroup();
@@ -227,6 +228,23 @@ void TestSpeakers::offlineSpeaker()
                                                      {"audioName", "tone.wav"},
                                                      {"error", "the device is offline"},
                                                      {"alarmName", ""}}));
+}
+
+void TestSpeakers::kindThatIsNotThere()
+{
+    SimulatedConfig none;
+    none.hasSpeakers = false;
+    ServerHarness harness(ServerConfig(), none);
+    harness.addDevice("Gate");
+    harness.upload(path("tone.wav"));
+    QCOMPARE(harness.ask("RetrieveIPAudioModel").result.toList().size(), 1); // its record is kept
+    const ServerReply played = harness.ask("PlayAudio", play(1, 1));
+    QCOMPARE(played.returnCode, QString("206"));
+    QVERIFY(ServerHarness::waitFor([&] { return !harness.events.empty(); }));
+    QCOMPARE(harness.events[0].payload["error"], QVariant("the device is offline"));
+    const ServerReply talk = harness.ask("StartTalkToIPAudio", 1);
+    QCOMPARE(talk.returnCode, QString("0"));
+    QCOMPARE(talk.result.toMap(), (QVariantMap{{"error", "\"Gate\" is offline"}}));
 }
 
 void TestSpeakers::offlineMember()

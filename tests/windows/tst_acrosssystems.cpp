@@ -120,8 +120,8 @@ void TestAcrossSystems::serve()
     m_server = std::make_unique<QProcess>();
     m_server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     start(*m_server, m_desk == Windows ? Linux : Windows, QStringLiteral("voicedesk"),
-          {"serve", "--listen", "127.0.0.1:0", "--tls", "--add-user", QStringLiteral("Änne"), "--data",
-           QStringLiteral("Daten ñ 数"), "--output", QStringLiteral("Aufnahmen ö 録")});
+          {"serve", "--listen", "127.0.0.1:0", "--tls", "--simulate", "--add-user", QStringLiteral("Änne"),
+           "--data", QStringLiteral("Daten ñ 数"), "--output", QStringLiteral("Aufnahmen ö 録")});
     QByteArray said;
     QTRY_VERIFY_WITH_TIMEOUT(
         (m_server->waitForReadyRead(50), said += m_server->readAllStandardOutput(), said.count('\n') >= 2),

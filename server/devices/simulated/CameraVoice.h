@@ -19,16 +19,17 @@
 /** What a simulated camera says during a talk. */
 struct CameraVoiceConfig
 {
+    /** What it says. */
     enum Kind
     {
-        Silent,
-        Echo, ///< What it hears, later.
-        File, ///< A sound file, once; of a codec without an encoder here, a packet dump.
+        Silent, ///< Nothing.
+        Echo,   ///< What it hears, later.
+        File,   ///< A sound file, once; of a codec without an encoder here, a packet dump.
     };
-    Kind kind = Silent;
-    const Codec* codec = Codec::byType(StreamType::G711MuLaw);
-    int echoDelay = 0; ///< ms
-    QString file;
+    Kind kind = Silent;                                        ///< What it says.
+    const Codec* codec = Codec::byType(StreamType::G711MuLaw); ///< Of its packets.
+    int echoDelay = 0;                                         ///< ms
+    QString file;                                              ///< For File.
 };
 
 /** The voice of a camera in one talk: PCM in, packets out, at the pace of live sound. */
@@ -37,13 +38,14 @@ class CameraVoice : public QObject
     Q_OBJECT
 
 public:
+    /** Makes a voice that does not speak yet. */
     explicit CameraVoice(const CameraVoiceConfig& config);
     ~CameraVoice() override;
 
     /** Starts to speak, for a camera that speaks by itself; false when its file cannot be read. */
     bool start();
 
-    /** Says nothing more. */
+    /** Ends the voice; spoke is not emitted any more. */
     void stop();
 
     /**
@@ -55,6 +57,7 @@ public:
     void hear(std::uint32_t position, const std::vector<std::int16_t>& samples);
 
 Q_SIGNALS:
+    /** Emitted for each packet, when it is due. */
     void spoke(const VoicePacket& packet);
 
 private:

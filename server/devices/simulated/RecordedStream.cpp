@@ -22,7 +22,7 @@ int framesIn(const QByteArray& bitstream, const Codec& codec)
     return frameBytes != 0 ? std::max(size / frameBytes, 1) : 1;
 }
 
-/** Frames that each start with a byte that tells their type, and so their length. */
+/** Frames that each start with a byte that gives their type, and so their length. */
 int framesOfG729A(const QByteArray& bitstream, const Codec& codec)
 {
     const auto speechFrame = static_cast<int>(codec.frameBytes);
@@ -43,7 +43,7 @@ RecordedPacket describe(const QByteArray& bitstream, const Codec& codec)
             static_cast<std::uint32_t>(std::int64_t{bitstream.size()} * 8 * codec.rate / codec.bitRate);
         return packet;
     }
-    // The number that is told gives decoders their limit for one frame of G.729A: a short one must not lower
+    // The number in the packet is the limit of decoders for one frame of G.729A: a short one must not lower
     // it.
     packet.frames = static_cast<unsigned>(framesIn(bitstream, codec));
     const int sounding =

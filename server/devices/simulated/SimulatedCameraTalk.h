@@ -14,6 +14,7 @@ public:
     /** @param path the recording; replaced when it exists */
     SimulatedCameraTalk(const QString& path, const CameraVoiceConfig& voice);
 
+    /** Returns whether the recording can be written. */
     bool isRecording() const { return m_writer.isOpen(); }
 
     /** Opens the line; false when the camera's voice cannot be read or encoded. */

@@ -12,6 +12,7 @@
 class SimulatedCameras : public CameraBackend
 {
 public:
+    /** Makes the cameras of a configuration; those of the records follow. */
     explicit SimulatedCameras(SimulatedConfig config) : m_config(std::move(config)) {}
 
     void setRecords(const QList<CameraRecord>& records) override;

@@ -12,10 +12,10 @@
 /** What a simulated camera is and how it behaves. */
 struct SimulatedCamera
 {
-    QString id;
-    QString name;
-    bool online = true; ///< An offline camera refuses every talk.
-    CameraVoiceConfig voice{};
+    QString id;                ///< Unique.
+    QString name;              ///< For people.
+    bool online = true;        ///< An offline camera refuses every talk.
+    CameraVoiceConfig voice{}; ///< What it says.
 };
 
 /** Where simulated devices have written what they heard and played. */
@@ -36,7 +36,8 @@ struct SimulatedConfig
     QString recordingDirectory;           ///< Created when something is recorded.
     QSet<QString> offlineAddresses;       ///< Speakers at these addresses are not there.
     bool speakersAloud = false;           ///< Speakers are also heard on this machine.
-    std::shared_ptr<SimulatedRecordings> recordings = std::make_shared<SimulatedRecordings>();
+    std::shared_ptr<SimulatedRecordings> recordings =
+        std::make_shared<SimulatedRecordings>(); ///< Filled by the devices.
 };
 
 /** The kind of simulated devices, as camera records give it. */

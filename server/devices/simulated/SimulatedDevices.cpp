@@ -36,7 +36,10 @@ DeviceKinds simulatedDevices(const SimulatedConfig& config)
         kinds.cameras.push_back(
             {simulatedKind(), [config] { return std::make_unique<SimulatedCameras>(config); }});
     }
-    kinds.speakers.push_back(
-        {simulatedKind(), [config] { return std::make_unique<SimulatedSpeakers>(config); }});
+    // Who says how simulated speakers behave wants some.
+    if (config.hasSpeakers || config.speakersAloud || !config.offlineAddresses.isEmpty()) {
+        kinds.speakers.push_back(
+            {simulatedKind(), [config] { return std::make_unique<SimulatedSpeakers>(config); }});
+    }
     return kinds;
 }

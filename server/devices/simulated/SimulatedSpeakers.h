@@ -8,6 +8,7 @@
 class SimulatedSpeakers : public SpeakerBackend
 {
 public:
+    /** Makes speakers for any addresses; those of the configuration are offline. */
     explicit SimulatedSpeakers(const SimulatedConfig& config);
 
     bool serves(const Speaker& /*speaker*/) const override { return true; }

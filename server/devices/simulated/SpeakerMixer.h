@@ -27,12 +27,13 @@ class SpeakerMixer : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int sampleRate = SpeakerRecording::sampleRate; // Hz, mono
-    static constexpr int stepTime = 20;                             // ms
+    static constexpr int sampleRate = SpeakerRecording::sampleRate; ///< Hz, mono
+    static constexpr int stepTime = 20;                             ///< ms
 
     /** Appends up to so many samples; false when there will be no more. */
     using Source = std::function<bool(std::size_t count, std::vector<std::int16_t>& out)>;
 
+    /** A moment of the clock that all back ends share. */
     using Time = std::chrono::steady_clock::time_point;
 
     /**
@@ -46,6 +47,7 @@ public:
     /** Plays a source on speakers from the first step after @p start on; returns its number. */
     int addSource(const QList<int>& speakers, Source source, Time start = Time());
 
+    /** Stops a source at once; does nothing for an unknown number. */
     void removeSource(int number);
 
     /** Moves a running source to other speakers. */

@@ -10,14 +10,16 @@
 class SpeakerRecording
 {
 public:
-    static constexpr int sampleRate = 16000;      // Hz
-    static constexpr std::uint64_t maxPause = 10; // s; a longer one is cut to it
+    static constexpr int sampleRate = 16000;      ///< Hz
+    static constexpr std::uint64_t maxPause = 10; ///< s; a longer one is cut to it
 
     /** @param path empty for a recording that cannot be written. Time 0 is the start of the server. */
     explicit SpeakerRecording(const QString& path) : m_path(path), m_writer(path, sampleRate) {}
 
+    /** Returns the file's path. */
     const QString& path() const { return m_path; }
 
+    /** Returns whether it can be written. */
     bool isOpen() const { return m_writer.isOpen(); }
 
     /** @param position of the first sample on the server's time line, samples */

@@ -14,6 +14,7 @@
 class SpeakerTalk : public DeviceTalk
 {
 public:
+    /** Adds the talk to what a speaker plays. @param speaker its id */
     SpeakerTalk(SpeakerMixer& rack, int speaker);
     ~SpeakerTalk() override;
     SpeakerTalk(const SpeakerTalk&) = delete;
