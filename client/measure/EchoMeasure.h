@@ -18,10 +18,10 @@ struct EchoMeasure
     /**
      * Searches the recorded output for the captured speech, piece by piece.
      *
-     * @param said     the captured speech, mono
-     * @param heard    the recorded output, mono, at the same rate, with times of the same clock
+     * @param captured the captured speech, mono
+     * @param received the recorded output, mono, at the same rate, with times of the same clock
      * @param maxDelay the longest delay that is searched, seconds
-     * @return empty when no piece was found, or nothing was said
+     * @return empty when no piece was found, or nothing was captured
      */
     static std::optional<EchoMeasure> between(const TimedSound& captured, const TimedSound& received,
                                               double maxDelay);
