@@ -69,8 +69,8 @@ protected:
     /** The role name of a field, and its type. */
     struct FieldType
     {
-        QByteArray role;
-        QMetaType::Type type;
+        QByteArray role;      ///< As the plug-in names it.
+        QMetaType::Type type; ///< Of its values.
     };
 
     /**

@@ -21,16 +21,27 @@
 class Desk : public QObject
 {
     Q_OBJECT
+    /** The plug-in, with types. */
     Q_PROPERTY(PluginClient* plugin READ plugin CONSTANT)
+    /** The connection to a server. */
     Q_PROPERTY(DeskConnection* connection READ connection CONSTANT)
+    /** The time-outs of requests, and which was answered last. */
     Q_PROPERTY(RequestTimeouts* watch READ watch CONSTANT)
+    /** The cameras and speakers that can be talked to. */
     Q_PROPERTY(TargetModel* targets READ targets CONSTANT)
+    /** The talk. Null until load has succeeded. */
     Q_PROPERTY(TalkControl* talk READ talk CONSTANT)
+    /** The levels of the talk. */
     Q_PROPERTY(TalkMeters* meters READ meters CONSTANT)
+    /** The playbacks that were asked for. Null until load has succeeded. */
     Q_PROPERTY(PlaybackModel* playback READ playback CONSTANT)
+    /** What schedules mean, for people. */
     Q_PROPERTY(ScheduleText* schedules READ schedules CONSTANT)
+    /** The check of a schedule before it is saved. */
     Q_PROPERTY(ScheduleValidator* scheduleValidator READ scheduleValidator CONSTANT)
+    /** What is remembered of the user's choices. */
     Q_PROPERTY(DeskSettings* settings READ settings CONSTANT)
+    /** Values and limits of the protocol. */
     Q_PROPERTY(ProtocolConstants* protocol READ protocol CONSTANT)
 
 public:
@@ -40,27 +51,40 @@ public:
 
     /** Loads the plug-in; false, with errorString, when that fails. */
     bool load();
+    /** Returns why load failed. */
     QString errorString() const { return m_errorString; }
 
+    /** Returns the property plugin. */
     PluginClient* plugin() { return &m_plugin; }
+    /** Returns the property connection. */
     DeskConnection* connection() { return &m_connection; }
+    /** Returns the property watch. */
     RequestTimeouts* watch() { return &m_watch; }
+    /** Returns the property targets. */
     TargetModel* targets() { return &m_targets; }
+    /** Returns the property talk. */
     TalkControl* talk() { return m_talk ? &*m_talk : nullptr; }
+    /** Returns the property meters. */
     TalkMeters* meters() { return &m_meters; }
+    /** Returns the property playback. */
     PlaybackModel* playback() { return m_playback ? &*m_playback : nullptr; }
+    /** Returns the property schedules. */
     ScheduleText* schedules() { return &m_schedules; }
+    /** Returns the property scheduleValidator. */
     ScheduleValidator* scheduleValidator() { return &m_scheduleValidator; }
+    /** Returns the property settings. */
     DeskSettings* settings() { return &m_settings; }
+    /** Returns the property protocol. */
     ProtocolConstants* protocol() { return &m_protocol; }
 
-    /** A return code of the server in words. */
+    /** Returns a return code of the server in words. @param detail the server's own text, for codes without
+     * words */
     Q_INVOKABLE QString words(const QString& code, const QString& detail = QString()) const;
 
-    /** What is wrong with an address of a speaker; empty when nothing is. */
+    /** Returns what is wrong with the address of a speaker, for people; empty when nothing is. */
     Q_INVOKABLE QString checkAddress(const QString& address) const;
 
-    /** Whether a file is one that can be sent to the server; what is wrong with it, or nothing. */
+    /** Returns why a file cannot be sent to the server, for people; empty when it can. */
     Q_INVOKABLE QString checkUpload(const QUrl& file) const;
 
 private:

@@ -15,8 +15,8 @@ DeskConnection::DeskConnection(ClientOptions options) : m_options(std::move(opti
 {
     connect(&m_link, &ServerLink::connected, this, [this] { setState(Online); });
     connect(&m_link, &ServerLink::sending, this, [this](qint64 sent, qint64 total) {
-        const bool tells = total >= largeMessage && sent < total;
-        m_sendProgress = tells ? static_cast<qreal>(sent) / static_cast<qreal>(total) : -1;
+        const bool large = total >= largeMessage && sent < total;
+        m_sendProgress = large ? static_cast<qreal>(sent) / static_cast<qreal>(total) : -1;
         Q_EMIT sendProgressChanged();
     });
 }

@@ -20,18 +20,21 @@ class PluginClient;
 class PlaybackModel : public QAbstractListModel
 {
     Q_OBJECT
+    /** The number of rows. */
     Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
 
 public:
+    /** The fields of a row. */
     enum Role
     {
         TitleRole = Qt::UserRole + 1, ///< The file.
         TargetRole,                   ///< Where it plays, by name.
         ProgressRole,                 ///< 0 to 1.
-        StateRole,
-        ProblemRole, ///< In words, when it failed.
+        StateRole,                    ///< See State.
+        ProblemRole,                  ///< In words, when it failed.
     };
 
+    /** How a playback is. */
     enum State
     {
         Asked,      ///< The server has not answered yet.
@@ -49,8 +52,11 @@ public:
      */
     PlaybackModel(PluginClient& plugin, const RequestTimeouts& watch, int patience = 60000);
 
+    /** Returns the number of rows; 0 for the children of a row. */
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    /** Returns a field of a row, see Role; invalid for other roles and rows. */
     QVariant data(const QModelIndex& index, int role) const override;
+    /** Returns the names of the fields for QML. */
     QHash<int, QByteArray> roleNames() const override;
 
     /**

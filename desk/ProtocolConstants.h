@@ -13,49 +13,42 @@ class ProtocolConstants : public QObject
     Q_OBJECT
     Q_PROPERTY(int maxNameLength READ maxNameLength CONSTANT)             ///< Characters.
     Q_PROPERTY(int maxCredentialLength READ maxCredentialLength CONSTANT) ///< Characters.
+    /** The largest port number. */
     Q_PROPERTY(int maxPort READ maxPort CONSTANT)
 
-    // Values of "audioStatus".
+    /** "audioStatus" of a file that is being sent. */
     Q_PROPERTY(int uploading READ uploading CONSTANT)
+    /** "audioStatus" of a file that can be played. */
     Q_PROPERTY(int ready READ ready CONSTANT)
+    /** "audioStatus" of a file that the server has refused. */
     Q_PROPERTY(int refusedWithOutput READ refusedWithOutput CONSTANT)
+    /** "audioStatus" of a refused file on a computer without a sound output. */
     Q_PROPERTY(int refusedWithoutOutput READ refusedWithoutOutput CONSTANT)
 
-    // Values of "scheduleType".
+    /** "scheduleType" of a schedule that runs once. */
     Q_PROPERTY(int once READ once CONSTANT)
+    /** "scheduleType" of a schedule that runs on days of the week. */
     Q_PROPERTY(int weekly READ weekly CONSTANT)
 
-    // Commands.
-    Q_PROPERTY(QString addDevice READ addDevice CONSTANT)
-    Q_PROPERTY(QString updateDevice READ updateDevice CONSTANT)
-    Q_PROPERTY(QString deleteDevice READ deleteDevice CONSTANT)
-    Q_PROPERTY(QString addGroup READ addGroup CONSTANT)
-    Q_PROPERTY(QString updateGroup READ updateGroup CONSTANT)
-    Q_PROPERTY(QString deleteGroup READ deleteGroup CONSTANT)
-    Q_PROPERTY(QString addSchedule READ addSchedule CONSTANT)
-    Q_PROPERTY(QString updateSchedule READ updateSchedule CONSTANT)
-    Q_PROPERTY(QString deleteSchedule READ deleteSchedule CONSTANT)
-
 public:
+    /** Returns the property maxNameLength. */
     int maxNameLength() const { return Limits::maxNameLength; }
+    /** Returns the property maxCredentialLength. */
     int maxCredentialLength() const { return Limits::maxCredentialLength; }
+    /** Returns the property maxPort. */
     int maxPort() const { return Limits::maxPort; }
 
+    /** Returns the property uploading. */
     int uploading() const { return static_cast<int>(AudioStatus::Uploading); }
+    /** Returns the property ready. */
     int ready() const { return static_cast<int>(AudioStatus::Ready); }
+    /** Returns the property refusedWithOutput. */
     int refusedWithOutput() const { return static_cast<int>(AudioStatus::RefusedWithOutput); }
+    /** Returns the property refusedWithoutOutput. */
     int refusedWithoutOutput() const { return static_cast<int>(AudioStatus::RefusedWithoutOutput); }
 
+    /** Returns the property once. */
     int once() const { return ScheduleRule::Once; }
+    /** Returns the property weekly. */
     int weekly() const { return ScheduleRule::Weekly; }
-
-    QString addDevice() const { return Vocabulary::AddIPAudio; }
-    QString updateDevice() const { return Vocabulary::UpdateIPAudio; }
-    QString deleteDevice() const { return Vocabulary::DeleteIPAudio; }
-    QString addGroup() const { return Vocabulary::AddNetworkAudioGroup; }
-    QString updateGroup() const { return Vocabulary::UpdateNetworkAudioGroup; }
-    QString deleteGroup() const { return Vocabulary::DeleteNetworkAudioGroup; }
-    QString addSchedule() const { return Vocabulary::AddNetworkAudioSchedule; }
-    QString updateSchedule() const { return Vocabulary::UpdateNetworkAudioSchedule; }
-    QString deleteSchedule() const { return Vocabulary::DeleteNetworkAudioSchedule; }
 };

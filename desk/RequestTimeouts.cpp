@@ -40,7 +40,7 @@ void RequestTimeouts::commandSent(const QString& command, const QVariant& /*payl
 int RequestTimeouts::limitOf(const QString& command) const
 {
     if (command == Vocabulary::StartTalk || command == Vocabulary::StartTalkToIPAudio) {
-        return m_talkOpeningTime + m_limit; // a server that gives a device up tells so first
+        return m_talkOpeningTime + m_limit; // the refusal of a server that gives a device up comes first
     }
     const CommandTable::Row* row = CommandTable::find(command);
     const bool late = row != nullptr && row->answered == CommandTable::Answered::Late;

@@ -9,8 +9,8 @@
 #include <vector>
 
 /**
- * Notices when the server does not answer: the plug-in itself waits for ever. The host reports each command
- * and reply.
+ * Notices when the server does not answer: the plug-in itself waits without an end. The host reports each
+ * command and reply.
  */
 class RequestTimeouts : public QObject
 {
@@ -22,6 +22,7 @@ public:
     /** @param limit how long an answer may take, ms; uploads and talks may take longer */
     explicit RequestTimeouts(int limit = 5000);
 
+    /** Returns the property overdue. */
     bool isOverdue() const { return m_overdue; }
 
     /**
@@ -32,8 +33,8 @@ public:
     void setTalkOpeningTime(int ms) { m_talkOpeningTime = ms; }
 
     /**
-     * The request number of the command that was sent last: directly after a call of the plug-in that sends
-     * one, its number.
+     * Returns the request number of the command that was sent last: directly after a call of the plug-in that
+     * sends one, its number.
      */
     Q_INVOKABLE quint64 lastSent() const { return m_lastSent; }
 
@@ -41,29 +42,32 @@ public:
     bool lastAccepted() const { return m_lastAccepted; }
 
     /**
-     * The request that was answered last. The plug-in sees a reply after this object, so a slot of one of its
-     * response signals finds here what it is the response to.
+     * Returns the request that was answered last. The plug-in sees a reply after this object, so a slot of
+     * one of its response signals finds here what it is the response to.
      */
     Q_INVOKABLE quint64 lastAnswered() const { return m_lastAnswered; }
-    /** The return code of that answer. */
+    /** Returns the return code of that answer. */
     Q_INVOKABLE QString errorCode() const { return m_errorCode; }
-    /** Its error text; empty for a success. */
+    /** Returns its error text; empty for a success. */
     Q_INVOKABLE QString errorText() const { return m_errorText; }
 
 public Q_SLOTS:
+    /** Takes notice of a command that the host has sent, or that the link has refused; sound is ignored. */
     void commandSent(const QString& command, const QVariant& payload, bool accepted, quint64 request);
+    /** Takes notice of a reply, before the plug-in sees it. */
     void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
                       quint64 request);
 
-    /** Forgets what was asked: nobody will answer after a loss of the connection. */
+    /** Gives up what was asked: after a loss of the connection nobody answers. */
     void forget();
 
-    /** Puts the banner away. */
+    /** Clears overdue, until another answer is late. */
     void dismiss();
 
 Q_SIGNALS:
+    /** Emitted when overdue has changed. */
     void overdueChanged();
-    /** No answer came in time. */
+    /** Emitted when no answer to a request came in time, or none can come any more. */
     void timedOut(quint64 request);
 
 private:

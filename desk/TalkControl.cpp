@@ -234,7 +234,7 @@ QString TalkControl::refusalOf(const QString& name) const
         .arg(name, ErrorMessages::of(m_watch.errorCode(), m_watch.errorText()));
 }
 
-/** Somebody has answered after all whom nobody waits for any more: they must not hear what others are told.
+/** Ends the talk with a device that answers after it was given up: it must not hear what others are told.
  * In Idle, talkingChanged ends that talk. */
 void TalkControl::endForgottenTalk()
 {

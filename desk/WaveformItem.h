@@ -10,21 +10,29 @@
 class WaveformItem : public QQuickPaintedItem
 {
     Q_OBJECT
+    /** Where the peaks come from; null for none. */
     Q_PROPERTY(TalkMeters* meters READ meters WRITE setMeters NOTIFY metersChanged)
     /** TalkMeters::Direction. */
     Q_PROPERTY(int direction MEMBER m_direction NOTIFY lookChanged)
+    /** The colour of the line. */
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY lookChanged)
 
 public:
+    /** @param parent as of any item */
     explicit WaveformItem(QQuickItem* parent = nullptr);
 
+    /** Returns the property meters. */
     TalkMeters* meters() const { return m_meters; }
+    /** Sets the property meters. */
     void setMeters(TalkMeters* meters);
 
+    /** Draws the line; on the thread that renders. */
     void paint(QPainter* painter) override;
 
 Q_SIGNALS:
+    /** Emitted when meters has changed. */
     void metersChanged();
+    /** Emitted when direction or color has changed. */
     void lookChanged();
 
 private:

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// What stands in the place of an empty list, and what can be done about it.
+// What is shown in place of an empty list, and what can be done about it.
 Column {
     id: root
     property string title

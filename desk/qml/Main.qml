@@ -111,7 +111,7 @@ ApplicationWindow {
             root.talk.stop();
             root.close();
         }
-        // A talk that ends meanwhile leaves nothing to ask; why it ended is told in the window.
+        // A talk that ends meanwhile leaves nothing to ask; the window shows why it ended.
         Connections {
             target: root.talk
             function onPhaseChanged() {

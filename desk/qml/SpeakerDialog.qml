@@ -104,6 +104,11 @@ FormDialog {
     }
 
     Connections {
+        target: desk.targets
+        enabled: root.visible
+        function onListed() { cameras.model = desk.targets.cameras(); } // what is ticked stays so, by id
+    }
+    Connections {
         target: desk.plugin
         function onAddIPAudioResponse(success, code, id) { if (root.speaker === 0) root.request.answer(success, code, id); }
         function onUpdateIPAudioResponse(success, code, id) { if (root.speaker !== 0) root.request.answer(success, code, id); }

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void talkKeyAfterAnotherPagesSearch();
     void refusedTalk();
     void speakers();
+    void camerasComeAndGo();
     void cursorStaysWithItsTarget();
     void severalSpeakersAtOnce();
     void files();
@@ -341,6 +342,38 @@ void TestDeskWindow::speakers()
     desk.click("Main hall: delete");
     desk.click("Delete");
     QVERIFY(desk.shows("No speakers yet."));
+}
+
+/** The cameras of an open dialog, and of a talk, are those that the server has now. */
+void TestDeskWindow::camerasComeAndGo()
+{
+    WindowFixture desk;
+    TargetModel& targets = *desk.desk().targets();
+    const auto camera = [](const char* id, const char* name) {
+        return QVariantMap{{"camId", id}, {"camName", name}, {"online", true}};
+    };
+    desk.page("speakers");
+    desk.key(Qt::Key_N, Qt::ControlModifier);
+    desk.click("Loading dock");
+    QVERIFY(desk.shows("(1 chosen)"));
+    targets.setCameras({camera("camera-2", "Loading dock"), camera("new", "New gate")});
+    QVERIFY(desk.control("New gate"));
+    QVERIFY(desk.shows("(1 chosen)"));
+    QVERIFY(desk.control("Loading dock")->property("checked").toBool());
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+
+    targets.setCameras({camera("camera-1", "Front gate")});
+    desk.page("talk");
+    desk.click("Front gate");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    targets.setCameras({}); // its talk outlives its record
+    QCOMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QCOMPARE(desk.desk().talk()->partners(), QString("camera-1"));
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
+    QVERIFY(!desk.desk().plugin()->talking());
 }
 
 void TestDeskWindow::cursorStaysWithItsTarget()
