@@ -107,7 +107,7 @@ void TestCommandTable::answers()
     const QStringList own = words("protocol/HostCommands.h", "@name Commands", "@}");
     for (const CommandTable::Row& row : CommandTable::rows()) {
         if (own.contains(row.name)) {
-            QCOMPARE(row.tooLarge, ReturnCode::malformedRequest);
+            QCOMPARE(row.malformed, ReturnCode::malformedRequest);
             continue;
         }
         if (row.answered == Answered::Late) {
