@@ -41,6 +41,8 @@ const Message messages[] = {
     {&ReturnCode::badSchedule, QT_TRANSLATE_NOOP("ErrorMessages", "the times make no sense")},
     {&ReturnCode::badCameraKind,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server has no cameras of this kind")},
+    {&ReturnCode::tooManyRecords,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server keeps no more entries of this kind")},
     {&ReturnCode::nothingToPlayOn, QT_TRANSLATE_NOOP("ErrorMessages", "there is nothing to play on")},
     {&ReturnCode::brokenFile, QT_TRANSLATE_NOOP("ErrorMessages", "the audio file cannot be played")},
     {&ReturnCode::playbackStopped, QT_TRANSLATE_NOOP("ErrorMessages", "the playback was stopped")},

@@ -178,6 +178,10 @@
         <translation>der Server kann das nicht</translation>
     </message>
     <message>
+        <source>the server keeps no more entries of this kind</source>
+        <translation>der Server nimmt keine weiteren Einträge dieser Art auf</translation>
+    </message>
+    <message>
         <source>the server did not understand the request</source>
         <translation>der Server hat die Anfrage nicht verstanden</translation>
     </message>
