@@ -1,9 +1,9 @@
 #pragma once
 
-#include "protocol/AudioStatus.h"
 #include "protocol/Limits.h"
 #include "protocol/ScheduleRule.h"
 #include "protocol/Words.h"
+#include "src/vocabulary/AudioStatus.h"
 
 #include <QObject>
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "src/vocabulary/PluginWords.h"
 #include "src/vocabulary/Vocabulary.h"
 
 /** The return codes of the reference server. docs/PROTOCOL.md explains them. */
 namespace ReturnCode {
 
-inline const QString success = QStringLiteral("0");            ///< Done.
 inline const QString unknownCommand = QStringLiteral("101");   ///< The server does not know the command.
 inline const QString malformedRequest = QStringLiteral("102"); ///< The request is malformed or too large.
 inline const QString noSuchCamera = QStringLiteral("201");     ///< No camera has the id.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "protocol/HostCommands.h"
+#include "src/vocabulary/PluginWords.h"
 #include "src/vocabulary/Vocabulary.h"
 
 #include <QString>
@@ -36,19 +37,6 @@ inline const QString AudioSamplingFreq = QStringLiteral("AudioSamplingFreq");
 inline const QString AudioChannelNum = QStringLiteral("AudioChannelNum");
 inline const QString FrameNumber = QStringLiteral("FrameNumber");
 /** @} */
-
-/**
- * @name Uploads
- * @{
- */
-/** A key of an upload. */
-inline const QString content = QStringLiteral("content");
-inline const QString filename = QStringLiteral("filename");
-inline const QString length = QStringLiteral("length");
-/** @} */
-
-/** Key of a playback's replies. */
-inline const QString progress = QStringLiteral("progress");
 
 /** Key inside the settings of a weekly schedule. */
 inline const QString weekdays = QStringLiteral("weekdays");

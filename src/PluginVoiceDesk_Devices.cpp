@@ -3,11 +3,12 @@
 #include "src/PluginVoiceDesk.h"
 #include "src/models/ItemRoles.h"
 #include "src/models/ItemRows.h"
+#include "src/vocabulary/PluginWords.h"
 #include "src/vocabulary/Vocabulary.h"
 
-namespace {
+using ReturnCode::success;
 
-const QString success = QStringLiteral("0");
+namespace {
 
 QStringList splitBindingCameraList(const QString& text)
 {

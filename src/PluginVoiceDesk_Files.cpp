@@ -2,7 +2,9 @@
 
 #include "src/PendingBlocks.h"
 #include "src/PluginVoiceDesk.h"
+#include "src/vocabulary/AudioStatus.h"
 #include "src/vocabulary/LogGate.h"
+#include "src/vocabulary/PluginWords.h"
 #include "src/vocabulary/Vocabulary.h"
 
 #include <QEventLoop>
@@ -16,19 +18,11 @@
 
 #include <algorithm>
 
+using ReturnCode::success;
+
 namespace {
 
-const QString success = QStringLiteral("0");
-const QString guidKey = QStringLiteral("guid");
-
 constexpr int durationTimeout = 5000; // ms
-
-enum AudioStatus
-{
-    UploadRunning = 1,
-    RefusedWithOutput = 4,
-    RefusedWithoutOutput = 5,
-};
 
 /** The first entry that holds a value under a key; -1 without one. */
 int findEntry(const QList<QVariant>& entries, const QString& key, const QVariant& value)
@@ -75,9 +69,9 @@ bool PluginVoiceDesk::uploadFile(const QUrl& fileUrl)
     const QString guid = QUuid::createUuid().toString();
     QString* block = PendingBlocks::add(std::make_unique<QString>(guid));
     const QVariantMap payload{
-        {QStringLiteral("content"), content.toBase64()},
-        {QStringLiteral("filename"), name},
-        {QStringLiteral("length"), duration},
+        {Words::content, content.toBase64()},
+        {Words::filename, name},
+        {Words::length, duration},
     };
     if (!send(Vocabulary::UploadFile, payload, block)) {
         PendingBlocks::discard(block);
@@ -90,8 +84,8 @@ bool PluginVoiceDesk::uploadFile(const QUrl& fileUrl)
         {Vocabulary::audioID, m_uploadAudioId},
         {Vocabulary::audioLength, duration},
         {Vocabulary::audioName, name},
-        {Vocabulary::audioStatus, static_cast<int>(UploadRunning)},
-        {guidKey, guid},
+        {Vocabulary::audioStatus, static_cast<int>(AudioStatus::Uploading)},
+        {Vocabulary::guid, guid},
     });
     Q_EMIT audioFileListChanged();
     return true;
@@ -134,14 +128,14 @@ void PluginVoiceDesk::handleAudioFileList(QVariant result, void* userData, QStri
     if (!refusal || !guid) {
         return;
     }
-    const int entry = findEntry(m_audioFiles, guidKey, *guid);
+    const int entry = findEntry(m_audioFiles, Vocabulary::guid, *guid);
     if (entry < 0) {
         return; // deleted, or replaced by a list of the server's, in the meantime
     }
     // Deliberate: whether this machine has a sound output decides which of the two the front end shows.
     QVariantMap refused = m_audioFiles.at(entry).toMap();
-    refused[Vocabulary::audioStatus] =
-        static_cast<int>(isAudioDeviceAvailable() ? RefusedWithOutput : RefusedWithoutOutput);
+    refused[Vocabulary::audioStatus] = static_cast<int>(
+        isAudioDeviceAvailable() ? AudioStatus::RefusedWithOutput : AudioStatus::RefusedWithoutOutput);
     m_audioFiles[entry] = refused;
     Q_EMIT audioFileListChanged();
 }
@@ -149,7 +143,7 @@ void PluginVoiceDesk::handleAudioFileList(QVariant result, void* userData, QStri
 void PluginVoiceDesk::handlePlayAudio(QVariant result, void* /*userData*/, QString returnCode,
                                       QString errorCode, bool /*flag*/, const QString& /*extra*/)
 {
-    const int progress = result.toMap().value(QStringLiteral("progress")).toInt();
+    const int progress = result.toMap().value(Words::progress).toInt();
     // Deliberate: a success carries no id, a failure carries it alone.
     const int ipAudioId = returnCode == success ? 0 : result.toInt();
     Q_EMIT playAudioResponse(returnCode == success, progress, errorCode, ipAudioId);
@@ -168,5 +162,5 @@ void PluginVoiceDesk::handlePlayAudioError(const QVariant& payload)
     const QVariantMap event = payload.toMap();
     Q_EMIT playAudioError(
         event.value(Vocabulary::deviceName).toString(), event.value(Vocabulary::audioName).toString(),
-        event.value(Vocabulary::error).toString(), event.value(QStringLiteral("alarmName")).toString());
+        event.value(Vocabulary::error).toString(), event.value(Vocabulary::alarmName).toString());
 }

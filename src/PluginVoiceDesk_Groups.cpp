@@ -4,13 +4,10 @@
 #include "src/models/ItemRoles.h"
 #include "src/models/ItemRows.h"
 #include "src/models/RowsById.h"
+#include "src/vocabulary/PluginWords.h"
 #include "src/vocabulary/Vocabulary.h"
 
-namespace {
-
-const QString success = QStringLiteral("0");
-
-} // namespace
+using ReturnCode::success;
 
 QVariantList PluginVoiceDesk::toList(const QString& text)
 {

@@ -4,13 +4,10 @@
 #include "src/PluginVoiceDesk.h"
 #include "src/models/ItemRoles.h"
 #include "src/models/ItemRows.h"
+#include "src/vocabulary/PluginWords.h"
 #include "src/vocabulary/Vocabulary.h"
 
-namespace {
-
-const QString success = QStringLiteral("0");
-
-} // namespace
+using ReturnCode::success;
 
 QStandardItem* PluginVoiceDesk::makeScheduleRow(QVariantMap record)
 {

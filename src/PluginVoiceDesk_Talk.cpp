@@ -8,6 +8,7 @@
 #include "src/Base64.h"
 #include "src/PendingBlocks.h"
 #include "src/PluginVoiceDesk.h"
+#include "src/vocabulary/PluginWords.h"
 #include "src/vocabulary/StreamType.h"
 #include "src/vocabulary/Vocabulary.h"
 
@@ -18,9 +19,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+using ReturnCode::success;
 
-const QString success = QStringLiteral("0");
+namespace {
 
 // Holds the text of any packet of up to 1536 bytes, more than the capture format has, without an allocation.
 constexpr int encodedTextSize = 2049;

@@ -3,7 +3,7 @@
 
     check-words.py [ROOT]
 
-The words are those of src/vocabulary/Vocabulary.h, protocol/Words.h, HostCommands.h and ReturnCode.h. The modules of FOLDERS
+The words are those of src/vocabulary/Vocabulary.h and PluginWords.h, protocol/Words.h, HostCommands.h and ReturnCode.h. The modules of FOLDERS
 use their constants: a string literal with the text of a word is a fault, and so is a number with the value of a limit
 of protocol/Limits.h that is too large to be a coincidence (10000 or more; not in bench/, fuzz/ and tests/); but for the
 places of EXCEPTIONS. A string is what the compiler makes of it: raw strings, literals that follow each other and lines that
@@ -19,7 +19,7 @@ from pathlib import Path
 LIMITS = "protocol/Limits.h"
 LEAST_LIMIT = 10000
 AMOUNTS = ("bench/", "fuzz/", "tests/") # many round numbers of their own
-HEADERS = ("src/vocabulary/Vocabulary.h", "protocol/Words.h", "protocol/HostCommands.h",
+HEADERS = ("src/vocabulary/Vocabulary.h", "src/vocabulary/PluginWords.h", "protocol/Words.h", "protocol/HostCommands.h",
            "protocol/ReturnCode.h")
 FOLDERS = ("server/", "client/", "embedded/", "cli/", "desk/", "tools/", "bench/", "fuzz/", "tests/")
 CASES = re.compile(r"tests/.*\b(?:tst_\w+\.(?:cpp|qml)|test_\w+\.py)$") # they say letter by letter what the code has to do
@@ -64,8 +64,10 @@ def words_of(root):
     words = {}
     for header in HEADERS:
         content = (root / header).read_text()
-        for name, text in CONSTANT.findall(content):
-            words.setdefault(text, f"{NAMESPACE.search(content).group(1)}::{name}")
+        for constant in CONSTANT.finditer(content):
+            name, text = constant.groups()
+            namespace = NAMESPACE.findall(content, 0, constant.start())[-1]
+            words.setdefault(text, f"{namespace}::{name}")
     return words
 
 

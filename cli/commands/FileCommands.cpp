@@ -3,7 +3,7 @@
 #include "cli/commands/FileUpload.h"
 #include "cli/commands/RecordChange.h"
 #include "cli/commands/Table.h"
-#include "protocol/AudioStatus.h"
+#include "src/vocabulary/AudioStatus.h"
 
 #include <cstdio>
 

@@ -1,10 +1,10 @@
 #include "server/records/FileStore.h"
 
 #include "audio/AudioFileReader.h"
-#include "protocol/AudioStatus.h"
 #include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
+#include "src/vocabulary/AudioStatus.h"
 #include "system/WholeFile.h"
 
 #include <QDateTime>
