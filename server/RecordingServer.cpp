@@ -146,7 +146,13 @@ void RecordingServer::registerRecords()
     };
     on(Vocabulary::AddIPAudio, m_devices, &DeviceStore::add);
     on(Vocabulary::UpdateIPAudio, m_devices, &DeviceStore::update);
-    on(Vocabulary::DeleteIPAudio, m_devices, &DeviceStore::remove);
+    m_executors[Vocabulary::DeleteIPAudio] = [this](ServerSession&, const QVariant& payload, quint64) {
+        const ServerReply reply = m_devices.remove(payload);
+        if (reply.returnCode == ReturnCode::success) {
+            m_playback.stopDeleted(payload.toInt());
+        }
+        return reply;
+    };
     on(Vocabulary::UploadFile, m_files, &FileStore::upload);
     on(Vocabulary::DeleteFile, m_files, &FileStore::remove);
     on(Vocabulary::AddNetworkAudioGroup, m_groups, &GroupStore::add);

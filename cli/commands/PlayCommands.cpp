@@ -51,7 +51,10 @@ quint64 sendStop(PluginSession& session, const Target& target)
     });
 }
 
-/** Starts a playback and follows it to its end; prints @p interruption after Ctrl-C. */
+/**
+ * Starts a playback and follows it to its end; prints @p interruption after Ctrl-C. A device of a group that
+ * did not play makes it a refusal, though the others have played.
+ */
 int follow(PluginSession& session, const Target& target, int file, const char* interruption)
 {
     QStringList failures; // of devices of a group, which have no reply of their own
@@ -102,7 +105,7 @@ int follow(PluginSession& session, const Target& target, int file, const char* i
         }
     }
     std::fprintf(stderr, terminal ? "\n" : "%d %%\n", progress);
-    return ExitSuccess;
+    return status;
 }
 
 int play(const CommandArguments& arguments)

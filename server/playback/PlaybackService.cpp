@@ -119,10 +119,10 @@ ServerReply PlaybackService::playGroup(ServerSession& session, const QString& co
 void PlaybackService::playUnasked(int file, const QList<int>& devices, const QString& alarmName)
 {
     const ServerReply reply = start({nullptr, QString(), 0, QVariant()}, file, devices, alarmName);
-    const bool told = reply.returnCode == ReturnCode::success ||
+    const bool reported = reply.returnCode == ReturnCode::success ||
                       reply.returnCode == ReturnCode::speakerOffline ||
                       reply.returnCode == ReturnCode::brokenFile;
-    if (!told) {
+    if (!reported) {
         raiseFailure(QString(), QString(), reply.errorText, alarmName);
     }
 }
@@ -272,6 +272,11 @@ ServerReply PlaybackService::stop(const QVariant& payload)
     }
     release({device}, stopped());
     return done();
+}
+
+void PlaybackService::stopDeleted(int device)
+{
+    release({device}, stopped());
 }
 
 ServerReply PlaybackService::stopGroup(const QVariant& payload)

@@ -80,6 +80,9 @@ public:
      */
     ServerReply stopGroup(const QVariant& payload);
 
+    /** Stops what a device plays that has no record any more, so that nobody could stop it. */
+    void stopDeleted(int device);
+
     /** Plays a file that no client asked for, as a schedule does; playAudioFailed alone reports what fails.
      */
     void playUnasked(int file, const QList<int>& devices, const QString& alarmName);

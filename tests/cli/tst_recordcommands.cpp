@@ -266,6 +266,13 @@ void TestRecordCommands::offlineSpeaker()
     const ProgramRun said = run({"say", "--device", "1", "--source", "tone.wav"});
     QCOMPARE(said.status, 4);
     QVERIFY(said.err.contains("\"Gate\" is offline"));
+    // One of a group: the others play, and the status says that not all did.
+    run({"devices", "add", "Dock", "10.0.0.6", "554"});
+    run({"groups", "add", "Yard", "--devices", "1,2"});
+    const ProgramRun group = run({"play", "--group", "Yard", "--file", "1"});
+    QCOMPARE(group.status, 4);
+    QVERIFY2(group.err.contains("Gate: the device is offline") && group.err.contains("100 %"),
+             qPrintable(group.err));
 }
 
 void TestRecordCommands::sayToSpeakers()

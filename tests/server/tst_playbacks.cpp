@@ -179,6 +179,13 @@ void TestPlaybacks::lastReply_data()
         },
         ReturnCode::playbackStopped);
     row(
+        "deleted",
+        [](Playing& on) {
+            on.harness->submit("DeleteIPAudio", on.hall);
+            on.harness->submit("DeleteIPAudio", on.roof);
+        },
+        ReturnCode::playbackStopped);
+    row(
         "taken",
         [](Playing& on) {
             on.playOn(on.hall);
