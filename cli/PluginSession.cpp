@@ -1,7 +1,6 @@
 #include "cli/PluginSession.h"
 
 #include "cli/InterruptFlag.h"
-#include "client/RequestNumber.h"
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
 #include "protocol/ReturnCode.h"
@@ -16,6 +15,7 @@ namespace {
 
 constexpr int lookInterval = 50; // ms
 constexpr double msPerSecond = 1000.0;
+constexpr std::size_t maxReplies = 1000; // to one command that nobody has read yet
 
 } // namespace
 
@@ -57,6 +57,9 @@ PluginSession::PluginSession(ClientOptions options)
                    const QVariant& result) {
                 const auto waiting = m_replies.find(request);
                 if (waiting != m_replies.end()) {
+                    if (waiting->size() >= maxReplies) {
+                        waiting->pop_back(); // the last one counts: it says how the command ended
+                    }
                     waiting->push_back({returnCode, errorText, result});
                 }
             });
@@ -130,9 +133,9 @@ bool PluginSession::wait(const std::function<bool()>& condition, int timeout)
 
 quint64 PluginSession::sendOwn(const QString& command)
 {
-    const quint64 request = nextRequestNumber();
+    const quint64 request = m_host.sendOwn(command);
     m_replies.insert(request, {});
-    return m_link->send(command, QVariant(), request) ? request : 0;
+    return request;
 }
 
 std::optional<PluginSession::Reply> PluginSession::nextReply(quint64 request, int timeout)

@@ -113,17 +113,18 @@ private:
 
     ClientOptions m_options;
     std::unique_ptr<ServerLink> m_link;
-    PluginHost m_host;
-    PluginClient m_plugin;
     bool m_connected = false;
     bool m_refused = false; ///< The server refused the login.
     QString m_lost;         ///< Why there is no connection, finally.
     quint64 m_lastSent = 0;
     QHash<QString, quint64> m_unasked; ///< What the plug-in sent by itself when it was connected.
     QHash<quint64, std::deque<Reply>>
-        m_replies; ///< To all commands but talk packets; empty before the first.
+        m_replies; ///< To all commands but talk packets; empty before the first, maxReplies at most.
     bool m_devicesRead = false;
     bool m_filesRead = false;
     bool m_groupsRead = false;
     bool m_schedulesRead = false;
+    // Last: the plug-in ends its talks when it is unloaded, and those commands are recorded above.
+    PluginHost m_host;
+    PluginClient m_plugin;
 };

@@ -32,9 +32,13 @@ PluginHost::PluginHost(ServerLink& link) : m_link(link)
 {
     // The plug-in is not notified: it has no time-outs, and a lost reply leaves its front end without a
     // signal.
-    connect(&m_link, &ServerLink::disconnected, this, [this] { m_requests.clear(); });
-    connect(&m_link, &ServerLink::connected, this, [this] {
-        m_requests.clear(); // of a link that was exchanged
+    const auto forget = [this] {
+        m_requests.clear();
+        m_own.clear();
+    };
+    connect(&m_link, &ServerLink::disconnected, this, forget);
+    connect(&m_link, &ServerLink::connected, this, [this, forget] {
+        forget(); // of a link that was exchanged
         if (m_plugin != nullptr) {
             m_plugin->PluginServerConnected();
         }
@@ -42,6 +46,10 @@ PluginHost::PluginHost(ServerLink& link) : m_link(link)
     connect(&m_link, &ServerLink::replied, this,
             [this](const QString& nameInReply, const QVariant& result, quint64 number,
                    const QString& returnCode, const QString& errorText) {
+                if (const QString own = m_own.value(number); !own.isEmpty()) {
+                    Q_EMIT replyArrived(own, returnCode, errorText, number, result);
+                    return;
+                }
                 // By number alone: user data is of no other command than the one that it was sent with.
                 const SentRequests::Request request = m_requests.answered(number, nameInReply);
                 Q_EMIT replyArrived(request.command, returnCode, errorText, number, result);
@@ -94,6 +102,16 @@ void PluginHost::unload()
 {
     delete m_plugin;
     m_plugin = nullptr;
+}
+
+quint64 PluginHost::sendOwn(const QString& command)
+{
+    const quint64 request = nextRequestNumber();
+    if (!m_link.send(command, QVariant(), request)) {
+        return 0;
+    }
+    m_own.insert(request, command);
+    return request;
 }
 
 bool PluginHost::SendCommand(void* /*pluginHandle*/, const QString& /*pluginId*/, const QString& command,

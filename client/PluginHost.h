@@ -4,6 +4,7 @@
 #include "client/ServerLink.h"
 #include "platform/FrameworkWrapperBase.h"
 
+#include <QHash>
 #include <QPluginLoader>
 
 class PluginBase;
@@ -47,6 +48,14 @@ public:
     /** Destroys the plug-in, which ends its talks. */
     void unload();
 
+    /**
+     * Sends a command of the host's own, without a payload. Its replies are emitted under its name, whatever
+     * name they carry, and the plug-in sees none of them.
+     *
+     * @return the number of the request; 0 when the link did not take it
+     */
+    quint64 sendOwn(const QString& command);
+
 Q_SIGNALS:
     /**
      * The plug-in sent a command; emitted inside the call of the plug-in that sends it.
@@ -75,6 +84,7 @@ private:
 
     ServerLink& m_link;
     SentRequests m_requests;
+    QHash<quint64, QString> m_own; ///< Commands of sendOwn on this connection, by request number.
     QPluginLoader m_loader;
     PluginBase* m_plugin = nullptr; ///< Owned; the loader's instance.
     QString m_errorString;

@@ -84,3 +84,20 @@ std::optional<QString> unknownKey(const PayloadShape& shape, const QVariant& pay
     }
     return std::nullopt;
 }
+
+bool hasKindOf(const PayloadShape& shape, const QVariant& payload)
+{
+    switch (shape.kind) {
+    case PayloadShape::Nothing:
+        return true;
+    case PayloadShape::Number:
+        return payload.userType() == QMetaType::Int;
+    case PayloadShape::Text:
+        return payload.userType() == QMetaType::QString;
+    case PayloadShape::Map:
+        return payload.userType() == QMetaType::QVariantMap;
+    case PayloadShape::Maps:
+        return payload.userType() == QMetaType::QVariantList;
+    }
+    return false;
+}

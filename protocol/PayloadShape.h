@@ -34,3 +34,9 @@ qint64 payloadSize(const QVariant& payload, qint64 limit);
  * inside the values are not looked at. Any thread.
  */
 std::optional<QString> unknownKey(const PayloadShape& shape, const QVariant& payload);
+
+/**
+ * Returns whether a payload has the type of its shape; anything fits Nothing. Types are not converted: 3.3
+ * and "3" are not the id 3. Any thread.
+ */
+bool hasKindOf(const PayloadShape& shape, const QVariant& payload);

@@ -31,8 +31,11 @@ Refusal address(const QString& address)
     static const QRegularExpression onlyNumbers(QStringLiteral("^[0-9.]*$"));
     const bool numeric = onlyNumbers.match(address).hasMatch();
     QHostAddress parsed;
-    // An IPv6 address may end in a scope of any length.
-    const bool valid = address.size() <= Limits::maxAddressLength &&
+    // An IPv6 address may end in a scope of any length and any characters.
+    const bool printable = std::all_of(address.begin(), address.end(), [](QChar character) {
+        return character > QLatin1Char(' ') && character <= QLatin1Char('~');
+    });
+    const bool valid = printable && address.size() <= Limits::maxAddressLength &&
                        (parsed.setAddress(address) || (!numeric && hostName.match(address).hasMatch()));
     // QHostAddress also takes "1" for 0.0.0.1, which nobody means.
     if (!valid || (numeric && address.count(QLatin1Char('.')) != 3)) {

@@ -303,6 +303,10 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
         return refusal(row->malformed, QStringLiteral("\"%1\" has no %2").arg(command, printableName(*key)),
                        refusalResult(*row, payload));
     }
+    if (row != nullptr && !hasKindOf(row->payload, payload)) {
+        return refusal(row->malformed, QStringLiteral("\"%1\" has a payload of another type").arg(command),
+                       refusalResult(*row, payload));
+    }
     return (*executor)(session, payload, request);
 }
 

@@ -89,7 +89,9 @@ ServerReply FileStore::remove(const QVariant& payload)
     if (!m_database.run(QStringLiteral("DELETE FROM files WHERE id = ?"), {id})) {
         return failed();
     }
-    QFile::remove(file->path);
+    if (!file->path.isEmpty()) {
+        QFile::remove(file->path);
+    }
     return list();
 }
 
@@ -111,14 +113,20 @@ ServerReply FileStore::list()
     return done(entries);
 }
 
+QString FileStore::pathOf(const QString& contentName) const
+{
+    // A database from elsewhere may name any path of this machine.
+    const bool ours = QUuid(contentName).toString(QUuid::WithoutBraces) == contentName;
+    return ours ? QDir(m_folder).filePath(contentName) : QString();
+}
+
 std::optional<FileStore::File> FileStore::find(int id, ServerReply* refusal)
 {
     std::optional<File> found;
     if (!m_database.read(QStringLiteral("SELECT name, content, length FROM files WHERE id = ?"), {id},
                          [&](const QSqlQuery& row) {
-                             found =
-                                 File{id, row.value(0).toString(),
-                                      QDir(m_folder).filePath(row.value(1).toString()), row.value(2).toInt()};
+                             found = File{id, row.value(0).toString(), pathOf(row.value(1).toString()),
+                                          row.value(2).toInt()};
                          })) {
         *refusal = failed();
         return std::nullopt;

@@ -48,7 +48,7 @@ public:
     {
         int id;       ///< Of the record.
         QString name; ///< As uploaded.
-        QString path; ///< Of the content.
+        QString path; ///< Of the content; empty when the record names what no upload can have made.
         int length;   ///< ms
     };
 
@@ -61,6 +61,7 @@ public:
 
 private:
     ServerReply failed() const;
+    QString pathOf(const QString& contentName) const;
 
     RecordDatabase& m_database;
     QString m_folder;

@@ -15,8 +15,13 @@ private Q_SLOTS:
     void fileIsAddedButNotListed();
     void passwordIsKept_data();
     void passwordIsKept();
+    void secondSpeakerNeverAnswers();
+    void camerasUnderAnotherName();
 
 private:
+    using Replies = QList<WireMessage>;
+    /** Runs a command against a server with a script. */
+    ProgramRun runScript(const QStringList& arguments, const ScriptedServer::Script& script);
     /** Runs a command against a server that answers each command with "0" and what stands here for it. */
     ProgramRun run(const QStringList& arguments, const QVariantMap& answers);
 
@@ -25,10 +30,15 @@ private:
 
 ProgramRun TestScriptedServer::run(const QStringList& arguments, const QVariantMap& answers)
 {
-    const ScriptedServer server([this, &answers](const WireMessage& command) {
+    return runScript(arguments, [this, &answers](const WireMessage& command) {
         m_asked.insert(command.name, command.payload);
-        return QList<WireMessage>{ScriptedServer::replyTo(command, answers.value(command.name))};
+        return Replies{ScriptedServer::replyTo(command, answers.value(command.name))};
     });
+}
+
+ProgramRun TestScriptedServer::runScript(const QStringList& arguments, const ScriptedServer::Script& script)
+{
+    const ScriptedServer server(script);
     if (!server.listening) {
         return ProgramRun();
     }
@@ -103,6 +113,45 @@ void TestScriptedServer::passwordIsKept()
     expected["username"] = user;
     expected["password"] = password;
     QCOMPARE(m_asked.value("UpdateIPAudio").toMap(), expected);
+}
+
+void TestScriptedServer::secondSpeakerNeverAnswers()
+{
+    // The plug-in ends the talk with the first when it is unloaded.
+    const QVariantList devices{QVariantMap{{"deviceID", 1}, {"deviceName", "Gate"}},
+                               QVariantMap{{"deviceID", 2}, {"deviceName", "Dock"}}};
+    QStringList commands;
+    const ProgramRun result =
+        runScript({"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--timeout", "1"},
+                  [&](const WireMessage& command) {
+                      commands.append(command.name);
+                      if (command.name == "RetrieveIPAudioModel") {
+                          return Replies{ScriptedServer::replyTo(command, devices)};
+                      }
+                      return command.payload == QVariant(1)
+                                 ? Replies{ScriptedServer::replyTo(
+                                       command, QVariantMap{{"deviceID", 1}, {"talkToken", "one"}})}
+                                 : Replies();
+                  });
+    QVERIFY2(result.status == 5, qPrintable(QString::number(result.status) + result.err));
+    QCOMPARE(commands.count("StartTalkToIPAudio"), 2);
+}
+
+void TestScriptedServer::camerasUnderAnotherName()
+{
+    QStringList commands;
+    const ProgramRun result = runScript({"cameras"}, [&](const WireMessage& command) {
+        commands.append(command.name);
+        WireMessage reply =
+            ScriptedServer::replyTo(command, QVariantMap{{"camId", "x"}, {"talkToken", "wire"}});
+        if (command.name == "GetCamera") {
+            reply.name = "StartTalk";
+        }
+        return Replies{reply};
+    });
+    QVERIFY2(result.status >= 0, qPrintable(result.err)); // it has not crashed
+    QVERIFY(commands.contains("GetCamera"));
+    QVERIFY(!commands.contains("StopTalk")); // the plug-in has not seen a talk in it
 }
 
 QTEST_GUILESS_MAIN(TestScriptedServer)

@@ -97,7 +97,7 @@ void TestCameras::refusals_data()
     const auto row = [](const char* name, const char* command, const QVariant& payload, const QString& code) {
         QTest::newRow(name) << QString(command) << payload << code;
     };
-    row("nothing", "AddCamera", QVariant(), ReturnCode::badName);
+    row("nothing", "AddCamera", QVariant(), ReturnCode::malformedRequest);
     row("no name", "AddCamera", camera(""), ReturnCode::badName);
     row("a name twice", "AddCamera", camera("Gate"), ReturnCode::nameTaken);
     row("no address", "AddCamera", camera("Dock", "simulated", ""), ReturnCode::badAddress);
@@ -108,7 +108,7 @@ void TestCameras::refusals_data()
     row("a bad change", "UpdateCamera", withId(camera(""), "1"), ReturnCode::badName);
     row("deleting an unknown id", "DeleteCamera", "7", ReturnCode::noSuchCamera);
     row("deleting one that is no record", "DeleteCamera", "camera-1", ReturnCode::noSuchCamera);
-    row("deleting nothing", "DeleteCamera", QVariant(), ReturnCode::noSuchCamera);
+    row("deleting nothing", "DeleteCamera", QVariant(), ReturnCode::malformedRequest);
 }
 
 void TestCameras::refusals()

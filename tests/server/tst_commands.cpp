@@ -169,6 +169,7 @@ private Q_SLOTS:
     void largestPayloadsAreTaken();
     void unknownKeysAreNamed_data();
     void unknownKeysAreNamed();
+    void otherTypesAreRefused();
 
 private:
     static void addRows()
@@ -353,6 +354,22 @@ void TestCommands::unknownKeysAreNamed()
     QCOMPARE(reply.errorText, QStringLiteral("\"%1\" has no \"volume?\"").arg(command));
     QCOMPARE(misfit(row.refusal, reply.result), QString());
     QCOMPARE(harness.ask(V::RetrieveIPAudioModel).result.toList().size(), before);
+}
+
+void TestCommands::otherTypesAreRefused()
+{
+    ServerHarness harness(ServerConfig(), withCameras());
+    fill(harness);
+    const auto devices = [&] { return harness.ask(V::RetrieveIPAudioModel).result.toList(); };
+    const QVariantList before = devices();
+    for (const QVariant& id : {QVariant(true), QVariant("1"), QVariant(1.3), QVariant(1LL), QVariant()}) {
+        const ServerReply reply = harness.ask(V::DeleteIPAudio, id);
+        QCOMPARE(reply.returnCode, ReturnCode::malformedRequest);
+        QCOMPARE(reply.errorText, QStringLiteral("\"DeleteIPAudio\" has a payload of another type"));
+    }
+    QCOMPARE(devices(), before);
+    QCOMPARE(harness.ask(Words::DeleteCamera, 1).returnCode, ReturnCode::malformedRequest);
+    QCOMPARE(harness.ask(V::AddIPAudio, QVariantList()).returnCode, ReturnCode::malformedRequest);
 }
 
 QTEST_GUILESS_MAIN(TestCommands)

@@ -21,6 +21,8 @@ private Q_SLOTS:
     void firstStartOnAFullDisk();
     void uploadOnAFullDisk();
     void olderSchemaIsMigrated();
+    void contentFromElsewhereIsKept_data();
+    void contentFromElsewhereIsKept();
     void newerSchemaIsRefused();
     void notADatabase();
     void nothingIsDeletedAtAStart_data();
@@ -330,6 +332,36 @@ void TestDataFolder::lockOfAKilledProcessOfTheSameNumber()
     lock.close();
     const RecordingServer server(config);
     QVERIFY2(server.isOpen(), qPrintable(server.errorString()));
+}
+
+void TestDataFolder::contentFromElsewhereIsKept_data()
+{
+    QTest::addColumn<QString>("content");
+    QTest::newRow("absolute") << path("precious");
+    QTest::newRow("upwards") << "../secret.key";
+    QTest::newRow("no upload's name") << "precious";
+    QTest::newRow("none") << "";
+}
+
+void TestDataFolder::contentFromElsewhereIsKept()
+{
+    QFETCH(QString, content);
+    const ServerConfig config = persistent();
+    const QString file = QDir(config.dataDirectory + "/files").filePath(content);
+    int id = 0;
+    {
+        ServerHarness harness(config);
+        id = harness.upload(path("tone.wav"));
+    }
+    QVERIFY(QFile::exists(file) || QFile::copy(path("tone.wav"), file));
+    runSql(config.dataDirectory + "/records.sqlite",
+           {QStringLiteral("UPDATE files SET content = '%1' WHERE id = %2").arg(content).arg(id)});
+    ServerHarness harness(config);
+    const int device = harness.addDevice(QTest::currentDataTag());
+    QCOMPARE(harness.ask("PlayAudio", QVariantMap{{"ipAudioId", device}, {"audioFileId", id}}).returnCode,
+             ReturnCode::brokenFile);
+    QCOMPARE(harness.ask("DeleteFile", id).returnCode, ReturnCode::success);
+    QVERIFY(QFile::exists(file));
 }
 
 QTEST_GUILESS_MAIN(TestDataFolder)

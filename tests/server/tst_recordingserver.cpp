@@ -238,10 +238,10 @@ void TestRecordingServer::refusals_data()
     QTest::addColumn<QString>("code");
     QTest::newRow("no such camera") << "StartTalk" << QVariant(QVariantMap{{"camId", "x"}})
                                     << ReturnCode::noSuchCamera;
-    QTest::newRow("no camera") << "StartTalk" << QVariant() << ReturnCode::noSuchCamera;
+    QTest::newRow("no camera") << "StartTalk" << QVariant() << ReturnCode::malformedRequest;
     QTest::newRow("offline") << "StartTalk" << QVariant(QVariantMap{{"camId", "off"}})
                              << ReturnCode::cameraOffline;
-    QTest::newRow("stop without token") << "StopTalk" << QVariant() << ReturnCode::noSuchTalk;
+    QTest::newRow("stop without token") << "StopTalk" << QVariant() << ReturnCode::malformedRequest;
     QTest::newRow("stop of nothing") << "StopTalk" << QVariant(QVariantMap{{"talkToken", "x"}})
                                      << ReturnCode::noSuchTalk;
 }

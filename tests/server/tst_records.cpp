@@ -113,6 +113,9 @@ void TestRecords::refusedDevices_data()
     QTest::newRow("bad address") << with(good, "ip", "10.0.0.256") << "413";
     QTest::newRow("short address") << with(good, "ip", "10.1") << "413";
     QTest::newRow("blank in the address") << with(good, "ip", "a b") << "413";
+    QTest::newRow("line break behind an address") << with(good, "ip", "10.0.0.5\n") << "413";
+    QTest::newRow("line break behind a host") << with(good, "ip", "host\n") << "413";
+    QTest::newRow("escape in a scope") << with(good, "ip", "fe80::1%\x1b[31mred") << "413";
     QTest::newRow("long scope of an address") << with(good, "ip", "fe80::1%" + QString(300, 'x')) << "413";
     QTest::newRow("port 0") << with(good, "port", 0) << "414";
     QTest::newRow("port 65536") << with(good, "port", 65536) << "414";
@@ -404,7 +407,7 @@ void TestRecords::unknownIds_data()
     QTest::newRow("stop device") << "StopCurrentAudio" << QVariant(9) << "401";
     QTest::newRow("stop group") << "StopCurrentGroupAudio" << QVariant(9) << "403";
     QTest::newRow("stop talk") << "StopTalkToIPAudio" << QVariant(1) << "203";
-    QTest::newRow("nonsense id") << "DeleteIPAudio" << QVariant(QVariantMap()) << "401";
+    QTest::newRow("nonsense id") << "DeleteIPAudio" << QVariant(QVariantMap()) << "102";
 }
 
 void TestRecords::unknownIds()
