@@ -2,6 +2,7 @@
 
 #include "system/ProgramEnd.h"
 #include "tests/desk/QmlComplaints.h"
+#include "tests/desk/ScheduleRecord.h"
 #include "tests/desk/WindowFixture.h"
 #include "tests/support/MonitorRecorder.h"
 #include "tests/support/SignalMeasure.h"
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void groups();
     void schedules();
     void typedScheduleTimes();
+    void aScheduleThatIsOverStaysOff();
     void listsOfADialogAreSearched();
     void listsThatChange_data();
     void listsThatChange();
@@ -567,6 +569,27 @@ void TestDeskWindow::typedScheduleTimes()
     QVERIFY(desk.control("Opening: edit"));
     const ScheduleModel* schedules = desk.desk().plugin()->getNetworkAudioScheduleModel(desk.window());
     QCOMPARE(schedules->schedule(0).start, day.toString(Qt::ISODate) + "T07:45:00");
+}
+
+void TestDeskWindow::aScheduleThatIsOverStaysOff()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    PluginClient& plugin = *desk.desk().plugin();
+    const ScheduleModel* schedules = plugin.getNetworkAudioScheduleModel(desk.window());
+    QVariantMap record = scheduleRecord(0, "2020-03-01T08:00:00");
+    record["enableSchedule"] = false;
+    record["audioID"] = 1;
+    record["networkAudioIDList"] = QVariantList{1};
+    QVERIFY(plugin.addNetworkAudioSchedule(record));
+    QTRY_COMPARE(schedules->rowCount(), 1);
+    desk.page("schedules");
+    const quint64 sent = desk.desk().watch()->lastSent();
+    desk.click("Bell: switched on");
+    QVERIFY(desk.shows("It would never run: its time is over."));
+    QCOMPARE(desk.desk().watch()->lastSent(), sent);
+    QVERIFY(!desk.control("Bell: switched on")->property("checked").toBool());
 }
 
 void TestDeskWindow::listsOfADialogAreSearched()
