@@ -37,6 +37,7 @@ private Q_SLOTS:
     void schedules();
     void typedScheduleTimes();
     void aScheduleThatIsOverStaysOff();
+    void languageWithoutAFile();
     void listsOfADialogAreSearched();
     void listsThatChange_data();
     void listsThatChange();
@@ -561,7 +562,7 @@ void TestDeskWindow::typedScheduleTimes()
     QVERIFY(desk.item("save")->isEnabled());
     desk.key(Qt::Key_Backspace);
     QVERIFY(!desk.item("save")->isEnabled());
-    QVERIFY(desk.shows("The start is no date and time."));
+    QVERIFY(desk.shows("The start is not a date and time."));
     QTest::keyClick(desk.window(), '5');
     QTRY_VERIFY(desk.item("save")->isEnabled());
     desk.click("Save");
@@ -590,6 +591,16 @@ void TestDeskWindow::aScheduleThatIsOverStaysOff()
     QVERIFY(desk.shows("It would never run: its time is over."));
     QCOMPARE(desk.desk().watch()->lastSent(), sent);
     QVERIFY(!desk.control("Bell: switched on")->property("checked").toBool());
+}
+
+/** It has English plurals. */
+void TestDeskWindow::languageWithoutAFile()
+{
+    WindowFixture desk({}, "fr");
+    QVERIFY(desk.desk().plugin()->addIPAudio("Hall", "10.0.0.1", 80, QString(), QString(),
+                                             {"camera-1", "camera-2"}));
+    desk.page("speakers");
+    QVERIFY(desk.shows("2 cameras"));
 }
 
 void TestDeskWindow::listsOfADialogAreSearched()
@@ -630,6 +641,23 @@ void TestDeskWindow::listsOfADialogAreSearched()
     desk.fill("scheduleSpeakersSearch", "l (o");
     QTRY_COMPARE(entries("scheduleSpeakers"), QStringList{"Hall (old)"});
     desk.click("Empty the search");
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+
+    desk.page("speakers");
+    desk.click("Add a speaker…");
+    QTRY_COMPARE(entries("speakerCameras").size(), 3);
+    desk.fill("speakerCamerasSearch", "DOCK");
+    QTRY_COMPARE(entries("speakerCameras"), QStringList{"Loading dock"});
+    desk.click("Loading dock");
+    Q_EMIT desk.desk().targets()->listed(); // what is found stays so
+    QTRY_COMPARE(entries("speakerCameras"), QStringList{"Loading dock"});
+    QVERIFY(desk.shows("(1 chosen)"));
+    desk.key(Qt::Key_Escape);
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+    desk.click("Add a speaker…");
+    QTRY_COMPARE(entries("speakerCameras").size(), 3);
 }
 
 void TestDeskWindow::listsThatChange_data()
