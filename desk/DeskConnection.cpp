@@ -13,7 +13,10 @@ constexpr qint64 largeMessage = 100000; // bytes; smaller ones are gone before a
 
 DeskConnection::DeskConnection(ClientOptions options) : m_options(std::move(options))
 {
-    connect(&m_link, &ServerLink::connected, this, [this] { setState(Online); });
+    connect(&m_link, &ServerLink::connected, this, [this] {
+        m_wasOnline = true;
+        setState(Online);
+    });
     connect(&m_link, &ServerLink::sending, this, [this](qint64 sent, qint64 total) {
         const bool large = total >= largeMessage && sent < total;
         m_sendProgress = large ? static_cast<qreal>(sent) / static_cast<qreal>(total) : -1;
@@ -34,7 +37,7 @@ QString DeskConnection::stateText() const
     case Connecting:
         return tr("Connecting…");
     case Reconnecting:
-        return tr("Connection lost; trying again…");
+        return m_wasOnline ? tr("Connection lost; trying again…") : tr("No connection; trying again…");
     case Refused:
         return tr("Sign-in refused");
     case Failed:
@@ -68,6 +71,7 @@ void DeskConnection::change()
 
 void DeskConnection::open()
 {
+    m_wasOnline = false;
     setState(Connecting);
     std::unique_ptr<ServerLink> link = m_options.makeLink();
     if (const auto* embedded = qobject_cast<EmbeddedLink*>(link.get());

@@ -104,5 +104,6 @@ private:
     LinkSwitch m_link;
     State m_state = Connecting;
     QString m_reason;
+    bool m_wasOnline = false; ///< Since the connection was asked for.
     qreal m_sendProgress = -1;
 };

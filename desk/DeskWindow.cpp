@@ -53,8 +53,11 @@ void DeskWindow::translate()
     const QString chosen = m_desk.settings()->language();
     const QLocale locale = chosen.isEmpty() ? QLocale::system() : QLocale(chosen);
     QLocale::setDefault(locale);
-    if (m_translator.load(locale, QStringLiteral("voicedesk"), QStringLiteral("_"),
-                          QStringLiteral(":/translations"))) {
+    const QString folder = QStringLiteral(":/translations");
+    const QString name = QStringLiteral("voicedesk");
+    // The texts of the sources are English but for the plurals.
+    if (m_translator.load(locale, name, QStringLiteral("_"), folder) ||
+        m_translator.load(name + QStringLiteral("_en"), folder)) {
         QCoreApplication::installTranslator(&m_translator);
     }
 }

@@ -16,7 +16,7 @@ public:
     /**
      * Checks a record.
      *
-     * @param record as the protocol has it
+     * @param record with the protocol's fields, but with groupIDList and networkAudioIDList as lists of ids
      * @param now ISO 8601; empty for this moment
      * @return what is wrong with it, for people; empty when nothing is
      */

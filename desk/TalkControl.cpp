@@ -91,12 +91,16 @@ void TalkControl::report(const QString& problem, const QString& advice)
 
 void TalkControl::setOnline(bool online)
 {
+    const QString lost = tr("The connection to the server was lost; the talk has ended.");
     if (m_online && !online && m_phase != Idle) {
         stop();
-        report(tr("The connection to the server was lost; the talk has ended."),
-               tr("It is being made again. Then press Talk again."));
+        report(lost, tr("It is being made again. Then press Talk again."));
     } else if (m_online && !online) {
         report(QString(), QString()); // of an earlier attempt
+    } else if (!m_online && online && m_problem == lost) {
+        report(lost, tr("It is there again: press Talk."));
+    } else if (!m_online && online) {
+        report(QString(), QString()); // that there is none
     }
     m_online = online;
 }
@@ -143,13 +147,22 @@ void TalkControl::askCamera(const TargetModel::Target& camera)
 {
     setPhase(Asking);
     m_targets.setState(camera.key(), TargetModel::Asked);
+    const quint64 before = m_watch.lastSent();
     const bool accepted = m_plugin.startTalk(camera.id);
     m_asked = {{camera.key(), m_watch.lastSent()}};
-    if (!accepted) {
+    if (!accepted && m_watch.lastSent() != before && !m_watch.lastAccepted()) {
+        stop();
+        reportRefusedByTheLink();
+    } else if (!accepted) {
         stop();
         report(tr("The microphone cannot be opened."),
                tr("Plug a microphone in, or allow this program to use it; then press Talk again."));
     }
+}
+
+void TalkControl::reportRefusedByTheLink()
+{
+    report(tr("The server cannot be asked."), tr("See the connection page; then press Talk again."));
 }
 
 void TalkControl::askSpeakers()
@@ -190,6 +203,7 @@ void TalkControl::askSpeakers()
     }
     for (const QString& key : qAsConst(unasked)) {
         answered(key, false);
+        reportRefusedByTheLink();
     }
 }
 

@@ -161,6 +161,7 @@ private:
     void report(const QString& problem, const QString& advice);
     void askCamera(const TargetModel::Target& camera);
     void askSpeakers();
+    void reportRefusedByTheLink();
     void answered(const QString& key, bool success);
     void keepCapturing();
     void timedOut(quint64 request);

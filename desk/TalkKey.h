@@ -6,7 +6,7 @@ class QQuickWindow;
 class TalkControl;
 
 /**
- * The space bar as a talk key: while it is held, on pages that want it and outside of text fields. Letting
+ * The space bar as a talk key: while it is held, on pages that want it and outside text fields. Letting
  * the window go lets the key go.
  */
 class TalkKey : public QObject

@@ -1,12 +1,14 @@
 #include "client/ExitStatus.h"
 #include "desk/DeskWindow.h"
 #include "system/EnvironmentVariable.h"
+#include "system/MediaFiles.h"
 #include "system/ProgramEnd.h"
 #include "system/ProgramStart.h"
 
 #include <QApplication>
 #include <QDir>
 
+#include <algorithm>
 #include <cstdio>
 
 extern "C" {
@@ -50,8 +52,14 @@ std::optional<ClientOptions> readOptions(int* status)
         *status = fail(ExitUsage, error);
         return std::nullopt;
     }
-    if (parser.isSet(QStringLiteral("source"))) {
-        setEnvironmentVariable("FRAMESMITH_CAPTURE_FILE", parser.value(QStringLiteral("source")));
+    const QString source = parser.value(QStringLiteral("source"));
+    if (!source.isEmpty()) {
+        if (MediaFiles::duration(source) < 0) {
+            *status = fail(ExitMicrophoneFailed,
+                           QStringLiteral("%1 is not a sound file that can be read").arg(source));
+            return std::nullopt;
+        }
+        setEnvironmentVariable("FRAMESMITH_CAPTURE_FILE", source);
     }
     options->simulated.speakersAloud = parser.isSet(QStringLiteral("aloud"));
     return options;
@@ -60,15 +68,21 @@ std::optional<ClientOptions> readOptions(int* status)
 int run(int argc, char** argv)
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("voicedesk"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("VoiceDesk"));
     av_log_set_level(AV_LOG_QUIET); // a bad packet is silence, not a message
     int status = ExitSuccess;
-    const auto options = readOptions(&status);
+    std::optional<ClientOptions> options;
+    {
+        // A QApplication takes options of its own from the arguments, "--plugin" among them; this does not.
+        const QCoreApplication reader(argc, argv);
+        options = readOptions(&status);
+    }
     if (!options) {
         return status;
     }
+    int count = std::min(argc, 1); // its name alone
+    QApplication application(count, argv);
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("VoiceDesk"));
     DeskWindow::registerTypes();
     QDir().mkpath(options->embedded.dataDirectory);
     Desk desk(*options, QDir(options->embedded.dataDirectory).filePath(QStringLiteral("desk.ini")));

@@ -5,7 +5,7 @@
 
 The words are those of src/vocabulary/Vocabulary.h and PluginWords.h, protocol/Words.h, HostCommands.h and ReturnCode.h. The modules of FOLDERS
 use their constants: a string literal with the text of a word is a fault, and so is a number with the value of a limit
-of protocol/Limits.h that is too large to be a coincidence (10000 or more; not in bench/, fuzz/ and tests/); but for the
+of protocol/Limits.h that is too large to be a coincidence (10000 or more; not in the folders of AMOUNTS); but for the
 places of EXCEPTIONS. A string is what the compiler makes of it: raw strings, literals that follow each other and lines that
 go on included. In tests/ the files of test cases are left out, what they share is not. Prints each fault and each exception that is not needed any more, and ends with 1 when there is one.
 """
@@ -18,10 +18,10 @@ from pathlib import Path
 
 LIMITS = "protocol/Limits.h"
 LEAST_LIMIT = 10000
-AMOUNTS = ("bench/", "fuzz/", "tests/") # many round numbers of their own
+AMOUNTS = ("platform/", "lifetime/", "audio/", "standins/", "system/", "bench/", "fuzz/", "tests/") # many round numbers of their own
 HEADERS = ("src/vocabulary/Vocabulary.h", "src/vocabulary/PluginWords.h", "protocol/Words.h", "protocol/HostCommands.h",
            "protocol/ReturnCode.h")
-FOLDERS = ("server/", "client/", "embedded/", "cli/", "desk/", "tools/", "bench/", "fuzz/", "tests/")
+FOLDERS = ("platform/", "lifetime/", "system/", "audio/", "standins/", "server/", "client/", "embedded/", "cli/", "desk/", "tools/", "bench/", "fuzz/", "tests/")
 CASES = re.compile(r"tests/.*\b(?:tst_\w+\.(?:cpp|qml)|test_\w+\.py)$") # they say letter by letter what the code has to do
 SUFFIXES = (".h", ".cpp", ".qml", ".py")
 

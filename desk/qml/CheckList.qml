@@ -3,8 +3,8 @@ import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
 import "."
 
-// Entries to be chosen by check boxes, with a search and a count. The entries are a model with an id and a name role, and with
-// setFilter() where it is to be searched.
+// Entries to be chosen by check boxes, with a search and a count. The entries are a model with an id and a name role and with
+// setFilter(); or, with the idName "modelData", an array of objects with id and name.
 ColumnLayout {
     id: root
     property string label
@@ -13,7 +13,7 @@ ColumnLayout {
     property string nameName
     property var checkedIds: []
     property string emptyText
-    property bool searchable: true
+    readonly property bool isArray: idName === "modelData"
     signal edited()
 
     function isChecked(id) {
@@ -24,7 +24,9 @@ ColumnLayout {
         checkedIds = checked ? others.concat([id]) : others;
         edited();
     }
-    onModelChanged: search.text = ""
+    function clearSearch() {
+        search.text = "";
+    }
 
     spacing: 4
 
@@ -40,10 +42,9 @@ ColumnLayout {
         SearchField {
             id: search
             objectName: root.objectName !== "" ? root.objectName + "Search" : ""
-            visible: root.searchable
             Layout.preferredWidth: 150
             placeholderText: qsTr("Search")
-            onTextChanged: root.model.setFilter(text)
+            onTextChanged: if (!root.isArray) root.model.setFilter(text)
         }
     }
     ListFrame {
@@ -52,13 +53,14 @@ ColumnLayout {
         Layout.fillHeight: true
         Layout.minimumHeight: 96
         name: root.label
-        model: root.model
+        model: !root.isArray ? root.model
+            : (root.model || []).filter(function(entry) { return entry.name.toLowerCase().indexOf(search.text.toLowerCase()) >= 0; })
         onToggleRequested: function(entry) { entry.toggle(); }
         delegate: TickBox {
             id: box
-            readonly property var entryId: root.idName === "modelData" ? modelData.id : model[root.idName]
+            readonly property var entryId: root.isArray ? modelData.id : model[root.idName]
             width: ListView.view.width
-            text: root.idName === "modelData" ? modelData.name : model[root.nameName] || ""
+            text: root.isArray ? modelData.name : model[root.nameName] || ""
             checked: root.isChecked(entryId)
             focusPolicy: Qt.ClickFocus
             onClicked: {

@@ -8,7 +8,7 @@ RowLayout {
     id: root
     property string name
     readonly property bool valid: !isNaN(Date.fromLocaleString(Qt.locale("C"), day.text + " " + time.text, "yyyy-MM-dd hh:mm").getTime())
-    // Empty while the texts are no date and time.
+    // Empty while the texts are not a date and time.
     readonly property string value: valid ? day.text + "T" + time.text + ":00" : ""
     spacing: 8
 

@@ -4,6 +4,7 @@ import QtQuick 2.15
 QtObject {
     id: root
     property bool busy: false
+    property bool overdue: false // it was given up, but an answer may come after all
     property string problem
     property double number: 0 // of the request that is waited for
     signal succeeded(int id)
@@ -13,17 +14,20 @@ QtObject {
         number = desk.watch.lastSent();
         problem = accepted ? "" : qsTr("There is no connection to the server.");
         busy = accepted;
+        overdue = false;
     }
     function answer(success, code, id) {
-        if (!busy || desk.watch.lastAnswered() !== number)
+        if ((!busy && !overdue) || desk.watch.lastAnswered() !== number)
             return;
         busy = false;
+        overdue = false;
         problem = success ? "" : qsTr("Not done: %1.").arg(desk.words(code, desk.watch.errorText()));
         if (success)
             succeeded(id);
     }
     function reset() {
         busy = false;
+        overdue = false;
         problem = "";
     }
 
@@ -32,6 +36,7 @@ QtObject {
         function onTimedOut(request) {
             if (root.busy && request === root.number) {
                 root.busy = false;
+                root.overdue = true;
                 root.problem = qsTr("The server did not answer. Nobody knows whether it was done: look at the list before you try again.");
             }
         }

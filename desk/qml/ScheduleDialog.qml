@@ -65,8 +65,8 @@ FormDialog {
         };
     }
     readonly property string problem: nameField.text.length > desk.protocol.maxNameLength ? qsTr("The name has more than %1 characters.").arg(desk.protocol.maxNameLength)
-        : !start.valid ? qsTr("The start is no date and time.")
-        : hasEnd.checked && !end.valid ? qsTr("The end is no date and time.")
+        : !start.valid ? qsTr("The start is not a date and time.")
+        : hasEnd.checked && !end.valid ? qsTr("The end is not a date and time.")
         : desk.scheduleValidator.check(record())
 
     objectName: "scheduleDialog"

@@ -30,6 +30,12 @@ DeskPage {
     function enable(row, on) {
         const record = schedules.record(row);
         record.enableSchedule = on;
+        const refusal = on ? desk.scheduleValidator.check(record) : "";
+        deletion.problem = "";
+        if (refusal !== "") {
+            change.problem = refusal;
+            return;
+        }
         change.begin(desk.plugin.updateNetworkAudioSchedule(record.scheduleID, record));
     }
 

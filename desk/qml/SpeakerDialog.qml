@@ -25,6 +25,7 @@ FormDialog {
         port.text = record.port;
         user.text = record.user;
         password.text = record.password;
+        cameras.clearSearch();
         cameras.model = desk.targets.cameras();
         cameras.checkedIds = record.cameras ? Array.from(record.cameras) : [];
         nameField.touched = address.touched = port.touched = user.touched = password.touched = false;
@@ -94,11 +95,11 @@ FormDialog {
         }
         CheckList {
             id: cameras
+            objectName: "speakerCameras"
             Layout.fillWidth: true
             Layout.fillHeight: true
             label: qsTr("Bound to cameras")
             idName: "modelData"
-            searchable: false
             emptyText: qsTr("The server has no cameras.")
         }
     }

@@ -147,6 +147,10 @@
         <translation>Verbindung verloren; neuer Versuch …</translation>
     </message>
     <message>
+        <source>No connection; trying again…</source>
+        <translation>Keine Verbindung; neuer Versuch …</translation>
+    </message>
+    <message>
         <source>Sign-in refused</source>
         <translation>Anmeldung abgelehnt</translation>
     </message>
@@ -762,11 +766,11 @@
         <translation>Der Name hat mehr als %1 Zeichen.</translation>
     </message>
     <message>
-        <source>The start is no date and time.</source>
+        <source>The start is not a date and time.</source>
         <translation>Der Beginn ist kein Datum mit Uhrzeit.</translation>
     </message>
     <message>
-        <source>The end is no date and time.</source>
+        <source>The end is not a date and time.</source>
         <translation>Das Ende ist kein Datum mit Uhrzeit.</translation>
     </message>
     <message>
@@ -1111,6 +1115,14 @@
     <message>
         <source>It is being made again. Then press Talk again.</source>
         <translation>Sie wird neu aufgebaut. Danach wieder auf Sprechen drücken.</translation>
+    </message>
+    <message>
+        <source>It is there again: press Talk.</source>
+        <translation>Sie ist wieder da: auf Sprechen drücken.</translation>
+    </message>
+    <message>
+        <source>The server cannot be asked.</source>
+        <translation>Der Server kann nicht gefragt werden.</translation>
     </message>
     <message>
         <source>Nobody is chosen.</source>

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void cleanup();
     void signIn();
     void wrongPassword();
+    void serverThatIsNotThere();
     void serverThatGoesAndComesBack();
     void serverThatNeverAnswers();
     void cameraThatIsLost();
@@ -109,6 +110,20 @@ void TestDeskConnection::wrongPassword()
     QVERIFY(desk.shows("There is no connection to the server."));
     signInAs(desk, "right");
     QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Online);
+}
+
+/** What never was is not lost. */
+void TestDeskConnection::serverThatIsNotThere()
+{
+    WindowFixture desk;
+    desk.page("connection");
+    desk.fill("serverUrl", QString("ws://127.0.0.1:%1").arg(m_door->url().port()));
+    desk.fill("serverUser", "anna");
+    desk.fill("serverSecret", "right");
+    m_door.reset();
+    desk.click("Sign in");
+    QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Reconnecting);
+    QVERIFY(desk.shows("No connection; trying again…"));
 }
 
 void TestDeskConnection::serverThatGoesAndComesBack()

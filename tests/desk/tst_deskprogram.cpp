@@ -205,19 +205,29 @@ void TestDeskProgram::soundWaitsInAShortQueue()
 void TestDeskProgram::wrongUsage_data()
 {
     QTest::addColumn<QStringList>("options");
-    QTest::newRow("unknown") << QStringList{"--colour"};
-    QTest::newRow("argument") << QStringList{"talk"};
-    QTest::newRow("server") << QStringList{"--server", "http://nowhere"};
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("unknown") << QStringList{"--colour"} << 1 << QByteArray();
+    QTest::newRow("argument") << QStringList{"talk"} << 1 << QByteArray();
+    QTest::newRow("server") << QStringList{"--server", "http://nowhere"} << 1 << QByteArray();
+    // Qt has an option of this name, too.
+    QTest::newRow("plug-in") << QStringList{"--plugin", "/nonexistent", "--data", m_folder.filePath("none")}
+                             << 2 << QByteArray("the plug-in does not load");
+    QTest::newRow("source") << QStringList{"--source", "/nonexistent"} << 3
+                            << QByteArray("/nonexistent is not a sound file that can be read");
 }
 
 void TestDeskProgram::wrongUsage()
 {
     QFETCH(QStringList, options);
+    QFETCH(int, status);
+    QFETCH(QByteArray, message);
     QProcess program;
     program.start(PROGRAM_DIR "/voicedesk-desk", options);
     QVERIFY(program.waitForFinished(20000));
-    QCOMPARE(program.exitCode(), 1);
-    QVERIFY(program.readAllStandardError().startsWith("voicedesk-desk: "));
+    QCOMPARE(program.exitCode(), status);
+    const QByteArray errors = program.readAllStandardError();
+    QVERIFY2(errors.contains("voicedesk-desk: " + message), errors.constData());
 }
 
 void TestDeskProgram::help()

@@ -2,6 +2,7 @@
 
 #include "system/ProgramEnd.h"
 #include "tests/desk/QmlComplaints.h"
+#include "tests/desk/ScheduleRecord.h"
 #include "tests/desk/WindowFixture.h"
 #include "tests/support/MonitorRecorder.h"
 #include "tests/support/SignalMeasure.h"
@@ -35,6 +36,8 @@ private Q_SLOTS:
     void groups();
     void schedules();
     void typedScheduleTimes();
+    void aScheduleThatIsOverStaysOff();
+    void languageWithoutAFile();
     void listsOfADialogAreSearched();
     void listsThatChange_data();
     void listsThatChange();
@@ -559,7 +562,7 @@ void TestDeskWindow::typedScheduleTimes()
     QVERIFY(desk.item("save")->isEnabled());
     desk.key(Qt::Key_Backspace);
     QVERIFY(!desk.item("save")->isEnabled());
-    QVERIFY(desk.shows("The start is no date and time."));
+    QVERIFY(desk.shows("The start is not a date and time."));
     QTest::keyClick(desk.window(), '5');
     QTRY_VERIFY(desk.item("save")->isEnabled());
     desk.click("Save");
@@ -567,6 +570,37 @@ void TestDeskWindow::typedScheduleTimes()
     QVERIFY(desk.control("Opening: edit"));
     const ScheduleModel* schedules = desk.desk().plugin()->getNetworkAudioScheduleModel(desk.window());
     QCOMPARE(schedules->schedule(0).start, day.toString(Qt::ISODate) + "T07:45:00");
+}
+
+void TestDeskWindow::aScheduleThatIsOverStaysOff()
+{
+    WindowFixture desk;
+    addSpeaker(desk, "Hall", "10.0.0.1");
+    sendFile(desk);
+    PluginClient& plugin = *desk.desk().plugin();
+    const ScheduleModel* schedules = plugin.getNetworkAudioScheduleModel(desk.window());
+    QVariantMap record = scheduleRecord(0, "2020-03-01T08:00:00");
+    record["enableSchedule"] = false;
+    record["audioID"] = 1;
+    record["networkAudioIDList"] = QVariantList{1};
+    QVERIFY(plugin.addNetworkAudioSchedule(record));
+    QTRY_COMPARE(schedules->rowCount(), 1);
+    desk.page("schedules");
+    const quint64 sent = desk.desk().watch()->lastSent();
+    desk.click("Bell: switched on");
+    QVERIFY(desk.shows("It would never run: its time is over."));
+    QCOMPARE(desk.desk().watch()->lastSent(), sent);
+    QVERIFY(!desk.control("Bell: switched on")->property("checked").toBool());
+}
+
+/** It has English plurals. */
+void TestDeskWindow::languageWithoutAFile()
+{
+    WindowFixture desk({}, "fr");
+    QVERIFY(desk.desk().plugin()->addIPAudio("Hall", "10.0.0.1", 80, QString(), QString(),
+                                             {"camera-1", "camera-2"}));
+    desk.page("speakers");
+    QVERIFY(desk.shows("2 cameras"));
 }
 
 void TestDeskWindow::listsOfADialogAreSearched()
@@ -607,6 +641,23 @@ void TestDeskWindow::listsOfADialogAreSearched()
     desk.fill("scheduleSpeakersSearch", "l (o");
     QTRY_COMPARE(entries("scheduleSpeakers"), QStringList{"Hall (old)"});
     desk.click("Empty the search");
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+
+    desk.page("speakers");
+    desk.click("Add a speaker…");
+    QTRY_COMPARE(entries("speakerCameras").size(), 3);
+    desk.fill("speakerCamerasSearch", "DOCK");
+    QTRY_COMPARE(entries("speakerCameras"), QStringList{"Loading dock"});
+    desk.click("Loading dock");
+    Q_EMIT desk.desk().targets()->listed(); // what is found stays so
+    QTRY_COMPARE(entries("speakerCameras"), QStringList{"Loading dock"});
+    QVERIFY(desk.shows("(1 chosen)"));
+    desk.key(Qt::Key_Escape);
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+    desk.click("Add a speaker…");
+    QTRY_COMPARE(entries("speakerCameras").size(), 3);
 }
 
 void TestDeskWindow::listsThatChange_data()

@@ -70,6 +70,7 @@ private Q_SLOTS:
     void refusedByTheLink();
     void aNewFileTakesThePlace();
     void errorsOutsideOfReplies();
+    void stopByAnotherAfterAFailedOne();
     void noAnswer();
     void lostConnection();
     void anotherServer();
@@ -256,6 +257,18 @@ void TestPlaybackModel::errorsOutsideOfReplies()
              QString("Schedule \"Opening\": \"bell.wav\" was not played on Roof: no route"));
 }
 
+void TestPlaybackModel::stopByAnotherAfterAFailedOne()
+{
+    m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
+    progress(1, 10);
+    m_book->stop(0);
+    m_book->replyArrived("StopCurrentAudio", "206", "no route", 2, 3);
+    QCOMPARE(state(0), PlaybackModel::Playing);
+    m_book->replyArrived("PlayAudio", "423", "stopped", 1, 3);
+    QCOMPARE(m_book->rowCount(), 1); // the user has not stopped it
+    QCOMPARE(state(0), PlaybackModel::Stopped);
+}
+
 void TestPlaybackModel::noAnswer()
 {
     m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
@@ -267,6 +280,9 @@ void TestPlaybackModel::noAnswer()
     QCOMPARE(field(1, PlaybackModel::ProblemRole).toString(), QString("no answer from the server"));
     m_book->timedOut(77);
     QCOMPARE(state(0), PlaybackModel::Asked);
+    progress(1, 10);
+    m_book->timedOut(1);
+    QCOMPARE(state(0), PlaybackModel::Playing); // it was answered
     // It plays after all, and another does not.
     progress(2, 0);
     QCOMPARE(state(1), PlaybackModel::Playing);
@@ -305,6 +321,13 @@ void TestPlaybackModel::lostConnection()
     QCOMPARE(field(0, PlaybackModel::StateRole).toInt(), int{PlaybackModel::Failed});
     QCOMPARE(field(0, PlaybackModel::ProblemRole).toString(),
              QString("the connection to the server was lost"));
+    m_book->play(false, 4, "Roof", 8, "bell.wav", 4000);
+    m_book->timedOut(2);
+    m_book->play(false, 5, "Yard", 8, "bell.wav", 4000);
+    progress(3, 100);
+    m_book->forget();
+    QCOMPARE(state(1), PlaybackModel::Failed); // its answer can come no more
+    QCOMPARE(state(2), PlaybackModel::Ended);
 }
 
 void TestPlaybackModel::anotherServer()
@@ -324,6 +347,10 @@ void TestPlaybackModel::unexpectedAnswers()
     m_book->replyArrived("PlayAudio", "206", "x", 9, 9);
     QCOMPARE(m_book->rowCount(), 0);
     QCOMPARE(m_book->data(QModelIndex(), PlaybackModel::TitleRole), QVariant());
+    m_book->play(false, 3, "Hall", 8, "bell.wav", 4000);
+    m_book->replyArrived("StopCurrentAudio", "0", QString(), 0, QVariant()); // a row without a stop has 0
+    QCOMPARE(m_book->rowCount(), 1);
+    QCOMPARE(state(0), PlaybackModel::Asked);
 }
 
 QTEST_GUILESS_MAIN(TestPlaybackModel)

@@ -12,6 +12,8 @@ private Q_SLOTS:
     void impossibleOnes_data();
     void impossibleOnes();
     void brokenRecords();
+    void groupsAlone();
+    void withoutAMoment();
 
 private:
     const QString m_now = "2026-03-04T12:00:00"; // a Wednesday
@@ -57,6 +59,26 @@ void TestScheduleValidator::impossibleOnes()
 void TestScheduleValidator::brokenRecords()
 {
     QVERIFY(!m_validator.check(QVariantMap(), m_now).isEmpty());
+}
+
+void TestScheduleValidator::groupsAlone()
+{
+    QVariantMap record = scheduleRecord(1, "2026-03-05T08:00:00");
+    record["networkAudioIDList"] = QVariantList();
+    record["groupIDList"] = QVariantList{3};
+    QCOMPARE(m_validator.check(record, m_now), QString());
+}
+
+/** Without a moment, now counts. */
+void TestScheduleValidator::withoutAMoment()
+{
+    const auto checkDay = [this](int days) {
+        const QString start = QDateTime::currentDateTime().addDays(days).toString(Qt::ISODate);
+        return m_validator.check(scheduleRecord(0, qPrintable(start)));
+    };
+    QCOMPARE(checkDay(2), QString());
+    QCOMPARE(checkDay(-2), QString("It would never run: its time is over."));
+    QVERIFY(!ScheduleValidator::momentOf("soon").isValid());
 }
 
 QTEST_GUILESS_MAIN(TestScheduleValidator)

@@ -13,6 +13,7 @@ private Q_SLOTS:
     void cameraTalk();
     void refusedCamera();
     void noMicrophone();
+    void refusedByTheLink();
     void noConnection();
     void nobodyChosen();
     void noAnswer();
@@ -83,13 +84,31 @@ void TestTalkControl::noMicrophone()
     qputenv("FRAMESMITH_CAPTURE_FILE", ANNOUNCEMENT_WAV);
 }
 
+void TestTalkControl::refusedByTheLink()
+{
+    m_link->accepts = false;
+    for (const char* key : {"camera:gate", "speaker:1"}) {
+        m_targets->chooseOnly(key);
+        m_talk->start();
+        QCOMPARE(m_talk->problem(), QString("The server cannot be asked."));
+        QCOMPARE(m_talk->phase(), TalkControl::Idle);
+        m_talk->dismissProblem();
+    }
+}
+
 void TestTalkControl::noConnection()
 {
+    m_talk->start(); // to nobody
     m_talk->setOnline(false);
+    QCOMPARE(m_talk->problem(), QString()); // of before
     m_targets->choose("camera:gate", true);
     m_talk->start();
     QCOMPARE(m_talk->problem(), QString("There is no connection to the server."));
+    m_talk->setOnline(false); // still
+    QCOMPARE(m_talk->problem(), QString("There is no connection to the server."));
     QVERIFY(!m_link->sent.contains("StartTalk"));
+    m_talk->setOnline(true);
+    QCOMPARE(m_talk->problem(), QString());
 }
 
 void TestTalkControl::nobodyChosen()
@@ -354,6 +373,10 @@ void TestTalkControl::lostConnection()
     m_talk->setOnline(false);
     QCOMPARE(m_talk->phase(), TalkControl::Idle);
     QCOMPARE(m_talk->problem(), QString("The connection to the server was lost; the talk has ended."));
+    QVERIFY(m_talk->advice().startsWith("It is being made again."));
+    m_talk->setOnline(true);
+    QCOMPARE(m_talk->problem(), QString("The connection to the server was lost; the talk has ended."));
+    QCOMPARE(m_talk->advice(), QString("It is there again: press Talk."));
 }
 
 void TestTalkControl::askedOnce()

@@ -49,6 +49,11 @@ class CheckWords(unittest.TestCase):
         self.assertEqual(len(self.faults({"desk/qml/A.qml": "parseInt(text) <= 65535"})), 1)
         self.assertEqual(self.faults({"client/A.cpp": 'f(128, 256, 655350, 0x65535, 65534, "65535 ports", 1.65535);'}), [])
 
+    def test_words_alone(self):
+        for folder in ("platform/", "lifetime/", "system/", "audio/", "standins/", "bench/", "fuzz/", "tests/"):
+            self.assertEqual(self.faults({folder + "A.cpp": 'f(65535, "StartTalk");'}),
+                             [(folder + "A.cpp:1", '"StartTalk" is Vocabulary::StartTalk')])
+
     def test_scripts(self):
         self.assertEqual(len(self.faults({"desk/qml/A.qml": "a('UploadFile', \"it's\", \"StopTalk\") // 'TalkData'"})), 2)
 

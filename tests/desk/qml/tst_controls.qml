@@ -38,7 +38,6 @@ Item {
         model: entries
         idName: "entryId"
         nameName: "entryName"
-        searchable: false
         emptyText: "None."
     }
     PendingRequest { id: request }
@@ -153,6 +152,28 @@ Item {
             verify(request.problem.indexOf("did not answer") >= 0);
             request.reset();
             compare(request.problem, "");
+
+            // An answer that comes after all.
+            succeeded.clear();
+            number = desk.send();
+            request.begin(true);
+            desk.loseAll();
+            desk.answer(number + 1000);
+            request.answer(true, "0", 9); // of another request
+            compare(succeeded.count, 0);
+            desk.answer(number);
+            request.answer(true, "0", 9);
+            compare(succeeded.count, 1);
+            compare(request.problem, "");
+            request.answer(true, "0", 9); // once
+            compare(succeeded.count, 1);
+            number = desk.send();
+            request.begin(true);
+            desk.loseAll();
+            request.reset(); // the dialog was opened for something else
+            desk.answer(number);
+            request.answer(true, "0", 9);
+            compare(succeeded.count, 1);
         }
     }
 }
