@@ -16,7 +16,7 @@ public:
     /**
      * Sends a command. A reply, if one comes, comes later.
      *
-     * @param payload a QVariantMap, an int, or an invalid QVariant for none
+     * @param payload a QVariantMap, an int, a QString, or an invalid QVariant for none
      * @param request from nextRequestNumber; each reply to the command carries it
      * @return false when the command cannot be sent, because there is no connection, the command is too
      * large, or too much waits to be sent; no reply follows then

@@ -22,7 +22,7 @@ struct Row
     QString name;         ///< As sent.
     PayloadShape payload; ///< Of the request.
     PayloadShape answer;  ///< Of a reply with the return code "0".
-    PayloadShape refusal; ///< Of replies with other codes; failures of the server itself have no payload.
+    PayloadShape refusal; ///< Of replies with other codes; one with storageFailed may be without it.
     qint64 maxSize;       ///< The largest payloadSize.
     QString malformed;    ///< Return code for a payload beyond maxSize, or with a key that it does not have.
     Answered answered;    ///< How often and how soon it is answered.

@@ -111,3 +111,9 @@ std::optional<QDateTime> ScheduleRule::nextRun(const QDateTime& after, const QTi
     }
     return std::nullopt;
 }
+
+bool ScheduleRule::canRun() const
+{
+    const QDateTime start(firstDay, timeOfDay, Qt::UTC); // any zone would do
+    return nextRun(start.addSecs(-1), QTimeZone::utc()).has_value();
+}

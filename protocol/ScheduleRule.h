@@ -41,6 +41,9 @@ struct ScheduleRule
     /** Returns the first run after a moment; empty after the last one. */
     std::optional<QDateTime> nextRun(const QDateTime& after, const QTimeZone& zone) const;
 
+    /** Returns whether there is a run at all: false when the end is before the first of the weekdays. */
+    bool canRun() const;
+
 private:
     QDateTime runOn(const QDate& day, const QTimeZone& zone) const;
 };

@@ -51,11 +51,10 @@ ServerReply noSuchDevice(int id, const QVariant& result = QVariant())
 
 bool DeviceStore::hasPasswords(RecordDatabase& database)
 {
-    QSqlQuery sealed = database.query();
-    return !database.run(sealed,
-                         QStringLiteral("SELECT EXISTS (SELECT 1 FROM devices WHERE length(password) > ?)"),
-                         {PasswordCipher::overhead()}) ||
-           !sealed.next() || sealed.value(0).toBool();
+    bool found = true; // also when it cannot be read
+    database.read(QStringLiteral("SELECT EXISTS (SELECT 1 FROM devices WHERE length(password) > ?)"),
+                  {PasswordCipher::overhead()}, [&](const QSqlQuery& row) { found = row.value(0).toBool(); });
+    return found;
 }
 
 ServerReply DeviceStore::failed() const

@@ -28,6 +28,13 @@ QString timeText(const QVariant& value)
     return value.type() == QVariant::DateTime ? value.toDateTime().toString(Qt::ISODate) : value.toString();
 }
 
+/** The file as it is stored: null for none. */
+QVariant fileOf(const QVariantMap& record)
+{
+    const int file = record.value(Vocabulary::audioID).toInt();
+    return file != 0 ? QVariant(file) : QVariant(QVariant::Int);
+}
+
 } // namespace
 
 ServerReply ScheduleStore::failed() const
@@ -35,7 +42,14 @@ ServerReply ScheduleStore::failed() const
     return refusal(ReturnCode::storageFailed, m_database.errorString());
 }
 
-std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, Checked* checked)
+/**
+ * Checks a record.
+ *
+ * @param mayLackTargets what was deleted is missing in a schedule that is being switched off, which must
+ * always be possible
+ */
+std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, bool mayLackTargets,
+                                                Checked* checked)
 {
     if (const auto bad = RecordChecks::name(record.value(Vocabulary::scheduleName).toString())) {
         return bad;
@@ -45,7 +59,12 @@ std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, Check
     if (!rule || toJson(record.value(Vocabulary::scheduleSettings)).size() > Limits::maxSettingsBytes) {
         return refusal(ReturnCode::badSchedule, rule ? QStringLiteral("the settings are too large") : error);
     }
-    if (ServerReply bad; !m_files.find(record.value(Vocabulary::audioID).toInt(), &bad)) {
+    if (record.value(Vocabulary::enableSchedule).toBool() && !rule->canRun()) {
+        return refusal(ReturnCode::badSchedule,
+                       QStringLiteral("\"scheduleEndTime\" is before the first of the \"weekdays\""));
+    }
+    const int file = record.value(Vocabulary::audioID).toInt();
+    if (ServerReply bad; !(mayLackTargets && file == 0) && !m_files.find(file, &bad)) {
         return bad;
     }
     const auto groups = RecordChecks::ids(record.value(Vocabulary::groupIDList).toString());
@@ -62,7 +81,7 @@ std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, Check
             ReturnCode::badList,
             QStringLiteral("the lists of groups and devices name one twice, or one that is unknown"));
     }
-    if (groups->isEmpty() && devices->isEmpty()) {
+    if (groups->isEmpty() && devices->isEmpty() && !mayLackTargets) {
         return refusal(ReturnCode::nothingToPlayOn,
                        QStringLiteral("a schedule plays on a group or a device at least"));
     }
@@ -86,7 +105,7 @@ ServerReply ScheduleStore::add(const QVariant& payload)
 {
     const QVariantMap record = payload.toMap();
     Checked checked;
-    if (const auto bad = check(record, &checked)) {
+    if (const auto bad = check(record, false, &checked)) {
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
@@ -101,8 +120,7 @@ ServerReply ScheduleStore::add(const QVariant& payload)
              QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
              timeText(record.value(Vocabulary::scheduleStartTime)),
              timeText(record.value(Vocabulary::scheduleEndTime)),
-             record.value(Vocabulary::enableScheduleEndTime).toBool(),
-             record.value(Vocabulary::audioID).toInt()})) {
+             record.value(Vocabulary::enableScheduleEndTime).toBool(), fileOf(record)})) {
         return failed();
     }
     ServerReply reply = store(record, checked, insert.lastInsertId().toInt());
@@ -118,7 +136,7 @@ ServerReply ScheduleStore::update(const QVariant& payload)
     const int id = record.value(Vocabulary::scheduleID).toInt();
     const QVariantMap onlyId{{Vocabulary::scheduleID, id}};
     Checked checked;
-    if (auto bad = check(record, &checked)) {
+    if (auto bad = check(record, !record.value(Vocabulary::enableSchedule).toBool(), &checked)) {
         bad->result = onlyId;
         return *bad;
     }
@@ -134,8 +152,7 @@ ServerReply ScheduleStore::update(const QVariant& payload)
              QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
              timeText(record.value(Vocabulary::scheduleStartTime)),
              timeText(record.value(Vocabulary::scheduleEndTime)),
-             record.value(Vocabulary::enableScheduleEndTime).toBool(),
-             record.value(Vocabulary::audioID).toInt(), id})) {
+             record.value(Vocabulary::enableScheduleEndTime).toBool(), fileOf(record), id})) {
         return failed();
     }
     if (change.numRowsAffected() == 0) {

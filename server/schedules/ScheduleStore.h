@@ -32,7 +32,8 @@ public:
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces all fields of a schedule.
+     * Replaces all fields of a schedule. One that is switched off may be without a file ("audioID" 0) and
+     * without groups and devices.
      *
      * @param payload a record
      * @return the record, noSuchSchedule, or an error of add; a refusal has a map of "scheduleID" with it,
@@ -71,7 +72,7 @@ private:
         QList<int> groups;
         QList<int> devices;
     };
-    std::optional<ServerReply> check(const QVariantMap& record, Checked* checked);
+    std::optional<ServerReply> check(const QVariantMap& record, bool mayLackTargets, Checked* checked);
     ServerReply store(const QVariantMap& record, const Checked& checked, int id);
     ServerReply failed() const;
     std::optional<QVariantList> records();

@@ -110,7 +110,7 @@ void TestWireMessage::brokenMessages_data()
     QTest::newRow("nothing") << QByteArray();
     QTest::newRow("no CBOR") << QByteArray("\xFF\xFF", 2);
     QTest::newRow("cut short") << good.toBytes().chopped(3);
-    QTest::newRow("more behind") << good.toBytes() + "x";
+    QTest::newRow("more behind") << good.toBytes() + '\x01'; // an integer, whole
     QTest::newRow("no map") << QCborValue(7).toCbor();
     QTest::newRow("no version") << map({{1, 1}});
     QTest::newRow("another version") << map({{0, 2}, {1, 1}});

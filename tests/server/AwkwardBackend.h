@@ -80,12 +80,13 @@ private:
 class AwkwardPlayback : public SpeakerPlayback
 {
 public:
-    AwkwardPlayback(std::shared_ptr<SoundSource> sound, QList<int> ids, SpeakerBackend::Time due)
-        : source(std::move(sound)), speakers(std::move(ids)), start(due)
+    AwkwardPlayback(std::shared_ptr<AwkwardDevices> devices, std::shared_ptr<SoundSource> sound,
+                    QList<int> ids, SpeakerBackend::Time due)
+        : source(std::move(sound)), speakers(std::move(ids)), start(due), m_devices(std::move(devices))
     {
     }
 
-    void keepSpeakers(const QList<int>& kept) override { speakers = kept; }
+    void keepSpeakers(const QList<int>& kept) override;
 
     /** Takes so many samples of the sound; whether there are more. */
     bool take(std::size_t count)
@@ -107,6 +108,9 @@ public:
     std::shared_ptr<SoundSource> source;
     QList<int> speakers;
     SpeakerBackend::Time start;
+
+private:
+    std::shared_ptr<AwkwardDevices> m_devices;
 };
 
 struct AwkwardDevices : std::enable_shared_from_this<AwkwardDevices>
@@ -118,6 +122,9 @@ struct AwkwardDevices : std::enable_shared_from_this<AwkwardDevices>
     QList<Camera> cameras;
     std::vector<QPointer<AwkwardTalk>> talks;         ///< In the order in which they were asked for.
     std::vector<QPointer<AwkwardPlayback>> playbacks; ///< The same.
+    QStringList passwords;                            ///< Of the speakers, with each talk and playback.
+    int closedTalks = 0;                              ///< How often a talk was told to close.
+    int stoppedPlaybacks = 0;                         ///< How often a playback was left without speakers.
     std::function<void()> change = [] {};             ///< Makes the back end say that its cameras changed.
 
     std::unique_ptr<DeviceTalk> makeTalk();
@@ -135,9 +142,16 @@ inline bool AwkwardTalk::hear(const QByteArray& /*packet*/)
 inline void AwkwardTalk::close()
 {
     ++closes;
+    ++m_devices->closedTalks;
     if (m_devices->answersClose) {
         Q_EMIT closed(); // inside the call
     }
+}
+
+inline void AwkwardPlayback::keepSpeakers(const QList<int>& kept)
+{
+    speakers = kept;
+    m_devices->stoppedPlaybacks += kept.isEmpty() ? 1 : 0;
 }
 
 class AwkwardCameras : public CameraBackend
@@ -170,8 +184,9 @@ public:
     }
     bool isOnline(const Speaker& /*speaker*/) const override { return true; }
     std::chrono::milliseconds leadTime() const override { return m_devices->leadTime; }
-    std::unique_ptr<DeviceTalk> openTalk(const Speaker& /*speaker*/) override
+    std::unique_ptr<DeviceTalk> openTalk(const Speaker& speaker) override
     {
+        m_devices->passwords.append(speaker.password);
         return m_devices->makeTalk();
     }
     std::unique_ptr<SpeakerPlayback> play(std::shared_ptr<SoundSource> source, const QList<Speaker>& speakers,
@@ -180,8 +195,9 @@ public:
         QList<int> ids;
         for (const Speaker& speaker : speakers) {
             ids.append(speaker.id);
+            m_devices->passwords.append(speaker.password);
         }
-        auto playback = std::make_unique<AwkwardPlayback>(std::move(source), ids, start);
+        auto playback = std::make_unique<AwkwardPlayback>(m_devices, std::move(source), ids, start);
         m_devices->playbacks.emplace_back(playback.get());
         return playback;
     }

@@ -14,10 +14,9 @@ struct Awkward
     std::shared_ptr<AwkwardDevices> devices = std::make_shared<AwkwardDevices>();
     std::unique_ptr<ServerHarness> harness;
 
-    explicit Awkward(TalkLimits limits = TalkLimits())
+    explicit Awkward(TalkLimits limits = TalkLimits(), ServerConfig config = ServerConfig())
     {
         devices->cameras = {{"gate", "Gate"}, {"dock", "Dock"}};
-        ServerConfig config;
         config.devices = devices->kinds();
         config.talkLimits = limits;
         harness = std::make_unique<ServerHarness>(config);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/EventTable.h"
 #include "protocol/Words.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
@@ -34,8 +35,25 @@ struct ServerHarness
                          });
         QObject::connect(session.get(), &ServerSession::eventRaised,
                          [this](const QString& event, const QVariant& payload) {
+                             checkEvent(event, payload.toMap());
                              events.push_back({event, payload.toMap()});
                          });
+    }
+
+    /** Compares an event with its row of the table: no client knows any other field. */
+    static void checkEvent(const QString& event, const QVariantMap& payload)
+    {
+        const auto& rows = EventTable::rows();
+        const auto row = std::find_if(rows.begin(), rows.end(),
+                                      [&](const EventTable::Row& each) { return each.name == event; });
+        QVERIFY2(row != rows.end(), qPrintable(event));
+        if (row->nested) {
+            QCOMPARE(payload.keys(), QStringList{event});
+        }
+        const QVariantMap fields = row->nested ? payload.value(event).toMap() : payload;
+        for (auto field = fields.begin(); field != fields.end(); ++field) {
+            QVERIFY2(row->keys.contains(field.key()), qPrintable(event + ": " + field.key()));
+        }
     }
 
     ~ServerHarness()

@@ -3,6 +3,8 @@
 #include "protocol/Words.h"
 #include "tests/server/AwkwardServer.h"
 
+#include <optional>
+
 class TestBackends : public QObject
 {
     Q_OBJECT
@@ -16,11 +18,15 @@ private Q_SLOTS:
     void losesItsLine();
     void losesItsLineWhileItHears();
     void losesOneOfSeveral();
+    void losesOneTwice();
+    void lossIsOverWithTheLastStop();
+    void namedTwiceHearsOnce();
     void lostWhileAnotherOpens();
     void stopAfterALoss();
     void stoppingASpeakerForgetsTheOthers();
     void stoppingASpeakerForgetsWhatIsLost();
     void stoppingASpeakerSparesWhatOpens();
+    void stoppingASpeakerSparesOtherClients();
     void speaksFromAnotherThread();
     void speaksOnWhileAllEnds();
     void answersAClose();
@@ -28,6 +34,8 @@ private Q_SLOTS:
     void clientLeavesWhileItOpens();
     void stoppedWhileItOpens();
     void openLinesAreLimited();
+    void linesThatCloseCount();
+    void linesThatCloseDoNotCountForASuccessor();
     void lostTargetsDoNotCount();
     void linesThatCloseAreLimited();
 };
@@ -87,6 +95,7 @@ void TestBackends::speakerRefusesLate()
     server.harness->submit("StartTalkToIPAudio", speaker);
     server.talk(0).refuse(ReturnCode::speakerOffline, "busy");
     QVERIFY(ServerHarness::waitFor([&] { return server.harness->replies.size() == 1; }));
+    QCOMPARE(server.devices->passwords, QStringList{"p"});
     // Any other code would end the client's other talks.
     QCOMPARE(server.harness->replies[0].reply.returnCode, ReturnCode::success);
     QCOMPARE(server.harness->replies[0].reply.result.toMap(), (QVariantMap{{"error", "busy"}}));
@@ -170,6 +179,41 @@ void TestBackends::losesOneOfSeveral()
     server.talk(2).lose();
     QVERIFY(server.waitForEvents(3));
     QCOMPARE(server.harness->events[2].name, QString("TalkDisconnected"));
+}
+
+void TestBackends::losesOneTwice()
+{
+    Awkward server;
+    server.open();
+    const QString dock = server.open("StartTalk", QVariantMap{{"camId", "dock"}});
+    server.talk(0).lose();
+    server.talk(0).lose(); // on its way before the first is handled
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(server.harness->events[0].name, Words::TalkTargetLost);
+    QCOMPARE(server.say({dock}).returnCode, ReturnCode::success);
+}
+
+void TestBackends::lossIsOverWithTheLastStop()
+{
+    Awkward server;
+    server.open();
+    const QString dock = server.open("StartTalk", QVariantMap{{"camId", "dock"}});
+    server.talk(0).lose();
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(server.stop(dock).returnCode, ReturnCode::success);
+    // The next talk fails to open, and has lost nothing.
+    const quint64 request = server.harness->submit("StartTalk", gate);
+    server.talk(2).refuse(ReturnCode::cameraOffline, "off");
+    QCOMPARE(server.harness->waitForReply(request).returnCode, ReturnCode::cameraOffline);
+    QCOMPARE(server.settled(), std::size_t{1});
+}
+
+void TestBackends::namedTwiceHearsOnce()
+{
+    Awkward server;
+    const QString token = server.open();
+    QCOMPARE(server.say({token, token}).returnCode, ReturnCode::success);
+    QCOMPARE(server.talk(0).heard, 1);
 }
 
 void TestBackends::lostWhileAnotherOpens()
@@ -260,6 +304,25 @@ void TestBackends::stoppingASpeakerSparesWhatOpens()
     server.talk(1).lose();
     QVERIFY(server.waitForEvents(1));
     QCOMPARE(harness.events[0].payload, disconnected(token));
+}
+
+void TestBackends::stoppingASpeakerSparesOtherClients()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int hall = server.addSpeaker("Hall");
+    ServerSession other(*harness.server);
+    QSignalSpy replies(&other, &ServerSession::replied);
+    QSignalSpy events(&other, &ServerSession::eventRaised);
+    other.submit("StartTalk", gate, 1);
+    server.talk(0).open();
+    QVERIFY(ServerHarness::waitFor([&] { return replies.size() == 1; }));
+    server.openSpeaker(hall);
+    QCOMPARE(harness.ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    server.talk(0).lose();
+    QVERIFY(ServerHarness::waitFor([&] { return events.size() == 1; }));
+    QCOMPARE(events[0][0].toString(), QString("TalkDisconnected"));
+    QCOMPARE(server.settled(), std::size_t{0});
 }
 
 void TestBackends::speaksFromAnotherThread()
@@ -374,6 +437,40 @@ void TestBackends::openLinesAreLimited()
     QCOMPARE(server.devices->talks.size(), std::size_t{4096});
 }
 
+void TestBackends::linesThatCloseCount()
+{
+    TalkLimits limits;
+    limits.closing = 600000;
+    Awkward server(limits);
+    server.devices->answersClose = false;
+    const int hall = server.addSpeaker("Hall");
+    for (int i = 0; i < 4096; ++i) {
+        server.harness->submit("StartTalkToIPAudio", hall);
+    }
+    QCOMPARE(server.harness->ask("StopTalkToIPAudio", hall).returnCode, ReturnCode::success);
+    QCOMPARE(server.devices->closedTalks, 4096);
+    QCOMPARE(server.harness->ask("StartTalk", gate).returnCode, ReturnCode::malformedRequest);
+    QCOMPARE(server.devices->talks.size(), std::size_t{4096});
+}
+
+// Its session may have the address of the one before.
+void TestBackends::linesThatCloseDoNotCountForASuccessor()
+{
+    TalkLimits limits;
+    limits.closing = 600000;
+    Awkward server(limits);
+    server.devices->answersClose = false;
+    std::optional<ServerSession> client(std::in_place, *server.harness->server);
+    for (quint64 i = 1; i <= 4096; ++i) {
+        client->submit("StartTalk", gate, i);
+    }
+    QCOMPARE(server.devices->talks.size(), std::size_t{4096});
+    client.emplace(*server.harness->server);
+    QCOMPARE(server.devices->closedTalks, 4096);
+    client->submit("StartTalk", gate, 1);
+    QCOMPARE(server.devices->talks.size(), std::size_t{4097});
+}
+
 void TestBackends::lostTargetsDoNotCount()
 {
     Awkward server;
@@ -417,6 +514,7 @@ void TestBackends::linesThatCloseAreLimited()
     }
     QVERIFY(ServerHarness::waitFor([&] { return server.isGone(3) && server.isGone(4); }, 2000));
     QVERIFY(!server.isGone(0) && !server.isGone(1) && !server.isGone(2));
+    QCOMPARE(server.devices->closedTalks, 5); // each line is closed, also one that is left to itself
 }
 
 QTEST_GUILESS_MAIN(TestBackends)

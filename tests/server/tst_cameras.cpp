@@ -21,6 +21,7 @@ private Q_SLOTS:
     void openTalkOutlivesItsRecord();
     void backEndsReportChanges();
     void changeThatCannotBeReadIsRefused();
+    void changeThatCannotBeCommittedIsRefused();
     void olderDatabaseGetsThem();
     void foreignTableIsLeftAlone();
 };
@@ -105,6 +106,9 @@ void TestCameras::refusals_data()
     row("no kind", "AddCamera", camera("Dock", ""), ReturnCode::badCameraKind);
     row("an unknown id", "UpdateCamera", withId(camera("Dock"), "7"), ReturnCode::noSuchCamera);
     row("not an id", "UpdateCamera", withId(camera("Dock"), "camera-1"), ReturnCode::noSuchCamera);
+    row("another form of an id", "UpdateCamera", withId(camera("Dock"), "01"), ReturnCode::noSuchCamera);
+    row("an id with a sign", "UpdateCamera", withId(camera("Dock"), "+1"), ReturnCode::noSuchCamera);
+    row("deleting another form of an id", "DeleteCamera", "01", ReturnCode::noSuchCamera);
     row("a bad change", "UpdateCamera", withId(camera(""), "1"), ReturnCode::badName);
     row("deleting an unknown id", "DeleteCamera", "7", ReturnCode::noSuchCamera);
     row("deleting one that is no record", "DeleteCamera", "camera-1", ReturnCode::noSuchCamera);
@@ -248,6 +252,27 @@ void TestCameras::changeThatCannotBeReadIsRefused()
     QCOMPARE(harness.ask("AddCamera", camera("Hall")).result, QVariant(withId(camera("Hall"), "2")));
     QCOMPARE(harness.ask("GetCamera").result,
              QVariant(QVariantList{listed(camera("Gate"), "1"), listed(camera("Hall"), "2")}));
+}
+
+// The camera keeps the kind that it has, which only one of this kind may have.
+void TestCameras::changeThatCannotBeCommittedIsRefused()
+{
+    const QTemporaryDir folder;
+    ServerConfig config;
+    config.dataDirectory = folder.filePath("data");
+    const QString file = config.dataDirectory + "/records.sqlite";
+    {
+        const RecordingServer server(config);
+    }
+    runSql(file,
+           {"INSERT INTO cameras (name, kind, address) VALUES ('Gate', 'pigeon', '::')",
+            "CREATE TABLE promises (kept INTEGER REFERENCES groups(id) DEFERRABLE INITIALLY DEFERRED)",
+            "CREATE TRIGGER promise AFTER UPDATE ON cameras BEGIN INSERT INTO promises VALUES (1); END"});
+    ServerHarness harness(config);
+    QCOMPARE(harness.ask("UpdateCamera", withId(camera("Gate"), "1")).returnCode, ReturnCode::storageFailed);
+    runSql(file, {"DROP TRIGGER promise"});
+    const QVariantMap kept = withId(camera("Gate", "pigeon"), "1");
+    QCOMPARE(harness.ask("UpdateCamera", kept).result, QVariant(kept));
 }
 
 namespace {

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void olderSchemaIsMigrated();
     void contentFromElsewhereIsKept_data();
     void contentFromElsewhereIsKept();
+    void newerSchemaIsRefused_data();
     void newerSchemaIsRefused();
     void notADatabase();
     void nothingIsDeletedAtAStart_data();
@@ -210,16 +211,26 @@ void TestDataFolder::olderSchemaIsMigrated()
     QCOMPARE(harness.upload(path("tone.wav")), 2);
 }
 
+void TestDataFolder::newerSchemaIsRefused_data()
+{
+    QTest::addColumn<QString>("version");
+    for (const char* version : {"4", "99", "-1"}) {
+        QTest::newRow(version) << QString(version);
+    }
+}
+
 void TestDataFolder::newerSchemaIsRefused()
 {
-    const ServerConfig config = persistent();
+    QFETCH(QString, version);
+    ServerConfig config = persistent();
+    config.dataDirectory += version;
     {
         const RecordingServer server(config);
     }
-    runSql(config.dataDirectory + "/records.sqlite", {"PRAGMA user_version = 99"});
+    runSql(config.dataDirectory + "/records.sqlite", {"PRAGMA user_version = " + version});
     const RecordingServer server(config);
     QVERIFY(!server.isOpen());
-    QVERIFY(server.errorString().contains("99"));
+    QVERIFY(server.errorString().contains("schema " + version + ','));
 }
 
 void TestDataFolder::notADatabase()

@@ -1,7 +1,10 @@
 // Playbacks on devices that fail, end and are stopped at any moment.
 
 #include "tests/server/AwkwardServer.h"
+#include "tests/support/SoundFiles.h"
 #include "tests/support/WavFiles.h"
+
+#include <QDir>
 
 /** A server with the speakers Hall and Roof in one group, and a file that plays on the group. */
 struct Playing : Awkward
@@ -65,6 +68,9 @@ private Q_SLOTS:
     void lastReply();
     void lastReplyGoesToWhoAsked();
     void partlyTakenGoesOn();
+    void progressIsTheFurthest();
+    void sameProgressIsNotRepeated();
+    void brokenInOnePart();
 
 private:
     QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
@@ -90,6 +96,7 @@ void TestPlaybacks::groupOfTwoKinds()
              ReturnCode::success);
     AwkwardPlayback& playback = *server.devices->playbacks.at(0);
     QCOMPARE(playback.speakers, QList<int>{awkward});
+    QCOMPARE(server.devices->passwords, QStringList{"p"});
     QVERIFY(playback.start >= before && playback.start <= std::chrono::steady_clock::now());
     // The whole file for each kind; it has ended when it has ended everywhere.
     QVERIFY(ServerHarness::waitFor(
@@ -148,7 +155,9 @@ void TestPlaybacks::stopsOneOfTwo()
     ServerHarness& harness = *server.harness;
     QCOMPARE(harness.ask("StopCurrentAudio", server.hall).returnCode, ReturnCode::success);
     QCOMPARE(server.devices->playbacks.at(0)->speakers, QList<int>{server.roof});
-    QCOMPARE(harness.ask("StopCurrentAudio", server.roof).returnCode, ReturnCode::success);
+    QCOMPARE(server.devices->stoppedPlaybacks, 0);
+    harness.submit("StopCurrentAudio", server.roof);
+    QCOMPARE(server.devices->stoppedPlaybacks, 1); // at once, whenever it is deleted
     QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
 }
 
@@ -257,6 +266,87 @@ void TestPlaybacks::partlyTakenGoesOn()
     QVERIFY(server.playback().take(15000));
     server.playback().end();
     QCOMPARE(server.lastReply().returnCode, ReturnCode::success);
+}
+
+void TestPlaybacks::progressIsTheFurthest()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    server.devices->leadTime = std::chrono::minutes(10); // the simulated one does not begin
+    const int awkward = server.addSpeaker("Hall");
+    const int simulated = harness.addDevice("Stairs");
+    harness.upload(path("tone.wav"));
+    harness.addGroup("all", QString("%1,%2").arg(awkward).arg(simulated));
+    harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}});
+    QVERIFY(server.devices->playbacks.at(0)->take(8000));
+    QVERIFY(ServerHarness::waitFor(
+        [&] { return harness.replies.back().reply.result.toMap()["progress"].toInt() == 50; }));
+}
+
+void TestPlaybacks::sameProgressIsNotRepeated()
+{
+    Playing server(path("tone.wav"));
+    ServerHarness& harness = *server.harness;
+    const quint64 hall = server.playOn(server.hall);
+    const quint64 roof = server.playOn(server.roof);
+    const auto halves = [&](quint64 request) {
+        return std::count_if(harness.replies.begin(), harness.replies.end(), [&](const auto& answer) {
+            return answer.request == request && answer.reply.result.toMap()["progress"].toInt() == 50;
+        });
+    };
+    QVERIFY(server.devices->playbacks.at(1)->take(8000));
+    QVERIFY(ServerHarness::waitFor([&] { return halves(hall) > 0; }));
+    QVERIFY(server.devices->playbacks.at(2)->take(8000));
+    QVERIFY(ServerHarness::waitFor([&] { return halves(roof) > 0; })); // with the next look at both
+    QCOMPARE(static_cast<int>(halves(hall)), 1);
+}
+
+namespace {
+
+/** Fills what is in the later half of the frames of an ADTS file (ISO/IEC 13818-7), but not their headers. */
+void damageLaterFrames(const QString& path)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QByteArray bytes = file.readAll();
+    constexpr int headerSize = 7;
+    int size = 0;
+    for (int at = 0; at + headerSize <= bytes.size(); at += size) {
+        const auto byte = [&](int index) { return static_cast<quint8>(bytes.at(at + index)); };
+        size = (byte(3) & 3) << 11 | byte(4) << 3 | byte(5) >> 5;
+        QVERIFY(size > headerSize && at + size <= bytes.size());
+        if (at > bytes.size() / 2) {
+            bytes.replace(at + headerSize, size - headerSize, QByteArray(size - headerSize, '\xFF'));
+        }
+    }
+    QVERIFY(file.seek(0));
+    QCOMPARE(file.write(bytes), qint64{bytes.size()});
+}
+
+} // namespace
+
+void TestPlaybacks::brokenInOnePart()
+{
+    ServerConfig config;
+    config.dataDirectory = path("broken");
+    Awkward server(TalkLimits(), config);
+    ServerHarness& harness = *server.harness;
+    const int awkward = server.addSpeaker("Hall");
+    const int simulated = harness.addDevice("Stairs");
+    QVERIFY(SoundFiles::write(path("tone.aac"), WavFiles::sine(440, 0.3, 3.0, 44100), 44100));
+    QCOMPARE(harness.upload(path("tone.aac")), 1);
+    const QDir files(config.dataDirectory + "/files");
+    damageLaterFrames(files.filePath(files.entryList(QDir::Files)[0]));
+    harness.addGroup("all", QString("%1,%2").arg(awkward).arg(simulated));
+    QCOMPARE(harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}}).returnCode,
+             ReturnCode::success);
+    QVERIFY(server.waitForEvents(1));
+    QCOMPARE(harness.events[0].payload["deviceName"], QVariant("Stairs"));
+    // The other has not come to the damage.
+    server.devices->playbacks.at(0)->end();
+    QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
+    QCOMPARE(harness.replies.back().reply.returnCode, ReturnCode::brokenFile);
+    QCOMPARE(server.settled(), std::size_t{1});
 }
 
 QTEST_GUILESS_MAIN(TestPlaybacks)

@@ -13,6 +13,9 @@ class TestRecordLimits : public QObject
 private Q_SLOTS:
     void fullKind_data();
     void fullKind();
+    void fullFiles();
+    void overfullKindMayBeChanged_data();
+    void overfullKindMayBeChanged();
     void longLists_data();
     void longLists();
     void settingsCountForTheirNumbers();
@@ -79,6 +82,10 @@ QVariantMap with(QVariantMap record, const char* key, const QVariant& value)
 
 const QString device =
     "INSERT INTO devices (name, ip, port, username, password) SELECT 'd' || i, '::', 1, '', ''";
+const QString plainCamera = "INSERT INTO cameras (name, kind, address) SELECT 'c' || i, 'simulated', '::'";
+const QString plainSchedule =
+    "INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled) "
+    "SELECT 's', 0, 1, '{}', '', '', 0";
 const QString file = "INSERT INTO files (name, length, status, content) SELECT 'f' || i, 1, 2, i";
 
 } // namespace
@@ -93,8 +100,7 @@ void TestRecordLimits::fullKind_data()
     QTest::addColumn<QString>("remove");
     QTest::addColumn<QVariant>("id");
     QTest::addColumn<QString>("limit");
-    QTest::newRow("cameras") << "INSERT INTO cameras (name, kind, address) SELECT 'c' || i, 'simulated', '::'"
-                             << "AddCamera" << QVariant(camera("c")) << "UpdateCamera"
+    QTest::newRow("cameras") << plainCamera << "AddCamera" << QVariant(camera("c")) << "UpdateCamera"
                              << QVariant(with(camera("other"), "camId", "1")) << "DeleteCamera"
                              << QVariant("1") << "maxCameras";
     QTest::newRow("devices") << device << "AddIPAudio" << QVariant(ServerHarness::device("d"))
@@ -106,12 +112,9 @@ void TestRecordLimits::fullKind_data()
                             << QVariant(with(group("other", ""), "groupID", 1)) << "DeleteNetworkAudioGroup"
                             << QVariant(1) << "maxGroups";
     const QVariantMap one = schedule({});
-    QTest::newRow("schedules")
-        << "INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled) "
-           "SELECT 's', 0, 1, '{}', '', '', 0"
-        << "AddNetworkAudioSchedule" << QVariant(one) << "UpdateNetworkAudioSchedule"
-        << QVariant(with(one, "scheduleID", 1)) << "DeleteNetworkAudioSchedule" << QVariant(1)
-        << "maxSchedules";
+    QTest::newRow("schedules") << plainSchedule << "AddNetworkAudioSchedule" << QVariant(one)
+                               << "UpdateNetworkAudioSchedule" << QVariant(with(one, "scheduleID", 1))
+                               << "DeleteNetworkAudioSchedule" << QVariant(1) << "maxSchedules";
 }
 
 void TestRecordLimits::fullKind()
@@ -145,6 +148,44 @@ void TestRecordLimits::fullKind()
     QCOMPARE(harness.ask(add, another).returnCode, ReturnCode::success);
 }
 
+void TestRecordLimits::fullFiles()
+{
+    ServerHarness harness(filled({rows(9999, file)}));
+    const QVariantMap upload{
+        {"filename", "a.wav"},
+        {"content", WavFiles::riff(WavFiles::chunk("fmt ", WavFiles::pcmFormat(1, 8000, 16)) +
+                                   WavFiles::chunk("data", QByteArray(20000, 'x')))
+                        .toBase64()}};
+    QCOMPARE(harness.ask("UploadFile", upload).returnCode, ReturnCode::success);
+    const ServerReply full = harness.ask("UploadFile", upload);
+    QCOMPARE(full.returnCode, ReturnCode::fileRefused);
+    QVERIFY2(full.errorText.contains("10000") && full.errorText.contains("maxFiles"),
+             qPrintable(full.errorText));
+    QCOMPARE(harness.ask("GetAudioFile").result.toList().size(), 10000);
+}
+
+void TestRecordLimits::overfullKindMayBeChanged_data()
+{
+    QTest::addColumn<QStringList>("statements");
+    QTest::newRow("records") << QStringList{rows(10005, plainCamera)};
+    QTest::newRow("bytes") << QStringList{rows(2, plainCamera),
+                                          "INSERT INTO cameras (name, kind, address) SELECT " +
+                                              repeated("x", 4194400) + ", '', ''"};
+}
+
+// From a version without the limits.
+void TestRecordLimits::overfullKindMayBeChanged()
+{
+    QFETCH(QStringList, statements);
+    ServerHarness harness(filled(statements));
+    QVariantMap same = with(camera("c1"), "camId", "1");
+    same["camAddress"] = "::";
+    QCOMPARE(harness.ask("UpdateCamera", same).returnCode, ReturnCode::success);
+    QCOMPARE(harness.ask("UpdateCamera", with(same, "camName", "c")).returnCode, ReturnCode::success);
+    QCOMPARE(harness.ask("AddCamera", camera("new")).returnCode, ReturnCode::tooManyRecords);
+    QCOMPARE(harness.ask("DeleteCamera", "2").returnCode, ReturnCode::success);
+}
+
 void TestRecordLimits::longLists_data()
 {
     QTest::addColumn<QString>("command");
@@ -171,6 +212,18 @@ void TestRecordLimits::longLists_data()
         << QVariant(QVariantMap{{"deviceID", 1}});
     QTest::newRow("group") << "AddNetworkAudioGroup" << QVariant(group("a", "1")) << QVariant(group("b", ids))
                            << QVariant();
+    const QString longName(128, QChar(0x20AC));
+    QTest::newRow("camera") << "AddCamera" << QVariant(camera("a")) << QVariant(camera(longName))
+                            << QVariant();
+    QTest::newRow("change of a camera")
+        << "UpdateCamera" << QVariant(with(camera("a"), "camId", "1"))
+        << QVariant(with(camera(longName), "camId", "1")) << QVariant(QVariantMap{{"camId", "1"}});
+    const QVariantMap settings{{"x", QString(1000, 'x')}};
+    QTest::newRow("schedule") << "AddNetworkAudioSchedule" << QVariant(schedule({}))
+                              << QVariant(schedule(settings)) << QVariant();
+    QTest::newRow("change of a schedule")
+        << "UpdateNetworkAudioSchedule" << QVariant(with(schedule({}), "scheduleID", 1))
+        << QVariant(with(schedule(settings), "scheduleID", 1)) << QVariant(QVariantMap{{"scheduleID", 1}});
     QTest::newRow("change of a group")
         << "UpdateNetworkAudioGroup" << QVariant(with(group("a", ""), "groupID", 1))
         << QVariant(with(group("a", ids), "groupID", 1)) << QVariant(QVariantMap{{"groupID", 1}});
@@ -184,7 +237,11 @@ void TestRecordLimits::longLists()
     QFETCH(QVariant, large);
     QFETCH(QVariant, result);
     ServerHarness harness(
-        filled({rows(9000, device), rows(2, "INSERT INTO groups (name) SELECT 'g' || i"),
+        filled({rows(9000, device), rows(1, file), rows(1, plainCamera), rows(1, plainSchedule),
+                "INSERT INTO cameras (name, kind, address) SELECT " + repeated("x", 4194000) + ", '', ''",
+                "INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled) SELECT " +
+                    repeated("x", 4190000) + ", 0, 1, '{}', '', '', 0",
+                rows(2, "INSERT INTO groups (name) SELECT 'g' || i"),
                 rows(40, "INSERT INTO groups (name) SELECT 'full' || i || " + repeated("x", 104000)),
                 "INSERT INTO devices (id, name, ip, port, username, password) SELECT 9500, " +
                     repeated("x", 3300000) + ", '::', 1, '', ''"}));

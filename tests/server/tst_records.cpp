@@ -291,6 +291,7 @@ void TestRecords::refusedFiles()
     const ServerReply reply = harness.ask("UploadFile", payload);
     QCOMPARE(reply.returnCode, QString("-2"));
     QVERIFY(!reply.errorText.isEmpty());
+    QCOMPARE(reply.errorText.contains("32 MiB"), payload["content"].toByteArray().size() > (44 << 20));
     QVERIFY(harness.ask("GetAudioFile").result.toList().isEmpty());
     QVERIFY(QDir(config.dataDirectory + "/files").entryList(QDir::Files).isEmpty());
 }
@@ -317,6 +318,11 @@ void TestRecords::schedules()
     const QVariantMap changed =
         with(with(with(record, "scheduleID", 1), "networkAudioIDList", ""), "groupIDList", "1");
     QCOMPARE(harness.ask("UpdateNetworkAudioSchedule", changed).result.toMap(), changed);
+    // An id is a number in the answer, however it was sent.
+    const QVariant id = harness.ask("UpdateNetworkAudioSchedule", with(changed, "scheduleID", "1"))
+                            .result.toMap()["scheduleID"];
+    QCOMPARE(id.type(), QVariant::Int);
+    QCOMPARE(id.toInt(), 1);
     QCOMPARE(harness.ask("GetNetworkAudioSchedule").result.toList(), QVariantList{changed});
     QCOMPARE(harness.ask("DeleteNetworkAudioSchedule", 1).result, QVariant(1));
     QCOMPARE(harness.ask("GetNetworkAudioSchedule").result.toList(), QVariantList());

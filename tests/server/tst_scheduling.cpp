@@ -4,6 +4,8 @@
 #include "tests/server/ServerHarness.h"
 #include "tests/support/WavFiles.h"
 
+#include <QDir>
+
 class TestScheduling : public QObject
 {
     Q_OBJECT
@@ -18,10 +20,13 @@ private Q_SLOTS:
     void schedulesReallyPlay();
     void groupsAndDevicesPlayOnce();
     void disabledSchedulesRest();
+    void isSwitchedOffWhateverWasDeleted();
+    void neverRuns();
     void missedRunsAreNotMadeUpFor();
     void clockSetBack();
     void restartInBetween();
     void deletedFileIsReported();
+    void brokenFileIsReportedOnce();
 
 private:
     QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
@@ -241,6 +246,57 @@ void TestScheduling::disabledSchedulesRest()
     QCOMPARE(server.runsUntil("2026-05-08T09:00:00"), 2);
 }
 
+void TestScheduling::isSwitchedOffWhateverWasDeleted()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    server.ask("AddNetworkAudioSchedule", server.schedule(record(1, "2026-05-04T08:30:00")));
+    const auto stored = [&] { return server.ask("GetNetworkAudioSchedule").result.toList()[0].toMap(); };
+    const auto enable = [&](bool on) {
+        QVariantMap schedule = stored();
+        schedule["enableSchedule"] = on;
+        return server.ask("UpdateNetworkAudioSchedule", schedule);
+    };
+    server.ask("DeleteFile", 1);
+    const ServerReply off = enable(false);
+    QCOMPARE(off.returnCode, ReturnCode::success);
+    QCOMPARE(off.result.toMap()["audioID"], QVariant(0));
+    QCOMPARE(stored(), off.result.toMap());
+    QCOMPARE(enable(true).returnCode, ReturnCode::noSuchFile);
+    QVariantMap unknownFile = stored();
+    unknownFile["audioID"] = 9;
+    QCOMPARE(server.ask("UpdateNetworkAudioSchedule", unknownFile).returnCode, ReturnCode::noSuchFile);
+    server.upload(path("tone.wav"));
+    QVariantMap again = stored();
+    again["audioID"] = 2;
+    again["enableSchedule"] = true;
+    QCOMPARE(server.ask("UpdateNetworkAudioSchedule", again).returnCode, ReturnCode::success);
+    server.ask("DeleteIPAudio", 1);
+    QCOMPARE(enable(false).returnCode, ReturnCode::success);
+    QCOMPARE(enable(true).returnCode, ReturnCode::nothingToPlayOn);
+    QCOMPARE(stored()["enableSchedule"], QVariant(false));
+    // A new one is for something.
+    QVariantMap fresh = stored();
+    fresh.remove("scheduleID");
+    QCOMPARE(server.ask("AddNetworkAudioSchedule", fresh).returnCode, ReturnCode::nothingToPlayOn);
+}
+
+void TestScheduling::neverRuns()
+{
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
+    // From Monday to Tuesday, on Wednesdays.
+    QVariantMap schedule = server.schedule(record(2, "2026-05-04T08:30:00", {3}, "2026-05-05T08:30:00"));
+    const ServerReply refused = server.ask("AddNetworkAudioSchedule", schedule);
+    QCOMPARE(refused.returnCode, ReturnCode::badSchedule);
+    QVERIFY2(refused.errorText.contains("weekdays"), qPrintable(refused.errorText));
+    schedule["enableSchedule"] = false;
+    QCOMPARE(server.ask("AddNetworkAudioSchedule", schedule).returnCode, ReturnCode::success);
+    schedule["scheduleID"] = 1;
+    schedule["enableSchedule"] = true;
+    QCOMPARE(server.ask("UpdateNetworkAudioSchedule", schedule).returnCode, ReturnCode::badSchedule);
+    schedule["scheduleEndTime"] = "2026-05-06T08:30:00"; // with its one run
+    QCOMPARE(server.ask("UpdateNetworkAudioSchedule", schedule).returnCode, ReturnCode::success);
+}
+
 void TestScheduling::missedRunsAreNotMadeUpFor()
 {
     Scheduled server("2026-05-04T08:00:00", path("tone.wav"));
@@ -279,6 +335,20 @@ void TestScheduling::deletedFileIsReported()
     server.ask("DeleteFile", 1);
     QCOMPARE(server.runsUntil("2026-05-04T09:00:00"), 1);
     QVERIFY(server.events[0].payload["error"].toString().contains("no audio file"));
+}
+
+void TestScheduling::brokenFileIsReportedOnce()
+{
+    const QString data = path("broken");
+    Scheduled server("2026-05-04T08:00:00", path("tone.wav"), data);
+    server.addDevice("b");
+    QVariantMap schedule = server.schedule(record(0, "2026-05-04T08:30:00"));
+    schedule["networkAudioIDList"] = "2";
+    QCOMPARE(server.ask("AddNetworkAudioSchedule", schedule).returnCode, ReturnCode::success);
+    const QDir files(data + "/files");
+    QVERIFY(QFile::resize(files.filePath(files.entryList(QDir::Files)[0]), 10));
+    QCOMPARE(server.runsUntil("2026-05-04T09:00:00"), 1);
+    QCOMPARE(server.events[0].payload["deviceName"], QVariant("b"));
 }
 
 QTEST_GUILESS_MAIN(TestScheduling)

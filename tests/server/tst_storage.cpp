@@ -11,6 +11,8 @@ class TestStorage : public QObject
 
 private Q_SLOTS:
     void transactionThatCannotBegin();
+    void reasonOutlivesTheRollback();
+    void commitWaitsForTheDisk();
     void rowsThatCannotBeRead();
     void unreadableTable_data();
     void unreadableTable();
@@ -51,6 +53,31 @@ void TestStorage::transactionThatCannotBegin()
         QVERIFY(outer.commit());
     }
     QCOMPARE(rowsOf(database, "groups"), 1);
+}
+
+void TestStorage::reasonOutlivesTheRollback()
+{
+    RecordDatabase database((QString()));
+    QString reason;
+    {
+        const RecordDatabase::Transaction transaction(database);
+        // SQLite rolls back by itself, as after an I/O error; so there is nothing left to roll back.
+        QVERIFY(!database.run("INSERT OR ROLLBACK INTO groups (name) VALUES ('a'), ('a')"));
+        reason = database.errorString();
+        QVERIFY2(reason.contains("UNIQUE"), qPrintable(reason));
+    }
+    QCOMPARE(database.errorString(), reason);
+}
+
+// What was confirmed is there after a power failure, too.
+void TestStorage::commitWaitsForTheDisk()
+{
+    RecordDatabase database(m_folder.filePath("full.sqlite"));
+    constexpr int full = 2; // in SQLite's numbers
+    int level = -1;
+    QVERIFY(
+        database.read("PRAGMA synchronous", {}, [&](const QSqlQuery& row) { level = row.value(0).toInt(); }));
+    QCOMPARE(level, full);
 }
 
 void TestStorage::rowsThatCannotBeRead()
