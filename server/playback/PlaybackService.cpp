@@ -120,8 +120,8 @@ void PlaybackService::playUnasked(int file, const QList<int>& devices, const QSt
 {
     const ServerReply reply = start({nullptr, QString(), 0, QVariant()}, file, devices, alarmName);
     const bool reported = reply.returnCode == ReturnCode::success ||
-                      reply.returnCode == ReturnCode::speakerOffline ||
-                      reply.returnCode == ReturnCode::brokenFile;
+                          reply.returnCode == ReturnCode::speakerOffline ||
+                          reply.returnCode == ReturnCode::brokenFile;
     if (!reported) {
         raiseFailure(QString(), QString(), reply.errorText, alarmName);
     }
