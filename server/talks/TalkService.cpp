@@ -33,11 +33,6 @@ std::optional<QByteArray> decodePacket(const QString& text)
     return result ? std::optional(std::move(result.decoded)) : std::nullopt;
 }
 
-ServerReply refuse(const QString& returnCode, const QString& errorText)
-{
-    return {returnCode, QVariant(), errorText};
-}
-
 /** What keeps a speaker from talking is in "error" of a success: a refusal would end the client's other
  * talks. */
 ServerReply speakerError(const QString& text)
@@ -66,11 +61,11 @@ std::optional<ServerReply> TalkService::startTalk(ServerSession& session, const 
             continue;
         }
         if (!camera->online) {
-            return refuse(ReturnCode::cameraOffline,
-                          QStringLiteral("camera \"%1\" is offline").arg(camera->name));
+            return refusal(ReturnCode::cameraOffline,
+                           QStringLiteral("camera \"%1\" is offline").arg(camera->name));
         }
         if (!mayOpen(session)) {
-            return refuse(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
+            return refusal(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
         }
         open(session, 0,
              {{Vocabulary::camId, camId},
@@ -78,7 +73,7 @@ std::optional<ServerReply> TalkService::startTalk(ServerSession& session, const 
              backend->openTalk(camId));
         return std::nullopt;
     }
-    return refuse(ReturnCode::noSuchCamera, QStringLiteral("no camera has the id \"%1\"").arg(camId));
+    return refusal(ReturnCode::noSuchCamera, QStringLiteral("no camera has the id \"%1\"").arg(camId));
 }
 
 std::optional<ServerReply> TalkService::startTalkToSpeaker(ServerSession& session, const Speaker& speaker,
@@ -151,7 +146,7 @@ void TalkService::refused(const QString& token, const QString& returnCode, const
         return;
     }
     ServerSession& session = *talk->second.session;
-    talk->second.reply.send(talk->second.device != 0 ? speakerError(reason) : refuse(returnCode, reason));
+    talk->second.reply.send(talk->second.device != 0 ? speakerError(reason) : refusal(returnCode, reason));
     close(talk);
     endWhenAllAreLost(session, QString());
 }
@@ -293,7 +288,7 @@ ServerReply TalkService::stopTalkToSpeaker(ServerSession& session, int device)
         talk = next;
     }
     if (!found) {
-        return refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk is open to this device"));
+        return refusal(ReturnCode::noSuchTalk, QStringLiteral("no talk is open to this device"));
     }
     forgetTargets(session);
     return done();
@@ -304,10 +299,10 @@ ServerReply TalkService::stopTalk(ServerSession& session, const QVariant& payloa
     const QString token = payload.toMap().value(Vocabulary::talkToken).toString();
     const auto talk = m_talks.find(token);
     if (talk == m_talks.end() || talk->second.session != &session || talk->second.state == Talk::Opening) {
-        return refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
+        return refusal(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
     }
     close(talk);
-    return {ReturnCode::success, QVariant(), QString()};
+    return done();
 }
 
 ServerReply TalkService::talkData(ServerSession& session, const QVariant& payload)
@@ -319,9 +314,9 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
         targets.size() <= Limits::maxTargetsLength ? parseTalkDestinations(targets) : std::nullopt;
     const auto packet = decodePacket(talkData);
     if (!tokens || tokens->isEmpty() || !packet) {
-        return refuse(ReturnCode::malformedRequest, QStringLiteral("not a talk packet"));
+        return refusal(ReturnCode::malformedRequest, QStringLiteral("not a talk packet"));
     }
-    ServerReply reply{ReturnCode::success, QVariant(), QString()};
+    ServerReply reply = done();
     QSet<QString> heard; // a target that is named again does not hear the packet again
     for (const QString& token : *tokens) {
         if (heard.contains(token)) {
@@ -331,11 +326,11 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
         const auto talk = m_talks.find(token);
         if (talk == m_talks.end() || talk->second.session != &session ||
             talk->second.state == Talk::Opening) {
-            reply = refuse(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
+            reply = refusal(ReturnCode::noSuchTalk, QStringLiteral("no talk has this token"));
             continue;
         }
         if (talk->second.state == Talk::Open && !talk->second.line->hear(*packet)) {
-            reply = refuse(ReturnCode::badTalkPacket, QStringLiteral("the packet cannot be heard"));
+            reply = refusal(ReturnCode::badTalkPacket, QStringLiteral("the packet cannot be heard"));
         }
     }
     return reply;
