@@ -66,6 +66,17 @@ void ClientOptions::addTo(QCommandLineParser& parser)
     parser.addOptions(recordsOptions());
 }
 
+QString ClientOptions::repeated(const QCommandLineParser& parser)
+{
+    const QStringList given = parser.optionNames();
+    for (const QString& name : given) {
+        if (parser.values(name).size() > 1) {
+            return name;
+        }
+    }
+    return QString();
+}
+
 std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parser, QString* error)
 {
     ClientOptions options;
@@ -75,6 +86,17 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         const QStringList values = parser.values(name);
         if (!values.isEmpty() && values.contains(QString())) {
             *error = QStringLiteral("the value of --%1 is empty").arg(name);
+            return std::nullopt;
+        }
+    }
+    if (const QString twice = repeated(parser); !twice.isEmpty()) {
+        *error = QStringLiteral("--%1 is given more than once").arg(twice);
+        return std::nullopt;
+    }
+    // Else a change that is meant for another server would be made in the records here.
+    for (const QString& name : {QStringLiteral("user"), QStringLiteral("fingerprint")}) {
+        if (parser.isSet(name) && !parser.isSet(QStringLiteral("server"))) {
+            *error = QStringLiteral("--%1 is for another server: give --server, too").arg(name);
             return std::nullopt;
         }
     }

@@ -14,6 +14,8 @@
 #include "src/decoders/CodecTable.h"
 #include "system/MediaFiles.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -95,6 +97,14 @@ bool prolongFor(const SimulatedConfig& simulated, const QString& cameraId, doubl
     return true;
 }
 
+/** Returns whether a file can be written, as far as that is known before. */
+bool isWritable(const QString& path)
+{
+    const QFileInfo file(path);
+    const QFileInfo folder(file.absolutePath());
+    return file.exists() ? !file.isDir() && file.isWritable() : folder.isDir() && folder.isWritable();
+}
+
 /**
  * A talk to one camera, from the start to a report.
  *
@@ -144,8 +154,8 @@ public:
         m_session.plugin().stopAudioCapture();
         InterruptFlag::lower(); // for the last request; another Ctrl-C ends its wait
         m_session.nextReply(m_session.send([](PluginClient& plugin) { plugin.stopTalk(); }));
-        report();
-        return status;
+        const bool written = report();
+        return status == ExitSuccess && !written ? ExitOutputFailed : status;
     }
 
 private:
@@ -167,7 +177,8 @@ private:
         return m_session.receive(request);
     }
 
-    void report()
+    /** Prints the summary; returns false, and prints an error, when the file of --heard cannot be written. */
+    bool report()
     {
         m_recorder.stop();
         TalkSummary summary(m_monitor);
@@ -185,6 +196,11 @@ private:
             summary.whyNotHeard = QStringLiteral("%1 cannot be written").arg(heardFile);
         }
         summary.print(m_arguments.json());
+        if (m_arguments.isSet("heard") && !summary.whyNotHeard.isEmpty()) {
+            PluginSession::fail(ExitOutputFailed, summary.whyNotHeard);
+            return false;
+        }
+        return true;
     }
 
     PluginSession& m_session;
@@ -206,6 +222,10 @@ int runTalk(const CommandArguments& arguments)
     const auto volume = arguments.numberBetween("volume", -1, loudestVolume);
     if (!volume || !readSimulation(arguments, &client.simulated)) {
         return ExitUsage;
+    }
+    if (arguments.isSet("heard") && !isWritable(arguments.value("heard"))) {
+        return PluginSession::fail(ExitOutputFailed,
+                                   QStringLiteral("%1 cannot be written").arg(arguments.value("heard")));
     }
     int status = ExitSuccess;
     auto source = TalkSource::read(arguments, &status);
@@ -265,5 +285,5 @@ std::vector<Command> talkCommands()
          "as the source file, or the simulated camera's answer if that is longer; with a microphone, until\n"
          "Ctrl-C or for --seconds. Without --source the microphone is used. Without --server the program\n"
          "has simulated cameras of its own, and records only with --data.",
-         options, Command::Server, runTalk}};
+         options, Command::Server, runTalk, true}};
 }

@@ -3,6 +3,9 @@
 #include "tests/cli/ScriptedServer.h"
 #include "tests/support/ProgramRun.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QTest>
 
@@ -15,8 +18,11 @@ private Q_SLOTS:
     void fileIsAddedButNotListed();
     void passwordIsKept_data();
     void passwordIsKept();
+    void speakerIsLost();
 
 private:
+    /** Runs a command against a server that follows a script. */
+    static ProgramRun runWith(const QStringList& arguments, const ScriptedServer::Script& script);
     /** Runs a command against a server that answers each command with "0" and what stands here for it. */
     ProgramRun run(const QStringList& arguments, const QVariantMap& answers);
 
@@ -25,10 +31,15 @@ private:
 
 ProgramRun TestScriptedServer::run(const QStringList& arguments, const QVariantMap& answers)
 {
-    const ScriptedServer server([this, &answers](const WireMessage& command) {
+    return runWith(arguments, [this, &answers](const WireMessage& command) {
         m_asked.insert(command.name, command.payload);
         return QList<WireMessage>{ScriptedServer::replyTo(command, answers.value(command.name))};
     });
+}
+
+ProgramRun TestScriptedServer::runWith(const QStringList& arguments, const ScriptedServer::Script& script)
+{
+    const ScriptedServer server(script);
     if (!server.listening) {
         return ProgramRun();
     }
@@ -103,6 +114,39 @@ void TestScriptedServer::passwordIsKept()
     expected["username"] = user;
     expected["password"] = password;
     QCOMPARE(m_asked.value("UpdateIPAudio").toMap(), expected);
+}
+
+void TestScriptedServer::speakerIsLost()
+{
+    // Two speakers take the talk, one of them is lost after the first packet; a third one is not of the talk.
+    bool lost = false;
+    const auto script = [&lost](const WireMessage& command) {
+        QVariant payload;
+        if (command.name == "StartTalkToIPAudio") {
+            payload =
+                QVariantMap{{"deviceID", command.payload}, {"talkToken", "t" + command.payload.toString()}};
+        }
+        QList<WireMessage> messages{ScriptedServer::replyTo(command, payload)};
+        if (command.name == "TalkData" && !lost) {
+            lost = true;
+            for (const int id : {2, 9, 2}) {
+                WireMessage event;
+                event.kind = WireMessage::Event;
+                event.name = QStringLiteral("TalkTargetLost");
+                event.payload = QVariantMap{{"deviceID", id}, {"error", "its line broke"}};
+                messages.append(event);
+            }
+        }
+        return messages;
+    };
+    const ProgramRun result = runWith(
+        {"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--seconds", "0.5", "--json"}, script);
+    QVERIFY2(result.status == 6, qPrintable(QString::number(result.status) + result.err));
+    QCOMPARE(result.err.count("was lost"), 1);
+    QVERIFY2(result.err.contains("device 2 was lost: its line broke"), qPrintable(result.err));
+    const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
+    QCOMPARE(report["devices"].toArray(), QJsonArray{1});
+    QCOMPARE(report["lost"].toArray(), QJsonArray{2});
 }
 
 QTEST_GUILESS_MAIN(TestScriptedServer)

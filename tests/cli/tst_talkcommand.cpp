@@ -91,6 +91,8 @@ void TestTalkCommand::failures_data()
         << QStringList{"--device", "none of this name"} << 3 << "microphone does not start";
     QTest::newRow("unwritable output")
         << QStringList{"--source", source, "--output", "/proc/none"} << 4 << "cannot be written";
+    QTest::newRow("unwritable file") << QStringList{"--source", source, "--heard", "/nonexistent/x.wav"} << 9
+                                     << "/nonexistent/x.wav cannot be written";
 }
 
 void TestTalkCommand::failures()
