@@ -55,8 +55,11 @@ QList<QCommandLineOption> ClientOptions::recordsOptions()
                     "folder", defaultDataDirectory()),
         valueOption("output", "Folder of recordings (default: recordings).", "folder",
                     QStringLiteral("recordings")),
-        QCommandLineOption(QStringLiteral("simulate"),
-                           QStringLiteral("Give the server of this program simulated cameras and speakers.")),
+        QCommandLineOption(
+            QStringLiteral("simulate"),
+            QStringLiteral(
+                "Give the server of this program simulated cameras and speakers; that of "
+                "voicedesk talk has the cameras anyway, that of voicedesk cameras without --data.")),
     };
 }
 
@@ -116,7 +119,14 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         return std::nullopt;
     }
     options.user = parser.value(QStringLiteral("user"));
-    options.fingerprint = parser.value(QStringLiteral("fingerprint"));
+    if (parser.isSet(QStringLiteral("fingerprint"))) {
+        const auto digits = SocketLink::fingerprintDigits(parser.value(QStringLiteral("fingerprint")));
+        if (!digits) {
+            *error = QStringLiteral("--fingerprint takes the 64 hexadecimal digits of a SHA-256");
+            return std::nullopt;
+        }
+        options.fingerprint = *digits;
+    }
     options.secret = qEnvironmentVariable("VOICEDESK_SECRET");
     if (parser.isSet(QStringLiteral("secret-file"))) {
         QFile file(parser.value(QStringLiteral("secret-file")));

@@ -3,6 +3,7 @@
 #include "audio/TalkEncoder.h"
 #include "cli/InterruptFlag.h"
 #include "cli/PluginSession.h"
+#include "cli/RecordFinder.h"
 #include "cli/TalkProgress.h"
 #include "cli/TalkSource.h"
 #include "cli/TalkSummary.h"
@@ -113,8 +114,9 @@ bool isWritable(const QString& path)
 class CameraTalk
 {
 public:
-    CameraTalk(PluginSession& session, const CommandArguments& arguments, double seconds)
-        : m_session(session), m_arguments(arguments), m_seconds(seconds), m_progress(m_monitor)
+    CameraTalk(PluginSession& session, const CommandArguments& arguments, QString camera, double seconds)
+        : m_session(session), m_arguments(arguments), m_camera(std::move(camera)), m_seconds(seconds),
+          m_progress(m_monitor)
     {
         QObject::connect(&session.host(), &PluginHost::commandSent, &m_monitor, &TalkMonitor::commandSent);
         QObject::connect(&session.host(), &PluginHost::eventArrived, &m_monitor, &TalkMonitor::eventArrived);
@@ -161,12 +163,11 @@ public:
 private:
     ExitStatus start(int volume)
     {
-        const QString camera = m_arguments.value("camera");
         const QString source = m_arguments.value("source");
-        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(camera),
+        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(m_camera),
                      source.isEmpty() ? "the microphone" : qUtf8Printable(source));
         const quint64 request =
-            m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(camera); });
+            m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(m_camera); });
         if (request == 0 && !m_microphoneStarts && !m_session.isLost()) {
             return PluginSession::fail(
                 ExitMicrophoneFailed,
@@ -205,6 +206,7 @@ private:
 
     PluginSession& m_session;
     const CommandArguments& m_arguments;
+    QString m_camera; ///< Its id.
     double m_seconds;
     TalkMonitor m_monitor;
     TalkProgress m_progress;
@@ -238,18 +240,22 @@ int runTalk(const CommandArguments& arguments)
         }
         source->microphone = arguments.value("device");
     }
-    double seconds = source->seconds;
-    const bool asLongAsNeeded = !source->file.isEmpty() && !arguments.isSet("seconds");
-    if (asLongAsNeeded && client.serverUrl.isEmpty() &&
-        !prolongFor(client.simulated, arguments.value("camera"), &seconds)) {
-        return ExitUsage;
-    }
     source->use();
     PluginSession session(client);
     if (const ExitStatus opened = session.open(); opened != ExitSuccess) {
         return opened;
     }
-    return CameraTalk(session, arguments, seconds).run(static_cast<int>(*volume));
+    RecordFinder finder(session);
+    const auto camera = finder.camera(arguments.value("camera"));
+    if (!camera) {
+        return finder.status();
+    }
+    double seconds = source->seconds;
+    const bool asLongAsNeeded = !source->file.isEmpty() && !arguments.isSet("seconds");
+    if (asLongAsNeeded && client.serverUrl.isEmpty() && !prolongFor(client.simulated, *camera, &seconds)) {
+        return ExitUsage;
+    }
+    return CameraTalk(session, arguments, *camera, seconds).run(static_cast<int>(*volume));
 }
 
 } // namespace
@@ -263,7 +269,8 @@ std::vector<Command> talkCommands()
                  CodecNames::recorded().join(QStringLiteral(", ")))
             .toLatin1();
     std::vector<CommandOption> options{
-        {"camera", "ID", "Camera to talk to (default: camera-1, which echoes).", "camera-1"}};
+        {"camera", "CAMERA", "Camera to talk to, its id or name (default: camera-1, which echoes).",
+         "camera-1"}};
     const std::vector<CommandOption> source = TalkSource::options();
     options.insert(options.end(), source.begin(), source.end());
     options.insert(

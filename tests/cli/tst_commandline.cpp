@@ -208,6 +208,10 @@ void TestCommandLine::refusals_data()
     QTest::newRow("data of a talk elsewhere")
         << QStringList{"talk", "--server", "ws://127.0.0.1:1", "--data", "x"}
         << "--server and --data exclude";
+    QTest::newRow("malformed fingerprint")
+        << elsewhere + QStringList{"--fingerprint", QString(63, 'a')} << "--fingerprint takes the 64";
+    QTest::newRow("name of a user") << QStringList{"serve", "--add-user", "anna b"}
+                                    << "a name without blanks, not \"anna b\"";
     QTest::newRow("local file") << QStringList{"play", "--device", "1", "--file", "./nope.wav"}
                                 << "./nope.wav is not a file that can be read";
     QTest::newRow("address twice") << QStringList{"devices",  "update",    "1",       "x",

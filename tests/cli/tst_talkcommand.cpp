@@ -80,9 +80,11 @@ void TestTalkCommand::failures_data()
     QTest::addColumn<QString>("message");
     const QString source = QStringLiteral(ANNOUNCEMENT_WAV);
     QTest::newRow("no such camera") << QStringList{"--source", source, "--camera", "x"} << 4
-                                    << "no camera has the id \"x\" (code 201)";
+                                    << "no camera has the id or name \"x\"";
     QTest::newRow("offline camera") << QStringList{"--source", source, "--camera", "camera-3"} << 4
                                     << "is offline";
+    QTest::newRow("camera by its name")
+        << QStringList{"--source", source, "--camera", "Car park"} << 4 << "Talking to camera-3";
     QTest::newRow("no plug-in") << QStringList{"--source", source, "--plugin", "/nonexistent.so"} << 2
                                 << "the plug-in does not load";
     QTest::newRow("no file") << QStringList{"--source", "absent.wav"} << 3 << "not a sound file";
