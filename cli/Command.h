@@ -32,6 +32,7 @@ struct Command
     std::vector<CommandOption> options; ///< Its own.
     Shared shared;                      ///< The others.
     int (*run)(const CommandArguments& arguments); ///< Prints results and errors; returns an ExitStatus.
+    bool writesOutput = false; ///< Whether it writes to --output itself, with another server, too.
 };
 
 /** The option --json of commands that can print JSON. */

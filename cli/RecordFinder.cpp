@@ -1,5 +1,7 @@
 #include "cli/RecordFinder.h"
 
+#include "protocol/Words.h"
+
 #include <algorithm>
 
 namespace {
@@ -28,6 +30,15 @@ void RecordFinder::failed(ExitStatus status, const QString& message)
 void RecordFinder::absent(Kind kind, int id)
 {
     failed(ExitRefused, QStringLiteral("no %1 has the id %2").arg(wordOf(kind)).arg(id));
+}
+
+void RecordFinder::notOne(const QString& word, const QString& text, int count)
+{
+    failed(ExitRefused, count == 0
+                            ? QStringLiteral("no %1 has the id or name \"%2\"").arg(word, text)
+                            : QStringLiteral("%1 records of the kind %2 have the name \"%3\"; give an id")
+                                  .arg(count)
+                                  .arg(word, text));
 }
 
 bool RecordFinder::read(Kind kind)
@@ -98,11 +109,33 @@ std::optional<int> RecordFinder::find(Kind kind, const QString& text)
         }
     }
     if (found.size() != 1) {
-        failed(ExitRefused, found.isEmpty()
-                                ? QStringLiteral("no %1 has the id or name \"%2\"").arg(wordOf(kind), text)
-                                : QStringLiteral("%1 records of the kind %2 have the name \"%3\"; give an id")
-                                      .arg(found.size())
-                                      .arg(wordOf(kind), text));
+        notOne(wordOf(kind), text, found.size());
+        return std::nullopt;
+    }
+    return found.first();
+}
+
+std::optional<QString> RecordFinder::camera(const QString& text)
+{
+    PluginSession::Reply reply;
+    m_status = m_session.receive(m_session.sendOwn(Words::GetCamera), &reply);
+    if (m_status != ExitSuccess) {
+        return std::nullopt;
+    }
+    QStringList found;
+    const QVariantList cameras = reply.result.toList();
+    for (const QVariant& entry : cameras) {
+        const QVariantMap camera = entry.toMap();
+        const QString id = camera.value(Vocabulary::camId).toString();
+        if (id == text) {
+            return id;
+        }
+        if (camera.value(Words::camName).toString() == text) {
+            found.append(id);
+        }
+    }
+    if (found.size() != 1) {
+        notOne(QStringLiteral("camera"), text, found.size());
         return std::nullopt;
     }
     return found.first();

@@ -26,6 +26,10 @@ public:
      */
     std::optional<int> find(Kind kind, const QString& text);
 
+    /** Finds the id of a camera, which is any text: an id comes first, then a name that exactly one camera
+     * has; empty, and an error printed, otherwise. */
+    std::optional<QString> camera(const QString& text);
+
     /** Returns whether a record of the server has this id or name; false also when they cannot be read. */
     bool has(Kind kind, const QString& text);
 
@@ -49,6 +53,8 @@ private:
     bool read(Kind kind);
     QList<QPair<int, QString>> namesOf(Kind kind);
     void failed(ExitStatus status, const QString& message);
+    /** Prints why a text means no record, or one of several. */
+    void notOne(const QString& word, const QString& text, int count);
     void absent(Kind kind, int id);
 
     PluginSession& m_session;

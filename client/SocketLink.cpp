@@ -4,6 +4,7 @@
 #include "protocol/WireMessage.h"
 
 #include <QCryptographicHash>
+#include <QRegularExpression>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslError>
@@ -61,8 +62,17 @@ void SocketLink::sendAtOnce()
     }
 }
 
+std::optional<QString> SocketLink::fingerprintDigits(QString text)
+{
+    static const QRegularExpression separators(QStringLiteral("[\\s:]"));
+    static const QRegularExpression sha256(QStringLiteral("\\A[0-9a-f]{64}\\z"));
+    text = text.remove(separators).toLower();
+    return sha256.match(text).hasMatch() ? std::optional(text) : std::nullopt;
+}
+
 void SocketLink::open()
 {
+    m_wrongCertificate.clear();
     m_socket.open(m_config.url);
 }
 
@@ -75,6 +85,9 @@ void SocketLink::checkCertificate(const QList<QSslError>& errors)
     const QByteArray digest = errors.first().certificate().digest(QCryptographicHash::Sha256).toHex();
     if (digest == m_config.fingerprint.toLatin1().toLower()) {
         m_socket.ignoreSslErrors();
+    } else {
+        m_wrongCertificate = QStringLiteral("its certificate has the fingerprint %1, expected was %2")
+                                 .arg(QString::fromLatin1(digest), m_config.fingerprint);
     }
 }
 
@@ -99,8 +112,10 @@ void SocketLink::end(const QString& reason)
     if (m_retryTimer.isActive()) {
         return; // an error and the end of the connection come both
     }
-    // A refusal says why itself; what the socket says of its end differs between systems.
-    Q_EMIT lost(m_final && !m_refusal.isEmpty() ? m_refusal : reason, m_final);
+    // A refusal says why itself; what the socket says of its end differs between systems. Of a certificate it
+    // names the first of its own doubts, and another one than that for which it is not accepted.
+    const QString& why = m_wrongCertificate.isEmpty() ? reason : m_wrongCertificate;
+    Q_EMIT lost(m_final && !m_refusal.isEmpty() ? m_refusal : why, m_final);
     if (!m_final) {
         m_retryTimer.start(m_retryDelay);
         m_retryDelay = qMin(2 * m_retryDelay, maxRetryDelay);

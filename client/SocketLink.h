@@ -6,6 +6,8 @@
 #include <QUrl>
 #include <QWebSocket>
 
+#include <optional>
+
 /** Address and login of a server in another process. */
 struct SocketLinkConfig
 {
@@ -27,6 +29,14 @@ public:
     /** Makes a link without a connection; open connects. */
     explicit SocketLink(SocketLinkConfig config);
     ~SocketLink() override;
+
+    /**
+     * Converts a fingerprint of a certificate as people write it to the digits of the config.
+     *
+     * @param text in either case, also with blanks or colons between the digits
+     * @return empty for anything but the 64 hexadecimal digits of a SHA-256
+     */
+    static std::optional<QString> fingerprintDigits(QString text);
 
     void open() override;
     bool send(const QString& command, const QVariant& payload, quint64 request) override;
@@ -52,10 +62,11 @@ private:
     SocketLinkConfig m_config;
     QWebSocket m_socket;
     QTimer m_retryTimer;
-    int m_retryDelay;          ///< ms
-    bool m_ready = false;      ///< Logged in.
-    bool m_final = false;      ///< Not to be tried again.
-    QString m_refusal;         ///< Why, in the words of the server.
-    quint64 m_lastRequest = 0; ///< The number of the last command that was sent.
-    qint64 m_queued = 0;       ///< Bytes given to the socket since it had nothing to send.
+    int m_retryDelay;           ///< ms
+    bool m_ready = false;       ///< Logged in.
+    bool m_final = false;       ///< Not to be tried again.
+    QString m_wrongCertificate; ///< How the certificate differs from the expected one; empty if it does not.
+    QString m_refusal;          ///< Why, in the words of the server.
+    quint64 m_lastRequest = 0;  ///< The number of the last command that was sent.
+    qint64 m_queued = 0;        ///< Bytes given to the socket since it had nothing to send.
 };

@@ -55,8 +55,11 @@ QList<QCommandLineOption> ClientOptions::recordsOptions()
                     "folder", defaultDataDirectory()),
         valueOption("output", "Folder of recordings (default: recordings).", "folder",
                     QStringLiteral("recordings")),
-        QCommandLineOption(QStringLiteral("simulate"),
-                           QStringLiteral("Give the server of this program simulated cameras and speakers.")),
+        QCommandLineOption(
+            QStringLiteral("simulate"),
+            QStringLiteral(
+                "Give the server of this program simulated cameras and speakers; that of "
+                "voicedesk talk has the cameras anyway, that of voicedesk cameras without --data.")),
     };
 }
 
@@ -64,6 +67,17 @@ void ClientOptions::addTo(QCommandLineParser& parser)
 {
     parser.addOptions(serverOptions());
     parser.addOptions(recordsOptions());
+}
+
+QString ClientOptions::repeated(const QCommandLineParser& parser)
+{
+    const QStringList given = parser.optionNames();
+    for (const QString& name : given) {
+        if (parser.values(name).size() > 1) {
+            return name;
+        }
+    }
+    return QString();
 }
 
 std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parser, QString* error)
@@ -75,6 +89,17 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         const QStringList values = parser.values(name);
         if (!values.isEmpty() && values.contains(QString())) {
             *error = QStringLiteral("the value of --%1 is empty").arg(name);
+            return std::nullopt;
+        }
+    }
+    if (const QString twice = repeated(parser); !twice.isEmpty()) {
+        *error = QStringLiteral("--%1 is given more than once").arg(twice);
+        return std::nullopt;
+    }
+    // Else a change that is meant for another server would be made in the records here.
+    for (const QString& name : {QStringLiteral("user"), QStringLiteral("fingerprint")}) {
+        if (parser.isSet(name) && !parser.isSet(QStringLiteral("server"))) {
+            *error = QStringLiteral("--%1 is for another server: give --server, too").arg(name);
             return std::nullopt;
         }
     }
@@ -94,7 +119,14 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
         return std::nullopt;
     }
     options.user = parser.value(QStringLiteral("user"));
-    options.fingerprint = parser.value(QStringLiteral("fingerprint"));
+    if (parser.isSet(QStringLiteral("fingerprint"))) {
+        const auto digits = SocketLink::fingerprintDigits(parser.value(QStringLiteral("fingerprint")));
+        if (!digits) {
+            *error = QStringLiteral("--fingerprint takes the 64 hexadecimal digits of a SHA-256");
+            return std::nullopt;
+        }
+        options.fingerprint = *digits;
+    }
     options.secret = qEnvironmentVariable("VOICEDESK_SECRET");
     if (parser.isSet(QStringLiteral("secret-file"))) {
         QFile file(parser.value(QStringLiteral("secret-file")));

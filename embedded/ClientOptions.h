@@ -21,12 +21,16 @@ public:
     /** Adds both to a parser. */
     static void addTo(QCommandLineParser& parser);
 
+    /** Returns the name of an option with one value that a parser was given several times; empty for none. */
+    static QString repeated(const QCommandLineParser& parser);
+
     /**
      * Reads the options of a parser that has parsed its arguments, and the secret.
      *
      * @param parser has the options of addTo
      * @param error  receives the reason of a failure
-     * @return empty for a wrong value, and when the file of the secret cannot be read
+     * @return empty for a wrong value, for an option that is repeated or needs --server, and when the file of
+     *         the secret cannot be read
      */
     static std::optional<ClientOptions> read(const QCommandLineParser& parser, QString* error);
 

@@ -49,7 +49,7 @@ install_packages() {
         dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
     done
     ((${#missing[@]})) || return 0
-    echo "== Installing ${missing[*]}"
+    echo "== Installing ${missing[*]}" >&2
     command -v apt-get >/dev/null || {
         echo "This is not a Debian system. Install by hand: ${missing[*]}" >&2
         return 1
@@ -70,13 +70,14 @@ install_packages() {
     }
 }
 
-# Configures and builds a preset, with the build tool's progress.
+# Configures and builds a preset, with the build tool's progress on standard error: a program that is run afterwards
+# has standard output to itself.
 build_preset() {
-    echo "== Building ($1)"
+    echo "== Building ($1)" >&2
     cmake --preset "$1" "${@:2}" >"/tmp/voicedesk-configure-$1-$$.log" 2>&1 || {
         cat "/tmp/voicedesk-configure-$1-$$.log" >&2
         return 1
     }
     rm -f "/tmp/voicedesk-configure-$1-$$.log"
-    cmake --build --preset "$1"
+    cmake --build --preset "$1" >&2
 }

@@ -10,6 +10,9 @@
 
 namespace {
 
+// Of the server inside this program; another one has its own.
+constexpr const char* ownServerOptions[] = {"data", "simulate", "output"};
+
 /** Adds the shared options of a command to a parser; returns their names. */
 QStringList addShared(const Command& command, QCommandLineParser& parser)
 {
@@ -65,6 +68,10 @@ std::optional<CommandArguments> CommandArguments::read(const Command& command, c
         usage(command, parser.errorText());
         return std::nullopt;
     }
+    if (const QString twice = ClientOptions::repeated(parser); !twice.isEmpty()) {
+        usage(command, QStringLiteral("--%1 is given more than once").arg(twice));
+        return std::nullopt;
+    }
     CommandArguments arguments;
     arguments.m_command = &command;
     arguments.m_words = parser.positionalArguments();
@@ -105,6 +112,12 @@ std::optional<CommandArguments> CommandArguments::read(const Command& command, c
         if (parser.isSet(name)) {
             arguments.m_values.insert(name, parser.value(name));
             options.append(QStringLiteral("--%1=%2").arg(name, parser.value(name)));
+        }
+    }
+    for (const char* option : ownServerOptions) {
+        const bool ofTheCommand = command.writesOutput && QLatin1String(option) == QLatin1String("output");
+        if (!ofTheCommand && !arguments.onlyOne("server", option)) {
+            return std::nullopt;
         }
     }
     QCommandLineParser client;

@@ -13,10 +13,11 @@ constexpr int uploadTimeout = 120000; // ms
 
 bool isUploadable(const QString& path)
 {
-    if (QFileInfo(path).isFile()) {
+    const QFileInfo info(path);
+    if (info.isFile() && info.isReadable()) {
         return true;
     }
-    PluginSession::fail(ExitUsage, QStringLiteral("%1 is not a file").arg(path));
+    PluginSession::fail(ExitUsage, QStringLiteral("%1 is not a file that can be read").arg(path));
     return false;
 }
 

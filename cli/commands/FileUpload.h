@@ -2,7 +2,7 @@
 
 #include "cli/PluginSession.h"
 
-/** Returns whether a path is that of a file; prints an error when it is not. */
+/** Returns whether a path is that of a file that can be read; prints an error when it is not. */
 bool isUploadable(const QString& path);
 
 /**

@@ -117,6 +117,10 @@ int play(const CommandArguments& arguments)
     if (file.isEmpty()) {
         return arguments.usage(QStringLiteral("--file is missing"));
     }
+    const bool here = file.startsWith(QLatin1String("./")); // whatever the server has
+    if (here && !isUploadable(file)) {
+        return ExitUsage;
+    }
     PluginSession session(arguments.client());
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
@@ -126,14 +130,17 @@ int play(const CommandArguments& arguments)
     if (!target) {
         return finder.status();
     }
-    // A file of the server comes first; "./1" is one that is here.
-    const bool local = !finder.has(RecordFinder::File, file) && QFileInfo(file).isFile();
+    // Of other names, a file of the server comes first.
+    const bool local = here || (!finder.has(RecordFinder::File, file) && QFileInfo(file).isFile());
     if (finder.status() != ExitSuccess) {
         return finder.status();
     }
     if (!local) {
         const auto id = finder.find(RecordFinder::File, file);
-        return id ? follow(session, *target, *id, "interrupted; the server plays on") : finder.status();
+        const bool endsWithUs = arguments.client().serverUrl.isEmpty();
+        return id ? follow(session, *target, *id,
+                           endsWithUs ? "interrupted" : "interrupted; the server plays on")
+                  : finder.status();
     }
     int id = 0;
     if (const ExitStatus status = uploadFile(session, file, &id); status != ExitSuccess) {

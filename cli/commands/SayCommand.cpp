@@ -33,10 +33,16 @@ ExitStatus openTalks(PluginSession& session, const QVariantList& devices, QVaria
     return worst;
 }
 
-void printResult(const CommandArguments& arguments, const TalkMonitor& monitor, const QVariantList& devices)
+/** Prints the report of a talk to the devices that were @p opened, of which some were @p lost. */
+void printResult(const CommandArguments& arguments, const TalkMonitor& monitor, const QVariantList& opened,
+                 const QVariantList& lost)
 {
     if (arguments.json()) {
-        printJson({{"packetsSent", monitor.packets()}, {"devices", devices}});
+        QVariantList devices = opened;
+        for (const QVariant& id : lost) {
+            devices.removeAll(id);
+        }
+        printJson({{"packetsSent", monitor.packets()}, {"devices", devices}, {"lost", lost}});
     } else {
         std::printf("packets sent  %d\n", monitor.packets());
     }
@@ -104,14 +110,17 @@ int say(const CommandArguments& arguments)
     }
     TalkMonitor monitor;
     QObject::connect(&session.host(), &PluginHost::commandSent, &monitor, &TalkMonitor::commandSent);
+    QVariantList lost;
     QObject::connect(&session.host(), &PluginHost::eventArrived, &monitor,
-                     [](const QString& event, const QVariant& payload) {
-                         if (event == Words::TalkTargetLost) {
-                             const QVariantMap fields = payload.toMap();
+                     [&devices, &lost](const QString& event, const QVariant& payload) {
+                         const QVariantMap fields = payload.toMap();
+                         const int id = fields.value(Vocabulary::deviceID).toInt();
+                         if (event == Words::TalkTargetLost && devices.contains(id) && !lost.contains(id)) {
                              PluginSession::fail(ExitTalkLost,
                                                  QStringLiteral("device %1 was lost: %2")
-                                                     .arg(fields.value(Vocabulary::deviceID).toInt())
+                                                     .arg(id)
                                                      .arg(fields.value(Vocabulary::error).toString()));
+                             lost.append(id);
                          }
                      });
     QVariantList opened;
@@ -121,9 +130,12 @@ int say(const CommandArguments& arguments)
     }
     const ExitStatus status = talk(session, monitor, source->seconds);
     if (status != ExitMicrophoneFailed) {
-        printResult(arguments, monitor, opened);
+        printResult(arguments, monitor, opened, lost);
     }
-    return status == ExitSuccess ? refused : status;
+    if (status != ExitSuccess) {
+        return status;
+    }
+    return lost.isEmpty() ? refused : ExitTalkLost;
 }
 
 } // namespace

@@ -133,7 +133,11 @@ int updateSchedule(const CommandArguments& arguments)
 
 int enableSchedule(const CommandArguments& arguments)
 {
-    return changeSchedule(arguments, {{Vocabulary::enableSchedule, true}}, nullptr, "enabled schedule");
+    // No option changes the times; but a schedule that is switched on must have a run to come.
+    const auto options = ScheduleOptions::read(arguments);
+    return options ? changeSchedule(arguments, {{Vocabulary::enableSchedule, true}}, &*options,
+                                    "enabled schedule")
+                   : ExitUsage;
 }
 
 int disableSchedule(const CommandArguments& arguments)

@@ -26,6 +26,17 @@ int serve(const CommandArguments& arguments)
     if (colon < 0 || !validPort || !config.address.setAddress(listen.left(colon))) {
         return arguments.usage(QStringLiteral("--listen takes an address and a port, like 127.0.0.1:8440"));
     }
+    if (arguments.isSet("add-user")) {
+        const QString name = arguments.value("add-user");
+        if (!UserStore::isName(name)) {
+            return arguments.usage(
+                QStringLiteral("--add-user takes a name without blanks, not \"%1\"").arg(name));
+        }
+        if (arguments.client().secret.isEmpty()) {
+            return arguments.usage(
+                QStringLiteral("--add-user needs a password in --secret-file or VOICEDESK_SECRET"));
+        }
+    }
     ClientOptions options = arguments.client();
     options.simulated.speakersAloud = arguments.isSet("aloud");
     const auto offline = arguments.list("offline");
@@ -46,9 +57,7 @@ int serve(const CommandArguments& arguments)
     }
     if (arguments.isSet("add-user")) {
         if (!config.users.setPassword(arguments.value("add-user"), arguments.client().secret)) {
-            return PluginSession::fail(ExitUsage,
-                                       QStringLiteral("the user cannot be added; is there a password in "
-                                                      "--secret-file or VOICEDESK_SECRET?"));
+            return PluginSession::fail(ExitServerFailed, QStringLiteral("the user cannot be added"));
         }
         QString error;
         if (!config.users.save(usersFile, &error)) {

@@ -3,6 +3,7 @@
 #include "audio/TalkEncoder.h"
 #include "cli/InterruptFlag.h"
 #include "cli/PluginSession.h"
+#include "cli/RecordFinder.h"
 #include "cli/TalkProgress.h"
 #include "cli/TalkSource.h"
 #include "cli/TalkSummary.h"
@@ -13,6 +14,8 @@
 #include "protocol/Words.h"
 #include "src/decoders/CodecTable.h"
 #include "system/MediaFiles.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cstdio>
@@ -95,6 +98,14 @@ bool prolongFor(const SimulatedConfig& simulated, const QString& cameraId, doubl
     return true;
 }
 
+/** Returns whether a file can be written, as far as that is known before. */
+bool isWritable(const QString& path)
+{
+    const QFileInfo file(path);
+    const QFileInfo folder(file.absolutePath());
+    return file.exists() ? !file.isDir() && file.isWritable() : folder.isDir() && folder.isWritable();
+}
+
 /**
  * A talk to one camera, from the start to a report.
  *
@@ -103,8 +114,9 @@ bool prolongFor(const SimulatedConfig& simulated, const QString& cameraId, doubl
 class CameraTalk
 {
 public:
-    CameraTalk(PluginSession& session, const CommandArguments& arguments, double seconds)
-        : m_session(session), m_arguments(arguments), m_seconds(seconds), m_progress(m_monitor)
+    CameraTalk(PluginSession& session, const CommandArguments& arguments, QString camera, double seconds)
+        : m_session(session), m_arguments(arguments), m_camera(std::move(camera)), m_seconds(seconds),
+          m_progress(m_monitor)
     {
         QObject::connect(&session.host(), &PluginHost::commandSent, &m_monitor, &TalkMonitor::commandSent);
         QObject::connect(&session.host(), &PluginHost::eventArrived, &m_monitor, &TalkMonitor::eventArrived);
@@ -144,19 +156,18 @@ public:
         m_session.plugin().stopAudioCapture();
         InterruptFlag::lower(); // for the last request; another Ctrl-C ends its wait
         m_session.nextReply(m_session.send([](PluginClient& plugin) { plugin.stopTalk(); }));
-        report();
-        return status;
+        const bool written = report();
+        return status == ExitSuccess && !written ? ExitOutputFailed : status;
     }
 
 private:
     ExitStatus start(int volume)
     {
-        const QString camera = m_arguments.value("camera");
         const QString source = m_arguments.value("source");
-        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(camera),
+        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(m_camera),
                      source.isEmpty() ? "the microphone" : qUtf8Printable(source));
         const quint64 request =
-            m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(camera); });
+            m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(m_camera); });
         if (request == 0 && !m_microphoneStarts && !m_session.isLost()) {
             return PluginSession::fail(
                 ExitMicrophoneFailed,
@@ -167,7 +178,8 @@ private:
         return m_session.receive(request);
     }
 
-    void report()
+    /** Prints the summary; returns false, and prints an error, when the file of --heard cannot be written. */
+    bool report()
     {
         m_recorder.stop();
         TalkSummary summary(m_monitor);
@@ -185,10 +197,16 @@ private:
             summary.whyNotHeard = QStringLiteral("%1 cannot be written").arg(heardFile);
         }
         summary.print(m_arguments.json());
+        if (m_arguments.isSet("heard") && !summary.whyNotHeard.isEmpty()) {
+            PluginSession::fail(ExitOutputFailed, summary.whyNotHeard);
+            return false;
+        }
+        return true;
     }
 
     PluginSession& m_session;
     const CommandArguments& m_arguments;
+    QString m_camera; ///< Its id.
     double m_seconds;
     TalkMonitor m_monitor;
     TalkProgress m_progress;
@@ -207,6 +225,10 @@ int runTalk(const CommandArguments& arguments)
     if (!volume || !readSimulation(arguments, &client.simulated)) {
         return ExitUsage;
     }
+    if (arguments.isSet("heard") && !isWritable(arguments.value("heard"))) {
+        return PluginSession::fail(ExitOutputFailed,
+                                   QStringLiteral("%1 cannot be written").arg(arguments.value("heard")));
+    }
     int status = ExitSuccess;
     auto source = TalkSource::read(arguments, &status);
     if (!source) {
@@ -218,18 +240,22 @@ int runTalk(const CommandArguments& arguments)
         }
         source->microphone = arguments.value("device");
     }
-    double seconds = source->seconds;
-    const bool asLongAsNeeded = !source->file.isEmpty() && !arguments.isSet("seconds");
-    if (asLongAsNeeded && client.serverUrl.isEmpty() &&
-        !prolongFor(client.simulated, arguments.value("camera"), &seconds)) {
-        return ExitUsage;
-    }
     source->use();
     PluginSession session(client);
     if (const ExitStatus opened = session.open(); opened != ExitSuccess) {
         return opened;
     }
-    return CameraTalk(session, arguments, seconds).run(static_cast<int>(*volume));
+    RecordFinder finder(session);
+    const auto camera = finder.camera(arguments.value("camera"));
+    if (!camera) {
+        return finder.status();
+    }
+    double seconds = source->seconds;
+    const bool asLongAsNeeded = !source->file.isEmpty() && !arguments.isSet("seconds");
+    if (asLongAsNeeded && client.serverUrl.isEmpty() && !prolongFor(client.simulated, *camera, &seconds)) {
+        return ExitUsage;
+    }
+    return CameraTalk(session, arguments, *camera, seconds).run(static_cast<int>(*volume));
 }
 
 } // namespace
@@ -243,7 +269,8 @@ std::vector<Command> talkCommands()
                  CodecNames::recorded().join(QStringLiteral(", ")))
             .toLatin1();
     std::vector<CommandOption> options{
-        {"camera", "ID", "Camera to talk to (default: camera-1, which echoes).", "camera-1"}};
+        {"camera", "CAMERA", "Camera to talk to, its id or name (default: camera-1, which echoes).",
+         "camera-1"}};
     const std::vector<CommandOption> source = TalkSource::options();
     options.insert(options.end(), source.begin(), source.end());
     options.insert(
@@ -265,5 +292,5 @@ std::vector<Command> talkCommands()
          "as the source file, or the simulated camera's answer if that is longer; with a microphone, until\n"
          "Ctrl-C or for --seconds. Without --source the microphone is used. Without --server the program\n"
          "has simulated cameras of its own, and records only with --data.",
-         options, Command::Server, runTalk}};
+         options, Command::Server, runTalk, true}};
 }

@@ -49,11 +49,15 @@ bool UserStore::save(const QString& path, QString* error) const
     return writePrivateFile(path, lines, error);
 }
 
+bool UserStore::isName(const QString& name)
+{
+    return name.simplified() == name && !name.contains(QLatin1Char(' '));
+}
+
 bool UserStore::setPassword(const QString& name, const QString& password)
 {
     const QString key = name.isEmpty() ? tokenName : name;
-    if (key.simplified() != key || key.contains(QLatin1Char(' ')) || password.isEmpty() ||
-        sodium_init() < 0) {
+    if (!isName(key) || password.isEmpty() || sodium_init() < 0) {
         return false;
     }
     const QByteArray hash = hashOf(password.toUtf8());

@@ -26,12 +26,15 @@ public:
      */
     bool save(const QString& path, QString* error = nullptr) const;
 
+    /** Returns whether a user can have a name: one without blanks and line ends; empty is the token's. */
+    static bool isName(const QString& name);
+
     /**
      * Adds a user or changes a password.
      *
      * @param name     empty for the token
      * @param password not empty
-     * @return false for a name with blanks and for an empty password
+     * @return false for what isName refuses, and for an empty password
      */
     bool setPassword(const QString& name, const QString& password);
 

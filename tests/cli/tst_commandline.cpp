@@ -22,6 +22,7 @@ private Q_SLOTS:
     void serveHasNoClientOptions();
     void refusals_data();
     void refusals();
+    void talkElsewhereWritesWhatIsHeard();
     void optionsBeforeTheVerb();
     void fullOutput_data();
     void fullOutput();
@@ -188,6 +189,31 @@ void TestCommandLine::refusals_data()
     QTest::newRow("nothing to change") << QStringList{"groups", "update", "1"} << "nothing is named";
     QTest::newRow("no device to change") << QStringList{"devices", "update", "1"} << "nothing is named";
     QTest::newRow("no schedule to change") << QStringList{"schedules", "update", "1"} << "nothing is named";
+    QTest::newRow("option twice") << QStringList{"groups", "add", "x", "--devices", "1", "--devices", "2"}
+                                  << "--devices is given more than once";
+    QTest::newRow("shared option twice")
+        << QStringList{"devices", "list", "--data", "a", "--data=b"} << "--data is given more than once";
+    QTest::newRow("user of no server")
+        << QStringList{"devices", "delete", "1", "--user", "anna"} << "--user is for another server";
+    QTest::newRow("fingerprint of no server")
+        << QStringList{"devices", "list", "--fingerprint", QString(64, 'a')}
+        << "--fingerprint is for another";
+    const QStringList elsewhere{"devices", "list", "--server", "ws://127.0.0.1:1"};
+    QTest::newRow("data of another server")
+        << elsewhere + QStringList{"--data", "here"} << "--server and --data exclude";
+    QTest::newRow("output of another server")
+        << elsewhere + QStringList{"--output", "here"} << "--server and --output exclude";
+    QTest::newRow("simulation of another server")
+        << elsewhere + QStringList{"--simulate"} << "--server and --simulate exclude";
+    QTest::newRow("data of a talk elsewhere")
+        << QStringList{"talk", "--server", "ws://127.0.0.1:1", "--data", "x"}
+        << "--server and --data exclude";
+    QTest::newRow("malformed fingerprint")
+        << elsewhere + QStringList{"--fingerprint", QString(63, 'a')} << "--fingerprint takes the 64";
+    QTest::newRow("name of a user") << QStringList{"serve", "--add-user", "anna b"}
+                                    << "a name without blanks, not \"anna b\"";
+    QTest::newRow("local file") << QStringList{"play", "--device", "1", "--file", "./nope.wav"}
+                                << "./nope.wav is not a file that can be read";
     QTest::newRow("address twice") << QStringList{"devices",  "update",    "1",       "x",
                                                   "10.0.0.1", "--address", "10.0.0.2"}
                                    << "twice";
@@ -202,6 +228,14 @@ void TestCommandLine::refusals()
     QVERIFY2(result.err.startsWith("voicedesk: ") && result.err.contains(named), qPrintable(result.err));
     QCOMPARE(result.out, QString());
     QVERIFY(!QFile::exists(m_folder.filePath("records.sqlite"))); // the current folder is not the data folder
+}
+
+void TestCommandLine::talkElsewhereWritesWhatIsHeard()
+{
+    // The output is the command's own here: the connection fails, not the option.
+    const ProgramRun result =
+        run({"talk", "--server", "ws://127.0.0.1:1", "--output", "heard", "--source", ANNOUNCEMENT_WAV});
+    QVERIFY2(result.status == 5, qPrintable(result.err));
 }
 
 void TestCommandLine::optionsBeforeTheVerb()

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void wrongPassword();
     void camerasOfAServer();
     void localFileIsTakenBack();
+    void serverInsideEndsWithThePlayback();
     void repliesGoByTheirNumber();
 
 private:
@@ -227,6 +228,23 @@ void TestInterruptions::localFileIsTakenBack()
     const ProgramRun result = endOf(program);
     QVERIFY2(result.status == 0 && result.err.contains("interrupted"), qPrintable(result.err));
     QCOMPARE(run({"files", "list", "--json"}).json().size(), before);
+}
+
+void TestInterruptions::serverInsideEndsWithThePlayback()
+{
+    const auto runInside = [this](const QStringList& arguments) {
+        return ProgramRun::of("voicedesk", m_folder->path(), arguments + QStringList{"--data", "data"});
+    };
+    QCOMPARE(runInside({"devices", "add", "Yard", "10.0.0.7", "554"}).status, 0);
+    QCOMPARE(runInside({"files", "add", "long.wav"}).status, 0);
+    QProcess program;
+    start(program, {"play", "--device", "1", "--file", "1", "--data", "data", "--simulate"});
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !QDir(m_folder->filePath("recordings")).entryList({"speaker-1-*"}, QDir::Files).isEmpty(), 20000);
+    QVERIFY(interruptProgram(program));
+    const ProgramRun result = endOf(program);
+    QVERIFY2(result.status == 0 && result.err.contains("interrupted"), qPrintable(result.err));
+    QVERIFY2(!result.err.contains("plays on"), qPrintable(result.err));
 }
 
 void TestInterruptions::repliesGoByTheirNumber()

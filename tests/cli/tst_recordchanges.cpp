@@ -24,6 +24,7 @@ private Q_SLOTS:
     void scheduleTimes();
     void impossibleSchedules_data();
     void impossibleSchedules();
+    void pastScheduleIsNotEnabled();
     void names();
     void changesAsJson();
     void localFileIsPlayedAndDeleted();
@@ -206,6 +207,24 @@ void TestRecordChanges::impossibleSchedules()
         run(QStringList{"schedules", "add", "x", "--file", "1", "--devices", "1"} + options);
     QVERIFY2(added.status == status, qPrintable(added.err));
     QCOMPARE(run({"schedules", "list", "--json"}).json().size(), status == 0 ? 1 : 0);
+}
+
+void TestRecordChanges::pastScheduleIsNotEnabled()
+{
+    addSpeakers();
+    addTone();
+    QCOMPARE(run({"schedules", "add", "x", "--file", "1", "--devices", "1", "--at", "2001-01-01T08:00:00",
+                  "--disabled"})
+                 .status,
+             0);
+    for (const QStringList& command :
+         {QStringList{"schedules", "enable", "x"}, QStringList{"schedules", "update", "x", "--enabled"}}) {
+        const ProgramRun enabled = run(command);
+        QCOMPARE(enabled.status, 1);
+        QVERIFY2(enabled.err.contains("would never run"), qPrintable(enabled.err));
+        QCOMPARE(first("schedules")["enabled"].toBool(true), false);
+    }
+    QCOMPARE(run({"schedules", "disable", "x"}).status, 0);
 }
 
 void TestRecordChanges::names()

@@ -43,6 +43,7 @@ private Q_SLOTS:
     void userOnAFullDisk();
     void serverWithoutUsers();
     void wrongSecret();
+    void fingerprints();
     void serverIsKilledUnderLoad();
 
 private:
@@ -401,6 +402,26 @@ void TestRecordCommands::wrongSecret()
     qputenv("VOICEDESK_SECRET", "right");
     QCOMPARE(result.status, 4);
     QVERIFY(result.err.contains("password"));
+}
+
+void TestRecordCommands::fingerprints()
+{
+    startServer("wss");
+    const QString right = m_serverArguments.takeLast();
+    QString withColons = right.toUpper();
+    for (int at = withColons.size() - 2; at > 0; at -= 2) {
+        withColons.insert(at, ':');
+    }
+    const ProgramRun accepted =
+        run(QStringList{"devices", "list", "--fingerprint", withColons, "--user", "anna"} +
+                m_serverArguments.mid(0, 2),
+            false);
+    QVERIFY2(accepted.status == 0, qPrintable(accepted.err));
+    const QString wrong(64, 'a');
+    const ProgramRun refused =
+        run(QStringList{"devices", "list"} + m_serverArguments + QStringList{wrong}, false);
+    QCOMPARE(refused.status, 5);
+    QVERIFY2(refused.err.contains(right) && refused.err.contains(wrong), qPrintable(refused.err));
 }
 
 void TestRecordCommands::serverIsKilledUnderLoad()

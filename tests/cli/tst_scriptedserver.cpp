@@ -3,6 +3,9 @@
 #include "tests/cli/ScriptedServer.h"
 #include "tests/support/ProgramRun.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QTest>
 
@@ -17,11 +20,12 @@ private Q_SLOTS:
     void passwordIsKept();
     void secondSpeakerNeverAnswers();
     void camerasUnderAnotherName();
+    void speakerIsLost();
 
 private:
     using Replies = QList<WireMessage>;
-    /** Runs a command against a server with a script. */
-    ProgramRun runScript(const QStringList& arguments, const ScriptedServer::Script& script);
+    /** Runs a command against a server that follows a script. */
+    static ProgramRun runWith(const QStringList& arguments, const ScriptedServer::Script& script);
     /** Runs a command against a server that answers each command with "0" and what stands here for it. */
     ProgramRun run(const QStringList& arguments, const QVariantMap& answers);
 
@@ -30,13 +34,13 @@ private:
 
 ProgramRun TestScriptedServer::run(const QStringList& arguments, const QVariantMap& answers)
 {
-    return runScript(arguments, [this, &answers](const WireMessage& command) {
+    return runWith(arguments, [this, &answers](const WireMessage& command) {
         m_asked.insert(command.name, command.payload);
         return Replies{ScriptedServer::replyTo(command, answers.value(command.name))};
     });
 }
 
-ProgramRun TestScriptedServer::runScript(const QStringList& arguments, const ScriptedServer::Script& script)
+ProgramRun TestScriptedServer::runWith(const QStringList& arguments, const ScriptedServer::Script& script)
 {
     const ScriptedServer server(script);
     if (!server.listening) {
@@ -122,17 +126,17 @@ void TestScriptedServer::secondSpeakerNeverAnswers()
                                QVariantMap{{"deviceID", 2}, {"deviceName", "Dock"}}};
     QStringList commands;
     const ProgramRun result =
-        runScript({"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--timeout", "1"},
-                  [&](const WireMessage& command) {
-                      commands.append(command.name);
-                      if (command.name == "RetrieveIPAudioModel") {
-                          return Replies{ScriptedServer::replyTo(command, devices)};
-                      }
-                      return command.payload == QVariant(1)
-                                 ? Replies{ScriptedServer::replyTo(
-                                       command, QVariantMap{{"deviceID", 1}, {"talkToken", "one"}})}
-                                 : Replies();
-                  });
+        runWith({"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--timeout", "1"},
+                [&](const WireMessage& command) {
+                    commands.append(command.name);
+                    if (command.name == "RetrieveIPAudioModel") {
+                        return Replies{ScriptedServer::replyTo(command, devices)};
+                    }
+                    return command.payload == QVariant(1)
+                               ? Replies{ScriptedServer::replyTo(
+                                     command, QVariantMap{{"deviceID", 1}, {"talkToken", "one"}})}
+                               : Replies();
+                });
     QVERIFY2(result.status == 5, qPrintable(QString::number(result.status) + result.err));
     QCOMPARE(commands.count("StartTalkToIPAudio"), 2);
 }
@@ -140,7 +144,7 @@ void TestScriptedServer::secondSpeakerNeverAnswers()
 void TestScriptedServer::camerasUnderAnotherName()
 {
     QStringList commands;
-    const ProgramRun result = runScript({"cameras"}, [&](const WireMessage& command) {
+    const ProgramRun result = runWith({"cameras"}, [&](const WireMessage& command) {
         commands.append(command.name);
         WireMessage reply =
             ScriptedServer::replyTo(command, QVariantMap{{"camId", "x"}, {"talkToken", "wire"}});
@@ -152,6 +156,40 @@ void TestScriptedServer::camerasUnderAnotherName()
     QVERIFY2(result.status >= 0, qPrintable(result.err)); // it has not crashed
     QVERIFY(commands.contains("GetCamera"));
     QVERIFY(!commands.contains("StopTalk")); // the plug-in has not seen a talk in it
+}
+
+void TestScriptedServer::speakerIsLost()
+{
+    // Two speakers take the talk, one of them is lost after the first packet; a third one is not of the
+    // talk.
+    bool lost = false;
+    const auto script = [&lost](const WireMessage& command) {
+        QVariant payload;
+        if (command.name == "StartTalkToIPAudio") {
+            payload =
+                QVariantMap{{"deviceID", command.payload}, {"talkToken", "t" + command.payload.toString()}};
+        }
+        QList<WireMessage> messages{ScriptedServer::replyTo(command, payload)};
+        if (command.name == "TalkData" && !lost) {
+            lost = true;
+            for (const int id : {2, 9, 2}) {
+                WireMessage event;
+                event.kind = WireMessage::Event;
+                event.name = QStringLiteral("TalkTargetLost");
+                event.payload = QVariantMap{{"deviceID", id}, {"error", "its line broke"}};
+                messages.append(event);
+            }
+        }
+        return messages;
+    };
+    const ProgramRun result = runWith(
+        {"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--seconds", "0.5", "--json"}, script);
+    QVERIFY2(result.status == 6, qPrintable(QString::number(result.status) + result.err));
+    QCOMPARE(result.err.count("was lost"), 1);
+    QVERIFY2(result.err.contains("device 2 was lost: its line broke"), qPrintable(result.err));
+    const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
+    QCOMPARE(report["devices"].toArray(), QJsonArray{1});
+    QCOMPARE(report["lost"].toArray(), QJsonArray{2});
 }
 
 QTEST_GUILESS_MAIN(TestScriptedServer)

@@ -80,9 +80,11 @@ void TestTalkCommand::failures_data()
     QTest::addColumn<QString>("message");
     const QString source = QStringLiteral(ANNOUNCEMENT_WAV);
     QTest::newRow("no such camera") << QStringList{"--source", source, "--camera", "x"} << 4
-                                    << "no camera has the id \"x\" (code 201)";
+                                    << "no camera has the id or name \"x\"";
     QTest::newRow("offline camera") << QStringList{"--source", source, "--camera", "camera-3"} << 4
                                     << "is offline";
+    QTest::newRow("camera by its name")
+        << QStringList{"--source", source, "--camera", "Car park"} << 4 << "Talking to camera-3";
     QTest::newRow("no plug-in") << QStringList{"--source", source, "--plugin", "/nonexistent.so"} << 2
                                 << "the plug-in does not load";
     QTest::newRow("no file") << QStringList{"--source", "absent.wav"} << 3 << "not a sound file";
@@ -91,6 +93,8 @@ void TestTalkCommand::failures_data()
         << QStringList{"--device", "none of this name"} << 3 << "microphone does not start";
     QTest::newRow("unwritable output")
         << QStringList{"--source", source, "--output", "/proc/none"} << 4 << "cannot be written";
+    QTest::newRow("unwritable file") << QStringList{"--source", source, "--heard", "/nonexistent/x.wav"} << 9
+                                     << "/nonexistent/x.wav cannot be written";
 }
 
 void TestTalkCommand::failures()
