@@ -31,7 +31,8 @@ private Q_SLOTS:
 
 private:
     /** Starts the program and waits for its window. */
-    std::unique_ptr<QProcess> start(const QStringList& options = {});
+    /** @param data the folder of the records */
+    std::unique_ptr<QProcess> start(const QStringList& options = {}, const char* data = "data");
     /** Ends the program; fails when its QML has complained. */
     static void end(QProcess& program);
     static QByteArray xdotool(const QStringList& arguments);
@@ -79,12 +80,12 @@ QByteArray TestDeskProgram::xdotool(const QStringList& arguments)
     return process.readAllStandardOutput().trimmed();
 }
 
-std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options)
+std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options, const char* data)
 {
     auto program = std::make_unique<QProcess>();
     program->setProcessChannelMode(QProcess::ForwardedOutputChannel);
     program->start(PROGRAM_DIR "/voicedesk-desk",
-                   QStringList{"--simulate", "--data", m_folder.filePath("data"), "--output",
+                   QStringList{"--simulate", "--data", m_folder.filePath(data), "--output",
                                m_folder.filePath("recordings"), "--source", ANNOUNCEMENT_WAV} +
                        options);
     const QByteArray window =
@@ -180,7 +181,7 @@ void TestDeskProgram::soundWaitsInAShortQueue()
                                QStringList{"devices", "add", "Hall", "10.0.0.7", "554"} + ownData),
              0);
     qunsetenv("PULSE_LATENCY_MSEC"); // which the program leaves as the user has set it
-    const auto program = start(QStringList{"--aloud"} + ownData);
+    const auto program = start({"--aloud"}, "aloud");
     QVERIFY(program);
     keys({"ctrl+f"});
     xdotool({"type", "--delay", "40", "Hall"});
