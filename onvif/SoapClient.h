@@ -1,0 +1,94 @@
+#pragma once
+
+#include "onvif/HttpDigest.h"
+#include "onvif/OnvifError.h"
+#include "onvif/SoapMessage.h"
+
+#include <QNetworkAccessManager>
+#include <QObject>
+#include <QTimer>
+#include <QUrl>
+
+#include <functional>
+#include <optional>
+
+class QNetworkReply;
+class QNetworkRequest;
+
+/** The login at a camera. An empty user means none. */
+struct OnvifLogin
+{
+    QString user;
+    QString password;
+};
+
+/** How a question to a camera ended. */
+struct SoapAnswer
+{
+    OnvifError error = OnvifError::None;
+    QString detail;  ///< Further words for people; may be empty.
+    XmlElement body; ///< What is in the body; only without an error.
+};
+
+/**
+ * Asks one camera, one question at a time, by SOAP over HTTP.
+ *
+ *   ask ─▶ POST with UsernameToken ─▶ 200 and a message ─▶ answer
+ *            ▲                    └─▶ 401 and a Digest challenge ─┐
+ *            └───── once more, with Authorization ◀───────────────┘
+ *
+ * Follows no redirects, keeps no cookies, uses no proxy, and takes replies up to SoapMessage::maxBytes. Used
+ * on the thread that made it.
+ */
+class SoapClient : public QObject
+{
+public:
+    /** Takes the answer; may delete the client. */
+    using Callback = std::function<void(const SoapAnswer& answer)>;
+
+    /** @param timeout of each question from its start to its whole answer, in ms */
+    SoapClient(OnvifLogin login, int timeout, QObject* parent = nullptr);
+    ~SoapClient() override;
+
+    /** Sets how far the camera's clock is ahead of this machine's, in ms; logins are in the camera's time. */
+    void setClockOffset(qint64 offset) { m_clockOffset = offset; }
+
+    /**
+     * Asks. The callback follows once, later; not after cancel.
+     *
+     * @param url       http or https, without a login
+     * @param action    the request's action, a URI
+     * @param body      XML with the namespaces of its own
+     * @param withLogin false for questions that a camera answers to anyone
+     */
+    void ask(const QUrl& url, const QString& action, const QString& body, bool withLogin, Callback callback);
+
+    /** Gives up the question that is open. */
+    void cancel();
+
+private:
+    void send();
+    void read();
+    void evaluate();
+    bool answerChallenge();
+    void finish(OnvifError error, const QString& detail = QString(), XmlElement body = XmlElement());
+    void dropReply();
+    QNetworkRequest request();
+
+    QNetworkAccessManager m_network;
+    OnvifLogin m_login;
+    qint64 m_clockOffset = 0;
+    std::optional<HttpDigest> m_digest; ///< Of the last challenge; serves the next questions, too.
+    QTimer m_timer;
+
+    // The open question.
+    quint64 m_question = 0; ///< Its number.
+    Callback m_callback;
+    QUrl m_url;
+    QString m_action;
+    QString m_body;
+    bool m_withLogin = false;
+    bool m_isRetry = false; ///< Whether it was sent again after a challenge.
+    QNetworkReply* m_reply = nullptr;
+    QByteArray m_received;
+};
