@@ -65,3 +65,5 @@ struct CameraAbilities
 
 /** Returns what is said to people about the error: words and detail; empty without one. */
 QString errorSentence(const CameraAbilities& abilities);
+
+Q_DECLARE_METATYPE(CameraAbilities)

@@ -6,10 +6,7 @@
 
 #include <optional>
 
-/**
- * A login by HTTP Digest (RFC 7616), with MD5 or SHA-256. Qt's own would also answer a demand for Basic, with
- * the password for anyone to read, knows MD5 alone, and on Windows offers the login of the desktop.
- */
+/** A login by HTTP Digest (RFC 7616), with MD5 or SHA-256. */
 class HttpDigest
 {
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMetaType>
 #include <QString>
 
 /** Why a camera did not answer a question. */
@@ -20,3 +21,5 @@ enum class OnvifError
 
 /** Returns words for people, in English; empty for None. */
 QString onvifErrorText(OnvifError error);
+
+Q_DECLARE_METATYPE(OnvifError)

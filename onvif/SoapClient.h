@@ -1,19 +1,16 @@
 #pragma once
 
 #include "onvif/HttpDigest.h"
+#include "onvif/HttpExchange.h"
 #include "onvif/OnvifError.h"
 #include "onvif/SoapMessage.h"
 
-#include <QNetworkAccessManager>
 #include <QObject>
 #include <QTimer>
 #include <QUrl>
 
 #include <functional>
 #include <optional>
-
-class QNetworkReply;
-class QNetworkRequest;
 
 /** The login at a camera. An empty user means none. */
 struct OnvifLogin
@@ -37,8 +34,7 @@ struct SoapAnswer
  *            ▲                    └─▶ 401 and a Digest challenge ─┐
  *            └───── once more, with Authorization ◀───────────────┘
  *
- * Follows no redirects, keeps no cookies, uses no proxy, and takes replies up to SoapMessage::maxBytes. Used
- * on the thread that made it.
+ * Takes replies up to SoapMessage::maxBytes. Used on the thread that made it.
  */
 class SoapClient : public QObject
 {
@@ -68,14 +64,12 @@ public:
 
 private:
     void send();
-    void read();
-    void evaluate();
-    bool answerChallenge();
+    void evaluate(OnvifError error, const HttpReply& reply);
+    bool answerChallenge(const HttpReply& reply);
     void finish(OnvifError error, const QString& detail = QString(), XmlElement body = XmlElement());
-    void dropReply();
-    QNetworkRequest request();
+    HttpExchange::Headers headers();
 
-    QNetworkAccessManager m_network;
+    HttpExchange m_exchange{SoapMessage::maxBytes};
     OnvifLogin m_login;
     qint64 m_clockOffset = 0;
     std::optional<HttpDigest> m_digest; ///< Of the last challenge; serves the next questions, too.
@@ -89,6 +83,4 @@ private:
     QString m_body;
     bool m_withLogin = false;
     bool m_isRetry = false; ///< Whether it was sent again after a challenge.
-    QNetworkReply* m_reply = nullptr;
-    QByteArray m_received;
 };
