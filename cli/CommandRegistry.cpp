@@ -63,9 +63,9 @@ const std::vector<Command>& CommandRegistry::commands()
 {
     static const std::vector<Command> all = [] {
         std::vector<Command> gathered;
-        for (const auto& some :
-             {talkCommands(), cameraCommands(), deviceCommands(), fileCommands(), groupCommands(),
-              scheduleCommands(), playCommands(), sayCommands(), microphoneCommands(), serveCommands()}) {
+        for (const auto& some : {talkCommands(), cameraCommands(), cameraSearchCommands(), deviceCommands(),
+                                 fileCommands(), groupCommands(), scheduleCommands(), playCommands(),
+                                 sayCommands(), microphoneCommands(), serveCommands()}) {
             gathered.insert(gathered.end(), some.begin(), some.end());
         }
         return gathered;

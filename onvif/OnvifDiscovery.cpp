@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int maxReadsAtOnce = 64;  // datagrams; then other events have their turn
-constexpr int probes = 3;           // a datagram may get lost
+constexpr int rounds = 3;           // a datagram may get lost
 constexpr int repeatInterval = 200; // ms
 
 } // namespace
@@ -23,7 +23,7 @@ OnvifDiscovery::OnvifDiscovery(QObject* parent) : QObject(parent)
     m_repeat.setInterval(repeatInterval);
     connect(&m_repeat, &QTimer::timeout, this, [this] {
         sendProbes();
-        if (++m_repeats >= probes) {
+        if (++m_repeats >= rounds) {
             m_repeat.stop();
         }
     });
@@ -53,8 +53,12 @@ bool OnvifDiscovery::start(const QList<QNetworkInterface>& interfaces, const Opt
     m_indexes.clear();
     m_answers.clear();
     m_dropped = 0;
-    m_id = QStringLiteral("urn:uuid:") + QUuid::createUuid().toString(QUuid::WithoutBraces);
-    m_probe = ProbeMessage::probe(m_id, m_options.types);
+    m_ids.clear();
+    m_probes.clear();
+    for (const QString& type : options.types) {
+        m_ids.append(QStringLiteral("urn:uuid:") + QUuid::createUuid().toString(QUuid::WithoutBraces));
+        m_probes.append(ProbeMessage::probe(m_ids.constLast(), type));
+    }
     for (const QNetworkInterface& interface : interfaces) {
         open(interface);
     }
@@ -101,7 +105,9 @@ bool OnvifDiscovery::sendProbes()
 {
     bool sent = false;
     for (const auto& socket : m_sockets) {
-        sent = socket->writeDatagram(m_probe, m_options.group, m_options.port) == m_probe.size() || sent;
+        for (const QByteArray& probe : qAsConst(m_probes)) {
+            sent = socket->writeDatagram(probe, m_options.group, m_options.port) == probe.size() || sent;
+        }
     }
     return sent;
 }
@@ -123,7 +129,7 @@ void OnvifDiscovery::read(QUdpSocket& socket, const QString& interfaceName)
             continue;
         }
         ++m_answers[sender];
-        for (const auto& match : ProbeMessage::matches(bytes.left(static_cast<int>(size)), m_id, sender)) {
+        for (const auto& match : ProbeMessage::matches(bytes.left(static_cast<int>(size)), m_ids, sender)) {
             take(match, sender, interfaceName);
         }
     }

@@ -34,7 +34,7 @@ struct FoundCamera
 /**
  * Looks for cameras in the networks of this machine (WS-Discovery 2005/04, ONVIF Core, clause 7), by IPv4.
  *
- *   start ─▶ Probe by multicast, from each interface, three times ─▶ ProbeMatches from anybody ─▶ found
+ *   start ─▶ Probes by multicast, from each interface, three times ─▶ ProbeMatches from anybody ─▶ found
  *                                                              time is over ─▶ finished
  *
  * Answers are bounded in size, in number for each sender and in number altogether; what is beyond that is
@@ -53,10 +53,11 @@ public:
     /** Where and how long is looked. */
     struct Options
     {
-        int time = 3000;                                              ///< Of the whole search, ms.
-        QString types = QStringLiteral("dn:NetworkVideoTransmitter"); ///< Empty for all devices.
-        QHostAddress group{QStringLiteral("239.255.255.250")};        ///< That is asked.
-        quint16 port = 3702;                                          ///< At which it listens.
+        int time = 3000; ///< Of the whole search, ms.
+                         /** That are asked for, one probe each; see ProbeMessage::probe. */
+        QStringList types{QStringLiteral("dn:NetworkVideoTransmitter"), QStringLiteral("tds:Device")};
+        QHostAddress group{QStringLiteral("239.255.255.250")}; ///< That is asked.
+        quint16 port = 3702;                                   ///< At which it listens.
     };
 
     explicit OnvifDiscovery(QObject* parent = nullptr);
@@ -95,8 +96,8 @@ private:
     void take(const ProbeMessage::Match& match, const QHostAddress& sender, const QString& interfaceName);
 
     Options m_options;
-    QString m_id; ///< Of the probe.
-    QByteArray m_probe;
+    QStringList m_ids; ///< Of the probes.
+    QList<QByteArray> m_probes;
     QTimer m_end;
     QTimer m_repeat;
     int m_repeats = 0;

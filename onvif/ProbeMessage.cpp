@@ -55,7 +55,7 @@ QStringList wordsOf(const QString& text, int most)
 
 } // namespace
 
-QByteArray probe(const QString& id, const QString& types)
+QByteArray probe(const QString& id, const QString& type)
 {
     const QString header =
         QStringLiteral(
@@ -65,20 +65,22 @@ QByteArray probe(const QString& id, const QString& types)
             "<a:Action xmlns:a=\"http://schemas.xmlsoap.org/ws/2004/08/addressing\">%2/Probe</a:Action>")
             .arg(id, discovery);
     const QString wanted =
-        types.isEmpty()
+        type.isEmpty()
             ? QString()
-            : QStringLiteral("<d:Types xmlns:dn=\"http://www.onvif.org/ver10/network/wsdl\">%1</d:Types>")
-                  .arg(types);
+            : QStringLiteral("<d:Types xmlns:dn=\"http://www.onvif.org/ver10/network/wsdl\" "
+                             "xmlns:tds=\"http://www.onvif.org/ver10/device/wsdl\" "
+                             "xmlns:wsdp=\"http://schemas.xmlsoap.org/ws/2006/02/devprof\">%1</d:Types>")
+                  .arg(type);
     return SoapMessage::write(header,
                               QStringLiteral("<d:Probe xmlns:d=\"%1\">%2</d:Probe>").arg(discovery, wanted));
 }
 
-std::vector<Match> matches(const QByteArray& datagram, const QString& id, const QHostAddress& sender)
+std::vector<Match> matches(const QByteArray& datagram, const QStringList& ids, const QHostAddress& sender)
 {
     std::vector<Match> found;
     const auto message = SoapMessage::read(datagram, maxAnswerBytes);
     if (!message || message->body.name != QLatin1String("ProbeMatches") || message->body.space != discovery ||
-        message->header.textOf("RelatesTo") != id) {
+        !ids.contains(message->header.textOf("RelatesTo"))) {
         return found;
     }
     for (const XmlElement& element : message->body.children) {

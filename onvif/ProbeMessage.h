@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QHostAddress>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 #include <vector>
@@ -30,16 +31,18 @@ struct Match
  * Makes a probe.
  *
  * @param id    "urn:uuid:..." by which answers name the probe
- * @param types of the devices that shall answer: "dn:NetworkVideoTransmitter"; all for an empty one
+ * @param type of the devices that shall answer: "dn:NetworkVideoTransmitter" for video, "tds:Device" for all
+ * of ONVIF, "wsdp:Device" for those of Devices Profile for Web Services; all for an empty one
  */
-QByteArray probe(const QString& id, const QString& types);
+QByteArray probe(const QString& id, const QString& type);
 
 /**
  * Reads an answer, which may come from anybody.
  *
- * @param sender the host that sent it, without a doubt or not: only addresses of this host are taken from it
- * @return the devices in it; none for what is no answer to this probe
+ * @param ids    of the probes that it may answer
+ * @param sender the host that sent it; only addresses of this host are taken from it
+ * @return the devices in it; none for what is no answer to these probes
  */
-std::vector<Match> matches(const QByteArray& datagram, const QString& id, const QHostAddress& sender);
+std::vector<Match> matches(const QByteArray& datagram, const QStringList& ids, const QHostAddress& sender);
 
 } // namespace ProbeMessage

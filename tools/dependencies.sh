@@ -22,8 +22,10 @@ sound_packages=(
     pulseaudio
 )
 
+# wsdd answers probes of cameras, in a network that iproute2 makes for it.
 test_packages=(
     qml-module-qttest qtdeclarative5-dev-tools xvfb xdotool clang-format lld python3
+    wsdd iproute2
     "${sound_packages[@]}" pulseaudio-utils
 )
 

@@ -73,6 +73,7 @@ public:
     {
         OnvifDiscovery::Options made;
         made.time = time;
+        made.types = QStringList{"dn:NetworkVideoTransmitter"};
         made.group = QHostAddress(QHostAddress::LocalHost);
         made.port = m_socket.localPort();
         return made;
@@ -101,6 +102,7 @@ private Q_SLOTS:
     void finds();
     void duplicates();
     void aFlood();
+    void severalTypes();
     void manySenders();
     void rubbish();
     void noInterface();
@@ -113,8 +115,8 @@ void TestOnvifDiscovery::aProbe()
     QVERIFY(root.contains(">urn:uuid:7</a:MessageID>"));
     QVERIFY(root.contains(">urn:schemas-xmlsoap-org:ws:2005:04:discovery</a:To>"));
     QVERIFY(root.contains(">http://schemas.xmlsoap.org/ws/2005/04/discovery/Probe</a:Action>"));
-    QVERIFY(root.contains(
-        "xmlns:dn=\"http://www.onvif.org/ver10/network/wsdl\">dn:NetworkVideoTransmitter</d:Types>"));
+    QVERIFY(root.contains("xmlns:dn=\"http://www.onvif.org/ver10/network/wsdl\""));
+    QVERIFY(root.contains(">dn:NetworkVideoTransmitter</d:Types>"));
     QVERIFY(!ProbeMessage::probe("urn:uuid:7", "").contains("Types"));
 }
 
@@ -125,7 +127,7 @@ void TestOnvifDiscovery::anAnswer()
                      "tds:Device dn:NetworkVideoTransmitter",
                      "onvif://www.onvif.org/type/ptz onvif://www.onvif.org/name/Front%20door%0A%1B[2J "
                      "onvif://www.onvif.org/hardware/X1 onvif://www.onvif.org/location/yard")),
-        probeId, cameraHost);
+        {probeId}, cameraHost);
     QCOMPARE(found.size(), std::size_t(1));
     QCOMPARE(found.front().endpoint, QString("urn:uuid:9"));
     QCOMPARE(found.front().address, QUrl("http://10.0.0.5:8080/onvif/device_service"));
@@ -162,7 +164,7 @@ void TestOnvifDiscovery::severalAddresses()
     QFETCH(QByteArray, addresses);
     QFETCH(QString, taken);
     QFETCH(bool, elsewhere);
-    const auto found = ProbeMessage::matches(answer(match("urn:uuid:9", addresses)), probeId, cameraHost);
+    const auto found = ProbeMessage::matches(answer(match("urn:uuid:9", addresses)), {probeId}, cameraHost);
     QCOMPARE(found.size(), std::size_t(1));
     QCOMPARE(found.front().address, QUrl(taken));
     QCOMPARE(found.front().isElsewhere, elsewhere);
@@ -187,7 +189,7 @@ void TestOnvifDiscovery::noAnswers_data()
 void TestOnvifDiscovery::noAnswers()
 {
     QFETCH(QByteArray, datagram);
-    QVERIFY(ProbeMessage::matches(datagram, probeId, cameraHost).empty());
+    QVERIFY(ProbeMessage::matches(datagram, {probeId}, cameraHost).empty());
 }
 
 void TestOnvifDiscovery::limitsOfADatagram()
@@ -196,9 +198,10 @@ void TestOnvifDiscovery::limitsOfADatagram()
     for (int i = 0; i < 40; ++i) {
         many += "<d:ProbeMatch><a:Address>urn:" + QByteArray::number(i) + "</a:Address></d:ProbeMatch>";
     }
-    QCOMPARE(ProbeMessage::matches(answer(many), probeId, cameraHost).size(),
+    QCOMPARE(ProbeMessage::matches(answer(many), {probeId}, cameraHost).size(),
              std::size_t(ProbeMessage::maxMatches));
-    const auto lengthy = ProbeMessage::matches(answer(match(QByteArray(5000, 'u'), "")), probeId, cameraHost);
+    const auto lengthy =
+        ProbeMessage::matches(answer(match(QByteArray(5000, 'u'), "")), {probeId}, cameraHost);
     QCOMPARE(lengthy.front().endpoint.size(), ProbeMessage::maxEndpointLength);
 }
 
@@ -282,6 +285,22 @@ void TestOnvifDiscovery::aFlood()
     QVERIFY2(sent > 2 * OnvifDiscovery::maxAnswersPerSender, qPrintable(QString::number(sent)));
     QCOMPARE(discovery.found().size(), std::size_t(OnvifDiscovery::maxAnswersPerSender));
     QVERIFY(discovery.dropped() > 0);
+}
+
+void TestOnvifDiscovery::severalTypes()
+{
+    Responder responder([&](QUdpSocket& socket, const QByteArray& id, const QHostAddress& to, quint16 port) {
+        socket.writeDatagram(answer(match("urn:" + id, ""), id), to, port);
+    });
+    OnvifDiscovery discovery;
+    QSignalSpy finished(&discovery, &OnvifDiscovery::finished);
+    OnvifDiscovery::Options options = responder.options(100);
+    options.types = OnvifDiscovery::Options().types;
+    QVERIFY(discovery.start({loopback()}, options));
+    QVERIFY(finished.wait());
+    QCOMPARE(discovery.found().size(), std::size_t(2)); // each probe has an id of its own
+    QVERIFY(responder.probes.value(0).contains(">dn:NetworkVideoTransmitter<"));
+    QVERIFY(responder.probes.value(1).contains(">tds:Device<"));
 }
 
 void TestOnvifDiscovery::manySenders()
