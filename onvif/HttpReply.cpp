@@ -11,6 +11,12 @@ bool isDigits(const QByteArray& text)
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+/** Whether a character must not stand in a header. */
+bool isForbidden(char character)
+{
+    return (static_cast<unsigned char>(character) < ' ' && character != '\t') || character == '\x7f';
+}
+
 bool isHex(const QByteArray& text)
 {
     return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
@@ -144,6 +150,10 @@ void HttpReply::readHeader(const QByteArray& line)
 {
     if (line.isEmpty()) {
         chooseBody();
+        return;
+    }
+    if (std::any_of(line.begin(), line.end(), isForbidden)) {
+        m_state = Broken; // RFC 9110, clause 5.5; parts of it may be sent back
         return;
     }
     const int colon = line.indexOf(':');

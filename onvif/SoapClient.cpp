@@ -3,28 +3,25 @@
 #include "onvif/UsernameToken.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace {
 
 /** Whether a fault has one of these codes. */
-template<std::size_t N>
-bool hasCode(const SoapMessage::Fault& fault, const std::array<QLatin1String, N>& codes)
+bool hasCode(const SoapMessage::Fault& fault, const QStringList& codes)
 {
     return std::any_of(codes.begin(), codes.end(),
-                       [&fault](QLatin1String code) { return fault.codes.contains(code); });
+                       [&fault](const QString& code) { return fault.codes.contains(code); });
 }
 
 OnvifError errorOf(const SoapMessage::Fault& fault)
 {
-    static constexpr std::array<QLatin1String, 5> login{
-        QLatin1String("NotAuthorized"), QLatin1String("FailedAuthentication"),
-        QLatin1String("InvalidSecurity"), QLatin1String("InvalidSecurityToken"),
-        QLatin1String("OperationProhibited")};
-    static constexpr std::array<QLatin1String, 3> unknown{QLatin1String("ActionNotSupported"),
-                                                          QLatin1String("OptionalActionNotImplemented"),
-                                                          QLatin1String("NoSuchService")};
+    static const QStringList login{QStringLiteral("NotAuthorized"), QStringLiteral("FailedAuthentication"),
+                                   QStringLiteral("InvalidSecurity"), QStringLiteral("InvalidSecurityToken"),
+                                   QStringLiteral("OperationProhibited")};
+    static const QStringList unknown{QStringLiteral("ActionNotSupported"),
+                                     QStringLiteral("OptionalActionNotImplemented"),
+                                     QStringLiteral("NoSuchService")};
     if (hasCode(fault, login)) {
         return OnvifError::LoginRefused;
     }

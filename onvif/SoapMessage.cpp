@@ -40,9 +40,9 @@ QByteArray SoapMessage::write(const QString& header, const QString& body)
         .toUtf8();
 }
 
-std::optional<SoapMessage> SoapMessage::read(const QByteArray& bytes, int maxBytes)
+std::optional<SoapMessage> SoapMessage::read(const QByteArray& bytes, int limit)
 {
-    const auto root = XmlElement::read(bytes, maxBytes);
+    const auto root = XmlElement::read(bytes, limit);
     if (!root || root->name != QLatin1String("Envelope") ||
         (root->space != soap12 && root->space != soap11)) {
         return std::nullopt;

@@ -25,6 +25,6 @@ struct SoapMessage
     /** Makes a message. @param header @param body XML with the namespaces of their own */
     static QByteArray write(const QString& header, const QString& body);
 
-    /** Reads a message; empty for what is none. */
-    static std::optional<SoapMessage> read(const QByteArray& bytes, int maxBytes);
+    /** Reads a message; empty for what is none, or has more bytes than the limit. */
+    static std::optional<SoapMessage> read(const QByteArray& bytes, int limit);
 };

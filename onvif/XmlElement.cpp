@@ -130,5 +130,5 @@ QString plainText(const QString& text, int maxLength)
             character = QLatin1Char(' ');
         }
     }
-    return plain.simplified().left(maxLength);
+    return plain.simplified().left(maxLength).trimmed();
 }

@@ -68,6 +68,7 @@ void TestHttpReply::replies_data()
     row("a negative status", "HTTP/1.1 -20 OK\r\n\r\n", HttpReply::Broken, 0, "");
     row("a small status", "HTTP/1.1 099 OK\r\n\r\n", HttpReply::Broken, 0, "");
     row("another protocol", "HTTP/1.1 101 Switch\r\n\r\n", HttpReply::Broken, 101, "");
+    row("a bare carriage return", ok + "X: a\rb\r\n\r\n", HttpReply::Broken, 200, "");
     row("cut head", ok + "Content-Le", HttpReply::Broken, 200, "");
     row("cut body", ok + "Content-Length: 4\r\n\r\nabc", HttpReply::Broken, 200, "abc");
     row("cut chunk", chunked + "4\r\nabc", HttpReply::Broken, 200, "abc");

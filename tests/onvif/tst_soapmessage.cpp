@@ -211,6 +211,7 @@ void TestSoapMessage::textForPeople()
                                          "b")),
              QString("a 31m b"));
     QCOMPARE(plainText(QString(1000, 'x'), 10), QString(10, 'x'));
+    QCOMPARE(plainText("123 456", 4), QString("123"));
     QCOMPARE(plainText(QString::fromUtf8("K\xc3\xb6ln")), QString::fromUtf8("K\xc3\xb6ln"));
 }
 
