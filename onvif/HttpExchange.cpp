@@ -54,6 +54,7 @@ void HttpExchange::post(const QUrl& url, const Headers& headers, const QByteArra
     m_socket = new QSslSocket(this);
     m_socket->setProxy(QNetworkProxy::NoProxy); // cameras are in the local network
     m_socket->setReadBufferSize(readBuffer);
+    m_socket->setPeerVerifyMode(m_anyCertificate ? QSslSocket::VerifyNone : QSslSocket::VerifyPeer);
     connect(m_socket, isSecure ? &QSslSocket::encrypted : &QAbstractSocket::connected, this,
             [this, request] { m_socket->write(request); });
     connect(m_socket, &QIODevice::readyRead, this, &HttpExchange::read);

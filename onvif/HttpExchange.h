@@ -32,6 +32,10 @@ public:
     explicit HttpExchange(int maxBodyBytes, QObject* parent = nullptr);
     ~HttpExchange() override;
 
+    /** Sets whether https takes any certificate, as cameras sign their own; by default those that this system
+     * trusts. */
+    void setAnyCertificate(bool any) { m_anyCertificate = any; }
+
     /** Sends a request; the callback follows, once, unless another request or cancel comes first. */
     void post(const QUrl& url, const Headers& headers, const QByteArray& body, Callback callback);
 
@@ -44,6 +48,7 @@ private:
     void finish(OnvifError error);
 
     const int m_maxBody;
+    bool m_anyCertificate = false;
     QSslSocket* m_socket = nullptr; ///< Null without an open request.
     Callback m_callback;
     HttpReply m_reply;

@@ -49,15 +49,17 @@ void addCodec(std::vector<CameraCodec>& codecs, const CameraCodec& codec)
 } // namespace
 
 OnvifDevice::OnvifDevice(const QUrl& address, const OnvifLogin& login, QObject* parent)
-    : OnvifDevice(address, login, Timeouts(), parent)
+    : OnvifDevice(address, login, Options(), parent)
 {
 }
 
-OnvifDevice::OnvifDevice(const QUrl& address, const OnvifLogin& login, Timeouts timeouts, QObject* parent)
-    : QObject(parent), m_address(address), m_client(login, timeouts.question)
+OnvifDevice::OnvifDevice(const QUrl& address, const OnvifLogin& login, const Options& options,
+                         QObject* parent)
+    : QObject(parent), m_address(address), m_client(login, options.question)
 {
+    m_client.setAnyCertificate(options.anyCertificate);
     m_timer.setSingleShot(true);
-    m_timer.setInterval(timeouts.all);
+    m_timer.setInterval(options.all);
     connect(&m_timer, &QTimer::timeout, this, [this] { finish(OnvifError::TimedOut); });
 }
 

@@ -27,11 +27,12 @@ class OnvifDevice : public QObject
     Q_OBJECT
 
 public:
-    /** Time limits in ms. */
-    struct Timeouts
+    /** How it is asked. */
+    struct Options
     {
-        int question = 3000; ///< Of one question.
-        int all = 10000;     ///< Of all questions of askAbilities.
+        int question = 3000;         ///< Time limit of one question, ms.
+        int all = 10000;             ///< Of all questions of askAbilities, ms.
+        bool anyCertificate = false; ///< Whether https takes one that this system does not trust.
     };
 
     static constexpr int maxStreams = 4; ///< Profiles whose stream's address is asked for.
@@ -42,8 +43,9 @@ public:
      *                wants it so
      * @param login   without a user, nothing that wants a login is answered
      */
-    OnvifDevice(const QUrl& address, const OnvifLogin& login, Timeouts timeouts, QObject* parent = nullptr);
-    /** The same with the usual time limits. */
+    OnvifDevice(const QUrl& address, const OnvifLogin& login, const Options& options,
+                QObject* parent = nullptr);
+    /** The same with the usual options. */
     OnvifDevice(const QUrl& address, const OnvifLogin& login, QObject* parent = nullptr);
 
     /** Asks all; abilitiesKnown follows. Gives up what was asked before. */

@@ -46,6 +46,9 @@ public:
     SoapClient(OnvifLogin login, int timeout, QObject* parent = nullptr);
     ~SoapClient() override;
 
+    /** Sets whether https takes any certificate; by default those that this system trusts. */
+    void setAnyCertificate(bool any) { m_exchange.setAnyCertificate(any); }
+
     /** Sets how far the camera's clock is ahead of this machine's, in ms; logins are in the camera's time. */
     void setClockOffset(qint64 offset) { m_clockOffset = offset; }
 

@@ -270,7 +270,9 @@ int askCamera(const CommandArguments& arguments)
     if (!login) {
         return ExitUsage;
     }
-    OnvifDevice device(*address, *login);
+    OnvifDevice::Options options;
+    options.anyCertificate = arguments.isSet("any-certificate");
+    OnvifDevice device(*address, *login, options);
     CameraAbilities abilities;
     QEventLoop loop;
     QObject::connect(&device, &OnvifDevice::abilitiesKnown, &loop, [&](const CameraAbilities& known) {
@@ -309,7 +311,9 @@ std::vector<Command> cameraSearchCommands()
          "ask an ONVIF camera what it can do",
          "ADDRESS is a host, host:port or http://host:port/path. The password is asked for, or read from\n"
          "the environment variable VOICEDESK_CAMERA_SECRET.",
-         {{"user", "name", "Name to log in with at the camera.", ""}, jsonOption},
+         {{"user", "name", "Name to log in with at the camera.", ""},
+          {"any-certificate", nullptr, "Take the certificate of an https address, whoever signed it.", ""},
+          jsonOption},
          Command::Nothing,
          askCamera},
     };

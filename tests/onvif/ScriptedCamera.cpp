@@ -3,6 +3,7 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QRegularExpression>
+#include <QSslSocket>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -59,9 +60,31 @@ ScriptedCamera::~ScriptedCamera()
     }
 }
 
+void ScriptedCamera::Server::incomingConnection(qintptr descriptor)
+{
+    if (key.isNull()) {
+        QTcpServer::incomingConnection(descriptor);
+        return;
+    }
+    auto* socket = new QSslSocket(this);
+    socket->setSocketDescriptor(descriptor);
+    socket->setLocalCertificate(certificate);
+    socket->setPrivateKey(key);
+    socket->startServerEncryption();
+    addPendingConnection(socket);
+}
+
+void ScriptedCamera::setCertificate(const QSslCertificate& certificate, const QSslKey& key)
+{
+    m_server.certificate = certificate;
+    m_server.key = key;
+}
+
 QUrl ScriptedCamera::url() const
 {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1/onvif/device_service").arg(m_server.serverPort()));
+    const auto scheme = m_server.key.isNull() ? QStringLiteral("http") : QStringLiteral("https");
+    return QUrl(
+        QStringLiteral("%1://127.0.0.1:%2/onvif/device_service").arg(scheme).arg(m_server.serverPort()));
 }
 
 QStringList ScriptedCamera::names() const
@@ -110,15 +133,16 @@ void ScriptedCamera::setFault(const QString& request, const QByteArray& subcode,
 
 void ScriptedCamera::take(QTcpSocket* socket)
 {
-    QByteArray& received = m_received[socket];
-    received += socket->readAll();
-    for (int end = received.indexOf("\r\n\r\n"); end >= 0; end = received.indexOf("\r\n\r\n")) {
+    m_received[socket] += socket->readAll();
+    while (m_received.contains(socket)) { // not after an answer that closed it
+        QByteArray& received = m_received[socket];
+        const int end = received.indexOf("\r\n\r\n");
         const QByteArray head = received.left(end + 2);
         const int length = QRegularExpression(QStringLiteral("Content-Length: (\\d+)"))
                                .match(QString::fromLatin1(head))
                                .captured(1)
                                .toInt();
-        if (received.size() < end + 4 + length) {
+        if (end < 0 || received.size() < end + 4 + length) {
             return;
         }
         const QByteArray body = received.mid(end + 4, length);

@@ -3,6 +3,8 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QSslCertificate>
+#include <QSslKey>
 #include <QStringList>
 #include <QTcpServer>
 #include <QUrl>
@@ -46,6 +48,9 @@ public:
     ScriptedCamera();
     ~ScriptedCamera() override;
 
+    /** Makes it speak TLS with this certificate. */
+    void setCertificate(const QSslCertificate& certificate, const QSslKey& key);
+
     /** Returns the address of its device service. */
     QUrl url() const;
 
@@ -84,6 +89,17 @@ public:
     int connections = 0;
 
 private:
+    /** Takes connections, with TLS when it has a certificate. */
+    class Server : public QTcpServer
+    {
+    public:
+        QSslCertificate certificate;
+        QSslKey key;
+
+    protected:
+        void incomingConnection(qintptr descriptor) override;
+    };
+
     void take(QTcpSocket* socket);
     void answer(QTcpSocket* socket, const QByteArray& head, const QByteArray& body);
     void play(QTcpSocket* socket, Trick trick);
@@ -92,7 +108,7 @@ private:
     QByteArray bodyOf(const QString& name, bool media2) const;
     QByteArray profiles(bool media2) const;
 
-    QTcpServer m_server;
+    Server m_server;
     QHash<QTcpSocket*, QByteArray> m_received;
     QHash<QString, QByteArray> m_replies;
     QByteArray m_nonce = "nonce0";

@@ -1,9 +1,11 @@
 // What a camera can do, by its own answers: asked of a camera that follows a script.
 
 #include "onvif/OnvifDevice.h"
+#include "server/access/ServerCertificate.h"
 #include "tests/onvif/ScriptedCamera.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -57,6 +59,7 @@ private Q_SLOTS:
     void noMedia();
     void oneAddressForEachOfSomeProfiles();
     void presence();
+    void certificates();
     void nobodyThere();
     void deletedInside();
     void askedAgain();
@@ -375,6 +378,32 @@ void TestOnvifDevice::presence()
     QCOMPARE(spy.count(), 3);
 }
 
+void TestOnvifDevice::certificates()
+{
+    const QTemporaryDir folder;
+    QString error;
+    const auto own = ServerCertificate::loadOrCreate(folder.path(), &error);
+    QVERIFY2(own, qPrintable(error));
+    ScriptedCamera camera; // reports http addresses, as cameras do
+    camera.setCertificate(own->certificate, own->key);
+    const CameraAbilities strict = ask(locked(camera));
+    QCOMPARE(strict.error, OnvifError::Untrusted);
+    QCOMPARE(camera.requests.size(), 0);
+
+    OnvifDevice::Options options;
+    options.anyCertificate = true;
+    OnvifDevice device(camera.url(), login, options);
+    CameraAbilities known;
+    connect(&device, &OnvifDevice::abilitiesKnown, &device,
+            [&known](const CameraAbilities& a) { known = a; });
+    QSignalSpy spy(&device, &OnvifDevice::abilitiesKnown);
+    device.askAbilities();
+    QVERIFY(spy.wait(15000));
+    QVERIFY2(known.error == OnvifError::None, qPrintable(errorSentence(known)));
+    QCOMPARE(known.hears, Ability::Yes);
+    QCOMPARE(known.snapshot.scheme(), QString("https"));
+}
+
 void TestOnvifDevice::nobodyThere()
 {
     QUrl url;
@@ -419,8 +448,10 @@ void TestOnvifDevice::askedAgain()
     ScriptedCamera camera;
     OnvifDevice device(locked(camera).url(), login);
     QSignalSpy spy(&device, &OnvifDevice::abilitiesKnown);
+    camera.tricks.insert("GetServices", ScriptedCamera::Silence);
     device.askAbilities();
     QTRY_VERIFY(camera.names().contains("GetServices"));
+    camera.tricks.clear();
     device.askAbilities(); // in the place of the first
     QVERIFY(spy.wait());
     QCOMPARE(camera.names().count("GetSnapshotUri"), 1);

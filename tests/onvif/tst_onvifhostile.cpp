@@ -11,13 +11,13 @@ Q_DECLARE_METATYPE(ScriptedCamera::Trick)
 
 namespace {
 
-constexpr OnvifDevice::Timeouts shortTimes{400, 1500}; // ms
+constexpr OnvifDevice::Options shortTimes{400, 1500}; // ms
 
 /** Asks a camera with its signal at hand. */
 struct Question
 {
-    explicit Question(const ScriptedCamera& camera, OnvifDevice::Timeouts timeouts = shortTimes)
-        : device(camera.url(), {QStringLiteral("anna"), QStringLiteral("geheim")}, timeouts),
+    explicit Question(const ScriptedCamera& camera, const OnvifDevice::Options& options = shortTimes)
+        : device(camera.url(), {QStringLiteral("anna"), QStringLiteral("geheim")}, options),
           spy(&device, &OnvifDevice::abilitiesKnown)
     {
         QObject::connect(&device, &OnvifDevice::abilitiesKnown,
