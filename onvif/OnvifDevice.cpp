@@ -19,7 +19,7 @@ bool isLoginError(OnvifError error)
 bool hasAnswered(OnvifError error)
 {
     return error == OnvifError::None || isLoginError(error) || error == OnvifError::NotSupported ||
-           error == OnvifError::Refused;
+           error == OnvifError::Absent || error == OnvifError::Refused;
 }
 
 QString element(const char* name, const QString& text)
@@ -27,13 +27,13 @@ QString element(const char* name, const QString& text)
     return QStringLiteral("<%1>%2</%1>").arg(QLatin1String(name), text.toHtmlEscaped());
 }
 
-/** How many there are, by an answer; none where the request is unknown; empty for any other error. */
+/** How many there are, by an answer; empty when it does not tell. */
 std::optional<int> countOf(const XmlElement* body, OnvifError error)
 {
     if (body != nullptr) {
         return OnvifAnswers::count(*body);
     }
-    return error == OnvifError::NotSupported ? std::optional(0) : std::nullopt;
+    return error == OnvifError::Absent ? std::optional(0) : std::nullopt;
 }
 
 /** Adds a codec unless it is there. */
@@ -309,7 +309,7 @@ void OnvifDevice::judgeVoice()
     m_abilities.voiceCodecs.clear();
     const bool inProfile = std::any_of(streams.begin(), streams.end(),
                                        [](const CameraStream& stream) { return stream.hasVoice; });
-    m_abilities.speaks = inProfile ? Ability::Unknown : Ability::No;
+    m_abilities.speaks = inProfile || !m_sources ? Ability::Unknown : Ability::No;
     if (inProfile) {
         m_abilities.speaksReason = QStringLiteral("the camera gives no address for a stream with sound");
     } else if (m_sources == 0) {
@@ -318,7 +318,7 @@ void OnvifDevice::judgeVoice()
         m_abilities.speaksReason =
             QStringLiteral("the camera has a microphone, but sound is switched off in its media profiles");
     } else {
-        m_abilities.speaksReason = QStringLiteral("no media profile of the camera has sound");
+        m_abilities.speaksReason = QStringLiteral("no media profile of the camera names sound");
     }
 }
 

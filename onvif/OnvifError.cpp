@@ -21,6 +21,8 @@ QString onvifErrorText(OnvifError error)
         return QStringLiteral("the camera refuses the login");
     case OnvifError::NotSupported:
         return QStringLiteral("the camera does not know the request");
+    case OnvifError::Absent:
+        return QStringLiteral("the camera has no such part");
     case OnvifError::Elsewhere:
         return QStringLiteral("the camera names an address of another host");
     case OnvifError::Refused:

@@ -15,6 +15,7 @@ enum class OnvifError
     LoginNeeded,  ///< It wants a login, and none was given.
     LoginRefused, ///< It does not accept the login.
     NotSupported, ///< It does not know the request.
+    Absent,       ///< It says that it has no such part.
     Elsewhere,    ///< It named an address of another host.
     Refused,      ///< Any other fault.
 };

@@ -22,8 +22,13 @@ OnvifError errorOf(const SoapMessage::Fault& fault)
     static const QStringList unknown{QStringLiteral("ActionNotSupported"),
                                      QStringLiteral("OptionalActionNotImplemented"),
                                      QStringLiteral("NoSuchService")};
+    static const QStringList absent{QStringLiteral("AudioNotSupported"),
+                                    QStringLiteral("AudioOutputNotSupported")};
     if (hasCode(fault, login)) {
         return OnvifError::LoginRefused;
+    }
+    if (hasCode(fault, absent)) {
+        return OnvifError::Absent;
     }
     return hasCode(fault, unknown) ? OnvifError::NotSupported : OnvifError::Refused;
 }

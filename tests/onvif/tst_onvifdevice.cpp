@@ -267,8 +267,8 @@ void TestOnvifDevice::noLoudspeaker_data()
     QTest::addColumn<bool>("fault"); // or an empty list
     QTest::newRow("media2") << true << false;
     QTest::newRow("media") << false << false;
-    QTest::newRow("media2, unknown request") << true << true;
-    QTest::newRow("media, unknown request") << false << true;
+    QTest::newRow("media2, a fault") << true << true;
+    QTest::newRow("media, a fault") << false << true;
 }
 
 void TestOnvifDevice::noLoudspeaker()
@@ -279,7 +279,8 @@ void TestOnvifDevice::noLoudspeaker()
     camera.hasMedia2 = media2;
     camera.hasLoudspeaker = false;
     if (fault) {
-        camera.setFault(media2 ? "GetAudioOutputConfigurations" : "GetAudioOutputs", "ActionNotSupported");
+        camera.setFault(media2 ? "GetAudioOutputConfigurations" : "GetAudioOutputs",
+                        "AudioOutputNotSupported");
     }
     const CameraAbilities abilities = ask(locked(camera));
     QCOMPARE(abilities.error, OnvifError::None);
@@ -329,6 +330,14 @@ void TestOnvifDevice::unusedLoudspeaker()
     const CameraAbilities unknown = ask(locked(silent));
     QCOMPARE(unknown.hears, Ability::Unknown);
     QVERIFY2(unknown.hearsReason.contains("does not tell"), qPrintable(unknown.hearsReason));
+
+    silent.hasMicrophone = false;
+    silent.setFault("GetAudioOutputConfigurations", "ActionNotSupported");
+    silent.setFault("GetAudioSourceConfigurations", "ActionNotSupported");
+    const CameraAbilities unasked = ask(locked(silent));
+    QCOMPARE(unasked.hears, Ability::Unknown);
+    QCOMPARE(unasked.speaks, Ability::Unknown);
+    QVERIFY2(unasked.speaksReason.contains("no media profile"), qPrintable(unasked.speaksReason));
 }
 
 void TestOnvifDevice::noMedia()
