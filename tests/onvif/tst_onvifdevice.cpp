@@ -8,6 +8,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <ctime>
+#include <memory>
+#include <vector>
+
 namespace {
 
 const OnvifLogin login{"anna", "geheim"};
@@ -60,6 +64,7 @@ private Q_SLOTS:
     void oneAddressForEachOfSomeProfiles();
     void presence();
     void certificates();
+    void presenceOfMany();
     void nobodyThere();
     void deletedInside();
     void askedAgain();
@@ -385,6 +390,24 @@ void TestOnvifDevice::presence()
     QCOMPARE(spy.constLast().constFirst().toBool(), false);
     QCOMPARE(spy.constLast().at(1).value<OnvifError>(), OnvifError::NotOnvif);
     QCOMPARE(spy.count(), 3);
+}
+
+/** A hundred cameras are asked each 30 s, for less than a hundredth of a processor. */
+void TestOnvifDevice::presenceOfMany()
+{
+    ScriptedCamera camera; // its share is counted, too
+    std::vector<std::unique_ptr<OnvifDevice>> devices;
+    int online = 0;
+    const std::clock_t start = std::clock();
+    for (int i = 0; i < 100; ++i) {
+        devices.push_back(std::make_unique<OnvifDevice>(camera.url(), login));
+        connect(devices.back().get(), &OnvifDevice::presenceKnown, this,
+                [&online](bool there) { online += there; });
+        devices.back()->askPresence();
+    }
+    QTRY_COMPARE(online, 100);
+    const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    QVERIFY2(seconds < 0.3, qPrintable(QString::number(seconds)));
 }
 
 void TestOnvifDevice::certificates()
