@@ -50,7 +50,7 @@ public:
         while (!atEnd() && next() != '"') {
             m_at += next() == '\\' ? 2 : 1;
         }
-        const QByteArray text = m_header.mid(start, std::min(m_at, m_header.size()) - start);
+        QByteArray text = m_header.mid(start, std::min(m_at, m_header.size()) - start);
         ++m_at;
         return text;
     }
