@@ -12,9 +12,9 @@
 /** Whether a camera can do something, as far as its answers tell. */
 enum class Ability
 {
-    No,
+    No,      ///< It says so.
     Unknown, ///< The answers do not tell, or not with one voice.
-    Yes,
+    Yes,     ///< It says so.
 };
 
 /** A codec that a camera names. */
@@ -24,6 +24,7 @@ struct CameraCodec
     QString name;
     QList<int> rates{}; ///< Hz, ascending; empty when the camera names none.
 
+    /** Whether name and rates are the same. */
     bool operator==(const CameraCodec& other) const { return name == other.name && rates == other.rates; }
 };
 

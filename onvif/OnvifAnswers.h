@@ -24,8 +24,8 @@ inline constexpr int maxRates = 32;    ///< Of a codec.
 /** The addresses of a camera's services, as it reports them; empty for those it does not have. */
 struct Services
 {
-    QString media;
-    QString media2;
+    QString media;  ///< Of MediaService::Media.
+    QString media2; ///< Of MediaService::Media2.
 };
 
 /** Reads GetSystemDateAndTime: the time in UTC; empty when it tells none. */

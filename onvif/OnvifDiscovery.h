@@ -60,6 +60,7 @@ public:
         quint16 port = 3702;                                   ///< At which it listens.
     };
 
+    /** Makes one that does not search yet. */
     explicit OnvifDiscovery(QObject* parent = nullptr);
     ~OnvifDiscovery() override;
 

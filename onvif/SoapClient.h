@@ -15,16 +15,16 @@
 /** The login at a camera. An empty user means none. */
 struct OnvifLogin
 {
-    QString user;
-    QString password;
+    QString user;     ///< Empty: none.
+    QString password; ///< Never sent as it is.
 };
 
 /** How a question to a camera ended. */
 struct SoapAnswer
 {
-    OnvifError error = OnvifError::None;
-    QString detail;  ///< Further words for people; may be empty.
-    XmlElement body; ///< What is in the body; only without an error.
+    OnvifError error = OnvifError::None; ///< None for a result.
+    QString detail;                      ///< Further words for people; may be empty.
+    XmlElement body;                     ///< What is in the body; only without an error.
 };
 
 /**

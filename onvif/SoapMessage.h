@@ -22,7 +22,7 @@ struct SoapMessage
     XmlElement body;            ///< What is in the body; without a name when it is a fault.
     std::optional<Fault> fault; ///< Empty for a result.
 
-    /** Makes a message. @param header @param body XML with the namespaces of their own */
+    /** Makes a message of its header's and its body's content: XML with the namespaces of their own. */
     static QByteArray write(const QString& header, const QString& body);
 
     /** Reads a message; empty for what is none, or has more bytes than the limit. */
