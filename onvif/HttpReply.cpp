@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr qint64 maxOverhead = 4; // bytes on the wire for one of a body
+
 bool isDigits(const QByteArray& text)
 {
     return !text.isEmpty() &&
@@ -39,7 +41,13 @@ HttpReply::State HttpReply::take(const QByteArray& bytes)
 {
     if (m_state == Reading) {
         m_waiting += bytes;
+        m_taken += bytes.size();
         parse();
+        m_waiting.remove(0, m_at);
+        m_at = 0;
+        if (m_state == Reading && m_taken > maxHeadBytes + maxOverhead * m_maxBody) {
+            m_state = TooLarge;
+        }
     }
     return m_state;
 }
@@ -57,7 +65,7 @@ void HttpReply::parse()
     QByteArray line;
     while (m_state == Reading) {
         if (m_part == Content || m_part == ChunkData || m_part == ToTheEnd) {
-            if (m_waiting.isEmpty()) {
+            if (m_at == m_waiting.size()) {
                 return;
             }
             takeContent();
@@ -94,8 +102,8 @@ bool HttpReply::takeLine(QByteArray* line)
 {
     const bool isHead = m_part == StatusLine || m_part == Headers || m_part == Trailers;
     const int most = isHead ? maxHeadBytes - m_headBytes : maxLineBytes;
-    const int end = m_waiting.indexOf('\n');
-    const int size = end < 0 ? m_waiting.size() : end + 1;
+    const int end = m_waiting.indexOf('\n', m_at);
+    const int size = (end < 0 ? m_waiting.size() : end + 1) - m_at;
     if (size > most) {
         m_state = TooLarge;
         return false;
@@ -104,8 +112,8 @@ bool HttpReply::takeLine(QByteArray* line)
         return false;
     }
     m_headBytes += isHead ? size : 0;
-    *line = m_waiting.left(end);
-    m_waiting.remove(0, end + 1);
+    *line = m_waiting.mid(m_at, end - m_at);
+    m_at = end + 1;
     if (line->endsWith('\r')) {
         line->chop(1);
     }
@@ -115,13 +123,14 @@ bool HttpReply::takeLine(QByteArray* line)
 void HttpReply::takeContent()
 {
     const int room = m_maxBody - m_body.size();
-    const int count = m_part == ToTheEnd ? m_waiting.size() : std::min(m_left, m_waiting.size());
+    const int waiting = m_waiting.size() - m_at;
+    const int count = m_part == ToTheEnd ? waiting : std::min(m_left, waiting);
     if (count > room) {
         m_state = TooLarge;
         return;
     }
-    m_body += m_waiting.left(count);
-    m_waiting.remove(0, count);
+    m_body += m_waiting.mid(m_at, count);
+    m_at += count;
     if (m_part == ToTheEnd) {
         return;
     }

@@ -24,7 +24,8 @@ public:
         TooLarge, ///< It is beyond a limit.
     };
 
-    /** @param maxBodyBytes that are taken */
+    /** @param maxBodyBytes that are taken, of four times as many bytes on the wire at most: chunks have
+     * frames */
     explicit HttpReply(int maxBodyBytes) : m_maxBody(maxBodyBytes) {}
 
     /** Takes the next bytes of the connection. */
@@ -66,7 +67,9 @@ private:
     int m_maxBody;
     State m_state = Reading;
     Part m_part = StatusLine;
-    QByteArray m_waiting; ///< Bytes that are not read yet: less than a line.
+    QByteArray m_waiting; ///< Bytes that came; those before m_at are read.
+    int m_at = 0;
+    qint64 m_taken = 0; ///< Bytes that came in all.
     int m_headBytes = 0;
     int m_left = 0;
     int m_status = 0;

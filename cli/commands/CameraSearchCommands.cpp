@@ -39,6 +39,12 @@ QList<QNetworkInterface> chosenInterfaces(const CommandArguments& arguments)
     return {};
 }
 
+/** An address without any character that could command a terminal. */
+QString textOf(const QUrl& address)
+{
+    return address.toString(QUrl::FullyEncoded);
+}
+
 QString remarkOf(const FoundCamera& camera)
 {
     return camera.addresses.isEmpty() && camera.isElsewhere
@@ -60,7 +66,7 @@ Table tableOf(const std::vector<FoundCamera>& cameras)
     for (const FoundCamera& camera : cameras) {
         QStringList addresses;
         for (const QUrl& address : camera.addresses) {
-            addresses.append(address.toString());
+            addresses.append(textOf(address));
         }
         table.add({addresses, camera.name, camera.hardware, camera.location, camera.senders,
                    camera.interfaceName, camera.isCamera, camera.endpoint, remarkOf(camera)});
@@ -131,12 +137,12 @@ QVariantMap jsonOf(const CameraAbilities& abilities)
     for (const CameraStream& stream : abilities.streams) {
         streams.append(QVariantMap{{QStringLiteral("name"), stream.name},
                                    {QStringLiteral("profile"), stream.token},
-                                   {QStringLiteral("address"), stream.address.toString()},
+                                   {QStringLiteral("address"), textOf(stream.address)},
                                    {QStringLiteral("picture"), stream.hasPicture},
                                    {QStringLiteral("voice"), stream.hasVoice},
                                    {QStringLiteral("loudspeaker"), stream.hasLoudspeaker}});
     }
-    return {{QStringLiteral("address"), abilities.device.toString()},
+    return {{QStringLiteral("address"), textOf(abilities.device)},
             {QStringLiteral("manufacturer"), abilities.manufacturer},
             {QStringLiteral("model"), abilities.model},
             {QStringLiteral("firmware"), abilities.firmware},
@@ -148,7 +154,7 @@ QVariantMap jsonOf(const CameraAbilities& abilities)
             {QStringLiteral("hearsReason"), abilities.hearsReason},
             {QStringLiteral("talkCodecs"), codecList(abilities.talkCodecs)},
             {QStringLiteral("streams"), streams},
-            {QStringLiteral("snapshot"), abilities.snapshot.toString()},
+            {QStringLiteral("snapshot"), textOf(abilities.snapshot)},
             {QStringLiteral("remarks"), abilities.remarks}};
 }
 
@@ -202,12 +208,11 @@ void print(const CameraAbilities& abilities)
                           stream.hasVoice ? QStringLiteral("voice") : QString(),
                           stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()};
         parts.removeAll(QString());
-        printLine("stream",
-                  QStringLiteral("%1 (%2: %3)")
-                      .arg(stream.address.toString(), stream.name, parts.join(QStringLiteral(", "))));
+        printLine("stream", QStringLiteral("%1 (%2: %3)")
+                                .arg(textOf(stream.address), stream.name, parts.join(QStringLiteral(", "))));
     }
     if (!abilities.snapshot.isEmpty()) {
-        printLine("snapshot", abilities.snapshot.toString());
+        printLine("snapshot", textOf(abilities.snapshot));
     }
     if (qAbs(abilities.clockOffset) > clockTolerance) {
         printLine("clock",

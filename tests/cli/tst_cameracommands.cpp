@@ -95,6 +95,10 @@ void TestCameraCommands::asks()
     QVERIFY2(good.line("clock").endsWith("s behind"), qPrintable(good.out));
     QVERIFY(!good.out.contains(secret));
 
+    m_camera->setBody("GetStreamUri", "<tr2:R><tr2:Uri>rtsp://127.0.0.1/%C2%9B31m</tr2:Uri></tr2:R>");
+    const ProgramRun plain = run({"cameras", "ask", address(), "--user", "anna"});
+    QVERIFY2(plain.line("stream").startsWith("rtsp://127.0.0.1/%C2%9B31m"), qPrintable(plain.out));
+
     m_camera->hasLoudspeaker = false;
     m_camera->clockOffset = 0;
     const ProgramRun deaf = run({"cameras", "ask", address(), "--user", "anna"});

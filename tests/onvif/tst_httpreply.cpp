@@ -2,6 +2,7 @@
 
 #include "onvif/HttpReply.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 Q_DECLARE_METATYPE(HttpReply::State)
@@ -34,6 +35,8 @@ private Q_SLOTS:
     void headers();
     void headIsBounded();
     void linesAreBounded();
+    void chunksAreBounded();
+    void smallChunksAreCheap();
 };
 
 void TestHttpReply::replies_data()
@@ -147,6 +150,33 @@ void TestHttpReply::linesAreBounded()
     HttpReply reply(maxBody);
     reply.take("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
     QCOMPARE(reply.take("1;" + QByteArray(HttpReply::maxLineBytes, 'x')), HttpReply::TooLarge);
+}
+
+/** What is around the body counts, too. */
+void TestHttpReply::chunksAreBounded()
+{
+    HttpReply reply(maxBody);
+    reply.take("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+    int taken = 0;
+    while (reply.state() == HttpReply::Reading && taken < 1000000) {
+        taken += 1010;
+        reply.take("1;" + QByteArray(1003, 'x') + "\r\nx\r\n");
+    }
+    QCOMPARE(reply.state(), HttpReply::TooLarge);
+    QVERIFY2(taken < 30000, qPrintable(QString::number(taken)));
+}
+
+void TestHttpReply::smallChunksAreCheap()
+{
+    constexpr int count = 200000;
+    const QByteArray chunks = QByteArray("1\r\nx\r\n").repeated(count);
+    HttpReply reply(2 * count);
+    reply.take("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(reply.take(chunks), HttpReply::Reading);
+    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(reply.body().size(), count);
 }
 
 QTEST_GUILESS_MAIN(TestHttpReply)
