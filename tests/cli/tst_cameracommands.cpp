@@ -224,19 +224,19 @@ ProgramRun inNetwork(const QString& folder, const QString& command)
     const QString script = QString::fromLatin1(R"sh(
 set -e
 unshare -n sleep 60 & host=$!
-trap 'kill $host $wsdd 2>/dev/null' EXIT
 inside() { nsenter -t $host -n "$@"; }
 for i in $(seq 100); do [ "$(readlink /proc/$host/ns/net)" != "$(readlink /proc/self/ns/net)" ] && break; sleep 0.02; done
 ip link add name desk type veth peer name gate netns $host
 ip addr add 10.77.0.1/24 dev desk; ip link set desk up; ip link set lo up
 inside ip addr add 10.77.0.2/24 dev gate; inside ip link set gate up; inside ip link set lo up
-inside wsdd -4 -v -s -i gate -U 11111111-2222-3333-4444-555555555555 -n gate 2>wsdd.log & wsdd=$!
+inside wsdd -4 -v -s -i gate -U 11111111-2222-3333-4444-555555555555 -n gate 2>wsdd.log &
 for i in $(seq 250); do inside grep -q ':0E76 ' /proc/$host/net/udp && break; sleep 0.02; done
 set +e
 )sh") + command;
     QProcess process;
     process.setWorkingDirectory(folder);
-    process.start("unshare", {"-n", "sh", "-c", script});
+    // With the shell ends all that it started.
+    process.start("unshare", {"-n", "--pid", "--fork", "--kill-child", "--mount-proc", "sh", "-c", script});
     return ProgramRun::toTheEnd(process, 40000);
 }
 
@@ -249,8 +249,8 @@ QString missingForNetworks()
         }
     }
     QProcess probe;
-    probe.start("unshare",
-                {"-n", "ip", "link", "add", "name", "desk", "type", "veth", "peer", "name", "gate"});
+    probe.start("unshare", {"-n", "--pid", "--fork", "--kill-child", "--mount-proc", "ip", "link", "add",
+                            "name", "desk", "type", "veth", "peer", "name", "gate"});
     probe.waitForFinished();
     return probe.exitCode() == 0 ? QString() : QStringLiteral("Needs the right to make networks (root).");
 }
