@@ -6,6 +6,7 @@
 #include <QSslSocket>
 #include <QTcpSocket>
 #include <QTimer>
+#include <QXmlStreamReader>
 
 namespace {
 
@@ -153,11 +154,16 @@ void ScriptedCamera::take(QTcpSocket* socket)
 
 void ScriptedCamera::answer(QTcpSocket* socket, const QByteArray& head, const QByteArray& body)
 {
-    const auto element =
-        QRegularExpression(QStringLiteral("Body><(\\w+) xmlns=\"([^\"]+)\"")).match(QString::fromUtf8(body));
     Request request;
-    request.name = element.captured(1);
-    request.space = element.captured(2);
+    QXmlStreamReader xml(body);
+    bool inBody = false;
+    while (!xml.atEnd() && request.name.isEmpty()) {
+        if (xml.readNext() == QXmlStreamReader::StartElement && inBody) {
+            request.name = xml.name().toString();
+            request.space = xml.namespaceUri().toString();
+        }
+        inBody = inBody || (xml.isStartElement() && xml.name() == QLatin1String("Body"));
+    }
     request.path = QString::fromLatin1(head.split(' ').value(1));
     request.hasToken = body.contains("UsernameToken");
     request.hasDigest = head.contains("Authorization: Digest");
@@ -252,7 +258,7 @@ bool ScriptedCamera::hasRightToken(const QByteArray& body) const
     const QDateTime now = QDateTime::currentDateTimeUtc().addMSecs(clockOffset);
     const QByteArray digest =
         QCryptographicHash::hash(nonce + created + password.toUtf8(), QCryptographicHash::Sha1).toBase64();
-    return time.isValid() && qAbs(time.msecsTo(now)) < clockTolerance && nonce.size() == 16 &&
+    return time.isValid() && qAbs(time.msecsTo(now)) < clockTolerance && nonce.size() >= 16 &&
            QString::fromUtf8(textOf(body, "Username")) == user && textOf(body, "Password") == digest;
 }
 
