@@ -215,7 +215,7 @@ void TestOnvifDiscovery::finds()
     });
     OnvifDiscovery discovery;
     QSignalSpy finished(&discovery, &OnvifDiscovery::finished);
-    QVERIFY(discovery.start({loopback()}, responder.options(700)));
+    QVERIFY(discovery.start({loopback()}, responder.options(1500)));
     QVERIFY(finished.wait());
     QCOMPARE(responder.probes.size(), 3); // one may get lost
     QCOMPARE(responder.probes[0], responder.probes[2]);
@@ -230,7 +230,7 @@ void TestOnvifDiscovery::finds()
     QVERIFY(!discovery.found()[2].isCamera && !discovery.found()[2].isElsewhere);
     QCOMPARE(discovery.dropped(), 0);
     // A second search asks anew.
-    QVERIFY(discovery.start({loopback()}, responder.options(100)));
+    QVERIFY(discovery.start({loopback()}, responder.options(300)));
     QVERIFY(discovery.found().empty());
     QVERIFY(finished.wait());
     QCOMPARE(discovery.found().size(), std::size_t(3));
@@ -294,7 +294,7 @@ void TestOnvifDiscovery::severalTypes()
     });
     OnvifDiscovery discovery;
     QSignalSpy finished(&discovery, &OnvifDiscovery::finished);
-    OnvifDiscovery::Options options = responder.options(100);
+    OnvifDiscovery::Options options = responder.options(300);
     options.types = OnvifDiscovery::Options().types;
     QVERIFY(discovery.start({loopback()}, options));
     QVERIFY(finished.wait());

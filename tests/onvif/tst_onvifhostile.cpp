@@ -70,10 +70,10 @@ void TestOnvifHostile::tricks()
         ScriptedCamera camera;
         camera.hasMedia = false;
         camera.tricks.insert(request, trick);
-        Question question(camera);
+        Question question(camera, {400, 20000});
         QTRY_COMPARE(question.spy.count(), 1);
         QCOMPARE(question.known.error, error);
-        QVERIFY(question.clock.elapsed() < 1400); // one question's limit, and what a loaded machine takes
+        QVERIFY(question.clock.elapsed() < 2500); // one question's limit, and what a loaded machine takes
         QCOMPARE(question.known.hears, Ability::Unknown);
     }
 }
@@ -163,7 +163,7 @@ void TestOnvifHostile::allQuestionsHaveOneLimit()
     Question question(camera, {400, 1000});
     QTRY_COMPARE(question.spy.count(), 1);
     QVERIFY(question.clock.elapsed() >= 900);
-    QVERIFY(question.clock.elapsed() < 1900);
+    QVERIFY(question.clock.elapsed() < 3000);
     QCOMPARE(question.known.error, OnvifError::TimedOut);
     // What is known stays known.
     QCOMPARE(question.known.model, QString("Test & camera"));
