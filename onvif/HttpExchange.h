@@ -14,8 +14,8 @@ class QSslSocket;
 
 /**
  * One POST over a connection of its own, and its reply. Not by QNetworkAccessManager: that holds headers of
- * any size, logs in by any way that a server asks for, and keeps a thread that scans the networks each ten
- * seconds, which on Windows delays the packets of talks over a radio network.
+ * any size, logs in by any way that a server asks for, with Basic in the clear, and keeps a thread that looks
+ * at the network interfaces each ten seconds.
  *
  * Uses no proxy, follows no redirect. Has no time limit: whoever uses it has one. Used on the thread that
  * made it.
