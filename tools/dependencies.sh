@@ -22,8 +22,10 @@ sound_packages=(
     pulseaudio
 )
 
+# wsdd answers probes of cameras, in a network that iproute2 makes for it; libonvif asks the camera of the tests.
 test_packages=(
     qml-module-qttest qtdeclarative5-dev-tools xvfb xdotool clang-format lld python3
+    wsdd iproute2 libonvif-dev libxml2-dev
     "${sound_packages[@]}" pulseaudio-utils
 )
 
