@@ -2,6 +2,7 @@
 
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "server/devices/onvif/OnvifDevices.h"
 #include "server/devices/simulated/SimulatedDevices.h"
 
 #include <QDir>
@@ -114,9 +115,13 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
 ServerConfig ClientOptions::serverConfig() const
 {
     ServerConfig config = embedded;
-    const DeviceKinds own = simulatedDevices(simulated);
-    config.devices.cameras.insert(config.devices.cameras.end(), own.cameras.begin(), own.cameras.end());
-    config.devices.speakers.insert(config.devices.speakers.end(), own.speakers.begin(), own.speakers.end());
+    for (const DeviceKinds& own : {simulatedDevices(simulated), onvifDevices(onvif)}) {
+        config.devices.cameras.insert(config.devices.cameras.end(), own.cameras.begin(), own.cameras.end());
+        config.devices.speakers.insert(config.devices.speakers.end(), own.speakers.begin(),
+                                       own.speakers.end());
+        config.devices.absentCameras.insert(config.devices.absentCameras.end(), own.absentCameras.begin(),
+                                            own.absentCameras.end());
+    }
     return config;
 }
 

@@ -14,6 +14,11 @@ inline const QString noSuchTalk = QStringLiteral("203");       ///< No open talk
 inline const QString badTalkPacket = QStringLiteral("204");    ///< The talk packet cannot be decoded.
 inline const QString noVoice = QStringLiteral("205"); ///< The camera's voice cannot be read or encoded.
 inline const QString speakerOffline = QStringLiteral("206"); ///< The device is offline.
+inline const QString loginRefused = QStringLiteral("207");   ///< The camera refuses the login.
+inline const QString noLoudspeaker = QStringLiteral("208");  ///< The camera offers no loudspeaker.
+inline const QString cameraBusy = QStringLiteral("209");     ///< The camera is busy with others.
+inline const QString cameraTimedOut = QStringLiteral("210"); ///< The camera did not answer in time.
+inline const QString talkRefused = QStringLiteral("211"); ///< The camera refuses the talk; the text says why.
 inline const QString storageFailed =
     QStringLiteral("301"); ///< A recording or the database cannot be written or read.
 inline const QString noSuchDevice = QStringLiteral("401");    ///< No device has the id.
@@ -34,11 +39,11 @@ inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An up
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,      &unknownCommand, &malformedRequest, &noSuchCamera,   &cameraOffline,
-    &noSuchTalk,   &badTalkPacket,  &noVoice,          &speakerOffline, &storageFailed,
-    &noSuchDevice, &noSuchFile,     &noSuchGroup,      &noSuchSchedule, &badName,
-    &nameTaken,    &badAddress,     &badPort,          &badCredentials, &badList,
-    &badSchedule,  &badCameraKind,  &nothingToPlayOn,  &brokenFile,     &fileRefused,
+    &success,        &unknownCommand, &malformedRequest, &noSuchCamera,    &cameraOffline, &noSuchTalk,
+    &badTalkPacket,  &noVoice,        &speakerOffline,   &loginRefused,    &noLoudspeaker, &cameraBusy,
+    &cameraTimedOut, &talkRefused,    &storageFailed,    &noSuchDevice,    &noSuchFile,    &noSuchGroup,
+    &noSuchSchedule, &badName,        &nameTaken,        &badAddress,      &badPort,       &badCredentials,
+    &badList,        &badSchedule,    &badCameraKind,    &nothingToPlayOn, &brokenFile,    &fileRefused,
 };
 
 } // namespace ReturnCode

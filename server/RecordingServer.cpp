@@ -24,15 +24,6 @@ std::vector<std::unique_ptr<CameraBackend>> makeCameraBackends(const std::vector
     return backends;
 }
 
-QStringList namesOf(const std::vector<CameraKind>& kinds)
-{
-    QStringList names;
-    for (const CameraKind& kind : kinds) {
-        names.append(kind.name);
-    }
-    return names;
-}
-
 template<class Backend>
 std::vector<Backend*> pointers(const std::vector<std::unique_ptr<Backend>>& backends)
 {
@@ -70,7 +61,7 @@ RecordingServer::RecordingServer(ServerConfig config)
       m_database(m_data.isLasting() ? m_data.path("records.sqlite") : QString()),
       m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString(),
                 !DeviceStore::hasPasswords(m_database)),
-      m_cameras(m_database, namesOf(m_config.devices.cameras)), m_devices(m_database, m_secrets),
+      m_cameras(m_database, m_config.devices), m_devices(m_database, m_secrets),
       m_files(m_database, m_data.path("files")), m_groups(m_database, m_devices),
       m_schedules(m_database, m_devices, m_groups, m_files),
       m_cameraBackends(makeCameraBackends(m_config.devices.cameras)),

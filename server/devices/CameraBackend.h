@@ -1,5 +1,6 @@
 #pragma once
 
+#include "server/devices/CameraSettings.h"
 #include "server/devices/DeviceTalk.h"
 
 #include <QList>
@@ -23,10 +24,14 @@ struct CameraRecord
     QString name;
     QString kind;
     QString address;
+    QString username{};
+    QString password{};
+    CameraSettings settings{};
 
     bool operator==(const CameraRecord& other) const
     {
-        return id == other.id && name == other.name && kind == other.kind && address == other.address;
+        return id == other.id && name == other.name && kind == other.kind && address == other.address &&
+               username == other.username && password == other.password && settings == other.settings;
     }
 };
 

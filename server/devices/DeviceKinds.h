@@ -14,6 +14,13 @@ struct CameraKind
     std::function<std::unique_ptr<CameraBackend>()> makeBackend;
 };
 
+/** A kind of cameras that this program could have, but was built without. */
+struct AbsentCameraKind
+{
+    QString name;
+    QString reason; ///< For people.
+};
+
 /** One kind of speakers, and what makes its back end for one server. */
 struct SpeakerKind
 {
@@ -27,4 +34,5 @@ struct DeviceKinds
 {
     std::vector<CameraKind> cameras;
     std::vector<SpeakerKind> speakers;
+    std::vector<AbsentCameraKind> absentCameras{};
 };

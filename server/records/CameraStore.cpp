@@ -3,6 +3,8 @@
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
 
+#include <algorithm>
+
 namespace {
 
 QString textOf(const QVariantMap& record, const QString& key)
@@ -39,6 +41,19 @@ ServerReply CameraStore::failed() const
     return refusal(ReturnCode::storageFailed, m_database.errorString());
 }
 
+std::optional<ServerReply> CameraStore::checkKind(const QString& kind) const
+{
+    const auto has = [&kind](const auto& each) { return each.name == kind; };
+    if (std::any_of(m_kinds.cameras.begin(), m_kinds.cameras.end(), has)) {
+        return std::nullopt;
+    }
+    const auto absent = std::find_if(m_kinds.absentCameras.begin(), m_kinds.absentCameras.end(), has);
+    return refusal(ReturnCode::badCameraKind,
+                   absent != m_kinds.absentCameras.end()
+                       ? absent->reason
+                       : QStringLiteral("this server has no cameras of the kind \"%1\"").arg(kind));
+}
+
 std::optional<ServerReply> CameraStore::check(const QVariantMap& record, int id)
 {
     for (const RecordChecks::Refusal& bad : {RecordChecks::name(textOf(record, Words::camName)),
@@ -47,10 +62,8 @@ std::optional<ServerReply> CameraStore::check(const QVariantMap& record, int id)
             return bad;
         }
     }
-    const QString kind = textOf(record, Words::camKind);
-    if (!m_kinds.contains(kind)) {
-        return refusal(ReturnCode::badCameraKind,
-                       QStringLiteral("this server has no cameras of the kind \"%1\"").arg(kind));
+    if (const auto bad = checkKind(textOf(record, Words::camKind))) {
+        return bad;
     }
     QSqlQuery same = m_database.query();
     if (!m_database.run(same, QStringLiteral("SELECT 1 FROM cameras WHERE name = ? AND id <> ?"),

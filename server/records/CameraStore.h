@@ -1,10 +1,8 @@
 #pragma once
 
 #include "protocol/ServerReply.h"
-#include "server/devices/CameraBackend.h"
+#include "server/devices/DeviceKinds.h"
 #include "server/records/RecordDatabase.h"
-
-#include <QStringList>
 
 #include <optional>
 
@@ -12,8 +10,8 @@
 class CameraStore
 {
 public:
-    /** @param kinds of cameras that the server knows */
-    CameraStore(RecordDatabase& database, QStringList kinds) : m_database(database), m_kinds(std::move(kinds))
+    /** @param kinds of devices that the server knows */
+    CameraStore(RecordDatabase& database, DeviceKinds kinds) : m_database(database), m_kinds(std::move(kinds))
     {
     }
 
@@ -31,8 +29,9 @@ public:
 
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);
+    std::optional<ServerReply> checkKind(const QString& kind) const;
     ServerReply failed() const;
 
     RecordDatabase& m_database;
-    QStringList m_kinds;
+    DeviceKinds m_kinds;
 };

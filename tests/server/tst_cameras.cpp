@@ -19,6 +19,7 @@ private Q_SLOTS:
     void areTalkedTo();
     void surviveARestart();
     void ofAnUnknownKindAreKept();
+    void ofAKindThatIsNotBuiltIn();
     void openTalkOutlivesItsRecord();
     void backEndsReportChanges();
     void olderDatabaseGetsThem();
@@ -177,6 +178,18 @@ void TestCameras::ofAnUnknownKindAreKept()
     }
     ServerHarness harness(config);
     QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Gate"), "1")}));
+}
+
+void TestCameras::ofAKindThatIsNotBuiltIn()
+{
+    ServerConfig config;
+    config.devices.absentCameras = {{"onvif", "built without it"}};
+    ServerHarness harness(config);
+    const ServerReply reply = harness.ask("AddCamera", camera("Gate", "onvif"));
+    QCOMPARE(reply.returnCode, ReturnCode::badCameraKind);
+    QCOMPARE(reply.errorText, QString("built without it"));
+    QCOMPARE(harness.ask("AddCamera", camera("Gate", "pigeon")).errorText,
+             QString("this server has no cameras of the kind \"pigeon\""));
 }
 
 void TestCameras::openTalkOutlivesItsRecord()

@@ -1,0 +1,35 @@
+#include "server/devices/onvif/OnvifCameras.h"
+
+#include "protocol/ServerReply.h"
+#include "server/devices/RefusedTalk.h"
+#include "server/devices/onvif/OnvifTalk.h"
+
+#include <algorithm>
+
+void OnvifCameras::setRecords(const QList<CameraRecord>& records)
+{
+    if (m_records != records) {
+        m_records = records;
+        Q_EMIT camerasChanged();
+    }
+}
+
+QList<Camera> OnvifCameras::cameras() const
+{
+    QList<Camera> cameras;
+    for (const CameraRecord& record : m_records) {
+        cameras.append({record.id, record.name, true, record.kind, record.address});
+    }
+    return cameras;
+}
+
+std::unique_ptr<DeviceTalk> OnvifCameras::openTalk(const QString& camera)
+{
+    const auto record = std::find_if(m_records.begin(), m_records.end(),
+                                     [&](const CameraRecord& each) { return each.id == camera; });
+    if (record == m_records.end()) {
+        return std::make_unique<RefusedTalk>(ReturnCode::cameraOffline,
+                                             QStringLiteral("camera \"%1\" is not there").arg(camera));
+    }
+    return std::make_unique<OnvifTalk>(*record, m_config, m_threads);
+}
