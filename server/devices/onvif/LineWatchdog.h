@@ -13,7 +13,7 @@ class LineWatchdog
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    static constexpr std::chrono::milliseconds doubt{700}; ///< Of silence; then it is asked.
+    static constexpr std::chrono::milliseconds doubt{400}; ///< Of silence; then it is asked.
 
     enum class Verdict
     {

@@ -7,6 +7,7 @@
 #include <gst/rtp/gstrtpbuffer.h>
 
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QUrl>
 
 #include <algorithm>
@@ -20,6 +21,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
 constexpr milliseconds step{50};      // between two looks at the watchdog
+constexpr milliseconds afterDeadline{1000}; // when rtspsrc gives up, too
 constexpr int maxWaitingPackets = 50; // of the camera's voice; older ones are dropped
 constexpr int dscpShift = 2;
 
@@ -50,16 +52,17 @@ guint64 count(milliseconds time)
     return static_cast<guint64>(duration_cast<Duration>(time).count());
 }
 
-/** The RTSP status that an error message carries; 0 without one. */
-int statusOf(GstMessage* message)
+/** The RTSP status that an error message carries: in a field or, of SETUP, in its text; 0 without one. */
+int statusOf(GstMessage* message, const char* text)
 {
     const GstStructure* details = nullptr;
     gst_message_parse_error_details(message, &details);
     guint status = 0;
-    if (details != nullptr) {
-        gst_structure_get_uint(details, "rtsp-status-code", &status);
+    if (details != nullptr && gst_structure_get_uint(details, "rtsp-status-code", &status) != FALSE) {
+        return static_cast<int>(status);
     }
-    return static_cast<int>(status);
+    static const QRegularExpression pattern(QStringLiteral("Error \\(([1-5][0-9][0-9])\\)"));
+    return pattern.match(QString::fromUtf8(text)).captured(1).toInt();
 }
 
 bool canEncode(const RtpFormat& format, const QString& codec)
@@ -174,7 +177,7 @@ bool OnvifLine::build(bool backchannel)
                  m_camera.username.toUtf8().constData(), "user-pw", m_camera.password.toUtf8().constData(),
                  "latency", static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency", TRUE,
                  "udp-reconnect", FALSE, "tcp-timeout",
-                 count<microseconds>(milliseconds(settings.openTimeout)), "timeout", guint64{0},
+                 count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout", guint64{0},
                  "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
     gst_util_set_object_arg(G_OBJECT(source), "backchannel", backchannel ? "onvif" : "none");
     gst_util_set_object_arg(G_OBJECT(source), "protocols",
@@ -284,22 +287,26 @@ void OnvifLine::handle(GstMessage* message)
 void OnvifLine::handleError(GstMessage* message)
 {
     GError* error = nullptr;
-    gst_message_parse_error(message, &error, nullptr);
+    char* text = nullptr;
+    gst_message_parse_error(message, &error, &text);
     const GstPtr<GError> owned(error);
+    const GstPtr<char> ownedText(text);
     if (m_state == State::Open) {
         lose(QStringLiteral("the line to the camera is cut"));
         return;
     }
-    const int status = statusOf(message);
+    const int status = statusOf(message, text);
     const auto is = [error](GstResourceError code) {
         return g_error_matches(error, GST_RESOURCE_ERROR, code) != FALSE;
     };
     bool described = false;
     bool hasLoudspeaker = false;
+    bool hasFormat = false;
     {
         const std::lock_guard<std::mutex> lock(m_streams);
         described = m_described;
         hasLoudspeaker = m_hasLoudspeaker;
+        hasFormat = m_talkFormat.has_value();
     }
     if (status == unauthorized || status == forbidden || is(GST_RESOURCE_ERROR_NOT_AUTHORIZED)) {
         refuse(ReturnCode::loginRefused, QStringLiteral("the camera refuses the user name or the password"));
@@ -307,10 +314,12 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(ReturnCode::cameraBusy, QStringLiteral("the camera is busy with others"));
     } else if (status == notFound || is(GST_RESOURCE_ERROR_NOT_FOUND)) {
         refuse(ReturnCode::talkRefused, QStringLiteral("the camera has no stream at this address"));
-    } else if (status == unsupportedTransport) {
-        refuse(ReturnCode::talkRefused, QStringLiteral("the camera does not offer this transport"));
     } else if (described && !hasLoudspeaker) {
         refuse(ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker"));
+    } else if (described && !hasFormat) {
+        refuseCodec();
+    } else if (status == unsupportedTransport || (described && error->domain == GST_STREAM_ERROR)) {
+        refuse(ReturnCode::talkRefused, QStringLiteral("the camera does not offer this transport"));
     } else if (is(GST_RESOURCE_ERROR_OPEN_READ_WRITE) || is(GST_RESOURCE_ERROR_OPEN_READ)) {
         refuse(ReturnCode::cameraOffline, QStringLiteral("the camera cannot be reached"));
     } else if (!described && describesItself()) {
@@ -342,16 +351,28 @@ bool OnvifLine::describesItself()
     return false;
 }
 
+void OnvifLine::refuseCodec()
+{
+    QString offered;
+    {
+        const std::lock_guard<std::mutex> lock(m_streams);
+        offered = namesOf(m_sounds);
+    }
+    const QString& codec = m_camera.settings.talkCodec;
+    refuse(ReturnCode::talkRefused,
+           codec.isEmpty()
+               ? QStringLiteral("the camera's loudspeaker takes %1, which this server cannot make").arg(offered)
+               : QStringLiteral("the camera's loudspeaker takes %1, not %2").arg(offered, codec));
+}
+
 /** The session plays. */
 void OnvifLine::open()
 {
     std::optional<RtpFormat> format;
-    QString offered;
     bool hasLoudspeaker = false;
     {
         const std::lock_guard<std::mutex> lock(m_streams);
         format = m_talkFormat;
-        offered = namesOf(m_sounds);
         hasLoudspeaker = m_hasLoudspeaker;
     }
     if (!hasLoudspeaker) {
@@ -360,8 +381,7 @@ void OnvifLine::open()
     }
     auto encoder = format ? RtpEncoder::create(*format, m_camera.settings.packetTime) : nullptr;
     if (!encoder) {
-        refuse(ReturnCode::talkRefused,
-               QStringLiteral("the camera's loudspeaker takes no codec that suits: %1").arg(offered));
+        refuseCodec();
         return;
     }
     adjustSockets();

@@ -76,6 +76,7 @@ private:
     void report(Call call);
     void refuse(const QString& returnCode, const QString& reason);
     void lose(const QString& reason);
+    void refuseCodec();
 
     bool build(bool backchannel);
     void takeDown();

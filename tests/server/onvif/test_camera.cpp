@@ -320,8 +320,8 @@ std::string voiceLaunch()
 {
     const CameraCodec& codec = voiceCodec();
     const bool frames = codec.rate != 8000 || options.text("codec", "pcmu").rfind("aac", 0) == 0;
-    // What was made before PLAY is not sent late; libavcodec's G.726 takes half a second at once.
-    const bool slow = codec.encode.find("g726") != std::string::npos;
+    // What was made before PLAY is not sent late; libavcodec's encoders take up to half a second at once.
+    const bool slow = codec.encode.find("avenc") != std::string::npos;
     return "( appsrc name=voice is-live=true do-timestamp=true format=time leaky-type=downstream "
            "max-buffers=" +
            std::string(slow ? "30" : "3") +

@@ -1,5 +1,6 @@
 // Talks with a camera of another make, gst-rtsp-server, over loopback.
 
+#include "audio/AudioFileReader.h"
 #include "protocol/ServerReply.h"
 #include "src/vocabulary/StreamType.h"
 #include "tests/server/onvif/TalkProbe.h"
@@ -12,6 +13,17 @@ class TestOnvifTalk : public QObject
 private Q_SLOTS:
     void talks_data();
     void talks();
+    void hears_data();
+    void hears();
+    void picksTheCodecThatIsSet();
+    void pauses();
+    void evenPace();
+    void waitsForACameraThatNeedsTime();
+    void halfDuplex();
+    void takesNothingButTalkPackets();
+
+private:
+    QTemporaryDir m_folder;
 };
 
 void TestOnvifTalk::talks_data()
@@ -70,6 +82,174 @@ void TestOnvifTalk::talks()
             QCOMPARE(packets[i].timestamp - packets[i - 1].timestamp, static_cast<quint32>(packetTime * 8));
         }
     }
+}
+
+void TestOnvifTalk::hears_data()
+{
+    QTest::addColumn<QString>("codec");
+    QTest::addColumn<bool>("udp");
+    QTest::addColumn<uint>("streamType");
+    QTest::addColumn<int>("rate");
+    QTest::addColumn<double>("likeness");
+    QTest::newRow("mu-law over TCP") << "pcmu" << false << StreamType::G711MuLaw << 8000 << 0.999;
+    QTest::newRow("mu-law over UDP") << "pcmu" << true << StreamType::G711MuLaw << 8000 << 0.999;
+    QTest::newRow("A-law") << "pcma" << false << StreamType::G711ALaw << 8000 << 0.999;
+    QTest::newRow("AAC") << "aac-16" << false << StreamType::Aac << 16000 << 0.9;
+    QTest::newRow("L16, as mu-law") << "l16" << false << StreamType::G711MuLaw << 8000 << 0.99;
+    QTest::newRow("G.726, as mu-law") << "g726-32" << false << StreamType::G711MuLaw << 8000 << 0.9;
+}
+
+/** Packets as clients get them; an echoing camera that says again what it heard. */
+void TestOnvifTalk::hears()
+{
+    QFETCH(QString, codec);
+    QFETCH(bool, udp);
+    QFETCH(uint, streamType);
+    QFETCH(int, rate);
+    QFETCH(double, likeness);
+    // The camera hears at the rate at which it speaks.
+    const QString back = codec == "l16" || codec == "aac-16" ? "l16" : "pcmu";
+    TestCamera camera({"--codec", codec, "--back-codec", back, "--jitter", "20"});
+    CameraSettings settings;
+    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(probe.say(25));
+    QVERIFY(probe.close());
+    QVERIFY(probe.heard.size() > 20);
+    QFile adts(m_folder.filePath("heard.aac"));
+    QVERIFY(adts.open(QIODevice::WriteOnly));
+    WavFiles::Samples heard;
+    std::uint32_t expected = probe.heard.front().position;
+    QCOMPARE(expected, 0U);
+    int gaps = 0;
+    for (const VoicePacket& packet : probe.heard) {
+        QCOMPARE(packet.streamType, streamType);
+        QCOMPARE(packet.sampleRate, rate);
+        const QVariantMap fields = packet.toFields();
+        QCOMPARE((fields["Offset"].toUInt() + fields["BitstreamSize"].toUInt()) % 3, 0U);
+        gaps += packet.position != expected ? 1 : 0;
+        expected = packet.position;
+        if (streamType == StreamType::Aac) {
+            adts.write(packet.bitstream);
+            expected += 1024;
+            continue;
+        }
+        const auto samples = streamType == StreamType::G711ALaw ? G711::decodeALaw(packet.bitstream)
+                                                                : G711::decodeMuLaw(packet.bitstream);
+        heard.insert(heard.end(), samples.begin(), samples.end());
+        expected += static_cast<std::uint32_t>(samples.size());
+    }
+    adts.close();
+    if (streamType == StreamType::Aac) {
+        AudioFileReader reader;
+        QVERIFY(reader.open(adts.fileName()));
+        WavFiles::Samples whole;
+        reader.read(10 * 16000, whole);
+        for (std::size_t i = 0; i < whole.size(); i += 2) {
+            heard.push_back(whole[i]);
+        }
+    }
+    const auto alignment = SignalMeasure::align(TalkProbe::sound(8 * 640), heard, 12000);
+    qInfo("%zu packets, %d gaps, likeness %.4f, lag %d", probe.heard.size(), gaps, alignment.correlation,
+          alignment.lag);
+    QVERIFY(alignment.correlation > likeness);
+    QVERIFY(codec.startsWith("g726") || codec == "l16" || gaps <= 2);
+}
+
+void TestOnvifTalk::picksTheCodecThatIsSet()
+{
+    TestCamera camera({"--codec", "pcma"});
+    CameraSettings settings;
+    settings.talkCodec = "pcmu";
+    TalkProbe refused(camera.address(), settings);
+    QVERIFY(refused.refuse());
+    QCOMPARE(refused.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(refused.reason.contains("PCMA/8000, not pcmu"), qPrintable(refused.reason));
+    settings.talkCodec = "PCMA";
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.open());
+}
+
+/** Who pauses leaves a gap in the RTP time, and a mark behind it. */
+void TestOnvifTalk::pauses()
+{
+    TestCamera camera({"--jitter", "20"});
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.open());
+    QVERIFY(probe.say(3));
+    probe.position += 8000;
+    probe.due += 1000;
+    QVERIFY(TalkProbe::waitFor([&] { return probe.clock.elapsed() >= probe.due; }));
+    QVERIFY(probe.say(2));
+    QVERIFY(probe.close());
+    const auto packets = camera.packets();
+    QCOMPARE(packets.size(), std::size_t{20});
+    for (std::size_t i = 1; i < packets.size(); ++i) {
+        QCOMPARE(packets[i].timestamp - packets[i - 1].timestamp, i == 12 ? 8160U : 160U);
+        QCOMPARE(packets[i].marker, i == 12);
+    }
+}
+
+void TestOnvifTalk::evenPace()
+{
+    TestCamera camera({"--jitter", "0"});
+    CameraSettings settings;
+    settings.evenPace = true;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.open());
+    QVERIFY(probe.say(15));
+    QVERIFY(TalkProbe::waitFor([&] { return camera.packets().size() >= 58; }));
+    const auto packets = camera.packets();
+    int bursts = 0;
+    for (std::size_t i = 1; i < packets.size(); ++i) {
+        bursts += packets[i].time - packets[i - 1].time < 10000 ? 1 : 0;
+    }
+    qInfo("%d of %zu packets follow at once", bursts, packets.size());
+    QVERIFY(bursts <= 6); // without it three of four
+}
+
+void TestOnvifTalk::waitsForACameraThatNeedsTime()
+{
+    TestCamera camera;
+    CameraSettings settings;
+    settings.readinessDelay = 600;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.open());
+    QVERIFY(probe.openedAfter >= 600);
+}
+
+void TestOnvifTalk::halfDuplex()
+{
+    TestCamera camera({"--voice", "tone"});
+    CameraSettings settings;
+    settings.halfDuplex = true;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.open());
+    QVERIFY(TalkProbe::waitFor([&] { return probe.heard.size() > 5; })); // nobody talks
+    QVERIFY(probe.say(1));
+    const std::size_t before = probe.heard.size();
+    QVERIFY(probe.say(4)); // loud
+    QVERIFY(probe.heard.size() - before <= 4);
+    const std::size_t silent = probe.heard.size();
+    QVERIFY(TalkProbe::waitFor([&] { return probe.heard.size() > silent + 5; })); // silent again
+    for (int i = 0; i < 10; ++i) {
+        QVERIFY(probe.talk->hear(TalkProbe::packet(probe.position, QByteArray(640, '\xFF'))));
+        probe.position += 640;
+    }
+    const std::size_t after = probe.heard.size();
+    QVERIFY(TalkProbe::waitFor([&] { return probe.heard.size() > after + 5; }, 250)); // an open microphone in silence
+}
+
+void TestOnvifTalk::takesNothingButTalkPackets()
+{
+    TestCamera camera;
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.open());
+    QVERIFY(!probe.talk->hear(QByteArray()));
+    QVERIFY(!probe.talk->hear(QByteArray(672, 'x')));
+    QVERIFY(!probe.talk->hear(TalkProbe::packet(0, QByteArray(1 << 17, 'x'))));
+    QVERIFY(probe.talk->hear(TalkProbe::packet(0, QByteArray())));
 }
 
 QTEST_GUILESS_MAIN(TestOnvifTalk)
