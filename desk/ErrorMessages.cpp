@@ -14,7 +14,7 @@ struct Message
     const char* text;
 };
 
-const std::array<Message, 21> messages{{
+const std::array<Message, 25> messages{{
     {&ReturnCode::unknownCommand,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server does not know how to do this")},
     {&ReturnCode::malformedRequest,
@@ -23,6 +23,11 @@ const std::array<Message, 21> messages{{
     {&ReturnCode::cameraOffline, QT_TRANSLATE_NOOP("ErrorMessages", "the camera is offline")},
     {&ReturnCode::noVoice, QT_TRANSLATE_NOOP("ErrorMessages", "the camera's sound does not work")},
     {&ReturnCode::speakerOffline, QT_TRANSLATE_NOOP("ErrorMessages", "the speaker is offline")},
+    {&ReturnCode::loginRefused,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the camera refuses the user name or the password")},
+    {&ReturnCode::noLoudspeaker, QT_TRANSLATE_NOOP("ErrorMessages", "the camera has no loudspeaker")},
+    {&ReturnCode::cameraBusy, QT_TRANSLATE_NOOP("ErrorMessages", "the camera is busy with others")},
+    {&ReturnCode::cameraTimedOut, QT_TRANSLATE_NOOP("ErrorMessages", "the camera did not answer in time")},
     {&ReturnCode::storageFailed,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server cannot store it; is its disk full?")},
     {&ReturnCode::noSuchDevice, QT_TRANSLATE_NOOP("ErrorMessages", "the speaker is not there any more")},

@@ -125,17 +125,18 @@ std::vector<Row> talkRows()
         row(V::StopTalk, map({V::talkToken, V::relayPath}), nothing),
         row(V::StopTalkToIPAudio, number, nothing),
         row(V::TalkData, map({V::targets, V::sequence, V::talkData}), nothing, nothing, maxTalkPacket),
-        row(W::GetCamera, nothing, maps({V::camId, W::camName, W::online, W::camKind, W::camAddress})),
+        row(W::GetCamera, nothing,
+            maps({V::camId, W::camName, W::online, W::camKind, W::camAddress, V::username, W::camSettings})),
     };
 }
 
 std::vector<Row> cameraRows()
 {
-    const QStringList fields{W::camName, W::camKind, W::camAddress};
-    const QStringList record = QStringList(V::camId) + fields;
+    const QStringList answered{V::camId, W::camName, W::camKind, W::camAddress, V::username, W::camSettings};
+    const QStringList fields{W::camName, W::camKind, W::camAddress, V::username, V::password, W::camSettings};
     return {
-        row(W::AddCamera, map(fields), map(record)),
-        row(W::UpdateCamera, map(record), map(record), map({V::camId})),
+        row(W::AddCamera, map(fields), map(answered)),
+        row(W::UpdateCamera, map(QStringList(V::camId) + fields), map(answered), map({V::camId})),
         row(W::DeleteCamera, text, text, text),
     };
 }

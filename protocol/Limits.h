@@ -8,6 +8,7 @@ namespace Limits {
 // Records.
 inline constexpr int maxNameLength = 128; ///< Characters of a device's, group's, schedule's or file's name.
 inline constexpr int maxCredentialLength = 256; ///< Characters of a device's user name, and of its password.
+inline constexpr int maxUrlLength = 1024;       ///< Characters of a camera's address that is a URL.
 inline constexpr int maxPort = 65535;           ///< Port number of a device.
 inline constexpr int maxListEntries = 10000;    ///< Ids or cameras in one list of a record.
 inline constexpr int maxSettingsBytes = 65536;  ///< Bytes of a schedule's settings as JSON.

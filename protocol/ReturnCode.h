@@ -21,29 +21,32 @@ inline const QString cameraTimedOut = QStringLiteral("210"); ///< The camera did
 inline const QString talkRefused = QStringLiteral("211"); ///< The camera refuses the talk; the text says why.
 inline const QString storageFailed =
     QStringLiteral("301"); ///< A recording or the database cannot be written or read.
-inline const QString noSuchDevice = QStringLiteral("401");    ///< No device has the id.
-inline const QString noSuchFile = QStringLiteral("402");      ///< No audio file has the id.
-inline const QString noSuchGroup = QStringLiteral("403");     ///< No group has the id.
-inline const QString noSuchSchedule = QStringLiteral("404");  ///< No schedule has the id.
-inline const QString badName = QStringLiteral("411");         ///< The name breaks the rules.
-inline const QString nameTaken = QStringLiteral("412");       ///< Another record has the name.
-inline const QString badAddress = QStringLiteral("413");      ///< Not an IP address or host name.
-inline const QString badPort = QStringLiteral("414");         ///< Not a port.
-inline const QString badCredentials = QStringLiteral("415");  ///< User name or password is too long.
-inline const QString badList = QStringLiteral("416");         ///< A list has a wrong entry, or one twice.
-inline const QString badSchedule = QStringLiteral("417");     ///< Type, settings or times are wrong.
-inline const QString badCameraKind = QStringLiteral("418");   ///< No cameras of this kind are known.
-inline const QString nothingToPlayOn = QStringLiteral("421"); ///< No device to play on.
-inline const QString brokenFile = QStringLiteral("422");      ///< The audio file cannot be decoded.
+inline const QString noSuchDevice = QStringLiteral("401");      ///< No device has the id.
+inline const QString noSuchFile = QStringLiteral("402");        ///< No audio file has the id.
+inline const QString noSuchGroup = QStringLiteral("403");       ///< No group has the id.
+inline const QString noSuchSchedule = QStringLiteral("404");    ///< No schedule has the id.
+inline const QString badName = QStringLiteral("411");           ///< The name breaks the rules.
+inline const QString nameTaken = QStringLiteral("412");         ///< Another record has the name.
+inline const QString badAddress = QStringLiteral("413");        ///< Not an IP address or host name.
+inline const QString badPort = QStringLiteral("414");           ///< Not a port.
+inline const QString badCredentials = QStringLiteral("415");    ///< User name or password is too long.
+inline const QString badList = QStringLiteral("416");           ///< A list has a wrong entry, or one twice.
+inline const QString badSchedule = QStringLiteral("417");       ///< Type, settings or times are wrong.
+inline const QString badCameraKind = QStringLiteral("418");     ///< No cameras of this kind are known.
+inline const QString badCameraSettings = QStringLiteral("425"); ///< A camera's settings are wrong.
+inline const QString nothingToPlayOn = QStringLiteral("421");   ///< No device to play on.
+inline const QString brokenFile = QStringLiteral("422");        ///< The audio file cannot be decoded.
 inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An upload is refused.
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,        &unknownCommand, &malformedRequest, &noSuchCamera,    &cameraOffline, &noSuchTalk,
-    &badTalkPacket,  &noVoice,        &speakerOffline,   &loginRefused,    &noLoudspeaker, &cameraBusy,
-    &cameraTimedOut, &talkRefused,    &storageFailed,    &noSuchDevice,    &noSuchFile,    &noSuchGroup,
-    &noSuchSchedule, &badName,        &nameTaken,        &badAddress,      &badPort,       &badCredentials,
-    &badList,        &badSchedule,    &badCameraKind,    &nothingToPlayOn, &brokenFile,    &fileRefused,
+    &success,       &unknownCommand, &malformedRequest,  &noSuchCamera,    &cameraOffline,
+    &noSuchTalk,    &badTalkPacket,  &noVoice,           &speakerOffline,  &loginRefused,
+    &noLoudspeaker, &cameraBusy,     &cameraTimedOut,    &talkRefused,     &storageFailed,
+    &noSuchDevice,  &noSuchFile,     &noSuchGroup,       &noSuchSchedule,  &badName,
+    &nameTaken,     &badAddress,     &badPort,           &badCredentials,  &badList,
+    &badSchedule,   &badCameraKind,  &badCameraSettings, &nothingToPlayOn, &brokenFile,
+    &fileRefused,
 };
 
 } // namespace ReturnCode

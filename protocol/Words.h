@@ -42,6 +42,24 @@ inline const QString camName = QStringLiteral("camName");
 inline const QString online = QStringLiteral("online");
 inline const QString camKind = QStringLiteral("camKind");
 inline const QString camAddress = QStringLiteral("camAddress");
+inline const QString camSettings = QStringLiteral("camSettings");
+/** @} */
+
+/**
+ * @name Settings of cameras
+ * @{
+ */
+/** A key of "camSettings". */
+inline const QString transport = QStringLiteral("transport");
+inline const QString packetTime = QStringLiteral("packetTime");
+inline const QString talkCodec = QStringLiteral("talkCodec");
+inline const QString readinessDelay = QStringLiteral("readinessDelay");
+inline const QString evenPace = QStringLiteral("evenPace");
+inline const QString halfDuplex = QStringLiteral("halfDuplex");
+inline const QString noDelay = QStringLiteral("noDelay");
+inline const QString dscp = QStringLiteral("dscp");
+inline const QString openTimeout = QStringLiteral("openTimeout");
+inline const QString anyCertificate = QStringLiteral("anyCertificate");
 /** @} */
 
 /**

@@ -69,7 +69,7 @@ private:
     void registerCameras();
     void applyCameraRecords();
     void reportCameras();
-    QVariantList cameraRecords() const;
+    QVariantList cameraRecords();
     std::optional<ServerReply> startTalkToIPAudio(ServerSession& session, const QVariant& payload);
 
     ServerConfig m_config;

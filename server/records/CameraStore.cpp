@@ -2,6 +2,9 @@
 
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
+#include "server/records/CameraSettingsRecord.h"
+
+#include <QUrl>
 
 #include <algorithm>
 
@@ -12,13 +15,52 @@ QString textOf(const QVariantMap& record, const QString& key)
     return record.value(key).toString();
 }
 
-/** The record as it is stored. */
-QVariantMap stored(int id, const QVariantMap& record)
+const QString selectCameras =
+    QStringLiteral("SELECT id, name, kind, address, username, password, settings FROM cameras");
+
+/** The record as clients get it. */
+QVariantMap answerOf(const CameraRecord& record)
 {
-    return {{Vocabulary::camId, QString::number(id)},
-            {Words::camName, textOf(record, Words::camName)},
-            {Words::camKind, textOf(record, Words::camKind)},
-            {Words::camAddress, textOf(record, Words::camAddress)}};
+    return {{Vocabulary::camId, record.id},
+            {Words::camName, record.name},
+            {Words::camKind, record.kind},
+            {Words::camAddress, record.address},
+            {Vocabulary::username, record.username},
+            {Words::camSettings, CameraSettingsRecord::toMap(record.settings)}};
+}
+
+CameraRecord readRecord(const QSqlQuery& row, const PasswordCipher& secrets)
+{
+    return {QString::number(row.value(0).toInt()),
+            row.value(1).toString(),
+            row.value(2).toString(),
+            row.value(3).toString(),
+            row.value(4).toString(),
+            secrets.unseal(row.value(5).toByteArray()),
+            CameraSettingsRecord::fromText(row.value(6).toString())};
+}
+
+/** The values of a statement, in the order of the columns. */
+QVariantList valuesOf(const CameraRecord& record, const PasswordCipher& secrets)
+{
+    return {record.name,
+            record.kind,
+            record.address,
+            record.username,
+            secrets.seal(record.password),
+            CameraSettingsRecord::toText(record.settings)};
+}
+
+/** Takes the login out of an address, which is shown and logged. */
+void takeLogin(CameraRecord& record)
+{
+    QUrl url(record.address, QUrl::StrictMode);
+    if (url.isValid() && !url.userInfo().isEmpty()) {
+        record.username = url.userName(QUrl::FullyDecoded);
+        record.password = url.password(QUrl::FullyDecoded);
+        url.setUserInfo(QString());
+        record.address = url.toString(QUrl::FullyEncoded);
+    }
 }
 
 /** The id of a camera of the records, in the one form that they have; empty for anything else. */
@@ -54,63 +96,114 @@ std::optional<ServerReply> CameraStore::checkKind(const QString& kind) const
                        : QStringLiteral("this server has no cameras of the kind \"%1\"").arg(kind));
 }
 
-std::optional<ServerReply> CameraStore::check(const QVariantMap& record, int id)
+bool CameraStore::hasPasswords(RecordDatabase& database)
 {
-    for (const RecordChecks::Refusal& bad : {RecordChecks::name(textOf(record, Words::camName)),
-                                             RecordChecks::address(textOf(record, Words::camAddress))}) {
+    QSqlQuery sealed = database.query();
+    return !database.run(sealed,
+                         QStringLiteral("SELECT EXISTS (SELECT 1 FROM cameras WHERE length(password) > ?)"),
+                         {PasswordCipher::overhead()}) ||
+           !sealed.next() || sealed.value(0).toBool();
+}
+
+/** Puts what a client sent into a record: what it lacks stays as it is. */
+std::optional<ServerReply> CameraStore::complete(const QVariantMap& fields, CameraRecord& record)
+{
+    record.name = textOf(fields, Words::camName);
+    record.kind = textOf(fields, Words::camKind);
+    record.address = textOf(fields, Words::camAddress);
+    takeLogin(record);
+    if (fields.contains(Vocabulary::username)) {
+        record.username = textOf(fields, Vocabulary::username);
+    }
+    if (fields.contains(Vocabulary::password)) {
+        record.password = textOf(fields, Vocabulary::password);
+    }
+    const QVariant given = fields.value(Words::camSettings);
+    QString error = QStringLiteral("the settings of a camera are a map");
+    const auto settings = given.isValid() && given.userType() != QMetaType::QVariantMap
+                              ? std::nullopt
+                              : CameraSettingsRecord::fromMap(given.toMap(), record.settings, &error);
+    if (!settings) {
+        return refusal(ReturnCode::badCameraSettings, error);
+    }
+    record.settings = *settings;
+    return std::nullopt;
+}
+
+std::optional<ServerReply> CameraStore::check(const CameraRecord& record, int id)
+{
+    for (const RecordChecks::Refusal& bad :
+         {RecordChecks::name(record.name), RecordChecks::cameraAddress(record.address),
+          RecordChecks::credentials(record.username, record.password), checkKind(record.kind)}) {
         if (bad) {
             return bad;
         }
     }
-    if (const auto bad = checkKind(textOf(record, Words::camKind))) {
-        return bad;
-    }
     QSqlQuery same = m_database.query();
     if (!m_database.run(same, QStringLiteral("SELECT 1 FROM cameras WHERE name = ? AND id <> ?"),
-                        {textOf(record, Words::camName), id})) {
+                        {record.name, id})) {
         return failed();
     }
     if (same.next()) {
-        return refusal(
-            ReturnCode::nameTaken,
-            QStringLiteral("there is a camera named \"%1\" already").arg(textOf(record, Words::camName)));
+        return refusal(ReturnCode::nameTaken,
+                       QStringLiteral("there is a camera named \"%1\" already").arg(record.name));
     }
     return std::nullopt;
 }
 
 ServerReply CameraStore::add(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
+    CameraRecord record;
+    if (const auto bad = complete(payload.toMap(), record)) {
+        return *bad;
+    }
     if (const auto bad = check(record, -1)) {
         return *bad;
     }
     QSqlQuery insert = m_database.query();
-    if (!m_database.run(insert, QStringLiteral("INSERT INTO cameras (name, kind, address) VALUES (?, ?, ?)"),
-                        {textOf(record, Words::camName), textOf(record, Words::camKind),
-                         textOf(record, Words::camAddress)})) {
+    if (!m_database.run(
+            insert,
+            QStringLiteral("INSERT INTO cameras (name, kind, address, username, password, settings) "
+                           "VALUES (?, ?, ?, ?, ?, ?)"),
+            valuesOf(record, m_secrets))) {
         return failed();
     }
-    return done(stored(insert.lastInsertId().toInt(), record));
+    record.id = QString::number(insert.lastInsertId().toInt());
+    return done(answerOf(record));
+}
+
+std::optional<CameraRecord> CameraStore::find(int id)
+{
+    QSqlQuery row = m_database.query();
+    if (!m_database.run(row, selectCameras + QStringLiteral(" WHERE id = ?"), {id}) || !row.next()) {
+        return std::nullopt;
+    }
+    return readRecord(row, m_secrets);
 }
 
 ServerReply CameraStore::update(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    const int id = idOf(textOf(record, Vocabulary::camId)).value_or(-1);
-    const QVariantMap onlyId{{Vocabulary::camId, textOf(record, Vocabulary::camId)}};
-    if (auto bad = check(record, id)) {
+    const QVariantMap fields = payload.toMap();
+    const int id = idOf(textOf(fields, Vocabulary::camId)).value_or(-1);
+    const QVariantMap onlyId{{Vocabulary::camId, textOf(fields, Vocabulary::camId)}};
+    CameraRecord record = find(id).value_or(CameraRecord());
+    auto bad = complete(fields, record);
+    if (!bad) {
+        bad = check(record, id);
+    }
+    if (bad) {
         bad->result = onlyId;
         return *bad;
     }
     QSqlQuery change = m_database.query();
     if (!m_database.run(change,
-                        QStringLiteral("UPDATE cameras SET name = ?, kind = ?, address = ? WHERE id = ?"),
-                        {textOf(record, Words::camName), textOf(record, Words::camKind),
-                         textOf(record, Words::camAddress), id})) {
+                        QStringLiteral("UPDATE cameras SET name = ?, kind = ?, address = ?, username = ?, "
+                                       "password = ?, settings = ? WHERE id = ?"),
+                        valuesOf(record, m_secrets) + QVariantList{id})) {
         return failed();
     }
-    return change.numRowsAffected() == 0 ? unknown(textOf(record, Vocabulary::camId), onlyId)
-                                         : done(stored(id, record));
+    return change.numRowsAffected() == 0 ? unknown(textOf(fields, Vocabulary::camId), onlyId)
+                                         : done(answerOf(record));
 }
 
 ServerReply CameraStore::remove(const QVariant& payload)
@@ -127,12 +220,11 @@ std::optional<QList<CameraRecord>> CameraStore::records()
 {
     QList<CameraRecord> records;
     QSqlQuery rows = m_database.query();
-    if (!m_database.run(rows, QStringLiteral("SELECT id, name, kind, address FROM cameras ORDER BY id"))) {
+    if (!m_database.run(rows, selectCameras + QStringLiteral(" ORDER BY id"))) {
         return std::nullopt;
     }
     while (rows.next()) {
-        records.append({QString::number(rows.value(0).toInt()), rows.value(1).toString(),
-                        rows.value(2).toString(), rows.value(3).toString()});
+        records.append(readRecord(rows, m_secrets));
     }
     return records;
 }

@@ -2,6 +2,7 @@
 
 #include "protocol/ServerReply.h"
 #include "server/devices/DeviceKinds.h"
+#include "server/records/PasswordCipher.h"
 #include "server/records/RecordDatabase.h"
 
 #include <optional>
@@ -11,14 +12,22 @@ class CameraStore
 {
 public:
     /** @param kinds of devices that the server knows */
-    CameraStore(RecordDatabase& database, DeviceKinds kinds) : m_database(database), m_kinds(std::move(kinds))
+    CameraStore(RecordDatabase& database, const PasswordCipher& secrets, DeviceKinds kinds)
+        : m_database(database), m_secrets(secrets), m_kinds(std::move(kinds))
     {
     }
 
-    /** @param payload a map: camName, camKind, camAddress. @return the record with its camId */
+    /** Whether a database has passwords of cameras, or may have some. */
+    static bool hasPasswords(RecordDatabase& database);
+
+    /**
+     * @param payload a map: camName, camKind, camAddress, and perhaps username, password, camSettings.
+     * @return the record with its camId, without the password
+     */
     ServerReply add(const QVariant& payload);
 
-    /** @param payload the same and camId. @return the record; refused: a map with camId */
+    /** @param payload the same and camId; what it lacks stays. @return the record; refused: a map with camId
+     */
     ServerReply update(const QVariant& payload);
 
     /** @param payload a camId. @return the same */
@@ -28,10 +37,13 @@ public:
     std::optional<QList<CameraRecord>> records();
 
 private:
-    std::optional<ServerReply> check(const QVariantMap& record, int id);
+    std::optional<ServerReply> check(const CameraRecord& record, int id);
+    std::optional<ServerReply> complete(const QVariantMap& fields, CameraRecord& record);
+    std::optional<CameraRecord> find(int id);
     std::optional<ServerReply> checkKind(const QString& kind) const;
     ServerReply failed() const;
 
     RecordDatabase& m_database;
+    const PasswordCipher& m_secrets;
     DeviceKinds m_kinds;
 };

@@ -115,6 +115,7 @@ struct AwkwardDevices : std::enable_shared_from_this<AwkwardDevices>
     int losesAfter = 0; ///< Packets; 0 for never.
     bool answersClose = true;
     QList<Camera> cameras;
+    QList<CameraRecord> records;                      ///< As the server gave them last.
     std::vector<QPointer<AwkwardTalk>> talks;         ///< In the order in which they were asked for.
     std::vector<QPointer<AwkwardPlayback>> playbacks; ///< The same.
     std::function<void()> change = [] {};             ///< Makes the back end say that its cameras changed.
@@ -150,7 +151,7 @@ public:
             }
         };
     }
-    void setRecords(const QList<CameraRecord>& /*records*/) override {}
+    void setRecords(const QList<CameraRecord>& records) override { m_devices->records = records; }
     QList<Camera> cameras() const override { return m_devices->cameras; }
     std::unique_ptr<DeviceTalk> openTalk(const QString& /*camera*/) override { return m_devices->makeTalk(); }
 

@@ -6,6 +6,20 @@
 
 #include <algorithm>
 
+namespace {
+
+/** The URL of a camera's stream; a host alone has the shortest one. */
+QString streamUrl(const QString& address)
+{
+    if (address.contains(QStringLiteral("://"))) {
+        return address;
+    }
+    const bool isIpv6 = address.contains(QLatin1Char(':'));
+    return (isIpv6 ? QStringLiteral("rtsp://[%1]/") : QStringLiteral("rtsp://%1/")).arg(address);
+}
+
+} // namespace
+
 void OnvifCameras::setRecords(const QList<CameraRecord>& records)
 {
     if (m_records != records) {
@@ -31,5 +45,7 @@ std::unique_ptr<DeviceTalk> OnvifCameras::openTalk(const QString& camera)
         return std::make_unique<RefusedTalk>(ReturnCode::cameraOffline,
                                              QStringLiteral("camera \"%1\" is not there").arg(camera));
     }
-    return std::make_unique<OnvifTalk>(*record, m_config, m_threads);
+    CameraRecord reached = *record;
+    reached.address = streamUrl(record->address);
+    return std::make_unique<OnvifTalk>(reached, m_config, m_threads);
 }
