@@ -109,6 +109,7 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
     options.simulated.cameras = defaultCameras();
     options.embedded.dataDirectory = QDir(parser.value(QStringLiteral("data"))).absolutePath();
     options.simulated.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();
+    options.onvif.recordingDirectory = options.simulated.recordingDirectory;
     return options;
 }
 

@@ -50,5 +50,5 @@ public:
 private:
     std::chrono::milliseconds m_silence;
     std::atomic<Time> m_last;
-    Time m_askedIn{}; ///< The start of the silence in which it was asked last.
+    Time m_askedIn = Time::min(); ///< The start of the silence in which it was asked last.
 };

@@ -1,5 +1,6 @@
 #include "server/devices/onvif/OnvifLine.h"
 
+#include "audio/NumberedFile.h"
 #include "protocol/ServerReply.h"
 #include "system/SocketOptions.h"
 
@@ -20,9 +21,9 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-constexpr milliseconds step{50};      // between two looks at the watchdog
+constexpr milliseconds step{50};            // between two looks at the watchdog
 constexpr milliseconds afterDeadline{1000}; // when rtspsrc gives up, too
-constexpr int maxWaitingPackets = 50; // of the camera's voice; older ones are dropped
+constexpr int maxWaitingPackets = 50;       // of the camera's voice; older ones are dropped
 constexpr int dscpShift = 2;
 
 // RTSP status codes (RFC 2326, clause 7.1.1).
@@ -126,6 +127,9 @@ void OnvifLine::say(std::uint32_t position, const QByteArray& muLaw)
     if (m_sender) {
         m_sender->say(position, muLaw);
     }
+    if (m_recorder) {
+        m_recorder->say(position, muLaw, static_cast<std::int64_t>(steadyMicroseconds()));
+    }
 }
 
 void OnvifLine::refuse(const QString& returnCode, const QString& reason)
@@ -177,8 +181,8 @@ bool OnvifLine::build(bool backchannel)
                  m_camera.username.toUtf8().constData(), "user-pw", m_camera.password.toUtf8().constData(),
                  "latency", static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency", TRUE,
                  "udp-reconnect", FALSE, "tcp-timeout",
-                 count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout", guint64{0},
-                 "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
+                 count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
+                 guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
     gst_util_set_object_arg(G_OBJECT(source), "backchannel", backchannel ? "onvif" : "none");
     gst_util_set_object_arg(G_OBJECT(source), "protocols",
                             settings.transport == CameraTransport::Udp ? "udp" : "tcp");
@@ -209,6 +213,7 @@ void OnvifLine::takeDown()
     m_source.reset();
     m_pipeline.reset();
     m_decoder.reset();
+    dropRecorder();
 }
 
 /** Follows what happens, until the end. */
@@ -231,6 +236,7 @@ void OnvifLine::watch()
         if (m_state != State::Open && m_state != State::Settling) {
             continue;
         }
+        keepRecording();
         switch (m_watchdog.check(now)) {
         case LineWatchdog::Verdict::Alive:
             m_sender->hold(false);
@@ -359,10 +365,11 @@ void OnvifLine::refuseCodec()
         offered = namesOf(m_sounds);
     }
     const QString& codec = m_camera.settings.talkCodec;
-    refuse(ReturnCode::talkRefused,
-           codec.isEmpty()
-               ? QStringLiteral("the camera's loudspeaker takes %1, which this server cannot make").arg(offered)
-               : QStringLiteral("the camera's loudspeaker takes %1, not %2").arg(offered, codec));
+    refuse(
+        ReturnCode::talkRefused,
+        codec.isEmpty()
+            ? QStringLiteral("the camera's loudspeaker takes %1, which this server cannot make").arg(offered)
+            : QStringLiteral("the camera's loudspeaker takes %1, not %2").arg(offered, codec));
 }
 
 /** The session plays. */
@@ -384,6 +391,10 @@ void OnvifLine::open()
         refuseCodec();
         return;
     }
+    if (!startRecording()) {
+        refuse(ReturnCode::storageFailed, QStringLiteral("the recording of the talk cannot be written"));
+        return;
+    }
     adjustSockets();
     m_watchdog.alive(Clock::now());
     {
@@ -393,6 +404,41 @@ void OnvifLine::open()
     }
     m_state = State::Settling;
     m_deadline = Clock::now() + milliseconds(m_camera.settings.readinessDelay);
+}
+
+/** Starts to keep the talk, where talks are kept; false when the file cannot be written. */
+bool OnvifLine::startRecording()
+{
+    if (m_config.recordingDirectory.isEmpty()) {
+        return true;
+    }
+    const QString path = NumberedFile::create(
+        m_config.recordingDirectory, QStringLiteral("talk-%1").arg(m_camera.id), QStringLiteral("wav"));
+    auto recorder = std::make_unique<TalkRecorder>(path, static_cast<std::int64_t>(steadyMicroseconds()));
+    if (path.isEmpty() || !recorder->isOpen()) {
+        return false;
+    }
+    const std::lock_guard<std::mutex> lock(m_streams);
+    m_recorder = std::move(recorder);
+    return true;
+}
+
+/** Writes what has come; a talk goes on without its recording. */
+void OnvifLine::keepRecording()
+{
+    if (!m_recorder || m_recorder->flush(static_cast<std::int64_t>(steadyMicroseconds()))) {
+        return;
+    }
+    qWarning("the recording of a talk with camera %s ends: it cannot be written", qPrintable(m_camera.id));
+    dropRecorder();
+}
+
+/** Ends the recording; its file is written without holding up who says something. */
+void OnvifLine::dropRecorder()
+{
+    std::unique_ptr<TalkRecorder> ended; // destroyed after the lock is given back
+    const std::lock_guard<std::mutex> lock(m_streams);
+    ended.swap(m_recorder);
 }
 
 /** Sets options of the RTSP connection, which rtspsrc keeps to itself. */
@@ -423,17 +469,16 @@ void OnvifLine::ask()
             line->m_watchdog.alive(Clock::now());
         } else {
             line->m_asksElsewhere = true;
+            line->report([](LineListener& listener) { listener.lineAsks(); });
         }
     };
     GstPromise* promise = gst_promise_new_with_change_func(take, this, nullptr);
     gboolean asked = FALSE;
     gchar* none[] = {nullptr};
     g_signal_emit_by_name(m_source.get(), "get-parameters", none, nullptr, promise, &asked);
+    gst_promise_unref(promise);
     if (asked == FALSE) {
         m_asksElsewhere = true;
-    }
-    gst_promise_unref(promise);
-    if (m_asksElsewhere) {
         report([](LineListener& listener) { listener.lineAsks(); });
     }
 }
@@ -546,6 +591,10 @@ void OnvifLine::hear(GstSample* sample)
         const std::lock_guard<std::mutex> lock(m_streams);
         if (m_decoder) {
             m_decoder->decode(voice, packets);
+        }
+        if (m_recorder) {
+            std::for_each(packets.begin(), packets.end(),
+                          [this](const VoicePacket& packet) { m_recorder->hear(packet); });
         }
     }
     for (const VoicePacket& packet : packets) {

@@ -6,6 +6,7 @@
 #include "server/devices/onvif/OnvifConfig.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/SdpFormats.h"
+#include "server/devices/onvif/TalkRecorder.h"
 #include "server/devices/onvif/TalkSender.h"
 
 #include <gio/gio.h>
@@ -85,6 +86,9 @@ private:
     void handleError(GstMessage* message);
     bool describesItself();
     void open();
+    bool startRecording();
+    void keepRecording();
+    void dropRecorder();
     void adjustSockets();
     void ask();
 
@@ -127,6 +131,7 @@ private:
     std::optional<unsigned> m_heardStream;
     std::unique_ptr<RtpDecoder> m_decoder;
     std::unique_ptr<TalkSender> m_sender;
+    std::unique_ptr<TalkRecorder> m_recorder; ///< Null when no talks are kept.
 
     std::atomic<bool> m_closing{false};
     std::atomic<bool> m_ended{false};

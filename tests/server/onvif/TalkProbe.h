@@ -106,6 +106,7 @@ struct TalkProbe
     bool say(int packets)
     {
         bool taken = true;
+        due = saidAt.empty() ? clock.elapsed() : due;
         for (int i = 0; i < packets; ++i) {
             std::vector<std::int16_t> samples;
             for (int n = 0; n < 640; ++n) {

@@ -107,11 +107,16 @@ void TestOnvifLines::logsIn_data()
     QTest::addColumn<QString>("method");
     QTest::addColumn<QString>("password");
     QTest::addColumn<bool>("opens");
-    QTest::newRow("digest") << "digest" << "s3cret/@:" << true;
-    QTest::newRow("basic") << "basic" << "s3cret/@:" << true;
-    QTest::newRow("digest, wrong") << "digest" << "other" << false;
-    QTest::newRow("basic, wrong") << "basic" << "other" << false;
-    QTest::newRow("digest, none") << "digest" << "" << false;
+    QTest::newRow("digest") << "digest"
+                            << "s3cret/@:" << true;
+    QTest::newRow("basic") << "basic"
+                           << "s3cret/@:" << true;
+    QTest::newRow("digest, wrong") << "digest"
+                                   << "other" << false;
+    QTest::newRow("basic, wrong") << "basic"
+                                  << "other" << false;
+    QTest::newRow("digest, none") << "digest"
+                                  << "" << false;
 }
 
 void TestOnvifLines::logsIn()
@@ -172,7 +177,8 @@ void TestOnvifLines::hangs()
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }, 2000)); // though it answers no TEARDOWN
 }
 
-/** A camera that hangs for a while goes on, and plays nothing of what was said meanwhile but its beginning. */
+/** A camera that hangs for a while goes on, and plays nothing of what was said meanwhile but its beginning.
+ */
 void TestOnvifLines::wakesUp()
 {
     TestCamera camera({"--jitter", "20"});

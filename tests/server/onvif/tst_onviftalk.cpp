@@ -1,8 +1,6 @@
 // Talks with a camera of another make, gst-rtsp-server, over loopback.
 
-#include "audio/AudioFileReader.h"
 #include "protocol/ServerReply.h"
-#include "src/vocabulary/StreamType.h"
 #include "tests/server/onvif/TalkProbe.h"
 #include "tests/support/SignalMeasure.h"
 
@@ -13,17 +11,12 @@ class TestOnvifTalk : public QObject
 private Q_SLOTS:
     void talks_data();
     void talks();
-    void hears_data();
-    void hears();
     void picksTheCodecThatIsSet();
     void pauses();
     void evenPace();
     void waitsForACameraThatNeedsTime();
     void halfDuplex();
     void takesNothingButTalkPackets();
-
-private:
-    QTemporaryDir m_folder;
 };
 
 void TestOnvifTalk::talks_data()
@@ -40,7 +33,6 @@ void TestOnvifTalk::talks_data()
     QTest::newRow("G.726 at 32 kbit/s") << "g726-32" << false << 20 << 0.98;
     QTest::newRow("G.726 at 16 kbit/s") << "g726-16" << false << 20 << 0.9;
     QTest::newRow("G.726 at 24 kbit/s, AAL2") << "aal2-g726-24" << false << 20 << 0.95;
-    QTest::newRow("G.726 at 40 kbit/s, AAL2") << "aal2-g726-40" << false << 20 << 0.98;
     QTest::newRow("AAC at 16 kHz") << "aac-16" << false << 20 << 0.9;
     QTest::newRow("AAC at 8 kHz") << "aac-8" << false << 20 << 0.9;
     QTest::newRow("AAC at 48 kHz") << "aac-48" << false << 20 << 0.9;
@@ -59,7 +51,7 @@ void TestOnvifTalk::talks()
     TalkProbe probe(camera.address(), settings);
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     qInfo("open after %lld ms", probe.openedAfter);
-    QVERIFY(probe.say(18));
+    QVERIFY(probe.say(12));
     QVERIFY(probe.close());
     QVERIFY(!camera.waitFor("closed 1").isEmpty());
     QCOMPARE(camera.count("teardown"), 1);
@@ -69,92 +61,19 @@ void TestOnvifTalk::talks()
     for (std::size_t i = 0; i < all.size(); i += static_cast<std::size_t>(rate / 8000)) {
         heard.push_back(all[i]);
     }
-    const auto alignment = SignalMeasure::align(TalkProbe::sound(18 * 640), heard, 1600);
+    const auto alignment = SignalMeasure::align(TalkProbe::sound(12 * 640), heard, 1600);
     qInfo("%zu samples, likeness %.4f, lag %d, gain %.2f dB", heard.size(), alignment.correlation,
           alignment.lag, alignment.gainDb);
     QVERIFY(alignment.correlation > likeness);
     QVERIFY(std::abs(alignment.gainDb) < 1);
     if (rate == 8000 && !codec.startsWith("aac")) {
-        QCOMPARE(heard.size(), std::size_t{18 * 640});
+        QCOMPARE(heard.size(), std::size_t{12 * 640});
         const auto packets = camera.packets();
-        QCOMPARE(packets.size(), std::size_t(18 * 80 / packetTime));
+        QCOMPARE(packets.size(), std::size_t(12 * 80 / packetTime));
         for (std::size_t i = 1; i < packets.size(); ++i) {
             QCOMPARE(packets[i].timestamp - packets[i - 1].timestamp, static_cast<quint32>(packetTime * 8));
         }
     }
-}
-
-void TestOnvifTalk::hears_data()
-{
-    QTest::addColumn<QString>("codec");
-    QTest::addColumn<bool>("udp");
-    QTest::addColumn<uint>("streamType");
-    QTest::addColumn<int>("rate");
-    QTest::addColumn<double>("likeness");
-    QTest::newRow("mu-law over TCP") << "pcmu" << false << StreamType::G711MuLaw << 8000 << 0.999;
-    QTest::newRow("mu-law over UDP") << "pcmu" << true << StreamType::G711MuLaw << 8000 << 0.999;
-    QTest::newRow("A-law") << "pcma" << false << StreamType::G711ALaw << 8000 << 0.999;
-    QTest::newRow("AAC") << "aac-16" << false << StreamType::Aac << 16000 << 0.9;
-    QTest::newRow("L16, as mu-law") << "l16" << false << StreamType::G711MuLaw << 8000 << 0.99;
-    QTest::newRow("G.726, as mu-law") << "g726-32" << false << StreamType::G711MuLaw << 8000 << 0.9;
-}
-
-/** Packets as clients get them; an echoing camera that says again what it heard. */
-void TestOnvifTalk::hears()
-{
-    QFETCH(QString, codec);
-    QFETCH(bool, udp);
-    QFETCH(uint, streamType);
-    QFETCH(int, rate);
-    QFETCH(double, likeness);
-    // The camera hears at the rate at which it speaks.
-    const QString back = codec == "l16" || codec == "aac-16" ? "l16" : "pcmu";
-    TestCamera camera({"--codec", codec, "--back-codec", back, "--jitter", "20"});
-    CameraSettings settings;
-    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
-    TalkProbe probe(camera.address(), settings);
-    QVERIFY2(probe.open(), qPrintable(probe.reason));
-    QVERIFY(probe.say(25));
-    QVERIFY(probe.close());
-    QVERIFY(probe.heard.size() > 20);
-    QFile adts(m_folder.filePath("heard.aac"));
-    QVERIFY(adts.open(QIODevice::WriteOnly));
-    WavFiles::Samples heard;
-    std::uint32_t expected = probe.heard.front().position;
-    QCOMPARE(expected, 0U);
-    int gaps = 0;
-    for (const VoicePacket& packet : probe.heard) {
-        QCOMPARE(packet.streamType, streamType);
-        QCOMPARE(packet.sampleRate, rate);
-        const QVariantMap fields = packet.toFields();
-        QCOMPARE((fields["Offset"].toUInt() + fields["BitstreamSize"].toUInt()) % 3, 0U);
-        gaps += packet.position != expected ? 1 : 0;
-        expected = packet.position;
-        if (streamType == StreamType::Aac) {
-            adts.write(packet.bitstream);
-            expected += 1024;
-            continue;
-        }
-        const auto samples = streamType == StreamType::G711ALaw ? G711::decodeALaw(packet.bitstream)
-                                                                : G711::decodeMuLaw(packet.bitstream);
-        heard.insert(heard.end(), samples.begin(), samples.end());
-        expected += static_cast<std::uint32_t>(samples.size());
-    }
-    adts.close();
-    if (streamType == StreamType::Aac) {
-        AudioFileReader reader;
-        QVERIFY(reader.open(adts.fileName()));
-        WavFiles::Samples whole;
-        reader.read(10 * 16000, whole);
-        for (std::size_t i = 0; i < whole.size(); i += 2) {
-            heard.push_back(whole[i]);
-        }
-    }
-    const auto alignment = SignalMeasure::align(TalkProbe::sound(8 * 640), heard, 12000);
-    qInfo("%zu packets, %d gaps, likeness %.4f, lag %d", probe.heard.size(), gaps, alignment.correlation,
-          alignment.lag);
-    QVERIFY(alignment.correlation > likeness);
-    QVERIFY(codec.startsWith("g726") || codec == "l16" || gaps <= 2);
 }
 
 void TestOnvifTalk::picksTheCodecThatIsSet()
@@ -238,7 +157,8 @@ void TestOnvifTalk::halfDuplex()
         probe.position += 640;
     }
     const std::size_t after = probe.heard.size();
-    QVERIFY(TalkProbe::waitFor([&] { return probe.heard.size() > after + 5; }, 250)); // an open microphone in silence
+    QVERIFY(TalkProbe::waitFor([&] { return probe.heard.size() > after + 5; },
+                               250)); // an open microphone in silence
 }
 
 void TestOnvifTalk::takesNothingButTalkPackets()
