@@ -160,13 +160,13 @@ void talksAtOnce(benchmark::State& state)
 } // namespace
 
 BENCHMARK(fromBackEndToCamera)
-    ->ArgNames({"udp", "packetTime"})
+    ->ArgNames({"udp", "packet_ms"})
     ->Args({0, 20})
     ->Args({1, 20})
     ->Args({0, 80})
     ->Iterations(1)
     ->UseRealTime();
-BENCHMARK(thereAndBack)->ArgName("packetTime")->Arg(20)->Arg(80)->Iterations(1)->UseRealTime();
+BENCHMARK(thereAndBack)->ArgName("packet_ms")->Arg(20)->Arg(80)->Iterations(1)->UseRealTime();
 BENCHMARK(untilTheLineIsOpen)->Iterations(20)->UseRealTime();
 BENCHMARK(talksAtOnce)->Arg(50)->Iterations(1)->UseRealTime();
 

@@ -166,6 +166,7 @@ void TestProtocolDocument::limits()
     const QMap<QString, qint64> values{
         LIMIT(maxNameLength),
         LIMIT(maxCredentialLength),
+        LIMIT(maxUrlLength),
         LIMIT(maxPort),
         LIMIT(maxListEntries),
         LIMIT(maxSettingsBytes),

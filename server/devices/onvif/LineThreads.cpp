@@ -4,6 +4,7 @@
 
 namespace {
 
+constexpr std::size_t maxLines = 200;
 constexpr std::chrono::seconds patience{5}; // at the end of the server
 constexpr std::chrono::milliseconds step{5};
 
@@ -28,9 +29,14 @@ LineThreads::~LineThreads()
     }
 }
 
-void LineThreads::start(const std::shared_ptr<OnvifLine>& line)
+bool LineThreads::hasRoom()
 {
     joinEnded();
+    return m_running.size() < maxLines;
+}
+
+void LineThreads::start(const std::shared_ptr<OnvifLine>& line)
+{
     m_running.push_back({line, std::thread([line] { line->run(); })});
 }
 

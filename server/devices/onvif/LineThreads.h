@@ -17,6 +17,9 @@ public:
     LineThreads(const LineThreads&) = delete;
     LineThreads& operator=(const LineThreads&) = delete;
 
+    /** Whether one more line may be started: each has a dozen threads. */
+    bool hasRoom();
+
     /** Runs a line to its end. */
     void start(const std::shared_ptr<OnvifLine>& line);
 

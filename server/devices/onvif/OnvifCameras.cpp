@@ -45,6 +45,10 @@ std::unique_ptr<DeviceTalk> OnvifCameras::openTalk(const QString& camera)
         return std::make_unique<RefusedTalk>(ReturnCode::cameraOffline,
                                              QStringLiteral("camera \"%1\" is not there").arg(camera));
     }
+    if (!m_threads.hasRoom()) {
+        return std::make_unique<RefusedTalk>(
+            ReturnCode::talkRefused, QStringLiteral("the server has no room for one more talk to a camera"));
+    }
     CameraRecord reached = *record;
     reached.address = streamUrl(record->address);
     return std::make_unique<OnvifTalk>(reached, m_config, m_threads);

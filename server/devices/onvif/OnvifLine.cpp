@@ -119,6 +119,10 @@ void OnvifLine::close()
 void OnvifLine::answered()
 {
     m_watchdog.alive(Clock::now());
+    const std::lock_guard<std::mutex> lock(m_streams);
+    if (m_sender) {
+        m_sender->hold(false); // at once, not at the next look
+    }
 }
 
 void OnvifLine::say(std::uint32_t position, const QByteArray& muLaw)
@@ -466,7 +470,7 @@ void OnvifLine::ask()
             gst_structure_get_int(reply, "rtsp-code", &code);
         }
         if (code > 0 && code != sessionNotFound) {
-            line->m_watchdog.alive(Clock::now());
+            line->answered();
         } else {
             line->m_asksElsewhere = true;
             line->report([](LineListener& listener) { listener.lineAsks(); });
