@@ -31,7 +31,6 @@ constexpr int unauthorized = 401;
 constexpr int forbidden = 403;
 constexpr int notFound = 404;
 constexpr int notEnoughBandwidth = 453;
-constexpr int sessionNotFound = 454;
 constexpr int unsupportedTransport = 461;
 constexpr int serviceUnavailable = 503;
 
@@ -247,7 +246,7 @@ void OnvifLine::watch()
             break;
         case LineWatchdog::Verdict::Ask:
             m_sender->hold(true); // a camera that wakes up plays nothing old
-            ask();
+            report([](LineListener& listener) { listener.lineAsks(); });
             break;
         case LineWatchdog::Verdict::Wait:
             break;
@@ -451,40 +450,6 @@ void OnvifLine::adjustSockets()
     const QUrl address(m_camera.address);
     SocketOptions::adjustConnections(address.host(), address.port(defaultRtspPort(address.scheme())),
                                      m_camera.settings.noDelay, m_camera.settings.dscp << dscpShift);
-}
-
-/** Asks for a sign of life on the line itself; what flows must rest meanwhile, as rtspsrc may drop it. */
-void OnvifLine::ask()
-{
-    if (m_asksElsewhere) {
-        report([](LineListener& listener) { listener.lineAsks(); });
-        return;
-    }
-    const auto take = [](GstPromise* promise, gpointer data) {
-        auto* line = static_cast<OnvifLine*>(data);
-        const GstStructure* reply = gst_promise_wait(promise) == GST_PROMISE_RESULT_REPLIED
-                                        ? gst_promise_get_reply(promise)
-                                        : nullptr;
-        int code = 0;
-        if (reply != nullptr) {
-            gst_structure_get_int(reply, "rtsp-code", &code);
-        }
-        if (code > 0 && code != sessionNotFound) {
-            line->answered();
-        } else {
-            line->m_asksElsewhere = true;
-            line->report([](LineListener& listener) { listener.lineAsks(); });
-        }
-    };
-    GstPromise* promise = gst_promise_new_with_change_func(take, this, nullptr);
-    gboolean asked = FALSE;
-    gchar* none[] = {nullptr};
-    g_signal_emit_by_name(m_source.get(), "get-parameters", none, nullptr, promise, &asked);
-    gst_promise_unref(promise);
-    if (asked == FALSE) {
-        m_asksElsewhere = true;
-        report([](LineListener& listener) { listener.lineAsks(); });
-    }
 }
 
 void OnvifLine::onDescription(GstElement* /*source*/, GstSDPMessage* description, OnvifLine* line)

@@ -30,7 +30,11 @@ public:
     virtual void lineLost(const QString& reason) = 0;
     /** The camera says something. */
     virtual void lineSpoke(const VoicePacket& packet) = 0;
-    /** The camera is silent and takes no questions on this line: ask it on another, and call answered. */
+    /**
+     * The camera is silent: ask it on another connection, and call answered. rtspsrc's own questions are of
+     * no use: each interrupts what it sends and reads, and one that meets the end of the line may block that
+     * end.
+     */
     virtual void lineAsks() = 0;
     /** Nothing is left of the line. */
     virtual void lineClosed() = 0;
@@ -90,7 +94,6 @@ private:
     void keepRecording();
     void dropRecorder();
     void adjustSockets();
-    void ask();
 
     static void onDescription(GstElement* source, GstSDPMessage* description, OnvifLine* line);
     static gboolean onStream(GstElement* source, guint stream, GstCaps* caps, OnvifLine* line);
@@ -135,8 +138,7 @@ private:
 
     std::atomic<bool> m_closing{false};
     std::atomic<bool> m_ended{false};
-    std::atomic<bool> m_asksElsewhere{false}; ///< The camera takes no question on this line.
-    std::uint16_t m_sequence = 0;             ///< Of the sender's thread.
+    std::uint16_t m_sequence = 0; ///< Of the sender's thread.
     std::uint32_t m_ssrc = 0;
     std::uint32_t m_timeOffset = 0;
 };

@@ -81,7 +81,7 @@ void OnvifTalk::lineSpoke(const VoicePacket& packet)
 void OnvifTalk::lineAsks()
 {
     QMetaObject::invokeMethod(
-        this, [this] { askElsewhere(); }, Qt::QueuedConnection);
+        this, [this] { ask(); }, Qt::QueuedConnection);
 }
 
 void OnvifTalk::lineClosed()
@@ -90,29 +90,40 @@ void OnvifTalk::lineClosed()
 }
 
 /** Asks with OPTIONS on a connection of its own, which any RTSP server answers (RFC 2326, clause 10.1). */
-void OnvifTalk::askElsewhere()
+void OnvifTalk::ask()
 {
+    if (m_questions && m_questions->state() == QAbstractSocket::ConnectedState) {
+        writeQuestion();
+        return;
+    }
     const QUrl address(m_camera.address);
-    m_question = std::make_unique<QSslSocket>();
-    QSslSocket* socket = m_question.get();
+    m_questions = std::make_unique<QSslSocket>();
+    QSslSocket* socket = m_questions.get();
     socket->setPeerVerifyMode(QSslSocket::VerifyNone); // nothing secret is said or believed
-    const auto question = [socket, address] {
-        const QString url = address.toString(QUrl::RemoveUserInfo | QUrl::FullyEncoded);
-        socket->write(QStringLiteral("OPTIONS %1 RTSP/1.0\r\nCSeq: 1\r\n\r\n").arg(url).toLatin1());
-    };
+    socket->setReadBufferSize(maxAnswer);
     connect(socket, &QIODevice::readyRead, this, [this, socket] {
         const QByteArray answer = socket->read(maxAnswer);
         if (answer.startsWith("RTSP/")) {
             m_line->answered();
+        } else {
+            socket->abort(); // or a flood of anything would be read
         }
-        socket->abort();
     });
     const auto port = static_cast<quint16>(address.port(defaultRtspPort(address.scheme())));
     if (address.scheme() == QLatin1String("rtsps")) {
-        connect(socket, &QSslSocket::encrypted, this, question);
+        connect(socket, &QSslSocket::encrypted, this, &OnvifTalk::writeQuestion);
         socket->connectToHostEncrypted(address.host(), port);
     } else {
-        connect(socket, &QAbstractSocket::connected, this, question);
+        connect(socket, &QAbstractSocket::connected, this, &OnvifTalk::writeQuestion);
         socket->connectToHost(address.host(), port);
     }
+}
+
+void OnvifTalk::writeQuestion()
+{
+    const QString url = QUrl(m_camera.address).toString(QUrl::RemoveUserInfo | QUrl::FullyEncoded);
+    m_questions->write(QStringLiteral("OPTIONS %1 RTSP/1.0\r\nCSeq: %2\r\n\r\n")
+                           .arg(url)
+                           .arg(++m_questionNumber)
+                           .toLatin1());
 }

@@ -28,10 +28,12 @@ private:
     void lineSpoke(const VoicePacket& packet) override;
     void lineAsks() override;
     void lineClosed() override;
-    void askElsewhere();
+    void ask();
+    void writeQuestion();
 
     CameraRecord m_camera;
     std::shared_ptr<OnvifLine> m_line;
     std::atomic<std::chrono::steady_clock::time_point> m_lastLoud; ///< Somebody talked; for half duplex.
-    std::unique_ptr<QSslSocket> m_question;                        ///< Asks for a sign of life.
+    std::unique_ptr<QSslSocket> m_questions; ///< The connection for questions, once there was one.
+    int m_questionNumber = 0;
 };

@@ -401,16 +401,11 @@ void onClient(GstRTSPServer*, GstRTSPClient* client, gpointer)
     on("pre-setup-request",
        [](GstRTSPClient*, GstRTSPContext*, gpointer) { return refusal("refuse-setup"); });
     on("pre-play-request", [](GstRTSPClient*, GstRTSPContext*, gpointer) { return refusal("refuse-play"); });
-    on("pre-get-parameter-request",
-       [](GstRTSPClient*, GstRTSPContext*, gpointer) { return refusal("refuse-get-parameter"); });
     g_signal_connect(client, "teardown-request",
                      G_CALLBACK(+[](GstRTSPClient*, GstRTSPContext*, gpointer) { report("teardown"); }),
                      nullptr);
     g_signal_connect(client, "options-request",
                      G_CALLBACK(+[](GstRTSPClient*, GstRTSPContext*, gpointer) { report("option"); }),
-                     nullptr);
-    g_signal_connect(client, "get-parameter-request",
-                     G_CALLBACK(+[](GstRTSPClient*, GstRTSPContext*, gpointer) { report("parameter"); }),
                      nullptr);
     if (options.has("hides-backchannel")) {
         // As some cameras do: the requirement is taken, the loudspeaker is not described.
