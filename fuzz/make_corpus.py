@@ -207,6 +207,13 @@ def talk_seeds():
     write("fuzz_talkpacket", "long-header", packet(length=48, body=sound[:80]))
     write("fuzz_talkpacket", "empty", packet())
     write("fuzz_talkpacket", "alaw", packet(stream=StreamType.G711ALaw, body=sound[:80]))
+    write("fuzz_rtpvoice", "g711", bytes([0, 39]) + sound[:480])
+    write("fuzz_rtpvoice", "g726", bytes([3, 14]) + sound[:180])
+    write("fuzz_rtpvoice", "l16", bytes([5, 79]) + sound)
+    frames = (b"\0\x10\x05\x00" + sound[:160]).ljust(201, b"\0")
+    write("fuzz_rtpvoice", "aac", bytes([6, 50]) + frames * 2)
+    write("fuzz_rtpvoice", "aac-in-parts", bytes([6, 25]) + (b"\0\x10\x05\x00" + sound[:97]) * 2)
+    write("fuzz_rtpvoice", "configuration", bytes([0x8D, 20]) + b"\x14\x08" + sound[:100])
     token = b"0123456789abcdef0123456789abcdef"
     write("fuzz_talkdata", "one", b"<Dest>" + token + b"</Dest>")
     write("fuzz_talkdata", "relayed", b"<Dest>relay/1/" + token + b"</Dest><Dest>" + token + b"</Dest>")
@@ -579,7 +586,7 @@ def message_words():
     def quoted(content):
         return '"' + "".join(chr(byte) if 32 < byte < 127 else f"\\x{byte:02X}" for byte in content) + '"'
 
-    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "protocol/HostCommands.h", "protocol/Words.h")]
+    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "src/vocabulary/PluginWords.h", "protocol/HostCommands.h", "protocol/Words.h")]
     words = [word for header in headers for word in re.findall(r'QStringLiteral\("([A-Za-z]+)"\)', header.read_text())]
     lines = [f"kind_{kind}=" + quoted(bytes([1, kind])) for kind in range(1, 7)]
     lines += [f"tag_{tag}=" + quoted(b"\xDA" + struct.pack(">I", tag)) for tag in range(65536, 65542)]
