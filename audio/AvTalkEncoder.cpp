@@ -15,27 +15,11 @@ namespace {
 constexpr int aacBitRate = 32000; // bit/s
 constexpr float fullScale = 32768.0F;
 
-/** The ADTS header of an AAC-LC frame at 16 kHz mono (ISO/IEC 13818-7, clause 6.2). */
-QByteArray adtsHeader(int payloadSize)
+/** The ADTS header of an AAC-LC frame, mono. */
+QByteArray adtsHeader(int sampleRate, int payloadSize)
 {
-    constexpr unsigned lowComplexity = 1; // profile
-    constexpr unsigned rate16000 = 8;     // index of the sample rate
-    constexpr unsigned mono = 1;
-    const auto size = static_cast<unsigned>(payloadSize + AdtsHeader::size);
-    const unsigned bytes[AdtsHeader::size] = {
-        0xFF,
-        0xF1, // MPEG-4, no check sum
-        lowComplexity << 6U | rate16000 << 2U | mono >> 2U,
-        (mono & 3U) << 6U | size >> 11U,
-        size >> 3U & 0xFFU,
-        (size & 7U) << 5U | 0x1FU,
-        0xFC,
-    };
-    QByteArray header;
-    for (const unsigned byte : bytes) {
-        header.append(static_cast<char>(byte));
-    }
-    return header;
+    constexpr int lowComplexity = 2;
+    return AdtsHeader::make(lowComplexity, AdtsHeader::indexOf(sampleRate).value_or(0), 1, payloadSize);
 }
 
 } // namespace
@@ -89,5 +73,7 @@ QByteArray AvTalkEncoder::encode(const std::int16_t* samples)
     }
     QByteArray bitstream(reinterpret_cast<const char*>(m_packet->data), m_packet->size);
     av_packet_unref(m_packet.get());
-    return m_context->codec_id == AV_CODEC_ID_AAC ? adtsHeader(bitstream.size()) + bitstream : bitstream;
+    return m_context->codec_id == AV_CODEC_ID_AAC
+               ? adtsHeader(format().sampleRate, bitstream.size()) + bitstream
+               : bitstream;
 }

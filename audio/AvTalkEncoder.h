@@ -9,7 +9,7 @@ class AvTalkEncoder : public TalkEncoder
 public:
     /**
      * @param codecId AVCodecID of G.711 or AAC
-     * @param format  AAC: 16000 Hz
+     * @param format  AAC: a sample rate that an ADTS header can have
      */
     AvTalkEncoder(int codecId, const TalkFormat& format);
 

@@ -30,25 +30,34 @@ TalkPacketDecoder::TalkPacketDecoder() : m_frame(av_frame_alloc()), m_packet(av_
     }
 }
 
-std::optional<DecodedTalk> TalkPacketDecoder::decode(const QByteArray& packet)
+std::optional<TalkBitstream> TalkPacketDecoder::bitstreamOf(const QByteArray& packet)
 {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(packet.constData());
     const auto header = PacketHeader::fromBytes(bytes, static_cast<std::size_t>(packet.size()));
     if (!header || header->streamType != StreamType::G711MuLaw || header->channels != 1 ||
-        header->sampleRate != sampleRate || m_context == nullptr) {
+        header->sampleRate != sampleRate || packet.size() - header->length > maxBitstreamSize) {
         return std::nullopt;
     }
-    const int size = packet.size() - header->length;
+    return TalkBitstream{header->position, header->captureTime, packet.mid(header->length)};
+}
+
+std::optional<DecodedTalk> TalkPacketDecoder::decode(const QByteArray& packet)
+{
+    const auto bitstream = bitstreamOf(packet);
+    if (!bitstream || m_context == nullptr) {
+        return std::nullopt;
+    }
+    const int size = bitstream->muLaw.size();
     DecodedTalk talk;
-    talk.position = header->position;
-    talk.captureTime = header->captureTime;
+    talk.position = bitstream->position;
+    talk.captureTime = bitstream->captureTime;
     if (size == 0) {
         return talk;
     }
-    if (size > maxBitstreamSize || av_new_packet(m_packet.get(), size) < 0) {
+    if (av_new_packet(m_packet.get(), size) < 0) {
         return std::nullopt;
     }
-    std::memcpy(m_packet->data, bytes + header->length, static_cast<std::size_t>(size));
+    std::memcpy(m_packet->data, bitstream->muLaw.constData(), static_cast<std::size_t>(size));
     const int sent = avcodec_send_packet(m_context.get(), m_packet.get());
     av_packet_unref(m_packet.get());
     if (sent < 0 || avcodec_receive_frame(m_context.get(), m_frame.get()) < 0) {

@@ -2,11 +2,11 @@
 
 #include "system/MediaFiles.h"
 
-WaveFileWriter::WaveFileWriter(const QString& path, int sampleRate)
+WaveFileWriter::WaveFileWriter(const QString& path, int sampleRate, int channels)
 {
     SF_INFO info{};
     info.samplerate = sampleRate;
-    info.channels = 1;
+    info.channels = channels;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     m_file = MediaFiles::open(path, SFM_WRITE, &info);
     if (m_file != nullptr) {

@@ -2,6 +2,7 @@
 
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "server/devices/onvif/OnvifDevices.h"
 #include "server/devices/simulated/SimulatedDevices.h"
 
 #include <QDir>
@@ -141,6 +142,7 @@ std::optional<ClientOptions> ClientOptions::read(const QCommandLineParser& parse
     options.simulated.cameras = defaultCameras();
     options.embedded.dataDirectory = QDir(parser.value(QStringLiteral("data"))).absolutePath();
     options.simulated.recordingDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();
+    options.onvif.recordingDirectory = options.simulated.recordingDirectory;
     return options;
 }
 
@@ -149,11 +151,14 @@ ServerConfig ClientOptions::serverConfig() const
     ServerConfig config = embedded;
     // Of the kinds that serve a speaker the first counts, and simulated speakers serve any: they are last.
     for (const DeviceKinds& kinds : {
+             onvifDevices(onvif),
              simulatedDevices(simulated),
          }) {
         DeviceKinds& all = config.devices;
         all.cameras.insert(all.cameras.end(), kinds.cameras.begin(), kinds.cameras.end());
         all.speakers.insert(all.speakers.end(), kinds.speakers.begin(), kinds.speakers.end());
+        all.absentCameras.insert(all.absentCameras.end(), kinds.absentCameras.begin(),
+                                 kinds.absentCameras.end());
     }
     return config;
 }

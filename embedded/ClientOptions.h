@@ -2,6 +2,7 @@
 
 #include "client/ServerLink.h"
 #include "server/RecordingServer.h"
+#include "server/devices/onvif/OnvifConfig.h"
 #include "server/devices/simulated/SimulatedConfig.h"
 
 #include <QCommandLineParser>
@@ -46,6 +47,7 @@ public:
     QString secret;            ///< Password or token.
     QString fingerprint;       ///< SHA-256 of the server's certificate, hexadecimal; may be empty.
     ServerConfig embedded;     ///< Of the embedded server, but for its devices.
-    SimulatedConfig simulated; ///< Its devices.
+    SimulatedConfig simulated; ///< Its devices that are played.
+    OnvifConfig onvif;         ///< Its real cameras.
     int timeout = 5000;        ///< For the connection and for each answer, ms.
 };

@@ -207,6 +207,13 @@ def talk_seeds():
     write("fuzz_talkpacket", "long-header", packet(length=48, body=sound[:80]))
     write("fuzz_talkpacket", "empty", packet())
     write("fuzz_talkpacket", "alaw", packet(stream=StreamType.G711ALaw, body=sound[:80]))
+    write("fuzz_rtpvoice", "g711", bytes([0, 39]) + sound[:480])
+    write("fuzz_rtpvoice", "g726", bytes([3, 14]) + sound[:180])
+    write("fuzz_rtpvoice", "l16", bytes([5, 79]) + sound)
+    frames = (b"\0\x10\x05\x00" + sound[:160]).ljust(201, b"\0")
+    write("fuzz_rtpvoice", "aac", bytes([6, 50]) + frames * 2)
+    write("fuzz_rtpvoice", "aac-in-parts", bytes([6, 25]) + (b"\0\x10\x05\x00" + sound[:97]) * 2)
+    write("fuzz_rtpvoice", "configuration", bytes([0x8D, 20]) + b"\x14\x08" + sound[:100])
     token = b"0123456789abcdef0123456789abcdef"
     write("fuzz_talkdata", "one", b"<Dest>" + token + b"</Dest>")
     write("fuzz_talkdata", "relayed", b"<Dest>relay/1/" + token + b"</Dest><Dest>" + token + b"</Dest>")
@@ -387,6 +394,65 @@ def text_seeds():
         write("fuzz_schedule", name, "\n".join(lines).encode())
 
 
+def camera_seeds():
+    def envelope(body, header=""):
+        spaces = {"s": "http://www.w3.org/2003/05/soap-envelope", "d": "http://schemas.xmlsoap.org/ws/2005/04/discovery",
+                  "tt": "http://www.onvif.org/ver10/schema"}
+        names = "".join(f' xmlns:{prefix}="{space}"' for prefix, space in spaces.items())
+        return f"<s:Envelope{names}><s:Header>{header}</s:Header><s:Body>{body}</s:Body></s:Envelope>".encode()
+
+    def element(name, *inside, token=""):
+        start = f'{name} token="{token}"' if token else name
+        return f"<{start}>{''.join(inside)}</{name}>"
+
+    service = element("Service", element("Namespace", "http://www.onvif.org/ver20/media/wsdl"),
+                      element("XAddr", "http://192.168.1.64:80/onvif/media2"))
+    profile2 = element("Profiles", element("Name", "Main"), element(
+        "Configurations", element("VideoEncoder"), element("AudioEncoder", element("Encoding", "PCMU")),
+        element("AudioOutput"), element("AudioDecoder")), token="p")
+    profile1 = element("Profiles", element("Name", "Main"), element(
+        "AudioEncoderConfiguration", element("Encoding", "G711")),
+        element("Extension", element("AudioOutputConfiguration"), element("AudioDecoderConfiguration")), token="p")
+    rates = element("Items", "8 16")
+    for name, body in {
+        "time": element("UTCDateTime", element("Time", element("Hour", "8"), element("Minute", "30"), element("Second", "60")),
+                        element("Date", element("Year", "2026"), element("Month", "3"), element("Day", "1"))),
+        "services": service,
+        "capabilities": element("Capabilities", element("Media", element("XAddr", "http://0.0.0.0/media"))),
+        "profiles2": profile2,
+        "profiles1": profile1,
+        "uri": element("Uri", "rtsp://anna:x@192.168.1.64:554/live?a=b"),
+        "decoders2": element("Options", element("Encoding", "MP4A-LATM"), element("SampleRateList", rates)),
+        "decoders1": element("Options", element("AACDecOptions", element("SampleRateRange", rates)), element("G711DecOptions")),
+        "encoders": element("Configurations", element("Encoding", "G726"), element("SampleRate", "8")),
+        "deep": "<a>" * 29 + "</a>" * 29,
+    }.items():
+        write("fuzz_cameraanswer", name, envelope(f"<Response>{body}</Response>"))
+    write("fuzz_cameraanswer", "fault", envelope(element("s:Fault", element("s:Code", element("s:Value", "s:Sender"), element(
+        "s:Subcode", element("s:Value", "ter:NotAuthorized"))), element("s:Reason", element("s:Text", "no")))))
+    write("fuzz_cameraanswer", "entities", b"<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>")
+
+    def match(addresses):
+        return element("d:ProbeMatch", element("Address", "urn:uuid:9"), element("d:Types", "dn:NetworkVideoTransmitter"),
+                       element("d:Scopes", "onvif://www.onvif.org/name/A%20B onvif://www.onvif.org/location/yard"),
+                       element("d:XAddrs", addresses))
+
+    relates = element("RelatesTo", "urn:uuid:1")
+    write("fuzz_probeanswer", "own", envelope(element("d:ProbeMatches", match("http://10.0.0.5/onvif")), relates))
+    write("fuzz_probeanswer", "elsewhere", envelope(element("d:ProbeMatches", match("http://10.0.0.6/x https://a/x"), match("")), relates))
+    write("fuzz_probeanswer", "another", envelope(element("d:ProbeMatches", match("http://10.0.0.5/")), element("RelatesTo", "x")))
+
+    for name, content in {
+        "length": "HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nabc",
+        "end": "HTTP/1.0 500 Oh\n\nabc",
+        "chunks": "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3;a=b\r\nabc\r\n0\r\nX: y\r\n\r\n",
+        "interim": "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 204 No\r\n\r\n",
+        "login": 'HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm="a"\r\nWWW-Authenticate: Digest realm="a\\"b", '
+                 'nonce="n", qop="auth", algorithm=SHA-256, opaque="o"\r\nContent-Length: 0\r\n\r\n',
+    }.items():
+        write("fuzz_httpreply", name, content.encode())
+
+
 def names_of(files, row):
     """The names in the rows of a table of the protocol, in its order, and one that it does not have."""
     text = "".join((root.parent / "protocol" / name).read_text() for name in files)
@@ -520,7 +586,7 @@ def message_words():
     def quoted(content):
         return '"' + "".join(chr(byte) if 32 < byte < 127 else f"\\x{byte:02X}" for byte in content) + '"'
 
-    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "protocol/HostCommands.h", "protocol/Words.h")]
+    headers = [root.parent / name for name in ("src/vocabulary/Vocabulary.h", "src/vocabulary/PluginWords.h", "protocol/HostCommands.h", "protocol/Words.h")]
     words = [word for header in headers for word in re.findall(r'QStringLiteral\("([A-Za-z]+)"\)', header.read_text())]
     lines = [f"kind_{kind}=" + quoted(bytes([1, kind])) for kind in range(1, 7)]
     lines += [f"tag_{tag}=" + quoted(b"\xDA" + struct.pack(">I", tag)) for tag in range(65536, 65542)]
@@ -537,5 +603,6 @@ message_seeds()
 sound_seeds()
 dump_seeds()
 text_seeds()
+camera_seeds()
 step_seeds()
 message_words()

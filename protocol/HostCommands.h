@@ -35,6 +35,7 @@ inline const QString camName = QStringLiteral("camName");
 inline const QString online = QStringLiteral("online");
 inline const QString camKind = QStringLiteral("camKind");
 inline const QString camAddress = QStringLiteral("camAddress");
+inline const QString camSettings = QStringLiteral("camSettings");
 /** @} */
 
 } // namespace Words
@@ -46,12 +47,13 @@ inline std::vector<Row> hostRows()
 {
     namespace V = Vocabulary;
     namespace W = Words;
-    const QStringList fields{W::camName, W::camKind, W::camAddress};
-    const QStringList record = QStringList(V::camId) + fields;
+    const QStringList fields{W::camName, W::camKind, W::camAddress, V::username, V::password, W::camSettings};
+    const QStringList answered{V::camId, W::camName, W::camKind, W::camAddress, V::username, W::camSettings};
     return {
-        row(W::GetCamera, nothing(), maps({V::camId, W::camName, W::online, W::camKind, W::camAddress})),
-        row(W::AddCamera, map(fields), map(record)),
-        row(W::UpdateCamera, map(record), map(record), map({V::camId})),
+        row(W::GetCamera, nothing(),
+            maps({V::camId, W::camName, W::online, W::camKind, W::camAddress, V::username, W::camSettings})),
+        row(W::AddCamera, map(fields), map(answered)),
+        row(W::UpdateCamera, map(QStringList(V::camId) + fields), map(answered), map({V::camId})),
         row(W::DeleteCamera, text(), text(), text()),
     };
 }

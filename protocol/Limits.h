@@ -8,6 +8,7 @@ namespace Limits {
 // Records.
 inline constexpr int maxNameLength = 128; ///< Characters of a device's, group's, schedule's or file's name.
 inline constexpr int maxCredentialLength = 256; ///< Characters of a device's user name, and of its password.
+inline constexpr int maxUrlLength = 1024;       ///< Characters of a camera's address that is a URL.
 inline constexpr int maxPort = 65535;           ///< Port number of a device.
 inline constexpr int maxAddressLength = 253;    ///< Characters of an address, as of a host name in RFC 1123.
 inline constexpr int maxListEntries = 10000;    ///< Ids or cameras in one list of a record.

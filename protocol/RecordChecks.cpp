@@ -5,6 +5,7 @@
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <QSet>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -43,6 +44,22 @@ Refusal address(const QString& address)
                        QStringLiteral("\"%1\" is not an address").arg(address.left(Limits::maxNameLength)));
     }
     return std::nullopt;
+}
+
+Refusal cameraAddress(const QString& text)
+{
+    if (!text.contains(QStringLiteral("://"))) {
+        return address(text);
+    }
+    const QUrl url(text, QUrl::StrictMode);
+    const bool isRtsp = url.scheme() == QLatin1String("rtsp") || url.scheme() == QLatin1String("rtsps");
+    const bool valid = text.size() <= Limits::maxUrlLength && url.isValid() && isRtsp && !url.hasFragment() &&
+                       url.port(1) >= 1 && !address(url.host());
+    // The text may hold a password: it is not repeated.
+    return valid ? std::nullopt
+                 : std::optional(refusal(ReturnCode::badAddress,
+                                         QStringLiteral("a camera's address is a host, or a URL like "
+                                                        "rtsp://host:port/path or rtsps://host/path")));
 }
 
 Refusal port(int port)

@@ -24,6 +24,23 @@ inline const QString TalkTargetLost = QStringLiteral("TalkTargetLost");
 /** @} */
 
 /**
+ * @name Settings of cameras
+ * @{
+ */
+/** A key of "camSettings". */
+inline const QString transport = QStringLiteral("transport");
+inline const QString packetTime = QStringLiteral("packetTime");
+inline const QString talkCodec = QStringLiteral("talkCodec");
+inline const QString readinessDelay = QStringLiteral("readinessDelay");
+inline const QString evenPace = QStringLiteral("evenPace");
+inline const QString halfDuplex = QStringLiteral("halfDuplex");
+inline const QString noDelay = QStringLiteral("noDelay");
+inline const QString dscp = QStringLiteral("dscp");
+inline const QString openTimeout = QStringLiteral("openTimeout");
+inline const QString anyCertificate = QStringLiteral("anyCertificate");
+/** @} */
+
+/**
  * @name Talks
  * @{
  */

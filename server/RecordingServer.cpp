@@ -5,6 +5,7 @@
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/AbsentCameras.h"
+#include "server/records/CameraSettingsRecord.h"
 
 namespace {
 
@@ -23,15 +24,6 @@ std::vector<std::unique_ptr<CameraBackend>> makeCameraBackends(const std::vector
     auto backends = makeBackends<CameraBackend>(kinds);
     backends.push_back(std::make_unique<AbsentCameras>());
     return backends;
-}
-
-QStringList namesOf(const std::vector<CameraKind>& kinds)
-{
-    QStringList names;
-    for (const CameraKind& kind : kinds) {
-        names.append(kind.name);
-    }
-    return names;
 }
 
 template<class Backend>
@@ -70,8 +62,8 @@ RecordingServer::RecordingServer(ServerConfig config)
     : m_config(std::move(config)), m_data(m_config.dataDirectory),
       m_database(m_data.isLasting() ? m_data.path("records.sqlite") : QString()),
       m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString(),
-                !DeviceStore::hasPasswords(m_database)),
-      m_cameras(m_database, namesOf(m_config.devices.cameras)), m_devices(m_database, m_secrets),
+                !DeviceStore::hasPasswords(m_database) && !CameraStore::hasPasswords(m_database)),
+      m_cameras(m_database, m_secrets, m_config.devices), m_devices(m_database, m_secrets),
       m_files(m_database, m_data.path("files")), m_groups(m_database, m_devices),
       m_schedules(m_database, m_devices, m_groups, m_files),
       m_cameraBackends(makeCameraBackends(m_config.devices.cameras)),
@@ -229,14 +221,21 @@ void RecordingServer::reportCameras()
 
 QVariantList RecordingServer::cameraRecords() const
 {
+    QHash<QString, CameraRecord> stored;
+    for (const CameraRecord& record : m_cameras.records()) {
+        stored.insert(record.id, record);
+    }
     QVariantList records;
     for (const auto& backend : m_cameraBackends) {
         for (const Camera& camera : backend->cameras()) {
+            const CameraRecord record = camera.address.isEmpty() ? CameraRecord() : stored.value(camera.id);
             records.append(QVariantMap{{Vocabulary::camId, camera.id},
                                        {Words::camName, camera.name},
                                        {Words::online, camera.online},
                                        {Words::camKind, camera.kind},
-                                       {Words::camAddress, camera.address}});
+                                       {Words::camAddress, camera.address},
+                                       {Vocabulary::username, record.username},
+                                       {Words::camSettings, CameraSettingsRecord::toMap(record.settings)}});
         }
     }
     return records;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QString>
+
 #include <cstdio>
+#include <optional>
 
 /** The terminal that a program was started from. */
 namespace Console {
@@ -20,5 +23,13 @@ private:
 
 /** Returns whether a stream is a terminal, where a line can be overwritten, and not a file or a pipe. */
 bool isTerminal(std::FILE* stream);
+
+/**
+ * Asks for a password at the terminal, which does not show what is typed.
+ *
+ * @param prompt written to stderr first
+ * @return empty when standard input is no terminal, or ends
+ */
+std::optional<QString> readPassword(const char* prompt);
 
 } // namespace Console

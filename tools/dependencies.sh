@@ -1,10 +1,10 @@
 # What run and test install with apt; sourced by them.
 
-# The sound plug-in, the media back end that measures how long a file is (WAV, MP3 and AAC), and what the window
-# is made of.
+# The sound plug-in, the media back end that measures how long a file is (WAV, MP3 and AAC), RTSP with TLS for talks
+# to cameras, and what the window is made of.
 runtime_packages=(
     libqt5multimedia5-plugins libqt5sql5-sqlite
-    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
+    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav glib-networking
     qml-module-qtqml qml-module-qtquick2 qml-module-qtquick-window2 qml-module-qtquick-layouts
     qml-module-qtquick-controls2 qml-module-qtquick-templates2 qml-module-qt-labs-platform fonts-dejavu-core
 )
@@ -15,6 +15,7 @@ build_packages=(
     qttools5-dev qttools5-dev-tools
     libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
     libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev libsodium-dev libssl-dev
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
 )
 
 # A sound server, for machines without sound.
@@ -22,8 +23,11 @@ sound_packages=(
     pulseaudio
 )
 
+# wsdd answers probes of cameras, in a network that iproute2 makes for it; libonvif asks the camera of the tests.
 test_packages=(
+    libgstrtspserver-1.0-dev
     qml-module-qttest qtdeclarative5-dev-tools xvfb xdotool clang-format lld python3
+    wsdd iproute2 libonvif-dev libxml2-dev
     "${sound_packages[@]}" pulseaudio-utils
 )
 

@@ -202,6 +202,30 @@
         <translation>der Ton der Kamera geht nicht</translation>
     </message>
     <message>
+        <source>the camera refuses the user name or the password</source>
+        <translation>die Kamera lehnt den Benutzernamen oder das Passwort ab</translation>
+    </message>
+    <message>
+        <source>the camera has no loudspeaker</source>
+        <translation>die Kamera hat keinen Lautsprecher</translation>
+    </message>
+    <message>
+        <source>the camera is busy with others</source>
+        <translation>die Kamera ist mit anderen beschäftigt</translation>
+    </message>
+    <message>
+        <source>the camera did not answer in time</source>
+        <translation>die Kamera hat nicht rechtzeitig geantwortet</translation>
+    </message>
+    <message>
+        <source>the camera refuses the talk</source>
+        <translation>die Kamera lehnt das Gespräch ab</translation>
+    </message>
+    <message>
+        <source>a setting of the camera is not allowed</source>
+        <translation>eine Einstellung der Kamera ist nicht erlaubt</translation>
+    </message>
+    <message>
         <source>the speaker is offline</source>
         <translation>der Lautsprecher ist nicht erreichbar</translation>
     </message>

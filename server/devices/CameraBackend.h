@@ -1,5 +1,6 @@
 #pragma once
 
+#include "server/devices/CameraSettings.h"
 #include "server/devices/DeviceTalk.h"
 
 #include <QList>
@@ -19,15 +20,19 @@ struct Camera
 /** A camera of the server's records. */
 struct CameraRecord
 {
-    QString id;      ///< The number of the record as text.
-    QString name;    ///< For people.
-    QString kind;    ///< Name of its CameraKind.
-    QString address; ///< IPv4, IPv6 or a host name.
+    QString id;                ///< The number of the record as text.
+    QString name;              ///< For people.
+    QString kind;              ///< Name of its CameraKind.
+    QString address;           ///< IPv4, IPv6, a host name, or the URL of a stream without a login.
+    QString username{};        ///< Of the login at the camera; empty for none.
+    QString password{};        ///< The same.
+    CameraSettings settings{}; ///< How it is talked to.
 
     /** Compares all fields. */
     bool operator==(const CameraRecord& other) const
     {
-        return id == other.id && name == other.name && kind == other.kind && address == other.address;
+        return id == other.id && name == other.name && kind == other.kind && address == other.address &&
+               username == other.username && password == other.password && settings == other.settings;
     }
 };
 

@@ -14,6 +14,13 @@ struct CameraKind
     std::function<std::unique_ptr<CameraBackend>()> makeBackend; ///< Never returns null.
 };
 
+/** A kind of cameras that this program could have, but was built without. */
+struct AbsentCameraKind
+{
+    QString name;   ///< As camera records give it.
+    QString reason; ///< Why it is not there, for people.
+};
+
 /** One kind of speakers, and what makes its back end for one server. */
 struct SpeakerKind
 {
@@ -24,6 +31,7 @@ struct SpeakerKind
 /** The kinds of devices that a server knows: one entry each. */
 struct DeviceKinds
 {
-    std::vector<CameraKind> cameras;   ///< By name.
-    std::vector<SpeakerKind> speakers; ///< The first that serves a speaker counts.
+    std::vector<CameraKind> cameras;               ///< By name.
+    std::vector<SpeakerKind> speakers;             ///< The first that serves a speaker counts.
+    std::vector<AbsentCameraKind> absentCameras{}; ///< Their records are refused with the reason.
 };

@@ -3,27 +3,72 @@
 #include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
+#include "server/records/CameraSettingsRecord.h"
 #include "server/records/ListLimit.h"
+
+#include <QUrl>
+
+#include <algorithm>
 
 namespace {
 
 const ListLimit::Kind cameraList{
     QStringLiteral("maxCameras"), Limits::maxCameras,
     QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB)) + length(CAST(kind AS BLOB)) + "
-                   "length(address)), 0) FROM cameras")};
+                   "length(CAST(address AS BLOB)) + length(CAST(username AS BLOB)) + length(password) + "
+                   "length(settings)), 0) FROM cameras")};
 
 QString textOf(const QVariantMap& record, const QString& key)
 {
     return record.value(key).toString();
 }
 
-/** The record as it is stored. */
-QVariantMap stored(int id, const QVariantMap& record)
+const QString selectCameras =
+    QStringLiteral("SELECT id, name, kind, address, username, password, settings FROM cameras");
+
+/** The record as clients get it. */
+QVariantMap answerOf(const CameraRecord& record)
 {
-    return {{Vocabulary::camId, QString::number(id)},
-            {Words::camName, textOf(record, Words::camName)},
-            {Words::camKind, textOf(record, Words::camKind)},
-            {Words::camAddress, textOf(record, Words::camAddress)}};
+    return {{Vocabulary::camId, record.id},
+            {Words::camName, record.name},
+            {Words::camKind, record.kind},
+            {Words::camAddress, record.address},
+            {Vocabulary::username, record.username},
+            {Words::camSettings, CameraSettingsRecord::toMap(record.settings)}};
+}
+
+CameraRecord readRecord(const QSqlQuery& row, const PasswordCipher& secrets)
+{
+    return {QString::number(row.value(0).toInt()),
+            row.value(1).toString(),
+            row.value(2).toString(),
+            row.value(3).toString(),
+            row.value(4).toString(),
+            secrets.unseal(row.value(5).toByteArray()),
+            CameraSettingsRecord::fromText(row.value(6).toString())};
+}
+
+/** The values of a statement, in the order of the columns. */
+QVariantList valuesOf(const CameraRecord& record, const PasswordCipher& secrets)
+{
+    return {record.name,
+            record.kind,
+            record.address,
+            record.username,
+            secrets.seal(record.password),
+            CameraSettingsRecord::toText(record.settings)};
+}
+
+/** Takes the login out of an address, which is shown and logged. */
+void takeLogin(CameraRecord& record)
+{
+    QUrl url(record.address, QUrl::StrictMode);
+    if (url.isValid() && !url.userInfo().isEmpty()) {
+        record.username = url.userName(QUrl::FullyDecoded);
+        record.password = url.password(QUrl::FullyDecoded);
+        url.setUserInfo(QString());
+        record.address = url.toString(QUrl::FullyEncoded);
+    }
 }
 
 /** The id of a camera of the records, in the one form that they have; empty for anything else. */
@@ -41,8 +86,8 @@ ServerReply unknown(const QVariant& id, const QVariant& result)
 
 } // namespace
 
-CameraStore::CameraStore(RecordDatabase& database, QStringList kinds)
-    : m_database(database), m_kinds(std::move(kinds))
+CameraStore::CameraStore(RecordDatabase& database, const PasswordCipher& secrets, DeviceKinds kinds)
+    : m_database(database), m_secrets(secrets), m_kinds(std::move(kinds))
 {
     if (const auto records = readAll()) {
         m_records = *records;
@@ -67,81 +112,141 @@ ServerReply CameraStore::commit(RecordDatabase::Transaction& transaction, const 
     return reply;
 }
 
-std::optional<ServerReply> CameraStore::check(const QVariantMap& record, int id)
+const CameraRecord* CameraStore::find(const QString& id) const
 {
-    for (const RecordChecks::Refusal& bad : {RecordChecks::name(textOf(record, Words::camName)),
-                                             RecordChecks::address(textOf(record, Words::camAddress))}) {
+    const auto found = std::find_if(m_records.begin(), m_records.end(),
+                                    [&](const CameraRecord& each) { return each.id == id; });
+    return found == m_records.end() ? nullptr : &*found;
+}
+
+/** A record keeps its kind, also where the server does not have it. */
+std::optional<ServerReply> CameraStore::checkKind(const QString& kind, const QString& id) const
+{
+    const CameraRecord* before = find(id);
+    const auto has = [&kind](const auto& each) { return each.name == kind; };
+    if ((before != nullptr && before->kind == kind) ||
+        std::any_of(m_kinds.cameras.begin(), m_kinds.cameras.end(), has)) {
+        return std::nullopt;
+    }
+    const auto absent = std::find_if(m_kinds.absentCameras.begin(), m_kinds.absentCameras.end(), has);
+    return refusal(ReturnCode::badCameraKind,
+                   absent != m_kinds.absentCameras.end()
+                       ? absent->reason
+                       : QStringLiteral("this server has no cameras of the kind \"%1\"").arg(kind));
+}
+
+bool CameraStore::hasPasswords(RecordDatabase& database)
+{
+    QSqlQuery sealed = database.query();
+    return !database.run(sealed,
+                         QStringLiteral("SELECT EXISTS (SELECT 1 FROM cameras WHERE length(password) > ?)"),
+                         {PasswordCipher::overhead()}) ||
+           !sealed.next() || sealed.value(0).toBool();
+}
+
+/** Puts what a client sent into a record: what it lacks stays as it is. */
+std::optional<ServerReply> CameraStore::complete(const QVariantMap& fields, CameraRecord& record) const
+{
+    record.name = textOf(fields, Words::camName);
+    record.kind = textOf(fields, Words::camKind);
+    record.address = textOf(fields, Words::camAddress);
+    takeLogin(record);
+    if (fields.contains(Vocabulary::username)) {
+        record.username = textOf(fields, Vocabulary::username);
+    }
+    if (fields.contains(Vocabulary::password)) {
+        record.password = textOf(fields, Vocabulary::password);
+    }
+    const QVariant given = fields.value(Words::camSettings);
+    QString error = QStringLiteral("the settings of a camera are a map");
+    const auto settings = given.isValid() && given.userType() != QMetaType::QVariantMap
+                              ? std::nullopt
+                              : CameraSettingsRecord::fromMap(given.toMap(), record.settings, &error);
+    if (!settings) {
+        return refusal(ReturnCode::badCameraSettings, error);
+    }
+    record.settings = *settings;
+    return std::nullopt;
+}
+
+std::optional<ServerReply> CameraStore::check(const CameraRecord& record)
+{
+    for (const RecordChecks::Refusal& bad :
+         {RecordChecks::name(record.name), RecordChecks::cameraAddress(record.address),
+          RecordChecks::credentials(record.username, record.password), checkKind(record.kind, record.id)}) {
         if (bad) {
             return bad;
         }
     }
-    const QString kind = textOf(record, Words::camKind);
-    const bool keepsItsKind = std::any_of(m_records.begin(), m_records.end(), [&](const CameraRecord& each) {
-        return each.id == QString::number(id) && each.kind == kind;
-    });
-    if (!keepsItsKind && !m_kinds.contains(kind)) {
-        return refusal(ReturnCode::badCameraKind,
-                       QStringLiteral("this server has no cameras of the kind \"%1\"").arg(kind));
-    }
     QSqlQuery same = m_database.query();
     if (!m_database.run(same, QStringLiteral("SELECT 1 FROM cameras WHERE name = ? AND id <> ?"),
-                        {textOf(record, Words::camName), id})) {
+                        {record.name, record.id.toInt()})) {
         return failed();
     }
     if (same.next()) {
-        return refusal(
-            ReturnCode::nameTaken,
-            QStringLiteral("there is a camera named \"%1\" already").arg(textOf(record, Words::camName)));
+        return refusal(ReturnCode::nameTaken,
+                       QStringLiteral("there is a camera named \"%1\" already").arg(record.name));
     }
     return std::nullopt;
 }
 
 ServerReply CameraStore::add(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    if (const auto bad = check(record, -1)) {
+    CameraRecord record;
+    auto bad = complete(payload.toMap(), record);
+    if (!bad) {
+        bad = check(record);
+    }
+    if (bad) {
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, cameraList);
     QSqlQuery insert = m_database.query();
-    if (!m_database.run(insert, QStringLiteral("INSERT INTO cameras (name, kind, address) VALUES (?, ?, ?)"),
-                        {textOf(record, Words::camName), textOf(record, Words::camKind),
-                         textOf(record, Words::camAddress)})) {
+    if (!m_database.run(
+            insert,
+            QStringLiteral("INSERT INTO cameras (name, kind, address, username, password, settings) "
+                           "VALUES (?, ?, ?, ?, ?, ?)"),
+            valuesOf(record, m_secrets))) {
         return failed();
     }
-    if (const auto bad = limit.check()) {
-        return *bad;
+    if (const auto tooMuch = limit.check()) {
+        return *tooMuch;
     }
-    return commit(transaction, done(stored(insert.lastInsertId().toInt(), record)));
+    record.id = QString::number(insert.lastInsertId().toInt());
+    return commit(transaction, done(answerOf(record)));
 }
 
 ServerReply CameraStore::update(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    const int id = idOf(textOf(record, Vocabulary::camId)).value_or(-1);
-    const QVariantMap onlyId{{Vocabulary::camId, textOf(record, Vocabulary::camId)}};
-    if (auto bad = check(record, id)) {
+    const QVariantMap fields = payload.toMap();
+    const QString id = textOf(fields, Vocabulary::camId);
+    const QVariantMap onlyId{{Vocabulary::camId, id}};
+    const CameraRecord* before = find(id);
+    CameraRecord record = before == nullptr ? CameraRecord() : *before;
+    auto bad = complete(fields, record);
+    if (!bad) {
+        bad = check(record);
+    }
+    if (bad) {
         bad->result = onlyId;
         return *bad;
+    }
+    if (before == nullptr) {
+        return unknown(id, onlyId);
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, cameraList);
-    QSqlQuery change = m_database.query();
-    if (!m_database.run(change,
-                        QStringLiteral("UPDATE cameras SET name = ?, kind = ?, address = ? WHERE id = ?"),
-                        {textOf(record, Words::camName), textOf(record, Words::camKind),
-                         textOf(record, Words::camAddress), id})) {
+    if (!m_database.run(QStringLiteral("UPDATE cameras SET name = ?, kind = ?, address = ?, username = ?, "
+                                       "password = ?, settings = ? WHERE id = ?"),
+                        valuesOf(record, m_secrets) + QVariantList{id.toInt()})) {
         return failed();
     }
-    if (change.numRowsAffected() == 0) {
-        return unknown(textOf(record, Vocabulary::camId), onlyId);
+    if (auto tooMuch = limit.check()) {
+        tooMuch->result = onlyId;
+        return *tooMuch;
     }
-    if (auto bad = limit.check()) {
-        bad->result = onlyId;
-        return *bad;
-    }
-    return commit(transaction, done(stored(id, record)));
+    return commit(transaction, done(answerOf(record)));
 }
 
 ServerReply CameraStore::remove(const QVariant& payload)
@@ -160,10 +265,7 @@ std::optional<QList<CameraRecord>> CameraStore::readAll()
 {
     QList<CameraRecord> records;
     const bool read =
-        m_database.read(QStringLiteral("SELECT id, name, kind, address FROM cameras ORDER BY id"), {},
-                        [&](const QSqlQuery& row) {
-                            records.append({QString::number(row.value(0).toInt()), row.value(1).toString(),
-                                            row.value(2).toString(), row.value(3).toString()});
-                        });
+        m_database.read(selectCameras + QStringLiteral(" ORDER BY id"), {},
+                        [&](const QSqlQuery& row) { records.append(readRecord(row, m_secrets)); });
     return read ? std::optional(records) : std::nullopt;
 }

@@ -1,17 +1,18 @@
 #pragma once
 
 #include "protocol/ServerReply.h"
-#include "server/devices/CameraBackend.h"
+#include "server/devices/DeviceKinds.h"
+#include "server/records/PasswordCipher.h"
 #include "server/records/RecordDatabase.h"
-
-#include <QStringList>
 
 #include <optional>
 
 /**
- * The cameras of the database, as records of the protocol: maps of "camId", "camName", "camKind" and
- * "camAddress", all QString. A camera's id is its number as text. A record whose kind the server does not
- * know is kept, and may be changed as long as its kind stays. Used on the database's thread.
+ * The cameras of the database, as records of the protocol: maps of "camId", "camName", "camKind",
+ * "camAddress", "username" and "password", all QString, and "camSettings", a map as of CameraSettingsRecord.
+ * A camera's id is its number as text. Passwords are sealed in the database, and no answer has one. A record
+ * whose kind the server does not know is kept, and may be changed as long as its kind stays. Used on the
+ * database's thread.
  */
 class CameraStore
 {
@@ -20,9 +21,13 @@ public:
      * Reads all records.
      *
      * @param database outlives the store
-     * @param kinds    of cameras that the server knows
+     * @param secrets  seals the passwords, outlives the store
+     * @param kinds    of devices that the server knows
      */
-    CameraStore(RecordDatabase& database, QStringList kinds);
+    CameraStore(RecordDatabase& database, const PasswordCipher& secrets, DeviceKinds kinds);
+
+    /** Returns whether a database has passwords of cameras, or may have some. */
+    static bool hasPasswords(RecordDatabase& database);
 
     /** Returns why the records could not be read when the store was made; empty when they were. */
     QString errorString() const { return m_error; }
@@ -30,14 +35,14 @@ public:
     /**
      * Adds a camera.
      *
-     * @param payload a record; its "camId" is not read
-     * @return the stored record, or one of badName, nameTaken, badAddress, badCameraKind, tooManyRecords and
-     * storageFailed
+     * @param payload a record; its "camId" is not read, login and settings may be missing
+     * @return the stored record, or one of badName, nameTaken, badAddress, badCredentials, badCameraKind,
+     * badCameraSettings, tooManyRecords and storageFailed
      */
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces all fields of a camera.
+     * Replaces name, kind and address of a camera, and of login and settings what is given.
      *
      * @param payload a record
      * @return the stored record, noSuchCamera, or an error of add; a refusal has a map of "camId" with it,
@@ -57,13 +62,17 @@ public:
     const QList<CameraRecord>& records() const { return m_records; }
 
 private:
-    std::optional<ServerReply> check(const QVariantMap& record, int id);
+    const CameraRecord* find(const QString& id) const;
+    std::optional<ServerReply> checkKind(const QString& kind, const QString& id) const;
+    std::optional<ServerReply> complete(const QVariantMap& fields, CameraRecord& record) const;
+    std::optional<ServerReply> check(const CameraRecord& record);
     ServerReply failed() const;
     ServerReply commit(RecordDatabase::Transaction& transaction, const ServerReply& reply);
     std::optional<QList<CameraRecord>> readAll();
 
     RecordDatabase& m_database;
-    QStringList m_kinds;
+    const PasswordCipher& m_secrets;
+    DeviceKinds m_kinds;
     QString m_error;
     QList<CameraRecord> m_records;
 };

@@ -80,7 +80,7 @@ QString PasswordCipher::unseal(const QByteArray& sealed) const
 {
     constexpr int nonceSize = crypto_secretbox_NONCEBYTES;
     constexpr int macSize = crypto_secretbox_MACBYTES;
-    if (sealed.size() < nonceSize + macSize) {
+    if (!isValid() || sealed.size() < nonceSize + macSize) {
         return QString();
     }
     const QByteArray body = sealed.mid(nonceSize);

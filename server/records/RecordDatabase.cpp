@@ -47,6 +47,11 @@ const QList<QStringList>& migrations()
             QStringLiteral("CREATE TABLE cameras (id INTEGER PRIMARY KEY AUTOINCREMENT, "
                            "name TEXT NOT NULL UNIQUE, kind TEXT NOT NULL, address TEXT NOT NULL)"),
         },
+        {
+            QStringLiteral("ALTER TABLE cameras ADD COLUMN username TEXT NOT NULL DEFAULT ''"),
+            QStringLiteral("ALTER TABLE cameras ADD COLUMN password BLOB NOT NULL DEFAULT x''"),
+            QStringLiteral("ALTER TABLE cameras ADD COLUMN settings TEXT NOT NULL DEFAULT ''"),
+        },
     };
     return steps;
 }
@@ -90,7 +95,7 @@ bool RecordDatabase::migrate()
     }
     const int found = version.value(0).toInt();
     version.finish();
-    static_assert(schemaVersion == 3, "a new version needs its step in migrations");
+    static_assert(schemaVersion == 4, "a new version needs its step in migrations");
     if (found > schemaVersion || found < 0) {
         m_error =
             QStringLiteral("the database has schema %1, this server knows %2 at most; use a newer server")

@@ -15,7 +15,7 @@
 class RecordDatabase
 {
 public:
-    static constexpr int schemaVersion = 3; ///< The current schema; files of a later one are refused.
+    static constexpr int schemaVersion = 4; ///< The current schema; files of a later one are refused.
 
     /** @param path the file; empty for a database in memory */
     explicit RecordDatabase(const QString& path);

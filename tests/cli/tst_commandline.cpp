@@ -159,6 +159,10 @@ void TestCommandLine::refusals_data()
     QTest::newRow("empty word") << QStringList{"groups", "add", ""} << "NAME is empty";
     QTest::newRow("port") << QStringList{"devices", "add", "x", "10.0.0.1", "http"} << "\"http\" is no port";
     QTest::newRow("option of another command") << QStringList{"cameras", "--tls"} << "'tls'";
+    QTest::newRow("interface") << QStringList{"cameras", "find", "--interface", "nowhere7"} << "--interface";
+    QTest::newRow("search of no time") << QStringList{"cameras", "find", "--seconds", "0"} << "--seconds";
+    QTest::newRow("no camera") << QStringList{"cameras", "ask"} << "ADDRESS is missing";
+    QTest::newRow("a stream") << QStringList{"cameras", "ask", "rtsp://10.0.0.5/live"} << "host:port";
     QTest::newRow("empty entry") << QStringList{"groups", "add", "x", "--devices", "1,,2"} << "--devices";
     QTest::newRow("play nothing") << QStringList{"play", "--device", "1"} << "--file";
     QTest::newRow("play on both") << QStringList{"play", "--file", "1", "--device", "1", "--group", "1"}

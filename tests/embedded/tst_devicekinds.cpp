@@ -1,4 +1,4 @@
-// A server of our programs has each kind of devices that has a folder.
+// A server of our programs has each kind of devices that has a folder, or says why not.
 
 #include "embedded/ClientOptions.h"
 
@@ -42,6 +42,10 @@ void TestDeviceKinds::everyFolderIsAKind()
     const QStringList speakers = namesOf(kinds.speakers);
     QSet<QString> names(cameras.begin(), cameras.end());
     names.unite(QSet<QString>(speakers.begin(), speakers.end()));
+    for (const AbsentCameraKind& absent : kinds.absentCameras) {
+        QVERIFY2(!cameras.contains(absent.name) && !absent.reason.isEmpty(), qPrintable(absent.name));
+        names.insert(absent.name);
+    }
     const QStringList folders = QDir(QStringLiteral(PROJECT_FOLDER "/server/devices"))
                                     .entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
     QVERIFY(folders.contains("simulated"));

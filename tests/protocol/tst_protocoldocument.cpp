@@ -167,6 +167,7 @@ void TestProtocolDocument::limits()
     const QMap<QString, qint64> values{
         LIMIT(maxNameLength),
         LIMIT(maxCredentialLength),
+        LIMIT(maxUrlLength),
         LIMIT(maxPort),
         LIMIT(maxAddressLength),
         LIMIT(maxListEntries),

@@ -120,6 +120,7 @@ struct AwkwardDevices : std::enable_shared_from_this<AwkwardDevices>
     bool answersClose = true;
     std::chrono::milliseconds leadTime{0}; ///< Of the speakers.
     QList<Camera> cameras;
+    QList<CameraRecord> records;                      ///< As the server gave them last.
     std::vector<QPointer<AwkwardTalk>> talks;         ///< In the order in which they were asked for.
     std::vector<QPointer<AwkwardPlayback>> playbacks; ///< The same.
     QStringList passwords;                            ///< Of the speakers, with each talk and playback.
@@ -165,7 +166,7 @@ public:
             }
         };
     }
-    void setRecords(const QList<CameraRecord>& /*records*/) override {}
+    void setRecords(const QList<CameraRecord>& records) override { m_devices->records = records; }
     QList<Camera> cameras() const override { return m_devices->cameras; }
     std::unique_ptr<DeviceTalk> openTalk(const QString& /*camera*/) override { return m_devices->makeTalk(); }
 

@@ -1,6 +1,7 @@
 // Cameras as records of the server.
 
 #include "protocol/Words.h"
+#include "server/records/CameraSettingsRecord.h"
 #include "tests/server/AwkwardBackend.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/server/SqlFile.h"
@@ -18,6 +19,12 @@ private Q_SLOTS:
     void latestRecordingsAreKnown();
     void surviveARestart();
     void ofAnUnknownKindAreKept();
+    void ofAKindThatIsNotBuiltIn();
+    void loginsAreSealedAndNeverSentBack();
+    void loginsInAddresses();
+    void settings_data();
+    void settings();
+    void whatAChangeLacksStays();
     void openTalkOutlivesItsRecord();
     void backEndsReportChanges();
     void changeThatCannotBeReadIsRefused();
@@ -40,9 +47,19 @@ QVariantMap withId(QVariantMap record, const QString& id)
     return record;
 }
 
-QVariantMap listed(const QVariantMap& record, const QString& id, bool online = true)
+/** As the server answers it. */
+QVariantMap answered(const QVariantMap& record, const QString& id)
 {
     QVariantMap entry = withId(record, id);
+    entry.remove("password");
+    entry["username"] = record.value("username", QString());
+    entry["camSettings"] = CameraSettingsRecord::toMap(CameraSettings());
+    return entry;
+}
+
+QVariantMap listed(const QVariantMap& record, const QString& id, bool online = true)
+{
+    QVariantMap entry = answered(record, id);
     entry["online"] = online;
     return entry;
 }
@@ -64,11 +81,11 @@ void TestCameras::areAddedChangedAndDeleted()
     QCOMPARE(changes(harness), 0);
     const ServerReply added = harness.ask("AddCamera", camera("Gate"));
     QCOMPARE(added.returnCode, ReturnCode::success);
-    QCOMPARE(added.result, QVariant(withId(camera("Gate"), "1")));
+    QCOMPARE(added.result, QVariant(answered(camera("Gate"), "1")));
     QCOMPARE(changes(harness), 1);
     QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Gate"), "1")}));
     const QVariantMap changed = withId(camera("Dock", "simulated", "dock.example"), "1");
-    QCOMPARE(harness.ask("UpdateCamera", changed).result, QVariant(changed));
+    QCOMPARE(harness.ask("UpdateCamera", changed).result, QVariant(answered(changed, "1")));
     QCOMPARE(changes(harness), 2);
     QCOMPARE(harness.ask("UpdateCamera", changed).returnCode, ReturnCode::success);
     QCOMPARE(changes(harness), 2); // it is as it was
@@ -195,12 +212,159 @@ void TestCameras::ofAnUnknownKindAreKept()
         QCOMPARE(harness.ask("AddCamera", camera("Dock")).returnCode, ReturnCode::badCameraKind);
         // It may get another name, but no other kind that is not there.
         const QVariantMap renamed = withId(camera("Yard"), "1");
-        QCOMPARE(harness.ask("UpdateCamera", renamed).result, QVariant(renamed));
+        QCOMPARE(harness.ask("UpdateCamera", renamed).result, QVariant(answered(renamed, "1")));
         QCOMPARE(harness.ask("UpdateCamera", withId(camera("Yard", "pigeon"), "1")).returnCode,
                  ReturnCode::badCameraKind);
     }
     ServerHarness harness(config);
     QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Yard"), "1")}));
+}
+
+void TestCameras::ofAKindThatIsNotBuiltIn()
+{
+    ServerConfig config;
+    config.devices.absentCameras = {{"onvif", "built without it"}};
+    ServerHarness harness(config);
+    const ServerReply reply = harness.ask("AddCamera", camera("Gate", "onvif"));
+    QCOMPARE(reply.returnCode, ReturnCode::badCameraKind);
+    QCOMPARE(reply.errorText, QString("built without it"));
+    QCOMPARE(harness.ask("AddCamera", camera("Gate", "pigeon")).errorText,
+             QString("this server has no cameras of the kind \"pigeon\""));
+}
+
+void TestCameras::loginsAreSealedAndNeverSentBack()
+{
+    const QTemporaryDir folder;
+    const auto devices = std::make_shared<AwkwardDevices>();
+    ServerConfig config;
+    config.devices = devices->kinds();
+    config.dataDirectory = folder.filePath("data");
+    QVariantMap record = camera("Gate", "awkward");
+    record["username"] = "anna";
+    record["password"] = "open sesame";
+    {
+        ServerHarness harness(config);
+        QCOMPARE(harness.ask("AddCamera", record).result, QVariant(answered(record, "1")));
+        QCOMPARE(devices->records.size(), 1);
+        QCOMPARE(devices->records[0].password, QString("open sesame"));
+    }
+    QFile file(config.dataDirectory + "/records.sqlite");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(!file.readAll().contains("open sesame"));
+    {
+        ServerHarness harness(config);
+        QCOMPARE(devices->records[0].username, QString("anna"));
+        QCOMPARE(devices->records[0].password, QString("open sesame"));
+    }
+    QVERIFY(QFile::remove(config.dataDirectory + "/secret.key"));
+    const ServerHarness harness(config);
+    QVERIFY(!harness.server->isOpen()); // no new key, with which the password could not be read
+}
+
+void TestCameras::loginsInAddresses()
+{
+    ServerHarness harness;
+    const QString secret = "s%40cret";
+    QVariantMap record = camera("Gate", "simulated", "rtsp://anna:" + secret + "@10.0.0.9:8554/stream?x=1");
+    const QVariantMap result = harness.ask("AddCamera", record).result.toMap();
+    QCOMPARE(result["camAddress"], QVariant("rtsp://10.0.0.9:8554/stream?x=1"));
+    QCOMPARE(result["username"], QVariant("anna"));
+    for (const char* address :
+         {"http://10.0.0.9/", "rtsp://", "rtsp:///talk", "rtsp://anna:s%40cret@", "rtsp://10.0.0.9:0/",
+          "rtsp://a b/", "rtsp://10.0.0.9:99999/", "rtsp://10.0.0.9/#part", "file:///etc/passwd", "://",
+          "rtsp://anna:s%40cret@/x"}) {
+        const ServerReply reply = harness.ask("AddCamera", camera("Dock", "simulated", address));
+        QVERIFY2(reply.returnCode == ReturnCode::badAddress, address);
+        QVERIFY(!reply.errorText.contains("cret"));
+    }
+    QCOMPARE(harness.ask("AddCamera", camera("Dock", "simulated", "rtsp://10.0.0.9/" + QString(2000, 'x')))
+                 .returnCode,
+             ReturnCode::badAddress);
+}
+
+void TestCameras::settings_data()
+{
+    QTest::addColumn<QVariantMap>("given");
+    QTest::addColumn<bool>("valid");
+    const auto row = [](const char* name, const QString& key, const QVariant& value, bool valid) {
+        QTest::newRow(name) << QVariantMap{{key, value}} << valid;
+    };
+    row("UDP", "transport", "udp", true);
+    row("a transport that is none", "transport", "carrier pigeon", false);
+    row("a transport of another type", "transport", 1, false);
+    row("40 ms", "packetTime", 40, true);
+    row("80 ms, as JSON has it", "packetTime", 80.0, true);
+    row("30 ms", "packetTime", 30, false);
+    row("a time as text", "packetTime", "40", false);
+    row("part of a millisecond", "packetTime", 20.5, false);
+    row("a codec", "talkCodec", "G726-32", true);
+    row("a codec that is a command", "talkCodec", "PCMU ! filesink", false);
+    row("a delay", "readinessDelay", 10 * 1000, true);
+    row("a delay that is too long", "readinessDelay", 10 * 1000 + 1, false);
+    row("a negative delay", "readinessDelay", -1, false);
+    row("the highest DSCP", "dscp", 63, true);
+    row("a DSCP beyond", "dscp", 64, false);
+    row("a short time", "openTimeout", 999, false);
+    row("a long time", "openTimeout", 25 * 1000, true);
+    row("a longer time", "openTimeout", 25 * 1000 + 1, false);
+    row("an even pace", "evenPace", true, true);
+    row("a flag as number", "evenPace", 1, false);
+    row("half duplex", "halfDuplex", true, true);
+    row("Nagle's delay", "noDelay", false, true);
+    row("any certificate", "anyCertificate", true, true);
+    row("an unknown setting", "colour", "red", false);
+}
+
+void TestCameras::settings()
+{
+    QFETCH(QVariantMap, given);
+    QFETCH(bool, valid);
+    ServerHarness harness;
+    QVariantMap record = camera("Gate");
+    record["camSettings"] = given;
+    const ServerReply reply = harness.ask("AddCamera", record);
+    QCOMPARE(reply.returnCode, valid ? ReturnCode::success : ReturnCode::badCameraSettings);
+    const QVariantList listedNow = harness.ask("GetCamera").result.toList();
+    if (!valid) {
+        QVERIFY(reply.errorText.contains(given.firstKey()));
+        QVERIFY(listedNow.isEmpty());
+        return;
+    }
+    QVariantMap expected = CameraSettingsRecord::toMap(CameraSettings());
+    const QVariant before = expected[given.firstKey()];
+    expected[given.firstKey()] =
+        given.first().userType() == QMetaType::Double ? QVariant(given.first().toInt()) : given.first();
+    QVERIFY(before != given.first());
+    QCOMPARE(reply.result.toMap()["camSettings"].toMap(), expected);
+    QCOMPARE(listedNow[0].toMap()["camSettings"].toMap(), expected); // as it was stored
+    QCOMPARE(expected[given.firstKey()].userType(),
+             listedNow[0].toMap()["camSettings"].toMap()[given.firstKey()].userType());
+}
+
+void TestCameras::whatAChangeLacksStays()
+{
+    const auto devices = std::make_shared<AwkwardDevices>();
+    ServerConfig config;
+    config.devices = devices->kinds();
+    ServerHarness harness(config);
+    QVariantMap record = camera("Gate", "awkward");
+    record["username"] = "anna";
+    record["password"] = "secret";
+    record["camSettings"] = QVariantMap{{"dscp", 10}, {"packetTime", 40}};
+    harness.ask("AddCamera", record);
+    QCOMPARE(harness.ask("UpdateCamera", withId(camera("Dock", "awkward"), "1")).returnCode,
+             ReturnCode::success);
+    QCOMPARE(devices->records[0].name, QString("Dock"));
+    QCOMPARE(devices->records[0].username, QString("anna"));
+    QCOMPARE(devices->records[0].password, QString("secret"));
+    QCOMPARE(devices->records[0].settings.dscp, 10);
+    QVariantMap change = withId(camera("Dock", "awkward"), "1");
+    change["password"] = "";
+    change["camSettings"] = QVariantMap{{"dscp", 0}};
+    harness.ask("UpdateCamera", change);
+    QCOMPARE(devices->records[0].password, QString());
+    QCOMPARE(devices->records[0].settings.dscp, 0);
+    QCOMPARE(devices->records[0].settings.packetTime, 40);
 }
 
 void TestCameras::openTalkOutlivesItsRecord()
@@ -242,14 +406,15 @@ void TestCameras::changeThatCannotBeReadIsRefused()
     runSql(file,
            {"ALTER TABLE cameras RENAME TO kept",
             "CREATE VIEW cameras AS SELECT id, name, kind, CASE name WHEN 'Dock' THEN "
-            "abs(-9223372036854775808) ELSE address END AS address FROM kept",
-            "CREATE TRIGGER adds INSTEAD OF INSERT ON cameras BEGIN INSERT INTO kept (name, kind, address) "
-            "VALUES (new.name, new.kind, new.address); END"});
+            "abs(-9223372036854775808) ELSE address END AS address, username, password, settings FROM kept",
+            "CREATE TRIGGER adds INSTEAD OF INSERT ON cameras BEGIN INSERT INTO kept (name, kind, address, "
+            "username, password, settings) VALUES (new.name, new.kind, new.address, new.username, "
+            "new.password, new.settings); END"});
     QCOMPARE(harness.ask("AddCamera", camera("Dock")).returnCode, ReturnCode::storageFailed);
     QCOMPARE(harness.ask("GetCamera").result, QVariant(QVariantList{listed(camera("Gate"), "1")}));
     QCOMPARE(changes(harness), reported);
     runSql(file, {"DROP VIEW cameras", "ALTER TABLE kept RENAME TO cameras"});
-    QCOMPARE(harness.ask("AddCamera", camera("Hall")).result, QVariant(withId(camera("Hall"), "2")));
+    QCOMPARE(harness.ask("AddCamera", camera("Hall")).result, QVariant(answered(camera("Hall"), "2")));
     QCOMPARE(harness.ask("GetCamera").result,
              QVariant(QVariantList{listed(camera("Gate"), "1"), listed(camera("Hall"), "2")}));
 }

@@ -37,8 +37,12 @@ QHash<QString, Payloads> payloadsFor(int device, int group, int file, int schedu
     };
     const QVariantMap play{{V::ipAudioId, device}, {V::audioFileId, file}, {V::ipAudioStatus, 1}};
     const QVariantMap playGroup{{V::groupID, group}, {V::audioFileId, file}};
-    const QVariantMap newCamera{
-        {Words::camName, "new"}, {Words::camKind, "simulated"}, {Words::camAddress, "127.0.0.1"}};
+    const QVariantMap newCamera{{Words::camName, "new"},
+                                {Words::camKind, "simulated"},
+                                {Words::camAddress, "127.0.0.1"},
+                                {V::username, "u"},
+                                {V::password, "p"},
+                                {Words::camSettings, QVariantMap()}};
     const QVariantMap newGroup{{V::groupName, "new"}, {V::networkAudioIDList, QString::number(device)}};
     QFile sound(ANNOUNCEMENT_WAV);
     const QByteArray content = sound.open(QIODevice::ReadOnly) ? sound.readAll().toBase64() : QByteArray();

@@ -3,6 +3,7 @@
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/simulated/SimulatedDevices.h"
+#include "server/records/CameraSettingsRecord.h"
 #include "tests/support/WavFiles.h"
 
 #include <QDir>
@@ -173,7 +174,9 @@ void TestRecordingServer::camerasAreListed()
                                    {"camName", config.name},
                                    {"online", config.online},
                                    {"camKind", "simulated"},
-                                   {"camAddress", ""}};
+                                   {"camAddress", ""},
+                                   {"username", ""},
+                                   {"camSettings", CameraSettingsRecord::toMap(CameraSettings())}};
         QCOMPARE(cameras[i].toMap(), expected);
     }
 }

@@ -1,0 +1,325 @@
+#include "cli/commands/CommandArguments.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Table.h"
+#include "client/ExitStatus.h"
+#include "onvif/CameraAddress.h"
+#include "onvif/OnvifDevice.h"
+#include "onvif/OnvifDiscovery.h"
+#include "system/Console.h"
+
+#include <QEventLoop>
+
+#include <cstdio>
+
+namespace {
+
+constexpr char passwordVariable[] = "VOICEDESK_CAMERA_SECRET";
+constexpr double maxSearchSeconds = 60; // s
+constexpr int msPerSecond = 1000;
+constexpr int hertzPerKilohertz = 1000;
+constexpr int clockTolerance = 5000; // ms that a camera's clock may be off without a word
+constexpr int labelWidth = 18;       // characters
+
+/** The interfaces that the option names, or the usual ones; empty, and an error printed, for unknown ones. */
+QList<QNetworkInterface> chosenInterfaces(const CommandArguments& arguments)
+{
+    if (!arguments.isSet("interface")) {
+        return OnvifDiscovery::usualInterfaces();
+    }
+    const QNetworkInterface chosen = QNetworkInterface::interfaceFromName(arguments.value("interface"));
+    if (chosen.isValid()) {
+        return {chosen};
+    }
+    QStringList names;
+    const QList<QNetworkInterface> all = QNetworkInterface::allInterfaces();
+    for (const QNetworkInterface& interface : all) {
+        names.append(interface.name());
+    }
+    arguments.usage(QStringLiteral("--interface takes one of: %1").arg(names.join(QStringLiteral(", "))));
+    return {};
+}
+
+/** An address without any character that could command a terminal. */
+QString textOf(const QUrl& address)
+{
+    return address.toString(QUrl::FullyEncoded);
+}
+
+QString remarkOf(const FoundCamera& camera)
+{
+    return camera.addresses.isEmpty() && camera.isElsewhere
+               ? QStringLiteral("names only addresses of other hosts")
+               : QString();
+}
+
+Table tableOf(const std::vector<FoundCamera>& cameras)
+{
+    Table table({{QStringLiteral("address"), QStringLiteral("addresses")},
+                 {QStringLiteral("name"), QStringLiteral("name")},
+                 {QStringLiteral("hardware"), QStringLiteral("hardware")},
+                 {QStringLiteral("location"), QStringLiteral("location")},
+                 {QStringLiteral("host"), QStringLiteral("hosts")},
+                 {QStringLiteral("interface"), QStringLiteral("interface")},
+                 {QStringLiteral("camera"), QStringLiteral("camera")},
+                 {QStringLiteral("endpoint"), QStringLiteral("endpoint")},
+                 {QStringLiteral("remark"), QStringLiteral("remark")}});
+    for (const FoundCamera& camera : cameras) {
+        QStringList addresses;
+        for (const QUrl& address : camera.addresses) {
+            addresses.append(textOf(address));
+        }
+        table.add({addresses, camera.name, camera.hardware, camera.location, camera.senders,
+                   camera.interfaceName, camera.isCamera, camera.endpoint, remarkOf(camera)});
+    }
+    return table;
+}
+
+int findCameras(const CommandArguments& arguments)
+{
+    const auto seconds = arguments.numberBetween("seconds", 0, maxSearchSeconds);
+    if (!seconds) {
+        return ExitUsage;
+    }
+    const QList<QNetworkInterface> interfaces = chosenInterfaces(arguments);
+    if (interfaces.isEmpty() && arguments.isSet("interface")) {
+        return ExitUsage;
+    }
+    OnvifDiscovery::Options options;
+    options.time = static_cast<int>(*seconds * msPerSecond);
+    if (arguments.isSet("all")) {
+        options.types = QStringList{QString(), QStringLiteral("wsdp:Device")}; // some want to be named
+    }
+    OnvifDiscovery discovery;
+    QEventLoop loop;
+    QObject::connect(&discovery, &OnvifDiscovery::finished, &loop, &QEventLoop::quit);
+    if (!discovery.start(interfaces, options)) {
+        std::fputs("voicedesk: no network interface to look for cameras on\n", stderr);
+        return ExitNoAnswer;
+    }
+    loop.exec();
+    std::fputs(qUtf8Printable(tableOf(discovery.found()).text(arguments.json())), stdout);
+    if (discovery.dropped() > 0) {
+        std::fprintf(stderr, "voicedesk: %d answers were too many or too large\n", discovery.dropped());
+    }
+    if (discovery.found().empty()) {
+        std::fputs("voicedesk: nothing answered\n", stderr);
+        return ExitNoAnswer;
+    }
+    return ExitSuccess;
+}
+
+QString wordOf(Ability ability)
+{
+    switch (ability) {
+    case Ability::No:
+        return QStringLiteral("no");
+    case Ability::Unknown:
+        break;
+    case Ability::Yes:
+        return QStringLiteral("yes");
+    }
+    return QStringLiteral("unknown");
+}
+
+QVariantList codecList(const std::vector<CameraCodec>& codecs)
+{
+    QVariantList list;
+    for (const CameraCodec& codec : codecs) {
+        list.append(QVariantMap{{QStringLiteral("name"), codec.name},
+                                {QStringLiteral("ratesHz"), toVariants(codec.rates)}});
+    }
+    return list;
+}
+
+QVariantMap jsonOf(const CameraAbilities& abilities)
+{
+    QVariantList streams;
+    for (const CameraStream& stream : abilities.streams) {
+        streams.append(QVariantMap{{QStringLiteral("name"), stream.name},
+                                   {QStringLiteral("profile"), stream.token},
+                                   {QStringLiteral("address"), textOf(stream.address)},
+                                   {QStringLiteral("picture"), stream.hasPicture},
+                                   {QStringLiteral("voice"), stream.hasVoice},
+                                   {QStringLiteral("loudspeaker"), stream.hasLoudspeaker}});
+    }
+    return {{QStringLiteral("address"), textOf(abilities.device)},
+            {QStringLiteral("manufacturer"), abilities.manufacturer},
+            {QStringLiteral("model"), abilities.model},
+            {QStringLiteral("firmware"), abilities.firmware},
+            {QStringLiteral("clockOffsetMs"), abilities.clockOffset},
+            {QStringLiteral("speaks"), wordOf(abilities.speaks)},
+            {QStringLiteral("speaksReason"), abilities.speaksReason},
+            {QStringLiteral("voiceCodecs"), codecList(abilities.voiceCodecs)},
+            {QStringLiteral("hears"), wordOf(abilities.hears)},
+            {QStringLiteral("hearsReason"), abilities.hearsReason},
+            {QStringLiteral("talkCodecs"), codecList(abilities.talkCodecs)},
+            {QStringLiteral("streams"), streams},
+            {QStringLiteral("snapshot"), textOf(abilities.snapshot)},
+            {QStringLiteral("remarks"), abilities.remarks}};
+}
+
+void printLine(const char* label, const QString& text)
+{
+    const QString line = QString::fromLatin1(label).leftJustified(labelWidth) + text;
+    std::puts(qUtf8Printable(line.trimmed()));
+}
+
+/** Codecs with their rates: "PCMU (8 kHz), MPEG4-GENERIC (8, 16 kHz)". */
+QString codecText(const std::vector<CameraCodec>& codecs)
+{
+    QStringList texts;
+    for (const CameraCodec& codec : codecs) {
+        QStringList rates;
+        for (const int rate : codec.rates) {
+            rates.append(QString::number(static_cast<double>(rate) / hertzPerKilohertz));
+        }
+        texts.append(rates.isEmpty()
+                         ? codec.name
+                         : QStringLiteral("%1 (%2 kHz)").arg(codec.name, rates.join(QStringLiteral(", "))));
+    }
+    return texts.join(QStringLiteral(", "));
+}
+
+void printAbility(const char* label, Ability ability, const QString& reason,
+                  const std::vector<CameraCodec>& codecs)
+{
+    QStringList more{codecText(codecs), reason};
+    more.removeAll(QString());
+    printLine(label, more.isEmpty()
+                         ? wordOf(ability)
+                         : wordOf(ability) + QStringLiteral(": ") + more.join(QStringLiteral("; ")));
+}
+
+void print(const CameraAbilities& abilities)
+{
+    QStringList names{abilities.manufacturer, abilities.model};
+    names.removeAll(QString());
+    printLine("camera", names.join(QLatin1Char(' ')));
+    if (!abilities.firmware.isEmpty()) {
+        printLine("firmware", abilities.firmware);
+    }
+    printAbility("is heard", abilities.speaks, abilities.speaksReason, abilities.voiceCodecs);
+    printAbility("plays talks", abilities.hears, abilities.hearsReason, abilities.talkCodecs);
+    for (const CameraStream& stream : abilities.streams) {
+        if (stream.address.isEmpty()) {
+            continue;
+        }
+        QStringList parts{stream.hasPicture ? QStringLiteral("picture") : QString(),
+                          stream.hasVoice ? QStringLiteral("voice") : QString(),
+                          stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()};
+        parts.removeAll(QString());
+        printLine("stream", QStringLiteral("%1 (%2: %3)")
+                                .arg(textOf(stream.address), stream.name, parts.join(QStringLiteral(", "))));
+    }
+    if (!abilities.snapshot.isEmpty()) {
+        printLine("snapshot", textOf(abilities.snapshot));
+    }
+    if (qAbs(abilities.clockOffset) > clockTolerance) {
+        printLine("clock",
+                  QStringLiteral("%1 s %2")
+                      .arg(qAbs(abilities.clockOffset) / msPerSecond)
+                      .arg(abilities.clockOffset > 0 ? QStringLiteral("ahead") : QStringLiteral("behind")));
+    }
+    for (const QString& remark : abilities.remarks) {
+        printLine("remark", remark);
+    }
+}
+
+/** The login of the options, the variable and the terminal; empty, and an error printed, without a password.
+ */
+std::optional<OnvifLogin> chosenLogin(const CommandArguments& arguments)
+{
+    OnvifLogin login{arguments.value("user"), QString()};
+    if (login.user.isEmpty()) {
+        return login;
+    }
+    if (qEnvironmentVariableIsSet(passwordVariable)) {
+        login.password = qEnvironmentVariable(passwordVariable);
+        return login;
+    }
+    const auto typed = Console::readPassword(qUtf8Printable(
+        QStringLiteral("Password of %1 at %2: ").arg(plainText(login.user), plainText(arguments.word(0)))));
+    if (!typed) {
+        arguments.usage(QStringLiteral("the password of the camera is missing; put it into %1")
+                            .arg(QLatin1String(passwordVariable)));
+        return std::nullopt;
+    }
+    login.password = *typed;
+    return login;
+}
+
+ExitStatus statusOf(OnvifError error)
+{
+    switch (error) {
+    case OnvifError::None:
+        return ExitSuccess;
+    case OnvifError::NotReachable:
+    case OnvifError::TimedOut:
+    case OnvifError::NotOnvif:
+    case OnvifError::TooLarge:
+    case OnvifError::Untrusted:
+        return ExitNoAnswer;
+    default:
+        return ExitRefused;
+    }
+}
+
+int askCamera(const CommandArguments& arguments)
+{
+    QString error;
+    const auto address = CameraAddress::deviceService(arguments.word(0), &error);
+    if (!address) {
+        return arguments.usage(error);
+    }
+    const auto login = chosenLogin(arguments);
+    if (!login) {
+        return ExitUsage;
+    }
+    OnvifDevice::Options options;
+    options.anyCertificate = arguments.isSet("any-certificate");
+    OnvifDevice device(*address, *login, options);
+    CameraAbilities abilities;
+    QEventLoop loop;
+    QObject::connect(&device, &OnvifDevice::abilitiesKnown, &loop, [&](const CameraAbilities& known) {
+        abilities = known;
+        loop.quit();
+    });
+    device.askAbilities();
+    loop.exec();
+    if (abilities.error != OnvifError::None) {
+        std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(errorSentence(abilities)));
+    } else if (arguments.json()) {
+        printJson(jsonOf(abilities));
+    } else {
+        print(abilities);
+    }
+    return statusOf(abilities.error);
+}
+
+} // namespace
+
+std::vector<Command> cameraSearchCommands()
+{
+    return {
+        {"cameras find",
+         "",
+         "look for ONVIF cameras in the networks of this machine",
+         "What they answer is not checked, and they get no login. Ends with 5 when nothing answers.",
+         {{"interface", "name", "Look on this network interface only (default: on all that are up).", ""},
+          {"seconds", "n", "How long to wait for answers (default: 3).", "3"},
+          {"all", nullptr, "Look for devices of any kind, not of ONVIF alone.", ""},
+          jsonOption},
+         Command::Nothing,
+         findCameras},
+        {"cameras ask",
+         "ADDRESS",
+         "ask an ONVIF camera what it can do",
+         "ADDRESS is a host, host:port or http://host:port/path. The password is asked for, or read from\n"
+         "the environment variable VOICEDESK_CAMERA_SECRET.",
+         {{"user", "name", "Name to log in with at the camera.", ""},
+          {"any-certificate", nullptr, "Take the certificate of an https address, whoever signed it.", ""},
+          jsonOption},
+         Command::Nothing,
+         askCamera},
+    };
+}

@@ -1,0 +1,155 @@
+#include "onvif/HttpDigest.h"
+
+#include <QList>
+#include <QMap>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/** One challenge: its scheme, and its parameters by their names in small letters. */
+struct Challenge
+{
+    QByteArray scheme;
+    QMap<QByteArray, QByteArray> parameters;
+};
+
+bool isTokenCharacter(char character)
+{
+    return character > ' ' && character < '\x7f' && std::strchr("()<>@,;:\\\"/[]?={}", character) == nullptr;
+}
+
+/** Takes the words, quoted texts and signs of a header one after the other. */
+class HeaderReader
+{
+public:
+    explicit HeaderReader(const QByteArray& header) : m_header(header) {}
+
+    bool atEnd() const { return m_at >= m_header.size(); }
+    char next() const { return m_header[m_at]; }
+    void skip() { ++m_at; }
+    void skipBlanks()
+    {
+        while (!atEnd() && (next() == ' ' || next() == '\t')) {
+            ++m_at;
+        }
+    }
+    QByteArray token()
+    {
+        const int start = m_at;
+        while (!atEnd() && isTokenCharacter(next())) {
+            ++m_at;
+        }
+        return m_header.mid(start, m_at - start);
+    }
+    /** Takes a quoted text; what is between the quotes stays as it is, as the hashes want it. */
+    QByteArray quoted()
+    {
+        const int start = ++m_at;
+        while (!atEnd() && next() != '"') {
+            m_at += next() == '\\' ? 2 : 1;
+        }
+        QByteArray text = m_header.mid(start, std::min(m_at, m_header.size()) - start);
+        ++m_at;
+        return text;
+    }
+
+private:
+    const QByteArray& m_header;
+    int m_at = 0;
+};
+
+QList<Challenge> challengesOf(const QByteArray& header)
+{
+    QList<Challenge> challenges;
+    HeaderReader reader(header);
+    while (!reader.atEnd()) {
+        reader.skipBlanks();
+        const QByteArray word = reader.token();
+        if (word.isEmpty()) {
+            if (!reader.atEnd()) {
+                reader.skip(); // a comma, or what does not belong here
+            }
+            continue;
+        }
+        reader.skipBlanks();
+        if (reader.atEnd() || reader.next() != '=') {
+            challenges.append({word.toLower(), {}});
+            continue;
+        }
+        reader.skip();
+        reader.skipBlanks();
+        const QByteArray value = !reader.atEnd() && reader.next() == '"' ? reader.quoted() : reader.token();
+        if (!challenges.isEmpty()) {
+            challenges.last().parameters.insert(word.toLower(), value);
+        }
+    }
+    return challenges;
+}
+
+QByteArray quotedText(QByteArray text)
+{
+    return '"' + text.replace('\\', "\\\\").replace('"', "\\\"") + '"';
+}
+
+} // namespace
+
+std::optional<HttpDigest> HttpDigest::fromChallenges(const QByteArray& header)
+{
+    if (header.size() > maxChallengeBytes) {
+        return std::nullopt;
+    }
+    std::optional<HttpDigest> chosen;
+    const QList<Challenge> challenges = challengesOf(header);
+    for (const Challenge& challenge : challenges) {
+        const QByteArray algorithm = challenge.parameters.value("algorithm");
+        const bool sha = algorithm.toUpper() == "SHA-256";
+        const bool known = sha || algorithm.isEmpty() || algorithm.toUpper() == "MD5";
+        const bool hasQop = challenge.parameters.contains("qop");
+        QList<QByteArray> qops = challenge.parameters.value("qop").split(',');
+        std::transform(qops.begin(), qops.end(), qops.begin(),
+                       [](const QByteArray& qop) { return qop.trimmed().toLower(); });
+        if (challenge.scheme != "digest" || !known || (hasQop && !qops.contains("auth")) ||
+            challenge.parameters.value("nonce").isEmpty() || (chosen && !sha)) {
+            continue;
+        }
+        chosen.emplace();
+        chosen->m_realm = challenge.parameters.value("realm");
+        chosen->m_nonce = challenge.parameters.value("nonce");
+        chosen->m_opaque = challenge.parameters.value("opaque");
+        chosen->m_algorithm = algorithm;
+        chosen->m_hasQop = hasQop;
+        chosen->m_hash = sha ? QCryptographicHash::Sha256 : QCryptographicHash::Md5;
+    }
+    return chosen;
+}
+
+QByteArray HttpDigest::authorization(const QByteArray& method, const QByteArray& uri, const QString& user,
+                                     const QString& password, const QByteArray& cnonce)
+{
+    const QByteArray name = user.toUtf8();
+    if (std::any_of(name.begin(), name.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; })) {
+        return QByteArray();
+    }
+    const auto hash = [this](const QByteArray& text) {
+        return QCryptographicHash::hash(text, m_hash).toHex();
+    };
+    const QByteArray count = QByteArray::number(++m_count, 16).rightJustified(8, '0');
+    const QByteArray middle = m_hasQop ? m_nonce + ':' + count + ':' + cnonce + ":auth" : m_nonce;
+    const QByteArray response = hash(hash(name + ':' + m_realm + ':' + password.toUtf8()) + ':' + middle +
+                                     ':' + hash(method + ':' + uri));
+    QByteArray header = "Digest username=" + quotedText(name) + ", realm=\"" + m_realm + "\", uri=\"" + uri +
+                        "\", nonce=\"" + m_nonce + "\", response=\"" + response + '"';
+    if (!m_algorithm.isEmpty()) {
+        header += ", algorithm=" + m_algorithm;
+    }
+    if (m_hasQop) {
+        header += ", qop=auth, nc=" + count + ", cnonce=\"" + cnonce + '"';
+    }
+    if (!m_opaque.isEmpty()) {
+        header += ", opaque=\"" + m_opaque + '"';
+    }
+    return header;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "server/devices/CameraBackend.h"
+#include "server/devices/onvif/LineThreads.h"
+#include "server/devices/onvif/OnvifConfig.h"
+
+/** Cameras with an audio backchannel by RTSP (ONVIF Profile T), all from the server's records. */
+class OnvifCameras : public CameraBackend
+{
+    Q_OBJECT
+
+public:
+    /** Has no cameras until it is given records. */
+    explicit OnvifCameras(OnvifConfig config) : m_config(std::move(config)) {}
+
+    void setRecords(const QList<CameraRecord>& records) override;
+    QList<Camera> cameras() const override;
+    std::unique_ptr<DeviceTalk> openTalk(const QString& camera) override;
+
+private:
+    OnvifConfig m_config;
+    QList<CameraRecord> m_records;
+    LineThreads m_threads;
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+#include <chrono>
+
+/** The kind of these cameras, as camera records give it. */
+inline QString onvifKind()
+{
+    return QStringLiteral("onvif");
+}
+
+/** How the ONVIF cameras of a server are set up. */
+struct OnvifConfig
+{
+    QString recordingDirectory;                  ///< Each talk is kept there as a file; empty: none is kept.
+    std::chrono::milliseconds silence{3000};     ///< A camera without a sign of life for so long is lost.
+    std::chrono::milliseconds teardown{300};     ///< How long the end of a talk waits for the camera.
+    std::chrono::milliseconds jitterBuffer{100}; ///< How long a late packet of the camera is waited for.
+};
+
+/** Returns the port of RTSP addresses that name none (RFC 7826, clause 24). @param scheme "rtsp" or "rtsps"
+ */
+inline int defaultRtspPort(const QString& scheme)
+{
+    constexpr int rtsp = 554;
+    constexpr int rtsps = 322;
+    return scheme == QLatin1String("rtsps") ? rtsps : rtsp;
+}

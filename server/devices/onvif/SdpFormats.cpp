@@ -1,0 +1,97 @@
+#include "server/devices/onvif/SdpFormats.h"
+
+#include "server/devices/onvif/GstPtr.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr unsigned maxSections = 64;
+constexpr std::size_t maxSounds = 16;
+constexpr unsigned maxFormats = 32;
+
+QString textOf(const GstStructure* caps, const char* name)
+{
+    return QString::fromLatin1(gst_structure_get_string(caps, name));
+}
+
+int numberOf(const GstStructure* caps, const char* name, int fallback = 0)
+{
+    int number = fallback;
+    if (gst_structure_get_int(caps, name, &number) == FALSE) {
+        const QString text = textOf(caps, name); // parameters of a format are texts
+        return text.isEmpty() ? fallback : text.toInt();
+    }
+    return number;
+}
+
+/** Payload types that need no rtpmap (RFC 3551, clause 6). */
+RtpFormat staticFormat(int payloadType)
+{
+    constexpr int g721 = 2;
+    constexpr int pcma = 8;
+    constexpr int l16Stereo = 10;
+    constexpr int l16Mono = 11;
+    switch (payloadType) {
+    case 0:
+        return {QStringLiteral("PCMU"), payloadType, 8000};
+    case g721:
+        return {QStringLiteral("G726-32"), payloadType, 8000};
+    case pcma:
+        return {QStringLiteral("PCMA"), payloadType, 8000};
+    case l16Stereo:
+        return {QStringLiteral("L16"), payloadType, 44100, 2};
+    case l16Mono:
+        return {QStringLiteral("L16"), payloadType, 44100};
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+RtpFormat SdpFormats::formatOf(const GstStructure* caps)
+{
+    RtpFormat format;
+    format.payloadType = numberOf(caps, "payload");
+    format.encoding = textOf(caps, "encoding-name").toUpper();
+    if (format.encoding.isEmpty()) {
+        return staticFormat(format.payloadType);
+    }
+    format.clockRate = numberOf(caps, "clock-rate");
+    format.channels = numberOf(caps, "encoding-params", 1);
+    format.sizeLength = numberOf(caps, "sizelength");
+    format.indexLength = numberOf(caps, "indexlength");
+    format.indexDeltaLength = numberOf(caps, "indexdeltalength");
+    format.config = QByteArray::fromHex(textOf(caps, "config").toLatin1());
+    return format;
+}
+
+std::vector<SdpFormats::Sound> SdpFormats::soundsOf(const GstSDPMessage* description)
+{
+    std::vector<Sound> sounds;
+    const unsigned sections = std::min(gst_sdp_message_medias_len(description), maxSections);
+    for (unsigned section = 0; section < sections && sounds.size() < maxSounds; ++section) {
+        const GstSDPMedia* media = gst_sdp_message_get_media(description, section);
+        const char* kind = gst_sdp_media_get_media(media);
+        if (kind == nullptr || std::strcmp(kind, "audio") != 0) {
+            continue;
+        }
+        Sound sound;
+        sound.stream = section;
+        sound.toCamera = gst_sdp_media_get_attribute_val(media, "sendonly") != nullptr;
+        const unsigned formats = std::min(gst_sdp_media_formats_len(media), maxFormats);
+        for (unsigned i = 0; i < formats; ++i) {
+            const int payloadType = QByteArray(gst_sdp_media_get_format(media, i)).toInt();
+            const GstPtr<GstCaps> caps(gst_sdp_media_get_caps_from_media(media, payloadType));
+            const RtpFormat format = caps && gst_caps_get_size(caps.get()) > 0
+                                         ? formatOf(gst_caps_get_structure(caps.get(), 0))
+                                         : staticFormat(payloadType);
+            if (!format.encoding.isEmpty()) {
+                sound.formats.push_back(format);
+            }
+        }
+        sounds.push_back(sound);
+    }
+    return sounds;
+}

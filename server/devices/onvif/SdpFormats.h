@@ -1,0 +1,27 @@
+#pragma once
+
+#include "server/devices/onvif/RtpFormat.h"
+
+#include <gst/gst.h>
+#include <gst/sdp/gstsdpmessage.h>
+
+#include <vector>
+
+/** What a session description says of sound. Any thread. */
+namespace SdpFormats {
+
+/** One sound of a camera. */
+struct Sound
+{
+    unsigned stream = 0;   ///< Number of its section in the description, as rtspsrc counts.
+    bool toCamera = false; ///< Its loudspeaker; directions are the client's, so the section is "sendonly".
+    std::vector<RtpFormat> formats; ///< In the camera's order of preference.
+};
+
+/** Reads the description of a stream; without an encoding when it has none. */
+RtpFormat formatOf(const GstStructure* caps);
+
+/** Returns all sounds of a description, at most 16. */
+std::vector<Sound> soundsOf(const GstSDPMessage* description);
+
+} // namespace SdpFormats

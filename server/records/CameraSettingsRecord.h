@@ -1,0 +1,29 @@
+#pragma once
+
+#include "server/devices/CameraSettings.h"
+
+#include <QVariantMap>
+
+#include <optional>
+
+/** The settings of a camera as a record of the protocol: a map whose keys are those of Words. */
+namespace CameraSettingsRecord {
+
+/** Returns all settings: "transport" and "talkCodec" are QString, numbers int, the rest bool. */
+QVariantMap toMap(const CameraSettings& settings);
+
+/**
+ * Reads settings; what the map does not name stays as it is in @p before.
+ *
+ * @param error says what is wrong, for people
+ * @return empty for an unknown key, and for a value of another type or beyond its range
+ */
+std::optional<CameraSettings> fromMap(const QVariantMap& map, const CameraSettings& before, QString* error);
+
+/** Returns the settings as they are stored. */
+QString toText(const CameraSettings& settings);
+
+/** Reads what toText returned; the defaults for anything else. */
+CameraSettings fromText(const QString& text);
+
+} // namespace CameraSettingsRecord
