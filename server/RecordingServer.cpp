@@ -259,24 +259,22 @@ void RecordingServer::registerPlayback()
         [this](ServerSession&, const QVariant& payload, quint64) { return m_playback.stopGroup(payload); };
 }
 
-/** What prevents a talk to a speaker is in "error" of a success, the only text that the client passes on. */
 std::optional<ServerReply> RecordingServer::startTalkToIPAudio(ServerSession& session,
                                                                const QVariant& payload)
 {
     const int id = payload.toInt();
     ServerReply bad;
     const auto shown = m_devices.find(id, &bad);
-    const auto withError = [](const QString& text) { return done(QVariantMap{{Vocabulary::error, text}}); };
     if (!shown) {
-        return withError(bad.errorText);
+        return TalkService::speakerError(bad.errorText);
     }
     SpeakerBackend* backend = m_playback.backendOf(*shown);
     if (backend == nullptr) {
-        return withError(QStringLiteral("\"%1\" is offline").arg(shown->name));
+        return TalkService::speakerError(QStringLiteral("\"%1\" is offline").arg(shown->name));
     }
     const auto device = m_devices.findWithPassword(id, &bad);
     if (!device) {
-        return withError(bad.errorText);
+        return TalkService::speakerError(bad.errorText);
     }
     return m_talks.startTalkToSpeaker(session, *device, *backend);
 }

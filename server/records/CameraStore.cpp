@@ -18,11 +18,6 @@ const ListLimit::Kind cameraList{
                    "length(CAST(address AS BLOB)) + length(CAST(username AS BLOB)) + length(password) + "
                    "length(settings)), 0) FROM cameras")};
 
-QString textOf(const QVariantMap& record, const QString& key)
-{
-    return record.value(key).toString();
-}
-
 const QString selectCameras =
     QStringLiteral("SELECT id, name, kind, address, username, password, settings FROM cameras");
 
@@ -87,18 +82,13 @@ ServerReply unknown(const QVariant& id, const QVariant& result)
 } // namespace
 
 CameraStore::CameraStore(RecordDatabase& database, const PasswordCipher& secrets, DeviceKinds kinds)
-    : m_database(database), m_secrets(secrets), m_kinds(std::move(kinds))
+    : RecordStore(database), m_secrets(secrets), m_kinds(std::move(kinds))
 {
     if (const auto records = readAll()) {
         m_records = *records;
     } else {
         m_error = m_database.errorString();
     }
-}
-
-ServerReply CameraStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
 }
 
 /** Commits a change when the records can be read with it. */
@@ -178,16 +168,7 @@ std::optional<ServerReply> CameraStore::check(const CameraRecord& record)
             return bad;
         }
     }
-    QSqlQuery same = m_database.query();
-    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM cameras WHERE name = ? AND id <> ?"),
-                        {record.name, record.id.toInt()})) {
-        return failed();
-    }
-    if (same.next()) {
-        return refusal(ReturnCode::nameTaken,
-                       QStringLiteral("there is a camera named \"%1\" already").arg(record.name));
-    }
-    return std::nullopt;
+    return checkFree({QStringLiteral("cameras"), QStringLiteral("camera")}, record.name, record.id.toInt());
 }
 
 ServerReply CameraStore::add(const QVariant& payload)

@@ -7,11 +7,6 @@
 
 namespace {
 
-QString textOf(const QVariantMap& record, const QString& key)
-{
-    return record.value(key).toString();
-}
-
 QStringList camerasOf(const QVariantMap& record)
 {
     const QString text = record.value(Vocabulary::bindingCameraList).toString();
@@ -57,11 +52,6 @@ bool DeviceStore::hasPasswords(RecordDatabase& database)
     return found;
 }
 
-ServerReply DeviceStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
-}
-
 std::optional<ServerReply> DeviceStore::check(const QVariantMap& record, int id)
 {
     using namespace RecordChecks;
@@ -75,16 +65,7 @@ std::optional<ServerReply> DeviceStore::check(const QVariantMap& record, int id)
             return bad;
         }
     }
-    QSqlQuery same = m_database.query();
-    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM devices WHERE name = ? AND id <> ?"),
-                        {deviceName, id})) {
-        return failed();
-    }
-    if (same.next()) {
-        return refusal(ReturnCode::nameTaken,
-                       QStringLiteral("there is a device named \"%1\" already").arg(deviceName));
-    }
-    return std::nullopt;
+    return checkFree({QStringLiteral("devices"), QStringLiteral("device")}, deviceName, id);
 }
 
 bool DeviceStore::storeCameras(int id, const QString& cameras)

@@ -3,7 +3,7 @@
 #include "protocol/ServerReply.h"
 #include "server/devices/SpeakerBackend.h"
 #include "server/records/PasswordCipher.h"
-#include "server/records/RecordDatabase.h"
+#include "server/records/RecordStore.h"
 
 #include <QList>
 
@@ -15,12 +15,12 @@
  * with
  * "|"). Passwords are encrypted in the database and in clear text in records. Used on the database's thread.
  */
-class DeviceStore
+class DeviceStore : private RecordStore
 {
 public:
     /** Both arguments outlive the store. */
     DeviceStore(RecordDatabase& database, const PasswordCipher& secrets)
-        : m_database(database), m_secrets(secrets)
+        : RecordStore(database), m_secrets(secrets)
     {
     }
 
@@ -76,8 +76,6 @@ private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);
     bool storeCameras(int id, const QString& cameras);
     std::optional<QVariantMap> recordOf(int id);
-    ServerReply failed() const;
 
-    RecordDatabase& m_database;
     const PasswordCipher& m_secrets;
 };

@@ -19,18 +19,13 @@ ServerReply noSuchGroup(int id, const QVariant& result = QVariant())
 
 } // namespace
 
-ServerReply GroupStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
-}
-
 std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
 {
-    const QString name = record.value(Vocabulary::groupName).toString();
+    const QString name = textOf(record, Vocabulary::groupName);
     if (const auto bad = RecordChecks::name(name)) {
         return bad;
     }
-    const auto members = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
+    const auto members = RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList));
     const auto unknown = members ? m_devices.checkExist(*members) : std::nullopt;
     if (unknown && unknown->returnCode == ReturnCode::storageFailed) {
         return unknown;
@@ -39,27 +34,18 @@ std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
         return refusal(ReturnCode::badList,
                        QStringLiteral("the list of devices names one twice, or one that is unknown"));
     }
-    QSqlQuery same = m_database.query();
-    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM groups WHERE name = ? AND id <> ?"),
-                        {name, id})) {
-        return failed();
-    }
-    if (same.next()) {
-        return refusal(ReturnCode::nameTaken,
-                       QStringLiteral("there is a group named \"%1\" already").arg(name));
-    }
-    return std::nullopt;
+    return checkFree({QStringLiteral("groups"), QStringLiteral("group")}, name, id);
 }
 
 ServerReply GroupStore::store(const QVariantMap& record, int id)
 {
-    const auto members = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
+    const auto members = RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList));
     if (!members || !m_members.store(id, *members)) {
         return failed();
     }
     return done(QVariantMap{
         {Vocabulary::groupID, id},
-        {Vocabulary::groupName, record.value(Vocabulary::groupName).toString()},
+        {Vocabulary::groupName, textOf(record, Vocabulary::groupName)},
         {Vocabulary::networkAudioIDList, RecordChecks::joined(*members)},
     });
 }
@@ -74,7 +60,7 @@ ServerReply GroupStore::add(const QVariant& payload)
     ListLimit limit(m_database, groupList);
     QSqlQuery insert = m_database.query();
     if (!m_database.run(insert, QStringLiteral("INSERT INTO groups (name) VALUES (?)"),
-                        {record.value(Vocabulary::groupName).toString()})) {
+                        {textOf(record, Vocabulary::groupName)})) {
         return failed();
     }
     ServerReply reply = store(record, insert.lastInsertId().toInt());
@@ -97,7 +83,7 @@ ServerReply GroupStore::update(const QVariant& payload)
     ListLimit limit(m_database, groupList);
     QSqlQuery change = m_database.query();
     if (!m_database.run(change, QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
-                        {record.value(Vocabulary::groupName).toString(), id})) {
+                        {textOf(record, Vocabulary::groupName), id})) {
         return failed();
     }
     if (change.numRowsAffected() == 0) {

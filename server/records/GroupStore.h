@@ -7,12 +7,12 @@
  * The groups of devices of the database, as records of the protocol: maps of "groupID" (int), "groupName"
  * (QString) and "networkAudioIDList" (QString, device ids joined with ","). Used on the database's thread.
  */
-class GroupStore
+class GroupStore : private RecordStore
 {
 public:
     /** Both arguments outlive the store. */
     GroupStore(RecordDatabase& database, DeviceStore& devices)
-        : m_database(database), m_devices(devices), m_members(database, "group_devices")
+        : RecordStore(database), m_devices(devices), m_members(database, "group_devices")
     {
     }
 
@@ -57,9 +57,7 @@ public:
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);
     ServerReply store(const QVariantMap& record, int id);
-    ServerReply failed() const;
 
-    RecordDatabase& m_database;
     DeviceStore& m_devices;
     IdListTable m_members;
 };

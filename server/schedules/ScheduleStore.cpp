@@ -37,11 +37,6 @@ QVariant fileOf(const QVariantMap& record)
 
 } // namespace
 
-ServerReply ScheduleStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
-}
-
 /**
  * Checks a record.
  *
@@ -51,7 +46,7 @@ ServerReply ScheduleStore::failed() const
 std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, bool mayLackTargets,
                                                 Checked* checked)
 {
-    if (const auto bad = RecordChecks::name(record.value(Vocabulary::scheduleName).toString())) {
+    if (const auto bad = RecordChecks::name(textOf(record, Vocabulary::scheduleName))) {
         return bad;
     }
     QString error;
@@ -67,8 +62,8 @@ std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, bool 
     if (ServerReply bad; !(mayLackTargets && file == 0) && !m_files.find(file, &bad)) {
         return bad;
     }
-    const auto groups = RecordChecks::ids(record.value(Vocabulary::groupIDList).toString());
-    const auto devices = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
+    const auto groups = RecordChecks::ids(textOf(record, Vocabulary::groupIDList));
+    const auto devices = RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList));
     auto unknown = groups ? m_groups.checkExist(*groups) : std::nullopt;
     if (!unknown && devices) {
         unknown = m_devices.checkExist(*devices);
@@ -115,8 +110,8 @@ ServerReply ScheduleStore::add(const QVariant& payload)
             insert,
             QStringLiteral("INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled, "
                            "file) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-            {record.value(Vocabulary::scheduleName).toString(),
-             record.value(Vocabulary::enableSchedule).toBool(), static_cast<int>(checked.rule.type),
+            {textOf(record, Vocabulary::scheduleName), record.value(Vocabulary::enableSchedule).toBool(),
+             static_cast<int>(checked.rule.type),
              QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
              timeText(record.value(Vocabulary::scheduleStartTime)),
              timeText(record.value(Vocabulary::scheduleEndTime)),
@@ -147,8 +142,8 @@ ServerReply ScheduleStore::update(const QVariant& payload)
             change,
             QStringLiteral("UPDATE schedules SET name = ?, enabled = ?, type = ?, settings = ?, start = ?, "
                            "end = ?, end_enabled = ?, file = ? WHERE id = ?"),
-            {record.value(Vocabulary::scheduleName).toString(),
-             record.value(Vocabulary::enableSchedule).toBool(), static_cast<int>(checked.rule.type),
+            {textOf(record, Vocabulary::scheduleName), record.value(Vocabulary::enableSchedule).toBool(),
+             static_cast<int>(checked.rule.type),
              QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
              timeText(record.value(Vocabulary::scheduleStartTime)),
              timeText(record.value(Vocabulary::scheduleEndTime)),
@@ -217,9 +212,9 @@ ServerReply ScheduleStore::list()
 std::optional<QList<int>> ScheduleStore::devicesOf(const QVariantMap& record)
 {
     QList<int> devices =
-        RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString()).value_or(QList<int>());
+        RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList)).value_or(QList<int>());
     const QList<int> groups =
-        RecordChecks::ids(record.value(Vocabulary::groupIDList).toString()).value_or(QList<int>());
+        RecordChecks::ids(textOf(record, Vocabulary::groupIDList)).value_or(QList<int>());
     for (const int group : groups) {
         ServerReply bad;
         const auto members = m_groups.members(group, &bad);
@@ -254,7 +249,7 @@ std::optional<std::vector<ScheduleStore::Entry>> ScheduleStore::enabled()
             return std::nullopt;
         }
         entries.push_back({record.value(Vocabulary::scheduleID).toInt(),
-                           record.value(Vocabulary::scheduleName).toString(), *rule,
+                           textOf(record, Vocabulary::scheduleName), *rule,
                            record.value(Vocabulary::audioID).toInt(), *devices});
     }
     return entries;

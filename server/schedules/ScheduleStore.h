@@ -12,12 +12,12 @@
  * The schedules of the database, as records of the protocol (docs/PROTOCOL.md has the fields). Used on the
  * database's thread.
  */
-class ScheduleStore
+class ScheduleStore : private RecordStore
 {
 public:
     /** All arguments outlive the store. */
     ScheduleStore(RecordDatabase& database, DeviceStore& devices, GroupStore& groups, FileStore& files)
-        : m_database(database), m_devices(devices), m_groups(groups), m_files(files),
+        : RecordStore(database), m_devices(devices), m_groups(groups), m_files(files),
           m_scheduleGroups(database, "schedule_groups"), m_scheduleDevices(database, "schedule_devices")
     {
     }
@@ -74,11 +74,9 @@ private:
     };
     std::optional<ServerReply> check(const QVariantMap& record, bool mayLackTargets, Checked* checked);
     ServerReply store(const QVariantMap& record, const Checked& checked, int id);
-    ServerReply failed() const;
     std::optional<QVariantList> records();
     std::optional<QList<int>> devicesOf(const QVariantMap& record);
 
-    RecordDatabase& m_database;
     DeviceStore& m_devices;
     GroupStore& m_groups;
     FileStore& m_files;

@@ -1,0 +1,19 @@
+#include "server/records/RecordStore.h"
+
+ServerReply RecordStore::failed() const
+{
+    return refusal(ReturnCode::storageFailed, m_database.errorString());
+}
+
+std::optional<ServerReply> RecordStore::checkFree(const Names& names, const QString& name, int id)
+{
+    bool taken = false;
+    if (!m_database.read(QStringLiteral("SELECT 1 FROM %1 WHERE name = ? AND id <> ?").arg(names.table),
+                         {name, id}, [&](const QSqlQuery&) { taken = true; })) {
+        return failed();
+    }
+    return taken ? std::optional(
+                       refusal(ReturnCode::nameTaken,
+                               QStringLiteral("there is a %1 named \"%2\" already").arg(names.kind, name)))
+                 : std::nullopt;
+}
