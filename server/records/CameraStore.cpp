@@ -137,21 +137,20 @@ bool CameraStore::hasPasswords(RecordDatabase& database)
 /** Puts what a client sent into a record: what it lacks stays as it is. */
 std::optional<ServerReply> CameraStore::complete(const QVariantMap& fields, CameraRecord& record) const
 {
-    record.name = textOf(fields, Words::camName);
-    record.kind = textOf(fields, Words::camKind);
-    record.address = textOf(fields, Words::camAddress);
+    const auto take = [&fields](const QString& key, QString& field) {
+        if (fields.value(key).isValid()) {
+            field = textOf(fields, key);
+        }
+    };
+    take(Words::camName, record.name);
+    take(Words::camKind, record.kind);
+    take(Words::camAddress, record.address);
     takeLogin(record);
-    if (fields.contains(Vocabulary::username)) {
-        record.username = textOf(fields, Vocabulary::username);
-    }
-    if (fields.contains(Vocabulary::password)) {
-        record.password = textOf(fields, Vocabulary::password);
-    }
-    const QVariant given = fields.value(Words::camSettings);
-    QString error = QStringLiteral("the settings of a camera are a map");
-    const auto settings = given.isValid() && given.userType() != QMetaType::QVariantMap
-                              ? std::nullopt
-                              : CameraSettingsRecord::fromMap(given.toMap(), record.settings, &error);
+    take(Vocabulary::username, record.username);
+    take(Vocabulary::password, record.password);
+    QString error;
+    const auto settings =
+        CameraSettingsRecord::fromMap(fields.value(Words::camSettings).toMap(), record.settings, &error);
     if (!settings) {
         return refusal(ReturnCode::badCameraSettings, error);
     }
@@ -204,7 +203,10 @@ ServerReply CameraStore::update(const QVariant& payload)
     const QString id = textOf(fields, Vocabulary::camId);
     const QVariantMap onlyId{{Vocabulary::camId, id}};
     const CameraRecord* before = find(id);
-    CameraRecord record = before == nullptr ? CameraRecord() : *before;
+    if (before == nullptr) {
+        return unknown(id, onlyId);
+    }
+    CameraRecord record = *before;
     auto bad = complete(fields, record);
     if (!bad) {
         bad = check(record);
@@ -212,9 +214,6 @@ ServerReply CameraStore::update(const QVariant& payload)
     if (bad) {
         bad->result = onlyId;
         return *bad;
-    }
-    if (before == nullptr) {
-        return unknown(id, onlyId);
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, cameraList);

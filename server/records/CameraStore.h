@@ -42,9 +42,9 @@ public:
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces name, kind and address of a camera, and of login and settings what is given.
+     * Changes a camera.
      *
-     * @param payload a record
+     * @param payload a record; the fields and settings that it lacks stay as they are
      * @return the stored record, noSuchCamera, or an error of add; a refusal has a map of "camId" with it,
      * but storageFailed once the record was checked
      */

@@ -110,34 +110,36 @@ ServerReply DeviceStore::add(const QVariant& payload)
     if (!transaction.commit()) {
         return failed();
     }
-    const auto stored = recordOf(id);
-    return stored ? done(*stored) : failed();
+    return stored(id);
 }
 
 ServerReply DeviceStore::update(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    const int id = record.value(Vocabulary::deviceID).toInt();
+    const QVariantMap change = payload.toMap();
+    const int id = change.value(Vocabulary::deviceID).toInt();
     // The refusal carries the id, so that the client can tell which request it was.
     const QVariantMap onlyId{{Vocabulary::deviceID, id}};
+    const auto before = recordsOf(id);
+    if (!before) {
+        return failed();
+    }
+    if (before->isEmpty()) {
+        return noSuchDevice(id, onlyId);
+    }
+    const QVariantMap record = changed(before->first().toMap(), change);
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, deviceList);
-    QSqlQuery change = m_database.query();
     if (!m_database.run(
-            change,
             QStringLiteral(
                 "UPDATE devices SET name = ?, ip = ?, port = ?, username = ?, password = ? WHERE id = ?"),
             {textOf(record, Vocabulary::deviceName), textOf(record, Vocabulary::ip),
              record.value(Vocabulary::port).toInt(), textOf(record, Vocabulary::username),
              m_secrets.seal(textOf(record, Vocabulary::password)), id})) {
         return failed();
-    }
-    if (change.numRowsAffected() == 0) {
-        return noSuchDevice(id, onlyId);
     }
     if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList))) {
         return failed();
@@ -149,8 +151,7 @@ ServerReply DeviceStore::update(const QVariant& payload)
     if (!transaction.commit()) {
         return failed();
     }
-    const auto stored = recordOf(id);
-    return stored ? done(*stored) : failed();
+    return stored(id);
 }
 
 ServerReply DeviceStore::remove(const QVariant& payload)
@@ -176,12 +177,20 @@ ServerReply DeviceStore::list()
     return done(records);
 }
 
-std::optional<QVariantMap> DeviceStore::recordOf(int id)
+/** The record, or none, in a list; empty when the database cannot be read. */
+std::optional<QVariantList> DeviceStore::recordsOf(int id)
 {
-    std::optional<QVariantMap> record;
-    const bool read = m_database.read(selectDevices + QStringLiteral(" WHERE id = ?"), {id},
-                                      [&](const QSqlQuery& row) { record = readRecord(row, m_secrets); });
-    return read ? record : std::nullopt;
+    QVariantList found;
+    const bool read =
+        m_database.read(selectDevices + QStringLiteral(" WHERE id = ?"), {id},
+                        [&](const QSqlQuery& row) { found.append(readRecord(row, m_secrets)); });
+    return read ? std::optional(found) : std::nullopt;
+}
+
+ServerReply DeviceStore::stored(int id)
+{
+    const auto found = recordsOf(id);
+    return found && !found->isEmpty() ? done(found->first()) : failed();
 }
 
 std::optional<Speaker> DeviceStore::find(int id, ServerReply* refusal)

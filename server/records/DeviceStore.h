@@ -40,9 +40,9 @@ public:
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces all fields of a device.
+     * Changes a device.
      *
-     * @param payload a record
+     * @param payload a record; the fields that it lacks stay as they are
      * @return the stored record, noSuchDevice, or an error of add; a refusal has a map of "deviceID" with it,
      *         but storageFailed once the record was checked
      */
@@ -75,7 +75,8 @@ public:
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);
     bool storeCameras(int id, const QString& cameras);
-    std::optional<QVariantMap> recordOf(int id);
+    std::optional<QVariantList> recordsOf(int id);
+    ServerReply stored(int id);
 
     const PasswordCipher& m_secrets;
 };

@@ -72,22 +72,26 @@ ServerReply GroupStore::add(const QVariant& payload)
 
 ServerReply GroupStore::update(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    const int id = record.value(Vocabulary::groupID).toInt();
+    const QVariantMap change = payload.toMap();
+    const int id = change.value(Vocabulary::groupID).toInt();
     const QVariantMap onlyId{{Vocabulary::groupID, id}};
+    const auto before = recordsOf(id);
+    if (!before) {
+        return failed();
+    }
+    if (before->isEmpty()) {
+        return noSuchGroup(id, onlyId);
+    }
+    const QVariantMap record = changed(before->first().toMap(), change);
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, groupList);
-    QSqlQuery change = m_database.query();
-    if (!m_database.run(change, QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
+    if (!m_database.run(QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
                         {textOf(record, Vocabulary::groupName), id})) {
         return failed();
-    }
-    if (change.numRowsAffected() == 0) {
-        return noSuchGroup(id, onlyId);
     }
     ServerReply reply = store(record, id);
     if (auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
@@ -110,7 +114,7 @@ ServerReply GroupStore::remove(const QVariant& payload)
     return done(id);
 }
 
-ServerReply GroupStore::list()
+std::optional<QVariantList> GroupStore::recordsOf(std::optional<int> id)
 {
     QVariantList records;
     const auto append = [&](const QSqlQuery& row) {
@@ -120,12 +124,17 @@ ServerReply GroupStore::list()
             {Vocabulary::networkAudioIDList, row.value(2).toString()},
         });
     };
-    if (!m_database.read(QStringLiteral("SELECT id, name, %1 FROM groups ORDER BY id")
-                             .arg(m_members.joinedColumn("groups")),
-                         {}, append)) {
-        return failed();
-    }
-    return done(records);
+    const bool read = m_database.read(
+        QStringLiteral("SELECT id, name, %1 FROM groups %2 ORDER BY id")
+            .arg(m_members.joinedColumn("groups"), id ? QStringLiteral("WHERE id = ?") : QString()),
+        id ? QVariantList{*id} : QVariantList(), append);
+    return read ? std::optional(records) : std::nullopt;
+}
+
+ServerReply GroupStore::list()
+{
+    const auto all = recordsOf(std::nullopt);
+    return all ? done(*all) : failed();
 }
 
 std::optional<ServerReply> GroupStore::checkExist(const QList<int>& ids)

@@ -25,9 +25,9 @@ public:
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces the name and all members of a group.
+     * Changes a group: its name, all its members, or both.
      *
-     * @param payload a record
+     * @param payload a record; the fields that it lacks stay as they are
      * @return the stored record, noSuchGroup, or an error of add; a refusal has a map of "groupID" with it,
      * but storageFailed once the record was checked
      */
@@ -57,6 +57,7 @@ public:
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);
     ServerReply store(const QVariantMap& record, int id);
+    std::optional<QVariantList> recordsOf(std::optional<int> id);
 
     DeviceStore& m_devices;
     IdListTable m_members;

@@ -17,3 +17,14 @@ std::optional<ServerReply> RecordStore::checkFree(const Names& names, const QStr
                                QStringLiteral("there is a %1 named \"%2\" already").arg(names.kind, name)))
                  : std::nullopt;
 }
+
+QVariantMap RecordStore::changed(const QVariantMap& before, const QVariantMap& change)
+{
+    QVariantMap after = before;
+    for (auto field = change.begin(); field != change.end(); ++field) {
+        if (field.value().isValid()) {
+            after.insert(field.key(), field.value());
+        }
+    }
+    return after;
+}

@@ -30,6 +30,11 @@ protected:
      */
     std::optional<ServerReply> checkFree(const Names& names, const QString& name, int id);
 
+    /**
+     * Returns a record after a change: what the change does not name, or names without a value, stays.
+     */
+    static QVariantMap changed(const QVariantMap& before, const QVariantMap& change);
+
     /** Returns a field of a record as text; empty for one that is missing. */
     static QString textOf(const QVariantMap& record, const QString& key)
     {

@@ -26,18 +26,18 @@ public:
      * Adds a schedule.
      *
      * @param payload a record; its "scheduleID" is not read
-     * @return the record with its id, or one of badName, badSchedule, noSuchFile, badList, nothingToPlayOn,
+     * @return the stored record, or one of badName, badSchedule, noSuchFile, badList, nothingToPlayOn,
      * tooManyRecords and storageFailed
      */
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces all fields of a schedule. One that is switched off may be without a file ("audioID" 0) and
-     * without groups and devices.
+     * Changes a schedule. One that is switched off may be without a file ("audioID" 0) and without groups
+     * and devices.
      *
-     * @param payload a record
-     * @return the record, noSuchSchedule, or an error of add; a refusal has a map of "scheduleID" with it,
-     * but storageFailed once the record was checked
+     * @param payload a record; the fields that it lacks stay as they are
+     * @return the stored record, noSuchSchedule, or an error of add; a refusal has a map of "scheduleID" with
+     * it, but storageFailed once the record was checked
      */
     ServerReply update(const QVariant& payload);
 
@@ -73,8 +73,8 @@ private:
         QList<int> devices;
     };
     std::optional<ServerReply> check(const QVariantMap& record, bool mayLackTargets, Checked* checked);
-    ServerReply store(const QVariantMap& record, const Checked& checked, int id);
-    std::optional<QVariantList> records();
+    ServerReply store(const Checked& checked, int id);
+    std::optional<QVariantList> recordsOf(std::optional<int> id);
     std::optional<QList<int>> devicesOf(const QVariantMap& record);
 
     DeviceStore& m_devices;

@@ -2,6 +2,8 @@
 
 #include "protocol/Limits.h"
 #include "protocol/WireMessage.h"
+#include "server/records/CameraSettingsRecord.h"
+#include "server/records/PasswordCipher.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/server/SqlFile.h"
 #include "tests/support/WavFiles.h"
@@ -82,7 +84,15 @@ QVariantMap with(QVariantMap record, const char* key, const QVariant& value)
 
 const QString device =
     "INSERT INTO devices (name, ip, port, username, password) SELECT 'd' || i, '::', 1, '', ''";
-const QString plainCamera = "INSERT INTO cameras (name, kind, address) SELECT 'c' || i, 'simulated', '::'";
+QString plainCamera()
+{
+    return QString("INSERT INTO cameras (name, kind, address, password, settings) SELECT 'c' || i, "
+                   "'simulated', '::', "
+                   "zeroblob(%1), '%2'")
+        .arg(PasswordCipher::overhead())
+        .arg(CameraSettingsRecord::toText(CameraSettings()));
+}
+
 const QString plainSchedule =
     "INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled) "
     "SELECT 's', 0, 1, '{}', '', '', 0";
@@ -100,7 +110,7 @@ void TestRecordLimits::fullKind_data()
     QTest::addColumn<QString>("remove");
     QTest::addColumn<QVariant>("id");
     QTest::addColumn<QString>("limit");
-    QTest::newRow("cameras") << plainCamera << "AddCamera" << QVariant(camera("c")) << "UpdateCamera"
+    QTest::newRow("cameras") << plainCamera() << "AddCamera" << QVariant(camera("c")) << "UpdateCamera"
                              << QVariant(with(camera("other"), "camId", "1")) << "DeleteCamera"
                              << QVariant("1") << "maxCameras";
     QTest::newRow("devices") << device << "AddIPAudio" << QVariant(ServerHarness::device("d"))
@@ -167,8 +177,8 @@ void TestRecordLimits::fullFiles()
 void TestRecordLimits::overfullKindMayBeChanged_data()
 {
     QTest::addColumn<QStringList>("statements");
-    QTest::newRow("records") << QStringList{rows(10005, plainCamera)};
-    QTest::newRow("bytes") << QStringList{rows(2, plainCamera),
+    QTest::newRow("records") << QStringList{rows(10005, plainCamera())};
+    QTest::newRow("bytes") << QStringList{rows(2, plainCamera()),
                                           "INSERT INTO cameras (name, kind, address) SELECT " +
                                               repeated("x", 4194400) + ", '', ''"};
 }
@@ -237,8 +247,8 @@ void TestRecordLimits::longLists()
     QFETCH(QVariant, large);
     QFETCH(QVariant, result);
     ServerHarness harness(
-        filled({rows(9000, device), rows(1, file), rows(1, plainCamera), rows(1, plainSchedule),
-                "INSERT INTO cameras (name, kind, address) SELECT " + repeated("x", 4194000) + ", '', ''",
+        filled({rows(9000, device), rows(1, file), rows(1, plainCamera()), rows(1, plainSchedule),
+                "INSERT INTO cameras (name, kind, address) SELECT " + repeated("x", 4193800) + ", '', ''",
                 "INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled) SELECT " +
                     repeated("x", 4190000) + ", 0, 1, '{}', '', '', 0",
                 rows(2, "INSERT INTO groups (name) SELECT 'g' || i"),
