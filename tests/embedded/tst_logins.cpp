@@ -46,6 +46,18 @@ void TestLogins::userStore()
     QVERIFY(!read.admits("nobody", "right"));
     QVERIFY(!read.setPassword("a b", "x"));
     QVERIFY(!read.setPassword("c", ""));
+    // The token has this name in the file; no user has it.
+    QVERIFY(!read.admits("token", "the-token"));
+    QVERIFY(!read.setPassword("token", "x"));
+    QVERIFY(read.admits("", "the-token"));
+    QVERIFY(read.setPassword("Token", "x"));
+    QVERIFY(read.admits("Token", "x") && !read.admits("", "x"));
+    UserStore nameless;
+    QVERIFY(nameless.setPassword(QString(QChar(0xFEFF)), "x")); // read back as a name of no characters
+    QVERIFY(nameless.save(m_folder.filePath("nameless")));
+    UserStore none;
+    QVERIFY(none.load(m_folder.filePath("nameless")));
+    QVERIFY(none.isEmpty() && !none.admits("", "x"));
     UserStore empty;
     QVERIFY(empty.load(m_folder.filePath("absent")));
     QVERIFY(!empty.admits("", ""));
