@@ -54,16 +54,18 @@ QVariantList valuesOf(const CameraRecord& record, const PasswordCipher& secrets)
             CameraSettingsRecord::toText(record.settings)};
 }
 
-/** Takes the login out of an address, which is shown and logged. */
-void takeLogin(CameraRecord& record)
+/** Takes the login out of an address, which is shown and logged. Returns whether there was one. */
+bool takeLogin(CameraRecord& record)
 {
     QUrl url(record.address, QUrl::StrictMode);
-    if (url.isValid() && !url.userInfo().isEmpty()) {
+    const bool found = url.isValid() && !url.userInfo().isEmpty();
+    if (found) {
         record.username = url.userName(QUrl::FullyDecoded);
         record.password = url.password(QUrl::FullyDecoded);
         url.setUserInfo(QString());
         record.address = url.toString(QUrl::FullyEncoded);
     }
+    return found;
 }
 
 /** The id of a camera of the records, in the one form that they have; empty for anything else. */
@@ -144,8 +146,11 @@ std::optional<ServerReply> CameraStore::complete(const QVariantMap& fields, Came
     };
     take(Words::camName, record.name);
     take(Words::camKind, record.kind);
+    const QString addressBefore = record.address;
     take(Words::camAddress, record.address);
-    takeLogin(record);
+    if (!takeLogin(record) && !sameHost(addressBefore, record.address)) {
+        record.password.clear();
+    }
     take(Vocabulary::username, record.username);
     take(Vocabulary::password, record.password);
     QString error;

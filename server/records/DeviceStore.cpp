@@ -126,7 +126,11 @@ ServerReply DeviceStore::update(const QVariant& payload)
     if (before->isEmpty()) {
         return noSuchDevice(id, onlyId);
     }
-    const QVariantMap record = changed(before->first().toMap(), change);
+    QVariantMap record = changed(before->first().toMap(), change);
+    if (!change.value(Vocabulary::password).isValid() &&
+        !sameHost(textOf(before->first().toMap(), Vocabulary::ip), textOf(record, Vocabulary::ip))) {
+        record[Vocabulary::password] = QString();
+    }
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
         return *bad;

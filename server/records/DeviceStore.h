@@ -42,7 +42,8 @@ public:
     /**
      * Changes a device.
      *
-     * @param payload a record; the fields that it lacks stay as they are
+     * @param payload a record; the fields that it lacks stay as they are, but for the password when the
+     * address changes to another host
      * @return the stored record, noSuchDevice, or an error of add; a refusal has a map of "deviceID" with it,
      *         but storageFailed once the record was checked
      */

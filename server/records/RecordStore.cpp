@@ -1,5 +1,17 @@
 #include "server/records/RecordStore.h"
 
+#include <QHostAddress>
+#include <QUrl>
+
+namespace {
+
+QString hostOf(const QString& address)
+{
+    return address.contains(QStringLiteral("://")) ? QUrl(address, QUrl::StrictMode).host() : address;
+}
+
+} // namespace
+
 ServerReply RecordStore::failed() const
 {
     return refusal(ReturnCode::storageFailed, m_database.errorString());
@@ -27,4 +39,11 @@ QVariantMap RecordStore::changed(const QVariantMap& before, const QVariantMap& c
         }
     }
     return after;
+}
+
+bool RecordStore::sameHost(const QString& one, const QString& other)
+{
+    const QHostAddress first(hostOf(one));
+    const QHostAddress second(hostOf(other));
+    return first.isNull() ? hostOf(one).compare(hostOf(other), Qt::CaseInsensitive) == 0 : first == second;
 }

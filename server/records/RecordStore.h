@@ -35,6 +35,14 @@ protected:
      */
     static QVariantMap changed(const QVariantMap& before, const QVariantMap& change);
 
+    /**
+     * Returns whether two addresses, of the forms that RecordChecks takes, are of the same host. A password
+     * is for the host that it was given for: when the address of a record changes to another one, its
+     * password goes, unless a new one comes with the address. Otherwise whoever may change records could have
+     * it sent to a machine of his own.
+     */
+    static bool sameHost(const QString& one, const QString& other);
+
     /** Returns a field of a record as text; empty for one that is missing. */
     static QString textOf(const QVariantMap& record, const QString& key)
     {

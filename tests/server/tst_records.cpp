@@ -32,6 +32,7 @@ private Q_SLOTS:
     void refusedSchedules();
     void additionsNeedTheirFields();
     void changesKeepWhatTheyDoNotName();
+    void passwordsStayWithTheirHost();
     void answersAreWhatIsStored();
     void deletionsReachTheirReferences();
     void unknownIds_data();
@@ -425,6 +426,18 @@ void TestRecords::changesKeepWhatTheyDoNotName()
           with(entry, "networkAudioIDList", "")}) {
         compare("UpdateNetworkAudioSchedule", "GetNetworkAudioSchedule", change);
     }
+}
+
+void TestRecords::passwordsStayWithTheirHost()
+{
+    ServerHarness harness;
+    harness.addDevice("a");
+    const auto password = [&](const QVariantMap& change) {
+        return harness.ask("UpdateIPAudio", with(change, "deviceID", 1)).result.toMap()["password"];
+    };
+    COMPARE_VARIANTS(password({{"ip", "10.0.0.1"}, {"port", 555}}), "p");
+    COMPARE_VARIANTS(password({{"ip", "10.0.0.2"}, {"password", "q"}}), "q");
+    COMPARE_VARIANTS(password({{"ip", "10.0.0.3"}}), "");
 }
 
 // Numbers and times come in more types than one; they are stored in one, and answered as they are stored.
