@@ -141,15 +141,14 @@ void TestLogins::withoutALoginNoAnswer()
 
 void TestLogins::silentClientLosesItsPlace()
 {
-    ServerHarness harness;
     SocketConfig quick = config();
     quick.loginTimeout = 200;
-    SocketServer server(*harness.server, quick, nullptr);
-    QVERIFY(server.listen());
-    RawClient client(server);
+    const OpenedServer server(quick);
+    QVERIFY(server.listens);
+    RawClient client(server.sockets);
     QVERIFY(client.connected);
     QVERIFY(client.closed());
-    QVERIFY(waitFor([&] { return server.clients() == 0; }));
+    QVERIFY(waitFor([&] { return server.sockets.clients() == 0; }));
 }
 
 void TestLogins::loginsOfThoseWhoLeftAreWithdrawn()
@@ -181,14 +180,13 @@ void TestLogins::loginsOfThoseWhoLeftAreWithdrawn()
 
 void TestLogins::loginsWaitForEachOther()
 {
-    ServerHarness harness;
     SocketConfig quick = config();
     quick.loginTimeout = 300;
-    SocketServer server(*harness.server, quick, nullptr);
-    QVERIFY(server.listen());
+    const OpenedServer server(quick);
+    QVERIFY(server.listens);
     std::vector<std::unique_ptr<RawClient>> clients;
     for (int i = 0; i < 24; ++i) {
-        clients.push_back(std::make_unique<RawClient>(server));
+        clients.push_back(std::make_unique<RawClient>(server.sockets));
         QVERIFY(clients.back()->connected);
         clients.back()->socket.sendBinaryMessage(loginOf("anna", "right"));
     }

@@ -76,6 +76,13 @@ int changes(ServerHarness& harness)
         }));
 }
 
+/** Adds a camera to a server without any, and gives the answer to the request of a talk to it. */
+ServerReply talkToTheFirst(ServerHarness& harness)
+{
+    harness.ask("AddCamera", camera("Gate"));
+    return harness.ask("StartTalk", QVariantMap{{"camId", "1"}});
+}
+
 } // namespace
 
 void TestCameras::areAddedChangedAndDeleted()
@@ -159,8 +166,7 @@ void TestCameras::refusals()
 void TestCameras::areTalkedTo()
 {
     ServerHarness harness;
-    harness.ask("AddCamera", camera("Gate"));
-    const ServerReply reply = harness.ask("StartTalk", QVariantMap{{"camId", "1"}});
+    const ServerReply reply = talkToTheFirst(harness);
     QCOMPARE(reply.returnCode, ReturnCode::success);
     QCOMPARE(reply.result.toMap()["camId"], QVariant("1"));
     QCOMPARE(harness.simulated.recordings->talks.size(), 1);
@@ -169,12 +175,11 @@ void TestCameras::areTalkedTo()
 void TestCameras::latestRecordingsAreKnown()
 {
     ServerHarness harness;
-    harness.ask("AddCamera", camera("Gate"));
     QStringList& talks = harness.simulated.recordings->talks;
     for (int i = 0; i < 1000; ++i) {
         talks.append(QString::number(i));
     }
-    harness.ask("StartTalk", QVariantMap{{"camId", "1"}});
+    talkToTheFirst(harness);
     QCOMPARE(talks.size(), 1000);
     QCOMPARE(talks.front(), QString("1"));
     QVERIFY2(QFile::exists(talks.back()), qPrintable(talks.back()));
@@ -439,8 +444,7 @@ void TestCameras::addressesAreNotRepeated()
 void TestCameras::openTalkOutlivesItsRecord()
 {
     ServerHarness harness;
-    harness.ask("AddCamera", camera("Gate"));
-    const QVariant token = harness.ask("StartTalk", QVariantMap{{"camId", "1"}}).result.toMap()["talkToken"];
+    const QVariant token = talkToTheFirst(harness).result.toMap()["talkToken"];
     harness.ask("DeleteCamera", "1");
     QCOMPARE(harness.ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, ReturnCode::success);
 }
