@@ -411,11 +411,13 @@ void TestRecords::changesKeepWhatTheyDoNotName()
           with(device, "password", "q"), with(device, "bindingCameraList", ""),
           with(device, "ip", QVariant())}) {
         compare("UpdateIPAudio", "RetrieveIPAudioModel", change);
+        QVERIFY(!QTest::currentTestFailed());
     }
     const QVariantMap group{{"groupID", 1}};
     for (const QVariantMap& change :
          {group, with(group, "groupName", "h"), with(group, "networkAudioIDList", "")}) {
         compare("UpdateNetworkAudioGroup", "GetNetworkAudioGroup", change);
+        QVERIFY(!QTest::currentTestFailed());
     }
     const QVariantMap entry{{"scheduleID", 1}};
     for (const QVariantMap& change :
@@ -425,6 +427,7 @@ void TestRecords::changesKeepWhatTheyDoNotName()
           with(entry, "scheduleType", 1), with(entry, "scheduleSettings", QVariantMap()),
           with(entry, "networkAudioIDList", "")}) {
         compare("UpdateNetworkAudioSchedule", "GetNetworkAudioSchedule", change);
+        QVERIFY(!QTest::currentTestFailed());
     }
 }
 
