@@ -40,8 +40,10 @@ Refusal address(const QString& address)
                        (parsed.setAddress(address) || (!numeric && hostName.match(address).hasMatch()));
     // QHostAddress also takes "1" for 0.0.0.1, which nobody means.
     if (!valid || (numeric && address.count(QLatin1Char('.')) != 3)) {
+        // The text may hold a password: it is not repeated.
         return refusal(ReturnCode::badAddress,
-                       QStringLiteral("\"%1\" is not an address").arg(address.left(Limits::maxNameLength)));
+                       QStringLiteral("an address is an IPv4 or IPv6 address or a host name, without a "
+                                      "login, port or path"));
     }
     return std::nullopt;
 }

@@ -1,6 +1,7 @@
 #include "server/RecordingServer.h"
 
 #include "protocol/CommandTable.h"
+#include "protocol/FieldTypes.h"
 #include "protocol/PrintableName.h"
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
@@ -36,6 +37,12 @@ std::vector<Backend*> pointers(const std::vector<std::unique_ptr<Backend>>& back
     return all;
 }
 
+/** An id as a refusal repeats it: 0 for what is none. */
+int numberOf(const QVariant& id)
+{
+    return FieldTypes::wholeNumber(id).value_or(0);
+}
+
 /** What a refusal carries besides its text: the id of the record in question, in the shape of the table. */
 QVariant refusalResult(const CommandTable::Row& row, const QVariant& payload)
 {
@@ -44,12 +51,13 @@ QVariant refusalResult(const CommandTable::Row& row, const QVariant& payload)
     case PayloadShape::Text:
         return QString(); // what is too large is no id of a camera
     case PayloadShape::Number:
-        return row.payload.kind == PayloadShape::Number ? payload.toInt()
-                                                        : fields.value(row.payload.keys.first()).toInt();
+        return row.payload.kind == PayloadShape::Number ? numberOf(payload)
+                                                        : numberOf(fields.value(row.payload.keys.first()));
     case PayloadShape::Map: {
         const QString& key = row.refusal.keys.first();
         const QVariant id = fields.value(key);
-        return QVariantMap{{key, key == Vocabulary::camId ? QVariant(id.toString()) : QVariant(id.toInt())}};
+        return QVariantMap{
+            {key, key == Vocabulary::camId ? QVariant(id.toString()) : QVariant(numberOf(id))}};
     }
     default:
         return QVariant();
@@ -259,24 +267,22 @@ void RecordingServer::registerPlayback()
         [this](ServerSession&, const QVariant& payload, quint64) { return m_playback.stopGroup(payload); };
 }
 
-/** What prevents a talk to a speaker is in "error" of a success, the only text that the client passes on. */
 std::optional<ServerReply> RecordingServer::startTalkToIPAudio(ServerSession& session,
                                                                const QVariant& payload)
 {
     const int id = payload.toInt();
     ServerReply bad;
     const auto shown = m_devices.find(id, &bad);
-    const auto withError = [](const QString& text) { return done(QVariantMap{{Vocabulary::error, text}}); };
     if (!shown) {
-        return withError(bad.errorText);
+        return TalkService::speakerError(bad.errorText);
     }
     SpeakerBackend* backend = m_playback.backendOf(*shown);
     if (backend == nullptr) {
-        return withError(QStringLiteral("\"%1\" is offline").arg(shown->name));
+        return TalkService::speakerError(QStringLiteral("\"%1\" is offline").arg(shown->name));
     }
     const auto device = m_devices.findWithPassword(id, &bad);
     if (!device) {
-        return withError(bad.errorText);
+        return TalkService::speakerError(bad.errorText);
     }
     return m_talks.startTalkToSpeaker(session, *device, *backend);
 }
@@ -304,6 +310,11 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
     }
     if (row != nullptr && !hasKindOf(row->payload, payload)) {
         return refusal(row->malformed, QStringLiteral("\"%1\" has a payload of another type").arg(command),
+                       refusalResult(*row, payload));
+    }
+    if (const auto field = row != nullptr ? FieldTypes::firstMistyped(payload.toMap()) : std::nullopt) {
+        return refusal(row->malformed,
+                       QStringLiteral("\"%1\" of \"%2\" is %3").arg(field->key, command, field->wanted),
                        refusalResult(*row, payload));
     }
     return (*executor)(session, payload, request);

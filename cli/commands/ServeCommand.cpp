@@ -28,6 +28,13 @@ int serve(const CommandArguments& arguments)
     }
     if (arguments.isSet("add-user")) {
         const QString name = arguments.value("add-user");
+        if (name == UserStore::tokenName()) {
+            return arguments.usage(
+                QStringLiteral(
+                    "--add-user takes no user named \"%1\": the file of users has the token under this name; "
+                    "--add-user \"\" adds a token")
+                    .arg(name));
+        }
         if (!UserStore::isName(name)) {
             return arguments.usage(
                 QStringLiteral("--add-user takes a name without blanks, not \"%1\"").arg(name));

@@ -9,8 +9,6 @@
 
 namespace {
 
-const QString tokenName = QStringLiteral("token");
-
 QByteArray hashOf(const QByteArray& password)
 {
     QByteArray hash(crypto_pwhash_STRBYTES, '\0');
@@ -34,7 +32,10 @@ bool UserStore::load(const QString& path)
     while (!file.atEnd()) {
         const QList<QByteArray> words = file.readLine().simplified().split(' ');
         if (words.size() == 2) {
-            m_hashes.insert(QString::fromUtf8(words[0]), words[1]);
+            const QString name = QString::fromUtf8(words[0]);
+            if (!name.isEmpty()) { // as that of a byte order mark alone
+                m_hashes.insert(name == tokenName() ? QString() : name, words[1]);
+            }
         }
     }
     return true;
@@ -44,27 +45,32 @@ bool UserStore::save(const QString& path, QString* error) const
 {
     QByteArray lines;
     for (auto entry = m_hashes.begin(); entry != m_hashes.end(); ++entry) {
-        lines += entry.key().toUtf8() + ' ' + entry.value() + '\n';
+        const QString name = entry.key().isEmpty() ? tokenName() : entry.key();
+        lines += name.toUtf8() + ' ' + entry.value() + '\n';
     }
     return writePrivateFile(path, lines, error);
 }
 
+QString UserStore::tokenName()
+{
+    return QStringLiteral("token");
+}
+
 bool UserStore::isName(const QString& name)
 {
-    return name.simplified() == name && !name.contains(QLatin1Char(' '));
+    return name.simplified() == name && !name.contains(QLatin1Char(' ')) && name != tokenName();
 }
 
 bool UserStore::setPassword(const QString& name, const QString& password)
 {
-    const QString key = name.isEmpty() ? tokenName : name;
-    if (!isName(key) || password.isEmpty() || sodium_init() < 0) {
+    if (!isName(name) || password.isEmpty() || sodium_init() < 0) {
         return false;
     }
     const QByteArray hash = hashOf(password.toUtf8());
     if (hash.isEmpty()) {
         return false;
     }
-    m_hashes.insert(key, hash);
+    m_hashes.insert(name, hash);
     return true;
 }
 
@@ -74,7 +80,7 @@ bool UserStore::admits(const QString& name, const QString& password) const
     if (sodium_init() < 0 || secret.size() > Limits::maxPasswordBytes) {
         return false;
     }
-    const QByteArray hash = m_hashes.value(name.isEmpty() ? tokenName : name);
+    const QByteArray hash = m_hashes.value(name);
     if (hash.isEmpty()) {
         hashOf(secret); // as slow as for a user that there is
         return false;

@@ -5,8 +5,8 @@
 
 /**
  * The users of the server: names with passwords, and one token. They are stored as hashes of libsodium's
- * password function (Argon2id), in a text file with one "name hash" on a line; the token has the name
- * "token".
+ * password function (Argon2id), in a text file with one "name hash" on a line. In the file the token has the
+ * name "token", which therefore no user has.
  */
 class UserStore
 {
@@ -26,7 +26,13 @@ public:
      */
     bool save(const QString& path, QString* error = nullptr) const;
 
-    /** Returns whether a user can have a name: one without blanks and line ends; empty is the token's. */
+    /** Returns the name that the token has in the file. */
+    static QString tokenName();
+
+    /**
+     * Returns whether a user can have a name: one without blanks and line ends, and not tokenName; empty is
+     * the token's.
+     */
     static bool isName(const QString& name);
 
     /**
@@ -48,5 +54,5 @@ public:
     bool isEmpty() const { return m_hashes.isEmpty(); }
 
 private:
-    QHash<QString, QByteArray> m_hashes; ///< By name.
+    QHash<QString, QByteArray> m_hashes; ///< By name; that of the token is empty.
 };

@@ -1,40 +1,20 @@
 #include "server/records/CameraSettingsRecord.h"
 
+#include "protocol/FieldTypes.h"
 #include "protocol/Words.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
 
-#include <cmath>
-
 namespace {
 
 const QString tcp = QStringLiteral("tcp");
 const QString udp = QStringLiteral("udp");
 
-/** Reads a whole number, of whatever type its sender's language has; empty for any other value. */
-std::optional<int> wholeNumber(const QVariant& value)
-{
-    switch (static_cast<QMetaType::Type>(value.userType())) {
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Double: {
-        constexpr double limit = 1e9;
-        const double number = value.toDouble();
-        const bool fits = std::abs(number) <= limit && std::floor(number) == number;
-        return fits ? std::optional(static_cast<int>(number)) : std::nullopt;
-    }
-    default:
-        return std::nullopt;
-    }
-}
-
 bool readNumber(const QVariant& value, int least, int most, int& setting)
 {
-    const auto number = wholeNumber(value);
+    const auto number = FieldTypes::wholeNumber(value);
     if (!number || *number < least || *number > most) {
         return false;
     }

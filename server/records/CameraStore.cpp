@@ -18,11 +18,6 @@ const ListLimit::Kind cameraList{
     QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB)) + length(CAST(kind AS BLOB)) + "
                    "length(CAST(address AS BLOB)) + length(CAST(username AS BLOB))), 0) FROM cameras")};
 
-QString textOf(const QVariantMap& record, const QString& key)
-{
-    return record.value(key).toString();
-}
-
 const QString selectCameras =
     QStringLiteral("SELECT id, name, kind, address, username, password, settings FROM cameras");
 
@@ -59,16 +54,18 @@ QVariantList valuesOf(const CameraRecord& record, const PasswordCipher& secrets)
             CameraSettingsRecord::toText(record.settings)};
 }
 
-/** Takes the login out of an address, which is shown and logged. */
-void takeLogin(CameraRecord& record)
+/** Takes the login out of an address, which is shown and logged. Returns whether there was one. */
+bool takeLogin(CameraRecord& record)
 {
     QUrl url(record.address, QUrl::StrictMode);
-    if (url.isValid() && !url.userInfo().isEmpty()) {
+    const bool found = url.isValid() && !url.userInfo().isEmpty();
+    if (found) {
         record.username = url.userName(QUrl::FullyDecoded);
         record.password = url.password(QUrl::FullyDecoded);
         url.setUserInfo(QString());
         record.address = url.toString(QUrl::FullyEncoded);
     }
+    return found;
 }
 
 /** The id of a camera of the records, in the one form that they have; empty for anything else. */
@@ -87,18 +84,13 @@ ServerReply unknown(const QVariant& id, const QVariant& result)
 } // namespace
 
 CameraStore::CameraStore(RecordDatabase& database, const PasswordCipher& secrets, DeviceKinds kinds)
-    : m_database(database), m_secrets(secrets), m_kinds(std::move(kinds))
+    : RecordStore(database), m_secrets(secrets), m_kinds(std::move(kinds))
 {
     if (const auto records = readAll()) {
         m_records = *records;
     } else {
         m_error = m_database.errorString();
     }
-}
-
-ServerReply CameraStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
 }
 
 /** Commits a change when the records can be read with it. */
@@ -147,21 +139,23 @@ bool CameraStore::hasPasswords(RecordDatabase& database)
 /** Puts what a client sent into a record: what it lacks stays as it is. */
 std::optional<ServerReply> CameraStore::complete(const QVariantMap& fields, CameraRecord& record) const
 {
-    record.name = textOf(fields, Words::camName);
-    record.kind = textOf(fields, Words::camKind);
-    record.address = textOf(fields, Words::camAddress);
-    takeLogin(record);
-    if (fields.contains(Vocabulary::username)) {
-        record.username = textOf(fields, Vocabulary::username);
+    const auto take = [&fields](const QString& key, QString& field) {
+        if (fields.value(key).isValid()) {
+            field = textOf(fields, key);
+        }
+    };
+    take(Words::camName, record.name);
+    take(Words::camKind, record.kind);
+    const QString addressBefore = record.address;
+    take(Words::camAddress, record.address);
+    if (!takeLogin(record) && !sameHost(addressBefore, record.address)) {
+        record.password.clear();
     }
-    if (fields.contains(Vocabulary::password)) {
-        record.password = textOf(fields, Vocabulary::password);
-    }
-    const QVariant given = fields.value(Words::camSettings);
-    QString error = QStringLiteral("the settings of a camera are a map");
-    const auto settings = given.isValid() && given.userType() != QMetaType::QVariantMap
-                              ? std::nullopt
-                              : CameraSettingsRecord::fromMap(given.toMap(), record.settings, &error);
+    take(Vocabulary::username, record.username);
+    take(Vocabulary::password, record.password);
+    QString error;
+    const auto settings =
+        CameraSettingsRecord::fromMap(fields.value(Words::camSettings).toMap(), record.settings, &error);
     if (!settings) {
         return refusal(ReturnCode::badCameraSettings, error);
     }
@@ -178,16 +172,7 @@ std::optional<ServerReply> CameraStore::check(const CameraRecord& record)
             return bad;
         }
     }
-    QSqlQuery same = m_database.query();
-    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM cameras WHERE name = ? AND id <> ?"),
-                        {record.name, record.id.toInt()})) {
-        return failed();
-    }
-    if (same.next()) {
-        return refusal(ReturnCode::nameTaken,
-                       QStringLiteral("there is a camera named \"%1\" already").arg(record.name));
-    }
-    return std::nullopt;
+    return checkFree({QStringLiteral("cameras"), QStringLiteral("camera")}, record.name, record.id.toInt());
 }
 
 ServerReply CameraStore::add(const QVariant& payload)
@@ -223,7 +208,10 @@ ServerReply CameraStore::update(const QVariant& payload)
     const QString id = textOf(fields, Vocabulary::camId);
     const QVariantMap onlyId{{Vocabulary::camId, id}};
     const CameraRecord* before = find(id);
-    CameraRecord record = before == nullptr ? CameraRecord() : *before;
+    if (before == nullptr) {
+        return unknown(id, onlyId);
+    }
+    CameraRecord record = *before;
     auto bad = complete(fields, record);
     if (!bad) {
         bad = check(record);
@@ -231,9 +219,6 @@ ServerReply CameraStore::update(const QVariant& payload)
     if (bad) {
         bad->result = onlyId;
         return *bad;
-    }
-    if (before == nullptr) {
-        return unknown(id, onlyId);
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, cameraList);

@@ -3,7 +3,7 @@
 #include "protocol/ServerReply.h"
 #include "server/devices/DeviceKinds.h"
 #include "server/records/PasswordCipher.h"
-#include "server/records/RecordDatabase.h"
+#include "server/records/RecordStore.h"
 
 #include <optional>
 
@@ -14,7 +14,7 @@
  * whose kind the server does not know is kept, and may be changed as long as its kind stays. Used on the
  * database's thread.
  */
-class CameraStore
+class CameraStore : private RecordStore
 {
 public:
     /**
@@ -42,9 +42,10 @@ public:
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces name, kind and address of a camera, and of login and settings what is given.
+     * Changes a camera.
      *
-     * @param payload a record
+     * @param payload a record; the fields and settings that it lacks stay as they are, but for the password
+     * when the address changes to another host
      * @return the stored record, noSuchCamera, or an error of add; a refusal has a map of "camId" with it,
      * but storageFailed once the record was checked
      */
@@ -66,11 +67,9 @@ private:
     std::optional<ServerReply> checkKind(const QString& kind, const QString& id) const;
     std::optional<ServerReply> complete(const QVariantMap& fields, CameraRecord& record) const;
     std::optional<ServerReply> check(const CameraRecord& record);
-    ServerReply failed() const;
     ServerReply commit(RecordDatabase::Transaction& transaction, const ServerReply& reply);
     std::optional<QList<CameraRecord>> readAll();
 
-    RecordDatabase& m_database;
     const PasswordCipher& m_secrets;
     DeviceKinds m_kinds;
     QString m_error;

@@ -7,11 +7,6 @@
 
 namespace {
 
-QString textOf(const QVariantMap& record, const QString& key)
-{
-    return record.value(key).toString();
-}
-
 QStringList camerasOf(const QVariantMap& record)
 {
     const QString text = record.value(Vocabulary::bindingCameraList).toString();
@@ -57,11 +52,6 @@ bool DeviceStore::hasPasswords(RecordDatabase& database)
     return found;
 }
 
-ServerReply DeviceStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
-}
-
 std::optional<ServerReply> DeviceStore::check(const QVariantMap& record, int id)
 {
     using namespace RecordChecks;
@@ -75,16 +65,7 @@ std::optional<ServerReply> DeviceStore::check(const QVariantMap& record, int id)
             return bad;
         }
     }
-    QSqlQuery same = m_database.query();
-    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM devices WHERE name = ? AND id <> ?"),
-                        {deviceName, id})) {
-        return failed();
-    }
-    if (same.next()) {
-        return refusal(ReturnCode::nameTaken,
-                       QStringLiteral("there is a device named \"%1\" already").arg(deviceName));
-    }
-    return std::nullopt;
+    return checkFree({QStringLiteral("devices"), QStringLiteral("device")}, deviceName, id);
 }
 
 bool DeviceStore::storeCameras(int id, const QString& cameras)
@@ -129,34 +110,40 @@ ServerReply DeviceStore::add(const QVariant& payload)
     if (!transaction.commit()) {
         return failed();
     }
-    const auto stored = recordOf(id);
-    return stored ? done(*stored) : failed();
+    return stored(id);
 }
 
 ServerReply DeviceStore::update(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    const int id = record.value(Vocabulary::deviceID).toInt();
+    const QVariantMap change = payload.toMap();
+    const int id = change.value(Vocabulary::deviceID).toInt();
     // The refusal carries the id, so that the client can tell which request it was.
     const QVariantMap onlyId{{Vocabulary::deviceID, id}};
+    const auto before = recordsOf(id);
+    if (!before) {
+        return failed();
+    }
+    if (before->isEmpty()) {
+        return noSuchDevice(id, onlyId);
+    }
+    QVariantMap record = changed(before->first().toMap(), change);
+    if (!change.value(Vocabulary::password).isValid() &&
+        !sameHost(textOf(before->first().toMap(), Vocabulary::ip), textOf(record, Vocabulary::ip))) {
+        record[Vocabulary::password] = QString();
+    }
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, deviceList);
-    QSqlQuery change = m_database.query();
     if (!m_database.run(
-            change,
             QStringLiteral(
                 "UPDATE devices SET name = ?, ip = ?, port = ?, username = ?, password = ? WHERE id = ?"),
             {textOf(record, Vocabulary::deviceName), textOf(record, Vocabulary::ip),
              record.value(Vocabulary::port).toInt(), textOf(record, Vocabulary::username),
              m_secrets.seal(textOf(record, Vocabulary::password)), id})) {
         return failed();
-    }
-    if (change.numRowsAffected() == 0) {
-        return noSuchDevice(id, onlyId);
     }
     if (!storeCameras(id, textOf(record, Vocabulary::bindingCameraList))) {
         return failed();
@@ -168,8 +155,7 @@ ServerReply DeviceStore::update(const QVariant& payload)
     if (!transaction.commit()) {
         return failed();
     }
-    const auto stored = recordOf(id);
-    return stored ? done(*stored) : failed();
+    return stored(id);
 }
 
 ServerReply DeviceStore::remove(const QVariant& payload)
@@ -195,12 +181,20 @@ ServerReply DeviceStore::list()
     return done(records);
 }
 
-std::optional<QVariantMap> DeviceStore::recordOf(int id)
+/** The record, or none, in a list; empty when the database cannot be read. */
+std::optional<QVariantList> DeviceStore::recordsOf(int id)
 {
-    std::optional<QVariantMap> record;
-    const bool read = m_database.read(selectDevices + QStringLiteral(" WHERE id = ?"), {id},
-                                      [&](const QSqlQuery& row) { record = readRecord(row, m_secrets); });
-    return read ? record : std::nullopt;
+    QVariantList found;
+    const bool read =
+        m_database.read(selectDevices + QStringLiteral(" WHERE id = ?"), {id},
+                        [&](const QSqlQuery& row) { found.append(readRecord(row, m_secrets)); });
+    return read ? std::optional(found) : std::nullopt;
+}
+
+ServerReply DeviceStore::stored(int id)
+{
+    const auto found = recordsOf(id);
+    return found && !found->isEmpty() ? done(found->first()) : failed();
 }
 
 std::optional<Speaker> DeviceStore::find(int id, ServerReply* refusal)

@@ -3,7 +3,7 @@
 #include "protocol/ServerReply.h"
 #include "server/devices/SpeakerBackend.h"
 #include "server/records/PasswordCipher.h"
-#include "server/records/RecordDatabase.h"
+#include "server/records/RecordStore.h"
 
 #include <QList>
 
@@ -15,12 +15,12 @@
  * with
  * "|"). Passwords are encrypted in the database and in clear text in records. Used on the database's thread.
  */
-class DeviceStore
+class DeviceStore : private RecordStore
 {
 public:
     /** Both arguments outlive the store. */
     DeviceStore(RecordDatabase& database, const PasswordCipher& secrets)
-        : m_database(database), m_secrets(secrets)
+        : RecordStore(database), m_secrets(secrets)
     {
     }
 
@@ -40,9 +40,10 @@ public:
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces all fields of a device.
+     * Changes a device.
      *
-     * @param payload a record
+     * @param payload a record; the fields that it lacks stay as they are, but for the password when the
+     * address changes to another host
      * @return the stored record, noSuchDevice, or an error of add; a refusal has a map of "deviceID" with it,
      *         but storageFailed once the record was checked
      */
@@ -75,9 +76,8 @@ public:
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);
     bool storeCameras(int id, const QString& cameras);
-    std::optional<QVariantMap> recordOf(int id);
-    ServerReply failed() const;
+    std::optional<QVariantList> recordsOf(int id);
+    ServerReply stored(int id);
 
-    RecordDatabase& m_database;
     const PasswordCipher& m_secrets;
 };

@@ -21,14 +21,10 @@ constexpr int base64Of(int bytes)
 
 } // namespace
 
-FileStore::FileStore(RecordDatabase& database, const QString& folder) : m_database(database), m_folder(folder)
+FileStore::FileStore(RecordDatabase& database, const QString& folder)
+    : RecordStore(database), m_folder(folder)
 {
     QDir().mkpath(m_folder);
-}
-
-ServerReply FileStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
 }
 
 ServerReply FileStore::upload(const QVariant& payload)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "protocol/ServerReply.h"
-#include "server/records/RecordDatabase.h"
+#include "server/records/RecordStore.h"
 
 #include <QString>
 
@@ -15,7 +15,7 @@
  * Records of the protocol are maps of "audioID", "audioLength" (ms) and "audioStatus" (int) and "audioName"
  * (QString). Used on the database's thread.
  */
-class FileStore
+class FileStore : private RecordStore
 {
 public:
     /**
@@ -60,9 +60,7 @@ public:
     std::optional<File> find(int id, ServerReply* refusal);
 
 private:
-    ServerReply failed() const;
     QString pathOf(const QString& contentName) const;
 
-    RecordDatabase& m_database;
     QString m_folder;
 };

@@ -19,18 +19,13 @@ ServerReply noSuchGroup(int id, const QVariant& result = QVariant())
 
 } // namespace
 
-ServerReply GroupStore::failed() const
-{
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
-}
-
 std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
 {
-    const QString name = record.value(Vocabulary::groupName).toString();
+    const QString name = textOf(record, Vocabulary::groupName);
     if (const auto bad = RecordChecks::name(name)) {
         return bad;
     }
-    const auto members = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
+    const auto members = RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList));
     const auto unknown = members ? m_devices.checkExist(*members) : std::nullopt;
     if (unknown && unknown->returnCode == ReturnCode::storageFailed) {
         return unknown;
@@ -39,27 +34,18 @@ std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
         return refusal(ReturnCode::badList,
                        QStringLiteral("the list of devices names one twice, or one that is unknown"));
     }
-    QSqlQuery same = m_database.query();
-    if (!m_database.run(same, QStringLiteral("SELECT 1 FROM groups WHERE name = ? AND id <> ?"),
-                        {name, id})) {
-        return failed();
-    }
-    if (same.next()) {
-        return refusal(ReturnCode::nameTaken,
-                       QStringLiteral("there is a group named \"%1\" already").arg(name));
-    }
-    return std::nullopt;
+    return checkFree({QStringLiteral("groups"), QStringLiteral("group")}, name, id);
 }
 
 ServerReply GroupStore::store(const QVariantMap& record, int id)
 {
-    const auto members = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
+    const auto members = RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList));
     if (!members || !m_members.store(id, *members)) {
         return failed();
     }
     return done(QVariantMap{
         {Vocabulary::groupID, id},
-        {Vocabulary::groupName, record.value(Vocabulary::groupName).toString()},
+        {Vocabulary::groupName, textOf(record, Vocabulary::groupName)},
         {Vocabulary::networkAudioIDList, RecordChecks::joined(*members)},
     });
 }
@@ -74,7 +60,7 @@ ServerReply GroupStore::add(const QVariant& payload)
     ListLimit limit(m_database, groupList);
     QSqlQuery insert = m_database.query();
     if (!m_database.run(insert, QStringLiteral("INSERT INTO groups (name) VALUES (?)"),
-                        {record.value(Vocabulary::groupName).toString()})) {
+                        {textOf(record, Vocabulary::groupName)})) {
         return failed();
     }
     ServerReply reply = store(record, insert.lastInsertId().toInt());
@@ -86,22 +72,26 @@ ServerReply GroupStore::add(const QVariant& payload)
 
 ServerReply GroupStore::update(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    const int id = record.value(Vocabulary::groupID).toInt();
+    const QVariantMap change = payload.toMap();
+    const int id = change.value(Vocabulary::groupID).toInt();
     const QVariantMap onlyId{{Vocabulary::groupID, id}};
+    const auto before = recordsOf(id);
+    if (!before) {
+        return failed();
+    }
+    if (before->isEmpty()) {
+        return noSuchGroup(id, onlyId);
+    }
+    const QVariantMap record = changed(before->first().toMap(), change);
     if (auto bad = check(record, id)) {
         bad->result = onlyId;
         return *bad;
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, groupList);
-    QSqlQuery change = m_database.query();
-    if (!m_database.run(change, QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
-                        {record.value(Vocabulary::groupName).toString(), id})) {
+    if (!m_database.run(QStringLiteral("UPDATE groups SET name = ? WHERE id = ?"),
+                        {textOf(record, Vocabulary::groupName), id})) {
         return failed();
-    }
-    if (change.numRowsAffected() == 0) {
-        return noSuchGroup(id, onlyId);
     }
     ServerReply reply = store(record, id);
     if (auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
@@ -124,7 +114,7 @@ ServerReply GroupStore::remove(const QVariant& payload)
     return done(id);
 }
 
-ServerReply GroupStore::list()
+std::optional<QVariantList> GroupStore::recordsOf(std::optional<int> id)
 {
     QVariantList records;
     const auto append = [&](const QSqlQuery& row) {
@@ -134,12 +124,17 @@ ServerReply GroupStore::list()
             {Vocabulary::networkAudioIDList, row.value(2).toString()},
         });
     };
-    if (!m_database.read(QStringLiteral("SELECT id, name, %1 FROM groups ORDER BY id")
-                             .arg(m_members.joinedColumn("groups")),
-                         {}, append)) {
-        return failed();
-    }
-    return done(records);
+    const bool read = m_database.read(
+        QStringLiteral("SELECT id, name, %1 FROM groups %2 ORDER BY id")
+            .arg(m_members.joinedColumn("groups"), id ? QStringLiteral("WHERE id = ?") : QString()),
+        id ? QVariantList{*id} : QVariantList(), append);
+    return read ? std::optional(records) : std::nullopt;
+}
+
+ServerReply GroupStore::list()
+{
+    const auto all = recordsOf(std::nullopt);
+    return all ? done(*all) : failed();
 }
 
 std::optional<ServerReply> GroupStore::checkExist(const QList<int>& ids)

@@ -7,12 +7,12 @@
  * The groups of devices of the database, as records of the protocol: maps of "groupID" (int), "groupName"
  * (QString) and "networkAudioIDList" (QString, device ids joined with ","). Used on the database's thread.
  */
-class GroupStore
+class GroupStore : private RecordStore
 {
 public:
     /** Both arguments outlive the store. */
     GroupStore(RecordDatabase& database, DeviceStore& devices)
-        : m_database(database), m_devices(devices), m_members(database, "group_devices")
+        : RecordStore(database), m_devices(devices), m_members(database, "group_devices")
     {
     }
 
@@ -25,9 +25,9 @@ public:
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces the name and all members of a group.
+     * Changes a group: its name, all its members, or both.
      *
-     * @param payload a record
+     * @param payload a record; the fields that it lacks stay as they are
      * @return the stored record, noSuchGroup, or an error of add; a refusal has a map of "groupID" with it,
      * but storageFailed once the record was checked
      */
@@ -57,9 +57,8 @@ public:
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);
     ServerReply store(const QVariantMap& record, int id);
-    ServerReply failed() const;
+    std::optional<QVariantList> recordsOf(std::optional<int> id);
 
-    RecordDatabase& m_database;
     DeviceStore& m_devices;
     IdListTable m_members;
 };

@@ -35,12 +35,12 @@ QVariant fileOf(const QVariantMap& record)
     return file != 0 ? QVariant(file) : QVariant(QVariant::Int);
 }
 
-} // namespace
-
-ServerReply ScheduleStore::failed() const
+ServerReply noSuchSchedule(int id, const QVariant& result)
 {
-    return refusal(ReturnCode::storageFailed, m_database.errorString());
+    return refusal(ReturnCode::noSuchSchedule, QStringLiteral("no schedule has the id %1").arg(id), result);
 }
+
+} // namespace
 
 /**
  * Checks a record.
@@ -51,7 +51,7 @@ ServerReply ScheduleStore::failed() const
 std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, bool mayLackTargets,
                                                 Checked* checked)
 {
-    if (const auto bad = RecordChecks::name(record.value(Vocabulary::scheduleName).toString())) {
+    if (const auto bad = RecordChecks::name(textOf(record, Vocabulary::scheduleName))) {
         return bad;
     }
     QString error;
@@ -67,8 +67,8 @@ std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, bool 
     if (ServerReply bad; !(mayLackTargets && file == 0) && !m_files.find(file, &bad)) {
         return bad;
     }
-    const auto groups = RecordChecks::ids(record.value(Vocabulary::groupIDList).toString());
-    const auto devices = RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString());
+    const auto groups = RecordChecks::ids(textOf(record, Vocabulary::groupIDList));
+    const auto devices = RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList));
     auto unknown = groups ? m_groups.checkExist(*groups) : std::nullopt;
     if (!unknown && devices) {
         unknown = m_devices.checkExist(*devices);
@@ -89,16 +89,14 @@ std::optional<ServerReply> ScheduleStore::check(const QVariantMap& record, bool 
     return std::nullopt;
 }
 
-ServerReply ScheduleStore::store(const QVariantMap& record, const Checked& checked, int id)
+/** Stores where a schedule plays, and returns the record as it is stored then. */
+ServerReply ScheduleStore::store(const Checked& checked, int id)
 {
     if (!m_scheduleGroups.store(id, checked.groups) || !m_scheduleDevices.store(id, checked.devices)) {
         return failed();
     }
-    QVariantMap stored = record;
-    stored[Vocabulary::scheduleID] = id;
-    stored[Vocabulary::groupIDList] = RecordChecks::joined(checked.groups);
-    stored[Vocabulary::networkAudioIDList] = RecordChecks::joined(checked.devices);
-    return done(stored);
+    const auto stored = recordsOf(id);
+    return stored && !stored->isEmpty() ? done(stored->first()) : failed();
 }
 
 ServerReply ScheduleStore::add(const QVariant& payload)
@@ -115,15 +113,15 @@ ServerReply ScheduleStore::add(const QVariant& payload)
             insert,
             QStringLiteral("INSERT INTO schedules (name, enabled, type, settings, start, end, end_enabled, "
                            "file) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-            {record.value(Vocabulary::scheduleName).toString(),
-             record.value(Vocabulary::enableSchedule).toBool(), static_cast<int>(checked.rule.type),
+            {textOf(record, Vocabulary::scheduleName), record.value(Vocabulary::enableSchedule).toBool(),
+             static_cast<int>(checked.rule.type),
              QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
              timeText(record.value(Vocabulary::scheduleStartTime)),
              timeText(record.value(Vocabulary::scheduleEndTime)),
              record.value(Vocabulary::enableScheduleEndTime).toBool(), fileOf(record)})) {
         return failed();
     }
-    ServerReply reply = store(record, checked, insert.lastInsertId().toInt());
+    ServerReply reply = store(checked, insert.lastInsertId().toInt());
     if (const auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
         return *bad;
     }
@@ -132,9 +130,17 @@ ServerReply ScheduleStore::add(const QVariant& payload)
 
 ServerReply ScheduleStore::update(const QVariant& payload)
 {
-    const QVariantMap record = payload.toMap();
-    const int id = record.value(Vocabulary::scheduleID).toInt();
+    const QVariantMap change = payload.toMap();
+    const int id = change.value(Vocabulary::scheduleID).toInt();
     const QVariantMap onlyId{{Vocabulary::scheduleID, id}};
+    const auto before = recordsOf(id);
+    if (!before) {
+        return failed();
+    }
+    if (before->isEmpty()) {
+        return noSuchSchedule(id, onlyId);
+    }
+    const QVariantMap record = changed(before->first().toMap(), change);
     Checked checked;
     if (auto bad = check(record, !record.value(Vocabulary::enableSchedule).toBool(), &checked)) {
         bad->result = onlyId;
@@ -142,24 +148,18 @@ ServerReply ScheduleStore::update(const QVariant& payload)
     }
     RecordDatabase::Transaction transaction(m_database);
     ListLimit limit(m_database, scheduleList);
-    QSqlQuery change = m_database.query();
     if (!m_database.run(
-            change,
             QStringLiteral("UPDATE schedules SET name = ?, enabled = ?, type = ?, settings = ?, start = ?, "
                            "end = ?, end_enabled = ?, file = ? WHERE id = ?"),
-            {record.value(Vocabulary::scheduleName).toString(),
-             record.value(Vocabulary::enableSchedule).toBool(), static_cast<int>(checked.rule.type),
+            {textOf(record, Vocabulary::scheduleName), record.value(Vocabulary::enableSchedule).toBool(),
+             static_cast<int>(checked.rule.type),
              QString::fromUtf8(toJson(record.value(Vocabulary::scheduleSettings))),
              timeText(record.value(Vocabulary::scheduleStartTime)),
              timeText(record.value(Vocabulary::scheduleEndTime)),
              record.value(Vocabulary::enableScheduleEndTime).toBool(), fileOf(record), id})) {
         return failed();
     }
-    if (change.numRowsAffected() == 0) {
-        return refusal(ReturnCode::noSuchSchedule, QStringLiteral("no schedule has the id %1").arg(id),
-                       onlyId);
-    }
-    ServerReply reply = store(record, checked, id);
+    ServerReply reply = store(checked, id);
     if (auto bad = limit.check(); bad && reply.returnCode == ReturnCode::success) {
         bad->result = onlyId;
         return *bad;
@@ -175,12 +175,12 @@ ServerReply ScheduleStore::remove(const QVariant& payload)
         return failed();
     }
     if (erase.numRowsAffected() == 0) {
-        return refusal(ReturnCode::noSuchSchedule, QStringLiteral("no schedule has the id %1").arg(id), id);
+        return noSuchSchedule(id, id);
     }
     return done(id);
 }
 
-std::optional<QVariantList> ScheduleStore::records()
+std::optional<QVariantList> ScheduleStore::recordsOf(std::optional<int> id)
 {
     QVariantList found;
     const auto append = [&](const QSqlQuery& row) {
@@ -201,15 +201,16 @@ std::optional<QVariantList> ScheduleStore::records()
     };
     const bool read = m_database.read(
         QStringLiteral("SELECT id, name, enabled, type, settings, start, end, end_enabled, file, "
-                       "%1, %2 FROM schedules ORDER BY id")
-            .arg(m_scheduleGroups.joinedColumn("schedules"), m_scheduleDevices.joinedColumn("schedules")),
-        {}, append);
+                       "%1, %2 FROM schedules %3 ORDER BY id")
+            .arg(m_scheduleGroups.joinedColumn("schedules"), m_scheduleDevices.joinedColumn("schedules"),
+                 id ? QStringLiteral("WHERE id = ?") : QString()),
+        id ? QVariantList{*id} : QVariantList(), append);
     return read ? std::optional(found) : std::nullopt;
 }
 
 ServerReply ScheduleStore::list()
 {
-    const auto all = records();
+    const auto all = recordsOf(std::nullopt);
     return all ? done(*all) : failed();
 }
 
@@ -217,9 +218,9 @@ ServerReply ScheduleStore::list()
 std::optional<QList<int>> ScheduleStore::devicesOf(const QVariantMap& record)
 {
     QList<int> devices =
-        RecordChecks::ids(record.value(Vocabulary::networkAudioIDList).toString()).value_or(QList<int>());
+        RecordChecks::ids(textOf(record, Vocabulary::networkAudioIDList)).value_or(QList<int>());
     const QList<int> groups =
-        RecordChecks::ids(record.value(Vocabulary::groupIDList).toString()).value_or(QList<int>());
+        RecordChecks::ids(textOf(record, Vocabulary::groupIDList)).value_or(QList<int>());
     for (const int group : groups) {
         ServerReply bad;
         const auto members = m_groups.members(group, &bad);
@@ -237,7 +238,7 @@ std::optional<QList<int>> ScheduleStore::devicesOf(const QVariantMap& record)
 
 std::optional<std::vector<ScheduleStore::Entry>> ScheduleStore::enabled()
 {
-    const auto all = records();
+    const auto all = recordsOf(std::nullopt);
     if (!all) {
         return std::nullopt;
     }
@@ -254,7 +255,7 @@ std::optional<std::vector<ScheduleStore::Entry>> ScheduleStore::enabled()
             return std::nullopt;
         }
         entries.push_back({record.value(Vocabulary::scheduleID).toInt(),
-                           record.value(Vocabulary::scheduleName).toString(), *rule,
+                           textOf(record, Vocabulary::scheduleName), *rule,
                            record.value(Vocabulary::audioID).toInt(), *devices});
     }
     return entries;

@@ -12,12 +12,12 @@
  * The schedules of the database, as records of the protocol (docs/PROTOCOL.md has the fields). Used on the
  * database's thread.
  */
-class ScheduleStore
+class ScheduleStore : private RecordStore
 {
 public:
     /** All arguments outlive the store. */
     ScheduleStore(RecordDatabase& database, DeviceStore& devices, GroupStore& groups, FileStore& files)
-        : m_database(database), m_devices(devices), m_groups(groups), m_files(files),
+        : RecordStore(database), m_devices(devices), m_groups(groups), m_files(files),
           m_scheduleGroups(database, "schedule_groups"), m_scheduleDevices(database, "schedule_devices")
     {
     }
@@ -26,18 +26,18 @@ public:
      * Adds a schedule.
      *
      * @param payload a record; its "scheduleID" is not read
-     * @return the record with its id, or one of badName, badSchedule, noSuchFile, badList, nothingToPlayOn,
+     * @return the stored record, or one of badName, badSchedule, noSuchFile, badList, nothingToPlayOn,
      * tooManyRecords and storageFailed
      */
     ServerReply add(const QVariant& payload);
 
     /**
-     * Replaces all fields of a schedule. One that is switched off may be without a file ("audioID" 0) and
-     * without groups and devices.
+     * Changes a schedule. One that is switched off may be without a file ("audioID" 0) and without groups
+     * and devices.
      *
-     * @param payload a record
-     * @return the record, noSuchSchedule, or an error of add; a refusal has a map of "scheduleID" with it,
-     * but storageFailed once the record was checked
+     * @param payload a record; the fields that it lacks stay as they are
+     * @return the stored record, noSuchSchedule, or an error of add; a refusal has a map of "scheduleID" with
+     * it, but storageFailed once the record was checked
      */
     ServerReply update(const QVariant& payload);
 
@@ -73,12 +73,10 @@ private:
         QList<int> devices;
     };
     std::optional<ServerReply> check(const QVariantMap& record, bool mayLackTargets, Checked* checked);
-    ServerReply store(const QVariantMap& record, const Checked& checked, int id);
-    ServerReply failed() const;
-    std::optional<QVariantList> records();
+    ServerReply store(const Checked& checked, int id);
+    std::optional<QVariantList> recordsOf(std::optional<int> id);
     std::optional<QList<int>> devicesOf(const QVariantMap& record);
 
-    RecordDatabase& m_database;
     DeviceStore& m_devices;
     GroupStore& m_groups;
     FileStore& m_files;

@@ -33,14 +33,12 @@ std::optional<QByteArray> decodePacket(const QString& text)
     return result ? std::optional(std::move(result.decoded)) : std::nullopt;
 }
 
-/** What keeps a speaker from talking is in "error" of a success: a refusal would end the client's other
- * talks. */
-ServerReply speakerError(const QString& text)
+} // namespace
+
+ServerReply TalkService::speakerError(const QString& text)
 {
     return done(QVariantMap{{Vocabulary::error, text}});
 }
-
-} // namespace
 
 TalkService::TalkService(std::vector<CameraBackend*> cameras, TalkLimits limits)
     : m_cameras(std::move(cameras)), m_limits(limits)

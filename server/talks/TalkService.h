@@ -64,6 +64,12 @@ public:
     std::optional<ServerReply> startTalkToSpeaker(ServerSession& session, const Speaker& speaker,
                                                   SpeakerBackend& backend);
 
+    /**
+     * Makes the answer to a request of a talk to a speaker that cannot talk. The reason is in "error" of a
+     * success, the only text that the client passes on; a refusal would end its other talks.
+     */
+    static ServerReply speakerError(const QString& text);
+
     /** Closes a session's talks to a speaker, also those that are being opened. */
     ServerReply stopTalkToSpeaker(ServerSession& session, int device);
 

@@ -216,6 +216,8 @@ void TestCommandLine::refusals_data()
         << elsewhere + QStringList{"--fingerprint", QString(63, 'a')} << "--fingerprint takes the 64";
     QTest::newRow("name of a user") << QStringList{"serve", "--add-user", "anna b"}
                                     << "a name without blanks, not \"anna b\"";
+    QTest::newRow("a user with the token's name")
+        << QStringList{"serve", "--add-user", "token"} << "no user named \"token\"";
     QTest::newRow("local file") << QStringList{"play", "--device", "1", "--file", "./nope.wav"}
                                 << "./nope.wav is not a file that can be read";
     QTest::newRow("address twice") << QStringList{"devices",  "update",    "1",       "x",

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "server/access/SocketServer.h"
-#include "server/core/CommandExecutor.h"
+#include "tests/server/ServedExecutor.h"
 
 #include <QMap>
 
@@ -9,8 +8,6 @@
 class HostileServer
 {
 public:
-    HostileServer() : m_sockets(m_executor, config(), nullptr) { m_listens = m_sockets.listen(); }
-
     /** Sets the payload of the answers to a command. */
     void answer(const QString& command, const QVariant& payload) { m_executor.payloads[command] = payload; }
 
@@ -18,15 +15,10 @@ public:
     template<class Options>
     void applyTo(Options& options) const
     {
-        options.serverUrl = m_listens ? m_sockets.url().toString() : QString();
-        options.user = user();
-        options.secret = secret();
+        m_served.applyTo(options);
     }
 
 private:
-    static QString user() { return QStringLiteral("anna"); }
-    static QString secret() { return QStringLiteral("right"); }
-
     class Executor : public CommandExecutor
     {
     public:
@@ -41,14 +33,6 @@ private:
         QMap<QString, QVariant> payloads;
     };
 
-    static SocketConfig config()
-    {
-        SocketConfig made;
-        made.users.setPassword(user(), secret());
-        return made;
-    }
-
     Executor m_executor;
-    SocketServer m_sockets;
-    bool m_listens = false;
+    ServedExecutor m_served{m_executor};
 };

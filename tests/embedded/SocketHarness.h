@@ -45,6 +45,19 @@ bool waitFor(Condition condition, int timeout = 20000)
     return ServerHarness::waitFor(condition, timeout);
 }
 
+/** A server of no devices that others reach. */
+struct OpenedServer
+{
+    explicit OpenedServer(const SocketConfig& config = SocketHarness::config())
+        : sockets(*harness.server, config, nullptr), listens(sockets.listen())
+    {
+    }
+
+    ServerHarness harness;
+    SocketServer sockets;
+    bool listens;
+};
+
 /** A link that has been opened. */
 struct OpenedLink
 {

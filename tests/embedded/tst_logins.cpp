@@ -46,6 +46,18 @@ void TestLogins::userStore()
     QVERIFY(!read.admits("nobody", "right"));
     QVERIFY(!read.setPassword("a b", "x"));
     QVERIFY(!read.setPassword("c", ""));
+    // The token has this name in the file; no user has it.
+    QVERIFY(!read.admits("token", "the-token"));
+    QVERIFY(!read.setPassword("token", "x"));
+    QVERIFY(read.admits("", "the-token"));
+    QVERIFY(read.setPassword("Token", "x"));
+    QVERIFY(read.admits("Token", "x") && !read.admits("", "x"));
+    UserStore nameless;
+    QVERIFY(nameless.setPassword(QString(QChar(0xFEFF)), "x")); // read back as a name of no characters
+    QVERIFY(nameless.save(m_folder.filePath("nameless")));
+    UserStore none;
+    QVERIFY(none.load(m_folder.filePath("nameless")));
+    QVERIFY(none.isEmpty() && !none.admits("", "x"));
     UserStore empty;
     QVERIFY(empty.load(m_folder.filePath("absent")));
     QVERIFY(!empty.admits("", ""));
@@ -129,15 +141,14 @@ void TestLogins::withoutALoginNoAnswer()
 
 void TestLogins::silentClientLosesItsPlace()
 {
-    ServerHarness harness;
     SocketConfig quick = config();
     quick.loginTimeout = 200;
-    SocketServer server(*harness.server, quick, nullptr);
-    QVERIFY(server.listen());
-    RawClient client(server);
+    const OpenedServer server(quick);
+    QVERIFY(server.listens);
+    RawClient client(server.sockets);
     QVERIFY(client.connected);
     QVERIFY(client.closed());
-    QVERIFY(waitFor([&] { return server.clients() == 0; }));
+    QVERIFY(waitFor([&] { return server.sockets.clients() == 0; }));
 }
 
 void TestLogins::loginsOfThoseWhoLeftAreWithdrawn()
@@ -169,14 +180,13 @@ void TestLogins::loginsOfThoseWhoLeftAreWithdrawn()
 
 void TestLogins::loginsWaitForEachOther()
 {
-    ServerHarness harness;
     SocketConfig quick = config();
     quick.loginTimeout = 300;
-    SocketServer server(*harness.server, quick, nullptr);
-    QVERIFY(server.listen());
+    const OpenedServer server(quick);
+    QVERIFY(server.listens);
     std::vector<std::unique_ptr<RawClient>> clients;
     for (int i = 0; i < 24; ++i) {
-        clients.push_back(std::make_unique<RawClient>(server));
+        clients.push_back(std::make_unique<RawClient>(server.sockets));
         QVERIFY(clients.back()->connected);
         clients.back()->socket.sendBinaryMessage(loginOf("anna", "right"));
     }

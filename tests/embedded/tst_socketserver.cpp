@@ -247,16 +247,15 @@ void TestSocketServer::slowClientIsDropped()
 
 void TestSocketServer::tooManyClients()
 {
-    ServerHarness harness;
     SocketConfig few = config();
     few.maxClients = 2;
-    SocketServer server(*harness.server, few, nullptr);
-    QVERIFY(server.listen());
-    RawClient first(server);
-    RawClient second(server);
-    RawClient third(server);
+    const OpenedServer server(few);
+    QVERIFY(server.listens);
+    RawClient first(server.sockets);
+    RawClient second(server.sockets);
+    RawClient third(server.sockets);
     QVERIFY(third.closed());
-    QCOMPARE(server.clients(), 2);
+    QCOMPARE(server.sockets.clients(), 2);
 }
 
 void TestSocketServer::twoHundredClients()

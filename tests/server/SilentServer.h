@@ -1,27 +1,19 @@
 #pragma once
 
-#include "server/access/SocketServer.h"
-#include "server/core/CommandExecutor.h"
+#include "tests/server/ServedExecutor.h"
 
 /** A server that lets clients in, and answers none of their commands. */
 class SilentServer
 {
 public:
-    SilentServer() : m_sockets(m_executor, config(), nullptr) { m_listens = m_sockets.listen(); }
-
     /** Lets the options of a client name this server. */
     template<class Options>
     void applyTo(Options& options) const
     {
-        options.serverUrl = url();
-        options.user = user();
-        options.secret = secret();
+        m_served.applyTo(options);
     }
 
 private:
-    static QString user() { return QStringLiteral("anna"); }
-    static QString secret() { return QStringLiteral("right"); }
-
     class Executor : public CommandExecutor
     {
     public:
@@ -34,16 +26,6 @@ private:
         void closeSession(ServerSession& /*session*/) override {}
     };
 
-    QString url() const { return m_listens ? m_sockets.url().toString() : QString(); }
-
-    static SocketConfig config()
-    {
-        SocketConfig made;
-        made.users.setPassword(user(), secret());
-        return made;
-    }
-
     Executor m_executor;
-    SocketServer m_sockets;
-    bool m_listens = false;
+    ServedExecutor m_served{m_executor};
 };

@@ -4,6 +4,9 @@
 #include "protocol/Limits.h"
 #include "protocol/Words.h"
 #include "tests/server/ServerHarness.h"
+#include "tests/support/Variants.h"
+
+#include <limits>
 
 namespace {
 
@@ -174,6 +177,8 @@ private Q_SLOTS:
     void unknownKeysAreNamed_data();
     void unknownKeysAreNamed();
     void otherTypesAreRefused();
+    void otherTypesInsideAreNamed_data();
+    void otherTypesInsideAreNamed();
 
 private:
     static void addRows()
@@ -374,6 +379,82 @@ void TestCommands::otherTypesAreRefused()
     QCOMPARE(devices(), before);
     QCOMPARE(harness.ask(Words::DeleteCamera, 1).returnCode, ReturnCode::malformedRequest);
     QCOMPARE(harness.ask(V::AddIPAudio, QVariantList()).returnCode, ReturnCode::malformedRequest);
+}
+
+namespace {
+
+/** Values that are not of the type of a right one. */
+QVariantList othersThan(const QVariant& right)
+{
+    switch (right.userType()) {
+    case QMetaType::QString:
+        return {7, true, QStringList{"one"}, QByteArray("one"), QVariant::fromValue(nullptr)};
+    case QMetaType::Int:
+        return {"7",
+                7.5,
+                true,
+                QVariantList{7},
+                (qint64{1} << 32) + 1,
+                std::numeric_limits<uint>::max(),
+                std::numeric_limits<double>::quiet_NaN(),
+                1e300};
+    case QMetaType::Bool:
+        return {1, "true"};
+    case QMetaType::QVariantMap:
+        return {"",
+                QVariantList(),
+                QVariantMap{{"weekdays", "1"}},
+                QVariantMap{{"weekdays", QVariantList{"1"}}},
+                QVariantMap{{"weekdays", QVariantList{1.5}}},
+                QVariantMap{{"weekdays", QStringList{"1"}}}};
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+void TestCommands::otherTypesInsideAreNamed_data()
+{
+    addRows();
+}
+
+void TestCommands::otherTypesInsideAreNamed()
+{
+    QFETCH(QString, command);
+    ServerHarness harness(ServerConfig(), withCameras());
+    const auto payloads = fill(harness);
+    const CommandTable::Row& row = *CommandTable::find(command);
+    const auto kept = [&harness] {
+        QStringList lists;
+        for (const QString& list : {V::RetrieveIPAudioModel, V::GetNetworkAudioGroup,
+                                    V::GetNetworkAudioSchedule, V::GetAudioFile, Words::GetCamera}) {
+            lists.append(Variants::describe(harness.ask(list).result));
+        }
+        return lists;
+    };
+    const QStringList before = kept();
+    const QStringList free{V::talkToken, V::relayPath,  V::targets,       V::talkData,   V::sequence,
+                           V::alarmName, Words::length, V::ipAudioStatus, Words::content};
+    const QVariantMap good = payloads.value(command).done.toMap();
+    for (auto field = good.begin(); field != good.end(); ++field) {
+        const QVariantList others = free.contains(field.key()) ? QVariantList() : othersThan(field.value());
+        QVERIFY2(free.contains(field.key()) || !others.isEmpty(), qPrintable(field.key()));
+        for (const QVariant& other : others) {
+            if (field.key() == Words::camSettings && other.userType() == QMetaType::QVariantMap) {
+                continue; // they have rules of their own
+            }
+            QVariantMap map = good;
+            map[field.key()] = other;
+            const ServerReply reply = harness.ask(command, map);
+            QVERIFY2(reply.returnCode == row.malformed, qPrintable(Variants::describe(map)));
+            QVERIFY2(
+                reply.errorText.startsWith(QStringLiteral("\"%1\" of \"%2\" is ").arg(field.key(), command)),
+                qPrintable(reply.errorText));
+            QCOMPARE(misfit(row.refusal, reply.result), QString());
+        }
+    }
+    QCOMPARE(kept(), before);
 }
 
 QTEST_GUILESS_MAIN(TestCommands)
