@@ -1,11 +1,11 @@
 #include "server/RecordingServer.h"
 
+#include "protocol/CameraSettingsRecord.h"
 #include "protocol/CommandTable.h"
 #include "protocol/PrintableName.h"
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/AbsentCameras.h"
-#include "server/records/CameraSettingsRecord.h"
 
 namespace {
 

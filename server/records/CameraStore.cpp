@@ -1,9 +1,9 @@
 #include "server/records/CameraStore.h"
 
+#include "protocol/CameraSettingsRecord.h"
 #include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
-#include "server/records/CameraSettingsRecord.h"
 #include "server/records/ListLimit.h"
 
 #include <QUrl>

@@ -1,7 +1,7 @@
 // Cameras as records of the server.
 
+#include "protocol/CameraSettingsRecord.h"
 #include "protocol/Words.h"
-#include "server/records/CameraSettingsRecord.h"
 #include "tests/server/AwkwardBackend.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/server/SqlFile.h"
