@@ -437,7 +437,7 @@ void TestCameras::changeThatCannotBeCommittedIsRefused()
     QCOMPARE(harness.ask("UpdateCamera", withId(camera("Gate"), "1")).returnCode, ReturnCode::storageFailed);
     runSql(file, {"DROP TRIGGER promise"});
     const QVariantMap kept = withId(camera("Gate", "pigeon"), "1");
-    QCOMPARE(harness.ask("UpdateCamera", kept).result, QVariant(kept));
+    QCOMPARE(harness.ask("UpdateCamera", kept).result, QVariant(answered(kept, "1")));
 }
 
 namespace {
