@@ -73,3 +73,16 @@ QString ErrorMessages::of(const QString& code, const QString& detail)
     return code.isEmpty() ? QCoreApplication::translate("ErrorMessages", "the server refuses it")
                           : QCoreApplication::translate("ErrorMessages", "error %1").arg(code);
 }
+
+QString ErrorMessages::withDetail(const QString& code, const QString& detail)
+{
+    constexpr int longest = 200; // characters
+    QString words = detail.simplified();
+    if (words.size() > longest) {
+        words = words.left(longest) + QChar(0x2026);
+    }
+    const QString own = of(code, words);
+    return words.isEmpty() || own == words
+               ? own
+               : QCoreApplication::translate("ErrorMessages", "%1 (the server: %2)").arg(own, words);
+}
