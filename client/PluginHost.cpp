@@ -104,10 +104,10 @@ void PluginHost::unload()
     m_plugin = nullptr;
 }
 
-quint64 PluginHost::sendOwn(const QString& command)
+quint64 PluginHost::sendOwn(const QString& command, const QVariant& payload)
 {
     const quint64 request = nextRequestNumber();
-    if (!m_link.send(command, QVariant(), request)) {
+    if (!m_link.send(command, payload, request)) {
         return 0;
     }
     m_own.insert(request, command);

@@ -49,12 +49,12 @@ public:
     void unload();
 
     /**
-     * Sends a command of the host's own, without a payload. Its replies are emitted under its name, whatever
+     * Sends a command of the host's own. Its replies are emitted under its name, whatever
      * name they carry, and the plug-in sees none of them.
      *
      * @return the number of the request; 0 when the link did not take it
      */
-    quint64 sendOwn(const QString& command);
+    quint64 sendOwn(const QString& command, const QVariant& payload = QVariant());
 
 Q_SIGNALS:
     /**
