@@ -51,6 +51,8 @@ const Message messages[] = {
      QT_TRANSLATE_NOOP("ErrorMessages", "the server keeps no more entries of this kind")},
     {&ReturnCode::badCameraSettings,
      QT_TRANSLATE_NOOP("ErrorMessages", "a setting of the camera is not allowed")},
+    {&ReturnCode::tooManyRequests,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server is busy with other requests; try again")},
     {&ReturnCode::nothingToPlayOn, QT_TRANSLATE_NOOP("ErrorMessages", "there is nothing to play on")},
     {&ReturnCode::brokenFile, QT_TRANSLATE_NOOP("ErrorMessages", "the audio file cannot be played")},
     {&ReturnCode::playbackStopped, QT_TRANSLATE_NOOP("ErrorMessages", "the playback was stopped")},

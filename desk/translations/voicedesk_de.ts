@@ -435,6 +435,10 @@
         <translation>eine Einstellung der Kamera ist nicht erlaubt</translation>
     </message>
     <message>
+        <source>the server is busy with other requests; try again</source>
+        <translation>der Server ist mit anderen Anfragen beschäftigt; versuchen Sie es noch einmal</translation>
+    </message>
+    <message>
         <source>the speaker is offline</source>
         <translation>der Lautsprecher ist nicht erreichbar</translation>
     </message>
