@@ -131,9 +131,9 @@ bool PluginSession::wait(const std::function<bool()>& condition, int timeout)
     return true;
 }
 
-quint64 PluginSession::sendOwn(const QString& command)
+quint64 PluginSession::sendOwn(const QString& command, const QVariant& payload)
 {
-    const quint64 request = m_host.sendOwn(command);
+    const quint64 request = m_host.sendOwn(command, payload);
     m_replies.insert(request, {});
     return request;
 }

@@ -75,9 +75,9 @@ public:
         return m_lastSent;
     }
 
-    /** Sends a command without a payload that the plug-in does not know; returns the number of the request, 0
-     * when it was not sent. */
-    quint64 sendOwn(const QString& command);
+    /** Sends a command that the plug-in does not know; returns the number of the request, 0 when it was not
+     * sent. */
+    quint64 sendOwn(const QString& command, const QVariant& payload = QVariant());
 
     /** Waits for the next reply to a request; empty when wait returns false. */
     std::optional<Reply> nextReply(quint64 request, int timeout = 0);

@@ -12,6 +12,8 @@
 
 namespace {
 
+constexpr int rememberedOwn = 1000; // commands; a reply that comes later than those of so many is none
+
 const QString libraryName = QStringLiteral(RUNTIME_LIBRARY_NAME("VoiceDesk"));
 
 QString findLibrary()
@@ -104,13 +106,16 @@ void PluginHost::unload()
     m_plugin = nullptr;
 }
 
-quint64 PluginHost::sendOwn(const QString& command)
+quint64 PluginHost::sendOwn(const QString& command, const QVariant& payload)
 {
     const quint64 request = nextRequestNumber();
-    if (!m_link.send(command, QVariant(), request)) {
+    if (!m_link.send(command, payload, request)) {
         return 0;
     }
     m_own.insert(request, command);
+    if (m_own.size() > rememberedOwn) {
+        m_own.erase(m_own.begin()); // the oldest: numbers rise
+    }
     return request;
 }
 

@@ -4,7 +4,7 @@
 #include "client/ServerLink.h"
 #include "platform/FrameworkWrapperBase.h"
 
-#include <QHash>
+#include <QMap>
 #include <QPluginLoader>
 
 class PluginBase;
@@ -49,12 +49,12 @@ public:
     void unload();
 
     /**
-     * Sends a command of the host's own, without a payload. Its replies are emitted under its name, whatever
-     * name they carry, and the plug-in sees none of them.
+     * Sends a command of the host's own. Its replies are emitted under its name, whatever name they carry,
+     * and the plug-in sees none of them, as long as they come before the answers to a thousand later ones.
      *
      * @return the number of the request; 0 when the link did not take it
      */
-    quint64 sendOwn(const QString& command);
+    quint64 sendOwn(const QString& command, const QVariant& payload = QVariant());
 
 Q_SIGNALS:
     /**
@@ -84,7 +84,7 @@ private:
 
     ServerLink& m_link;
     SentRequests m_requests;
-    QHash<quint64, QString> m_own; ///< Commands of sendOwn on this connection, by request number.
+    QMap<quint64, QString> m_own; ///< The last commands of sendOwn on this connection, by request number.
     QPluginLoader m_loader;
     PluginBase* m_plugin = nullptr; ///< Owned; the loader's instance.
     QString m_errorString;

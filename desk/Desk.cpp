@@ -10,13 +10,15 @@
 
 Desk::Desk(const ClientOptions& options, const QString& settingsFile)
     : m_pluginPath(options.pluginPath), m_settings(settingsFile), m_connection(options),
-      m_watch(options.timeout), m_host(m_connection.link())
+      m_watch(options.timeout), m_host(m_connection.link()), m_cameraRequests(m_host, m_watch)
 {
     connect(&m_host, &PluginHost::commandSent, &m_watch, &RequestTimeouts::commandSent);
     connect(&m_host, &PluginHost::commandSent, &m_meters, &TalkMeters::commandSent);
     connect(&m_host, &PluginHost::replyArrived, &m_watch, &RequestTimeouts::replyArrived);
     connect(&m_host, &PluginHost::eventArrived, &m_meters, &TalkMeters::eventArrived);
+    connect(&m_host, &PluginHost::replyArrived, &m_cameraRequests, &CameraRequests::replyArrived);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_targets, &TargetModel::setCameras);
+    connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_cameras, &CameraModel::setCameras);
     connect(&m_host, &PluginHost::eventArrived, &m_connection.link(), [this](const QString& event) {
         if (event == Words::CamerasChanged) {
             m_connection.link().askForCameras();
@@ -64,6 +66,7 @@ bool Desk::load()
         m_talk->forgetServer();
         m_playback->clear();
         m_targets.forgetServer();
+        m_cameras.forgetServer();
     });
     connect(&m_plugin, &PluginClient::ipAudioModelChanged, &m_targets, &TargetModel::speakersListed);
     connect(&m_connection, &DeskConnection::changed, this, [this] {
@@ -91,6 +94,11 @@ void Desk::fetchGroupsAndSchedules()
 QString Desk::words(const QString& code, const QString& detail) const
 {
     return ErrorMessages::of(code, detail);
+}
+
+QString Desk::fullWords(const QString& code, const QString& detail) const
+{
+    return ErrorMessages::withDetail(code, detail);
 }
 
 QString Desk::checkAddress(const QString& address) const

@@ -2,6 +2,8 @@
 
 #include "client/PluginClient.h"
 #include "client/PluginHost.h"
+#include "desk/CameraModel.h"
+#include "desk/CameraRequests.h"
 #include "desk/DeskConnection.h"
 #include "desk/DeskSettings.h"
 #include "desk/PlaybackModel.h"
@@ -29,6 +31,10 @@ class Desk : public QObject
     Q_PROPERTY(RequestTimeouts* watch READ watch CONSTANT)
     /** The cameras and speakers that can be talked to. */
     Q_PROPERTY(TargetModel* targets READ targets CONSTANT)
+    /** The cameras as records. */
+    Q_PROPERTY(CameraModel* cameras READ cameras CONSTANT)
+    /** What changes these records. */
+    Q_PROPERTY(CameraRequests* cameraRequests READ cameraRequests CONSTANT)
     /** The talk. Null until load has succeeded. */
     Q_PROPERTY(TalkControl* talk READ talk CONSTANT)
     /** The levels of the talk. */
@@ -62,6 +68,10 @@ public:
     RequestTimeouts* watch() { return &m_watch; }
     /** Returns the property targets. */
     TargetModel* targets() { return &m_targets; }
+    /** Returns the property cameras. */
+    CameraModel* cameras() { return &m_cameras; }
+    /** Returns the property cameraRequests. */
+    CameraRequests* cameraRequests() { return &m_cameraRequests; }
     /** Returns the property talk. */
     TalkControl* talk() { return m_talk ? &*m_talk : nullptr; }
     /** Returns the property meters. */
@@ -81,6 +91,9 @@ public:
      * words */
     Q_INVOKABLE QString words(const QString& code, const QString& detail = QString()) const;
 
+    /** Returns the same with the server's own text, cut where it is long. @param detail that text */
+    Q_INVOKABLE QString fullWords(const QString& code, const QString& detail) const;
+
     /** Returns what is wrong with the address of a speaker, for people; empty when nothing is. */
     Q_INVOKABLE QString checkAddress(const QString& address) const;
 
@@ -95,11 +108,13 @@ private:
     DeskConnection m_connection;
     RequestTimeouts m_watch;
     TargetModel m_targets;
+    CameraModel m_cameras;
     TalkMeters m_meters;
     ScheduleText m_schedules;
     ScheduleValidator m_scheduleValidator;
     ProtocolConstants m_protocol;
     PluginHost m_host;
+    CameraRequests m_cameraRequests;
     PluginClient m_plugin;
     QString m_errorString;
     std::optional<TalkControl> m_talk;

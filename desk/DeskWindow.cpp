@@ -21,6 +21,7 @@ void DeskWindow::registerTypes()
     qmlRegisterType<WaveformItem>(module, 1, 0, "Waveform");
     qmlRegisterUncreatableType<TalkControl>(module, 1, 0, "TalkControl", reason);
     qmlRegisterUncreatableType<TargetModel>(module, 1, 0, "TargetModel", reason);
+    qmlRegisterUncreatableType<CameraModel>(module, 1, 0, "CameraModel", reason);
     qmlRegisterUncreatableType<TalkMeters>(module, 1, 0, "TalkMeters", reason);
     qmlRegisterUncreatableType<DeskConnection>(module, 1, 0, "DeskConnection", reason);
     qmlRegisterUncreatableType<PlaybackModel>(module, 1, 0, "PlaybackModel", reason);
@@ -29,6 +30,7 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<GroupModel>(module, 1, 0, "GroupModel", reason);
     qmlRegisterUncreatableType<ScheduleModel>(module, 1, 0, "ScheduleModel", reason);
     qmlRegisterUncreatableType<TalkKey>(module, 1, 0, "TalkKey", reason);
+    qmlRegisterAnonymousType<CameraRequests>(module, 1);
     qmlRegisterAnonymousType<RequestTimeouts>(module, 1);
     qmlRegisterAnonymousType<ScheduleText>(module, 1);
     qmlRegisterAnonymousType<ScheduleValidator>(module, 1);

@@ -51,6 +51,8 @@ const Message messages[] = {
      QT_TRANSLATE_NOOP("ErrorMessages", "the server keeps no more entries of this kind")},
     {&ReturnCode::badCameraSettings,
      QT_TRANSLATE_NOOP("ErrorMessages", "a setting of the camera is not allowed")},
+    {&ReturnCode::tooManyRequests,
+     QT_TRANSLATE_NOOP("ErrorMessages", "the server is busy with other requests; try again")},
     {&ReturnCode::nothingToPlayOn, QT_TRANSLATE_NOOP("ErrorMessages", "there is nothing to play on")},
     {&ReturnCode::brokenFile, QT_TRANSLATE_NOOP("ErrorMessages", "the audio file cannot be played")},
     {&ReturnCode::playbackStopped, QT_TRANSLATE_NOOP("ErrorMessages", "the playback was stopped")},
@@ -72,4 +74,17 @@ QString ErrorMessages::of(const QString& code, const QString& detail)
     }
     return code.isEmpty() ? QCoreApplication::translate("ErrorMessages", "the server refuses it")
                           : QCoreApplication::translate("ErrorMessages", "error %1").arg(code);
+}
+
+QString ErrorMessages::withDetail(const QString& code, const QString& detail)
+{
+    constexpr int longest = 200; // characters
+    QString words = detail.simplified();
+    if (words.size() > longest) {
+        words = words.left(longest) + QChar(0x2026);
+    }
+    const QString own = of(code, words);
+    return words.isEmpty() || own == words
+               ? own
+               : QCoreApplication::translate("ErrorMessages", "%1 (the server: %2)").arg(own, words);
 }

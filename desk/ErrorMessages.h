@@ -8,4 +8,7 @@ namespace ErrorMessages {
 /** @param detail the server's own text, used for codes without words here; may be empty */
 QString of(const QString& code, const QString& detail = QString());
 
+/** Returns the words for a code together with the server's own text, of which a long one is cut. */
+QString withDetail(const QString& code, const QString& detail);
+
 } // namespace ErrorMessages

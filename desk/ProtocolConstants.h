@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/CameraSettings.h"
 #include "protocol/Limits.h"
 #include "protocol/ScheduleRule.h"
 #include "protocol/Words.h"
@@ -15,6 +16,10 @@ class ProtocolConstants : public QObject
     Q_PROPERTY(int maxCredentialLength READ maxCredentialLength CONSTANT) ///< Characters.
     /** The largest port number. */
     Q_PROPERTY(int maxPort READ maxPort CONSTANT)
+    Q_PROPERTY(int maxReadinessDelay READ maxReadinessDelay CONSTANT) ///< Of a camera, ms.
+    Q_PROPERTY(int minOpenTimeout READ minOpenTimeout CONSTANT)       ///< Of a camera, ms.
+    Q_PROPERTY(int maxOpenTimeout READ maxOpenTimeout CONSTANT)       ///< Of a camera, ms.
+    Q_PROPERTY(int maxDscp READ maxDscp CONSTANT)                     ///< Of a camera.
 
     /** "audioStatus" of a file that is being sent. */
     Q_PROPERTY(int uploading READ uploading CONSTANT)
@@ -37,6 +42,14 @@ public:
     int maxCredentialLength() const { return Limits::maxCredentialLength; }
     /** Returns the property maxPort. */
     int maxPort() const { return Limits::maxPort; }
+    /** Returns the property maxReadinessDelay. */
+    int maxReadinessDelay() const { return CameraSettings::maxReadinessDelay; }
+    /** Returns the property minOpenTimeout. */
+    int minOpenTimeout() const { return CameraSettings::minOpenTimeout; }
+    /** Returns the property maxOpenTimeout. */
+    int maxOpenTimeout() const { return CameraSettings::maxOpenTimeout; }
+    /** Returns the property maxDscp. */
+    int maxDscp() const { return CameraSettings::maxDscp; }
 
     /** Returns the property uploading. */
     int uploading() const { return static_cast<int>(AudioStatus::Uploading); }

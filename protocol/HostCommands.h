@@ -24,6 +24,8 @@ inline const QString GetCamera = QStringLiteral("GetCamera");
 inline const QString AddCamera = QStringLiteral("AddCamera");
 inline const QString UpdateCamera = QStringLiteral("UpdateCamera");
 inline const QString DeleteCamera = QStringLiteral("DeleteCamera");
+inline const QString FindCameras = QStringLiteral("FindCameras");
+inline const QString AskCamera = QStringLiteral("AskCamera");
 /** @} */
 
 /**
@@ -36,6 +38,27 @@ inline const QString online = QStringLiteral("online");
 inline const QString camKind = QStringLiteral("camKind");
 inline const QString camAddress = QStringLiteral("camAddress");
 inline const QString camSettings = QStringLiteral("camSettings");
+/** @} */
+
+/**
+ * @name What is found out about cameras
+ * @{
+ */
+/** A key of the answers to FindCameras and AskCamera. */
+inline const QString hardware = QStringLiteral("hardware");
+inline const QString location = QStringLiteral("location");
+inline const QString remark = QStringLiteral("remark");
+inline const QString manufacturer = QStringLiteral("manufacturer");
+inline const QString model = QStringLiteral("model");
+inline const QString firmware = QStringLiteral("firmware");
+inline const QString speaks = QStringLiteral("speaks");
+inline const QString hears = QStringLiteral("hears");
+inline const QString speaksReason = QStringLiteral("speaksReason");
+inline const QString hearsReason = QStringLiteral("hearsReason");
+inline const QString voiceCodecs = QStringLiteral("voiceCodecs");
+inline const QString talkCodecs = QStringLiteral("talkCodecs");
+inline const QString streams = QStringLiteral("streams");
+inline const QString remarks = QStringLiteral("remarks");
 /** @} */
 
 } // namespace Words
@@ -55,6 +78,13 @@ inline std::vector<Row> hostRows()
         row(W::AddCamera, map(fields), map(answered)),
         row(W::UpdateCamera, map(QStringList(V::camId) + fields), map(answered), map({V::camId})),
         row(W::DeleteCamera, text(), text(), text()),
+        late(row(W::FindCameras, nothing(),
+                 maps({W::camName, W::hardware, W::location, W::camAddress, W::remark}))),
+        late(row(W::AskCamera,
+                 map({V::camId, W::camKind, W::camAddress, V::username, V::password, W::camSettings}),
+                 map({V::camId, W::camAddress, W::manufacturer, W::model, W::firmware, W::speaks, W::hears,
+                      W::speaksReason, W::hearsReason, W::voiceCodecs, W::talkCodecs, W::streams, W::remarks,
+                      V::error}))),
     };
 }
 

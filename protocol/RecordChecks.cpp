@@ -50,18 +50,25 @@ Refusal address(const QString& address)
 
 Refusal cameraAddress(const QString& text)
 {
-    if (!text.contains(QStringLiteral("://"))) {
-        return address(text);
+    if (!address(text)) {
+        return std::nullopt;
     }
-    const QUrl url(text, QUrl::StrictMode);
-    const bool isRtsp = url.scheme() == QLatin1String("rtsp") || url.scheme() == QLatin1String("rtsps");
-    const bool valid = text.size() <= Limits::maxUrlLength && url.isValid() && isRtsp && !url.hasFragment() &&
-                       url.port(1) >= 1 && !address(url.host());
+    static const QStringList schemes{QStringLiteral("rtsp"), QStringLiteral("rtsps"), QStringLiteral("http"),
+                                     QStringLiteral("https")};
+    const bool isUrl = text.contains(QStringLiteral("://"));
+    const QUrl url(isUrl ? text : QStringLiteral("http://") + text, QUrl::StrictMode);
+    // Without a scheme it is a host and a port, and nothing else.
+    const bool isWhole = isUrl || (url.port() >= 0 && url.path().isEmpty() && !url.hasQuery() &&
+                                   url.authority().size() == text.size() && url.userInfo().isEmpty());
+    const bool valid = text.size() <= Limits::maxUrlLength && url.isValid() &&
+                       schemes.contains(url.scheme()) && !url.hasFragment() && url.port(1) >= 1 && isWhole &&
+                       !address(url.host());
     // The text may hold a password: it is not repeated.
     return valid ? std::nullopt
-                 : std::optional(refusal(ReturnCode::badAddress,
-                                         QStringLiteral("a camera's address is a host, or a URL like "
-                                                        "rtsp://host:port/path or rtsps://host/path")));
+                 : std::optional(
+                       refusal(ReturnCode::badAddress,
+                               QStringLiteral("a camera's address is a host, host:port, or a URL like "
+                                              "rtsp://host:port/path or http://host:port/path")));
 }
 
 Refusal port(int port)

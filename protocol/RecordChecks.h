@@ -18,7 +18,10 @@ Refusal name(const QString& name);
 /** Checks an address: IPv4, IPv6 or a host name. */
 Refusal address(const QString& address);
 
-/** Checks a camera's address: one as of a device, or a URL of RTSP, which may have a login in it. */
+/**
+ * Checks a camera's address: one as of a device, the same with a port, or a URL of RTSP or HTTP, which may
+ * have a login in it.
+ */
 Refusal cameraAddress(const QString& address);
 
 /** Checks a port: 1 to Limits::maxPort. */

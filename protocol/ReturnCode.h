@@ -39,16 +39,18 @@ inline const QString brokenFile = QStringLiteral("422");        ///< The audio f
 inline const QString playbackStopped = QStringLiteral("423");   ///< The playback was stopped.
 inline const QString speakerTaken = QStringLiteral("424");      ///< Another playback has the speakers.
 inline const QString badCameraSettings = QStringLiteral("425"); ///< A setting of a camera is wrong.
+inline const QString tooManyRequests = QStringLiteral("426");   ///< As many are under way as there may be.
 inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An upload is refused.
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,         &unknownCommand, &malformedRequest,  &noSuchCamera,   &cameraOffline,   &noSuchTalk,
-    &badTalkPacket,   &noVoice,        &speakerOffline,    &loginRefused,   &noLoudspeaker,   &cameraBusy,
-    &cameraTimedOut,  &talkRefused,    &storageFailed,     &noSuchDevice,   &noSuchFile,      &noSuchGroup,
-    &noSuchSchedule,  &badName,        &nameTaken,         &badAddress,     &badPort,         &badCredentials,
-    &badList,         &badSchedule,    &badCameraKind,     &tooManyRecords, &nothingToPlayOn, &brokenFile,
-    &playbackStopped, &speakerTaken,   &badCameraSettings, &fileRefused,
+    &success,         &unknownCommand, &malformedRequest,  &noSuchCamera,    &cameraOffline,
+    &noSuchTalk,      &badTalkPacket,  &noVoice,           &speakerOffline,  &loginRefused,
+    &noLoudspeaker,   &cameraBusy,     &cameraTimedOut,    &talkRefused,     &storageFailed,
+    &noSuchDevice,    &noSuchFile,     &noSuchGroup,       &noSuchSchedule,  &badName,
+    &nameTaken,       &badAddress,     &badPort,           &badCredentials,  &badList,
+    &badSchedule,     &badCameraKind,  &tooManyRecords,    &nothingToPlayOn, &brokenFile,
+    &playbackStopped, &speakerTaken,   &badCameraSettings, &tooManyRequests, &fileRefused,
 };
 
 } // namespace ReturnCode

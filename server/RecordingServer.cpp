@@ -1,12 +1,12 @@
 #include "server/RecordingServer.h"
 
+#include "protocol/CameraSettingsRecord.h"
 #include "protocol/CommandTable.h"
 #include "protocol/FieldTypes.h"
 #include "protocol/PrintableName.h"
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/AbsentCameras.h"
-#include "server/records/CameraSettingsRecord.h"
 
 namespace {
 
@@ -78,7 +78,7 @@ RecordingServer::RecordingServer(ServerConfig config)
       m_speakerBackends(makeBackends<SpeakerBackend>(m_config.devices.speakers)),
       m_playback(m_devices, m_groups, m_files, pointers(m_speakerBackends)),
       m_scheduleRunner(m_schedules, m_config.clock), m_talks(pointers(m_cameraBackends), m_config.talkLimits),
-      m_errorString(whyNotOpen())
+      m_inquiries(backendsByKind(), m_cameras, m_config.devices.absentCameras), m_errorString(whyNotOpen())
 {
     registerTalks();
     registerRecords();
@@ -184,6 +184,12 @@ void RecordingServer::registerCameras()
     on(Words::AddCamera, &CameraStore::add);
     on(Words::UpdateCamera, &CameraStore::update);
     on(Words::DeleteCamera, &CameraStore::remove);
+    m_executors[Words::FindCameras] = [this](ServerSession& session, const QVariant&, quint64) {
+        return m_inquiries.find(session);
+    };
+    m_executors[Words::AskCamera] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_inquiries.ask(session, payload);
+    };
     m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&, quint64) {
         return done(cameraRecords());
     };
@@ -191,6 +197,16 @@ void RecordingServer::registerCameras()
     for (const auto& backend : m_cameraBackends) {
         connect(backend.get(), &CameraBackend::camerasChanged, this, &RecordingServer::reportCameras);
     }
+}
+
+/** The back ends of the kinds that this server has. */
+std::vector<CameraInquiries::Backend> RecordingServer::backendsByKind() const
+{
+    std::vector<CameraInquiries::Backend> backends;
+    for (std::size_t i = 0; i < m_config.devices.cameras.size(); ++i) {
+        backends.emplace_back(m_config.devices.cameras[i].name, m_cameraBackends[i].get());
+    }
+    return backends;
 }
 
 /** Gives each back end the records of its kind. */
@@ -329,4 +345,5 @@ void RecordingServer::closeSession(ServerSession& session)
 {
     m_sessions.remove(&session);
     m_talks.closeSession(session);
+    m_inquiries.closeSession(session);
 }

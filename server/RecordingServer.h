@@ -1,5 +1,6 @@
 #pragma once
 
+#include "server/cameras/CameraInquiries.h"
 #include "server/core/CommandExecutor.h"
 #include "server/devices/DeviceKinds.h"
 #include "server/playback/PlaybackService.h"
@@ -69,6 +70,7 @@ private:
     void registerRecords();
     void registerPlayback();
     void registerCameras();
+    std::vector<CameraInquiries::Backend> backendsByKind() const;
     void applyCameraRecords();
     void reportCameras();
     QVariantList cameraRecords() const;
@@ -90,6 +92,7 @@ private:
     PlaybackService m_playback;
     ScheduleRunner m_scheduleRunner;
     TalkService m_talks;
+    CameraInquiries m_inquiries;
     QString m_errorString;
     QSet<ServerSession*> m_sessions;
     QHash<QString, Executor> m_executors; ///< By command.

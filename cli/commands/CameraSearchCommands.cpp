@@ -5,6 +5,7 @@
 #include "onvif/CameraAddress.h"
 #include "onvif/OnvifDevice.h"
 #include "onvif/OnvifDiscovery.h"
+#include "protocol/Words.h"
 #include "system/Console.h"
 
 #include <QEventLoop>
@@ -56,13 +57,13 @@ Table tableOf(const std::vector<FoundCamera>& cameras)
 {
     Table table({{QStringLiteral("address"), QStringLiteral("addresses")},
                  {QStringLiteral("name"), QStringLiteral("name")},
-                 {QStringLiteral("hardware"), QStringLiteral("hardware")},
-                 {QStringLiteral("location"), QStringLiteral("location")},
+                 {Words::hardware, Words::hardware},
+                 {Words::location, Words::location},
                  {QStringLiteral("host"), QStringLiteral("hosts")},
                  {QStringLiteral("interface"), QStringLiteral("interface")},
                  {QStringLiteral("camera"), QStringLiteral("camera")},
                  {QStringLiteral("endpoint"), QStringLiteral("endpoint")},
-                 {QStringLiteral("remark"), QStringLiteral("remark")}});
+                 {Words::remark, Words::remark}});
     for (const FoundCamera& camera : cameras) {
         QStringList addresses;
         for (const QUrl& address : camera.addresses) {
@@ -143,19 +144,19 @@ QVariantMap jsonOf(const CameraAbilities& abilities)
                                    {QStringLiteral("loudspeaker"), stream.hasLoudspeaker}});
     }
     return {{QStringLiteral("address"), textOf(abilities.device)},
-            {QStringLiteral("manufacturer"), abilities.manufacturer},
-            {QStringLiteral("model"), abilities.model},
-            {QStringLiteral("firmware"), abilities.firmware},
+            {Words::manufacturer, abilities.manufacturer},
+            {Words::model, abilities.model},
+            {Words::firmware, abilities.firmware},
             {QStringLiteral("clockOffsetMs"), abilities.clockOffset},
-            {QStringLiteral("speaks"), wordOf(abilities.speaks)},
-            {QStringLiteral("speaksReason"), abilities.speaksReason},
-            {QStringLiteral("voiceCodecs"), codecList(abilities.voiceCodecs)},
-            {QStringLiteral("hears"), wordOf(abilities.hears)},
-            {QStringLiteral("hearsReason"), abilities.hearsReason},
-            {QStringLiteral("talkCodecs"), codecList(abilities.talkCodecs)},
-            {QStringLiteral("streams"), streams},
+            {Words::speaks, wordOf(abilities.speaks)},
+            {Words::speaksReason, abilities.speaksReason},
+            {Words::voiceCodecs, codecList(abilities.voiceCodecs)},
+            {Words::hears, wordOf(abilities.hears)},
+            {Words::hearsReason, abilities.hearsReason},
+            {Words::talkCodecs, codecList(abilities.talkCodecs)},
+            {Words::streams, streams},
             {QStringLiteral("snapshot"), textOf(abilities.snapshot)},
-            {QStringLiteral("remarks"), abilities.remarks}};
+            {Words::remarks, abilities.remarks}};
 }
 
 void printLine(const char* label, const QString& text)
@@ -196,7 +197,7 @@ void print(const CameraAbilities& abilities)
     names.removeAll(QString());
     printLine("camera", names.join(QLatin1Char(' ')));
     if (!abilities.firmware.isEmpty()) {
-        printLine("firmware", abilities.firmware);
+        printLine(qUtf8Printable(Words::firmware), abilities.firmware);
     }
     printAbility("is heard", abilities.speaks, abilities.speaksReason, abilities.voiceCodecs);
     printAbility("plays talks", abilities.hears, abilities.hearsReason, abilities.talkCodecs);
@@ -221,7 +222,7 @@ void print(const CameraAbilities& abilities)
                       .arg(abilities.clockOffset > 0 ? QStringLiteral("ahead") : QStringLiteral("behind")));
     }
     for (const QString& remark : abilities.remarks) {
-        printLine("remark", remark);
+        printLine(qUtf8Printable(Words::remark), remark);
     }
 }
 

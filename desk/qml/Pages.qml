@@ -7,6 +7,7 @@ QtObject {
     id: root
     readonly property list<PageEntry> list: [
         PageEntry { name: "talk"; title: qsTr("Talk"); file: "TalkPage.qml" },
+        PageEntry { name: "cameras"; title: qsTr("Cameras"); file: "CamerasPage.qml" },
         PageEntry { name: "speakers"; title: qsTr("Speakers"); file: "SpeakersPage.qml" },
         PageEntry { name: "files"; title: qsTr("Audio files"); file: "FilesPage.qml" },
         PageEntry { name: "groups"; title: qsTr("Groups"); file: "GroupsPage.qml" },

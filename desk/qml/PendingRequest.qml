@@ -6,6 +6,7 @@ QtObject {
     property bool busy: false
     property bool overdue: false // it was given up, but an answer may come after all
     property string problem
+    property bool serversWords: false // whether a refusal is also shown in the server's own words
     property double number: 0 // of the request that is waited for
     signal succeeded(int id)
 
@@ -21,7 +22,7 @@ QtObject {
             return;
         busy = false;
         overdue = false;
-        problem = success ? "" : qsTr("Not done: %1.").arg(desk.words(code, desk.watch.errorText()));
+        problem = success ? "" : qsTr("Not done: %1.").arg(serversWords ? desk.fullWords(code, desk.watch.errorText()) : desk.words(code, desk.watch.errorText()));
         if (success)
             succeeded(id);
     }

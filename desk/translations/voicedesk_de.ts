@@ -13,6 +13,215 @@
     </message>
 </context>
 <context>
+    <name>CameraDialog</name>
+    <message>
+        <source>Add a camera</source>
+        <translation>Kamera anlegen</translation>
+    </message>
+    <message>
+        <source>Camera &quot;%1&quot;</source>
+        <translation>Kamera „%1“</translation>
+    </message>
+    <message>
+        <source>Network camera (ONVIF, RTSP)</source>
+        <translation>Netzwerkkamera (ONVIF, RTSP)</translation>
+    </message>
+    <message>
+        <source>Simulated camera</source>
+        <translation>Simulierte Kamera</translation>
+    </message>
+    <message>
+        <source>An advanced setting is not right.</source>
+        <translation>Eine erweiterte Einstellung stimmt nicht.</translation>
+    </message>
+    <message>
+        <source>A name and an address are needed.</source>
+        <translation>Name und Adresse sind nötig.</translation>
+    </message>
+    <message>
+        <source>Camera</source>
+        <translation>Kamera</translation>
+    </message>
+    <message>
+        <source>Advanced</source>
+        <translation>Erweitert</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Give the camera a name.</source>
+        <translation>Die Kamera braucht einen Namen.</translation>
+    </message>
+    <message>
+        <source>At most %1 characters.</source>
+        <translation>Höchstens %1 Zeichen.</translation>
+    </message>
+    <message>
+        <source>Kind</source>
+        <translation>Art</translation>
+    </message>
+    <message>
+        <source>Address</source>
+        <translation>Adresse</translation>
+    </message>
+    <message>
+        <source>An IP address, a host name, or the address of its stream like rtsp://host:554/path.</source>
+        <translation>Eine IP-Adresse, ein Rechnername oder die Adresse ihres Streams wie rtsp://host:554/path.</translation>
+    </message>
+    <message>
+        <source>User name</source>
+        <translation>Benutzername</translation>
+    </message>
+    <message>
+        <source>Password</source>
+        <translation>Passwort</translation>
+    </message>
+    <message>
+        <source>empty: as before</source>
+        <translation>leer: wie bisher</translation>
+    </message>
+    <message>
+        <source>A password needs a user name.</source>
+        <translation>Zu einem Passwort gehört ein Benutzername.</translation>
+    </message>
+    <message>
+        <source>The server logs in at the camera with them; most cameras want a login.</source>
+        <translation>Damit meldet sich der Server bei der Kamera an; die meisten Kameras verlangen es.</translation>
+    </message>
+    <message>
+        <source>The password is not shown. Without a user name the camera loses both.</source>
+        <translation>Das Passwort wird nicht gezeigt. Ohne Benutzernamen verliert die Kamera beides.</translation>
+    </message>
+</context>
+<context>
+    <name>CameraSettingsForm</name>
+    <message>
+        <source>In the connection (TCP)</source>
+        <translation>In der Verbindung (TCP)</translation>
+    </message>
+    <message>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <source>Codec to the camera</source>
+        <translation>Codec zur Kamera</translation>
+    </message>
+    <message>
+        <source>A name like PCMA or G726-32: letters, digits, hyphens.</source>
+        <translation>Ein Name wie PCMA oder G726-32: Buchstaben, Ziffern, Bindestriche.</translation>
+    </message>
+    <message>
+        <source>empty: the first that the camera offers</source>
+        <translation>leer: der erste, den die Kamera anbietet</translation>
+    </message>
+    <message>
+        <source>0 to %1.</source>
+        <translation>0 bis %1.</translation>
+    </message>
+    <message>
+        <source>Give up after, ms</source>
+        <translation>Aufgeben nach, ms</translation>
+    </message>
+    <message>
+        <source>%1 to %2.</source>
+        <translation>%1 bis %2.</translation>
+    </message>
+    <message>
+        <source>Priority (DSCP)</source>
+        <translation>Vorrang (DSCP)</translation>
+    </message>
+    <message>
+        <source>Do not hear the camera while somebody talks (echo)</source>
+        <translation>Die Kamera nicht hören, während jemand spricht (Echo)</translation>
+    </message>
+    <message>
+        <source>Send packets at an even pace (garbled sound)</source>
+        <translation>Pakete gleichmäßig senden (bei verzerrtem Ton)</translation>
+    </message>
+    <message>
+        <source>Send each packet at once (TCP_NODELAY)</source>
+        <translation>Jedes Paket sofort senden (TCP_NODELAY)</translation>
+    </message>
+    <message>
+        <source>Take any certificate (rtsps)</source>
+        <translation>Jedes Zertifikat annehmen (rtsps)</translation>
+    </message>
+    <message>
+        <source>How sound is sent</source>
+        <translation>Weg des Tons</translation>
+    </message>
+    <message>
+        <source>Packet length</source>
+        <translation>Paketlänge</translation>
+    </message>
+    <message>
+        <source>In packets of their own (UDP)</source>
+        <translation>In eigenen Paketen (UDP)</translation>
+    </message>
+    <message>
+        <source>Wait after opening, ms</source>
+        <translation>Warten danach, ms</translation>
+    </message>
+    <message>
+        <source>Most cameras work with what is set. The wait is for a camera that swallows the first words.</source>
+        <translation>Für die meisten Kameras stimmt, was eingestellt ist. Das Warten nach dem Öffnen hilft, wenn eine Kamera die ersten Worte verschluckt.</translation>
+    </message>
+</context>
+<context>
+    <name>CamerasPage</name>
+    <message>
+        <source>Search by name or address</source>
+        <translation>Nach Name oder Adresse suchen</translation>
+    </message>
+    <message>
+        <source>Add a camera…</source>
+        <translation>Kamera anlegen…</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Kameras</translation>
+    </message>
+    <message>
+        <source>Part of the server; it cannot be changed.</source>
+        <translation>Teil des Servers; sie ist nicht zu ändern.</translation>
+    </message>
+    <message>
+        <source>Online</source>
+        <translation>Erreichbar</translation>
+    </message>
+    <message>
+        <source>Offline</source>
+        <translation>Nicht erreichbar</translation>
+    </message>
+    <message>
+        <source>Delete the camera &quot;%1&quot;? This cannot be undone. A talk with it goes on.</source>
+        <translation>Die Kamera „%1“ löschen? Das lässt sich nicht rückgängig machen. Ein Gespräch mit ihr geht weiter.</translation>
+    </message>
+    <message>
+        <source>Nothing is found.</source>
+        <translation>Nichts gefunden.</translation>
+    </message>
+    <message>
+        <source>No cameras yet.</source>
+        <translation>Noch keine Kameras.</translation>
+    </message>
+    <message>
+        <source>No camera&apos;s name or address has this text in it.</source>
+        <translation>Dieser Text ist in keinem Namen und keiner Adresse.</translation>
+    </message>
+    <message>
+        <source>A camera needs a name and its address.</source>
+        <translation>Eine Kamera braucht einen Namen und ihre Adresse.</translation>
+    </message>
+    <message>
+        <source>Delete a camera</source>
+        <translation>Kamera löschen</translation>
+    </message>
+</context>
+<context>
     <name>CheckList</name>
     <message>
         <source>%1 (%2 chosen)</source>
@@ -226,6 +435,10 @@
         <translation>eine Einstellung der Kamera ist nicht erlaubt</translation>
     </message>
     <message>
+        <source>the server is busy with other requests; try again</source>
+        <translation>der Server ist mit anderen Anfragen beschäftigt; versuchen Sie es noch einmal</translation>
+    </message>
+    <message>
         <source>the speaker is offline</source>
         <translation>der Lautsprecher ist nicht erreichbar</translation>
     </message>
@@ -316,6 +529,10 @@
     <message>
         <source>another playback has taken the speaker</source>
         <translation>eine andere Wiedergabe hat den Lautsprecher übernommen</translation>
+    </message>
+    <message>
+        <source>%1 (the server: %2)</source>
+        <translation>%1 (der Server: %2)</translation>
     </message>
 </context>
 <context>
@@ -665,6 +882,10 @@
     <message>
         <source>Connection</source>
         <translation>Verbindung</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Kameras</translation>
     </message>
 </context>
 <context>

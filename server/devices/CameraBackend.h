@@ -1,10 +1,12 @@
 #pragma once
 
-#include "server/devices/CameraSettings.h"
+#include "protocol/CameraSettings.h"
+#include "server/devices/CameraReport.h"
 #include "server/devices/DeviceTalk.h"
 
 #include <QList>
 
+#include <functional>
 #include <memory>
 
 /** A camera as a back end knows it. */
@@ -23,7 +25,7 @@ struct CameraRecord
     QString id;                ///< The number of the record as text.
     QString name;              ///< For people.
     QString kind;              ///< Name of its CameraKind.
-    QString address;           ///< IPv4, IPv6, a host name, or the URL of a stream without a login.
+    QString address;           ///< IPv4, IPv6, a host name, host:port, or a URL without a login.
     QString username{};        ///< Of the login at the camera; empty for none.
     QString password{};        ///< The same.
     CameraSettings settings{}; ///< How it is talked to.
@@ -58,6 +60,28 @@ public:
      * @return never null; the talk's signals report how it goes
      */
     virtual std::unique_ptr<DeviceTalk> openTalk(const QString& camera) = 0;
+
+    /** Takes what a search found, once, after the call that started it has returned. */
+    using TakeFound = std::function<void(const FoundCameras& found)>;
+    /** Takes what a camera answered, once, after the call that asked it has returned. */
+    using TakeReport = std::function<void(const CameraReport& report)>;
+
+    /**
+     * Starts to look for cameras of this kind in the networks of this machine; takes seconds, and no login is
+     * involved. One search is under way at a time. What is under way when the back end is destroyed is given
+     * up.
+     *
+     * @return false for a kind whose cameras cannot be looked for; nothing is called then
+     */
+    virtual bool findCameras(TakeFound /*take*/) { return false; }
+
+    /**
+     * Starts to ask a camera what it can do; takes seconds.
+     *
+     * @param camera one of the records, or one that is in none; its login is sent to its address alone
+     * @return false for a kind whose cameras cannot be asked; nothing is called then
+     */
+    virtual bool askCamera(const CameraRecord& /*camera*/, TakeReport /*take*/) { return false; }
 
 Q_SIGNALS:
     /** A camera came, went, or changed its name or whether it is online. */

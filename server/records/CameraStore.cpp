@@ -1,9 +1,9 @@
 #include "server/records/CameraStore.h"
 
+#include "protocol/CameraSettingsRecord.h"
 #include "protocol/Limits.h"
 #include "protocol/RecordChecks.h"
 #include "protocol/Words.h"
-#include "server/records/CameraSettingsRecord.h"
 #include "server/records/ListLimit.h"
 
 #include <QUrl>
@@ -163,11 +163,22 @@ std::optional<ServerReply> CameraStore::complete(const QVariantMap& fields, Came
     return std::nullopt;
 }
 
-std::optional<ServerReply> CameraStore::check(const CameraRecord& record)
+/** Checks what a camera is reached by. */
+std::optional<ServerReply> CameraStore::checkReach(const CameraRecord& record) const
 {
     for (const RecordChecks::Refusal& bad :
-         {RecordChecks::name(record.name), RecordChecks::cameraAddress(record.address),
+         {RecordChecks::cameraAddress(record.address),
           RecordChecks::credentials(record.username, record.password), checkKind(record.kind, record.id)}) {
+        if (bad) {
+            return bad;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<ServerReply> CameraStore::check(const CameraRecord& record)
+{
+    for (const RecordChecks::Refusal& bad : {RecordChecks::name(record.name), checkReach(record)}) {
         if (bad) {
             return bad;
         }
@@ -232,6 +243,36 @@ ServerReply CameraStore::update(const QVariant& payload)
         return *tooMuch;
     }
     return commit(transaction, done(answerOf(record)));
+}
+
+std::optional<CameraRecord> CameraStore::cameraToAsk(const QVariantMap& payload, ServerReply* bad) const
+{
+    const QString id = textOf(payload, Vocabulary::camId);
+    const CameraRecord* stored = find(id);
+    if (stored == nullptr && !id.isEmpty()) {
+        *bad = unknown(id, QVariant());
+        return std::nullopt;
+    }
+    CameraRecord before = stored == nullptr ? CameraRecord() : *stored;
+    QVariantMap fields = payload;
+    for (const auto& [key, value] :
+         {std::pair(Words::camKind, before.kind), std::pair(Words::camAddress, before.address)}) {
+        fields.insert(key, fields.value(key, value));
+    }
+    CameraRecord wanted;
+    wanted.address = textOf(fields, Words::camAddress);
+    takeLogin(wanted);
+    if (wanted.address != before.address || textOf(fields, Words::camKind) != before.kind) {
+        before.username.clear(); // the stored login is for the stored address
+        before.password.clear();
+    }
+    auto refused = complete(fields, before);
+    refused = refused ? refused : checkReach(before);
+    if (refused) {
+        *bad = *refused;
+        return std::nullopt;
+    }
+    return before;
 }
 
 ServerReply CameraStore::remove(const QVariant& payload)

@@ -59,6 +59,16 @@ public:
      */
     ServerReply remove(const QVariant& payload);
 
+    /**
+     * Returns the camera that a client wants to be asked: one of the records, where the payload has a
+     * "camId", with the kind, address, login and settings that the payload has in place of the record's. The
+     * record's password, and without another its user name, are kept for its own kind and address alone.
+     *
+     * @param payload a record without a name
+     * @param bad     receives noSuchCamera, or an error of add
+     */
+    std::optional<CameraRecord> cameraToAsk(const QVariantMap& payload, ServerReply* bad) const;
+
     /** Returns all records, by id, as they were after the last change that succeeded. */
     const QList<CameraRecord>& records() const { return m_records; }
 
@@ -66,6 +76,7 @@ private:
     const CameraRecord* find(const QString& id) const;
     std::optional<ServerReply> checkKind(const QString& kind, const QString& id) const;
     std::optional<ServerReply> complete(const QVariantMap& fields, CameraRecord& record) const;
+    std::optional<ServerReply> checkReach(const CameraRecord& record) const;
     std::optional<ServerReply> check(const CameraRecord& record);
     ServerReply commit(RecordDatabase::Transaction& transaction, const ServerReply& reply);
     std::optional<QList<CameraRecord>> readAll();

@@ -17,6 +17,7 @@ private Q_SLOTS:
     void linkThatRefuses();
     void requestsEndWithTheConnection();
     void lateReplyHasItsNumber();
+    void commandsOfTheHost();
     void lateRepliesAfterUnload();
     void badPlugins();
 };
@@ -166,6 +167,38 @@ void TestPluginHost::lateReplyHasItsNumber()
     QCOMPARE(answers[0][2], QVariant(43));
     QCOMPARE(answers[1][2], QVariant(42));
     QCOMPARE(replies[1][3], QVariant(first));
+}
+
+/** The plug-in sees none of their replies; what is never answered does not pile up. */
+void TestPluginHost::commandsOfTheHost()
+{
+    TestLink link;
+    PluginHost host(link);
+    QVERIFY(host.load(pluginPath));
+    QSignalSpy replies(&host, &PluginHost::replyArrived);
+    QSignalSpy response(host.plugin(), SIGNAL(startTalkResponse(bool)));
+    const QVariantMap camera{{"camName", "Gate"}};
+    const quint64 first = host.sendOwn("AddCamera", camera);
+    QCOMPARE(first, link.lastRequest);
+    QCOMPARE(link.sent.last(), QString("AddCamera"));
+    QCOMPARE(link.payloads.last(), QVariant(camera));
+    for (int reply = 1; reply <= 2; ++reply) { // some are answered more than once
+        Q_EMIT link.replied("StartTalk", QVariantMap{{"talkToken", "t"}}, first, "0", "");
+        QCOMPARE(replies.size(), reply);
+        QCOMPARE(replies.last()[0].toString(), QString("AddCamera"));
+        QCOMPARE(response.size(), 0);
+    }
+    quint64 last = 0;
+    for (int i = 0; i < 1000; ++i) {
+        last = host.sendOwn("GetCamera");
+    }
+    Q_EMIT link.replied("StartTalk", QVariant(), last, "0", "");
+    QCOMPARE(replies.last()[0].toString(), QString("GetCamera"));
+    QCOMPARE(response.size(), 0);
+    Q_EMIT link.replied("StartTalk", QVariantMap{{"talkToken", "t"}}, first, "0", ""); // forgotten
+    QCOMPARE(replies.last()[0].toString(), QString("StartTalk"));
+    link.accepts = false;
+    QCOMPARE(host.sendOwn("GetCamera"), quint64(0));
 }
 
 void TestPluginHost::lateRepliesAfterUnload()

@@ -50,7 +50,13 @@ QVariantMap goodRecord(const QString& command)
                 {"groupIDList", "900"},
                 {"networkAudioIDList", "900"}};
     }
-    return {{"camId", "gate"}, {"camName", "Gate"}, {"online", true}};
+    return {{"camId", "gate"},
+            {"camName", "Gate"},
+            {"online", true},
+            {"camKind", "onvif"},
+            {"camAddress", "rtsp://10.0.0.3/live"},
+            {"username", "anna"},
+            {"camSettings", QVariantMap{{"dscp", 46}}}};
 }
 
 QString idOf(const QString& command)
@@ -127,11 +133,9 @@ void TestDeskHostile::lists()
     QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Online);
     QTRY_VERIFY(desk.desk().targets()->find("speaker:900") != nullptr);
     QTRY_VERIFY(desk.desk().targets()->find("camera:gate") != nullptr);
-    const QMap<QString, QString> lists{{"talk", "targets"},
-                                       {"speakers", "speakerList"},
-                                       {"files", "fileList"},
-                                       {"groups", "groupList"},
-                                       {"schedules", "scheduleList"}};
+    const QMap<QString, QString> lists{{"talk", "targets"},         {"cameras", "cameraList"},
+                                       {"speakers", "speakerList"}, {"files", "fileList"},
+                                       {"groups", "groupList"},     {"schedules", "scheduleList"}};
     for (const QString& page : desk.pages()) {
         desk.page(page);
         desk.window()->grabWindow();

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void cleanup();
     void everyTextElementIsPlain();
     void talks();
+    void cameras();
     void speakers();
     void filesAndPlaybacks();
     void groups();
@@ -158,6 +159,23 @@ void TestDeskNames::talks()
     QVERIFY(desk.shows("Talking to <img")); // on the air
     look(desk, hostile("gate"));
     desk.desk().talk()->stop();
+}
+
+void TestDeskNames::cameras()
+{
+    WindowFixture desk(hostileCameras());
+    desk.page("cameras");
+    look(desk, hostile("gate"));
+    const QString name = hostile("dock");
+    QVERIFY(desk.desk().cameraRequests()->add(
+        {{"camName", name}, {"camKind", "simulated"}, {"camAddress", "10.0.0.3"}}));
+    look(desk, name);
+    desk.click(name + ": edit");
+    look(desk, "Camera \"" + name);
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+    desk.click(name + ": delete");
+    look(desk, "Delete the camera \"" + name);
 }
 
 void TestDeskNames::speakers()

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void talkKeyAfterAnotherPagesSearch();
     void refusedTalk();
     void speakers();
+    void cameras();
     void camerasComeAndGo();
     void cursorStaysWithItsTarget();
     void severalSpeakersAtOnce();
@@ -83,9 +84,10 @@ void TestDeskWindow::sendFile(WindowFixture& desk)
 void TestDeskWindow::emptyPages()
 {
     WindowFixture desk;
-    const QMap<QString, QString> texts{{"talk", "Choose whom to talk to"}, {"speakers", "No speakers yet."},
-                                       {"files", "No audio files yet."},   {"groups", "No groups yet."},
-                                       {"schedules", "No schedules yet."}, {"connection", "Another server"}};
+    const QMap<QString, QString> texts{{"talk", "Choose whom to talk to"}, {"cameras", "Part of the server"},
+                                       {"speakers", "No speakers yet."},   {"files", "No audio files yet."},
+                                       {"groups", "No groups yet."},       {"schedules", "No schedules yet."},
+                                       {"connection", "Another server"}};
     for (const QString& page : desk.pages()) {
         desk.page(page);
         QVERIFY2(desk.shows(texts.value(page)), qPrintable(page));
@@ -345,6 +347,71 @@ void TestDeskWindow::speakers()
     desk.click("Main hall: delete");
     desk.click("Delete");
     QVERIFY(desk.shows("No speakers yet."));
+}
+
+void TestDeskWindow::cameras()
+{
+    WindowFixture desk;
+    desk.page("cameras");
+    QVERIFY(desk.shows("Front gate"));
+    QVERIFY(desk.shows("Offline")); // the car park's
+    desk.click("Add a camera…");
+    desk.fill("cameraName", "Hall");
+    desk.fill("cameraAddress", "ftp://10.0.0.7");
+    QVERIFY(desk.shows("An IP address, a host name, or the address of its stream"));
+    QVERIFY(!desk.item("save")->isEnabled());
+    desk.fill("cameraAddress", "10.0.0.7");
+    desk.fill("cameraPassword", "secret");
+    QVERIFY(desk.shows("A password needs a user name."));
+    desk.fill("cameraUser", "anna");
+    QVERIFY(desk.item("save")->isEnabled());
+    desk.click("Kind");
+    desk.click("Simulated camera");
+    desk.shoot("camera-dialog");
+    desk.click("Advanced");
+    desk.fill("cameraDscp", "64");
+    QVERIFY(desk.shows("0 to 63."));
+    QVERIFY(!desk.item("save")->isEnabled());
+    desk.fill("cameraDscp", "63");
+    desk.fill("cameraDelay", "10001");
+    QVERIFY(desk.shows("0 to 10000."));
+    desk.fill("cameraDelay", "250");
+    desk.click(desk.item("cameraHalfDuplex"));
+    desk.shoot("camera-advanced");
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+    QVERIFY(desk.control("Hall: edit"));
+    QVERIFY(desk.shows("Simulated camera  ·  10.0.0.7"));
+    desk.shoot("cameras");
+    // What is not changed stays as it is; the password does not come back.
+    desk.click("Hall: edit");
+    QCOMPARE(desk.item("cameraPassword")->property("text").toString(), QString());
+    QCOMPARE(desk.item("cameraUser")->property("text").toString(), QString("anna"));
+    desk.click("Advanced");
+    QCOMPARE(desk.item("cameraDelay")->property("text").toString(), QString("250"));
+    QVERIFY(desk.item("cameraHalfDuplex")->property("checked").toBool());
+    desk.click("Camera");
+    desk.fill("cameraName", "Main hall");
+    desk.key(Qt::Key_Return);
+    QVERIFY(desk.gone("save"));
+    QVERIFY(desk.control("Main hall: edit"));
+    // What the server refuses is shown in its words; the dialog stays.
+    desk.click("Add a camera…");
+    desk.fill("cameraName", "Main hall");
+    desk.fill("cameraAddress", "10.0.0.8");
+    desk.click("Save");
+    QVERIFY(desk.shows("the name is taken (the server: there is a camera named \"Main hall\" already)"));
+    desk.key(Qt::Key_Escape);
+    QVERIFY(desk.gone("save"));
+    // It can be talked to at once.
+    QVERIFY(desk.desk().targets()->find("camera:1") != nullptr);
+    desk.click("Main hall: delete");
+    QVERIFY(desk.shows("This cannot be undone."));
+    desk.click("Keep");
+    desk.click("Main hall: delete");
+    desk.click("Delete");
+    QTRY_VERIFY(desk.desk().targets()->find("camera:1") == nullptr);
+    QTRY_COMPARE(desk.desk().cameras()->rowCount(), 3);
 }
 
 /** The cameras of an open dialog, and of a talk, are those that the server has now. */

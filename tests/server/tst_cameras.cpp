@@ -1,7 +1,7 @@
 // Cameras as records of the server.
 
+#include "protocol/CameraSettingsRecord.h"
 #include "protocol/Words.h"
-#include "server/records/CameraSettingsRecord.h"
 #include "tests/server/AwkwardBackend.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/server/SqlFile.h"
@@ -278,9 +278,10 @@ void TestCameras::loginsInAddresses()
     QCOMPARE(result["camAddress"], QVariant("rtsp://10.0.0.9:8554/stream?x=1"));
     QCOMPARE(result["username"], QVariant("anna"));
     for (const char* address :
-         {"http://10.0.0.9/", "rtsp://", "rtsp:///talk", "rtsp://anna:s%40cret@", "rtsp://10.0.0.9:0/",
-          "rtsp://a b/", "rtsp://10.0.0.9:99999/", "rtsp://10.0.0.9/#part", "file:///etc/passwd", "://",
-          "rtsp://anna:s%40cret@/x"}) {
+         {"ftp://10.0.0.9/", "anna:s%40cret@10.0.0.9:80", "10.0.0.9:0", "10.0.0.9:", "10.0.0.9:80/x",
+          "10.0.0.9:80?x", "http:///x", "http://10.0.0.9:0/", "rtsp://", "rtsp:///talk",
+          "rtsp://anna:s%40cret@", "rtsp://10.0.0.9:0/", "rtsp://a b/", "rtsp://10.0.0.9:99999/",
+          "rtsp://10.0.0.9/#part", "file:///etc/passwd", "://", "rtsp://anna:s%40cret@/x"}) {
         const ServerReply reply = harness.ask("AddCamera", camera("Dock", "simulated", address));
         QVERIFY2(reply.returnCode == ReturnCode::badAddress, address);
         QVERIFY(!reply.errorText.contains("cret"));

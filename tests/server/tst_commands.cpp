@@ -46,6 +46,8 @@ QHash<QString, Payloads> payloadsFor(int device, int group, int file, int schedu
                                 {V::username, "u"},
                                 {V::password, "p"},
                                 {Words::camSettings, QVariantMap()}};
+    QVariantMap question = newCamera;
+    question.remove(Words::camName);
     const QVariantMap newGroup{{V::groupName, "new"}, {V::networkAudioIDList, QString::number(device)}};
     QFile sound(ANNOUNCEMENT_WAV);
     const QByteArray content = sound.open(QIODevice::ReadOnly) ? sound.readAll().toBase64() : QByteArray();
@@ -58,6 +60,7 @@ QHash<QString, Payloads> payloadsFor(int device, int group, int file, int schedu
         {Words::AddCamera, {newCamera, with(newCamera, Words::camName, "")}},
         {Words::UpdateCamera, {with(newCamera, V::camId, "1"), with(newCamera, V::camId, "77")}},
         {Words::DeleteCamera, {"1", "77"}},
+        {Words::AskCamera, {with(question, V::camId, "1"), with(question, V::camId, "77")}},
         {V::AddIPAudio, {newDevice, ServerHarness::device("")}},
         {V::UpdateIPAudio,
          {with(newDevice, V::deviceID, device), with(ServerHarness::device("x"), V::deviceID, unknownId)}},

@@ -1,9 +1,9 @@
 #include "audio/NumberedFile.h"
 #include "audio/PacketHeader.h"
+#include "protocol/CameraSettingsRecord.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/simulated/SimulatedDevices.h"
-#include "server/records/CameraSettingsRecord.h"
 #include "tests/support/WavFiles.h"
 
 #include <QDir>

@@ -53,3 +53,15 @@ std::unique_ptr<DeviceTalk> OnvifCameras::openTalk(const QString& camera)
     reached.address = streamUrl(record->address);
     return std::make_unique<OnvifTalk>(reached, m_config, m_threads);
 }
+
+bool OnvifCameras::findCameras(TakeFound take)
+{
+    m_inquiries.find(take);
+    return true;
+}
+
+bool OnvifCameras::askCamera(const CameraRecord& camera, TakeReport take)
+{
+    m_inquiries.ask(camera, take);
+    return true;
+}

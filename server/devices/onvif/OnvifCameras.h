@@ -2,7 +2,7 @@
 
 #include "server/devices/CameraBackend.h"
 #include "server/devices/onvif/LineThreads.h"
-#include "server/devices/onvif/OnvifConfig.h"
+#include "server/devices/onvif/OnvifInquiries.h"
 
 /** Cameras with an audio backchannel by RTSP (ONVIF Profile T), all from the server's records. */
 class OnvifCameras : public CameraBackend
@@ -11,14 +11,17 @@ class OnvifCameras : public CameraBackend
 
 public:
     /** Has no cameras until it is given records. */
-    explicit OnvifCameras(OnvifConfig config) : m_config(std::move(config)) {}
+    explicit OnvifCameras(const OnvifConfig& config) : m_config(config), m_inquiries(config.search) {}
 
     void setRecords(const QList<CameraRecord>& records) override;
     QList<Camera> cameras() const override;
     std::unique_ptr<DeviceTalk> openTalk(const QString& camera) override;
+    bool findCameras(TakeFound take) override;
+    bool askCamera(const CameraRecord& camera, TakeReport take) override;
 
 private:
     OnvifConfig m_config;
     QList<CameraRecord> m_records;
     LineThreads m_threads;
+    OnvifInquiries m_inquiries;
 };

@@ -1,14 +1,25 @@
 #pragma once
 
+#include "onvif/OnvifDiscovery.h"
+
 #include <QString>
 
 #include <chrono>
+#include <functional>
 
 /** The kind of these cameras, as camera records give it. */
 inline QString onvifKind()
 {
     return QStringLiteral("onvif");
 }
+
+/** Where cameras are looked for. */
+struct OnvifSearch
+{
+    OnvifDiscovery::Options options{}; ///< For how long, and what is asked for.
+    std::function<QList<QNetworkInterface>()> interfaces =
+        OnvifDiscovery::usualInterfaces; ///< In these networks.
+};
 
 /** How the ONVIF cameras of a server are set up. */
 struct OnvifConfig
@@ -17,6 +28,7 @@ struct OnvifConfig
     std::chrono::milliseconds silence{3000};     ///< A camera without a sign of life for so long is lost.
     std::chrono::milliseconds teardown{300};     ///< How long the end of a talk waits for the camera.
     std::chrono::milliseconds jitterBuffer{100}; ///< How long a late packet of the camera is waited for.
+    OnvifSearch search{};                        ///< Where cameras are looked for.
 };
 
 /** Returns the port of RTSP addresses that name none (RFC 7826, clause 24). @param scheme "rtsp" or "rtsps"

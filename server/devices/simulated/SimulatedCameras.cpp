@@ -83,3 +83,14 @@ std::unique_ptr<DeviceTalk> SimulatedCameras::openTalk(const QString& camera)
     }
     return talk;
 }
+
+bool SimulatedCameras::askCamera(const CameraRecord& /*camera*/, TakeReport take)
+{
+    CameraReport report;
+    report.model = QStringLiteral("simulated camera");
+    report.speaks = report.hears = CameraAbility::Yes;
+    report.talkCodecs = report.voiceCodecs = QStringList{QStringLiteral("PCMU/8000")};
+    QMetaObject::invokeMethod(
+        this, [take, report] { take(report); }, Qt::QueuedConnection);
+    return true;
+}

@@ -18,6 +18,7 @@ public:
     void setRecords(const QList<CameraRecord>& records) override;
     QList<Camera> cameras() const override;
     std::unique_ptr<DeviceTalk> openTalk(const QString& camera) override;
+    bool askCamera(const CameraRecord& camera, TakeReport take) override;
 
 private:
     std::optional<CameraVoiceConfig> voiceOf(const QString& camera) const;

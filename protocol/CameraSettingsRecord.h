@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/devices/CameraSettings.h"
+#include "protocol/CameraSettings.h"
 
 #include <QVariantMap>
 

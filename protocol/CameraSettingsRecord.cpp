@@ -1,4 +1,4 @@
-#include "server/records/CameraSettingsRecord.h"
+#include "protocol/CameraSettingsRecord.h"
 
 #include "protocol/FieldTypes.h"
 #include "protocol/Words.h"

@@ -1,0 +1,93 @@
+#include "desk/CameraRequests.h"
+
+#include "client/PluginHost.h"
+#include "desk/RequestTimeouts.h"
+#include "protocol/CameraSettingsRecord.h"
+#include "protocol/RecordChecks.h"
+#include "protocol/ReturnCode.h"
+#include "protocol/Words.h"
+
+namespace {
+
+/** Whether the address has the login in it, and no other is given. */
+bool hasLoginInAddress(const QVariantMap& camera)
+{
+    return camera.value(Vocabulary::username).toString().isEmpty() &&
+           camera.value(Words::camAddress).toString().contains(QLatin1Char('@'));
+}
+
+/** A record with the settings in the types of the protocol: QML has other numbers. */
+QVariantMap typed(QVariantMap camera)
+{
+    QString error;
+    QVariant& settings = camera[Words::camSettings];
+    if (const auto valid = CameraSettingsRecord::fromMap(settings.toMap(), CameraSettings(), &error)) {
+        settings = CameraSettingsRecord::toMap(*valid);
+    }
+    return camera;
+}
+
+} // namespace
+
+CameraRequests::CameraRequests(PluginHost& host, RequestTimeouts& watch) : m_host(host), m_watch(watch) {}
+
+void CameraRequests::replyArrived(const QString& command, const QString& returnCode)
+{
+    if (command == Words::AddCamera || command == Words::UpdateCamera || command == Words::DeleteCamera) {
+        Q_EMIT answered(returnCode == ReturnCode::success, returnCode);
+    }
+}
+
+bool CameraRequests::add(const QVariantMap& camera)
+{
+    QVariantMap record = typed(camera);
+    if (hasLoginInAddress(record)) {
+        record.remove(Vocabulary::username);
+        record.remove(Vocabulary::password);
+    }
+    return send(Words::AddCamera, record);
+}
+
+bool CameraRequests::update(const QString& id, const QVariantMap& camera)
+{
+    QVariantMap record = typed(camera);
+    record[Vocabulary::camId] = id;
+    const bool hasUser = !record.value(Vocabulary::username).toString().isEmpty();
+    if (hasLoginInAddress(record)) {
+        record.remove(Vocabulary::username);
+        record.remove(Vocabulary::password);
+    } else if (!hasUser) {
+        record[Vocabulary::password] = QString();
+    } else if (record.value(Vocabulary::password).toString().isEmpty()) {
+        record.remove(Vocabulary::password); // the camera keeps its own
+    }
+    return send(Words::UpdateCamera, record);
+}
+
+bool CameraRequests::remove(const QString& id)
+{
+    return send(Words::DeleteCamera, id);
+}
+
+bool CameraRequests::send(const QString& command, const QVariant& payload)
+{
+    const quint64 request = m_host.sendOwn(command, payload);
+    m_watch.commandSent(command, payload, request != 0, request);
+    return request != 0;
+}
+
+QVariantMap CameraRequests::defaultSettings() const
+{
+    return CameraSettingsRecord::toMap(CameraSettings());
+}
+
+bool CameraRequests::areValid(const QVariantMap& settings) const
+{
+    QString error;
+    return CameraSettingsRecord::fromMap(settings, CameraSettings(), &error).has_value();
+}
+
+bool CameraRequests::isAddress(const QString& text) const
+{
+    return !RecordChecks::cameraAddress(text);
+}

@@ -1,0 +1,120 @@
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// How a camera is talked to: for those that do not work with the usual settings.
+ColumnLayout {
+    id: root
+    readonly property bool valid: codec.valid && delay.valid && patience.valid && priority.valid
+    readonly property var packetTimes: [20, 40, 80]
+    readonly property var transports: ["tcp", "udp"]
+    spacing: 10
+
+    function fill(settings) {
+        transport.currentIndex = transports.indexOf(settings.transport);
+        packetTime.currentIndex = packetTimes.indexOf(settings.packetTime);
+        codec.text = settings.talkCodec;
+        delay.text = settings.readinessDelay;
+        patience.text = settings.openTimeout;
+        priority.text = settings.dscp;
+        evenPace.checked = settings.evenPace;
+        halfDuplex.checked = settings.halfDuplex;
+        noDelay.checked = settings.noDelay;
+        anyCertificate.checked = settings.anyCertificate;
+        const fields = [codec, delay, patience, priority];
+        for (let i = 0; i < fields.length; ++i)
+            fields[i].touched = false;
+    }
+    function settings() {
+        return {
+            transport: transports[transport.currentIndex],
+            packetTime: packetTimes[packetTime.currentIndex],
+            talkCodec: codec.text,
+            readinessDelay: parseInt(delay.text),
+            openTimeout: parseInt(patience.text),
+            dscp: parseInt(priority.text),
+            evenPace: evenPace.checked,
+            halfDuplex: halfDuplex.checked,
+            noDelay: noDelay.checked,
+            anyCertificate: anyCertificate.checked
+        };
+    }
+    // What is wrong with a number; empty when nothing is. The server's rules count: it alone knows the limits.
+    function problemOf(text, setting, words) {
+        return /^[0-9]{1,6}$/.test(text) && desk.cameraRequests.areValid(setting) ? "" : words;
+    }
+
+    GridLayout {
+        Layout.fillWidth: true
+        columns: 2
+        columnSpacing: 12
+        rowSpacing: 6
+        PlainText { text: qsTr("How sound is sent"); color: Theme.text; font.pixelSize: Theme.textSize }
+        PlainText { text: qsTr("Packet length"); color: Theme.text; font.pixelSize: Theme.textSize }
+        DropDown {
+            id: transport
+            objectName: "cameraTransport"
+            Layout.fillWidth: true
+            model: [qsTr("In the connection (TCP)"), qsTr("In packets of their own (UDP)")]
+            Accessible.name: qsTr("How sound is sent")
+        }
+        DropDown {
+            id: packetTime
+            objectName: "cameraPacketTime"
+            Layout.preferredWidth: 160
+            model: root.packetTimes.map(function(time) { return qsTr("%1 ms").arg(time); })
+            Accessible.name: qsTr("Packet length")
+        }
+    }
+    FormField {
+        id: codec
+        objectName: "cameraCodec"
+        Layout.fillWidth: true
+        label: qsTr("Codec to the camera")
+        problem: desk.cameraRequests.areValid({ talkCodec: text }) ? "" : qsTr("A name like PCMA or G726-32: letters, digits, hyphens.")
+        field.placeholderText: qsTr("empty: the first that the camera offers")
+    }
+    RowLayout {
+        spacing: 10
+        FormField {
+            id: delay
+            objectName: "cameraDelay"
+            Layout.fillWidth: true
+            Layout.preferredWidth: 1
+            label: qsTr("Wait after opening, ms")
+            problem: root.problemOf(text, { readinessDelay: parseInt(text) }, qsTr("0 to %1.").arg(desk.protocol.maxReadinessDelay))
+            field.inputMethodHints: Qt.ImhDigitsOnly
+        }
+        FormField {
+            id: patience
+            objectName: "cameraPatience"
+            Layout.fillWidth: true
+            Layout.preferredWidth: 1
+            label: qsTr("Give up after, ms")
+            problem: root.problemOf(text, { openTimeout: parseInt(text) }, qsTr("%1 to %2.").arg(desk.protocol.minOpenTimeout).arg(desk.protocol.maxOpenTimeout))
+            field.inputMethodHints: Qt.ImhDigitsOnly
+        }
+        FormField {
+            id: priority
+            objectName: "cameraDscp"
+            Layout.fillWidth: true
+            Layout.preferredWidth: 1
+            label: qsTr("Priority (DSCP)")
+            problem: root.problemOf(text, { dscp: parseInt(text) }, qsTr("0 to %1.").arg(desk.protocol.maxDscp))
+            field.inputMethodHints: Qt.ImhDigitsOnly
+        }
+    }
+    ColumnLayout {
+        spacing: 0
+        TickBox { id: halfDuplex; objectName: "cameraHalfDuplex"; Layout.fillWidth: true; text: qsTr("Do not hear the camera while somebody talks (echo)") }
+        TickBox { id: evenPace; Layout.fillWidth: true; text: qsTr("Send packets at an even pace (garbled sound)") }
+        TickBox { id: noDelay; Layout.fillWidth: true; text: qsTr("Send each packet at once (TCP_NODELAY)") }
+        TickBox { id: anyCertificate; Layout.fillWidth: true; text: qsTr("Take any certificate (rtsps)") }
+    }
+    QuietText {
+        Layout.fillWidth: true
+        text: qsTr("Most cameras work with what is set. The wait is for a camera that swallows the first words.")
+    }
+    Item { Layout.fillHeight: true }
+}

@@ -1,0 +1,148 @@
+#include "server/devices/onvif/OnvifInquiries.h"
+
+#include "onvif/CameraAddress.h"
+#include "onvif/OnvifDevice.h"
+
+namespace {
+
+/** An address without any character that could command a terminal. */
+QString textOf(const QUrl& address)
+{
+    return address.toString(QUrl::FullyEncoded);
+}
+
+CameraAbility abilityOf(Ability ability)
+{
+    switch (ability) {
+    case Ability::No:
+        return CameraAbility::No;
+    case Ability::Unknown:
+        break;
+    case Ability::Yes:
+        return CameraAbility::Yes;
+    }
+    return CameraAbility::Unknown;
+}
+
+CameraAbility abilityOf(bool has)
+{
+    return has ? CameraAbility::Yes : CameraAbility::No;
+}
+
+/** Codecs as SDP names them (RFC 8866, clause 6.6): "PCMU/8000". */
+QStringList textsOf(const std::vector<CameraCodec>& codecs)
+{
+    QStringList texts;
+    for (const CameraCodec& codec : codecs) {
+        for (const int rate : codec.rates) {
+            texts.append(QStringLiteral("%1/%2").arg(codec.name).arg(rate));
+        }
+        if (codec.rates.isEmpty()) {
+            texts.append(codec.name);
+        }
+    }
+    return texts;
+}
+
+CameraReport reportOf(const CameraAbilities& abilities)
+{
+    CameraReport report;
+    report.manufacturer = abilities.manufacturer;
+    report.model = abilities.model;
+    report.firmware = abilities.firmware;
+    report.speaks = abilityOf(abilities.speaks);
+    report.hears = abilityOf(abilities.hears);
+    report.speaksReason = abilities.speaksReason;
+    report.hearsReason = abilities.hearsReason;
+    report.voiceCodecs = textsOf(abilities.voiceCodecs);
+    report.talkCodecs = textsOf(abilities.talkCodecs);
+    for (const CameraStream& stream : abilities.streams) {
+        report.streams.append({stream.name, textOf(stream.address), abilityOf(stream.hasVoice),
+                               abilityOf(stream.hasLoudspeaker)});
+    }
+    report.remarks = abilities.remarks;
+    report.error = errorSentence(abilities);
+    return report;
+}
+
+FoundCameraEntry entryOf(const FoundCamera& camera)
+{
+    FoundCameraEntry entry{camera.name, camera.hardware, camera.location, QString(), QString()};
+    if (!camera.addresses.isEmpty()) {
+        entry.address = textOf(camera.addresses.first());
+    }
+    if (camera.addresses.isEmpty() && camera.isElsewhere) {
+        entry.remark = QStringLiteral("names only addresses of other hosts");
+    } else if (camera.addresses.isEmpty()) {
+        entry.remark = QStringLiteral("names no address");
+    } else if (camera.addresses.size() > 1) {
+        QStringList others;
+        for (const QUrl& address : camera.addresses.mid(1)) {
+            others.append(textOf(address));
+        }
+        entry.remark = QStringLiteral("also at %1").arg(others.join(QStringLiteral(", ")));
+    }
+    return entry;
+}
+
+} // namespace
+
+OnvifInquiries::OnvifInquiries(OnvifSearch search) : m_search(std::move(search))
+{
+    connect(&m_discovery, &OnvifDiscovery::finished, this, [this] {
+        FoundCameras found;
+        for (const FoundCamera& camera : m_discovery.found()) {
+            found.cameras.append(entryOf(camera));
+        }
+        finishSearch(found);
+    });
+}
+
+void OnvifInquiries::find(const CameraBackend::TakeFound& take)
+{
+    m_waiting.append(take);
+    if (m_waiting.size() > 1 || m_discovery.start(m_search.interfaces(), m_search.options)) {
+        return;
+    }
+    FoundCameras none;
+    none.error = QStringLiteral("the server has no network interface to look for cameras on");
+    QMetaObject::invokeMethod(
+        this, [this, none] { finishSearch(none); }, Qt::QueuedConnection);
+}
+
+void OnvifInquiries::finishSearch(const FoundCameras& found)
+{
+    QList<CameraBackend::TakeFound> waiting;
+    waiting.swap(m_waiting); // one of them may start the next search
+    for (const CameraBackend::TakeFound& take : qAsConst(waiting)) {
+        take(found);
+    }
+}
+
+std::optional<QUrl> OnvifInquiries::deviceService(const QString& address, QString* error)
+{
+    const QUrl url(address, QUrl::StrictMode);
+    if (url.scheme() != QLatin1String("rtsp") && url.scheme() != QLatin1String("rtsps")) {
+        return CameraAddress::deviceService(address, error);
+    }
+    return CameraAddress::deviceService(url.host(), error);
+}
+
+void OnvifInquiries::ask(const CameraRecord& camera, const CameraBackend::TakeReport& take)
+{
+    CameraReport none;
+    const auto address = deviceService(camera.address, &none.error);
+    if (!address) {
+        QMetaObject::invokeMethod(
+            this, [take, none] { take(none); }, Qt::QueuedConnection);
+        return;
+    }
+    OnvifDevice::Options options;
+    options.anyCertificate = camera.settings.anyCertificate;
+    auto* device = new OnvifDevice(*address, {camera.username, camera.password}, options, this);
+    connect(device, &OnvifDevice::abilitiesKnown, this, [device, take](const CameraAbilities& abilities) {
+        device->deleteLater();
+        take(reportOf(abilities));
+    });
+    device->askAbilities();
+}

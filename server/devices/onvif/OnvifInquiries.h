@@ -1,0 +1,39 @@
+#pragma once
+
+#include "server/devices/CameraBackend.h"
+#include "server/devices/onvif/OnvifConfig.h"
+
+#include <QObject>
+
+#include <optional>
+
+/**
+ * Looks for cameras, and asks them what they can do, for a back end. All calls are on the server's thread.
+ */
+class OnvifInquiries : public QObject
+{
+public:
+    /** Does nothing yet. */
+    explicit OnvifInquiries(OnvifSearch search);
+
+    /** Searches once; what a call during a search takes is what that search finds. */
+    void find(const CameraBackend::TakeFound& take);
+
+    /** Asks one camera. */
+    void ask(const CameraRecord& camera, const CameraBackend::TakeReport& take);
+
+    /**
+     * Returns the address of a camera's device service: the one that its record has, else, for the URL of a
+     * stream, the usual one at its host.
+     *
+     * @param error says what is wrong with it, for people
+     */
+    static std::optional<QUrl> deviceService(const QString& address, QString* error);
+
+private:
+    void finishSearch(const FoundCameras& found);
+
+    OnvifSearch m_search;
+    OnvifDiscovery m_discovery;
+    QList<CameraBackend::TakeFound> m_waiting; ///< For the search.
+};
