@@ -167,7 +167,8 @@ void TestCameraRequests::checks()
     QVERIFY(!m_requests->areValid({{"nothing", 1}}));
     QVERIFY(m_requests->isAddress("rtsps://camera.example.org/live"));
     QVERIFY(m_requests->isAddress("10.0.0.1"));
-    QVERIFY(!m_requests->isAddress("http://10.0.0.1"));
+    QVERIFY(m_requests->isAddress("http://10.0.0.1"));
+    QVERIFY(!m_requests->isAddress("ftp://10.0.0.1"));
     QVERIFY(!m_requests->isAddress(""));
 }
 

@@ -278,7 +278,7 @@ void TestCameraInquiries::refuses_data()
     QTest::newRow("a long user") << with("username", QString(257, 'x')) << ReturnCode::badCredentials;
     QTest::newRow("a setting") << with("camSettings", QVariantMap{{"colour", 1}})
                                << ReturnCode::badCameraSettings;
-    QTest::newRow("settings of another type") << with("camSettings", 1) << ReturnCode::badCameraSettings;
+    QTest::newRow("settings of another type") << with("camSettings", 1) << ReturnCode::malformedRequest;
     QTest::newRow("a name") << with("camName", "Gate") << ReturnCode::malformedRequest;
 }
 
