@@ -44,7 +44,7 @@ PluginSession::PluginSession(ClientOptions options)
     connect(&m_host, &PluginHost::commandSent, this,
             [this](const QString& command, const QVariant&, bool accepted, quint64 request) {
                 if (!accepted || command == Vocabulary::TalkData) {
-                    return; // nobody waits for the replies to sound
+                    return; // nobody waits for the replies to sound; TalkMonitor counts those that refuse it
                 }
                 m_lastSent = request;
                 m_replies.insert(request, {});

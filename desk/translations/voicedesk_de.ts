@@ -222,6 +222,10 @@
         <translation>die Kamera lehnt das Gespräch ab</translation>
     </message>
     <message>
+        <source>the server does not say which talk it has opened</source>
+        <translation>der Server sagt nicht, welches Gespräch er geöffnet hat</translation>
+    </message>
+    <message>
         <source>a setting of the camera is not allowed</source>
         <translation>eine Einstellung der Kamera ist nicht erlaubt</translation>
     </message>

@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
 
 class TestScriptedServer : public QObject
@@ -21,6 +22,11 @@ private Q_SLOTS:
     void secondSpeakerNeverAnswers();
     void camerasUnderAnotherName();
     void speakerIsLost();
+    void packetsAreRefused_data();
+    void packetsAreRefused();
+    void lossComesBeforeRefusedPackets();
+    void talkWithoutToken_data();
+    void talkWithoutToken();
 
 private:
     using Replies = QList<WireMessage>;
@@ -190,6 +196,98 @@ void TestScriptedServer::speakerIsLost()
     const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
     QCOMPARE(report["devices"].toArray(), QJsonArray{1});
     QCOMPARE(report["lost"].toArray(), QJsonArray{2});
+}
+
+void TestScriptedServer::packetsAreRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<bool>("all"); // else the second packet alone
+    QTest::addColumn<QString>("notAccepted");
+    const QStringList talk{"talk", "--camera", "gate"};
+    const QStringList say{"say", "--device", "1"};
+    QTest::newRow("talk, all") << talk << true << "[1-9][0-9]* of";
+    QTest::newRow("talk, one") << talk << false << "1 of";
+    QTest::newRow("say, all") << say << true << "[1-9][0-9]* of";
+    QTest::newRow("say, one") << say << false << "1 of";
+}
+
+void TestScriptedServer::packetsAreRefused()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(bool, all);
+    QFETCH(QString, notAccepted);
+    int packets = 0;
+    const auto script = [&](const WireMessage& command) {
+        const bool opens = command.name.startsWith("StartTalk");
+        WireMessage reply =
+            ScriptedServer::replyTo(command, opens ? QVariant(QVariantMap{{"talkToken", "t"}}) : QVariant());
+        if (command.name == "TalkData" && (++packets == 2 || all)) {
+            reply.code = QStringLiteral("204");
+            reply.text = QStringLiteral("the disk is full");
+        }
+        if (command.name == "GetCamera") {
+            reply.payload = QVariantList{QVariantMap{{"camId", "gate"}, {"camName", "Gate"}}};
+        }
+        return Replies{reply};
+    };
+    const ProgramRun result =
+        runWith(arguments + QStringList{"--source", ANNOUNCEMENT_WAV, "--seconds", "1"}, script);
+    QVERIFY2(result.status == 4, qPrintable(QString::number(result.status) + result.err));
+    const QRegularExpression words(
+        notAccepted + " [0-9]+ packets of sound were not accepted: the disk is full \\(code 204\\)\n");
+    QVERIFY2(words.match(result.err).hasMatch(), qPrintable(result.err));
+    QVERIFY(packets > 1);
+    QVERIFY(!result.out.contains("not accepted 0"));
+}
+
+void TestScriptedServer::lossComesBeforeRefusedPackets()
+{
+    const auto script = [](const WireMessage& command) {
+        const bool opens = command.name.startsWith("StartTalk");
+        WireMessage reply =
+            ScriptedServer::replyTo(command, opens ? QVariant(QVariantMap{{"talkToken", "t"}}) : QVariant());
+        if (command.name != "TalkData") {
+            return Replies{reply};
+        }
+        WireMessage event;
+        event.kind = WireMessage::Event;
+        event.name = QStringLiteral("TalkTargetLost");
+        event.payload = QVariantMap{{"deviceID", 2}, {"error", "its line broke"}};
+        reply.code = QStringLiteral("203");
+        return Replies{event, reply};
+    };
+    const ProgramRun result =
+        runWith({"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--seconds", "0.5"}, script);
+    QVERIFY2(result.status == 6, qPrintable(QString::number(result.status) + result.err));
+}
+
+void TestScriptedServer::talkWithoutToken_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QVariant>("answer");
+    const QStringList talk{"talk", "--camera", "gate"};
+    const QStringList say{"say", "--device", "1"};
+    for (const QStringList& arguments : {talk, say}) {
+        QTest::addRow("%s, nothing", qPrintable(arguments[0])) << arguments << QVariant();
+        QTest::addRow("%s, empty", qPrintable(arguments[0]))
+            << arguments << QVariant(QVariantMap{{"camId", "gate"}, {"deviceID", 1}, {"talkToken", ""}});
+        QTest::addRow("%s, a list", qPrintable(arguments[0]))
+            << arguments << QVariant(QVariantMap{{"talkToken", QVariantList{1}}});
+    }
+}
+
+void TestScriptedServer::talkWithoutToken()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QVariant, answer);
+    const QVariantList cameras{QVariantMap{{"camId", "gate"}, {"camName", "Gate"}}};
+    const ProgramRun result =
+        run(arguments + QStringList{"--source", ANNOUNCEMENT_WAV, "--seconds", "1"},
+            {{"GetCamera", cameras}, {"StartTalk", answer}, {"StartTalkToIPAudio", answer}});
+    QVERIFY2(result.status == 4, qPrintable(QString::number(result.status) + result.err));
+    QVERIFY2(result.err.contains("the server's answer has no talk token"), qPrintable(result.err));
+    QVERIFY(!m_asked.contains("TalkData"));
+    QCOMPARE(result.out, QString());
 }
 
 QTEST_GUILESS_MAIN(TestScriptedServer)
