@@ -77,10 +77,6 @@
         <translation>Fingerabdruck des Serverzertifikats, für wss</translation>
     </message>
     <message>
-        <source>64 hexadecimal digits, as the server shows them when it starts.</source>
-        <translation>64 Hexadezimalziffern, wie sie der Server beim Start zeigt.</translation>
-    </message>
-    <message>
         <source>Sign in</source>
         <translation>Anmelden</translation>
     </message>
@@ -130,6 +126,10 @@
 </context>
 <context>
     <name>DeskConnection</name>
+    <message>
+        <source>64 hexadecimal digits, as the server shows them when it starts.</source>
+        <translation>64 Hexadezimalziffern, wie sie der Server beim Start zeigt.</translation>
+    </message>
     <message>
         <source>the server on this computer</source>
         <translation>der Server auf diesem Rechner</translation>

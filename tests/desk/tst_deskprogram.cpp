@@ -210,6 +210,8 @@ void TestDeskProgram::wrongUsage_data()
     QTest::addColumn<QByteArray>("message");
     QTest::newRow("unknown") << QStringList{"--colour"} << 1 << QByteArray();
     QTest::newRow("argument") << QStringList{"talk"} << 1 << QByteArray();
+    QTest::newRow("secret of no server") << QStringList{"--secret-file", "/dev/null"} << 1
+                                         << QByteArray("--secret-file is for another server");
     QTest::newRow("server") << QStringList{"--server", "http://nowhere"} << 1 << QByteArray();
     // Qt has an option of this name, too.
     QTest::newRow("plug-in") << QStringList{"--plugin", "/nonexistent", "--data", m_folder.filePath("none")}
