@@ -3,6 +3,7 @@
 #include "cli/InterruptFlag.h"
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "protocol/PrintableName.h"
 #include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 
@@ -69,7 +70,7 @@ PluginSession::~PluginSession() = default;
 
 ExitStatus PluginSession::fail(ExitStatus status, const QString& message)
 {
-    std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(message));
+    std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(printableText(message)));
     return status;
 }
 

@@ -2,6 +2,7 @@
 
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "protocol/PrintableName.h"
 
 #include <QUrl>
 
@@ -81,7 +82,7 @@ void DeskConnection::open()
     }
     if (auto* socket = qobject_cast<SocketLink*>(link.get())) {
         connect(socket, &SocketLink::lost, this, [this](const QString& reason, bool final) {
-            setState(final ? Refused : Reconnecting, reason);
+            setState(final ? Refused : Reconnecting, printableText(reason));
         });
     }
     Q_EMIT changed(); // the server, perhaps

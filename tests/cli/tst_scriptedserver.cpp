@@ -25,6 +25,7 @@ private Q_SLOTS:
     void packetsAreRefused_data();
     void packetsAreRefused();
     void lossComesBeforeRefusedPackets();
+    void namesInTables();
     void talkWithoutToken_data();
     void talkWithoutToken();
 
@@ -259,6 +260,41 @@ void TestScriptedServer::lossComesBeforeRefusedPackets()
     const ProgramRun result =
         runWith({"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--seconds", "0.5"}, script);
     QVERIFY2(result.status == 6, qPrintable(QString::number(result.status) + result.err));
+}
+
+/** What controls the terminal or the direction of the text is shown in a table and a message, and in JSON as
+ * it is.
+ */
+void TestScriptedServer::namesInTables()
+{
+    const QString name = QStringLiteral("A\u202Eb\u2066c\u200Fd\u001Be\nf \u05D0\u200D");
+    const QString shown = QStringLiteral("A?b?c?d?e?f \u05D0\u200D");
+    const QVariantMap lists{
+        {"GetCamera", QVariantList{QVariantMap{{"camId", "gate"}, {"camName", name}, {"online", true}}}},
+        {"RetrieveIPAudioModel", QVariantList{QVariantMap{{"deviceID", 1}, {"deviceName", name}}}},
+        {"GetNetworkAudioGroup",
+         QVariantList{
+             QVariantMap{{"groupID", 1}, {"groupName", name}, {"networkAudioIDList", QVariantList{1}}}}}};
+    for (const QStringList& command :
+         {QStringList{"cameras"}, QStringList{"devices", "list"}, QStringList{"groups", "list"}}) {
+        const ProgramRun table = run(command, lists);
+        QVERIFY2(table.status == 0, qPrintable(table.err));
+        QVERIFY2(table.out.contains(shown), qPrintable(table.out));
+        QCOMPARE(table.out.count('\n'), 2);
+        const ProgramRun json = run(command + QStringList{"--json"}, lists);
+        const QJsonObject row = QJsonDocument::fromJson(json.out.toUtf8()).array().at(0).toObject();
+        QCOMPARE(row["name"].toString(), name);
+    }
+    const ProgramRun refused = runWith({"groups", "delete", "1"}, [&](const WireMessage& command) {
+        WireMessage reply = ScriptedServer::replyTo(command, lists.value(command.name));
+        if (command.name.startsWith("Delete")) {
+            reply.code = QStringLiteral("411");
+            reply.text = name;
+        }
+        return Replies{reply};
+    });
+    QCOMPARE(refused.status, 4);
+    QVERIFY2(refused.err.contains(shown + " (code 411)"), qPrintable(refused.err));
 }
 
 void TestScriptedServer::talkWithoutToken_data()
