@@ -3,6 +3,7 @@
 #include "cli/InterruptFlag.h"
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "protocol/PrintableName.h"
 #include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 
@@ -44,7 +45,7 @@ PluginSession::PluginSession(ClientOptions options)
     connect(&m_host, &PluginHost::commandSent, this,
             [this](const QString& command, const QVariant&, bool accepted, quint64 request) {
                 if (!accepted || command == Vocabulary::TalkData) {
-                    return; // nobody waits for the replies to sound
+                    return; // nobody waits for the replies to sound; TalkMonitor counts those that refuse it
                 }
                 m_lastSent = request;
                 m_replies.insert(request, {});
@@ -69,7 +70,7 @@ PluginSession::~PluginSession() = default;
 
 ExitStatus PluginSession::fail(ExitStatus status, const QString& message)
 {
-    std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(message));
+    std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(printableText(message)));
     return status;
 }
 

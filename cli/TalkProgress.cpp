@@ -29,13 +29,24 @@ double TalkProgress::elapsed() const
 
 QString TalkProgress::line() const
 {
-    return QStringLiteral("%1 s  packets %2  sequence %3  level %4 dBFS [%5]  received %6")
+    const QString refused =
+        m_monitor.refused() > 0 ? QStringLiteral("  not accepted %1").arg(m_monitor.refused()) : QString();
+    return QStringLiteral("%1 s  packets %2  sequence %3  level %4 dBFS [%5]  received %6%7")
         .arg(elapsed(), 6, 'f', 1)
         .arg(m_monitor.packets(), 5)
         .arg(m_monitor.sequence(), 5)
         .arg(m_monitor.level(), 6, 'f', 1)
         .arg(SoundLevel::bar(m_monitor.level(), barWidth))
-        .arg(m_monitor.received(), 5);
+        .arg(m_monitor.received(), 5)
+        .arg(refused);
+}
+
+QString TalkProgress::refusal(const TalkMonitor& monitor)
+{
+    return QStringLiteral("%1 of %2 packets of sound were not accepted: %3")
+        .arg(monitor.refused())
+        .arg(monitor.packets())
+        .arg(monitor.refusal());
 }
 
 void TalkProgress::update()

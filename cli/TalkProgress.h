@@ -23,6 +23,9 @@ public:
     /** Shows the last line and ends it. */
     void finish();
 
+    /** Returns that the server refused packets, how many, and why; for people. */
+    static QString refusal(const TalkMonitor& monitor);
+
     /** Returns the seconds since start. */
     double elapsed() const;
 

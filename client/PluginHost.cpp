@@ -3,6 +3,7 @@
 #include "client/RequestNumber.h"
 #include "platform/PluginBase.h"
 #include "protocol/EventTable.h"
+#include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 #include "src/vocabulary/RuntimeLibrary.h"
 
@@ -28,6 +29,33 @@ QString findLibrary()
     return libraryName;
 }
 
+struct Reply
+{
+    QVariant result;
+    QString returnCode;
+    QString errorText;
+};
+
+/** Returns a reply as it is, but a success that opens a talk without a token as a refusal: the plug-in takes
+ * it for an open talk, and nobody would hear it. */
+Reply withoutFalseTalk(const QString& command, const Reply& reply)
+{
+    const bool camera = command == Vocabulary::StartTalk;
+    const bool speaker = command == Vocabulary::StartTalkToIPAudio;
+    const QVariantMap fields = reply.result.toMap();
+    if (reply.returnCode != ReturnCode::success || !(camera || speaker) ||
+        !fields.value(Vocabulary::talkToken).toString().isEmpty() ||
+        (speaker && !fields.value(Vocabulary::error).toString().isEmpty())) {
+        return reply;
+    }
+    const QString reason = QStringLiteral("the server's answer has no talk token");
+    if (camera) {
+        return {QVariant(), ReturnCode::noTalkToken, reason};
+    }
+    // As a server refuses a speaker: a return code would end the talk with the others.
+    return {QVariantMap{{Vocabulary::error, reason}}, reply.returnCode, reply.errorText};
+}
+
 } // namespace
 
 PluginHost::PluginHost(ServerLink& link) : m_link(link)
@@ -45,27 +73,30 @@ PluginHost::PluginHost(ServerLink& link) : m_link(link)
             m_plugin->PluginServerConnected();
         }
     });
-    connect(&m_link, &ServerLink::replied, this,
-            [this](const QString& nameInReply, const QVariant& result, quint64 number,
-                   const QString& returnCode, const QString& errorText) {
-                if (const QString own = m_own.value(number); !own.isEmpty()) {
-                    Q_EMIT replyArrived(own, returnCode, errorText, number, result);
-                    return;
-                }
-                // By number alone: user data is of no other command than the one that it was sent with.
-                const SentRequests::Request request = m_requests.answered(number, nameInReply);
-                Q_EMIT replyArrived(request.command, returnCode, errorText, number, result);
-                if (m_plugin != nullptr) {
-                    m_plugin->CommandProcessor(request.command, result, request.userData, returnCode,
-                                               errorText, false, QString());
-                }
-            });
+    connect(&m_link, &ServerLink::replied, this, &PluginHost::passReply);
     connect(&m_link, &ServerLink::eventRaised, this, [this](const QString& event, const QVariant& payload) {
         Q_EMIT eventArrived(event, payload);
         if (m_plugin != nullptr && EventTable::isForPlugin(event)) {
             m_plugin->EventProcessor(event, 0, 0, 0, payload, QString());
         }
     });
+}
+
+void PluginHost::passReply(const QString& nameInReply, const QVariant& result, quint64 number,
+                           const QString& returnCode, const QString& errorText)
+{
+    if (const QString own = m_own.value(number); !own.isEmpty()) {
+        Q_EMIT replyArrived(own, returnCode, errorText, number, result);
+        return;
+    }
+    // By number alone: user data is of no other command than the one that it was sent with.
+    const SentRequests::Request request = m_requests.answered(number, nameInReply);
+    const Reply reply = withoutFalseTalk(request.command, {result, returnCode, errorText});
+    Q_EMIT replyArrived(request.command, reply.returnCode, reply.errorText, number, reply.result);
+    if (m_plugin != nullptr) {
+        m_plugin->CommandProcessor(request.command, reply.result, request.userData, reply.returnCode,
+                                   reply.errorText, false, QString());
+    }
 }
 
 PluginHost::~PluginHost()

@@ -66,7 +66,8 @@ Q_SIGNALS:
     void commandSent(const QString& command, const QVariant& payload, bool accepted, quint64 request);
 
     /**
-     * A reply came, before the plug-in sees it.
+     * A reply came, before the plug-in sees it. A success that opens a talk without a token is a refusal here
+     * and for the plug-in.
      *
      * @param request of the command that it answers; any other number when nobody asked for it
      * @param result the payload of the reply
@@ -81,6 +82,9 @@ private:
     void reservedOperation() override {}
     bool SendCommand(void* pluginHandle, const QString& pluginId, const QString& command,
                      const QVariant& param, void* userData, bool flag, const QString& extra) override;
+
+    void passReply(const QString& nameInReply, const QVariant& result, quint64 number,
+                   const QString& returnCode, const QString& errorText);
 
     ServerLink& m_link;
     SentRequests m_requests;

@@ -7,7 +7,7 @@
 #include <QRegularExpression>
 #include <QSslCertificate>
 #include <QSslConfiguration>
-#include <QSslError>
+#include <QSslSocket>
 #include <QTcpSocket>
 
 namespace {
@@ -27,6 +27,10 @@ SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m
     m_retryTimer.setSingleShot(true);
     connect(&m_retryTimer, &QTimer::timeout, this, &SocketLink::open);
     connect(&m_socket, &QWebSocket::connected, this, [this] {
+        if (!isExpectedServer()) {
+            m_socket.close(); // before it gets the secret
+            return;
+        }
         sendAtOnce();
         WireMessage login;
         login.kind = WireMessage::Login;
@@ -76,18 +80,38 @@ void SocketLink::open()
     m_socket.open(m_config.url);
 }
 
-/** Accepts a certificate that no authority has signed if it has the expected fingerprint. */
-void SocketLink::checkCertificate(const QList<QSslError>& errors)
+/** Returns whether no fingerprint is expected, or the server's own certificate has it; whether the system
+ * trusts that certificate does not matter. */
+bool SocketLink::isExpectedServer()
 {
-    if (m_config.fingerprint.isEmpty() || errors.isEmpty()) {
-        return;
+    if (m_config.fingerprint.isEmpty()) {
+        return true;
     }
-    const QByteArray digest = errors.first().certificate().digest(QCryptographicHash::Sha256).toHex();
-    if (digest == m_config.fingerprint.toLatin1().toLower()) {
-        m_socket.ignoreSslErrors();
-    } else {
+    // A web socket has the configuration that it was given, not the one that was agreed on; its connection
+    // has.
+    const auto* connection = m_socket.findChild<QSslSocket*>();
+    const QSslCertificate certificate =
+        connection != nullptr ? connection->peerCertificate() : QSslCertificate();
+    if (certificate.isNull()) {
+        m_wrongCertificate =
+            QStringLiteral("it shows no certificate, expected was one with the fingerprint %1")
+                .arg(m_config.fingerprint);
+        return false;
+    }
+    const QByteArray digest = certificate.digest(QCryptographicHash::Sha256).toHex();
+    if (digest != m_config.fingerprint.toLatin1().toLower()) {
         m_wrongCertificate = QStringLiteral("its certificate has the fingerprint %1, expected was %2")
                                  .arg(QString::fromLatin1(digest), m_config.fingerprint);
+        return false;
+    }
+    return true;
+}
+
+/** Accepts a certificate that the system does not trust if it has the expected fingerprint. */
+void SocketLink::checkCertificate()
+{
+    if (!m_config.fingerprint.isEmpty() && isExpectedServer()) {
+        m_socket.ignoreSslErrors();
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "client/SocketLink.h"
 #include "embedded/EmbeddedLink.h"
+#include "protocol/PrintableName.h"
 
 #include <QUrl>
 
@@ -81,7 +82,7 @@ void DeskConnection::open()
     }
     if (auto* socket = qobject_cast<SocketLink*>(link.get())) {
         connect(socket, &SocketLink::lost, this, [this](const QString& reason, bool final) {
-            setState(final ? Refused : Reconnecting, reason);
+            setState(final ? Refused : Reconnecting, printableText(reason));
         });
     }
     Q_EMIT changed(); // the server, perhaps
@@ -94,14 +95,25 @@ void DeskConnection::useLocal()
     change();
 }
 
-void DeskConnection::useRemote(const QString& url, const QString& user, const QString& secret,
+bool DeskConnection::useRemote(const QString& url, const QString& user, const QString& secret,
                                const QString& fingerprint)
 {
+    if (!checkUrl(url).isEmpty() || !checkFingerprint(fingerprint).isEmpty()) {
+        return false;
+    }
     m_options.serverUrl = url;
     m_options.user = user;
     m_options.secret = secret;
-    m_options.fingerprint = fingerprint.simplified().remove(QLatin1Char(' ')).remove(QLatin1Char(':'));
+    m_options.fingerprint = SocketLink::fingerprintDigits(fingerprint).value_or(QString());
     change();
+    return true;
+}
+
+QString DeskConnection::checkFingerprint(const QString& fingerprint) const
+{
+    return fingerprint.isEmpty() || SocketLink::fingerprintDigits(fingerprint)
+               ? QString()
+               : tr("64 hexadecimal digits, as the server shows them when it starts.");
 }
 
 QString DeskConnection::checkUrl(const QString& url) const

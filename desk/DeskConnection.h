@@ -75,12 +75,21 @@ public:
     /** Uses the server inside this program. */
     Q_INVOKABLE void useLocal();
 
-    /** Uses a server elsewhere. @param user empty: the secret is a token */
-    Q_INVOKABLE void useRemote(const QString& url, const QString& user, const QString& secret,
+    /**
+     * Uses a server elsewhere.
+     *
+     * @param user        empty: the secret is a token
+     * @param fingerprint empty: the certificate must be one that the system trusts
+     * @return false, and nothing is changed, when checkUrl or checkFingerprint finds something wrong
+     */
+    Q_INVOKABLE bool useRemote(const QString& url, const QString& user, const QString& secret,
                                const QString& fingerprint);
 
     /** Returns what is wrong with the address of a server, for people; empty when nothing is. */
     Q_INVOKABLE QString checkUrl(const QString& url) const;
+
+    /** Returns what is wrong with a fingerprint, for people; empty when nothing is, and for an empty one. */
+    Q_INVOKABLE QString checkFingerprint(const QString& fingerprint) const;
 
     /** Tries again, with the same server. */
     Q_INVOKABLE void retry() { start(); }

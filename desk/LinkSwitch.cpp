@@ -1,6 +1,7 @@
 #include "desk/LinkSwitch.h"
 
 #include "client/RequestNumber.h"
+#include "protocol/PrintableName.h"
 #include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 
@@ -23,18 +24,22 @@ void LinkSwitch::use(std::unique_ptr<ServerLink> link)
                 if (m_cameraRequest != 0 && request == m_cameraRequest) {
                     m_cameraRequest = 0;
                     if (returnCode == ReturnCode::success) { // other servers may not know the command
-                        Q_EMIT camerasListed(result.toList());
+                        Q_EMIT camerasListed(withPrintableNames(result).toList());
                     }
                     if (m_askAgain) {
                         askForCameras();
                     }
                 } else {
-                    Q_EMIT replied(command, result, request, returnCode, errorText);
+                    Q_EMIT replied(command, withPrintableNames(result), request, returnCode,
+                                   printableText(errorText));
                 }
             });
     connect(m_link.get(), &ServerLink::disconnected, this, &LinkSwitch::disconnected);
     connect(m_link.get(), &ServerLink::sending, this, &LinkSwitch::sending);
-    connect(m_link.get(), &ServerLink::eventRaised, this, &LinkSwitch::eventRaised);
+    connect(m_link.get(), &ServerLink::eventRaised, this,
+            [this](const QString& event, const QVariant& payload) {
+                Q_EMIT eventRaised(event, withPrintableNames(payload));
+            });
     m_link->open();
 }
 

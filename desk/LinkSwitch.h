@@ -6,7 +6,8 @@
 
 /**
  * A link whose server can be changed while the plug-in stays loaded. It also asks for what the host wants to
- * know itself; those replies do not reach the plug-in.
+ * know itself; those replies do not reach the plug-in. Names and error texts of replies and events are made
+ * printable here, for the whole window.
  */
 class LinkSwitch : public ServerLink
 {

@@ -6,7 +6,7 @@ constexpr int releaseTail = 400; // ms
 
 } // namespace
 
-PushToTalk::PushToTalk()
+PushToTalk::PushToTalk(QTimer* tail) : m_tail(tail != nullptr ? *tail : m_ownTail)
 {
     m_tail.setSingleShot(true);
     m_tail.setInterval(releaseTail);

@@ -20,7 +20,8 @@ public:
         Tail, ///< The key is up; the last sound goes out. Nothing but the key makes the talk last longer.
     };
 
-    PushToTalk();
+    /** @param tail runs while the last sound goes out, and outlives the object; null for one of its own */
+    explicit PushToTalk(QTimer* tail = nullptr);
 
     /** Returns the state of the talk that the key opened. */
     Hold hold() const { return m_hold; }
@@ -63,5 +64,6 @@ private:
     bool m_muted = false;
     bool m_lifted = false; ///< The talk key lifts a mute, until the key is up and a tail is over.
     bool m_whileHeld = false;
-    QTimer m_tail; ///< Runs in Hold::Tail and nowhere else.
+    QTimer m_ownTail;
+    QTimer& m_tail; ///< Runs in Hold::Tail and nowhere else.
 };

@@ -21,8 +21,8 @@ QString speakerKey(int id)
 
 } // namespace
 
-TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch)
-    : m_plugin(plugin), m_targets(targets), m_watch(watch), m_test(plugin, watch)
+TalkControl::TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch, QTimer* tail)
+    : m_plugin(plugin), m_targets(targets), m_watch(watch), m_key(tail), m_test(plugin, watch)
 {
     connect(&m_test, &SpeakerTest::tested, this, [this](int speaker, bool success, const QString& text) {
         m_targets.setState(speakerKey(speaker), success ? TargetModel::Ready : TargetModel::Failed);

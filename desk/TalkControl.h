@@ -52,8 +52,11 @@ public:
     };
     Q_ENUM(Phase)
 
-    /** @param watch reports which request was answered, and which has waited for too long */
-    TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch);
+    /**
+     * @param watch reports which request was answered, and which has waited for too long
+     * @param tail  as that of PushToTalk
+     */
+    TalkControl(PluginClient& plugin, TargetModel& targets, RequestTimeouts& watch, QTimer* tail = nullptr);
 
     /** Returns the property phase. */
     Phase phase() const { return m_phase; }

@@ -48,6 +48,10 @@ std::optional<ClientOptions> readOptions(int* status)
         return std::nullopt;
     }
     auto options = ClientOptions::read(parser, &error);
+    if (options && options->serverUrl.isEmpty() && parser.isSet(QStringLiteral("secret-file"))) {
+        error = QStringLiteral("--secret-file is for another server: give --server, too");
+        options.reset();
+    }
     if (!options) {
         *status = fail(ExitUsage, error);
         return std::nullopt;

@@ -129,6 +129,11 @@ std::optional<CommandArguments> CommandArguments::read(const Command& command, c
         usage(command, error);
         return std::nullopt;
     }
+    // "serve" takes the password of a new user from it.
+    if (command.shared == Command::Server && arguments.isSet("secret-file") && !arguments.isSet("server")) {
+        usage(command, QStringLiteral("--secret-file is for another server: give --server, too"));
+        return std::nullopt;
+    }
     arguments.m_client = *read;
     return arguments;
 }

@@ -72,6 +72,10 @@ ExitStatus talk(PluginSession& session, const TalkMonitor& monitor, double secon
     }
     InterruptFlag::lower(); // for the last request; another Ctrl-C ends its wait
     session.nextReply(session.send([](PluginClient& plugin) { plugin.stopTalk(); }));
+    // Behind the last reply: those to all packets came before it.
+    if (!monitor.refusal().isEmpty()) {
+        return PluginSession::fail(ExitRefused, TalkProgress::refusal(monitor));
+    }
     return monitor.packets() > 0
                ? ExitSuccess
                : PluginSession::fail(ExitNothingSent, QStringLiteral("the microphone gave no sound"));
@@ -110,6 +114,7 @@ int say(const CommandArguments& arguments)
     }
     TalkMonitor monitor;
     QObject::connect(&session.host(), &PluginHost::commandSent, &monitor, &TalkMonitor::commandSent);
+    QObject::connect(&session.host(), &PluginHost::replyArrived, &monitor, &TalkMonitor::replyArrived);
     QVariantList lost;
     QObject::connect(&session.host(), &PluginHost::eventArrived, &monitor,
                      [&devices, &lost](const QString& event, const QVariant& payload) {
@@ -132,7 +137,7 @@ int say(const CommandArguments& arguments)
     if (status != ExitMicrophoneFailed) {
         printResult(arguments, monitor, opened, lost);
     }
-    if (status != ExitSuccess) {
+    if (status != ExitSuccess && (status != ExitRefused || lost.isEmpty())) {
         return status;
     }
     return lost.isEmpty() ? refused : ExitTalkLost;

@@ -96,7 +96,10 @@ int serve(const CommandArguments& arguments)
         std::printf("certificate %s\n",
                     qUtf8Printable(ServerCertificate::fingerprint(certificate->certificate)));
     }
-    std::fflush(stdout);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        // Nobody would know where the server is.
+        return PluginSession::fail(ExitOutputFailed, QStringLiteral("the output cannot be written"));
+    }
     QTimer ticker;
     QObject::connect(&ticker, &QTimer::timeout, [] {
         if (InterruptFlag::raised()) {

@@ -1,5 +1,7 @@
 #include "cli/commands/Table.h"
 
+#include "protocol/PrintableName.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -20,9 +22,9 @@ QString cell(const QVariant& value)
         for (const QVariant& entry : list) {
             texts.append(entry.toString());
         }
-        return texts.join(QStringLiteral(", "));
+        return printableText(texts.join(QStringLiteral(", ")));
     }
-    return value.toString();
+    return printableText(value.toString());
 }
 
 } // namespace

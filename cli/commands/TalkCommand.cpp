@@ -119,6 +119,7 @@ public:
           m_progress(m_monitor)
     {
         QObject::connect(&session.host(), &PluginHost::commandSent, &m_monitor, &TalkMonitor::commandSent);
+        QObject::connect(&session.host(), &PluginHost::replyArrived, &m_monitor, &TalkMonitor::replyArrived);
         QObject::connect(&session.host(), &PluginHost::eventArrived, &m_monitor, &TalkMonitor::eventArrived);
         QObject::connect(&session.plugin(), &PluginClient::talkDisconnected, &m_monitor,
                          [this] { m_disconnected = true; });
@@ -156,6 +157,10 @@ public:
         m_session.plugin().stopAudioCapture();
         InterruptFlag::lower(); // for the last request; another Ctrl-C ends its wait
         m_session.nextReply(m_session.send([](PluginClient& plugin) { plugin.stopTalk(); }));
+        // Behind the last reply: those to all packets came before it.
+        if (status == ExitSuccess && !m_monitor.refusal().isEmpty()) {
+            status = PluginSession::fail(ExitRefused, TalkProgress::refusal(m_monitor));
+        }
         const bool written = report();
         return status == ExitSuccess && !written ? ExitOutputFailed : status;
     }

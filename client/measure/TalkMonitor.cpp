@@ -2,6 +2,7 @@
 
 #include "audio/PacketHeader.h"
 #include "audio/SteadyClock.h"
+#include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 
 #include <QVariantMap>
@@ -32,6 +33,17 @@ void TalkMonitor::commandSent(const QString& command, const QVariant& payload, b
         m_loudest = std::max(m_loudest, m_level);
         m_commandTimes.push_back(now - SteadyClock::fromMicroseconds(talk->captureTime));
         keepCaptured(*talk);
+    }
+}
+
+void TalkMonitor::replyArrived(const QString& command, const QString& returnCode, const QString& errorText)
+{
+    if (command != Vocabulary::TalkData || returnCode == ReturnCode::success) {
+        return;
+    }
+    m_refused = std::min(m_refused + 1, m_packets); // a server may answer more often than it is asked
+    if (m_refusal.isEmpty()) {
+        m_refusal = QStringLiteral("%1 (code %2)").arg(errorText, returnCode);
     }
 }
 

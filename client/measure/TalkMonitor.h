@@ -17,8 +17,10 @@ class TalkMonitor : public QObject
 public:
     /** Returns the number of packets sent, refused ones included. */
     int packets() const { return m_packets; }
-    /** Returns the number of packets that the link did not take. */
+    /** Returns the number of packets that the link did not take, or that the server refused. */
     int refused() const { return m_refused; }
+    /** Returns why the server refused the first of them, with its return code; empty when it refused none. */
+    QString refusal() const { return m_refusal; }
     /** Returns the sequence number of the last packet sent; 0 before. */
     quint32 sequence() const { return m_sequence; }
     /** Returns the number of packets whose sequence number did not follow the one before. */
@@ -43,6 +45,8 @@ public:
 public Q_SLOTS:
     /** Measures a command of PluginHost::commandSent if it is a talk packet. */
     void commandSent(const QString& command, const QVariant& payload, bool accepted);
+    /** Counts a reply of PluginHost::replyArrived if it is to a talk packet and refuses it. */
+    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText);
     /** Measures an event of PluginHost::eventArrived if it is a packet received. */
     void eventArrived(const QString& event, const QVariant& payload);
 
@@ -52,6 +56,7 @@ private:
     TalkPacketDecoder m_decoder;
     int m_packets = 0;
     int m_refused = 0;
+    QString m_refusal;
     quint32 m_sequence = 0;
     int m_sequenceGaps = 0;
     double m_level = SoundLevel::silence;

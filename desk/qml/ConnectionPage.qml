@@ -11,7 +11,8 @@ DeskPage {
 
     function focusSearch() { url.field.forceActiveFocus(); }
     function signIn() {
-        if (!url.valid)
+        fingerprint.touched = true;
+        if (!url.valid || !fingerprint.valid)
             return;
         desk.settings.lastServer = url.text;
         connection.useRemote(url.text, user.text, secret.text, fingerprint.text);
@@ -106,10 +107,11 @@ DeskPage {
             }
             FormField {
                 id: fingerprint
+                objectName: "serverFingerprint"
                 Layout.fillWidth: true
                 label: qsTr("Fingerprint of the server's certificate, for wss")
                 text: root.connection.fingerprint
-                problem: text === "" || /^[0-9A-Fa-f]{64}$/.test(text.replace(/[\s:]/g, "")) ? "" : qsTr("64 hexadecimal digits, as the server shows them when it starts.")
+                problem: root.connection.checkFingerprint(text)
                 field.onAccepted: root.signIn()
             }
             ActionButton {

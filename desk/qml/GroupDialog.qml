@@ -24,6 +24,7 @@ FormDialog {
         group = id;
         nameField.text = name;
         nameField.touched = false;
+        members.clearSearch();
         members.checkedIds = ids ? Array.from(ids) : [];
     }
 

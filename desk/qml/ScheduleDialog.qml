@@ -45,6 +45,8 @@ FormDialog {
                 at = i;
         }
         file.currentIndex = at;
+        onSpeakers.clearSearch();
+        onGroups.clearSearch();
         onSpeakers.checkedIds = record.networkAudioIDList ? Array.from(record.networkAudioIDList) : [];
         onGroups.checkedIds = record.groupIDList ? Array.from(record.groupIDList) : [];
     }

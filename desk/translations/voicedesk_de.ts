@@ -286,10 +286,6 @@
         <translation>Fingerabdruck des Serverzertifikats, für wss</translation>
     </message>
     <message>
-        <source>64 hexadecimal digits, as the server shows them when it starts.</source>
-        <translation>64 Hexadezimalziffern, wie sie der Server beim Start zeigt.</translation>
-    </message>
-    <message>
         <source>Sign in</source>
         <translation>Anmelden</translation>
     </message>
@@ -339,6 +335,10 @@
 </context>
 <context>
     <name>DeskConnection</name>
+    <message>
+        <source>64 hexadecimal digits, as the server shows them when it starts.</source>
+        <translation>64 Hexadezimalziffern, wie sie der Server beim Start zeigt.</translation>
+    </message>
     <message>
         <source>the server on this computer</source>
         <translation>der Server auf diesem Rechner</translation>
@@ -429,6 +429,10 @@
     <message>
         <source>the camera refuses the talk</source>
         <translation>die Kamera lehnt das Gespräch ab</translation>
+    </message>
+    <message>
+        <source>the server does not say which talk it has opened</source>
+        <translation>der Server sagt nicht, welches Gespräch er geöffnet hat</translation>
     </message>
     <message>
         <source>a setting of the camera is not allowed</source>

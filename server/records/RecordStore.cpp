@@ -5,9 +5,14 @@
 
 namespace {
 
-QString hostOf(const QString& address)
+/** The host of an address, "host:port" or a URL. */
+QString hostOf(const QString& text)
 {
-    return address.contains(QStringLiteral("://")) ? QUrl(address, QUrl::StrictMode).host() : address;
+    if (!QHostAddress(text).isNull()) {
+        return text;
+    }
+    const QString scheme = text.contains(QStringLiteral("://")) ? QString() : QStringLiteral("http://");
+    return QUrl(scheme + text, QUrl::StrictMode).host();
 }
 
 } // namespace

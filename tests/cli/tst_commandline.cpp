@@ -199,6 +199,8 @@ void TestCommandLine::refusals_data()
         << QStringList{"devices", "list", "--data", "a", "--data=b"} << "--data is given more than once";
     QTest::newRow("user of no server")
         << QStringList{"devices", "delete", "1", "--user", "anna"} << "--user is for another server";
+    QTest::newRow("secret of no server") << QStringList{"devices", "list", "--secret-file", ANNOUNCEMENT_WAV}
+                                         << "--secret-file is for another server";
     QTest::newRow("fingerprint of no server")
         << QStringList{"devices", "list", "--fingerprint", QString(64, 'a')}
         << "--fingerprint is for another";
@@ -258,6 +260,8 @@ void TestCommandLine::fullOutput_data()
     QTest::newRow("help") << QStringList{"--help"};
     QTest::newRow("a list") << QStringList{"devices", "list", "--json", "--data", "full"};
     QTest::newRow("cameras") << QStringList{"cameras"};
+    QTest::newRow("a server") << QStringList{"serve", "--listen",   "127.0.0.1:0", "--data",
+                                             "full",  "--add-user", "anna"};
 }
 
 void TestCommandLine::fullOutput()
@@ -269,6 +273,9 @@ void TestCommandLine::fullOutput()
     QProcess program;
     program.setWorkingDirectory(m_folder.path());
     program.setStandardOutputFile("/dev/full");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("VOICEDESK_SECRET", "password");
+    program.setProcessEnvironment(environment);
     program.start(QStringLiteral(PROGRAM_DIR "/voicedesk"), arguments);
     const ProgramRun result = ProgramRun::toTheEnd(program, 30000);
     QCOMPARE(result.status, 9);

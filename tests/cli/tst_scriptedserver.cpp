@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
 
 class TestScriptedServer : public QObject
@@ -21,6 +22,12 @@ private Q_SLOTS:
     void secondSpeakerNeverAnswers();
     void camerasUnderAnotherName();
     void speakerIsLost();
+    void packetsAreRefused_data();
+    void packetsAreRefused();
+    void lossComesBeforeRefusedPackets();
+    void namesInTables();
+    void talkWithoutToken_data();
+    void talkWithoutToken();
 
 private:
     using Replies = QList<WireMessage>;
@@ -190,6 +197,133 @@ void TestScriptedServer::speakerIsLost()
     const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
     QCOMPARE(report["devices"].toArray(), QJsonArray{1});
     QCOMPARE(report["lost"].toArray(), QJsonArray{2});
+}
+
+void TestScriptedServer::packetsAreRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<bool>("all"); // else the second packet alone
+    QTest::addColumn<QString>("notAccepted");
+    const QStringList talk{"talk", "--camera", "gate"};
+    const QStringList say{"say", "--device", "1"};
+    QTest::newRow("talk, all") << talk << true << "[1-9][0-9]* of";
+    QTest::newRow("talk, one") << talk << false << "1 of";
+    QTest::newRow("say, all") << say << true << "[1-9][0-9]* of";
+    QTest::newRow("say, one") << say << false << "1 of";
+}
+
+void TestScriptedServer::packetsAreRefused()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(bool, all);
+    QFETCH(QString, notAccepted);
+    int packets = 0;
+    const auto script = [&](const WireMessage& command) {
+        const bool opens = command.name.startsWith("StartTalk");
+        WireMessage reply =
+            ScriptedServer::replyTo(command, opens ? QVariant(QVariantMap{{"talkToken", "t"}}) : QVariant());
+        if (command.name == "TalkData" && (++packets == 2 || all)) {
+            reply.code = QStringLiteral("204");
+            reply.text = QStringLiteral("the disk is full");
+        }
+        if (command.name == "GetCamera") {
+            reply.payload = QVariantList{QVariantMap{{"camId", "gate"}, {"camName", "Gate"}}};
+        }
+        return Replies{reply};
+    };
+    const ProgramRun result =
+        runWith(arguments + QStringList{"--source", ANNOUNCEMENT_WAV, "--seconds", "1"}, script);
+    QVERIFY2(result.status == 4, qPrintable(QString::number(result.status) + result.err));
+    const QRegularExpression words(
+        notAccepted + " [0-9]+ packets of sound were not accepted: the disk is full \\(code 204\\)\n");
+    QVERIFY2(words.match(result.err).hasMatch(), qPrintable(result.err));
+    QVERIFY(packets > 1);
+    QVERIFY(!result.out.contains("not accepted 0"));
+}
+
+void TestScriptedServer::lossComesBeforeRefusedPackets()
+{
+    const auto script = [](const WireMessage& command) {
+        const bool opens = command.name.startsWith("StartTalk");
+        WireMessage reply =
+            ScriptedServer::replyTo(command, opens ? QVariant(QVariantMap{{"talkToken", "t"}}) : QVariant());
+        if (command.name != "TalkData") {
+            return Replies{reply};
+        }
+        WireMessage event;
+        event.kind = WireMessage::Event;
+        event.name = QStringLiteral("TalkTargetLost");
+        event.payload = QVariantMap{{"deviceID", 2}, {"error", "its line broke"}};
+        reply.code = QStringLiteral("203");
+        return Replies{event, reply};
+    };
+    const ProgramRun result =
+        runWith({"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--seconds", "0.5"}, script);
+    QVERIFY2(result.status == 6, qPrintable(QString::number(result.status) + result.err));
+}
+
+/** What controls the terminal or the direction of the text is shown in a table and a message, and in JSON as
+ * it is.
+ */
+void TestScriptedServer::namesInTables()
+{
+    const QString name = QStringLiteral("A\u202Eb\u2066c\u200Fd\u001Be\nf \u05D0\u200D");
+    const QString shown = QStringLiteral("A?b?c?d?e?f \u05D0\u200D");
+    const QVariantMap lists{
+        {"GetCamera", QVariantList{QVariantMap{{"camId", "gate"}, {"camName", name}, {"online", true}}}},
+        {"RetrieveIPAudioModel", QVariantList{QVariantMap{{"deviceID", 1}, {"deviceName", name}}}},
+        {"GetNetworkAudioGroup",
+         QVariantList{
+             QVariantMap{{"groupID", 1}, {"groupName", name}, {"networkAudioIDList", QVariantList{1}}}}}};
+    for (const QStringList& command :
+         {QStringList{"cameras"}, QStringList{"devices", "list"}, QStringList{"groups", "list"}}) {
+        const ProgramRun table = run(command, lists);
+        QVERIFY2(table.status == 0, qPrintable(table.err));
+        QVERIFY2(table.out.contains(shown), qPrintable(table.out));
+        QCOMPARE(table.out.count('\n'), 2);
+        const ProgramRun json = run(command + QStringList{"--json"}, lists);
+        const QJsonObject row = QJsonDocument::fromJson(json.out.toUtf8()).array().at(0).toObject();
+        QCOMPARE(row["name"].toString(), name);
+    }
+    const ProgramRun refused = runWith({"groups", "delete", "1"}, [&](const WireMessage& command) {
+        WireMessage reply = ScriptedServer::replyTo(command, lists.value(command.name));
+        if (command.name.startsWith("Delete")) {
+            reply.code = QStringLiteral("411");
+            reply.text = name;
+        }
+        return Replies{reply};
+    });
+    QCOMPARE(refused.status, 4);
+    QVERIFY2(refused.err.contains(shown + " (code 411)"), qPrintable(refused.err));
+}
+
+void TestScriptedServer::talkWithoutToken_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QVariant>("answer");
+    const QStringList talk{"talk", "--camera", "gate"};
+    const QStringList say{"say", "--device", "1"};
+    for (const QStringList& arguments : {talk, say}) {
+        QTest::addRow("%s, nothing", qPrintable(arguments[0])) << arguments << QVariant();
+        QTest::addRow("%s, empty", qPrintable(arguments[0]))
+            << arguments << QVariant(QVariantMap{{"camId", "gate"}, {"deviceID", 1}, {"talkToken", ""}});
+        QTest::addRow("%s, a list", qPrintable(arguments[0]))
+            << arguments << QVariant(QVariantMap{{"talkToken", QVariantList{1}}});
+    }
+}
+
+void TestScriptedServer::talkWithoutToken()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QVariant, answer);
+    const QVariantList cameras{QVariantMap{{"camId", "gate"}, {"camName", "Gate"}}};
+    const ProgramRun result =
+        run(arguments + QStringList{"--source", ANNOUNCEMENT_WAV, "--seconds", "1"},
+            {{"GetCamera", cameras}, {"StartTalk", answer}, {"StartTalkToIPAudio", answer}});
+    QVERIFY2(result.status == 4, qPrintable(QString::number(result.status) + result.err));
+    QVERIFY2(result.err.contains("the server's answer has no talk token"), qPrintable(result.err));
+    QVERIFY(!m_asked.contains("TalkData"));
+    QCOMPARE(result.out, QString());
 }
 
 QTEST_GUILESS_MAIN(TestScriptedServer)

@@ -13,6 +13,7 @@ class TestPluginHost : public QObject
 private Q_SLOTS:
     void loadsAndConnects();
     void carriesRepliesAndEvents();
+    void talkWithoutToken();
     void eventsThatAreNotForThePlugin();
     void linkThatRefuses();
     void requestsEndWithTheConnection();
@@ -82,6 +83,36 @@ void TestPluginHost::carriesRepliesAndEvents()
     QCOMPARE(talking.count(), 2);
     QCOMPARE(link.sent.last(), QStringLiteral("StopTalk"));
     QCOMPARE(replies.count(), 1);
+}
+
+/** The plug-in takes any success for an open talk. */
+void TestPluginHost::talkWithoutToken()
+{
+    TestLink link;
+    PluginHost host(link);
+    QVERIFY(host.load(pluginPath));
+    QSignalSpy camera(host.plugin(), SIGNAL(startTalkResponse(bool)));
+    QSignalSpy speaker(host.plugin(), SIGNAL(startTalkToIPAudioResponse(bool, QString, int)));
+    QSignalSpy replies(&host, &PluginHost::replyArrived);
+    Q_EMIT link.replied("StartTalk", QVariantMap{{"camId", "gate"}}, 0, "0", "");
+    QCOMPARE(camera.count(), 1);
+    QCOMPARE(camera[0][0], QVariant(false));
+    QCOMPARE(replies[0][1], QVariant("212"));
+    const auto ask = [&] {
+        QVERIFY(QMetaObject::invokeMethod(host.plugin(), "startTalkToIPAudio", Q_ARG(int, 42)));
+    };
+    ask();
+    Q_EMIT link.replied("StartTalkToIPAudio", QVariant(), link.lastRequest, "0", "");
+    QCOMPARE(speaker.takeFirst(), (QVariantList{false, "the server's answer has no talk token", 42}));
+    QCOMPARE(replies[1][1], QVariant("0"));
+    ask(); // what a server says itself stays
+    Q_EMIT link.replied("StartTalkToIPAudio", QVariantMap{{"error", "asleep"}}, link.lastRequest, "0", "");
+    QCOMPARE(speaker.takeFirst(), (QVariantList{false, "asleep", 42}));
+    QCOMPARE(host.plugin()->property("talking"), QVariant(false));
+    ask();
+    Q_EMIT link.replied("StartTalkToIPAudio", QVariantMap{{"talkToken", "t"}}, link.lastRequest, "0", "");
+    QCOMPARE(speaker.takeFirst(), (QVariantList{true, QString(), 42}));
+    QCOMPARE(host.plugin()->property("talking"), QVariant(true));
 }
 
 void TestPluginHost::eventsThatAreNotForThePlugin()

@@ -22,7 +22,8 @@ void TalkTest::init()
     m_targets = std::make_unique<TargetModel>();
     connect(m_host.get(), &PluginHost::commandSent, m_watch.get(), &RequestTimeouts::commandSent);
     connect(m_host.get(), &PluginHost::replyArrived, m_watch.get(), &RequestTimeouts::replyArrived);
-    m_talk = std::make_unique<TalkControl>(*m_plugin, *m_targets, *m_watch);
+    m_tail = std::make_unique<QTimer>();
+    m_talk = std::make_unique<TalkControl>(*m_plugin, *m_targets, *m_watch, m_tail.get());
     connect(m_host.get(), &PluginHost::commandSent, m_talk.get(),
             [this](const QString& command, const QVariant& payload) {
                 if (command == QLatin1String("TalkData")) {

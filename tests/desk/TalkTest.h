@@ -71,6 +71,7 @@ protected:
     std::unique_ptr<PluginClient> m_plugin;
     std::unique_ptr<RequestTimeouts> m_watch;
     std::unique_ptr<TargetModel> m_targets;
+    std::unique_ptr<QTimer> m_tail; ///< Of the talk key.
     std::unique_ptr<TalkControl> m_talk;
     QList<int> m_packets;
     double m_loudest = silence; ///< Of the packets sent, dBFS.

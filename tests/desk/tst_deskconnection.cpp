@@ -20,6 +20,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void signIn();
+    void malformedFingerprint();
     void wrongPassword();
     void serverThatIsNotThere();
     void serverThatGoesAndComesBack();
@@ -94,6 +95,29 @@ void TestDeskConnection::signIn()
     QVERIFY(desk.shows("Connected: the server on this computer"));
     desk.page("talk");
     QVERIFY(desk.control("Front gate"));
+}
+
+void TestDeskConnection::malformedFingerprint()
+{
+    WindowFixture desk;
+    DeskConnection& connection = *desk.desk().connection();
+    QTRY_VERIFY(connection.isOnline());
+    desk.page("connection");
+    desk.fill("serverUser", "anna");
+    desk.fill("serverSecret", "right");
+    desk.fill("serverFingerprint", "aa:bb:cc");
+    QVERIFY(desk.shows("64 hexadecimal digits"));
+    desk.fill("serverUrl", QString("ws://127.0.0.1:%1").arg(m_door->url().port()));
+    desk.key(Qt::Key_Return); // of the address, which is right
+    QVERIFY(!desk.item("signIn")->isEnabled());
+    const QString url = QString("ws://127.0.0.1:%1").arg(m_door->url().port());
+    QVERIFY(!connection.useRemote(url, "anna", "right", QString(63, 'a')));
+    QVERIFY(!connection.useRemote(url, "anna", "right", QString(64, 'g')));
+    QVERIFY(!connection.useRemote("http://nonsense", "anna", "right", QString()));
+    QVERIFY(connection.isLocal() && connection.isOnline()); // nothing has changed
+    const QString digits(64, 'A');
+    QVERIFY(connection.useRemote(url, "anna", "right", digits.left(32) + ": " + digits.mid(32)));
+    QCOMPARE(connection.fingerprint(), digits.toLower());
 }
 
 void TestDeskConnection::wrongPassword()

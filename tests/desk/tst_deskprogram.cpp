@@ -6,8 +6,12 @@
 #include "tests/support/WavFiles.h"
 
 #include <QDir>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -37,6 +41,11 @@ private:
     static void end(QProcess& program);
     static QByteArray xdotool(const QStringList& arguments);
     static void keys(const QStringList& names) { xdotool(QStringList{"key", "--delay", "60"} + names); }
+
+    /** Presses keys; returns whether the screen has changed after a while, and has come to rest. */
+    static bool keysChangeTheScreen(const QStringList& names);
+    /** Returns whether a program has a file open. */
+    static bool hasOpen(const QProcess& program, const QString& path);
 
     /** The texts of a query on the records while the program has them open. */
     QStringList stored(const char* query) const;
@@ -78,6 +87,31 @@ QByteArray TestDeskProgram::xdotool(const QStringList& arguments)
         process.waitForFinished();
     }
     return process.readAllStandardOutput().trimmed();
+}
+
+bool TestDeskProgram::keysChangeTheScreen(const QStringList& names)
+{
+    const auto screen = [] { return QGuiApplication::primaryScreen()->grabWindow(0).toImage(); };
+    const QImage before = screen();
+    keys(names);
+    QImage last = before;
+    return QTest::qWaitFor(
+        [&] {
+            const QImage now = screen();
+            const bool atRest = now == last && now != before;
+            last = now;
+            return atRest;
+        },
+        20000);
+}
+
+bool TestDeskProgram::hasOpen(const QProcess& program, const QString& path)
+{
+    const QDir open(QStringLiteral("/proc/%1/fd").arg(program.processId()));
+    const QFileInfoList files = open.entryInfoList(QDir::Files | QDir::System);
+    const QString file = QFileInfo(path).canonicalFilePath();
+    return std::any_of(files.begin(), files.end(),
+                       [&](const QFileInfo& each) { return each.symLinkTarget() == file; });
 }
 
 std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options, const char* data)
@@ -127,14 +161,10 @@ void TestDeskProgram::talkByKeys()
                            [](std::int16_t sample) { return std::abs(sample) > 3000; });
     };
     QTRY_VERIFY_WITH_TIMEOUT(recorded(), 20000);
+    const QString recording = recordings.filePath(recordings.entryList({"camera-1*.wav"}).first());
+    QVERIFY(hasOpen(*program, recording));
     xdotool({"keyup", "space"});
-    QTest::qWait(1000);
-    const auto size = [&] {
-        return QFileInfo(recordings.filePath(recordings.entryList({"camera-1*.wav"}).first())).size();
-    };
-    const qint64 ended = size();
-    QTest::qWait(500);
-    QCOMPARE(size(), ended); // the talk is over
+    QTRY_VERIFY_WITH_TIMEOUT(!hasOpen(*program, recording), 20000); // the talk is over
     QCOMPARE(program->state(), QProcess::Running);
     end(*program);
 }
@@ -143,8 +173,8 @@ void TestDeskProgram::recordsOutliveTheProgram()
 {
     auto program = start();
     QVERIFY(program);
-    keys({"ctrl+2", "ctrl+n"});
-    QTest::qWait(600); // the dialog comes up
+    QVERIFY(keysChangeTheScreen({"ctrl+2"}));
+    QVERIFY(keysChangeTheScreen({"ctrl+n"})); // the dialog is there
     xdotool({"type", "--delay", "40", "Hall"});
     keys({"Tab"});
     xdotool({"type", "--delay", "40", "10.0.0.7"});
@@ -210,6 +240,8 @@ void TestDeskProgram::wrongUsage_data()
     QTest::addColumn<QByteArray>("message");
     QTest::newRow("unknown") << QStringList{"--colour"} << 1 << QByteArray();
     QTest::newRow("argument") << QStringList{"talk"} << 1 << QByteArray();
+    QTest::newRow("secret of no server") << QStringList{"--secret-file", "/dev/null"} << 1
+                                         << QByteArray("--secret-file is for another server");
     QTest::newRow("server") << QStringList{"--server", "http://nowhere"} << 1 << QByteArray();
     // Qt has an option of this name, too.
     QTest::newRow("plug-in") << QStringList{"--plugin", "/nonexistent", "--data", m_folder.filePath("none")}
@@ -246,7 +278,7 @@ int main(int argc, char** argv)
     if (!display.ready()) {
         qFatal("Xvfb does not start. Is the package xvfb installed?");
     }
-    QCoreApplication application(argc, argv);
+    const QGuiApplication application(argc, argv);
     TestDeskProgram test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -9,6 +9,7 @@ class TestLinkSwitch : public QObject
 
 private Q_SLOTS:
     void hostAsksForItself();
+    void namesAreMadePrintable();
     void anotherServer();
 };
 
@@ -64,6 +65,30 @@ void TestLinkSwitch::hostAsksForItself()
     QCOMPARE(replied.size(), 1);
     Q_EMIT inner->replied("GetCamera", QVariantList(), request + 1, "0", QString()); // not what was asked
     QCOMPARE(listed.size(), 1);
+}
+
+void TestLinkSwitch::namesAreMadePrintable()
+{
+    LinkSwitch link;
+    auto made = std::make_unique<TestLink>();
+    TestLink* inner = made.get();
+    link.use(std::move(made));
+    QSignalSpy listed(&link, &LinkSwitch::camerasListed);
+    QSignalSpy replied(&link, &ServerLink::replied);
+    QSignalSpy raised(&link, &ServerLink::eventRaised);
+    const QString hostile = QStringLiteral("Ga\u202Ete");
+    Q_EMIT inner->connected();
+    Q_EMIT inner->replied("GetCamera", QVariantList{QVariantMap{{"camId", hostile}, {"camName", hostile}}},
+                          inner->lastRequest, "0", QString());
+    QCOMPARE(listed[0][0].toList(), (QVariantList{QVariantMap{{"camId", hostile}, {"camName", "Ga?te"}}}));
+    Q_EMIT inner->replied("RetrieveIPAudioModel",
+                          QVariantList{QVariantMap{{"deviceName", hostile}, {"password", hostile}}}, 1000000,
+                          "0", hostile);
+    QCOMPARE(replied[0][1].value<QVariant>().toList(),
+             (QVariantList{QVariantMap{{"deviceName", "Ga?te"}, {"password", hostile}}}));
+    QCOMPARE(replied[0][4].toString(), QString("Ga?te"));
+    Q_EMIT inner->eventRaised("TalkTargetLost", QVariantMap{{"Token", hostile}, {"error", hostile}});
+    QCOMPARE(raised[0][1].value<QVariant>().toMap(), (QVariantMap{{"Token", hostile}, {"error", "Ga?te"}}));
 }
 
 void TestLinkSwitch::anotherServer()

@@ -30,15 +30,18 @@ void TestPushToTalk::heldKey()
     m_talk->press();
     m_link->answer("StartTalk", QVariantMap{{"camId", "gate"}, {"talkToken", "t"}});
     QVERIFY(talking());
+    QVERIFY(!m_tail->isActive());
     m_talk->release();
     QVERIFY(talking()); // the last sound goes out
+    QVERIFY(m_tail->isActive());
+    QCOMPARE(m_tail->interval(), 400);
     QTRY_VERIFY(!talking());
     QCOMPARE(m_talk->phase(), TalkControl::Idle);
     // A talk that the button opened does not end with the key.
     openCamera();
     m_talk->press();
     m_talk->release();
-    QTest::qWait(600);
+    QVERIFY(!m_tail->isActive());
     QCOMPARE(m_talk->phase(), TalkControl::Talking);
 }
 
@@ -49,7 +52,7 @@ void TestPushToTalk::keyTwiceInHaste()
     m_link->answer("StartTalk", QVariantMap{{"camId", "gate"}, {"talkToken", "t"}});
     m_talk->release();
     m_talk->press(); // the same talk goes on
-    QTest::qWait(600);
+    QVERIFY(!m_tail->isActive());
     QVERIFY(talking());
     QCOMPARE(m_link->sent.count("StartTalk"), 1);
     m_talk->release();

@@ -2,6 +2,7 @@
 
 #include "server/access/ServerCertificate.h"
 #include "tests/embedded/SocketHarness.h"
+#include "tests/embedded/TrustedCertificate.h"
 #include "tests/support/FileReaders.h"
 #include "tests/support/FullDisk.h"
 
@@ -17,6 +18,8 @@ private Q_SLOTS:
     void keyAloneGetsACertificate();
     void tlsWithAFingerprint();
     void tlsWithAnotherFingerprint();
+    void trustedCertificateIsComparedToo();
+    void noCertificateToCompare();
 
 private:
     QTemporaryDir m_folder;
@@ -116,6 +119,46 @@ void TestCertificates::tlsWithAnotherFingerprint()
         QVERIFY(waitFor([&] { return !link.lost.isEmpty(); }));
         QVERIFY(link.connected.isEmpty());
     }
+}
+
+/** Whoever has a certificate of some authority is not the server that the fingerprint is of. */
+void TestCertificates::trustedCertificateIsComparedToo()
+{
+    ServerHarness harness;
+    const TrustedCertificate trusted;
+    QVERIFY(!trusted.made.certificate.isNull() && !trusted.made.key.isNull());
+    SocketServer server(*harness.server, config(), &trusted.made);
+    QVERIFY(server.listen());
+    const QString right = ServerCertificate::fingerprint(trusted.made.certificate);
+    for (const QString& fingerprint : {QString(), right}) {
+        SocketLinkConfig pinned = to(server);
+        pinned.fingerprint = fingerprint;
+        OpenedLink link(pinned);
+        QVERIFY2(link.isUp(), qPrintable(fingerprint));
+    }
+    SocketLinkConfig pinned = to(server);
+    pinned.fingerprint = QString(64, '0');
+    OpenedLink link(pinned);
+    QVERIFY(waitFor([&] { return !link.lost.isEmpty(); }));
+    QCOMPARE(
+        link.lost[0][0].toString(),
+        QString("its certificate has the fingerprint %1, expected was %2").arg(right, pinned.fingerprint));
+    QVERIFY(waitFor([&] { return link.lost.size() > 1; })); // another attempt, with the same end
+    QCOMPARE(link.lost[1], link.lost[0]);
+    QVERIFY(link.connected.isEmpty());
+}
+
+void TestCertificates::noCertificateToCompare()
+{
+    ServerHarness harness;
+    SocketServer server(*harness.server, config(), nullptr);
+    QVERIFY(server.listen());
+    SocketLinkConfig pinned = to(server);
+    pinned.fingerprint = QString(64, '0');
+    OpenedLink link(pinned);
+    QVERIFY(waitFor([&] { return !link.lost.isEmpty(); }));
+    QVERIFY(link.lost[0][0].toString().startsWith("it shows no certificate"));
+    QVERIFY(link.connected.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestCertificates)

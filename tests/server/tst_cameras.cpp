@@ -398,6 +398,8 @@ void TestCameras::passwordsStayWithTheirHost_data()
     row("the name in capitals", "gate.example", address("Gate.Example"), "secret");
     row("another form of an address", "fe80::1", address("FE80:0::1"), "secret");
     row("a stream of the host", "10.0.0.9", address("rtsp://10.0.0.9:8554/talk"), "secret");
+    row("a port of the host", "10.0.0.9", address("10.0.0.9:8080"), "secret");
+    row("a port of another host", "10.0.0.9:8080", address("10.0.0.8:8080"), "");
     row("another stream", "rtsp://gate.example/1", address("rtsps://gate.example:322/2"), "secret");
     row("a stream of another host", "rtsp://10.0.0.9/1", address("rtsp://10.0.0.8/1"), "");
     row("a host behind a user", "rtsp://10.0.0.9/1", address("rtsp://10.0.0.9@10.0.0.8/1"), "");
