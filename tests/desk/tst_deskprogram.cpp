@@ -173,7 +173,7 @@ void TestDeskProgram::recordsOutliveTheProgram()
 {
     auto program = start();
     QVERIFY(program);
-    QVERIFY(keysChangeTheScreen({"ctrl+2"}));
+    QVERIFY(keysChangeTheScreen({"ctrl+3"}));
     QVERIFY(keysChangeTheScreen({"ctrl+n"})); // the dialog is there
     xdotool({"type", "--delay", "40", "Hall"});
     keys({"Tab"});
@@ -193,7 +193,7 @@ void TestDeskProgram::fileIsChosen()
 {
     const auto program = start();
     QVERIFY(program);
-    keys({"ctrl+3", "ctrl+n"});
+    keys({"ctrl+4", "ctrl+n"});
     const QByteArray dialog =
         xdotool({"search", "--sync", "--onlyvisible", "--name", "Send audio files to the server"});
     QVERIFY(!dialog.isEmpty());
