@@ -93,6 +93,12 @@ LineRefusal LineRefusal::other(GstMessage* error)
                                          : QString::fromUtf8(failure.error->message))};
 }
 
+LineRefusal LineRefusal::untrusted()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera's certificate is signed by nobody whom this server trusts")};
+}
+
 LineRefusal LineRefusal::noLoudspeaker()
 {
     return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};

@@ -21,6 +21,9 @@ struct LineRefusal
     /** Returns what is left when nothing better is known than an error message of rtspsrc. */
     static LineRefusal other(GstMessage* error);
 
+    /** The camera's certificate is signed by nobody whom this machine trusts. */
+    static LineRefusal untrusted();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

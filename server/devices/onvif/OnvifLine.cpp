@@ -232,6 +232,10 @@ void OnvifLine::handleError(GstMessage* message)
         lose(QStringLiteral("the line to the camera is cut"));
         return;
     }
+    if (m_session->isUntrusted()) {
+        refuse(LineRefusal::untrusted());
+        return;
+    }
     const auto choice = m_session->choice();
     const auto refusal = LineRefusal::of(message, choice ? &*choice : nullptr, m_camera.settings.talkCodec);
     if (refusal) {

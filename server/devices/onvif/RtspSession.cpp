@@ -167,11 +167,13 @@ void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* ele
     }
 }
 
+/** Asked when a certificate is not trusted, before anything is sent. */
 gboolean RtspSession::onCertificate(GstElement* /*source*/, GTlsConnection* /*connection*/,
                                     GTlsCertificate* /*certificate*/, GTlsCertificateFlags /*errors*/,
                                     RtspSession* session)
 {
-    return session->m_camera.settings.anyCertificate ? TRUE : FALSE;
+    session->m_untrusted = !session->m_camera.settings.anyCertificate;
+    return session->m_untrusted ? FALSE : TRUE;
 }
 
 /** Takes a packet of the camera; on a streaming thread. */

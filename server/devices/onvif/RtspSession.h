@@ -10,6 +10,7 @@
 #include <gio/gio.h>
 #include <gst/gst.h>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -61,6 +62,9 @@ public:
     /** Returns what was chosen from the camera's description; empty before it came. */
     std::optional<StreamChoice> choice() const;
 
+    /** Whether the camera's certificate was not trusted, which ends the session. */
+    bool isUntrusted() const { return m_untrusted; }
+
     /**
      * Sends one packet to the stream that was chosen for talks, when the session plays. May wait for the
      * camera, until stop. Any thread; not after the destructor began.
@@ -91,6 +95,8 @@ private:
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
     std::unique_ptr<RtpDecoder> m_decoder;
+
+    std::atomic<bool> m_untrusted{false};
 
     // Of what is pushed.
     std::uint16_t m_sequence = 0;
