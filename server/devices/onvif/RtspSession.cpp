@@ -1,5 +1,6 @@
 #include "server/devices/onvif/RtspSession.h"
 
+#include "server/devices/onvif/HandOver.h"
 #include "server/devices/onvif/RtpSample.h"
 
 #include <gst/app/gstappsink.h>
@@ -68,6 +69,7 @@ bool RtspSession::start(bool backchannel)
     g_signal_connect(source, "new-manager", G_CALLBACK(&RtspSession::onManager), this);
     g_signal_connect(source, "deep-element-added", G_CALLBACK(&RtspSession::onElement), this);
     g_signal_connect(source, "accept-certificate", G_CALLBACK(&RtspSession::onCertificate), this);
+    HandOver::give(this);
     return gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
 }
 
@@ -102,11 +104,13 @@ void RtspSession::stop()
 {
     if (m_pipeline) {
         gst_element_set_state(m_pipeline.get(), GST_STATE_NULL); // frees who waits in push
+        HandOver::take(this);
     }
 }
 
 void RtspSession::onDescription(GstElement* /*source*/, GstSDPMessage* description, RtspSession* session)
 {
+    const HandOver::Scope scope(session);
     const std::lock_guard<std::mutex> lock(session->m_mutex);
     session->m_choice =
         StreamChoice::of(SdpFormats::soundsOf(description), session->m_camera.settings.talkCodec);
@@ -115,12 +119,14 @@ void RtspSession::onDescription(GstElement* /*source*/, GstSDPMessage* descripti
 /** Whether a section of the description is to be set up. */
 gboolean RtspSession::onStream(GstElement* /*source*/, guint stream, GstCaps* /*caps*/, RtspSession* session)
 {
+    const HandOver::Scope scope(session);
     const auto choice = session->choice();
     return choice && choice->wants(stream) ? TRUE : FALSE;
 }
 
 void RtspSession::onPad(GstElement* /*source*/, GstPad* pad, RtspSession* session)
 {
+    const HandOver::Scope scope(session);
     GstElement* sink = gst_element_factory_make("appsink", nullptr);
     const GstPtr<GstCaps> caps(gst_pad_get_current_caps(pad));
     if (sink == nullptr || !caps || gst_caps_get_size(caps.get()) == 0) {
@@ -155,13 +161,17 @@ void RtspSession::onPad(GstElement* /*source*/, GstPad* pad, RtspSession* sessio
 /** RTCP of the camera is a sign of life, too. */
 void RtspSession::onManager(GstElement* /*source*/, GstElement* manager, RtspSession* session)
 {
-    const auto active = +[](GstElement*, guint, guint, RtspSession* to) { to->m_listener.sessionIsAlive(); };
+    const auto active = +[](GstElement*, guint, guint, RtspSession* to) {
+        const HandOver::Scope scope(to);
+        to->m_listener.sessionIsAlive();
+    };
     g_signal_connect(manager, "on-ssrc-active", G_CALLBACK(active), session);
 }
 
 /** Marks what leaves by UDP. */
 void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* element, RtspSession* session)
 {
+    const HandOver::Scope scope(session);
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "qos-dscp") != nullptr) {
         g_object_set(element, "qos-dscp", session->m_camera.settings.dscp, nullptr);
     }
@@ -172,6 +182,7 @@ gboolean RtspSession::onCertificate(GstElement* /*source*/, GTlsConnection* /*co
                                     GTlsCertificate* /*certificate*/, GTlsCertificateFlags /*errors*/,
                                     RtspSession* session)
 {
+    const HandOver::Scope scope(session);
     session->m_untrusted = !session->m_camera.settings.anyCertificate;
     return session->m_untrusted ? FALSE : TRUE;
 }
@@ -179,6 +190,7 @@ gboolean RtspSession::onCertificate(GstElement* /*source*/, GTlsConnection* /*co
 /** Takes a packet of the camera; on a streaming thread. */
 void RtspSession::hear(GstSample* sample)
 {
+    const HandOver::Scope scope(this);
     m_listener.sessionIsAlive();
     const auto voice = RtpSample::read(sample);
     std::vector<VoicePacket> packets;
