@@ -60,6 +60,10 @@ bool RtspSession::start(bool backchannel)
                  "udp-reconnect", FALSE, "tcp-timeout",
                  count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
                  guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
+    if (m_camera.address.startsWith(QLatin1String("rtsps:"), Qt::CaseInsensitive)) {
+        g_object_set(source, "do-rtcp", FALSE,
+                     nullptr); // the same as in stop: a report may be interrupted, too
+    }
     gst_util_set_object_arg(G_OBJECT(source), "backchannel", backchannel ? "onvif" : "none");
     gst_util_set_object_arg(G_OBJECT(source), "protocols",
                             settings.transport == CameraTransport::Udp ? "udp" : "tcp");
@@ -68,6 +72,7 @@ bool RtspSession::start(bool backchannel)
     g_signal_connect(source, "pad-added", G_CALLBACK(&RtspSession::onPad), this);
     g_signal_connect(source, "new-manager", G_CALLBACK(&RtspSession::onManager), this);
     g_signal_connect(source, "deep-element-added", G_CALLBACK(&RtspSession::onElement), this);
+    g_signal_connect(source, "before-send", G_CALLBACK(&RtspSession::onRequest), this);
     g_signal_connect(source, "accept-certificate", G_CALLBACK(&RtspSession::onCertificate), this);
     HandOver::give(this);
     return gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
@@ -87,25 +92,54 @@ std::optional<StreamChoice> RtspSession::choice() const
 void RtspSession::push(const RtpPayload& payload)
 {
     const auto chosen = choice();
-    if (!chosen || !chosen->talkFormat) {
+    if (!chosen || !chosen->talkFormat || !beginToPush()) {
         return;
     }
     GstSample* sample =
         RtpSample::make(payload, {chosen->talkFormat->payloadType, m_sequence++, m_timeOffset, m_ssrc});
-    if (sample == nullptr) {
-        return;
+    if (sample != nullptr) {
+        GstFlowReturn flow = GST_FLOW_OK;
+        // This action takes the reference to the sample. Of "push-backchannel-sample" only some versions do.
+        g_signal_emit_by_name(m_source.get(), "push-backchannel-buffer", chosen->talkStream, sample, &flow);
     }
-    GstFlowReturn flow = GST_FLOW_OK;
-    // This action takes the reference to the sample. Of "push-backchannel-sample" only some versions do.
-    g_signal_emit_by_name(m_source.get(), "push-backchannel-buffer", chosen->talkStream, sample, &flow);
+    endPushing();
 }
 
+/**
+ * Ends the session. rtspsrc interrupts what is being sent, and asks the camera to end the session over the
+ * same connection: behind half a packet that is no request, and with TLS, where a half record must be
+ * completed first, its library ends the program. So what is being pushed is sent before, when the camera
+ * takes it in time.
+ */
 void RtspSession::stop()
 {
     if (m_pipeline) {
+        m_isMute = !endPushes();
         gst_element_set_state(m_pipeline.get(), GST_STATE_NULL); // frees who waits in push
         HandOver::take(this);
     }
+}
+
+bool RtspSession::beginToPush()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isPushing = !m_isStopping;
+    return m_isPushing;
+}
+
+void RtspSession::endPushing()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isPushing = false;
+    m_pushed.notify_all();
+}
+
+/** Lets nobody begin to push any more; false when somebody still does after a while. */
+bool RtspSession::endPushes()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_isStopping = true;
+    return m_pushed.wait_for(lock, m_config.teardown, [this] { return !m_isPushing; });
 }
 
 void RtspSession::onDescription(GstElement* /*source*/, GstSDPMessage* description, RtspSession* session)
@@ -175,6 +209,15 @@ void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* ele
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "qos-dscp") != nullptr) {
         g_object_set(element, "qos-dscp", session->m_camera.settings.dscp, nullptr);
     }
+}
+
+/** Whether a request may be sent. A PAUSE would only be interrupted by the TEARDOWN that follows it. */
+gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request, RtspSession* session)
+{
+    const HandOver::Scope scope(session);
+    GstRTSPMethod method = GST_RTSP_INVALID;
+    gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
+    return method == GST_RTSP_PAUSE || session->m_isMute ? FALSE : TRUE;
 }
 
 /** Asked when a certificate is not trusted, before anything is sent. */

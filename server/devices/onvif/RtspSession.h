@@ -9,8 +9,10 @@
 
 #include <gio/gio.h>
 #include <gst/gst.h>
+#include <gst/rtsp/gstrtspmessage.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -67,11 +69,14 @@ public:
 
     /**
      * Sends one packet to the stream that was chosen for talks, when the session plays. May wait for the
-     * camera, until stop. Any thread; not after the destructor began.
+     * camera, until stop. One thread at a time; not after the destructor began.
      */
     void push(const RtpPayload& payload);
 
-    /** Ends the session with a TEARDOWN, which the camera has a short time to answer. */
+    /**
+     * Ends the session with a TEARDOWN, which the camera has a short time to answer; without one when the
+     * camera has not taken by then what is being pushed.
+     */
     void stop();
 
 private:
@@ -80,9 +85,13 @@ private:
     static void onPad(GstElement* source, GstPad* pad, RtspSession* session);
     static void onManager(GstElement* source, GstElement* manager, RtspSession* session);
     static void onElement(GstBin* bin, GstBin* parent, GstElement* element, RtspSession* session);
+    static gboolean onRequest(GstElement* source, GstRTSPMessage* request, RtspSession* session);
     static gboolean onCertificate(GstElement* source, GTlsConnection* connection,
                                   GTlsCertificate* certificate, GTlsCertificateFlags errors,
                                   RtspSession* session);
+    bool beginToPush();
+    void endPushing();
+    bool endPushes();
     void hear(GstSample* sample);
 
     const CameraRecord& m_camera;
@@ -95,8 +104,12 @@ private:
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
     std::unique_ptr<RtpDecoder> m_decoder;
+    bool m_isPushing = false;  ///< Somebody is in push.
+    bool m_isStopping = false; ///< Nobody may begin to push.
+    std::condition_variable m_pushed;
 
     std::atomic<bool> m_untrusted{false};
+    std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
 
     // Of what is pushed.
     std::uint16_t m_sequence = 0;

@@ -2,7 +2,12 @@
 
 #include "protocol/ServerReply.h"
 #include "server/access/ServerCertificate.h"
+#include "server/devices/onvif/RtspSession.h"
 #include "tests/server/onvif/TalkProbe.h"
+
+#include <atomic>
+#include <thread>
+#include <utility>
 
 class TestOnvifTls : public QObject
 {
@@ -13,6 +18,8 @@ private Q_SLOTS:
     void refusesACertificateThatNobodyTrusts();
     void takesAnyCertificateWhenItIsSet();
     void asksASilentCamera();
+    void endsWhileItSends_data();
+    void endsWhileItSends();
     void refusesACameraWithoutTls();
 
 private:
@@ -78,6 +85,59 @@ void TestOnvifTls::asksASilentCamera()
     QVERIFY(probe.say(20));
     QCOMPARE(probe.lostAfter, qint64{-1});
     QVERIFY(probe.close());
+}
+
+void TestOnvifTls::endsWhileItSends_data()
+{
+    QTest::addColumn<bool>("hangs");
+    QTest::newRow("to a camera that reads") << false;
+    QTest::newRow("to a camera that reads nothing") << true;
+}
+
+/** A packet that is half sent would, with the next request, make the TLS library end the program. */
+void TestOnvifTls::endsWhileItSends()
+{
+    QFETCH(bool, hangs);
+    struct : RtspSessionListener
+    {
+        void sessionIsAlive() override { isAlive = true; }
+        void sessionSpoke(const VoicePacket& /*packet*/) override {}
+        std::atomic<bool> isAlive{false};
+    } listener;
+    TestCamera camera(options());
+    const CameraRecord record{"1",    "Gate",   onvifKind(),     camera.address("rtsps"),
+                              "anna", "secret", m_anyCertificate};
+    for (int round = 1; round <= (hangs ? 1 : 8); ++round) {
+        RtspSession session(record, OnvifConfig(), listener);
+        listener.isAlive = false;
+        QVERIFY(session.start(true));
+        QTRY_VERIFY(listener.isAlive);
+        if (hangs) {
+            camera.stop();
+        }
+        std::atomic<int> pushed{0};
+        std::atomic<bool> hasStopped{false};
+        std::thread sender([&] {
+            while (!hasStopped) {
+                session.push({QByteArray(1400, 'x'), 0, false, 20});
+                ++pushed;
+            }
+        });
+        int before = -1;
+        // A camera that reads nothing is waited for.
+        const bool isSending = TalkProbe::waitFor(
+            [&] { return hangs ? std::exchange(before, pushed.load()) == pushed : pushed > round * 3; });
+        QElapsedTimer clock;
+        clock.start();
+        session.stop();
+        const qint64 elapsed = clock.elapsed();
+        hasStopped = true;
+        sender.join();
+        QVERIFY(isSending);
+        QVERIFY2(elapsed < 1500, qPrintable(QString::number(elapsed)));
+        QVERIFY(hangs || !camera.waitFor(QString("closed %1").arg(round)).isEmpty());
+        QVERIFY(hangs || camera.count("teardown") == round);
+    }
 }
 
 void TestOnvifTls::refusesACameraWithoutTls()
