@@ -19,7 +19,7 @@ pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)
 
 # Of talks to real cameras, where it is there.
 pkg_check_modules(GSTREAMER QUIET IMPORTED_TARGET
-    gstreamer-1.0>=1.18 gstreamer-app-1.0 gstreamer-rtp-1.0 gstreamer-sdp-1.0)
+    gstreamer-1.0>=1.18 gstreamer-app-1.0 gstreamer-rtp-1.0 gstreamer-rtsp-1.0 gstreamer-sdp-1.0)
 option(VOICEDESK_ONVIF "Talk to ONVIF cameras (needs GStreamer)" ${GSTREAMER_FOUND})
 if(VOICEDESK_ONVIF AND NOT GSTREAMER_FOUND)
     message(FATAL_ERROR "VOICEDESK_ONVIF needs the development files of GStreamer 1.18 or newer and its base plug-ins")

@@ -1,20 +1,16 @@
 #pragma once
 
 #include "server/devices/CameraBackend.h"
-#include "server/devices/onvif/GstPtr.h"
+#include "server/devices/onvif/LineRefusal.h"
 #include "server/devices/onvif/LineWatchdog.h"
 #include "server/devices/onvif/OnvifConfig.h"
-#include "server/devices/onvif/RtpDecoder.h"
-#include "server/devices/onvif/SdpFormats.h"
+#include "server/devices/onvif/RtspSession.h"
 #include "server/devices/onvif/TalkRecorder.h"
 #include "server/devices/onvif/TalkSender.h"
-
-#include <gio/gio.h>
 
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <optional>
 
 /** Who hears how a line goes. Called on threads of the line, one at a time; the calls must not block. */
 class LineListener
@@ -41,14 +37,15 @@ public:
 };
 
 /**
- * One RTSP session with a camera, with its audio backchannel (ONVIF Streaming Specification, clause 5.3).
+ * A talk's line to a camera by RTSP, with its audio backchannel (ONVIF Streaming Specification, clause 5.3):
+ * it opens or is refused, is watched, and ends.
  *
- *   say --> TalkSender --> rtspsrc "push-backchannel-buffer" --> camera
- *   lineSpoke <-- RtpDecoder <-- appsink <-- rtspsrc <-- camera
+ *   say --> TalkSender --> RtspSession --> camera
+ *   lineSpoke <-- RtspSession <-- camera
  *
  * Whatever may block happens on the line's own thread, which runs run to the end, or on those of GStreamer.
  */
-class OnvifLine
+class OnvifLine : private RtspSessionListener
 {
 public:
     /**
@@ -56,7 +53,7 @@ public:
      * @param listener outlives the line, or is forgotten before
      */
     OnvifLine(CameraRecord camera, const OnvifConfig& config, LineListener& listener);
-    ~OnvifLine();
+    ~OnvifLine() override;
     OnvifLine(const OnvifLine&) = delete;
     OnvifLine& operator=(const OnvifLine&) = delete;
 
@@ -81,15 +78,18 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    void sessionIsAlive() override;
+    void sessionSpoke(const VoicePacket& packet) override;
+
     template<class Call>
     void report(Call call);
-    void refuse(const QString& returnCode, const QString& reason);
+    void refuse(const LineRefusal& refusal);
     void lose(const QString& reason);
-    void refuseCodec();
 
-    bool build(bool backchannel);
+    bool startSession(bool backchannel);
     void takeDown();
     void watch();
+    void watchOpen(Clock::time_point now);
     void handle(GstMessage* message);
     void handleError(GstMessage* message);
     bool describesItself();
@@ -98,16 +98,6 @@ private:
     void keepRecording();
     void dropRecorder();
     void adjustSockets();
-
-    static void onDescription(GstElement* source, GstSDPMessage* description, OnvifLine* line);
-    static gboolean onStream(GstElement* source, guint stream, GstCaps* caps, OnvifLine* line);
-    static void onPad(GstElement* source, GstPad* pad, OnvifLine* line);
-    static void onManager(GstElement* source, GstElement* manager, OnvifLine* line);
-    static void onElement(GstBin* bin, GstBin* parent, GstElement* element, OnvifLine* line);
-    static gboolean onCertificate(GstElement* source, GTlsConnection* connection,
-                                  GTlsCertificate* certificate, GTlsCertificateFlags errors, OnvifLine* line);
-    void hear(GstSample* sample);
-    void send(const RtpPayload& payload);
 
     enum class State
     {
@@ -123,26 +113,15 @@ private:
     LineListener* m_listener;
 
     // Of the line's thread.
-    GstPtr<GstElement> m_pipeline;
-    GstPtr<GstElement> m_source; ///< The rtspsrc.
+    std::unique_ptr<RtspSession> m_session;
     State m_state = State::Opening;
     Clock::time_point m_deadline; ///< For the line to open, or to be ready.
     LineWatchdog m_watchdog;
 
-    std::mutex m_streams; ///< Guards what GStreamer's threads share with the line's.
-    bool m_described = false;
-    bool m_hasLoudspeaker = false;
-    std::optional<RtpFormat> m_talkFormat;
-    unsigned m_talkStream = 0;
-    std::vector<SdpFormats::Sound> m_sounds;
-    std::optional<unsigned> m_heardStream;
-    std::unique_ptr<RtpDecoder> m_decoder;
+    std::mutex m_streams; ///< Guards what other threads use, too.
     std::unique_ptr<TalkSender> m_sender;
     std::unique_ptr<TalkRecorder> m_recorder; ///< Null when no talks are kept.
 
     std::atomic<bool> m_closing{false};
     std::atomic<bool> m_ended{false};
-    std::uint16_t m_sequence = 0; ///< Of the sender's thread.
-    std::uint32_t m_ssrc = 0;
-    std::uint32_t m_timeOffset = 0;
 };

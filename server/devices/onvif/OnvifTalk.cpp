@@ -29,6 +29,7 @@ OnvifTalk::OnvifTalk(const CameraRecord& camera, const OnvifConfig& config, Line
       m_line(std::make_shared<OnvifLine>(camera, config, static_cast<LineListener&>(*this))),
       m_lastLoud(std::chrono::steady_clock::time_point())
 {
+    connect(this, &OnvifTalk::cameraIsSilent, this, &OnvifTalk::ask, Qt::QueuedConnection);
     threads.start(m_line);
 }
 
@@ -80,8 +81,7 @@ void OnvifTalk::lineSpoke(const VoicePacket& packet)
 
 void OnvifTalk::lineAsks()
 {
-    QMetaObject::invokeMethod(
-        this, [this] { ask(); }, Qt::QueuedConnection);
+    Q_EMIT cameraIsSilent(QPrivateSignal());
 }
 
 void OnvifTalk::lineClosed()

@@ -22,6 +22,10 @@ public:
     bool hear(const QByteArray& packet) override;
     void close() override;
 
+Q_SIGNALS:
+    /** The line asks; for the talk itself. */
+    void cameraIsSilent(QPrivateSignal signal);
+
 private:
     void lineOpened() override;
     void lineRefused(const QString& returnCode, const QString& reason) override;

@@ -14,6 +14,7 @@
 //   teardown             a client has ended its session
 //   closed N PACKETS     nothing is left of a session
 //   option               an OPTIONS request
+//   describe             a DESCRIBE request
 
 #include <gst/app/gstappsink.h>
 #include <gst/app/gstappsrc.h>
@@ -395,6 +396,7 @@ void onClient(GstRTSPServer*, GstRTSPClient* client, gpointer)
         g_signal_connect(client, signal, G_CALLBACK(handler), nullptr);
     };
     on("pre-describe-request", [](GstRTSPClient*, GstRTSPContext*, gpointer) {
+        report("describe");
         g_usleep(static_cast<gulong>(options.number("slow-describe")) * 1000);
         return refusal("refuse-describe");
     });

@@ -1,0 +1,114 @@
+#include "server/devices/onvif/LineRefusal.h"
+
+#include "protocol/ServerReply.h"
+#include "server/devices/onvif/GstPtr.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+// RTSP status codes (RFC 2326, clause 7.1.1).
+constexpr int unauthorized = 401;
+constexpr int forbidden = 403;
+constexpr int notFound = 404;
+constexpr int notEnoughBandwidth = 453;
+constexpr int unsupportedTransport = 461;
+constexpr int serviceUnavailable = 503;
+
+/** An error message of rtspsrc, taken apart. */
+struct RtspFailure
+{
+    explicit RtspFailure(GstMessage* message)
+    {
+        GError* parsed = nullptr;
+        char* text = nullptr;
+        gst_message_parse_error(message, &parsed, &text);
+        error.reset(parsed);
+        const GstPtr<char> owned(text);
+        status = statusOf(message, text);
+    }
+
+    bool is(GstResourceError code) const
+    {
+        return g_error_matches(error.get(), GST_RESOURCE_ERROR, code) != FALSE;
+    }
+
+    /** The RTSP status that a message carries: in a field or, of SETUP, in its text; 0 without one. */
+    static int statusOf(GstMessage* message, const char* text)
+    {
+        const GstStructure* details = nullptr;
+        gst_message_parse_error_details(message, &details);
+        guint status = 0;
+        if (details != nullptr && gst_structure_get_uint(details, "rtsp-status-code", &status) != FALSE) {
+            return static_cast<int>(status);
+        }
+        static const QRegularExpression pattern(QStringLiteral("Error \\(([1-5][0-9][0-9])\\)"));
+        return pattern.match(QString::fromUtf8(text)).captured(1).toInt();
+    }
+
+    GstPtr<GError> error;
+    int status = 0;
+};
+
+} // namespace
+
+std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice* choice,
+                                           const QString& talkCodec)
+{
+    const RtspFailure failure(error);
+    const int status = failure.status;
+    if (status == unauthorized || status == forbidden || failure.is(GST_RESOURCE_ERROR_NOT_AUTHORIZED)) {
+        return LineRefusal{ReturnCode::loginRefused,
+                           QStringLiteral("the camera refuses the user name or the password")};
+    }
+    if (status == notEnoughBandwidth || status == serviceUnavailable) {
+        return LineRefusal{ReturnCode::cameraBusy, QStringLiteral("the camera is busy with others")};
+    }
+    if (status == notFound || failure.is(GST_RESOURCE_ERROR_NOT_FOUND)) {
+        return LineRefusal{ReturnCode::talkRefused,
+                           QStringLiteral("the camera has no stream at this address")};
+    }
+    if (choice != nullptr && !choice->hasLoudspeaker) {
+        return noLoudspeaker();
+    }
+    if (choice != nullptr && !choice->talkFormat) {
+        return noCodec(choice->offered, talkCodec);
+    }
+    if (status == unsupportedTransport || (choice != nullptr && failure.error->domain == GST_STREAM_ERROR)) {
+        return LineRefusal{ReturnCode::talkRefused,
+                           QStringLiteral("the camera does not offer this transport")};
+    }
+    if (failure.is(GST_RESOURCE_ERROR_OPEN_READ_WRITE) || failure.is(GST_RESOURCE_ERROR_OPEN_READ)) {
+        return LineRefusal{ReturnCode::cameraOffline, QStringLiteral("the camera cannot be reached")};
+    }
+    return choice != nullptr ? std::optional(other(error)) : std::nullopt;
+}
+
+LineRefusal LineRefusal::other(GstMessage* error)
+{
+    const RtspFailure failure(error);
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera refuses the talk: %1")
+                .arg(failure.status != 0 ? QStringLiteral("RTSP status %1").arg(failure.status)
+                                         : QString::fromUtf8(failure.error->message))};
+}
+
+LineRefusal LineRefusal::untrusted()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera's certificate is signed by nobody whom this server trusts")};
+}
+
+LineRefusal LineRefusal::noLoudspeaker()
+{
+    return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};
+}
+
+LineRefusal LineRefusal::noCodec(const QString& offered, const QString& talkCodec)
+{
+    return {
+        ReturnCode::talkRefused,
+        talkCodec.isEmpty()
+            ? QStringLiteral("the camera's loudspeaker takes %1, which this server cannot make").arg(offered)
+            : QStringLiteral("the camera's loudspeaker takes %1, not %2").arg(offered, talkCodec)};
+}

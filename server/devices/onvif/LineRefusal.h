@@ -1,0 +1,32 @@
+#pragma once
+
+#include "server/devices/onvif/StreamChoice.h"
+
+/** Why a line does not open: what the client gets. */
+struct LineRefusal
+{
+    QString returnCode; ///< see ReturnCode
+    QString reason;     ///< For people.
+
+    /**
+     * Reads an error message of rtspsrc.
+     *
+     * @param choice    null when the camera had not described itself
+     * @param talkCodec see CameraSettings
+     * @return empty when the message does not say enough: the camera may be without a loudspeaker
+     */
+    static std::optional<LineRefusal> of(GstMessage* error, const StreamChoice* choice,
+                                         const QString& talkCodec);
+
+    /** Returns what is left when nothing better is known than an error message of rtspsrc. */
+    static LineRefusal other(GstMessage* error);
+
+    /** The camera's certificate is signed by nobody whom this machine trusts. */
+    static LineRefusal untrusted();
+
+    /** The camera has no loudspeaker. */
+    static LineRefusal noLoudspeaker();
+
+    /** There is no codec for its loudspeaker. @param talkCodec see CameraSettings */
+    static LineRefusal noCodec(const QString& offered, const QString& talkCodec);
+};

@@ -1,0 +1,249 @@
+#include "server/devices/onvif/RtspSession.h"
+
+#include "server/devices/onvif/HandOver.h"
+#include "server/devices/onvif/RtpSample.h"
+
+#include <gst/app/gstappsink.h>
+
+#include <QRandomGenerator>
+
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
+
+constexpr milliseconds afterDeadline{1000}; // when rtspsrc gives up, too
+constexpr int maxWaitingPackets = 50;       // of the camera's voice; older ones are dropped
+
+void initGStreamer()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { gst_init(nullptr, nullptr); });
+}
+
+template<class Duration>
+guint64 count(milliseconds time)
+{
+    return static_cast<guint64>(duration_cast<Duration>(time).count());
+}
+
+} // namespace
+
+RtspSession::RtspSession(const CameraRecord& camera, const OnvifConfig& config, RtspSessionListener& listener)
+    : m_camera(camera), m_config(config), m_listener(listener),
+      m_ssrc(QRandomGenerator::global()->generate()), m_timeOffset(QRandomGenerator::global()->generate())
+{
+    initGStreamer();
+}
+
+RtspSession::~RtspSession()
+{
+    stop();
+}
+
+bool RtspSession::start(bool backchannel)
+{
+    m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
+    m_bus.reset(gst_element_get_bus(m_pipeline.get()));
+    GstElement* source = gst_element_factory_make("rtspsrc", nullptr);
+    if (source == nullptr) {
+        return false;
+    }
+    gst_bin_add(GST_BIN(m_pipeline.get()), source);
+    m_source.reset(GST_ELEMENT(gst_object_ref(source)));
+    const CameraSettings& settings = m_camera.settings;
+    g_object_set(source, "location", m_camera.address.toUtf8().constData(), "user-id",
+                 m_camera.username.toUtf8().constData(), "user-pw", m_camera.password.toUtf8().constData(),
+                 "latency", static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency", TRUE,
+                 "udp-reconnect", FALSE, "tcp-timeout",
+                 count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
+                 guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
+    if (m_camera.address.startsWith(QLatin1String("rtsps:"), Qt::CaseInsensitive)) {
+        g_object_set(source, "do-rtcp", FALSE,
+                     nullptr); // the same as in stop: a report may be interrupted, too
+    }
+    gst_util_set_object_arg(G_OBJECT(source), "backchannel", backchannel ? "onvif" : "none");
+    gst_util_set_object_arg(G_OBJECT(source), "protocols",
+                            settings.transport == CameraTransport::Udp ? "udp" : "tcp");
+    g_signal_connect(source, "on-sdp", G_CALLBACK(&RtspSession::onDescription), this);
+    g_signal_connect(source, "select-stream", G_CALLBACK(&RtspSession::onStream), this);
+    g_signal_connect(source, "pad-added", G_CALLBACK(&RtspSession::onPad), this);
+    g_signal_connect(source, "new-manager", G_CALLBACK(&RtspSession::onManager), this);
+    g_signal_connect(source, "deep-element-added", G_CALLBACK(&RtspSession::onElement), this);
+    g_signal_connect(source, "before-send", G_CALLBACK(&RtspSession::onRequest), this);
+    g_signal_connect(source, "accept-certificate", G_CALLBACK(&RtspSession::onCertificate), this);
+    HandOver::give(this);
+    return gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
+}
+
+GstPtr<GstMessage> RtspSession::next(milliseconds patience)
+{
+    return GstPtr<GstMessage>(gst_bus_timed_pop(m_bus.get(), count<nanoseconds>(patience)));
+}
+
+std::optional<StreamChoice> RtspSession::choice() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_choice;
+}
+
+void RtspSession::push(const RtpPayload& payload)
+{
+    const auto chosen = choice();
+    if (!chosen || !chosen->talkFormat || !beginToPush()) {
+        return;
+    }
+    GstSample* sample =
+        RtpSample::make(payload, {chosen->talkFormat->payloadType, m_sequence++, m_timeOffset, m_ssrc});
+    if (sample != nullptr) {
+        GstFlowReturn flow = GST_FLOW_OK;
+        // This action takes the reference to the sample. Of "push-backchannel-sample" only some versions do.
+        g_signal_emit_by_name(m_source.get(), "push-backchannel-buffer", chosen->talkStream, sample, &flow);
+    }
+    endPushing();
+}
+
+/**
+ * Ends the session. rtspsrc interrupts what is being sent, and asks the camera to end the session over the
+ * same connection: behind half a packet that is no request, and with TLS, where a half record must be
+ * completed first, its library ends the program. So what is being pushed is sent before, when the camera
+ * takes it in time.
+ */
+void RtspSession::stop()
+{
+    if (m_pipeline) {
+        m_isMute = !endPushes();
+        gst_element_set_state(m_pipeline.get(), GST_STATE_NULL); // frees who waits in push
+        HandOver::take(this);
+    }
+}
+
+bool RtspSession::beginToPush()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isPushing = !m_isStopping;
+    return m_isPushing;
+}
+
+void RtspSession::endPushing()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isPushing = false;
+    m_pushed.notify_all();
+}
+
+/** Lets nobody begin to push any more; false when somebody still does after a while. */
+bool RtspSession::endPushes()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_isStopping = true;
+    return m_pushed.wait_for(lock, m_config.teardown, [this] { return !m_isPushing; });
+}
+
+void RtspSession::onDescription(GstElement* /*source*/, GstSDPMessage* description, RtspSession* session)
+{
+    const HandOver::Scope scope(session);
+    const std::lock_guard<std::mutex> lock(session->m_mutex);
+    session->m_choice =
+        StreamChoice::of(SdpFormats::soundsOf(description), session->m_camera.settings.talkCodec);
+}
+
+/** Whether a section of the description is to be set up. */
+gboolean RtspSession::onStream(GstElement* /*source*/, guint stream, GstCaps* /*caps*/, RtspSession* session)
+{
+    const HandOver::Scope scope(session);
+    const auto choice = session->choice();
+    return choice && choice->wants(stream) ? TRUE : FALSE;
+}
+
+void RtspSession::onPad(GstElement* /*source*/, GstPad* pad, RtspSession* session)
+{
+    const HandOver::Scope scope(session);
+    GstElement* sink = gst_element_factory_make("appsink", nullptr);
+    const GstPtr<GstCaps> caps(gst_pad_get_current_caps(pad));
+    if (sink == nullptr || !caps || gst_caps_get_size(caps.get()) == 0) {
+        gst_clear_object(&sink);
+        return;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(session->m_mutex);
+        if (!session->m_decoder) {
+            session->m_decoder =
+                RtpDecoder::create(SdpFormats::formatOf(gst_caps_get_structure(caps.get(), 0)));
+        }
+    }
+    g_object_set(sink, "sync", FALSE, "async", FALSE, "max-buffers", guint{maxWaitingPackets}, "drop", TRUE,
+                 nullptr);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_sample = [](GstAppSink* from, gpointer data) {
+        const GstPtr<GstSample> sample(gst_app_sink_pull_sample(from));
+        if (!sample) {
+            return GST_FLOW_EOS;
+        }
+        static_cast<RtspSession*>(data)->hear(sample.get());
+        return GST_FLOW_OK;
+    };
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, session, nullptr);
+    gst_bin_add(GST_BIN(session->m_pipeline.get()), sink);
+    gst_element_sync_state_with_parent(sink);
+    const GstPtr<GstPad> input(gst_element_get_static_pad(sink, "sink"));
+    gst_pad_link(pad, input.get());
+}
+
+/** RTCP of the camera is a sign of life, too. */
+void RtspSession::onManager(GstElement* /*source*/, GstElement* manager, RtspSession* session)
+{
+    const auto active = +[](GstElement*, guint, guint, RtspSession* to) {
+        const HandOver::Scope scope(to);
+        to->m_listener.sessionIsAlive();
+    };
+    g_signal_connect(manager, "on-ssrc-active", G_CALLBACK(active), session);
+}
+
+/** Marks what leaves by UDP. */
+void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* element, RtspSession* session)
+{
+    const HandOver::Scope scope(session);
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "qos-dscp") != nullptr) {
+        g_object_set(element, "qos-dscp", session->m_camera.settings.dscp, nullptr);
+    }
+}
+
+/** Whether a request may be sent. A PAUSE would only be interrupted by the TEARDOWN that follows it. */
+gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request, RtspSession* session)
+{
+    const HandOver::Scope scope(session);
+    GstRTSPMethod method = GST_RTSP_INVALID;
+    gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
+    return method == GST_RTSP_PAUSE || session->m_isMute ? FALSE : TRUE;
+}
+
+/** Asked when a certificate is not trusted, before anything is sent. */
+gboolean RtspSession::onCertificate(GstElement* /*source*/, GTlsConnection* /*connection*/,
+                                    GTlsCertificate* /*certificate*/, GTlsCertificateFlags /*errors*/,
+                                    RtspSession* session)
+{
+    const HandOver::Scope scope(session);
+    session->m_untrusted = !session->m_camera.settings.anyCertificate;
+    return session->m_untrusted ? FALSE : TRUE;
+}
+
+/** Takes a packet of the camera; on a streaming thread. */
+void RtspSession::hear(GstSample* sample)
+{
+    const HandOver::Scope scope(this);
+    m_listener.sessionIsAlive();
+    const auto voice = RtpSample::read(sample);
+    std::vector<VoicePacket> packets;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (voice && m_decoder) {
+            m_decoder->decode(*voice, packets);
+        }
+    }
+    for (const VoicePacket& packet : packets) {
+        m_listener.sessionSpoke(packet);
+    }
+}

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "server/devices/CameraBackend.h"
+#include "server/devices/onvif/GstPtr.h"
+#include "server/devices/onvif/OnvifConfig.h"
+#include "server/devices/onvif/RtpDecoder.h"
+#include "server/devices/onvif/RtpEncoder.h"
+#include "server/devices/onvif/StreamChoice.h"
+
+#include <gio/gio.h>
+#include <gst/gst.h>
+#include <gst/rtsp/gstrtspmessage.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+/** Who hears what comes in an RTSP session. Called on GStreamer's threads. */
+class RtspSessionListener
+{
+public:
+    virtual ~RtspSessionListener() = default;
+
+    /** The camera sent a packet of sound or an RTCP report. */
+    virtual void sessionIsAlive() = 0;
+    /** The camera says something. */
+    virtual void sessionSpoke(const VoicePacket& packet) = 0;
+};
+
+/**
+ * One RTSP session with a camera: a pipeline around GStreamer's rtspsrc. How it goes is in its messages:
+ * PROGRESS of the type COMPLETE with the code "request" when the session plays, ERROR, or WARNING with
+ * GST_RESOURCE_ERROR_READ when the camera closes the connection.
+ *
+ *   push --> rtspsrc "push-backchannel-buffer" --> camera
+ *   sessionSpoke <-- RtpDecoder <-- appsink <-- rtspsrc <-- camera
+ *
+ * Used by one thread, but for push.
+ */
+class RtspSession
+{
+public:
+    /** @param camera outlives the session; its address is the URL of its stream @param listener the same */
+    RtspSession(const CameraRecord& camera, const OnvifConfig& config, RtspSessionListener& listener);
+
+    /** Calls stop. */
+    ~RtspSession();
+    RtspSession(const RtspSession&) = delete;
+    RtspSession& operator=(const RtspSession&) = delete;
+
+    /**
+     * Starts to open the session.
+     *
+     * @param backchannel whether it asks for the loudspeaker
+     * @return false when GStreamer's plug-ins for RTSP are missing
+     */
+    bool start(bool backchannel);
+
+    /** Waits for the next message; null when there is none in time. */
+    GstPtr<GstMessage> next(std::chrono::milliseconds patience);
+
+    /** Returns what was chosen from the camera's description; empty before it came. */
+    std::optional<StreamChoice> choice() const;
+
+    /** Whether the camera's certificate was not trusted, which ends the session. */
+    bool isUntrusted() const { return m_untrusted; }
+
+    /**
+     * Sends one packet to the stream that was chosen for talks, when the session plays. May wait for the
+     * camera, until stop. One thread at a time; not after the destructor began.
+     */
+    void push(const RtpPayload& payload);
+
+    /**
+     * Ends the session with a TEARDOWN, which the camera has a short time to answer; without one when the
+     * camera has not taken by then what is being pushed.
+     */
+    void stop();
+
+private:
+    static void onDescription(GstElement* source, GstSDPMessage* description, RtspSession* session);
+    static gboolean onStream(GstElement* source, guint stream, GstCaps* caps, RtspSession* session);
+    static void onPad(GstElement* source, GstPad* pad, RtspSession* session);
+    static void onManager(GstElement* source, GstElement* manager, RtspSession* session);
+    static void onElement(GstBin* bin, GstBin* parent, GstElement* element, RtspSession* session);
+    static gboolean onRequest(GstElement* source, GstRTSPMessage* request, RtspSession* session);
+    static gboolean onCertificate(GstElement* source, GTlsConnection* connection,
+                                  GTlsCertificate* certificate, GTlsCertificateFlags errors,
+                                  RtspSession* session);
+    bool beginToPush();
+    void endPushing();
+    bool endPushes();
+    void hear(GstSample* sample);
+
+    const CameraRecord& m_camera;
+    const OnvifConfig m_config;
+    RtspSessionListener& m_listener;
+    GstPtr<GstElement> m_pipeline;
+    GstPtr<GstElement> m_source; ///< The rtspsrc.
+    GstPtr<GstBus> m_bus;
+
+    mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
+    std::optional<StreamChoice> m_choice;
+    std::unique_ptr<RtpDecoder> m_decoder;
+    bool m_isPushing = false;  ///< Somebody is in push.
+    bool m_isStopping = false; ///< Nobody may begin to push.
+    std::condition_variable m_pushed;
+
+    std::atomic<bool> m_untrusted{false};
+    std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
+
+    // Of what is pushed.
+    std::uint16_t m_sequence = 0;
+    const std::uint32_t m_ssrc;
+    const std::uint32_t m_timeOffset;
+};
