@@ -60,7 +60,7 @@ std::optional<ServerReply> TalkService::startTalk(ServerSession& session, const 
         if (camera == cameras.end()) {
             continue;
         }
-        if (!camera->online) {
+        if (!camera->online && !camera->isTried) {
             return refusal(ReturnCode::cameraOffline,
                            QStringLiteral("camera \"%1\" is offline").arg(camera->name));
         }
