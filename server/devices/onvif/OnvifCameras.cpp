@@ -47,6 +47,7 @@ QList<Camera> OnvifCameras::cameras() const
     QList<Camera> cameras;
     for (const CameraRecord& record : m_records) {
         Camera camera{record.id, record.name, m_presence.isOnline(record.id), record.kind, record.address};
+        camera.isExclusive = !record.settings.severalTalks;
         camera.isTried = true;
         cameras.append(camera);
     }

@@ -16,9 +16,10 @@ inline QString onvifKind()
 /** How often cameras are asked whether they are there. */
 struct PresencePace
 {
-    std::chrono::milliseconds period{30000}; ///< Each camera is asked once in it; 0: none is asked.
-    std::chrono::milliseconds answer{3000};  ///< That a camera has to answer.
-    int atOnce = 16;                         ///< Cameras that are asked at the same time.
+    std::chrono::milliseconds period{
+        std::chrono::seconds{30}};          ///< Each camera is asked once in it; 0: none is asked.
+    std::chrono::milliseconds answer{3000}; ///< That a camera has to answer.
+    int atOnce = 16;                        ///< Cameras that are asked at the same time.
 };
 
 /** Where cameras are looked for. */

@@ -196,7 +196,7 @@ void TestLocatedTalk::neverAnswers()
     TalkProbe probe(service.url().toString(), settings);
     QVERIFY(probe.refuse());
     QCOMPARE(probe.returnCode, ReturnCode::cameraTimedOut);
-    QVERIFY(probe.refusedAfter >= 999);
+    QVERIFY(probe.refusedAfter >= 900); // the timer is a coarse one
     QVERIFY(probe.refusedAfter < 1500);
 }
 
