@@ -12,11 +12,13 @@
 /** A camera as a back end knows it. */
 struct Camera
 {
-    QString id;         ///< Unique on the server.
-    QString name;       ///< For people.
-    bool online = true; ///< As far as the back end knows.
-    QString kind{};     ///< Name of its CameraKind.
-    QString address{};  ///< Empty for one that is not in the server's records.
+    QString id;               ///< Unique on the server.
+    QString name;             ///< For people.
+    bool online = true;       ///< As far as the back end knows.
+    QString kind{};           ///< Name of its CameraKind.
+    QString address{};        ///< Empty for one that is not in the server's records.
+    bool isExclusive = false; ///< One client at a time talks to it.
+    bool isTried = false;     ///< A talk to it is opened even where it seems to be offline.
 };
 
 /** A camera of the server's records. */
@@ -73,7 +75,7 @@ public:
      *
      * @return false for a kind whose cameras cannot be looked for; nothing is called then
      */
-    virtual bool findCameras(TakeFound /*take*/) { return false; }
+    virtual bool findCameras([[maybe_unused]] TakeFound take) { return false; }
 
     /**
      * Starts to ask a camera what it can do; takes seconds.
@@ -81,7 +83,10 @@ public:
      * @param camera one of the records, or one that is in none; its login is sent to its address alone
      * @return false for a kind whose cameras cannot be asked; nothing is called then
      */
-    virtual bool askCamera(const CameraRecord& /*camera*/, TakeReport /*take*/) { return false; }
+    virtual bool askCamera([[maybe_unused]] const CameraRecord& camera, [[maybe_unused]] TakeReport take)
+    {
+        return false;
+    }
 
 Q_SIGNALS:
     /** A camera came, went, or changed its name or whether it is online. */

@@ -1,17 +1,21 @@
 #pragma once
 
 #include "server/devices/CameraBackend.h"
+#include "server/devices/onvif/CameraPresence.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/OnvifInquiries.h"
 
-/** Cameras with an audio backchannel by RTSP (ONVIF Profile T), all from the server's records. */
+/**
+ * Cameras with an audio backchannel by RTSP (ONVIF Profile T), all from the server's records. Each is asked
+ * regularly whether it is there.
+ */
 class OnvifCameras : public CameraBackend
 {
     Q_OBJECT
 
 public:
     /** Has no cameras until it is given records. */
-    explicit OnvifCameras(const OnvifConfig& config) : m_config(config), m_inquiries(config.search) {}
+    explicit OnvifCameras(const OnvifConfig& config);
 
     void setRecords(const QList<CameraRecord>& records) override;
     QList<Camera> cameras() const override;
@@ -20,8 +24,12 @@ public:
     bool askCamera(const CameraRecord& camera, TakeReport take) override;
 
 private:
+    void follow(const DeviceTalk& talk, const QString& camera);
+
     OnvifConfig m_config;
     QList<CameraRecord> m_records;
+    QHash<QString, QString> m_streams; ///< Addresses that talks have located, by id.
     LineThreads m_threads;
     OnvifInquiries m_inquiries;
+    CameraPresence m_presence;
 };
