@@ -18,6 +18,9 @@ struct LineRefusal
     static std::optional<LineRefusal> of(GstMessage* error, const StreamChoice* choice,
                                          const QString& talkCodec);
 
+    /** Whether an error message of rtspsrc says that the camera does not take the method of a request. */
+    static bool isOfMethod(GstMessage* error);
+
     /** Returns what is left when nothing better is known than an error message of rtspsrc. */
     static LineRefusal other(GstMessage* error);
 

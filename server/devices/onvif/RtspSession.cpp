@@ -43,8 +43,9 @@ RtspSession::~RtspSession()
     stop();
 }
 
-bool RtspSession::start(bool backchannel)
+bool RtspSession::start(Way way)
 {
+    m_way = way;
     m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
     m_bus.reset(gst_element_get_bus(m_pipeline.get()));
     GstElement* source = gst_element_factory_make("rtspsrc", nullptr);
@@ -64,7 +65,7 @@ bool RtspSession::start(bool backchannel)
         g_object_set(source, "do-rtcp", FALSE,
                      nullptr); // the same as in stop: a report may be interrupted, too
     }
-    gst_util_set_object_arg(G_OBJECT(source), "backchannel", backchannel ? "onvif" : "none");
+    gst_util_set_object_arg(G_OBJECT(source), "backchannel", way == Way::Description ? "none" : "onvif");
     gst_util_set_object_arg(G_OBJECT(source), "protocols",
                             settings.transport == CameraTransport::Udp ? "udp" : "tcp");
     g_signal_connect(source, "on-sdp", G_CALLBACK(&RtspSession::onDescription), this);
@@ -211,12 +212,17 @@ void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* ele
     }
 }
 
-/** Whether a request may be sent. A PAUSE would only be interrupted by the TEARDOWN that follows it. */
+/** Whether a request may be sent, perhaps as another. A PAUSE would only be interrupted by the TEARDOWN that
+ * follows it. */
 gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request, RtspSession* session)
 {
     const HandOver::Scope scope(session);
     GstRTSPMethod method = GST_RTSP_INVALID;
     gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
+    session->m_hasAskedToPlay = method == GST_RTSP_PLAY;
+    if (method == GST_RTSP_PLAY && session->m_way == Way::Record) {
+        request->type_data.request.method = GST_RTSP_RECORD;
+    }
     return method == GST_RTSP_PAUSE || session->m_isMute ? FALSE : TRUE;
 }
 
