@@ -109,6 +109,12 @@ LineRefusal LineRefusal::untrusted()
             QStringLiteral("the camera's certificate is signed by nobody whom this server trusts")};
 }
 
+LineRefusal LineRefusal::elsewhere()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera sends to another address, which is not followed")};
+}
+
 LineRefusal LineRefusal::noLoudspeaker()
 {
     return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};

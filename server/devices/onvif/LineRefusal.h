@@ -27,6 +27,9 @@ struct LineRefusal
     /** The camera's certificate is signed by nobody whom this machine trusts. */
     static LineRefusal untrusted();
 
+    /** The camera wants to be asked at another address. */
+    static LineRefusal elsewhere();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

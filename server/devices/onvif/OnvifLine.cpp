@@ -254,6 +254,10 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::untrusted());
         return;
     }
+    if (m_session->wasSentElsewhere()) {
+        refuse(LineRefusal::elsewhere());
+        return;
+    }
     if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message) && !m_hasTriedToRecord) {
         m_hasTriedToRecord = true;
         m_recordDeadline = Clock::now() + maxSilenceOfRecord;

@@ -6,6 +6,7 @@
 #include <gst/app/gstappsink.h>
 
 #include <QRandomGenerator>
+#include <QUrl>
 
 namespace {
 
@@ -27,6 +28,13 @@ template<class Duration>
 guint64 count(milliseconds time)
 {
     return static_cast<guint64>(duration_cast<Duration>(time).count());
+}
+
+/** Whether a request goes to the host and the port of a camera's address. */
+bool isSameServer(const QUrl& request, const QUrl& address)
+{
+    const int port = defaultRtspPort(address.scheme());
+    return request.host() == address.host() && request.port(port) == address.port(port);
 }
 
 } // namespace
@@ -218,12 +226,19 @@ gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request,
 {
     const HandOver::Scope scope(session);
     GstRTSPMethod method = GST_RTSP_INVALID;
-    gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
+    const gchar* uri = nullptr;
+    gst_rtsp_message_parse_request(request, &method, &uri, nullptr);
+    if (method == GST_RTSP_DESCRIBE || method == GST_RTSP_OPTIONS) {
+        // Addresses of later requests may be others: they go over this connection all the same.
+        session->m_wasSentElsewhere =
+            session->m_wasSentElsewhere ||
+            (!session->choice() && !isSameServer(QUrl(QString::fromUtf8(uri)), session->m_camera.address));
+    }
     session->m_hasAskedToPlay = method == GST_RTSP_PLAY;
     if (method == GST_RTSP_PLAY && session->m_way == Way::Record) {
         request->type_data.request.method = GST_RTSP_RECORD;
     }
-    return method == GST_RTSP_PAUSE || session->m_isMute ? FALSE : TRUE;
+    return method == GST_RTSP_PAUSE || session->m_isMute || session->m_wasSentElsewhere ? FALSE : TRUE;
 }
 
 /** Asked when a certificate is not trusted, before anything is sent. */

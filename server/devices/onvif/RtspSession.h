@@ -71,6 +71,10 @@ public:
     /** Returns what was chosen from the camera's description; empty before it came. */
     std::optional<StreamChoice> choice() const;
 
+    /** Whether the camera wanted to be asked at another host or port, which gets nothing, least of all the
+     * login. */
+    bool wasSentElsewhere() const { return m_wasSentElsewhere; }
+
     /** Whether the last request was a PLAY. */
     bool hasAskedToPlay() const { return m_hasAskedToPlay; }
 
@@ -120,6 +124,7 @@ private:
 
     Way m_way = Way::Play; ///< Changed by start alone.
     std::atomic<bool> m_hasAskedToPlay{false};
+    std::atomic<bool> m_wasSentElsewhere{false};
     std::atomic<bool> m_untrusted{false};
     std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
 

@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QUrl>
 
 /**
  * A camera in the test's own process that answers RTSP requests over TCP as its script says, and hears mu-law
@@ -36,14 +37,20 @@ public:
         });
     }
 
-    /** Its answer to a method: status and further lines of the header, after an empty one a body. */
+    /** Its answer to a method, or to a method and a path: status and further lines of the header, after an
+     * empty one a body. */
     QHash<QByteArray, QByteArray> answers{
         {"OPTIONS", "200 OK\r\nPublic: OPTIONS, DESCRIBE, SETUP, PLAY, RECORD, TEARDOWN\r\n\r\n"},
-        {"DESCRIBE", describes("v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nt=0 0\r\n"
-                               "m=audio 0 RTP/AVP 0\r\na=control:heard\r\na=recvonly\r\n"
-                               "m=audio 0 RTP/AVP 0\r\na=control:talk\r\na=sendonly\r\n")},
+        {"DESCRIBE", describes(description())},
         {"SETUP", "200 OK\r\n\r\n"},
     };
+
+    static QByteArray description()
+    {
+        return "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nt=0 0\r\n"
+               "m=audio 0 RTP/AVP 0\r\na=control:heard\r\na=recvonly\r\n"
+               "m=audio 0 RTP/AVP 0\r\na=control:talk\r\na=sendonly\r\n";
+    }
 
     static QByteArray describes(const QByteArray& body)
     {
@@ -87,19 +94,20 @@ private:
     {
         const auto field = [&](const QByteArray& name) {
             for (const QByteArray& line : request.split('\n')) {
-                if (line.toLower().startsWith(name + ':')) {
+                if (line.toLower().startsWith(name.toLower() + ':')) {
                     return line.mid(name.size() + 1).trimmed();
                 }
             }
             return QByteArray();
         };
         const QByteArray method = request.left(request.indexOf(' '));
-        QByteArray text = answers.value(method, "200 OK\r\n\r\n");
-        QByteArray more = "CSeq: " + field("cseq") + "\r\nSession: 1\r\n";
+        const QByteArray path = QUrl(QString::fromUtf8(request.split(' ').value(1))).path().toUtf8();
+        QByteArray text = answers.value(method + ' ' + path, answers.value(method, "200 OK\r\n\r\n"));
+        QByteArray more = "CSeq: " + field("CSeq") + "\r\nSession: 1\r\n";
         if (method == "SETUP") {
-            more += "Transport: " + field("transport") + "\r\n";
+            more += "Transport: " + field("Transport") + "\r\n";
             if (request.left(request.indexOf('\n')).contains("/talk ")) {
-                const QByteArray transport = field("transport");
+                const QByteArray transport = field("Transport");
                 m_talkChannel = static_cast<char>(
                     transport.mid(transport.indexOf("interleaved=") + 12).split('-').first().toInt());
             }

@@ -14,6 +14,10 @@ private Q_SLOTS:
     void recordsWhatItDoesNotPlay();
     void refusesToRecord_data();
     void refusesToRecord();
+    void sendsElsewhere_data();
+    void sendsElsewhere();
+    void streamsElsewhere();
+    void followsWithinTheCamera();
 };
 
 /** The script itself is that of a camera that can be talked to. */
@@ -73,6 +77,56 @@ void TestOnvifScripts::refusesToRecord()
     QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
     qInfo("%s", qPrintable(probe.reason));
     QCOMPARE(camera.connections, 2); // it is not tried for ever
+}
+
+void TestOnvifScripts::sendsElsewhere_data()
+{
+    QTest::addColumn<QByteArray>("status");
+    QTest::newRow("for a while") << QByteArray("302 Moved Temporarily");
+    QTest::newRow("for ever") << QByteArray("301 Moved Permanently");
+}
+
+/** The login belongs to the camera's address. */
+void TestOnvifScripts::sendsElsewhere()
+{
+    QFETCH(QByteArray, status);
+    ScriptedRtsp camera;
+    ScriptedRtsp other;
+    const QByteArray challenge = "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"other\"\r\n\r\n";
+    other.answers["OPTIONS"] = challenge;
+    other.answers["DESCRIBE"] = challenge;
+    camera.answers["DESCRIBE"] = status + "\r\nLocation: " + other.address().toLatin1() + "\r\n\r\n";
+    TalkProbe probe(camera.address(), CameraSettings(), "anna", "secret");
+    QVERIFY(probe.refuse());
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    QVERIFY2(other.requests.isEmpty(), other.requests.value(0).constData());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("another address"), qPrintable(probe.reason));
+}
+
+/** Streams at another host are asked for at the camera, which may know it by that name. */
+void TestOnvifScripts::streamsElsewhere()
+{
+    ScriptedRtsp camera;
+    ScriptedRtsp other;
+    const QByteArray path = "a=control:" + other.address("/").toLatin1();
+    camera.answers["DESCRIBE"] =
+        ScriptedRtsp::describes(ScriptedRtsp::description().replace("a=control:", path));
+    TalkProbe probe(camera.address(), CameraSettings(), "anna", "secret");
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(camera.hasRequest("SETUP", other.address("/").toLatin1()));
+    QCOMPARE(other.connections, 0);
+}
+
+/** The same camera, whose stream has moved. */
+void TestOnvifScripts::followsWithinTheCamera()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE /talk"] =
+        "302 Moved Temporarily\r\nLocation: " + camera.address("/other").toLatin1() + "\r\n\r\n";
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(camera.hasRequest("PLAY", "/other"));
 }
 
 QTEST_GUILESS_MAIN(TestOnvifScripts)
