@@ -17,6 +17,7 @@ private Q_SLOTS:
     void sendsElsewhere_data();
     void sendsElsewhere();
     void streamsElsewhere();
+    void codecsWithoutNames();
     void followsWithinTheCamera();
 };
 
@@ -116,6 +117,20 @@ void TestOnvifScripts::streamsElsewhere()
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(camera.hasRequest("SETUP", other.address("/").toLatin1()));
     QCOMPARE(other.connections, 0);
+}
+
+/** What a camera calls its codecs gets to people only when it is a name. */
+void TestOnvifScripts::codecsWithoutNames()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = ScriptedRtsp::describes(
+        "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nt=0 0\r\nm=audio 0 RTP/AVP 96 97 98\r\na=rtpmap:96 "
+        "\x1b[31m/8000\r\n"
+        "a=rtpmap:97 " +
+        QByteArray(5000, 'x') + "/8000\r\na=rtpmap:98 OPUS/48000\r\na=control:talk\r\na=sendonly\r\n");
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QVERIFY2(probe.reason.contains("takes OPUS/48000, which"), qPrintable(probe.reason));
 }
 
 /** The same camera, whose stream has moved. */
