@@ -181,7 +181,7 @@ void OnvifLine::watchOpening(Clock::time_point now)
     }
     if (m_plays && (!m_hasTriedToRecord || m_hasShownLife)) {
         open();
-    } else if (m_plays && now >= m_recordDeadline) {
+    } else if (m_plays && now >= m_lifeDeadline) {
         refuse({ReturnCode::talkRefused,
                 QStringLiteral("the camera refuses the talk: it takes neither PLAY nor RECORD")});
     } else if (now >= m_deadline) {
@@ -220,6 +220,7 @@ void OnvifLine::handle(GstMessage* message)
         if (type == GST_PROGRESS_TYPE_COMPLETE && std::strcmp(code, "request") == 0 &&
             m_state == State::Opening) {
             m_plays = true;
+            m_lifeDeadline = Clock::now() + maxSilenceOfRecord;
         }
         break;
     }
@@ -260,7 +261,6 @@ void OnvifLine::handleError(GstMessage* message)
     }
     if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message) && !m_hasTriedToRecord) {
         m_hasTriedToRecord = true;
-        m_recordDeadline = Clock::now() + maxSilenceOfRecord;
         takeDown();
         if (startSession(RtspSession::Way::Record)) {
             return;

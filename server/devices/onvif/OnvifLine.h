@@ -118,9 +118,9 @@ private:
     State m_state = State::Opening;
     Clock::time_point m_deadline; ///< For the line to open, or to be ready.
     LineWatchdog m_watchdog;
-    bool m_plays = false;            ///< The session does.
-    bool m_hasTriedToRecord = false; ///< The camera refused to PLAY.
-    Clock::time_point m_recordDeadline;
+    bool m_plays = false;             ///< The session does.
+    bool m_hasTriedToRecord = false;  ///< The camera refused to PLAY.
+    Clock::time_point m_lifeDeadline; ///< For a session that records to show that the camera takes part.
 
     std::mutex m_streams; ///< Guards what other threads use, too.
     std::unique_ptr<TalkSender> m_sender;

@@ -17,6 +17,8 @@ private Q_SLOTS:
     void sendsElsewhere_data();
     void sendsElsewhere();
     void streamsElsewhere();
+    void answersWithoutAnEnd_data();
+    void answersWithoutAnEnd();
     void codecsWithoutNames();
     void followsWithinTheCamera();
 };
@@ -117,6 +119,33 @@ void TestOnvifScripts::streamsElsewhere()
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(camera.hasRequest("SETUP", other.address("/").toLatin1()));
     QCOMPARE(other.connections, 0);
+}
+
+void TestOnvifScripts::answersWithoutAnEnd_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::newRow("a body of gigabytes")
+        << QByteArray("200 OK\r\nContent-Type: application/sdp\r\nContent-Length: 4000000000\r\n\r\nv=0\r\n");
+    QTest::newRow("a long line") << "200 OK\r\nX-Line: " + QByteArray(1 << 17, 'x');
+    QByteArray lines;
+    for (int i = 0; i < 10000; ++i) {
+        lines += "X-Line: x\r\n";
+    }
+    QTest::newRow("lines without an end") << "200 OK\r\n" + lines;
+    QTest::newRow("a negative length") << QByteArray("200 OK\r\nContent-Length: -1\r\n\r\n");
+}
+
+void TestOnvifScripts::answersWithoutAnEnd()
+{
+    QFETCH(QByteArray, answer);
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = answer;
+    CameraSettings settings;
+    settings.openTimeout = 1000;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.refuse());
+    QVERIFY2(probe.refusedAfter < 1500, qPrintable(QString::number(probe.refusedAfter)));
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
 }
 
 /** What a camera calls its codecs gets to people only when it is a name. */
