@@ -30,6 +30,11 @@ guint64 count(milliseconds time)
     return static_cast<guint64>(duration_cast<Duration>(time).count());
 }
 
+bool isTls(const QString& address)
+{
+    return address.startsWith(QLatin1String("rtsps:"), Qt::CaseInsensitive);
+}
+
 /** Whether a request goes to the host and the port of a camera's address. */
 bool isSameServer(const QUrl& request, const QUrl& address)
 {
@@ -69,7 +74,7 @@ bool RtspSession::start(Way way)
                  "udp-reconnect", FALSE, "tcp-timeout",
                  count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
                  guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
-    if (m_camera.address.startsWith(QLatin1String("rtsps:"), Qt::CaseInsensitive)) {
+    if (isTls(m_camera.address)) {
         g_object_set(source, "do-rtcp", FALSE,
                      nullptr); // the same as in stop: a report may be interrupted, too
     }
@@ -220,8 +225,10 @@ void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* ele
     }
 }
 
-/** Whether a request may be sent, perhaps as another. A PAUSE would only be interrupted by the TEARDOWN that
- * follows it. */
+/**
+ * Whether a request may be sent, perhaps as another. The TEARDOWN that follows a PAUSE may interrupt it,
+ * which TLS does not bear (see stop).
+ */
 gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request, RtspSession* session)
 {
     const HandOver::Scope scope(session);
@@ -238,7 +245,8 @@ gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request,
     if (method == GST_RTSP_PLAY && session->m_way == Way::Record) {
         request->type_data.request.method = GST_RTSP_RECORD;
     }
-    return method == GST_RTSP_PAUSE || session->m_isMute || session->m_wasSentElsewhere ? FALSE : TRUE;
+    const bool isNeedless = method == GST_RTSP_PAUSE && isTls(session->m_camera.address);
+    return isNeedless || session->m_isMute || session->m_wasSentElsewhere ? FALSE : TRUE;
 }
 
 /** Asked when a certificate is not trusted, before anything is sent. */
