@@ -214,6 +214,19 @@ def talk_seeds():
     write("fuzz_rtpvoice", "aac", bytes([6, 50]) + frames * 2)
     write("fuzz_rtpvoice", "aac-in-parts", bytes([6, 25]) + (b"\0\x10\x05\x00" + sound[:97]) * 2)
     write("fuzz_rtpvoice", "configuration", bytes([0x8D, 20]) + b"\x14\x08" + sound[:100])
+    description_head = b"v=0\r\no=- 1 1 IN IP4 10.0.0.5\r\ns=camera\r\nt=0 0\r\na=control:*\r\n"
+    heard = b"m=audio 0 RTP/AVP 0\r\na=control:stream=0\r\na=recvonly\r\n"
+    for name, lines in {
+        "pcmu": b"m=audio 0 RTP/AVP 0\r\n",
+        "static-formats": b"m=audio 0 RTP/AVP 8 2 10 11 0\r\n",
+        "g726": b"m=audio 0 RTP/AVP 96 97\r\na=rtpmap:96 G726-16/8000\r\na=rtpmap:97 AAL2-G726-40/8000\r\n",
+        "l16": b"m=audio 0 RTP/AVP 98\r\na=rtpmap:98 L16/48000/2\r\n",
+        "aac": b"m=audio 0 RTP/AVP 97\r\na=rtpmap:97 MPEG4-GENERIC/16000/1\r\na=fmtp:97 streamtype=5;profile-level-id=2;"
+               b"mode=AAC-hbr;config=1408;sizelength=13;indexlength=3;indexdeltalength=3\r\n",
+        "unknown": b"m=audio 0 RTP/AVP 99\r\na=rtpmap:99 opus/48000/2\r\n",
+    }.items():
+        write("fuzz_sessiondescription", name, description_head + heard + lines + b"a=control:stream=1\r\na=sendonly\r\n")
+    write("fuzz_sessiondescription", "pictures", description_head + b"m=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\n" + heard)
     token = b"0123456789abcdef0123456789abcdef"
     write("fuzz_talkdata", "one", b"<Dest>" + token + b"</Dest>")
     write("fuzz_talkdata", "relayed", b"<Dest>relay/1/" + token + b"</Dest><Dest>" + token + b"</Dest>")

@@ -8,10 +8,13 @@
 namespace {
 
 // RTSP status codes (RFC 2326, clause 7.1.1).
+constexpr int badRequest = 400;
 constexpr int unauthorized = 401;
 constexpr int forbidden = 403;
 constexpr int notFound = 404;
 constexpr int notEnoughBandwidth = 453;
+constexpr int methodNotValid = 455;
+constexpr int aggregateNotAllowed = 459;
 constexpr int unsupportedTransport = 461;
 constexpr int serviceUnavailable = 503;
 
@@ -84,6 +87,13 @@ std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice
     return choice != nullptr ? std::optional(other(error)) : std::nullopt;
 }
 
+bool LineRefusal::isOfMethod(GstMessage* error)
+{
+    // 405 and 501 never come here: rtspsrc takes them for consent.
+    const int status = RtspFailure(error).status;
+    return status == badRequest || status == methodNotValid || status == aggregateNotAllowed;
+}
+
 LineRefusal LineRefusal::other(GstMessage* error)
 {
     const RtspFailure failure(error);
@@ -97,6 +107,12 @@ LineRefusal LineRefusal::untrusted()
 {
     return {ReturnCode::talkRefused,
             QStringLiteral("the camera's certificate is signed by nobody whom this server trusts")};
+}
+
+LineRefusal LineRefusal::elsewhere()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera sends to another address, which is not followed")};
 }
 
 LineRefusal LineRefusal::noLoudspeaker()

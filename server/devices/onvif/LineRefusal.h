@@ -18,11 +18,17 @@ struct LineRefusal
     static std::optional<LineRefusal> of(GstMessage* error, const StreamChoice* choice,
                                          const QString& talkCodec);
 
+    /** Whether an error message of rtspsrc says that the camera does not take the method of a request. */
+    static bool isOfMethod(GstMessage* error);
+
     /** Returns what is left when nothing better is known than an error message of rtspsrc. */
     static LineRefusal other(GstMessage* error);
 
     /** The camera's certificate is signed by nobody whom this machine trusts. */
     static LineRefusal untrusted();
+
+    /** The camera wants to be asked at another address. */
+    static LineRefusal elsewhere();
 
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();

@@ -14,7 +14,8 @@ using std::chrono::duration_cast;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-constexpr milliseconds step{50}; // between two looks at the watchdog
+constexpr milliseconds step{50};                 // between two looks at the watchdog
+constexpr milliseconds maxSilenceOfRecord{1000}; // of a camera that records
 constexpr int dscpShift = 2;
 
 std::int64_t steadyMicroseconds()
@@ -75,6 +76,7 @@ void OnvifLine::say(std::uint32_t position, const QByteArray& muLaw)
 /** On a thread of GStreamer. */
 void OnvifLine::sessionIsAlive()
 {
+    m_hasShownLife = true;
     m_watchdog.alive(Clock::now());
 }
 
@@ -112,7 +114,7 @@ void OnvifLine::run()
 {
     m_deadline = Clock::now() + milliseconds(m_camera.settings.openTimeout);
     if (!m_closing) {
-        if (startSession(true)) {
+        if (startSession(RtspSession::Way::Play)) {
             watch();
         } else {
             refuse({ReturnCode::talkRefused, QStringLiteral("GStreamer's plug-ins for RTSP are missing")});
@@ -123,11 +125,10 @@ void OnvifLine::run()
     m_ended = true;
 }
 
-/** @param backchannel whether it asks for the loudspeaker */
-bool OnvifLine::startSession(bool backchannel)
+bool OnvifLine::startSession(RtspSession::Way way)
 {
     m_session = std::make_unique<RtspSession>(m_camera, m_config, static_cast<RtspSessionListener&>(*this));
-    return m_session->start(backchannel);
+    return m_session->start(way);
 }
 
 /** Ends the session with the camera: a TEARDOWN, which the camera has a short time to answer. */
@@ -158,9 +159,7 @@ void OnvifLine::watch()
             handle(message.get());
         }
         const auto now = Clock::now();
-        if (m_state == State::Opening && now >= m_deadline) {
-            refuse({ReturnCode::cameraTimedOut, QStringLiteral("the camera did not answer in time")});
-        }
+        watchOpening(now);
         if (m_state == State::Settling && now >= m_deadline) {
             m_state = State::Open;
             report([](LineListener& listener) { listener.lineOpened(); });
@@ -168,6 +167,25 @@ void OnvifLine::watch()
         if (m_state == State::Open || m_state == State::Settling) {
             watchOpen(now);
         }
+    }
+}
+
+/**
+ * A session that records counts as open when the camera sends something: rtspsrc reports a method that the
+ * camera does not know as a success.
+ */
+void OnvifLine::watchOpening(Clock::time_point now)
+{
+    if (m_state != State::Opening) {
+        return;
+    }
+    if (m_plays && (!m_hasTriedToRecord || m_hasShownLife)) {
+        open();
+    } else if (m_plays && now >= m_lifeDeadline) {
+        refuse({ReturnCode::talkRefused,
+                QStringLiteral("the camera refuses the talk: it takes neither PLAY nor RECORD")});
+    } else if (now >= m_deadline) {
+        refuse({ReturnCode::cameraTimedOut, QStringLiteral("the camera did not answer in time")});
     }
 }
 
@@ -201,7 +219,8 @@ void OnvifLine::handle(GstMessage* message)
         // Before this rtspsrc swallows packets and calls it a success.
         if (type == GST_PROGRESS_TYPE_COMPLETE && std::strcmp(code, "request") == 0 &&
             m_state == State::Opening) {
-            open();
+            m_plays = true;
+            m_lifeDeadline = Clock::now() + maxSilenceOfRecord;
         }
         break;
     }
@@ -236,6 +255,17 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::untrusted());
         return;
     }
+    if (m_session->wasSentElsewhere()) {
+        refuse(LineRefusal::elsewhere());
+        return;
+    }
+    if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message) && !m_hasTriedToRecord) {
+        m_hasTriedToRecord = true;
+        takeDown();
+        if (startSession(RtspSession::Way::Record)) {
+            return;
+        }
+    }
     const auto choice = m_session->choice();
     const auto refusal = LineRefusal::of(message, choice ? &*choice : nullptr, m_camera.settings.talkCodec);
     if (refusal) {
@@ -249,7 +279,7 @@ void OnvifLine::handleError(GstMessage* message)
 bool OnvifLine::describesItself()
 {
     takeDown();
-    if (!startSession(false)) {
+    if (!startSession(RtspSession::Way::Description)) {
         return false;
     }
     while (!m_closing && Clock::now() < m_deadline) {

@@ -6,6 +6,7 @@
 #include <gst/app/gstappsink.h>
 
 #include <QRandomGenerator>
+#include <QUrl>
 
 namespace {
 
@@ -29,6 +30,18 @@ guint64 count(milliseconds time)
     return static_cast<guint64>(duration_cast<Duration>(time).count());
 }
 
+bool isTls(const QString& address)
+{
+    return address.startsWith(QLatin1String("rtsps:"), Qt::CaseInsensitive);
+}
+
+/** Whether a request goes to the host and the port of a camera's address. */
+bool isSameServer(const QUrl& request, const QUrl& address)
+{
+    const int port = defaultRtspPort(address.scheme());
+    return request.host() == address.host() && request.port(port) == address.port(port);
+}
+
 } // namespace
 
 RtspSession::RtspSession(const CameraRecord& camera, const OnvifConfig& config, RtspSessionListener& listener)
@@ -43,8 +56,9 @@ RtspSession::~RtspSession()
     stop();
 }
 
-bool RtspSession::start(bool backchannel)
+bool RtspSession::start(Way way)
 {
+    m_way = way;
     m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
     m_bus.reset(gst_element_get_bus(m_pipeline.get()));
     GstElement* source = gst_element_factory_make("rtspsrc", nullptr);
@@ -60,11 +74,11 @@ bool RtspSession::start(bool backchannel)
                  "udp-reconnect", FALSE, "tcp-timeout",
                  count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
                  guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
-    if (m_camera.address.startsWith(QLatin1String("rtsps:"), Qt::CaseInsensitive)) {
+    if (isTls(m_camera.address)) {
         g_object_set(source, "do-rtcp", FALSE,
                      nullptr); // the same as in stop: a report may be interrupted, too
     }
-    gst_util_set_object_arg(G_OBJECT(source), "backchannel", backchannel ? "onvif" : "none");
+    gst_util_set_object_arg(G_OBJECT(source), "backchannel", way == Way::Description ? "none" : "onvif");
     gst_util_set_object_arg(G_OBJECT(source), "protocols",
                             settings.transport == CameraTransport::Udp ? "udp" : "tcp");
     g_signal_connect(source, "on-sdp", G_CALLBACK(&RtspSession::onDescription), this);
@@ -211,13 +225,28 @@ void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* ele
     }
 }
 
-/** Whether a request may be sent. A PAUSE would only be interrupted by the TEARDOWN that follows it. */
+/**
+ * Whether a request may be sent, perhaps as another. The TEARDOWN that follows a PAUSE may interrupt it,
+ * which TLS does not bear (see stop).
+ */
 gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request, RtspSession* session)
 {
     const HandOver::Scope scope(session);
     GstRTSPMethod method = GST_RTSP_INVALID;
-    gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
-    return method == GST_RTSP_PAUSE || session->m_isMute ? FALSE : TRUE;
+    const gchar* uri = nullptr;
+    gst_rtsp_message_parse_request(request, &method, &uri, nullptr);
+    if (method == GST_RTSP_DESCRIBE || method == GST_RTSP_OPTIONS) {
+        // Addresses of later requests may be others: they go over this connection all the same.
+        session->m_wasSentElsewhere =
+            session->m_wasSentElsewhere ||
+            (!session->choice() && !isSameServer(QUrl(QString::fromUtf8(uri)), session->m_camera.address));
+    }
+    session->m_hasAskedToPlay = method == GST_RTSP_PLAY;
+    if (method == GST_RTSP_PLAY && session->m_way == Way::Record) {
+        request->type_data.request.method = GST_RTSP_RECORD;
+    }
+    const bool isNeedless = method == GST_RTSP_PAUSE && isTls(session->m_camera.address);
+    return isNeedless || session->m_isMute || session->m_wasSentElsewhere ? FALSE : TRUE;
 }
 
 /** Asked when a certificate is not trusted, before anything is sent. */

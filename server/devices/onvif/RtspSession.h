@@ -50,19 +50,33 @@ public:
     RtspSession(const RtspSession&) = delete;
     RtspSession& operator=(const RtspSession&) = delete;
 
+    /** How the session is opened. */
+    enum class Way
+    {
+        Play,        ///< With the loudspeaker, as ONVIF has it.
+        Record,      ///< The same with RECORD in place of PLAY, as some cameras want it for what they hear.
+        Description, ///< Without the loudspeaker.
+    };
+
     /**
      * Starts to open the session.
      *
-     * @param backchannel whether it asks for the loudspeaker
      * @return false when GStreamer's plug-ins for RTSP are missing
      */
-    bool start(bool backchannel);
+    bool start(Way way);
 
     /** Waits for the next message; null when there is none in time. */
     GstPtr<GstMessage> next(std::chrono::milliseconds patience);
 
     /** Returns what was chosen from the camera's description; empty before it came. */
     std::optional<StreamChoice> choice() const;
+
+    /** Whether the camera wanted to be asked at another host or port, which gets nothing, least of all the
+     * login. */
+    bool wasSentElsewhere() const { return m_wasSentElsewhere; }
+
+    /** Whether the last request was a PLAY. */
+    bool hasAskedToPlay() const { return m_hasAskedToPlay; }
 
     /** Whether the camera's certificate was not trusted, which ends the session. */
     bool isUntrusted() const { return m_untrusted; }
@@ -108,6 +122,9 @@ private:
     bool m_isStopping = false; ///< Nobody may begin to push.
     std::condition_variable m_pushed;
 
+    Way m_way = Way::Play; ///< Changed by start alone.
+    std::atomic<bool> m_hasAskedToPlay{false};
+    std::atomic<bool> m_wasSentElsewhere{false};
     std::atomic<bool> m_untrusted{false};
     std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
 

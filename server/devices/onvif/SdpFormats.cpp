@@ -2,13 +2,13 @@
 
 #include "server/devices/onvif/GstPtr.h"
 
+#include <QRegularExpression>
+
 #include <cstring>
 
 namespace {
 
 constexpr unsigned maxSections = 64;
-constexpr std::size_t maxSounds = 16;
-constexpr unsigned maxFormats = 32;
 
 QString textOf(const GstStructure* caps, const char* name)
 {
@@ -23,6 +23,14 @@ int numberOf(const GstStructure* caps, const char* name, int fallback = 0)
         return text.isEmpty() ? fallback : text.toInt();
     }
     return number;
+}
+
+/** Whether a camera's text can be the name of an encoding, which people may get to see (RFC 4566, "token").
+ */
+bool isName(const QString& text)
+{
+    static const QRegularExpression name(QStringLiteral("\\A[-!#$%&'*+.^_`{|}~A-Z0-9]+\\z"));
+    return text.size() <= SdpFormats::maxName && name.match(text).hasMatch();
 }
 
 /** Payload types that need no rtpmap (RFC 3551, clause 6). */
@@ -58,6 +66,9 @@ RtpFormat SdpFormats::formatOf(const GstStructure* caps)
     if (format.encoding.isEmpty()) {
         return staticFormat(format.payloadType);
     }
+    if (!isName(format.encoding)) {
+        return {};
+    }
     format.clockRate = numberOf(caps, "clock-rate");
     format.channels = numberOf(caps, "encoding-params", 1);
     format.sizeLength = numberOf(caps, "sizelength");
@@ -80,7 +91,7 @@ std::vector<SdpFormats::Sound> SdpFormats::soundsOf(const GstSDPMessage* descrip
         Sound sound;
         sound.stream = section;
         sound.toCamera = gst_sdp_media_get_attribute_val(media, "sendonly") != nullptr;
-        const unsigned formats = std::min(gst_sdp_media_formats_len(media), maxFormats);
+        const unsigned formats = std::min(gst_sdp_media_formats_len(media), unsigned{maxFormats});
         for (unsigned i = 0; i < formats; ++i) {
             const int payloadType = QByteArray(gst_sdp_media_get_format(media, i)).toInt();
             const GstPtr<GstCaps> caps(gst_sdp_media_get_caps_from_media(media, payloadType));

@@ -10,6 +10,10 @@
 /** What a session description says of sound. Any thread. */
 namespace SdpFormats {
 
+constexpr std::size_t maxSounds = 16;  ///< That are read of a description.
+constexpr std::size_t maxFormats = 32; ///< The same of a sound.
+constexpr int maxName = 32;            ///< Characters of an encoding's name; longer ones are left out.
+
 /** One sound of a camera. */
 struct Sound
 {
@@ -21,7 +25,7 @@ struct Sound
 /** Reads the description of a stream; without an encoding when it has none. */
 RtpFormat formatOf(const GstStructure* caps);
 
-/** Returns all sounds of a description, at most 16. */
+/** Returns the sounds of a description. */
 std::vector<Sound> soundsOf(const GstSDPMessage* description);
 
 } // namespace SdpFormats

@@ -4,6 +4,7 @@
 #include "server/devices/onvif/OnvifDevices.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/server/onvif/TalkProbe.h"
+#include "tests/server/onvif/WireTap.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -21,6 +22,8 @@ private Q_SLOTS:
     void goesWithTalksOpen();
     void marksWhatItSends_data();
     void marksWhatItSends();
+    void isMarkedAtTheReceiver_data();
+    void isMarkedAtTheReceiver();
     void twentyCamerasAtOnce();
 };
 
@@ -211,6 +214,49 @@ void TestOnvifServer::marksWhatItSends()
     QVERIFY(!server.open(server.add("Gate", camera.address(), settings)).isEmpty());
     QVERIFY(hasMarkedSocket(type, port, trafficClass));
     QVERIFY(type != SOCK_STREAM || !hasMarkedSocket(type, port, trafficClass + 4));
+}
+
+void TestOnvifServer::isMarkedAtTheReceiver_data()
+{
+    QTest::addColumn<QVariantMap>("settings");
+    QTest::addColumn<int>("protocol");
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("trafficClass");
+    constexpr int rtp = 12 + 160;
+    QTest::newRow("TCP") << QVariantMap() << int{IPPROTO_TCP} << rtp + 4 << 46 * 4;
+    QTest::newRow("UDP") << QVariantMap{{"transport", "udp"}} << int{IPPROTO_UDP} << rtp << 46 * 4;
+    QTest::newRow("UDP, marked otherwise")
+        << QVariantMap{{"transport", "udp"}, {"dscp", 10}} << int{IPPROTO_UDP} << rtp << 10 * 4;
+}
+
+/** Packets of the size of those to the camera, as they come out of the network. */
+void TestOnvifServer::isMarkedAtTheReceiver()
+{
+    QFETCH(QVariantMap, settings);
+    QFETCH(int, protocol);
+    QFETCH(int, size);
+    QFETCH(int, trafficClass);
+    WireTap tap;
+    if (!tap.isOpen()) {
+        QSKIP("Needs the right to see the packets of the loopback interface (CAP_NET_RAW).");
+    }
+    TestCamera camera({"--voice", "mute"});
+    const int port = camera.address().section(':', 2).section('/', 0, 0).toInt();
+    OnvifServer server;
+    const QString token = server.open(server.add("Gate", camera.address(), settings));
+    tap.take();
+    for (int i = 0; i < 3; ++i) {
+        QCOMPARE(server.say(token).returnCode, ReturnCode::success);
+    }
+    int seen = 0;
+    QVERIFY(ServerHarness::waitFor([&] {
+        for (const WireTap::Packet& packet : tap.take()) {
+            const bool isOurs = packet.protocol == protocol && packet.size == size &&
+                                (protocol == IPPROTO_UDP || packet.port == port);
+            seen += isOurs && packet.trafficClass == trafficClass ? 1 : 0;
+        }
+        return seen >= 12;
+    }));
 }
 
 void TestOnvifServer::twentyCamerasAtOnce()

@@ -110,7 +110,7 @@ void TestOnvifTls::endsWhileItSends()
     for (int round = 1; round <= (hangs ? 1 : 8); ++round) {
         RtspSession session(record, OnvifConfig(), listener);
         listener.isAlive = false;
-        QVERIFY(session.start(true));
+        QVERIFY(session.start(RtspSession::Way::Play));
         QTRY_VERIFY(listener.isAlive);
         if (hangs) {
             camera.stop();

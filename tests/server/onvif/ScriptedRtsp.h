@@ -1,0 +1,130 @@
+#pragma once
+
+#include <QByteArrayList>
+#include <QHash>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QUrl>
+
+/**
+ * A camera in the test's own process that answers RTSP requests over TCP as its script says, and hears mu-law
+ * as payload type 0; for what gst-rtsp-server never does.
+ */
+class ScriptedRtsp : public QObject
+{
+public:
+    ScriptedRtsp()
+    {
+        m_server.listen(QHostAddress::LocalHost);
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket* socket = m_server.nextPendingConnection()) {
+                ++connections;
+                connect(socket, &QIODevice::readyRead, this, [this, socket] { read(socket); });
+            }
+        });
+    }
+
+    QString address(const QString& path = QStringLiteral("/talk")) const
+    {
+        return QStringLiteral("rtsp://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path);
+    }
+
+    /** Whether a request with the method came whose text has the other one. */
+    bool hasRequest(const QByteArray& method, const QByteArray& text = QByteArray()) const
+    {
+        return std::any_of(requests.begin(), requests.end(), [&](const QByteArray& request) {
+            return request.startsWith(method + ' ') && request.contains(text);
+        });
+    }
+
+    /** Its answer to a method, or to a method and a path: status and further lines of the header, after an
+     * empty one a body. */
+    QHash<QByteArray, QByteArray> answers{
+        {"OPTIONS", "200 OK\r\nPublic: OPTIONS, DESCRIBE, SETUP, PLAY, RECORD, TEARDOWN\r\n\r\n"},
+        {"DESCRIBE", describes(description())},
+        {"SETUP", "200 OK\r\n\r\n"},
+    };
+
+    static QByteArray description()
+    {
+        return "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nt=0 0\r\n"
+               "m=audio 0 RTP/AVP 0\r\na=control:heard\r\na=recvonly\r\n"
+               "m=audio 0 RTP/AVP 0\r\na=control:talk\r\na=sendonly\r\n";
+    }
+
+    static QByteArray describes(const QByteArray& body)
+    {
+        return "200 OK\r\nContent-Type: application/sdp\r\nContent-Length: " +
+               QByteArray::number(body.size()) + "\r\n\r\n" + body;
+    }
+
+    bool speaks = true;      ///< It sends some sound when it plays or records.
+    QByteArrayList requests; ///< Their headers.
+    int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
+    int connections = 0;
+
+private:
+    void read(QTcpSocket* socket)
+    {
+        QByteArray& received = m_received[socket];
+        received += socket->readAll();
+        for (;;) {
+            if (received.startsWith('$')) { // RFC 2326, clause 10.12
+                const int size = received.size() < 4 ? 0
+                                                     : static_cast<quint8>(received[2]) << 8 |
+                                                           static_cast<quint8>(received[3]);
+                if (received.size() < 4 || received.size() < 4 + size) {
+                    return;
+                }
+                packets += received[1] == m_talkChannel ? 1 : 0;
+                received.remove(0, 4 + size);
+                continue;
+            }
+            const int end = received.indexOf("\r\n\r\n");
+            if (end < 0) {
+                return;
+            }
+            requests.append(received.left(end));
+            received.remove(0, end + 4);
+            answer(socket, requests.last());
+        }
+    }
+
+    void answer(QTcpSocket* socket, const QByteArray& request)
+    {
+        const auto field = [&](const QByteArray& name) {
+            for (const QByteArray& line : request.split('\n')) {
+                if (line.toLower().startsWith(name.toLower() + ':')) {
+                    return line.mid(name.size() + 1).trimmed();
+                }
+            }
+            return QByteArray();
+        };
+        const QByteArray method = request.left(request.indexOf(' '));
+        const QByteArray path = QUrl(QString::fromUtf8(request.split(' ').value(1))).path().toUtf8();
+        QByteArray text = answers.value(method + ' ' + path, answers.value(method, "200 OK\r\n\r\n"));
+        QByteArray more = "CSeq: " + field("CSeq") + "\r\nSession: 1\r\n";
+        if (method == "SETUP") {
+            more += "Transport: " + field("Transport") + "\r\n";
+            if (request.left(request.indexOf('\n')).contains("/talk ")) {
+                const QByteArray transport = field("Transport");
+                m_talkChannel = static_cast<char>(
+                    transport.mid(transport.indexOf("interleaved=") + 12).split('-').first().toInt());
+            }
+        }
+        text.insert(text.indexOf("\r\n") + 2, more);
+        socket->write("RTSP/1.0 " + text);
+        if ((method == "PLAY" || method == "RECORD") && text.startsWith("200")) {
+            QByteArray packet =
+                QByteArray::fromHex("240000ac8000000100000000aabbccdd") + QByteArray(160, '\xFF');
+            for (char sequence = 1; speaks && sequence < 4; ++sequence) {
+                packet[7] = sequence;
+                socket->write(packet);
+            }
+        }
+    }
+
+    QTcpServer m_server;
+    QHash<QTcpSocket*, QByteArray> m_received;
+    char m_talkChannel = 2;
+};

@@ -1,0 +1,177 @@
+// Lines to cameras that do what gst-rtsp-server never does.
+
+#include "protocol/ServerReply.h"
+#include "tests/server/onvif/ScriptedRtsp.h"
+#include "tests/server/onvif/TalkProbe.h"
+
+class TestOnvifScripts : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void talks();
+    void recordsWhatItDoesNotPlay_data();
+    void recordsWhatItDoesNotPlay();
+    void refusesToRecord_data();
+    void refusesToRecord();
+    void sendsElsewhere_data();
+    void sendsElsewhere();
+    void streamsElsewhere();
+    void answersWithoutAnEnd_data();
+    void answersWithoutAnEnd();
+    void codecsWithoutNames();
+    void followsWithinTheCamera();
+};
+
+/** The script itself is that of a camera that can be talked to. */
+void TestOnvifScripts::talks()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(probe.say(2));
+    QVERIFY(probe.waitFor([&] { return camera.packets == 8; }));
+    QVERIFY(probe.close());
+    QVERIFY(camera.hasRequest("PLAY", "Require: www.onvif.org/ver20/backchannel"));
+    QVERIFY(!camera.hasRequest("RECORD"));
+    QVERIFY(probe.waitFor([&] { return camera.hasRequest("TEARDOWN"); }));
+}
+
+void TestOnvifScripts::recordsWhatItDoesNotPlay_data()
+{
+    QTest::addColumn<QByteArray>("refusal");
+    for (const char* refusal :
+         {"400 Bad Request", "455 Method Not Valid in This State", "459 Aggregate Operation Not Allowed"}) {
+        QTest::newRow(refusal) << QByteArray(refusal);
+    }
+}
+
+void TestOnvifScripts::recordsWhatItDoesNotPlay()
+{
+    QFETCH(QByteArray, refusal);
+    ScriptedRtsp camera;
+    camera.answers["PLAY"] = refusal + "\r\n\r\n";
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(camera.hasRequest("RECORD", "Require: www.onvif.org/ver20/backchannel"));
+    QVERIFY(probe.say(2));
+    QVERIFY(probe.waitFor([&] { return camera.packets == 8; }));
+    QVERIFY(probe.close());
+    QVERIFY(probe.waitFor([&] { return camera.hasRequest("TEARDOWN"); }));
+}
+
+void TestOnvifScripts::refusesToRecord_data()
+{
+    QTest::addColumn<QByteArray>("refusal");
+    for (const char* refusal : {"400 Bad Request", "405 Method Not Allowed",
+                                "455 Method Not Valid in This State", "501 Not Implemented"}) {
+        QTest::newRow(refusal) << QByteArray(refusal);
+    }
+}
+
+void TestOnvifScripts::refusesToRecord()
+{
+    QFETCH(QByteArray, refusal);
+    ScriptedRtsp camera;
+    camera.answers["PLAY"] = "455 Method Not Valid in This State\r\n\r\n";
+    camera.answers["RECORD"] = refusal + "\r\n\r\n"; // two of which rtspsrc takes for consent
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    qInfo("%s", qPrintable(probe.reason));
+    QCOMPARE(camera.connections, 2); // it is not tried for ever
+}
+
+void TestOnvifScripts::sendsElsewhere_data()
+{
+    QTest::addColumn<QByteArray>("status");
+    QTest::newRow("for a while") << QByteArray("302 Moved Temporarily");
+    QTest::newRow("for ever") << QByteArray("301 Moved Permanently");
+}
+
+/** The login belongs to the camera's address. */
+void TestOnvifScripts::sendsElsewhere()
+{
+    QFETCH(QByteArray, status);
+    ScriptedRtsp camera;
+    ScriptedRtsp other;
+    const QByteArray challenge = "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"other\"\r\n\r\n";
+    other.answers["OPTIONS"] = challenge;
+    other.answers["DESCRIBE"] = challenge;
+    camera.answers["DESCRIBE"] = status + "\r\nLocation: " + other.address().toLatin1() + "\r\n\r\n";
+    TalkProbe probe(camera.address(), CameraSettings(), "anna", "secret");
+    QVERIFY(probe.refuse());
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    QVERIFY2(other.requests.isEmpty(), other.requests.value(0).constData());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("another address"), qPrintable(probe.reason));
+}
+
+/** Streams at another host are asked for at the camera, which may know it by that name. */
+void TestOnvifScripts::streamsElsewhere()
+{
+    ScriptedRtsp camera;
+    ScriptedRtsp other;
+    const QByteArray path = "a=control:" + other.address("/").toLatin1();
+    camera.answers["DESCRIBE"] =
+        ScriptedRtsp::describes(ScriptedRtsp::description().replace("a=control:", path));
+    TalkProbe probe(camera.address(), CameraSettings(), "anna", "secret");
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(camera.hasRequest("SETUP", other.address("/").toLatin1()));
+    QCOMPARE(other.connections, 0);
+}
+
+void TestOnvifScripts::answersWithoutAnEnd_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::newRow("a body of gigabytes")
+        << QByteArray("200 OK\r\nContent-Type: application/sdp\r\nContent-Length: 4000000000\r\n\r\nv=0\r\n");
+    QTest::newRow("a long line") << "200 OK\r\nX-Line: " + QByteArray(1 << 17, 'x');
+    QByteArray lines;
+    for (int i = 0; i < 10000; ++i) {
+        lines += "X-Line: x\r\n";
+    }
+    QTest::newRow("lines without an end") << "200 OK\r\n" + lines;
+    QTest::newRow("a negative length") << QByteArray("200 OK\r\nContent-Length: -1\r\n\r\n");
+}
+
+void TestOnvifScripts::answersWithoutAnEnd()
+{
+    QFETCH(QByteArray, answer);
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = answer;
+    CameraSettings settings;
+    settings.openTimeout = 1000;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.refuse());
+    QVERIFY2(probe.refusedAfter < 1500, qPrintable(QString::number(probe.refusedAfter)));
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+}
+
+/** What a camera calls its codecs gets to people only when it is a name. */
+void TestOnvifScripts::codecsWithoutNames()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = ScriptedRtsp::describes(
+        "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nt=0 0\r\nm=audio 0 RTP/AVP 96 97 98\r\na=rtpmap:96 "
+        "\x1b[31m/8000\r\n"
+        "a=rtpmap:97 " +
+        QByteArray(5000, 'x') + "/8000\r\na=rtpmap:98 OPUS/48000\r\na=control:talk\r\na=sendonly\r\n");
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QVERIFY2(probe.reason.contains("takes OPUS/48000, which"), qPrintable(probe.reason));
+}
+
+/** The same camera, whose stream has moved. */
+void TestOnvifScripts::followsWithinTheCamera()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE /talk"] =
+        "302 Moved Temporarily\r\nLocation: " + camera.address("/other").toLatin1() + "\r\n\r\n";
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(camera.hasRequest("PLAY", "/other"));
+}
+
+QTEST_GUILESS_MAIN(TestOnvifScripts)
+#include "tst_onvifscripts.moc"
