@@ -31,6 +31,7 @@ const Message messages[] = {
     {&ReturnCode::cameraBusy, QT_TRANSLATE_NOOP("ErrorMessages", "the camera is busy with others")},
     {&ReturnCode::cameraTimedOut, QT_TRANSLATE_NOOP("ErrorMessages", "the camera did not answer in time")},
     {&ReturnCode::talkRefused, QT_TRANSLATE_NOOP("ErrorMessages", "the camera refuses the talk")},
+    {&ReturnCode::noPicture, QT_TRANSLATE_NOOP("ErrorMessages", "the camera gives no picture")},
     {&ReturnCode::storageFailed,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server cannot store it; is its disk full?")},
     {&ReturnCode::noSuchDevice, QT_TRANSLATE_NOOP("ErrorMessages", "the speaker is not there any more")},

@@ -19,6 +19,7 @@ inline const QString noLoudspeaker = QStringLiteral("208");  ///< The camera off
 inline const QString cameraBusy = QStringLiteral("209");     ///< The camera is busy with others.
 inline const QString cameraTimedOut = QStringLiteral("210"); ///< The camera did not answer in time.
 inline const QString talkRefused = QStringLiteral("211"); ///< The camera refuses the talk; the text says why.
+inline const QString noPicture = QStringLiteral("212");   ///< The camera gives no picture; the text says why.
 inline const QString storageFailed =
     QStringLiteral("301"); ///< A recording or the database cannot be written or read.
 inline const QString noSuchDevice = QStringLiteral("401");      ///< No device has the id.
@@ -44,13 +45,14 @@ inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An up
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,         &unknownCommand, &malformedRequest,  &noSuchCamera,    &cameraOffline,
-    &noSuchTalk,      &badTalkPacket,  &noVoice,           &speakerOffline,  &loginRefused,
-    &noLoudspeaker,   &cameraBusy,     &cameraTimedOut,    &talkRefused,     &storageFailed,
-    &noSuchDevice,    &noSuchFile,     &noSuchGroup,       &noSuchSchedule,  &badName,
-    &nameTaken,       &badAddress,     &badPort,           &badCredentials,  &badList,
-    &badSchedule,     &badCameraKind,  &tooManyRecords,    &nothingToPlayOn, &brokenFile,
-    &playbackStopped, &speakerTaken,   &badCameraSettings, &tooManyRequests, &fileRefused,
+    &success,       &unknownCommand,  &malformedRequest, &noSuchCamera,      &cameraOffline,
+    &noSuchTalk,    &badTalkPacket,   &noVoice,          &speakerOffline,    &loginRefused,
+    &noLoudspeaker, &cameraBusy,      &cameraTimedOut,   &talkRefused,       &noPicture,
+    &storageFailed, &noSuchDevice,    &noSuchFile,       &noSuchGroup,       &noSuchSchedule,
+    &badName,       &nameTaken,       &badAddress,       &badPort,           &badCredentials,
+    &badList,       &badSchedule,     &badCameraKind,    &tooManyRecords,    &nothingToPlayOn,
+    &brokenFile,    &playbackStopped, &speakerTaken,     &badCameraSettings, &tooManyRequests,
+    &fileRefused,
 };
 
 } // namespace ReturnCode

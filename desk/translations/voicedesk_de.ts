@@ -534,6 +534,10 @@
         <source>%1 (the server: %2)</source>
         <translation>%1 (der Server: %2)</translation>
     </message>
+    <message>
+        <source>the camera gives no picture</source>
+        <translation>die Kamera liefert kein Bild</translation>
+    </message>
 </context>
 <context>
     <name>FilesPage</name>

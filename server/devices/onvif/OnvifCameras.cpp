@@ -24,6 +24,7 @@ void OnvifCameras::setRecords(const QList<CameraRecord>& records)
 {
     if (m_records != records) {
         m_records = records;
+        m_pictures.setRecords(records);
         Q_EMIT camerasChanged();
     }
 }
@@ -64,4 +65,9 @@ bool OnvifCameras::askCamera(const CameraRecord& camera, TakeReport take)
 {
     m_inquiries.ask(camera, take);
     return true;
+}
+
+bool OnvifCameras::askPicture(const QString& camera, TakePicture take)
+{
+    return m_pictures.ask(camera, take);
 }

@@ -21,6 +21,14 @@ struct OnvifSearch
         OnvifDiscovery::usualInterfaces; ///< In these networks.
 };
 
+/** How cameras are asked for pictures. */
+struct OnvifPictureTimes
+{
+    int question = 5000; ///< Time limit of the picture itself, ms; its address has that of OnvifDevice.
+    int afterRefusal = 30 * 1000; ///< ms that a camera which refuses is not asked again: it may lock logins.
+    int afterSilence = 5 * 1000;  ///< The same for one that does not answer.
+};
+
 /** How the ONVIF cameras of a server are set up. */
 struct OnvifConfig
 {
@@ -29,6 +37,7 @@ struct OnvifConfig
     std::chrono::milliseconds teardown{300};     ///< How long the end of a talk waits for the camera.
     std::chrono::milliseconds jitterBuffer{100}; ///< How long a late packet of the camera is waited for.
     OnvifSearch search{};                        ///< Where cameras are looked for.
+    OnvifPictureTimes pictures{};                ///< How they are asked for pictures.
 };
 
 /** Returns the port of RTSP addresses that name none (RFC 7826, clause 24). @param scheme "rtsp" or "rtsps"
