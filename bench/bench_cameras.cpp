@@ -1,7 +1,11 @@
 // Talks to cameras over RTSP on this machine: how late what is said and heard comes, and what many talks
 // cost.
 
+#include "server/devices/onvif/CameraPresence.h"
 #include "tests/server/onvif/TalkProbe.h"
+
+#include <QTcpServer>
+#include <QTcpSocket>
 
 #include <benchmark/benchmark.h>
 
@@ -95,6 +99,53 @@ void thereAndBack(benchmark::State& state)
     report(state, late);
 }
 
+/** Questions to 100 cameras, at ten times their pace: processor time of this process at the usual pace. */
+void presenceOf100Cameras(benchmark::State& state)
+{
+    constexpr int cameras = 100;
+    constexpr int periods = 3;
+    constexpr int faster = 10;
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    int asked = 0;
+    QObject::connect(&server, &QTcpServer::newConnection, [&] {
+        while (QTcpSocket* socket = server.nextPendingConnection()) {
+            ++asked;
+            QObject::connect(socket, &QTcpSocket::readyRead, [socket] {
+                socket->write(socket->readAll().startsWith("OPTIONS")
+                                  ? QByteArray("RTSP/1.0 200 OK\r\nCSeq: 1\r\n\r\n")
+                                  : QByteArray("HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n"));
+            });
+            QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        }
+    });
+    for (auto _ : state) {
+        PresencePace pace;
+        pace.period /= faster;
+        CameraPresence presence(pace);
+        QList<CameraRecord> records;
+        const bool rtsp = state.range(0) == 0;
+        for (int i = 0; i < cameras; ++i) {
+            records.append({QString::number(i + 1), QString(), onvifKind(),
+                            (rtsp ? QStringLiteral("rtsp://127.0.0.1:%1/") : QStringLiteral("127.0.0.1:%1"))
+                                .arg(server.serverPort())});
+        }
+        presence.setRecords(records);
+        TalkProbe::waitFor([&] { return asked >= cameras; });
+        asked = 0;
+        QElapsedTimer clock;
+        clock.start();
+        QEventLoop loop;
+        QTimer::singleShot(pace.period * periods, &loop, &QEventLoop::quit);
+        const std::clock_t before = std::clock();
+        loop.exec();
+        const double used = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+        state.counters["asked"] = asked;
+        state.counters["core_percent"] =
+            used * 100 * 1000 / static_cast<double>(clock.elapsed()) / faster; // with the cameras' own part
+    }
+}
+
 /** From the request to the open line. */
 void untilTheLineIsOpen(benchmark::State& state)
 {
@@ -168,6 +219,7 @@ BENCHMARK(fromBackEndToCamera)
     ->UseRealTime();
 BENCHMARK(thereAndBack)->ArgName("packet_ms")->Arg(20)->Arg(80)->Iterations(1)->UseRealTime();
 BENCHMARK(untilTheLineIsOpen)->Iterations(20)->UseRealTime();
+BENCHMARK(presenceOf100Cameras)->ArgName("service")->Arg(0)->Arg(1)->Iterations(1)->UseRealTime();
 BENCHMARK(talksAtOnce)->Arg(50)->Iterations(1)->UseRealTime();
 
 int main(int argc, char** argv)

@@ -21,6 +21,7 @@ struct CameraSettings
     bool noDelay = true;         ///< TCP_NODELAY on the connection.
     int dscp = 46;               ///< Differentiated services code point of what is sent, 0 to 63; RFC 3246.
     int openTimeout = 10 * 1000; ///< ms until a talk that does not open is refused.
+    bool severalTalks = false;   ///< Several clients may talk to it at a time.
     bool anyCertificate = false; ///< With rtsps, a certificate that nobody known has signed will do.
 
     static constexpr int maxReadinessDelay = 10 * 1000; ///< ms
@@ -35,7 +36,7 @@ struct CameraSettings
                talkCodec == other.talkCodec && readinessDelay == other.readinessDelay &&
                evenPace == other.evenPace && halfDuplex == other.halfDuplex && noDelay == other.noDelay &&
                dscp == other.dscp && openTimeout == other.openTimeout &&
-               anyCertificate == other.anyCertificate;
+               anyCertificate == other.anyCertificate && severalTalks == other.severalTalks;
     }
     /** Returns the opposite. */
     bool operator!=(const CameraSettings& other) const { return !(*this == other); }

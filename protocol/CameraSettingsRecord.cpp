@@ -91,6 +91,7 @@ bool readSetting(const QString& key, const QVariant& value, CameraSettings& sett
     return (key == Words::evenPace && readFlag(value, settings.evenPace)) ||
            (key == Words::halfDuplex && readFlag(value, settings.halfDuplex)) ||
            (key == Words::noDelay && readFlag(value, settings.noDelay)) ||
+           (key == Words::severalTalks && readFlag(value, settings.severalTalks)) ||
            (key == Words::anyCertificate && readFlag(value, settings.anyCertificate));
 }
 
@@ -109,6 +110,7 @@ QVariantMap CameraSettingsRecord::toMap(const CameraSettings& settings)
         {Words::dscp, settings.dscp},
         {Words::openTimeout, settings.openTimeout},
         {Words::anyCertificate, settings.anyCertificate},
+        {Words::severalTalks, settings.severalTalks},
     };
 }
 

@@ -38,6 +38,7 @@ inline const QString noDelay = QStringLiteral("noDelay");
 inline const QString dscp = QStringLiteral("dscp");
 inline const QString openTimeout = QStringLiteral("openTimeout");
 inline const QString anyCertificate = QStringLiteral("anyCertificate");
+inline const QString severalTalks = QStringLiteral("severalTalks");
 /** @} */
 
 /**

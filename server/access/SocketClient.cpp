@@ -119,6 +119,8 @@ void SocketClient::login(const WireMessage& message)
         return;
     }
     m_loginTimer.stop(); // from here on the time is the server's: many logins wait for each other
+    m_name = message.name.isEmpty() ? QStringLiteral("a client at %1").arg(m_socket->peerAddress().toString())
+                                    : message.name;
     m_loginNumber = m_logins.check(message.name, message.secret);
 }
 
@@ -135,7 +137,7 @@ void SocketClient::answerLogin(bool admitted)
     m_loginTimer.stop();
     m_socket->setMaxAllowedIncomingMessageSize(m_config.maxMessageBytes);
     m_socket->setMaxAllowedIncomingFrameSize(m_config.maxMessageBytes);
-    m_session = std::make_unique<ServerSession>(m_server);
+    m_session = std::make_unique<ServerSession>(m_server, m_name);
     connect(m_session.get(), &ServerSession::replied, this,
             [this](const QString& command, quint64 request, const ServerReply& reply) {
                 WireMessage answer;

@@ -40,6 +40,7 @@ private:
     std::unique_ptr<QWebSocket> m_socket;
     std::unique_ptr<ServerSession> m_session; ///< Null until the login.
     QTimer m_loginTimer;
+    QString m_name;            ///< Who logs in, for people.
     quint64 m_loginNumber = 0; ///< Of the login that is being checked; 0 for none.
     bool m_dropped = false;
     bool m_refused = false; ///< Not dropped yet, but its messages are ignored.

@@ -14,7 +14,8 @@ void LateReply::send(const ServerReply& reply) const
     }
 }
 
-ServerSession::ServerSession(CommandExecutor& executor) : m_executor(executor)
+ServerSession::ServerSession(CommandExecutor& executor, QString client)
+    : m_executor(executor), m_client(std::move(client))
 {
     m_executor.openSession(*this);
 }

@@ -33,9 +33,15 @@ class ServerSession : public QObject
     Q_OBJECT
 
 public:
-    /** @param executor outlives the session */
-    explicit ServerSession(CommandExecutor& executor);
+    /**
+     * @param executor outlives the session
+     * @param client   who it is, for people: a user, or an address
+     */
+    explicit ServerSession(CommandExecutor& executor, QString client = QStringLiteral("another client"));
     ~ServerSession() override;
+
+    /** Returns who the client is, for people. */
+    QString client() const { return m_client; }
 
     /** Executes a command; replied follows. @param request the client's number for it, which each reply
      * carries */
@@ -65,6 +71,7 @@ Q_SIGNALS:
 
 private:
     CommandExecutor& m_executor;
+    const QString m_client;
     QString m_command;     ///< While it is being executed.
     quint64 m_request = 0; ///< Of that command.
 };

@@ -13,11 +13,13 @@
 /** A camera as a back end knows it. */
 struct Camera
 {
-    QString id;         ///< Unique on the server.
-    QString name;       ///< For people.
-    bool online = true; ///< As far as the back end knows.
-    QString kind{};     ///< Name of its CameraKind.
-    QString address{};  ///< Empty for one that is not in the server's records.
+    QString id;               ///< Unique on the server.
+    QString name;             ///< For people.
+    bool online = true;       ///< As far as the back end knows.
+    QString kind{};           ///< Name of its CameraKind.
+    QString address{};        ///< Empty for one that is not in the server's records.
+    bool isExclusive = false; ///< One client at a time talks to it.
+    bool isTried = false;     ///< A talk to it is opened even where it seems to be offline.
 };
 
 /** A camera of the server's records. */

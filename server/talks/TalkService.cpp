@@ -60,9 +60,15 @@ std::optional<ServerReply> TalkService::startTalk(ServerSession& session, const 
         if (camera == cameras.end()) {
             continue;
         }
-        if (!camera->online) {
+        if (!camera->online && !camera->isTried) {
             return refusal(ReturnCode::cameraOffline,
                            QStringLiteral("camera \"%1\" is offline").arg(camera->name));
+        }
+        const ServerSession* other = camera->isExclusive ? otherThatTalks(camId, session) : nullptr;
+        if (other != nullptr) {
+            return refusal(
+                ReturnCode::cameraBusy,
+                QStringLiteral("camera \"%1\" is in a talk with %2").arg(camera->name, other->client()));
         }
         if (!mayOpen(session)) {
             return refusal(ReturnCode::malformedRequest, QStringLiteral("too many open talks"));
@@ -84,6 +90,17 @@ std::optional<ServerReply> TalkService::startTalkToSpeaker(ServerSession& sessio
     }
     open(session, speaker.id, {{Vocabulary::deviceID, speaker.id}}, backend.openTalk(speaker));
     return std::nullopt;
+}
+
+/** Another client with a talk to a camera that it has not lost or forgotten; null for none. */
+const ServerSession* TalkService::otherThatTalks(const QString& camera, const ServerSession& session) const
+{
+    const auto found = std::find_if(m_talks.begin(), m_talks.end(), [&](const auto& talk) {
+        return talk.second.device == 0 && talk.second.session != &session &&
+               talk.second.state != Talk::Lost && !talk.second.forgotten &&
+               talk.second.answer.value(Vocabulary::camId) == camera;
+    });
+    return found == m_talks.end() ? nullptr : found->second.session;
 }
 
 bool TalkService::mayOpen(const ServerSession& session) const

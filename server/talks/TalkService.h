@@ -51,7 +51,8 @@ public:
      *
      * @param payload a map: camId, relayPath
      * @return nothing when it is being opened; the later reply is a map: camId, talkToken, relayPath, or a
-     * refusal. Or noSuchCamera, cameraOffline or malformedRequest, for too many talks
+     * refusal. Or noSuchCamera, cameraOffline, cameraBusy, when another client talks to a camera that takes
+     * one, or malformedRequest, for too many talks
      */
     std::optional<ServerReply> startTalk(ServerSession& session, const QVariant& payload);
 
@@ -107,6 +108,7 @@ private:
     using Talks = std::map<QString, Talk>; ///< By token.
 
     bool mayOpen(const ServerSession& session) const;
+    const ServerSession* otherThatTalks(const QString& camera, const ServerSession& session) const;
     void open(ServerSession& session, int device, const QVariantMap& answer,
               std::unique_ptr<DeviceTalk> line);
     void opened(const QString& token);

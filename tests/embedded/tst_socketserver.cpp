@@ -4,6 +4,7 @@
 #include "server/access/ServerCertificate.h"
 #include "tests/embedded/RawClient.h"
 #include "tests/embedded/SocketHarness.h"
+#include "tests/server/AwkwardServer.h"
 #include "tests/support/WavFiles.h"
 
 #include <QTcpSocket>
@@ -31,6 +32,8 @@ private Q_SLOTS:
     void tooManyClients();
     void twoHundredClients();
     void clientsAreKeptApart();
+    void othersAreToldWhoTalks_data();
+    void othersAreToldWhoTalks();
 
 private:
     QTemporaryDir m_folder;
@@ -310,6 +313,40 @@ void TestSocketServer::clientsAreKeptApart()
     QVERIFY(waitFor([&] { return secondReplied.size() == 1; }));
     QCOMPARE(secondReplied[0][3].toString(), QString("203")); // another client's talk
     QCOMPARE(firstReplied.size(), 1);
+}
+
+void TestSocketServer::othersAreToldWhoTalks_data()
+{
+    QTest::addColumn<QString>("user");
+    QTest::addColumn<QString>("secret");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("a user") << "anna"
+                            << "right"
+                            << "camera \"Gate\" is in a talk with anna";
+    QTest::newRow("a token") << ""
+                             << "the-token"
+                             << "camera \"Gate\" is in a talk with a client at 127.0.0.1";
+}
+
+void TestSocketServer::othersAreToldWhoTalks()
+{
+    QFETCH(QString, user);
+    QFETCH(QString, secret);
+    QFETCH(QString, words);
+    Awkward awkward;
+    awkward.devices->cameras[0].isExclusive = true;
+    SocketServer server(*awkward.harness->server, config(), nullptr);
+    QVERIFY(server.listen());
+    SocketLinkConfig login = to(server);
+    login.user = user;
+    login.secret = secret;
+    OpenedLink first(login);
+    QVERIFY(first.isUp());
+    first.send("StartTalk", gate, 1);
+    QVERIFY(waitFor([&] { return !awkward.devices->talks.empty(); }));
+    const ServerReply reply = awkward.harness->ask("StartTalk", gate);
+    QCOMPARE(reply.returnCode, ReturnCode::cameraBusy);
+    QCOMPARE(reply.errorText, words);
 }
 
 QTEST_GUILESS_MAIN(TestSocketServer)

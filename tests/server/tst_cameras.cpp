@@ -313,6 +313,8 @@ void TestCameras::settings_data()
     row("half duplex", "halfDuplex", true, true);
     row("Nagle's delay", "noDelay", false, true);
     row("any certificate", "anyCertificate", true, true);
+    row("several talks", "severalTalks", true, true);
+    row("several talks as a number", "severalTalks", 2, false);
     row("an unknown setting", "colour", "red", false);
 }
 

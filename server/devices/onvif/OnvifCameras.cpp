@@ -2,38 +2,55 @@
 
 #include "protocol/ServerReply.h"
 #include "server/devices/RefusedTalk.h"
-#include "server/devices/onvif/OnvifTalk.h"
+#include "server/devices/onvif/LocatedTalk.h"
 
 #include <algorithm>
 
 namespace {
 
-/** The URL of a camera's stream; a host alone has the shortest one. */
-QString streamUrl(const QString& address)
+/** Whether a refusal with this code shows that the camera is there; empty when it shows nothing. */
+std::optional<bool> presenceBy(const QString& returnCode)
 {
-    if (address.contains(QStringLiteral("://"))) {
-        return address;
+    if (returnCode == ReturnCode::cameraOffline) {
+        return false;
     }
-    const bool isIpv6 = address.contains(QLatin1Char(':'));
-    return (isIpv6 ? QStringLiteral("rtsp://[%1]/") : QStringLiteral("rtsp://%1/")).arg(address);
+    const bool isThere = returnCode == ReturnCode::loginRefused || returnCode == ReturnCode::noLoudspeaker ||
+                         returnCode == ReturnCode::cameraBusy;
+    return isThere ? std::optional(true) : std::nullopt;
 }
 
 } // namespace
 
+OnvifCameras::OnvifCameras(const OnvifConfig& config)
+    : m_config(config), m_inquiries(config), m_pictures(config), m_presence(config.presence)
+{
+    connect(&m_presence, &CameraPresence::changed, this, &CameraBackend::camerasChanged);
+}
+
 void OnvifCameras::setRecords(const QList<CameraRecord>& records)
 {
-    if (m_records != records) {
-        m_records = records;
-        m_pictures.setRecords(records);
-        Q_EMIT camerasChanged();
+    if (m_records == records) {
+        return;
     }
+    for (const CameraRecord& before : qAsConst(m_records)) {
+        if (!records.contains(before)) {
+            m_streams.remove(before.id);
+        }
+    }
+    m_records = records;
+    m_presence.setRecords(records);
+    m_pictures.setRecords(records);
+    Q_EMIT camerasChanged();
 }
 
 QList<Camera> OnvifCameras::cameras() const
 {
     QList<Camera> cameras;
     for (const CameraRecord& record : m_records) {
-        cameras.append({record.id, record.name, true, record.kind, record.address});
+        Camera camera{record.id, record.name, m_presence.isOnline(record.id), record.kind, record.address};
+        camera.isExclusive = !record.settings.severalTalks;
+        camera.isTried = true;
+        cameras.append(camera);
     }
     return cameras;
 }
@@ -46,13 +63,41 @@ std::unique_ptr<DeviceTalk> OnvifCameras::openTalk(const QString& camera)
         return std::make_unique<RefusedTalk>(ReturnCode::cameraOffline,
                                              QStringLiteral("camera \"%1\" is not there").arg(camera));
     }
-    if (!m_threads.hasRoom()) {
-        return std::make_unique<RefusedTalk>(
-            ReturnCode::talkRefused, QStringLiteral("the server has no room for one more talk to a camera"));
-    }
-    CameraRecord reached = *record;
-    reached.address = streamUrl(record->address);
-    return std::make_unique<OnvifTalk>(reached, m_config, m_threads);
+    auto talk = std::make_unique<LocatedTalk>(*record, m_config, m_threads, m_streams.value(camera));
+    connect(talk.get(), &LocatedTalk::located, this, [this, asked = *record](const QString& stream) {
+        if (m_records.contains(asked)) {
+            m_streams.insert(asked.id, stream);
+        }
+    });
+    follow(*talk, camera);
+    return talk;
+}
+
+/** Takes from a talk whether its camera is there. */
+void OnvifCameras::follow(const DeviceTalk& talk, const QString& camera)
+{
+    const quint64 version = m_presence.version(camera);
+    const auto isOpen = std::make_shared<bool>(false);
+    const auto end = [this, camera, version, isOpen] {
+        if (*isOpen) {
+            *isOpen = false;
+            m_presence.talkEnded(camera, version);
+        }
+    };
+    connect(&talk, &DeviceTalk::opened, this, [this, camera, version, isOpen] {
+        *isOpen = true;
+        m_presence.talkOpened(camera, version);
+    });
+    connect(&talk, &DeviceTalk::refused, this, [this, camera, version](const QString& returnCode) {
+        if (const auto isThere = presenceBy(returnCode)) {
+            m_presence.noticed(camera, version, *isThere);
+        }
+    });
+    connect(&talk, &DeviceTalk::lost, this, [this, camera, version, end] {
+        end();
+        m_presence.noticed(camera, version, false);
+    });
+    connect(&talk, &QObject::destroyed, this, end);
 }
 
 bool OnvifCameras::findCameras(TakeFound take)

@@ -1,21 +1,22 @@
 #pragma once
 
 #include "server/devices/CameraBackend.h"
+#include "server/devices/onvif/CameraPresence.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/OnvifInquiries.h"
 #include "server/devices/onvif/OnvifPictures.h"
 
-/** Cameras with an audio backchannel by RTSP (ONVIF Profile T), all from the server's records. */
+/**
+ * Cameras with an audio backchannel by RTSP (ONVIF Profile T), all from the server's records. Each is asked
+ * regularly whether it is there.
+ */
 class OnvifCameras : public CameraBackend
 {
     Q_OBJECT
 
 public:
     /** Has no cameras until it is given records. */
-    explicit OnvifCameras(const OnvifConfig& config)
-        : m_config(config), m_inquiries(config.search), m_pictures(config.pictures)
-    {
-    }
+    explicit OnvifCameras(const OnvifConfig& config);
 
     void setRecords(const QList<CameraRecord>& records) override;
     QList<Camera> cameras() const override;
@@ -25,9 +26,13 @@ public:
     bool askPicture(const QString& camera, TakePicture take) override;
 
 private:
+    void follow(const DeviceTalk& talk, const QString& camera);
+
     OnvifConfig m_config;
     QList<CameraRecord> m_records;
+    QHash<QString, QString> m_streams; ///< Addresses that talks have located, by id.
     LineThreads m_threads;
     OnvifInquiries m_inquiries;
     OnvifPictures m_pictures;
+    CameraPresence m_presence;
 };

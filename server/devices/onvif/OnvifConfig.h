@@ -13,6 +13,15 @@ inline QString onvifKind()
     return QStringLiteral("onvif");
 }
 
+/** How often cameras are asked whether they are there. */
+struct PresencePace
+{
+    std::chrono::milliseconds period{
+        std::chrono::seconds{30}};          ///< Each camera is asked once in it; 0: none is asked.
+    std::chrono::milliseconds answer{3000}; ///< That a camera has to answer.
+    int atOnce = 16;                        ///< Cameras that are asked at the same time.
+};
+
 /** Where cameras are looked for. */
 struct OnvifSearch
 {
@@ -36,8 +45,10 @@ struct OnvifConfig
     std::chrono::milliseconds silence{3000};     ///< A camera without a sign of life for so long is lost.
     std::chrono::milliseconds teardown{300};     ///< How long the end of a talk waits for the camera.
     std::chrono::milliseconds jitterBuffer{100}; ///< How long a late packet of the camera is waited for.
-    OnvifSearch search{};                        ///< Where cameras are looked for.
-    OnvifPictureTimes pictures{};                ///< How they are asked for pictures.
+    int servicePort = 80;         ///< Of the device service of a camera whose record has the URL of a stream.
+    OnvifSearch search{};         ///< Where cameras are looked for.
+    PresencePace presence{};      ///< How often cameras are asked whether they are there.
+    OnvifPictureTimes pictures{}; ///< How they are asked for pictures.
 };
 
 /** Returns the port of RTSP addresses that name none (RFC 7826, clause 24). @param scheme "rtsp" or "rtsps"

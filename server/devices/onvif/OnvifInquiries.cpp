@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr int httpPort = 80;
+
 /** An address without any character that could command a terminal. */
 QString textOf(const QUrl& address)
 {
@@ -87,7 +89,8 @@ FoundCameraEntry entryOf(const FoundCamera& camera)
 
 } // namespace
 
-OnvifInquiries::OnvifInquiries(OnvifSearch search) : m_search(std::move(search))
+OnvifInquiries::OnvifInquiries(const OnvifConfig& config)
+    : m_search(config.search), m_servicePort(config.servicePort)
 {
     connect(&m_discovery, &OnvifDiscovery::finished, this, [this] {
         FoundCameras found;
@@ -119,19 +122,23 @@ void OnvifInquiries::finishSearch(const FoundCameras& found)
     }
 }
 
-std::optional<QUrl> OnvifInquiries::deviceService(const QString& address, QString* error)
+std::optional<QUrl> OnvifInquiries::deviceService(const QString& address, int port, QString* error)
 {
     const QUrl url(address, QUrl::StrictMode);
     if (url.scheme() != QLatin1String("rtsp") && url.scheme() != QLatin1String("rtsps")) {
         return CameraAddress::deviceService(address, error);
     }
-    return CameraAddress::deviceService(url.host(), error);
+    auto service = CameraAddress::deviceService(url.host(), error);
+    if (service && port != service->port(httpPort)) {
+        service->setPort(port);
+    }
+    return service;
 }
 
 void OnvifInquiries::ask(const CameraRecord& camera, const CameraBackend::TakeReport& take)
 {
     CameraReport none;
-    const auto address = deviceService(camera.address, &none.error);
+    const auto address = deviceService(camera.address, m_servicePort, &none.error);
     if (!address) {
         QMetaObject::invokeMethod(
             this, [take, none] { take(none); }, Qt::QueuedConnection);

@@ -14,7 +14,7 @@ class OnvifInquiries : public QObject
 {
 public:
     /** Does nothing yet. */
-    explicit OnvifInquiries(OnvifSearch search);
+    explicit OnvifInquiries(const OnvifConfig& config);
 
     /** Searches once; what a call during a search takes is what that search finds. */
     void find(const CameraBackend::TakeFound& take);
@@ -26,14 +26,16 @@ public:
      * Returns the address of a camera's device service: the one that its record has, else, for the URL of a
      * stream, the usual one at its host.
      *
-     * @param error says what is wrong with it, for people
+     * @param port  of the usual one
+     * @param error says what is wrong with the address, for people
      */
-    static std::optional<QUrl> deviceService(const QString& address, QString* error);
+    static std::optional<QUrl> deviceService(const QString& address, int port, QString* error);
 
 private:
     void finishSearch(const FoundCameras& found);
 
     OnvifSearch m_search;
+    int m_servicePort;
     OnvifDiscovery m_discovery;
     QList<CameraBackend::TakeFound> m_waiting; ///< For the search.
 };

@@ -32,7 +32,8 @@ CameraPicture refusedPicture(OnvifError error, const QString& detail)
 
 } // namespace
 
-OnvifPictures::OnvifPictures(const OnvifPictureTimes& times) : m_times(times)
+OnvifPictures::OnvifPictures(const OnvifConfig& config)
+    : m_times(config.pictures), m_servicePort(config.servicePort)
 {
     m_clock.start();
 }
@@ -67,7 +68,7 @@ bool OnvifPictures::ask(const QString& camera, const CameraBackend::TakePicture&
 void OnvifPictures::askAddress(const CameraRecord& record, const CameraBackend::TakePicture& take)
 {
     QString error;
-    const auto service = OnvifInquiries::deviceService(record.address, &error);
+    const auto service = OnvifInquiries::deviceService(record.address, m_servicePort, &error);
     if (!service) {
         QMetaObject::invokeMethod(
             this,
@@ -111,8 +112,9 @@ void OnvifPictures::askStill(const CameraRecord& record, const QUrl& url,
             known->still = snapshot.error == OnvifError::None ? url : QUrl();
         }
         finish(record,
-               snapshot.error == OnvifError::None ? CameraPicture{snapshot.jpeg, ReturnCode::success, QString()}
-                                                  : refusedPicture(snapshot.error, snapshot.detail),
+               snapshot.error == OnvifError::None
+                   ? CameraPicture{snapshot.jpeg, ReturnCode::success, QString()}
+                   : refusedPicture(snapshot.error, snapshot.detail),
                take);
     });
 }

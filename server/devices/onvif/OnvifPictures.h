@@ -16,7 +16,7 @@ class OnvifPictures : public QObject
 {
 public:
     /** Has no cameras until it is given records. */
-    explicit OnvifPictures(const OnvifPictureTimes& times);
+    explicit OnvifPictures(const OnvifConfig& config);
 
     /** Takes the records of the back end. */
     void setRecords(const QList<CameraRecord>& records);
@@ -40,6 +40,7 @@ private:
                 const CameraBackend::TakePicture& take);
 
     OnvifPictureTimes m_times;
+    int m_servicePort;
     QElapsedTimer m_clock;
     QHash<QString, Known> m_cameras; ///< By id.
 };

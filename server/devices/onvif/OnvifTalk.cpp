@@ -3,6 +3,7 @@
 #include "audio/TalkPacketDecoder.h"
 #include "server/devices/onvif/G711.h"
 #include "server/devices/onvif/LineThreads.h"
+#include "server/devices/onvif/RtspQuestion.h"
 
 #include <QSslSocket>
 #include <QUrl>
@@ -121,9 +122,5 @@ void OnvifTalk::ask()
 
 void OnvifTalk::writeQuestion()
 {
-    const QString url = QUrl(m_camera.address).toString(QUrl::RemoveUserInfo | QUrl::FullyEncoded);
-    m_questions->write(QStringLiteral("OPTIONS %1 RTSP/1.0\r\nCSeq: %2\r\n\r\n")
-                           .arg(url)
-                           .arg(++m_questionNumber)
-                           .toLatin1());
+    m_questions->write(RtspQuestion::text(m_camera.address, ++m_questionNumber));
 }

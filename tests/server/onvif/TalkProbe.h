@@ -15,7 +15,7 @@ struct TalkProbe
     explicit TalkProbe(const QString& address, const CameraSettings& settings = CameraSettings(),
                        const QString& user = QString(), const QString& password = QString(),
                        const OnvifConfig& config = OnvifConfig())
-        : cameras(config)
+        : cameras(withoutPresence(config))
     {
         cameras.setRecords({{"1", "Gate", onvifKind(), address, user, password, settings}});
         clock.start();
@@ -35,6 +35,13 @@ struct TalkProbe
         QObject::connect(talk.get(), &DeviceTalk::spoke, &context,
                          [this](const VoicePacket& packet) { heard.push_back(packet); });
         QObject::connect(talk.get(), &DeviceTalk::closed, &context, [this] { isClosed = true; });
+    }
+
+    /** Else the camera has connections that are not of the talk. */
+    static OnvifConfig withoutPresence(OnvifConfig config)
+    {
+        config.presence.period = std::chrono::milliseconds(0);
+        return config;
     }
 
     template<class Condition>

@@ -185,7 +185,7 @@ void TestOnvifInquiries::asksAtTheUsualAddress()
     QFETCH(QString, address);
     QFETCH(QString, service);
     QString error;
-    QCOMPARE(OnvifInquiries::deviceService(address, &error)->toString(), service);
+    QCOMPARE(OnvifInquiries::deviceService(address, 80, &error)->toString(), service);
 }
 
 void TestOnvifInquiries::asksManyAtOnce()

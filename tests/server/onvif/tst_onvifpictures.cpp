@@ -12,6 +12,7 @@ struct Server
     {
         OnvifConfig onvif;
         onvif.pictures = times;
+        onvif.presence.period = std::chrono::milliseconds(0); // it is asked for pictures alone
         ServerConfig config;
         config.devices = onvifDevices(onvif);
         config.pictureInterval = std::chrono::milliseconds(0); // each request is a question to the camera
