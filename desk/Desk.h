@@ -4,6 +4,7 @@
 #include "client/PluginHost.h"
 #include "desk/CameraModel.h"
 #include "desk/CameraRequests.h"
+#include "desk/CameraView.h"
 #include "desk/DeskConnection.h"
 #include "desk/DeskSettings.h"
 #include "desk/PlaybackModel.h"
@@ -35,6 +36,8 @@ class Desk : public QObject
     Q_PROPERTY(CameraModel* cameras READ cameras CONSTANT)
     /** What changes these records. */
     Q_PROPERTY(CameraRequests* cameraRequests READ cameraRequests CONSTANT)
+    /** What the chosen camera sees. */
+    Q_PROPERTY(CameraView* view READ view CONSTANT)
     /** The talk. Null until load has succeeded. */
     Q_PROPERTY(TalkControl* talk READ talk CONSTANT)
     /** The levels of the talk. */
@@ -72,6 +75,8 @@ public:
     CameraModel* cameras() { return &m_cameras; }
     /** Returns the property cameraRequests. */
     CameraRequests* cameraRequests() { return &m_cameraRequests; }
+    /** Returns the property view. */
+    CameraView* view() { return &m_view; }
     /** Returns the property talk. */
     TalkControl* talk() { return m_talk ? &*m_talk : nullptr; }
     /** Returns the property meters. */
@@ -115,6 +120,7 @@ private:
     ProtocolConstants m_protocol;
     PluginHost m_host;
     CameraRequests m_cameraRequests;
+    CameraView m_view;
     PluginClient m_plugin;
     QString m_errorString;
     std::optional<TalkControl> m_talk;

@@ -1,5 +1,6 @@
 #include "desk/DeskWindow.h"
 
+#include "desk/PictureItem.h"
 #include "desk/WaveformItem.h"
 
 #include <QCoreApplication>
@@ -22,6 +23,8 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<TalkControl>(module, 1, 0, "TalkControl", reason);
     qmlRegisterUncreatableType<TargetModel>(module, 1, 0, "TargetModel", reason);
     qmlRegisterUncreatableType<CameraModel>(module, 1, 0, "CameraModel", reason);
+    qmlRegisterType<PictureItem>(module, 1, 0, "Picture");
+    qmlRegisterUncreatableType<CameraView>(module, 1, 0, "CameraView", reason);
     qmlRegisterUncreatableType<TalkMeters>(module, 1, 0, "TalkMeters", reason);
     qmlRegisterUncreatableType<DeskConnection>(module, 1, 0, "DeskConnection", reason);
     qmlRegisterUncreatableType<PlaybackModel>(module, 1, 0, "PlaybackModel", reason);

@@ -96,6 +96,33 @@
     </message>
 </context>
 <context>
+    <name>CameraPicture</name>
+    <message>
+        <source>Picture of %1</source>
+        <translation>Bild von %1</translation>
+    </message>
+    <message>
+        <source>Choose a camera to see its picture.</source>
+        <translation>Kamera wählen, um ihr Bild zu sehen.</translation>
+    </message>
+    <message>
+        <source>No picture: %1.</source>
+        <translation>Kein Bild: %1.</translation>
+    </message>
+    <message>
+        <source>Waiting for the picture…</source>
+        <translation>Warten auf das Bild…</translation>
+    </message>
+    <message>
+        <source>Old picture: %1.</source>
+        <translation>Altes Bild: %1.</translation>
+    </message>
+    <message>
+        <source>Old picture</source>
+        <translation>Altes Bild</translation>
+    </message>
+</context>
+<context>
     <name>CameraSettingsForm</name>
     <message>
         <source>In the connection (TCP)</source>
@@ -168,6 +195,25 @@
     <message>
         <source>Most cameras work with what is set. The wait is for a camera that swallows the first words.</source>
         <translation>Für die meisten Kameras stimmt, was eingestellt ist. Das Warten nach dem Öffnen hilft, wenn eine Kamera die ersten Worte verschluckt.</translation>
+    </message>
+    <message>
+        <source>Several may talk to the camera at a time</source>
+        <translation>Mehrere dürfen zugleich mit der Kamera sprechen</translation>
+    </message>
+</context>
+<context>
+    <name>CameraView</name>
+    <message>
+        <source>the server does not answer</source>
+        <translation>der Server antwortet nicht</translation>
+    </message>
+    <message>
+        <source>the server&apos;s answer is no picture of this camera</source>
+        <translation>die Antwort des Servers ist kein Bild dieser Kamera</translation>
+    </message>
+    <message>
+        <source>the picture cannot be decoded</source>
+        <translation>das Bild ist nicht zu lesen</translation>
     </message>
 </context>
 <context>

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void refusedTalk();
     void speakers();
     void cameras();
+    void pictureOfTheCamera();
     void camerasComeAndGo();
     void cursorStaysWithItsTarget();
     void severalSpeakersAtOnce();
@@ -412,6 +413,58 @@ void TestDeskWindow::cameras()
     desk.click("Delete");
     QTRY_VERIFY(desk.desk().targets()->find("camera:1") == nullptr);
     QTRY_COMPARE(desk.desk().cameras()->rowCount(), 3);
+}
+
+void TestDeskWindow::pictureOfTheCamera()
+{
+    WindowFixture desk;
+    CameraView& view = *desk.desk().view();
+    QVERIFY(desk.shows("Choose a camera to see its picture."));
+    QVERIFY(view.isActive());
+    desk.click("Front gate");
+    QQuickItem* picture = desk.item("cameraPicture");
+    QVERIFY(picture != nullptr);
+    QVERIFY(view.hasPicture());
+    const QImage first = view.image();
+    QCOMPARE(first.size(), QSize(640, 360));
+    // It is drawn, with its proportions: the second of its bars is yellow, the seventh blue.
+    const auto colourAt = [&](qreal part) {
+        const QPointF at = picture->mapToScene(QPointF(picture->width() * part, picture->height() / 3));
+        return desk.window()->grabWindow().pixelColor(at.toPoint());
+    };
+    QTRY_VERIFY(colourAt(3.0 / 16).red() > 180 && colourAt(3.0 / 16).blue() < 80);
+    QVERIFY(colourAt(13.0 / 16).blue() > 180 && colourAt(13.0 / 16).red() < 80);
+    QTRY_VERIFY(view.image() != first); // the next one: its light has moved
+    desk.shoot("picture");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    desk.shoot("picture-talking");
+    QVERIFY(view.isActive());
+    desk.desk().talk()->stop();
+    // A camera that gives none says why, in the place of another's picture.
+    desk.click("Car park");
+    QVERIFY(desk.gone("cameraPicture"));
+    QVERIFY(desk.shows("No picture: the camera is offline"));
+    desk.shoot("picture-refused");
+    // An old one is marked.
+    desk.click("Front gate");
+    QVERIFY(desk.item("cameraPicture"));
+    view.setOnline(false);
+    QVERIFY(desk.item("pictureMark"));
+    desk.shoot("picture-stale");
+    view.setOnline(true);
+    QVERIFY(desk.gone("pictureMark"));
+    // Nobody looks on another page, and with the window minimised or hidden.
+    desk.page("connection");
+    QVERIFY(!view.isActive());
+    desk.page("talk");
+    QVERIFY(view.isActive());
+    desk.window()->showMinimized();
+    QTRY_VERIFY(!view.isActive());
+    desk.window()->showNormal();
+    QTRY_VERIFY(view.isActive());
+    desk.window()->hide();
+    QVERIFY(!view.isActive());
 }
 
 /** The cameras of an open dialog, and of a talk, are those that the server has now. */
