@@ -33,6 +33,7 @@ struct Command
     Shared shared;                      ///< The others.
     int (*run)(const CommandArguments& arguments); ///< Prints results and errors; returns an ExitStatus.
     bool writesOutput = false; ///< Whether it writes to --output itself, with another server, too.
+    bool takesUser = false;    ///< Whether --user without --server is an option of its own.
 };
 
 /** The option --json of commands that can print JSON. */

@@ -128,7 +128,7 @@ Exit status:
   0  done             3  no microphone      6  the talk was lost
   1  wrong usage      4  refused            7  the microphone gave no sound
   2  no plug-in       5  no answer          8  the server cannot start
-                                            9  the output cannot be written
+  9  the output cannot be written          10  the tone was not heard back
 )");
     return text;
 }

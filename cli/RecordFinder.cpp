@@ -115,30 +115,39 @@ std::optional<int> RecordFinder::find(Kind kind, const QString& text)
     return found.first();
 }
 
-std::optional<QString> RecordFinder::camera(const QString& text)
+std::optional<QVariantList> RecordFinder::cameras(const QString& text)
 {
     PluginSession::Reply reply;
     m_status = m_session.receive(m_session.sendOwn(Words::GetCamera), &reply);
     if (m_status != ExitSuccess) {
         return std::nullopt;
     }
-    QStringList found;
+    QVariantList found;
     const QVariantList cameras = reply.result.toList();
-    for (const QVariant& entry : cameras) {
-        const QVariantMap camera = entry.toMap();
-        const QString id = camera.value(Vocabulary::camId).toString();
-        if (id == text) {
-            return id;
+    for (const QVariant& camera : cameras) {
+        if (camera.toMap().value(Vocabulary::camId).toString() == text) {
+            return QVariantList{camera};
         }
-        if (camera.value(Words::camName).toString() == text) {
-            found.append(id);
+        if (camera.toMap().value(Words::camName).toString() == text) {
+            found.append(camera);
         }
     }
-    if (found.size() != 1) {
-        notOne(QStringLiteral("camera"), text, found.size());
-        return std::nullopt;
+    return found;
+}
+
+std::optional<QVariantMap> RecordFinder::cameraRecord(const QString& text)
+{
+    const auto found = cameras(text);
+    if (found && found->size() != 1) {
+        notOne(QStringLiteral("camera"), text, found->size());
     }
-    return found.first();
+    return found && found->size() == 1 ? std::optional(found->first().toMap()) : std::nullopt;
+}
+
+std::optional<QString> RecordFinder::camera(const QString& text)
+{
+    const auto record = cameraRecord(text);
+    return record ? std::optional(record->value(Vocabulary::camId).toString()) : std::nullopt;
 }
 
 bool RecordFinder::has(Kind kind, const QString& text)

@@ -30,6 +30,13 @@ public:
      * has; empty, and an error printed, otherwise. */
     std::optional<QString> camera(const QString& text);
 
+    /** Finds a camera in the same way, and returns its record as of GetCamera. */
+    std::optional<QVariantMap> cameraRecord(const QString& text);
+
+    /** Returns the cameras that have a text as their id, else as their name; empty, and an error printed,
+     * when they cannot be read. */
+    std::optional<QVariantList> cameras(const QString& text);
+
     /** Returns whether a record of the server has this id or name; false also when they cannot be read. */
     bool has(Kind kind, const QString& text);
 

@@ -13,4 +13,5 @@ enum ExitStatus
     ExitNothingSent = 7,      ///< The talk ended without a packet.
     ExitServerFailed = 8,     ///< The server does not start.
     ExitOutputFailed = 9,     ///< Standard output cannot be written.
+    ExitNotHeard = 10,        ///< A camera is heard, but not the tone that it was sent.
 };

@@ -40,6 +40,7 @@ EXCEPTIONS = {
     "server/devices/onvif/OnvifLine.cpp": (("location",), "a property of GStreamer's source"),
     "tools/check-enumerators.py": (("location",), "a key of the compiler's report"),
     "bench/bench_desk.cpp": (("0", "targets"), "a time, and the name of an item of the window"),
+    "cli/commands/CameraOptions.cpp": (("transport", "dscp"), "options"),
     "cli/commands/DeviceCommands.cpp": (("port", "ip", "username"), "arguments and columns of a command"),
     "cli/commands/ScheduleCommands.cpp": (("weekdays",), "a column"),
     "cli/commands/ScheduleOptions.cpp": (("weekdays",), "an option"),

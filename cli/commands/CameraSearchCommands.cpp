@@ -1,20 +1,24 @@
-#include "cli/commands/CommandArguments.h"
+#include "cli/InterruptFlag.h"
+#include "cli/RecordFinder.h"
+#include "cli/commands/CameraOptions.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
 #include "client/ExitStatus.h"
 #include "onvif/CameraAddress.h"
 #include "onvif/OnvifDevice.h"
 #include "onvif/OnvifDiscovery.h"
+#include "onvif/XmlElement.h"
 #include "protocol/Words.h"
-#include "system/Console.h"
 
 #include <QEventLoop>
+#include <QTimer>
 
 #include <cstdio>
 
 namespace {
 
-constexpr char passwordVariable[] = "VOICEDESK_CAMERA_SECRET";
+constexpr int serverTime = 12 * 1000;   // ms that a server has to search, or to ask a camera
+constexpr int interruptInterval = 50;   // ms
 constexpr double maxSearchSeconds = 60; // s
 constexpr int msPerSecond = 1000;
 constexpr int hertzPerKilohertz = 1000;
@@ -73,40 +77,6 @@ Table tableOf(const std::vector<FoundCamera>& cameras)
                    camera.interfaceName, camera.isCamera, camera.endpoint, remarkOf(camera)});
     }
     return table;
-}
-
-int findCameras(const CommandArguments& arguments)
-{
-    const auto seconds = arguments.numberBetween("seconds", 0, maxSearchSeconds);
-    if (!seconds) {
-        return ExitUsage;
-    }
-    const QList<QNetworkInterface> interfaces = chosenInterfaces(arguments);
-    if (interfaces.isEmpty() && arguments.isSet("interface")) {
-        return ExitUsage;
-    }
-    OnvifDiscovery::Options options;
-    options.time = static_cast<int>(*seconds * msPerSecond);
-    if (arguments.isSet("all")) {
-        options.types = QStringList{QString(), QStringLiteral("wsdp:Device")}; // some want to be named
-    }
-    OnvifDiscovery discovery;
-    QEventLoop loop;
-    QObject::connect(&discovery, &OnvifDiscovery::finished, &loop, &QEventLoop::quit);
-    if (!discovery.start(interfaces, options)) {
-        std::fputs("voicedesk: no network interface to look for cameras on\n", stderr);
-        return ExitNoAnswer;
-    }
-    loop.exec();
-    std::fputs(qUtf8Printable(tableOf(discovery.found()).text(arguments.json())), stdout);
-    if (discovery.dropped() > 0) {
-        std::fprintf(stderr, "voicedesk: %d answers were too many or too large\n", discovery.dropped());
-    }
-    if (discovery.found().empty()) {
-        std::fputs("voicedesk: nothing answered\n", stderr);
-        return ExitNoAnswer;
-    }
-    return ExitSuccess;
 }
 
 QString wordOf(Ability ability)
@@ -230,23 +200,13 @@ void print(const CameraAbilities& abilities)
  */
 std::optional<OnvifLogin> chosenLogin(const CommandArguments& arguments)
 {
-    OnvifLogin login{arguments.value("user"), QString()};
+    OnvifLogin login{arguments.value(arguments.isSet("camera-user") ? "camera-user" : "user"), QString()};
     if (login.user.isEmpty()) {
         return login;
     }
-    if (qEnvironmentVariableIsSet(passwordVariable)) {
-        login.password = qEnvironmentVariable(passwordVariable);
-        return login;
-    }
-    const auto typed = Console::readPassword(qUtf8Printable(
-        QStringLiteral("Password of %1 at %2: ").arg(plainText(login.user), plainText(arguments.word(0)))));
-    if (!typed) {
-        arguments.usage(QStringLiteral("the password of the camera is missing; put it into %1")
-                            .arg(QLatin1String(passwordVariable)));
-        return std::nullopt;
-    }
-    login.password = *typed;
-    return login;
+    const auto password = CameraOptions::password(arguments, login.user, arguments.word(0));
+    login.password = password.value_or(QString());
+    return password ? std::optional(login) : std::nullopt;
 }
 
 ExitStatus statusOf(OnvifError error)
@@ -265,8 +225,211 @@ ExitStatus statusOf(OnvifError error)
     }
 }
 
+/** Whether a command is for a server: another one, or one inside this program with its records. */
+bool isForServer(const CommandArguments& arguments)
+{
+    return arguments.isSet("server") || arguments.isSet("data") || arguments.isSet("simulate");
+}
+
+/** Runs a loop to its end, or to Ctrl-C, and returns whether it was the former. */
+bool runLoop(QEventLoop& loop)
+{
+    QTimer looks; // nothing else wakes the loop after Ctrl-C
+    QObject::connect(&looks, &QTimer::timeout, &loop, [&loop] {
+        if (InterruptFlag::raised()) {
+            loop.exit(1);
+        }
+    });
+    looks.start(interruptInterval);
+    return loop.exec() == 0;
+}
+
+/** Asks a server for the cameras of its networks. */
+int findByServer(const CommandArguments& arguments)
+{
+    for (const char* option : {"interface", "seconds", "all"}) {
+        if (arguments.isSet(option)) {
+            return arguments.usage(
+                QStringLiteral("a server looks by itself: --%1 is not for it").arg(QLatin1String(option)));
+        }
+    }
+    PluginSession session(arguments.client());
+    PluginSession::Reply reply;
+    ExitStatus status = session.open();
+    status = status == ExitSuccess ? session.receive(session.sendOwn(Words::FindCameras), &reply,
+                                                     session.options().timeout + serverTime)
+                                   : status;
+    if (status != ExitSuccess) {
+        return status;
+    }
+    Table table({{QStringLiteral("address"), QStringLiteral("addresses")},
+                 {QStringLiteral("name"), QStringLiteral("name")},
+                 {Words::hardware, Words::hardware},
+                 {Words::location, Words::location},
+                 {Words::remark, Words::remark}});
+    const QVariantList found = reply.result.toList();
+    for (const QVariant& entry : found) {
+        const QVariantMap camera = entry.toMap();
+        const auto text = [&camera](const QString& key) { return plainText(camera.value(key).toString()); };
+        QStringList addresses{text(Words::camAddress)};
+        addresses.removeAll(QString());
+        table.add({addresses, text(Words::camName), text(Words::hardware), text(Words::location),
+                   text(Words::remark)});
+    }
+    std::fputs(qUtf8Printable(table.text(arguments.json())), stdout);
+    if (found.isEmpty()) {
+        std::fputs("voicedesk: nothing answered\n", stderr);
+    }
+    return found.isEmpty() ? ExitNoAnswer : ExitSuccess;
+}
+
+int findCameras(const CommandArguments& arguments)
+{
+    if (isForServer(arguments)) {
+        return findByServer(arguments);
+    }
+    const auto seconds = arguments.numberBetween("seconds", 0, maxSearchSeconds);
+    if (!seconds) {
+        return ExitUsage;
+    }
+    const QList<QNetworkInterface> interfaces = chosenInterfaces(arguments);
+    if (interfaces.isEmpty() && arguments.isSet("interface")) {
+        return ExitUsage;
+    }
+    OnvifDiscovery::Options options;
+    options.time = static_cast<int>(*seconds * msPerSecond);
+    if (arguments.isSet("all")) {
+        options.types = QStringList{QString(), QStringLiteral("wsdp:Device")}; // some want to be named
+    }
+    OnvifDiscovery discovery;
+    QEventLoop loop;
+    QObject::connect(&discovery, &OnvifDiscovery::finished, &loop, &QEventLoop::quit);
+    if (!discovery.start(interfaces, options)) {
+        std::fputs("voicedesk: no network interface to look for cameras on\n", stderr);
+        return ExitNoAnswer;
+    }
+    if (!runLoop(loop)) {
+        return ExitNoAnswer;
+    }
+    std::fputs(qUtf8Printable(tableOf(discovery.found()).text(arguments.json())), stdout);
+    if (discovery.dropped() > 0) {
+        std::fprintf(stderr, "voicedesk: %d answers were too many or too large\n", discovery.dropped());
+    }
+    if (discovery.found().empty()) {
+        std::fputs("voicedesk: nothing answered\n", stderr);
+        return ExitNoAnswer;
+    }
+    return ExitSuccess;
+}
+
+void printAnswer(const QVariantMap& answer)
+{
+    const auto text = [&answer](const QString& key) { return plainText(answer.value(key).toString()); };
+    const auto joined = [](QStringList texts, const QString& separator) {
+        texts.removeAll(QString());
+        return texts.join(separator);
+    };
+    const auto ability = [&](const QString& key, const QString& codecs, const QString& reason) {
+        const QString more =
+            joined({answer.value(codecs).toStringList().join(QStringLiteral(", ")), text(reason)},
+                   QStringLiteral("; "));
+        return joined({text(key), more}, QStringLiteral(": "));
+    };
+    printLine("camera", joined({text(Words::manufacturer), text(Words::model)}, QStringLiteral(" ")));
+    printLine(qUtf8Printable(Words::firmware), text(Words::firmware));
+    printLine("is heard", ability(Words::speaks, Words::voiceCodecs, Words::speaksReason));
+    printLine("plays talks", ability(Words::hears, Words::talkCodecs, Words::hearsReason));
+    const QVariantList streams = answer.value(Words::streams).toList();
+    for (const QVariant& entry : streams) {
+        const QVariantMap stream = entry.toMap();
+        const auto has = [&stream](const QString& key) {
+            return stream.value(key).toString() == QLatin1String("yes");
+        };
+        const QString parts = joined({has(Words::speaks) ? QStringLiteral("voice") : QString(),
+                                      has(Words::hears) ? QStringLiteral("loudspeaker") : QString()},
+                                     QStringLiteral(", "));
+        printLine("stream", QStringLiteral("%1 (%2: %3)")
+                                .arg(plainText(stream.value(Words::camAddress).toString()),
+                                     plainText(stream.value(Words::camName).toString()), parts));
+    }
+    const QStringList remarks = answer.value(Words::remarks).toStringList();
+    for (const QString& remark : remarks) {
+        printLine(qUtf8Printable(Words::remark), plainText(remark));
+    }
+}
+
+/** The answer as JSON: the keys are those of a camera that is asked from here, as far as it has them. */
+QVariantMap jsonOf(QVariantMap answer)
+{
+    QVariantList streams;
+    const QVariantList given = answer.value(Words::streams).toList();
+    for (const QVariant& entry : given) {
+        const QVariantMap stream = entry.toMap();
+        streams.append(QVariantMap{{QStringLiteral("name"), stream.value(Words::camName)},
+                                   {QStringLiteral("address"), stream.value(Words::camAddress)},
+                                   {Words::speaks, stream.value(Words::speaks)},
+                                   {Words::hears, stream.value(Words::hears)}});
+    }
+    answer.insert(Words::streams, streams);
+    answer.insert(QStringLiteral("address"), answer.take(Words::camAddress));
+    answer.insert(QStringLiteral("id"), answer.take(Vocabulary::camId));
+    answer.remove(Vocabulary::error);
+    return answer;
+}
+
+/** Lets a server ask a camera: one of its records, else the address. */
+int askByServer(const CommandArguments& arguments)
+{
+    const QString operand = arguments.word(0);
+    if (!CameraOptions::hasNoLogin(arguments, operand)) {
+        return ExitUsage;
+    }
+    QVariantMap question;
+    if (!CameraOptions::addLogin(arguments, operand, &question)) {
+        return ExitUsage;
+    }
+    if (arguments.isSet("any-certificate")) {
+        question.insert(Words::camSettings, QVariantMap{{Words::anyCertificate, true}});
+    }
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    RecordFinder finder(session);
+    if (CameraOptions::isAddress(operand)) {
+        question.insert(Words::camKind, QStringLiteral("onvif"));
+        question.insert(Words::camAddress, operand);
+    } else if (const auto id = finder.camera(operand)) {
+        question.insert(Vocabulary::camId, *id);
+    } else {
+        return finder.status();
+    }
+    PluginSession::Reply reply;
+    const ExitStatus status = session.receive(session.sendOwn(Words::AskCamera, question), &reply,
+                                              session.options().timeout + serverTime);
+    if (status != ExitSuccess) {
+        return status;
+    }
+    const QVariantMap answer = reply.result.toMap();
+    if (const QString error = answer.value(Vocabulary::error).toString(); !error.isEmpty()) {
+        return PluginSession::fail(ExitRefused, plainText(error));
+    }
+    if (arguments.json()) {
+        printJson(jsonOf(answer));
+    } else {
+        printAnswer(answer);
+    }
+    return ExitSuccess;
+}
+
 int askCamera(const CommandArguments& arguments)
 {
+    if (!arguments.isSet("server") && !arguments.onlyOne("camera-user", "user")) {
+        return ExitUsage;
+    }
+    if (isForServer(arguments)) {
+        return askByServer(arguments);
+    }
     QString error;
     const auto address = CameraAddress::deviceService(arguments.word(0), &error);
     if (!address) {
@@ -286,7 +449,9 @@ int askCamera(const CommandArguments& arguments)
         loop.quit();
     });
     device.askAbilities();
-    loop.exec();
+    if (!runLoop(loop)) {
+        return ExitNoAnswer;
+    }
     if (abilities.error != OnvifError::None) {
         std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(errorSentence(abilities)));
     } else if (arguments.json()) {
@@ -305,22 +470,27 @@ std::vector<Command> cameraSearchCommands()
         {"cameras find",
          "",
          "look for ONVIF cameras in the networks of this machine",
-         "What they answer is not checked, and they get no login. Ends with 5 when nothing answers.",
+         "What they answer is not checked, and they get no login. Ends with 5 when nothing answers. With\n"
+         "--server, the cameras in the networks of that server.",
          {{"interface", "name", "Look on this network interface only (default: on all that are up).", ""},
           {"seconds", "n", "How long to wait for answers (default: 3).", "3"},
           {"all", nullptr, "Look for devices of any kind, not of ONVIF alone.", ""},
           jsonOption},
-         Command::Nothing,
+         Command::Server,
          findCameras},
         {"cameras ask",
          "ADDRESS",
          "ask an ONVIF camera what it can do",
          "ADDRESS is a host, host:port or http://host:port/path. The password is asked for, or read from\n"
-         "the environment variable VOICEDESK_CAMERA_SECRET.",
-         {{"user", "name", "Name to log in with at the camera.", ""},
+         "the environment variable VOICEDESK_CAMERA_SECRET. With --server or --data the server asks, and\n"
+         "ADDRESS may also be the id or name of one of its cameras, or the URL of a stream; without them\n"
+         "--user is the same as --camera-user.",
+         {{"camera-user", "name", "Name to log in with at the camera.", ""},
           {"any-certificate", nullptr, "Take the certificate of an https address, whoever signed it.", ""},
           jsonOption},
-         Command::Nothing,
-         askCamera},
+         Command::Server,
+         askCamera,
+         false,
+         true},
     };
 }

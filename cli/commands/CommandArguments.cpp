@@ -13,6 +13,9 @@ namespace {
 // Of the server inside this program; another one has its own.
 constexpr const char* ownServerOptions[] = {"data", "simulate", "output"};
 
+const QString serverOption = QStringLiteral("server");
+const QString userOption = QStringLiteral("user");
+
 /** Adds the shared options of a command to a parser; returns their names. */
 QStringList addShared(const Command& command, QCommandLineParser& parser)
 {
@@ -111,6 +114,9 @@ std::optional<CommandArguments> CommandArguments::read(const Command& command, c
     for (const QString& name : shared) {
         if (parser.isSet(name)) {
             arguments.m_values.insert(name, parser.value(name));
+            if (command.takesUser && name == userOption && !parser.isSet(serverOption)) {
+                continue;
+            }
             options.append(QStringLiteral("--%1=%2").arg(name, parser.value(name)));
         }
     }

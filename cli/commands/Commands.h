@@ -8,7 +8,8 @@
  */
 
 std::vector<Command> talkCommands();         ///< Returns the talk to a camera.
-std::vector<Command> cameraCommands();       ///< Returns the list of cameras.
+std::vector<Command> cameraCommands();       ///< Returns lists and changes of cameras.
+std::vector<Command> cameraTestCommands();   ///< Returns the test of a camera.
 std::vector<Command> cameraSearchCommands(); ///< Returns what finds and asks cameras of the network.
 std::vector<Command> deviceCommands();       ///< Returns lists and changes of IP audio devices.
 std::vector<Command> fileCommands();         ///< Returns lists and changes of audio files.
@@ -21,6 +22,7 @@ std::vector<Command> serveCommands();        ///< Returns the server for other p
 
 /** All of them, in the order of the help. */
 inline constexpr std::vector<Command> (*commandKinds[])() = {
-    talkCommands,     cameraCommands, cameraSearchCommands, deviceCommands,     fileCommands,  groupCommands,
-    scheduleCommands, playCommands,   sayCommands,          microphoneCommands, serveCommands,
+    talkCommands,   cameraCommands, cameraTestCommands, cameraSearchCommands,
+    deviceCommands, fileCommands,   groupCommands,      scheduleCommands,
+    playCommands,   sayCommands,    microphoneCommands, serveCommands,
 };

@@ -7,10 +7,12 @@
 #include "cli/TalkProgress.h"
 #include "cli/TalkSource.h"
 #include "cli/TalkSummary.h"
+#include "cli/commands/CameraOptions.h"
 #include "cli/commands/Commands.h"
 #include "client/measure/OutputRecorder.h"
 #include "client/measure/TalkMonitor.h"
 #include "embedded/EmbeddedLink.h"
+#include "protocol/Limits.h"
 #include "protocol/Words.h"
 #include "src/decoders/CodecTable.h"
 #include "system/MediaFiles.h"
@@ -22,6 +24,7 @@
 
 namespace {
 
+constexpr char realKind[] = "onvif";
 constexpr double maxEchoDelay = 5000; // ms
 constexpr double msPerSecond = 1000.0;
 constexpr int loudestVolume = 100;
@@ -98,6 +101,87 @@ bool prolongFor(const SimulatedConfig& simulated, const QString& cameraId, doubl
     return true;
 }
 
+/** The camera of a talk. */
+struct TalkCamera
+{
+    QString id;
+    QString shown;   ///< For people.
+    int timeout = 0; ///< ms for the line to open; 0 for that of the options.
+};
+
+/** The time in which a camera opens its line. @param kind of the camera */
+int openingTime(const PluginSession& session, const QString& kind)
+{
+    return kind == QLatin1String(realKind) ? session.options().timeout + Limits::maxTalkOpeningTime : 0;
+}
+
+/** Whether --camera is an address, with which the options of a camera go; empty, and an error printed, where
+ * it cannot be. */
+std::optional<bool> isByAddress(const CommandArguments& arguments)
+{
+    const QString camera = arguments.value("camera");
+    if (!CameraOptions::isAddress(camera)) {
+        if (arguments.isSet("camera-user") || CameraOptions::hasSettings(arguments)) {
+            arguments.usage(
+                QStringLiteral("the login and the settings are those of a --camera that is an address"));
+            return std::nullopt;
+        }
+        return false;
+    }
+    for (const char* option : {"server", "data"}) {
+        if (arguments.isSet(option)) {
+            arguments.usage(
+                QStringLiteral("--camera with an address goes without --%1, whose records it would change")
+                    .arg(QLatin1String(option)));
+            return std::nullopt;
+        }
+    }
+    return CameraOptions::hasNoLogin(arguments, camera) ? std::optional(true) : std::nullopt;
+}
+
+/** The record for a camera that is given by its address, with its login; empty, and an error printed, without
+ * one. */
+std::optional<QVariantMap> temporaryRecord(const CommandArguments& arguments)
+{
+    const QString address = arguments.value("camera");
+    const auto settings = CameraOptions::settings(arguments);
+    QVariantMap record{{Words::camName, QStringLiteral("camera")},
+                       {Words::camKind, QString::fromLatin1(realKind)},
+                       {Words::camAddress, address}};
+    if (!settings || !CameraOptions::addLogin(arguments, address, &record)) {
+        return std::nullopt;
+    }
+    record.insert(Words::camSettings, *settings);
+    return record;
+}
+
+/** Finds the camera, or adds it to the records, which the server inside this program keeps in memory. */
+std::optional<TalkCamera> findCamera(PluginSession& session, const CommandArguments& arguments,
+                                     const QVariantMap& record, int* status)
+{
+    TalkCamera camera;
+    if (record.isEmpty()) {
+        RecordFinder finder(session);
+        const auto found = finder.cameraRecord(arguments.value("camera"));
+        *status = finder.status();
+        if (!found) {
+            return std::nullopt;
+        }
+        camera.id = camera.shown = found->value(Vocabulary::camId).toString();
+        camera.timeout = openingTime(session, found->value(Words::camKind).toString());
+        return camera;
+    }
+    PluginSession::Reply reply;
+    *status = session.receive(session.sendOwn(Words::AddCamera, record), &reply);
+    if (*status != ExitSuccess) {
+        return std::nullopt;
+    }
+    camera.id = reply.result.toMap().value(Vocabulary::camId).toString();
+    camera.shown = arguments.value("camera");
+    camera.timeout = openingTime(session, QString::fromLatin1(realKind));
+    return camera;
+}
+
 /** Returns whether a file can be written, as far as that is known before. */
 bool isWritable(const QString& path)
 {
@@ -114,7 +198,7 @@ bool isWritable(const QString& path)
 class CameraTalk
 {
 public:
-    CameraTalk(PluginSession& session, const CommandArguments& arguments, QString camera, double seconds)
+    CameraTalk(PluginSession& session, const CommandArguments& arguments, TalkCamera camera, double seconds)
         : m_session(session), m_arguments(arguments), m_camera(std::move(camera)), m_seconds(seconds),
           m_progress(m_monitor)
     {
@@ -164,10 +248,10 @@ private:
     ExitStatus start(int volume)
     {
         const QString source = m_arguments.value("source");
-        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(m_camera),
+        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(m_camera.shown),
                      source.isEmpty() ? "the microphone" : qUtf8Printable(source));
         const quint64 request =
-            m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(m_camera); });
+            m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(m_camera.id); });
         if (request == 0 && !m_microphoneStarts && !m_session.isLost()) {
             return PluginSession::fail(
                 ExitMicrophoneFailed,
@@ -175,7 +259,7 @@ private:
                                "give a sound file with --source"));
         }
         m_session.plugin().setMicVolume(volume);
-        return m_session.receive(request);
+        return m_session.receive(request, nullptr, m_camera.timeout);
     }
 
     /** Prints the summary; returns false, and prints an error, when the file of --heard cannot be written. */
@@ -206,7 +290,7 @@ private:
 
     PluginSession& m_session;
     const CommandArguments& m_arguments;
-    QString m_camera; ///< Its id.
+    TalkCamera m_camera;
     double m_seconds;
     TalkMonitor m_monitor;
     TalkProgress m_progress;
@@ -240,19 +324,23 @@ int runTalk(const CommandArguments& arguments)
         }
         source->microphone = arguments.value("device");
     }
+    const auto byAddress = isByAddress(arguments);
+    const auto record = byAddress && *byAddress ? temporaryRecord(arguments) : std::optional(QVariantMap());
+    if (!byAddress || !record) {
+        return ExitUsage;
+    }
     source->use();
     PluginSession session(client);
     if (const ExitStatus opened = session.open(); opened != ExitSuccess) {
         return opened;
     }
-    RecordFinder finder(session);
-    const auto camera = finder.camera(arguments.value("camera"));
+    const auto camera = findCamera(session, arguments, *record, &status);
     if (!camera) {
-        return finder.status();
+        return status;
     }
     double seconds = source->seconds;
     const bool asLongAsNeeded = !source->file.isEmpty() && !arguments.isSet("seconds");
-    if (asLongAsNeeded && client.serverUrl.isEmpty() && !prolongFor(client.simulated, *camera, &seconds)) {
+    if (asLongAsNeeded && client.serverUrl.isEmpty() && !prolongFor(client.simulated, camera->id, &seconds)) {
         return ExitUsage;
     }
     return CameraTalk(session, arguments, *camera, seconds).run(static_cast<int>(*volume));
@@ -268,9 +356,13 @@ std::vector<Command> talkCommands()
             .arg(CodecNames::encoded().join(QStringLiteral(", ")),
                  CodecNames::recorded().join(QStringLiteral(", ")))
             .toLatin1();
-    std::vector<CommandOption> options{
-        {"camera", "CAMERA", "Camera to talk to, its id or name (default: camera-1, which echoes).",
-         "camera-1"}};
+    std::vector<CommandOption> options{{"camera", "CAMERA",
+                                        "Camera to talk to, its id or name, or the address of one that is in "
+                                        "no record: a URL, an IP address, or "
+                                        "host:port (default: camera-1, which echoes).",
+                                        "camera-1"}};
+    const std::vector<CommandOption> ofTheCamera = CameraOptions::options();
+    options.insert(options.end(), ofTheCamera.begin(), ofTheCamera.end());
     const std::vector<CommandOption> source = TalkSource::options();
     options.insert(options.end(), source.begin(), source.end());
     options.insert(
@@ -291,6 +383,7 @@ std::vector<Command> talkCommands()
          "The camera's voice is played, the server records what the camera hears. The talk lasts as long\n"
          "as the source file, or the simulated camera's answer if that is longer; with a microphone, until\n"
          "Ctrl-C or for --seconds. Without --source the microphone is used. Without --server the program\n"
-         "has simulated cameras of its own, and records only with --data.",
+         "has simulated cameras of its own, and records only with --data. A camera that is given by its\n"
+         "address is in no record; --camera-user and the settings are for it.",
          options, Command::Server, runTalk, true}};
 }
