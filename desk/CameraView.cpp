@@ -26,14 +26,6 @@ CameraView::CameraView(PluginHost& host, const Times& times) : m_host(host), m_t
         m_isStale = true;
         Q_EMIT changed();
     });
-    m_worker.moveToThread(&m_thread);
-    m_thread.start(QThread::LowPriority);
-}
-
-CameraView::~CameraView()
-{
-    m_thread.quit();
-    m_thread.wait();
 }
 
 void CameraView::setCamera(const QString& camera)
@@ -117,7 +109,7 @@ void CameraView::replyArrived(const QString& command, const QString& returnCode,
 
 void CameraView::decode(const QByteArray& jpeg)
 {
-    QMetaObject::invokeMethod(&m_worker, [this, jpeg, view = m_view] {
+    m_thread.run([this, jpeg, view = m_view] {
         const QImage image = PictureDecoder::decode(jpeg, largest);
         QMetaObject::invokeMethod(this, [this, view, image] { decoded(view, image); });
     });

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "desk/WorkerThread.h"
+
 #include <QElapsedTimer>
 #include <QImage>
 #include <QObject>
-#include <QThread>
 #include <QTimer>
 #include <QVariant>
 
@@ -47,7 +48,6 @@ public:
     CameraView(PluginHost& host, const Times& times);
     /** The same with the usual times. */
     explicit CameraView(PluginHost& host);
-    ~CameraView() override;
 
     /** Returns the property camera. */
     QString camera() const { return m_camera; }
@@ -90,8 +90,7 @@ private:
 
     PluginHost& m_host;
     Times m_times;
-    QThread m_thread;
-    QObject m_worker; ///< Lives on m_thread.
+    WorkerThread m_thread;
     QString m_camera;
     bool m_active = false;
     bool m_online = false;

@@ -4,6 +4,7 @@
 #include "client/PluginHost.h"
 #include "desk/CameraModel.h"
 #include "desk/CameraRequests.h"
+#include "desk/CameraTest.h"
 #include "desk/CameraView.h"
 #include "desk/DeskConnection.h"
 #include "desk/DeskSettings.h"
@@ -36,6 +37,8 @@ class Desk : public QObject
     Q_PROPERTY(CameraModel* cameras READ cameras CONSTANT)
     /** What changes these records. */
     Q_PROPERTY(CameraRequests* cameraRequests READ cameraRequests CONSTANT)
+    /** The test of a camera. */
+    Q_PROPERTY(CameraTest* cameraTest READ cameraTest CONSTANT)
     /** What the chosen camera sees. */
     Q_PROPERTY(CameraView* view READ view CONSTANT)
     /** The talk. Null until load has succeeded. */
@@ -75,6 +78,8 @@ public:
     CameraModel* cameras() { return &m_cameras; }
     /** Returns the property cameraRequests. */
     CameraRequests* cameraRequests() { return &m_cameraRequests; }
+    /** Returns the property cameraTest. */
+    CameraTest* cameraTest() { return &m_cameraTest; }
     /** Returns the property view. */
     CameraView* view() { return &m_view; }
     /** Returns the property talk. */
@@ -120,6 +125,7 @@ private:
     ProtocolConstants m_protocol;
     PluginHost m_host;
     CameraRequests m_cameraRequests;
+    CameraTest m_cameraTest;
     CameraView m_view;
     PluginClient m_plugin;
     QString m_errorString;

@@ -34,6 +34,7 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<ScheduleModel>(module, 1, 0, "ScheduleModel", reason);
     qmlRegisterUncreatableType<TalkKey>(module, 1, 0, "TalkKey", reason);
     qmlRegisterAnonymousType<CameraRequests>(module, 1);
+    qmlRegisterAnonymousType<CameraTest>(module, 1);
     qmlRegisterAnonymousType<RequestTimeouts>(module, 1);
     qmlRegisterAnonymousType<ScheduleText>(module, 1);
     qmlRegisterAnonymousType<ScheduleValidator>(module, 1);

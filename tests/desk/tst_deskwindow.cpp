@@ -1,6 +1,7 @@
 // The window as an operator uses it: a real display, a real sound server, the real plug-in, a server inside.
 
 #include "system/ProgramEnd.h"
+#include "tests/desk/HostileServer.h"
 #include "tests/desk/QmlComplaints.h"
 #include "tests/desk/ScheduleRecord.h"
 #include "tests/desk/WindowFixture.h"
@@ -30,6 +31,8 @@ private Q_SLOTS:
     void refusedTalk();
     void speakers();
     void cameras();
+    void camerasAreFoundAndAsked();
+    void cameraIsTested();
     void pictureOfTheCamera();
     void camerasComeAndGo();
     void cursorStaysWithItsTarget();
@@ -413,6 +416,79 @@ void TestDeskWindow::cameras()
     desk.click("Delete");
     QTRY_VERIFY(desk.desk().targets()->find("camera:1") == nullptr);
     QTRY_COMPARE(desk.desk().cameras()->rowCount(), 3);
+}
+
+void TestDeskWindow::camerasAreFoundAndAsked()
+{
+    HostileServer server;
+    const QString address = "http://10.0.0.9/onvif/device_service";
+    server.answer("FindCameras", QVariantList{QVariantMap{{"camName", "<b>Gate</b>"},
+                                                          {"hardware", "X-1"},
+                                                          {"location", "Yard"},
+                                                          {"camAddress", address},
+                                                          {"remark", ""}},
+                                              QVariantMap{{"camName", QString(100000, 'x')},
+                                                          {"remark", "names only addresses of other hosts"}},
+                                              QVariant(7)});
+    server.answer("AskCamera", QVariantMap{{"hears", "no"},
+                                           {"hearsReason", "the camera has no loudspeaker"},
+                                           {"speaks", "yes"},
+                                           {"voiceCodecs", QVariantList{"PCMU/8000"}},
+                                           {"model", "<img src=\"http://127.0.0.1:1/x.png\">"}});
+    server.answer("AddCamera", QVariantMap());
+    WindowFixture desk([&server](ClientOptions& options) { server.applyTo(options); });
+    QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Online);
+    desk.page("cameras");
+    desk.click("Find cameras…");
+    QVERIFY(desk.item("foundCameras"));
+    QVERIFY(desk.shows(address));
+    QVERIFY(desk.shows("It gives no address of its own."));
+    desk.shoot("cameras-found");
+    // By the keyboard: the first is the current one, Enter takes it.
+    desk.key(Qt::Key_Return);
+    QVERIFY(desk.gone("foundCameras"));
+    QVERIFY(desk.item("cameraName"));
+    QTRY_COMPARE(desk.item("cameraName")->property("text").toString(), QString("<b>Gate</b>"));
+    QCOMPARE(desk.item("cameraAddress")->property("text").toString(), address);
+    QCOMPARE(desk.item("cameraUser")->property("text").toString(), QString());
+    desk.click("Abilities");
+    desk.click("What can it do?");
+    QVERIFY(desk.shows("Plays what is said: no (the camera has no loudspeaker)"));
+    QVERIFY(desk.shows("Can be heard: yes, in PCMU/8000"));
+    desk.shoot("camera-abilities");
+    // With another address it is another camera.
+    desk.click("Camera");
+    desk.fill("cameraAddress", "10.0.0.10");
+    desk.click("Abilities");
+    QCOMPARE(desk.item("cameraAnswers")->property("count").toInt(), 0);
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+    // A server that has none says so.
+    server.answer("FindCameras", QVariantList());
+    desk.click("Find cameras…");
+    QVERIFY(desk.shows("No camera answered."));
+    desk.click("Close");
+}
+
+void TestDeskWindow::cameraIsTested()
+{
+    WindowFixture desk;
+    desk.page("cameras");
+    desk.click("Front gate: Test");
+    QVERIFY(desk.control("Front gate: Cancel"));
+    QVERIFY(desk.shows("testing…"));
+    QVERIFY(desk.shows("Front gate: The line opens, and the tone comes back after"));
+    desk.shoot("camera-tested");
+    desk.click("Car park: Test");
+    QVERIFY(desk.shows("Car park: The line does not open: the camera is offline"));
+    // A talk ends a test.
+    desk.click("Front gate: Test");
+    QVERIFY(desk.control("Front gate: Cancel"));
+    desk.desk().targets()->choose("camera:camera-2", true);
+    desk.desk().talk()->start();
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QCOMPARE(desk.desk().cameraTest()->camera(), QString());
+    desk.desk().talk()->stop();
 }
 
 void TestDeskWindow::pictureOfTheCamera()
