@@ -268,7 +268,8 @@ private:
         m_recorder.stop();
         TalkSummary summary(m_monitor);
         summary.duration = m_progress.elapsed();
-        summary.recordings = m_session.options().simulated.recordings->talks;
+        summary.recordings =
+            m_session.options().simulated.recordings->talks + m_session.options().onvif.kept->paths();
         QString heardFile = m_arguments.value("heard");
         if (m_recorder.running() && heardFile.isEmpty()) {
             heardFile = NumberedFile::create(m_session.options().simulated.recordingDirectory,

@@ -78,7 +78,7 @@ public:
      *
      * @return false for a kind whose cameras cannot be looked for; nothing is called then
      */
-    virtual bool findCameras(TakeFound /*take*/) { return false; }
+    virtual bool findCameras([[maybe_unused]] TakeFound take) { return false; }
 
     /**
      * Starts to ask a camera what it can do; takes seconds.
@@ -86,7 +86,10 @@ public:
      * @param camera one of the records, or one that is in none; its login is sent to its address alone
      * @return false for a kind whose cameras cannot be asked; nothing is called then
      */
-    virtual bool askCamera(const CameraRecord& /*camera*/, TakeReport /*take*/) { return false; }
+    virtual bool askCamera([[maybe_unused]] const CameraRecord& camera, [[maybe_unused]] TakeReport take)
+    {
+        return false;
+    }
 
     /**
      * Starts to ask one of its cameras for a still; takes seconds. One question to each camera is under way

@@ -233,6 +233,9 @@ void TestCameraRecords::talksByAddress()
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QVERIFY(result.err.contains("Talking to " + camera.address()));
     QVERIFY(objectOf(result)["packetsReceived"].toInt() > 5);
+    const QJsonArray kept = objectOf(result)["recordings"].toArray();
+    QCOMPARE(kept.size(), 1);
+    QVERIFY(QFile::exists(kept[0].toString()));
     QVERIFY(!camera.waitFor("closed 1").isEmpty());
     QCOMPARE(camera.count("teardown"), 1);
     QVERIFY(camera.heard().size() > 4000);

@@ -3,15 +3,46 @@
 #include "onvif/OnvifDiscovery.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <chrono>
 #include <functional>
+#include <memory>
+#include <mutex>
 
 /** The kind of these cameras, as camera records give it. */
 inline QString onvifKind()
 {
     return QStringLiteral("onvif");
 }
+
+/** The files in which talks were kept. Any thread. */
+class KeptTalks
+{
+public:
+    static constexpr int maxTalks = 1000; ///< The latest; their files stay.
+
+    /** Adds a file. */
+    void add(const QString& path)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_paths.append(path);
+        if (m_paths.size() > maxTalks) {
+            m_paths.removeFirst();
+        }
+    }
+
+    /** Returns the paths, in the order of the talks. */
+    QStringList paths() const
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_paths;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    QStringList m_paths;
+};
 
 /** How often cameras are asked whether they are there. */
 struct PresencePace
@@ -41,6 +72,7 @@ struct OnvifPictureTimes
 /** How the ONVIF cameras of a server are set up. */
 struct OnvifConfig
 {
+    std::shared_ptr<KeptTalks> kept = std::make_shared<KeptTalks>(); ///< Filled by the talks.
     QString recordingDirectory;                  ///< Each talk is kept there as a file; empty: none is kept.
     std::chrono::milliseconds silence{3000};     ///< A camera without a sign of life for so long is lost.
     std::chrono::milliseconds teardown{300};     ///< How long the end of a talk waits for the camera.

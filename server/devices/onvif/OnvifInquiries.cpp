@@ -2,10 +2,13 @@
 
 #include "onvif/CameraAddress.h"
 #include "onvif/OnvifDevice.h"
+#include "onvif/XmlElement.h"
+#include "protocol/Limits.h"
 
 namespace {
 
 constexpr int httpPort = 80;
+constexpr int maxRemark = 256; // characters
 
 /** An address without any character that could command a terminal. */
 QString textOf(const QUrl& address)
@@ -67,22 +70,24 @@ CameraReport reportOf(const CameraAbilities& abilities)
     return report;
 }
 
+/** What of a device is told to clients: one address that a record can have, and words of a bounded length. */
 FoundCameraEntry entryOf(const FoundCamera& camera)
 {
     FoundCameraEntry entry{camera.name, camera.hardware, camera.location, QString(), QString()};
-    if (!camera.addresses.isEmpty()) {
-        entry.address = textOf(camera.addresses.first());
-    }
-    if (camera.addresses.isEmpty() && camera.isElsewhere) {
-        entry.remark = QStringLiteral("names only addresses of other hosts");
-    } else if (camera.addresses.isEmpty()) {
-        entry.remark = QStringLiteral("names no address");
-    } else if (camera.addresses.size() > 1) {
-        QStringList others;
-        for (const QUrl& address : camera.addresses.mid(1)) {
-            others.append(textOf(address));
+    QStringList addresses;
+    for (const QUrl& url : camera.addresses) {
+        if (const QString address = textOf(url); address.size() <= Limits::maxUrlLength) {
+            addresses.append(address);
         }
-        entry.remark = QStringLiteral("also at %1").arg(others.join(QStringLiteral(", ")));
+    }
+    entry.address = addresses.value(0);
+    if (addresses.size() > 1) {
+        entry.remark = plainText(
+            QStringLiteral("also at %1").arg(addresses.mid(1).join(QStringLiteral(", "))), maxRemark);
+    } else if (addresses.isEmpty()) {
+        entry.remark = camera.addresses.isEmpty() && camera.isElsewhere
+                           ? QStringLiteral("names only addresses of other hosts")
+                           : QStringLiteral("names no address that can be used");
     }
     return entry;
 }

@@ -421,6 +421,7 @@ bool OnvifLine::startRecording()
     if (path.isEmpty() || !recorder->isOpen()) {
         return false;
     }
+    m_config.kept->add(path);
     const std::lock_guard<std::mutex> lock(m_streams);
     m_recorder = std::move(recorder);
     return true;

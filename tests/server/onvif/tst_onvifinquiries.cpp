@@ -79,7 +79,9 @@ void TestOnvifInquiries::finds()
                     id + "</a:RelatesTo></s:Header><s:Body><d:ProbeMatches>" +
                     match("urn:uuid:1", "http://127.0.0.1:81/onvif/device_service") +
                     match("urn:uuid:2", "http://8.8.8.8/onvif/device_service") +
-                    "</d:ProbeMatches></s:Body></s:Envelope>",
+                    match("urn:uuid:3", "http://127.0.0.1:82/" + QByteArray(1500, 'x')) +
+                    match("urn:uuid:4", "http://127.0.0.1:83/") +
+                    match("urn:uuid:4", "http://127.0.0.1:84/") + "</d:ProbeMatches></s:Body></s:Envelope>",
                 to, port);
         }
     });
@@ -92,7 +94,7 @@ void TestOnvifInquiries::finds()
     const ServerReply reply = server->ask("FindCameras");
     QCOMPARE(reply.returnCode, ReturnCode::success);
     const QVariantList found = reply.result.toList();
-    QCOMPARE(found.size(), 2);
+    QCOMPARE(found.size(), 4);
     QCOMPARE(found[0].toMap(), (QVariantMap{{"camName", "Gate"},
                                             {"hardware", "X-1"},
                                             {"location", "Yard"},
@@ -100,6 +102,10 @@ void TestOnvifInquiries::finds()
                                             {"remark", ""}}));
     QCOMPARE(found[1].toMap()["camAddress"], QVariant(""));
     QCOMPARE(found[1].toMap()["remark"], QVariant("names only addresses of other hosts"));
+    QCOMPARE(found[2].toMap()["camAddress"], QVariant("")); // too long for a record
+    QCOMPARE(found[2].toMap()["remark"], QVariant("names no address that can be used"));
+    QCOMPARE(found[3].toMap()["camAddress"], QVariant("http://127.0.0.1:83/"));
+    QCOMPARE(found[3].toMap()["remark"], QVariant("also at http://127.0.0.1:84/"));
 }
 
 void TestOnvifInquiries::findsWithoutANetwork()
