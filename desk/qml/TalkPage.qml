@@ -82,8 +82,7 @@ DeskPage {
             CameraPicture {
                 objectName: "cameraView"
                 Layout.fillWidth: true
-                Layout.preferredHeight: Math.round(width * 9 / 16)
-                Layout.maximumHeight: root.height * 0.4
+                Layout.preferredHeight: Math.round(Math.min(width * 9 / 16, root.height * 0.28)) // the list needs its room
                 view: desk.view
                 camera: desk.targets.chosenCameraName
             }

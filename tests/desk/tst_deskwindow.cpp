@@ -505,7 +505,9 @@ void TestDeskWindow::pictureOfTheCamera()
     QCOMPARE(first.size(), QSize(640, 360));
     // It is drawn, with its proportions: the second of its bars is yellow, the seventh blue.
     const auto colourAt = [&](qreal part) {
-        const QPointF at = picture->mapToScene(QPointF(picture->width() * part, picture->height() / 3));
+        const qreal width = picture->height() * 16 / 9; // in the middle of its place
+        const QPointF at = picture->mapToScene(
+            QPointF((picture->width() - width) / 2 + width * part, picture->height() / 3));
         return desk.window()->grabWindow().pixelColor(at.toPoint());
     };
     QTRY_VERIFY(colourAt(3.0 / 16).red() > 180 && colourAt(3.0 / 16).blue() < 80);
