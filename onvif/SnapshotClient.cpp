@@ -64,10 +64,8 @@ void SnapshotClient::evaluate(OnvifError error, const HttpReply& reply)
     constexpr int unauthorized = 401;
     constexpr int forbidden = 403;
     const int status = reply.status();
-    if (error == OnvifError::NotOnvif) {
-        finish({OnvifError::NotPicture, {}, {}});
-    } else if (error != OnvifError::None) {
-        finish({error, {}, {}});
+    if (error != OnvifError::None) {
+        finish({error == OnvifError::NotOnvif ? OnvifError::NotPicture : error, {}, {}});
     } else if (status == unauthorized && answerChallenge(reply)) {
         return;
     } else if (status == unauthorized || status == forbidden) {
