@@ -143,7 +143,7 @@ void TestDeskProgram::recordsOutliveTheProgram()
 {
     auto program = start();
     QVERIFY(program);
-    keys({"ctrl+2", "ctrl+n"});
+    keys({"ctrl+3", "ctrl+n"});
     QTest::qWait(600); // the dialog comes up
     xdotool({"type", "--delay", "40", "Hall"});
     keys({"Tab"});
@@ -163,7 +163,7 @@ void TestDeskProgram::fileIsChosen()
 {
     const auto program = start();
     QVERIFY(program);
-    keys({"ctrl+3", "ctrl+n"});
+    keys({"ctrl+4", "ctrl+n"});
     const QByteArray dialog =
         xdotool({"search", "--sync", "--onlyvisible", "--name", "Send audio files to the server"});
     QVERIFY(!dialog.isEmpty());
