@@ -122,7 +122,7 @@ QString CommandRegistry::help()
     text += QStringLiteral(
         R"(
 "voicedesk help COMMAND" or "voicedesk COMMAND --help" lists what a command takes.
-Speakers, files, groups and schedules are given by their id or their name.
+Cameras, speakers, files, groups and schedules are given by their id or their name.
 
 Exit status:
   0  done             3  no microphone      6  the talk was lost

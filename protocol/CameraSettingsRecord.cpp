@@ -131,6 +131,9 @@ std::optional<CameraSettings> CameraSettingsRecord::fromMap(const QVariantMap& m
 
 QString CameraSettingsRecord::toText(const CameraSettings& settings)
 {
+    if (settings == CameraSettings()) {
+        return QString(); // as of a record that is older than the settings, which must not grow by a change
+    }
     return QString::fromUtf8(
         QJsonDocument(QJsonObject::fromVariantMap(toMap(settings))).toJson(QJsonDocument::Compact));
 }

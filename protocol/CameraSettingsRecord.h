@@ -20,7 +20,7 @@ QVariantMap toMap(const CameraSettings& settings);
  */
 std::optional<CameraSettings> fromMap(const QVariantMap& map, const CameraSettings& before, QString* error);
 
-/** Returns the settings as they are stored. */
+/** Returns the settings as they are stored: an empty text for the defaults. */
 QString toText(const CameraSettings& settings);
 
 /** Reads what toText returned; the defaults for anything else. */

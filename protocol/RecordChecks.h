@@ -22,7 +22,7 @@ Refusal address(const QString& address);
  * Checks a camera's address: one as of a device, the same with a port, or a URL of RTSP or HTTP, which may
  * have a login in it.
  */
-Refusal cameraAddress(const QString& address);
+Refusal cameraAddress(const QString& text);
 
 /** Checks a port: 1 to Limits::maxPort. */
 Refusal port(int port);

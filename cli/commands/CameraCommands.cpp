@@ -227,7 +227,15 @@ std::vector<Command> cameraCommands()
     update.insert(update.end(), options.begin(), options.end());
     update.push_back(jsonOption);
     return {
-        {"cameras", "", "list the cameras of the server", "", {jsonOption}, Command::Server, listCameras},
+        {"cameras",
+         "",
+         "list the cameras of the server",
+         "Without --server and --data the simulated ones that voicedesk talk has. \"voicedesk help cameras "
+         "VERB\"\n"
+         "is about the commands beside this one: list, add, update, delete, test, find, ask.",
+         {jsonOption},
+         Command::Server,
+         listCameras},
         {"cameras list",
          "",
          "list the cameras of the records",

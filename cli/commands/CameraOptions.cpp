@@ -168,7 +168,7 @@ std::optional<QString> password(const CommandArguments& arguments, const QString
     if (qEnvironmentVariableIsSet(passwordVariable)) {
         return qEnvironmentVariable(passwordVariable);
     }
-    const auto typed = Console::readPassword(
+    auto typed = Console::readPassword(
         qUtf8Printable(QStringLiteral("Password of %1 at %2: ").arg(plainText(user), plainText(address))));
     if (!typed) {
         arguments.usage(QStringLiteral("the password of the camera is missing; put it into %1")

@@ -90,10 +90,12 @@ void ToneProbe::hear(const QVariantMap& fields)
     }
     m_arrivals.push_back({m_heard.size(), SteadyClock::now()});
     const double step = static_cast<double>(rate) / sampleRate;
-    for (; m_place < static_cast<double>(samples->size()); m_place += step) {
+    const auto end = static_cast<double>(samples->size());
+    while (m_place < end) {
         m_heard.push_back((*samples)[static_cast<std::size_t>(m_place)]);
+        m_place += step;
     }
-    m_place -= static_cast<double>(samples->size());
+    m_place -= end;
 }
 
 std::optional<ToneProbe::Echo> ToneProbe::find() const

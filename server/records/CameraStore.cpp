@@ -15,8 +15,8 @@ namespace {
 const ListLimit::Kind cameraList{
     QStringLiteral("maxCameras"), Limits::maxCameras,
     QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB)) + length(CAST(kind AS BLOB)) + "
-                   "length(CAST(address AS BLOB)) + length(CAST(username AS BLOB)) + length(password) + "
-                   "length(settings)), 0) FROM cameras")};
+                   "length(CAST(address AS BLOB)) + length(CAST(username AS BLOB)) + length(settings)), 0) "
+                   "FROM cameras")}; // no list has the passwords
 
 QString textOf(const QVariantMap& record, const QString& key)
 {

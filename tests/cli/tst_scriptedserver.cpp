@@ -21,6 +21,9 @@ private Q_SLOTS:
     void secondSpeakerNeverAnswers();
     void camerasUnderAnotherName();
     void speakerIsLost();
+    void camerasThatAServerFinds();
+    void cameraThatAServerAsks();
+    void testThatIsLost();
 
 private:
     using Replies = QList<WireMessage>;
@@ -190,6 +193,89 @@ void TestScriptedServer::speakerIsLost()
     const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
     QCOMPARE(report["devices"].toArray(), QJsonArray{1});
     QCOMPARE(report["lost"].toArray(), QJsonArray{2});
+}
+
+void TestScriptedServer::camerasThatAServerFinds()
+{
+    const QVariantMap found{{"camName", "Gate\x1b[2J"},
+                            {"hardware", "X-1"},
+                            {"location", "Yard"},
+                            {"camAddress", "http://10.0.0.9/onvif/device_service"},
+                            {"remark", ""}};
+    ProgramRun result = run({"cameras", "find", "--json"}, {{"FindCameras", QVariantList{found}}});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QCOMPARE(result.json().size(), 1);
+    QCOMPARE(result.json()[0].toObject()["addresses"],
+             QJsonValue(QJsonArray{"http://10.0.0.9/onvif/device_service"}));
+    QVERIFY(!result.json()[0].toObject()["name"].toString().contains('\x1b')); // it would command a terminal
+    result = run({"cameras", "find"}, {{"FindCameras", QVariantList()}});
+    QCOMPARE(result.status, 5);
+    result = runWith({"cameras", "find"}, [](const WireMessage& command) {
+        WireMessage reply = ScriptedServer::replyTo(command, QVariant());
+        reply.code = command.name == "FindCameras" ? "418" : "0";
+        reply.text = "built without it";
+        return Replies{reply};
+    });
+    QCOMPARE(result.status, 4);
+    QVERIFY2(result.err.contains("built without it (code 418)"), qPrintable(result.err));
+}
+
+void TestScriptedServer::cameraThatAServerAsks()
+{
+    const QVariantMap answer{{"camId", ""},
+                             {"camAddress", "10.0.0.9:80"},
+                             {"model", "X-1"},
+                             {"speaks", "yes"},
+                             {"hears", "no"},
+                             {"hearsReason", "the camera has no loudspeaker"},
+                             {"voiceCodecs", QVariantList{"PCMU/8000"}},
+                             {"error", ""}};
+    qputenv("VOICEDESK_CAMERA_SECRET", "quiet");
+    ProgramRun result = run({"cameras", "ask", "10.0.0.9:80", "--user", "otto", "--camera-user", "anna"},
+                            {{"AskCamera", answer}});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QCOMPARE(result.line("is heard"), QString("yes: PCMU/8000"));
+    QCOMPARE(result.line("plays talks"), QString("no: the camera has no loudspeaker"));
+    QCOMPARE(m_asked["AskCamera"].toMap(), (QVariantMap{{"camKind", "onvif"},
+                                                        {"camAddress", "10.0.0.9:80"},
+                                                        {"username", "anna"},
+                                                        {"password", "quiet"}}));
+    // Without a login of its own the server has that of the record alone.
+    const QVariantList cameras{QVariantMap{{"camId", "7"}, {"camName", "Gate"}}};
+    result =
+        run({"cameras", "ask", "Gate"},
+            {{"GetCamera", cameras}, {"AskCamera", QVariantMap{{"error", "the camera refuses the login"}}}});
+    QCOMPARE(result.status, 4);
+    QVERIFY2(result.err.contains("refuses the login"), qPrintable(result.err));
+    QCOMPARE(m_asked["AskCamera"].toMap(), (QVariantMap{{"camId", "7"}}));
+}
+
+void TestScriptedServer::testThatIsLost()
+{
+    const QVariantList cameras{QVariantMap{{"camId", "7"}, {"camName", "Gate"}}};
+    bool stopped = false;
+    int packets = 0;
+    const ProgramRun result = runWith({"cameras", "test", "Gate"}, [&](const WireMessage& command) {
+        stopped = stopped || command.name == "StopTalk";
+        const QVariant answer = command.name == "GetCamera" ? QVariant(cameras)
+                                : command.name == "StartTalk"
+                                    ? QVariant(QVariantMap{{"camId", "7"}, {"talkToken", "wire"}})
+                                    : QVariant();
+        Replies replies{ScriptedServer::replyTo(command, answer)};
+        if (command.name == "TalkData" && ++packets == 3) {
+            WireMessage lost;
+            lost.kind = WireMessage::Event;
+            lost.name = "TalkDisconnected";
+            lost.payload = QVariantMap{{"TalkDisconnected", QVariantMap{{"Token", "wire"}}}};
+            replies.append(lost);
+        }
+        return replies;
+    });
+    QCOMPARE(result.status, 6);
+    QVERIFY2(result.err.contains("lost"), qPrintable(result.err));
+    QCOMPARE(result.out, QString());
+    QVERIFY(stopped);
+    QVERIFY(packets < 10);
 }
 
 QTEST_GUILESS_MAIN(TestScriptedServer)

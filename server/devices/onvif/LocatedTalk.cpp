@@ -213,16 +213,15 @@ void LocatedTalk::takeRefusal(const QString& returnCode, const QString& reason)
 void LocatedTalk::explain(const CameraAbilities& abilities, const QString& returnCode, const QString& reason)
 {
     const QString stream = streamOf(abilities);
+    QString more;
+    if (abilities.error == OnvifError::None && abilities.hears == Ability::Unknown) {
+        more = QStringLiteral("; ") + abilities.hearsReason;
+    } else if (abilities.error == OnvifError::None && stream != m_stream && !stream.isEmpty()) {
+        more = QStringLiteral("; its loudspeaker is in the stream %1").arg(stream);
+    }
     if (abilities.hears == Ability::No) {
         Q_EMIT refused(ReturnCode::noLoudspeaker, abilities.hearsReason);
-    } else if (abilities.error != OnvifError::None) {
-        Q_EMIT refused(returnCode, reason);
-    } else if (abilities.hears == Ability::Unknown) {
-        Q_EMIT refused(returnCode, QStringLiteral("%1; %2").arg(reason, abilities.hearsReason));
-    } else if (stream != m_stream && !stream.isEmpty()) {
-        Q_EMIT refused(returnCode,
-                       QStringLiteral("%1; its loudspeaker is in the stream %2").arg(reason, stream));
     } else {
-        Q_EMIT refused(returnCode, reason);
+        Q_EMIT refused(returnCode, reason + more);
     }
 }
