@@ -1,6 +1,7 @@
 #include "desk/CameraRequests.h"
 
 #include "client/PluginHost.h"
+#include "desk/CameraAnswers.h"
 #include "desk/RequestTimeouts.h"
 #include "protocol/CameraSettingsRecord.h"
 #include "protocol/RecordChecks.h"
@@ -31,11 +32,21 @@ QVariantMap typed(QVariantMap camera)
 
 CameraRequests::CameraRequests(PluginHost& host, RequestTimeouts& watch) : m_host(host), m_watch(watch) {}
 
-void CameraRequests::replyArrived(const QString& command, const QString& returnCode)
+void CameraRequests::replyArrived(const QString& command, const QString& returnCode,
+                                  const QString& /*errorText*/, quint64 /*request*/, const QVariant& result)
 {
-    if (command == Words::AddCamera || command == Words::UpdateCamera || command == Words::DeleteCamera) {
-        Q_EMIT answered(returnCode == ReturnCode::success, returnCode);
+    static const QStringList own{Words::AddCamera, Words::UpdateCamera, Words::DeleteCamera,
+                                 Words::FindCameras, Words::AskCamera};
+    if (!own.contains(command)) {
+        return;
     }
+    const bool success = returnCode == ReturnCode::success;
+    if (success && command == Words::FindCameras) {
+        Q_EMIT found(CameraAnswers::found(result));
+    } else if (success && command == Words::AskCamera) {
+        Q_EMIT known(CameraAnswers::abilities(result));
+    }
+    Q_EMIT answered(success, returnCode);
 }
 
 bool CameraRequests::add(const QVariantMap& camera)
@@ -48,7 +59,8 @@ bool CameraRequests::add(const QVariantMap& camera)
     return send(Words::AddCamera, record);
 }
 
-bool CameraRequests::update(const QString& id, const QVariantMap& camera)
+/** The payload that changes a camera: without what the record is to keep. */
+QVariantMap CameraRequests::changed(const QString& id, const QVariantMap& camera)
 {
     QVariantMap record = typed(camera);
     record[Vocabulary::camId] = id;
@@ -61,7 +73,27 @@ bool CameraRequests::update(const QString& id, const QVariantMap& camera)
     } else if (record.value(Vocabulary::password).toString().isEmpty()) {
         record.remove(Vocabulary::password); // the camera keeps its own
     }
-    return send(Words::UpdateCamera, record);
+    return record;
+}
+
+bool CameraRequests::update(const QString& id, const QVariantMap& camera)
+{
+    return send(Words::UpdateCamera, changed(id, camera));
+}
+
+bool CameraRequests::find()
+{
+    return send(Words::FindCameras, QVariant());
+}
+
+bool CameraRequests::ask(const QString& id, const QVariantMap& camera)
+{
+    QVariantMap question = changed(id, camera);
+    question.remove(Words::camName);
+    if (id.isEmpty()) {
+        question.remove(Vocabulary::camId);
+    }
+    return send(Words::AskCamera, question);
 }
 
 bool CameraRequests::remove(const QString& id)

@@ -36,6 +36,18 @@ public:
     /** Asks the server to delete a camera; answered follows. */
     Q_INVOKABLE bool remove(const QString& id);
 
+    /** Asks the server to look for cameras; found and answered follow. @return whether the request was sent
+     */
+    Q_INVOKABLE bool find();
+    /**
+     * Asks the server what a camera can do; known and answered follow. The login goes to the address that it
+     * is for, and nowhere else.
+     *
+     * @param id     of the record; empty for a camera that is in none
+     * @param camera as of update
+     */
+    Q_INVOKABLE bool ask(const QString& id, const QVariantMap& camera);
+
     /** Returns the settings of a new camera: a map as of CameraSettingsRecord. */
     Q_INVOKABLE QVariantMap defaultSettings() const;
     /** Returns whether all settings of such a map have values that a server takes. */
@@ -45,13 +57,20 @@ public:
 
 public Q_SLOTS:
     /** Takes notice of a reply, after the watch has. */
-    void replyArrived(const QString& command, const QString& returnCode);
+    void replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
+                      quint64 request, const QVariant& result);
 
 Q_SIGNALS:
+    /** Emitted with what a search found, before answered: maps with "name", "address" and "detail", texts of
+     * bounded length for people. Anybody may have answered the search, with anything. */
+    void found(const QVariantList& cameras);
+    /** Emitted with what a camera can do, before answered: lines for people. */
+    void known(const QStringList& lines);
     /** Emitted with each answer to a request. @param code of the reply */
     void answered(bool success, const QString& code);
 
 private:
+    static QVariantMap changed(const QString& id, const QVariantMap& camera);
     bool send(const QString& command, const QVariant& payload);
 
     PluginHost& m_host;

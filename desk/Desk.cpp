@@ -10,13 +10,17 @@
 
 Desk::Desk(const ClientOptions& options, const QString& settingsFile)
     : m_pluginPath(options.pluginPath), m_settings(settingsFile), m_connection(options),
-      m_watch(options.timeout), m_host(m_connection.link()), m_cameraRequests(m_host, m_watch)
+      m_watch(options.timeout), m_host(m_connection.link()), m_cameraRequests(m_host, m_watch),
+      m_cameraTest(m_host, m_watch), m_view(m_host)
 {
     connect(&m_host, &PluginHost::commandSent, &m_watch, &RequestTimeouts::commandSent);
     connect(&m_host, &PluginHost::commandSent, &m_meters, &TalkMeters::commandSent);
     connect(&m_host, &PluginHost::replyArrived, &m_watch, &RequestTimeouts::replyArrived);
     connect(&m_host, &PluginHost::eventArrived, &m_meters, &TalkMeters::eventArrived);
     connect(&m_host, &PluginHost::replyArrived, &m_cameraRequests, &CameraRequests::replyArrived);
+    connect(&m_host, &PluginHost::replyArrived, &m_cameraTest, &CameraTest::replyArrived);
+    connect(&m_host, &PluginHost::eventArrived, &m_cameraTest, &CameraTest::eventArrived);
+    connect(&m_host, &PluginHost::replyArrived, &m_view, &CameraView::replyArrived);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_targets, &TargetModel::setCameras);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_cameras, &CameraModel::setCameras);
     connect(&m_host, &PluginHost::eventArrived, &m_connection.link(), [this](const QString& event) {
@@ -57,8 +61,14 @@ bool Desk::load()
             });
     connect(&*m_talk, &TalkControl::phaseChanged, this,
             [this] { m_meters.setActive(m_talk->phase() == TalkControl::Talking); });
+    connect(&*m_talk, &TalkControl::phaseChanged, this, [this] {
+        if (m_talk->phase() != TalkControl::Idle) {
+            m_cameraTest.cancel(); // its tone would be in the talk
+        }
+    });
     connect(&m_connection, &DeskConnection::aboutToChange, this, [this] {
         m_talk->stop();
+        m_cameraTest.forgetConnection();
         m_playback->forget();
         m_watch.forget();
     });
@@ -67,11 +77,14 @@ bool Desk::load()
         m_playback->clear();
         m_targets.forgetServer();
         m_cameras.forgetServer();
+        m_view.forgetServer();
     });
     connect(&m_plugin, &PluginClient::ipAudioModelChanged, &m_targets, &TargetModel::speakersListed);
     connect(&m_connection, &DeskConnection::changed, this, [this] {
         m_talk->setOnline(m_connection.isOnline());
+        m_view.setOnline(m_connection.isOnline());
         if (m_connection.state() == DeskConnection::Reconnecting) {
+            m_cameraTest.forgetConnection();
             m_watch.forget();
             m_playback->forget();
         }

@@ -4,6 +4,8 @@
 #include "client/PluginHost.h"
 #include "desk/CameraModel.h"
 #include "desk/CameraRequests.h"
+#include "desk/CameraTest.h"
+#include "desk/CameraView.h"
 #include "desk/DeskConnection.h"
 #include "desk/DeskSettings.h"
 #include "desk/PlaybackModel.h"
@@ -35,6 +37,10 @@ class Desk : public QObject
     Q_PROPERTY(CameraModel* cameras READ cameras CONSTANT)
     /** What changes these records. */
     Q_PROPERTY(CameraRequests* cameraRequests READ cameraRequests CONSTANT)
+    /** The test of a camera. */
+    Q_PROPERTY(CameraTest* cameraTest READ cameraTest CONSTANT)
+    /** What the chosen camera sees. */
+    Q_PROPERTY(CameraView* view READ view CONSTANT)
     /** The talk. Null until load has succeeded. */
     Q_PROPERTY(TalkControl* talk READ talk CONSTANT)
     /** The levels of the talk. */
@@ -72,6 +78,10 @@ public:
     CameraModel* cameras() { return &m_cameras; }
     /** Returns the property cameraRequests. */
     CameraRequests* cameraRequests() { return &m_cameraRequests; }
+    /** Returns the property cameraTest. */
+    CameraTest* cameraTest() { return &m_cameraTest; }
+    /** Returns the property view. */
+    CameraView* view() { return &m_view; }
     /** Returns the property talk. */
     TalkControl* talk() { return m_talk ? &*m_talk : nullptr; }
     /** Returns the property meters. */
@@ -115,6 +125,8 @@ private:
     ProtocolConstants m_protocol;
     PluginHost m_host;
     CameraRequests m_cameraRequests;
+    CameraTest m_cameraTest;
+    CameraView m_view;
     PluginClient m_plugin;
     QString m_errorString;
     std::optional<TalkControl> m_talk;

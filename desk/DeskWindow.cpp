@@ -1,5 +1,6 @@
 #include "desk/DeskWindow.h"
 
+#include "desk/PictureItem.h"
 #include "desk/WaveformItem.h"
 
 #include <QCoreApplication>
@@ -22,6 +23,8 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<TalkControl>(module, 1, 0, "TalkControl", reason);
     qmlRegisterUncreatableType<TargetModel>(module, 1, 0, "TargetModel", reason);
     qmlRegisterUncreatableType<CameraModel>(module, 1, 0, "CameraModel", reason);
+    qmlRegisterType<PictureItem>(module, 1, 0, "Picture");
+    qmlRegisterUncreatableType<CameraView>(module, 1, 0, "CameraView", reason);
     qmlRegisterUncreatableType<TalkMeters>(module, 1, 0, "TalkMeters", reason);
     qmlRegisterUncreatableType<DeskConnection>(module, 1, 0, "DeskConnection", reason);
     qmlRegisterUncreatableType<PlaybackModel>(module, 1, 0, "PlaybackModel", reason);
@@ -31,6 +34,7 @@ void DeskWindow::registerTypes()
     qmlRegisterUncreatableType<ScheduleModel>(module, 1, 0, "ScheduleModel", reason);
     qmlRegisterUncreatableType<TalkKey>(module, 1, 0, "TalkKey", reason);
     qmlRegisterAnonymousType<CameraRequests>(module, 1);
+    qmlRegisterAnonymousType<CameraTest>(module, 1);
     qmlRegisterAnonymousType<RequestTimeouts>(module, 1);
     qmlRegisterAnonymousType<ScheduleText>(module, 1);
     qmlRegisterAnonymousType<ScheduleValidator>(module, 1);

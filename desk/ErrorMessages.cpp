@@ -33,6 +33,7 @@ const Message messages[] = {
     {&ReturnCode::talkRefused, QT_TRANSLATE_NOOP("ErrorMessages", "the camera refuses the talk")},
     {&ReturnCode::noTalkToken,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server does not say which talk it has opened")},
+    {&ReturnCode::noPicture, QT_TRANSLATE_NOOP("ErrorMessages", "the camera gives no picture")},
     {&ReturnCode::storageFailed,
      QT_TRANSLATE_NOOP("ErrorMessages", "the server cannot store it; is its disk full?")},
     {&ReturnCode::noSuchDevice, QT_TRANSLATE_NOOP("ErrorMessages", "the speaker is not there any more")},

@@ -244,6 +244,18 @@ QString TargetModel::chosenNames() const
     return names.join(QStringLiteral(", "));
 }
 
+QString TargetModel::chosenCamera() const
+{
+    const auto targets = chosen();
+    return !targets.empty() && targets.front().camera ? targets.front().id : QString();
+}
+
+QString TargetModel::chosenCameraName() const
+{
+    const auto targets = chosen();
+    return !targets.empty() && targets.front().camera ? targets.front().name : QString();
+}
+
 void TargetModel::choose(const QString& key, bool chosen)
 {
     const Target* target = find(key);

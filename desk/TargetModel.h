@@ -26,6 +26,10 @@ class TargetModel : public QAbstractListModel
     Q_PROPERTY(int chosenCount READ chosenCount NOTIFY chosenChanged)
     /** The names of the chosen targets, joined by commas. */
     Q_PROPERTY(QString chosenNames READ chosenNames NOTIFY chosenChanged)
+    /** The id of the chosen camera; empty for none. */
+    Q_PROPERTY(QString chosenCamera READ chosenCamera NOTIFY chosenChanged)
+    /** The name of the chosen camera; empty for none. */
+    Q_PROPERTY(QString chosenCameraName READ chosenCameraName NOTIFY chosenChanged)
 
 public:
     /** The fields of a row. */
@@ -90,6 +94,11 @@ public:
     int chosenCount() const { return m_chosen.size(); }
     /** Returns the property chosenNames. */
     QString chosenNames() const;
+
+    /** Returns the property chosenCamera. */
+    QString chosenCamera() const;
+    /** Returns the property chosenCameraName. */
+    QString chosenCameraName() const;
 
     /** Sets where the speakers come from. Called once. */
     void setSpeakers(DeviceModel* speakers);

@@ -562,7 +562,7 @@ def step_seeds():
     camera = {"audioName": "Dock", "deviceName": "simulated", "ip": "10.0.0.8"}
     cameras = Steps().command("AddCamera", camera).number(0, 0, 7).command("UpdateCamera", dict(camera, camId="3"))
     cameras.command("GetCamera", None).command("FindCameras", None).command("AskCamera", {"camId": "3"})
-    cameras.command("DeleteCamera", "3")
+    cameras.command("GetCameraPicture", "3").command("DeleteCamera", "3")
     write("fuzz_commands", "cameras", cameras.bytes())
 
     def start():

@@ -125,6 +125,14 @@ std::optional<HttpDigest> HttpDigest::fromChallenges(const QByteArray& header)
     return chosen;
 }
 
+bool HttpDigest::isBasicOnly(const QByteArray& header)
+{
+    const QList<Challenge> challenges = challengesOf(header.left(maxChallengeBytes));
+    return !challenges.isEmpty() && header.size() <= maxChallengeBytes &&
+           std::all_of(challenges.begin(), challenges.end(),
+                       [](const Challenge& challenge) { return challenge.scheme == "basic"; });
+}
+
 QByteArray HttpDigest::authorization(const QByteArray& method, const QByteArray& uri, const QString& user,
                                      const QString& password, const QByteArray& cnonce)
 {

@@ -20,6 +20,10 @@ public:
      */
     static std::optional<HttpDigest> fromChallenges(const QByteArray& header);
 
+    /** Returns whether a reply offers a login by Basic (RFC 7617), and none but that. @param header as of
+     * fromChallenges */
+    static bool isBasicOnly(const QByteArray& header);
+
     /** Returns the server's nonce. */
     const QByteArray& nonce() const { return m_nonce; }
 

@@ -37,14 +37,26 @@ HttpExchange::~HttpExchange()
 
 void HttpExchange::post(const QUrl& url, const Headers& headers, const QByteArray& body, Callback callback)
 {
+    const Headers length{{"Content-Length", QByteArray::number(body.size())}};
+    send("POST", url, length + headers, body, std::move(callback));
+}
+
+void HttpExchange::get(const QUrl& url, const Headers& headers, Callback callback)
+{
+    send("GET", url, headers, QByteArray(), std::move(callback));
+}
+
+void HttpExchange::send(const QByteArray& method, const QUrl& url, const Headers& headers,
+                        const QByteArray& body, Callback callback)
+{
     cancel();
     m_callback = std::move(callback);
     m_reply = HttpReply(m_maxBody);
-    QByteArray request = "POST " +
-                         url.toEncoded(QUrl::RemoveScheme | QUrl::RemoveAuthority | QUrl::RemoveFragment) +
+    QByteArray target = url.toEncoded(QUrl::RemoveScheme | QUrl::RemoveAuthority | QUrl::RemoveFragment);
+    target = target.startsWith('/') ? target : '/' + target; // RFC 9112, clause 3.2.1
+    QByteArray request = method + ' ' + target +
                          " HTTP/1.1\r\nHost: " + url.authority(QUrl::FullyEncoded).toLatin1() +
-                         "\r\nUser-Agent: VoiceDesk\r\nConnection: close\r\nContent-Length: " +
-                         QByteArray::number(body.size()) + "\r\n";
+                         "\r\nUser-Agent: VoiceDesk\r\nConnection: close\r\n";
     for (const auto& [name, value] : headers) {
         request += name + ": " + value + "\r\n";
     }

@@ -13,9 +13,9 @@
 class QSslSocket;
 
 /**
- * One POST over a connection of its own, and its reply. Not by QNetworkAccessManager: that holds headers of
- * any size, logs in by any way that a server asks for, with Basic in the clear, and keeps a thread that looks
- * at the network interfaces each ten seconds.
+ * One request over a connection of its own, and its reply. Not by QNetworkAccessManager: that holds headers
+ * of any size, logs in by any way that a server asks for, with Basic in the clear, and keeps a thread that
+ * looks at the network interfaces each ten seconds.
  *
  * Uses no proxy, follows no redirect. Has no time limit: whoever uses it has one. Used on the thread that
  * made it.
@@ -36,13 +36,18 @@ public:
      * trusts. */
     void setAnyCertificate(bool any) { m_anyCertificate = any; }
 
-    /** Sends a request; the callback follows, once, unless another request or cancel comes first. */
+    /** Sends a POST; the callback follows, once, unless another request or cancel comes first. */
     void post(const QUrl& url, const Headers& headers, const QByteArray& body, Callback callback);
+
+    /** Sends a GET; the callback follows as for post. */
+    void get(const QUrl& url, const Headers& headers, Callback callback);
 
     /** Gives up the request that is open. */
     void cancel();
 
 private:
+    void send(const QByteArray& method, const QUrl& url, const Headers& headers, const QByteArray& body,
+              Callback callback);
     void read();
     void fail();
     void finish(OnvifError error);

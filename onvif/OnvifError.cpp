@@ -9,6 +9,8 @@ QString onvifErrorText(OnvifError error)
         return QStringLiteral("the camera cannot be reached");
     case OnvifError::TimedOut:
         return QStringLiteral("the camera did not answer in time");
+    case OnvifError::NotPicture:
+        return QStringLiteral("what the camera sent is no picture");
     case OnvifError::NotOnvif:
         return QStringLiteral("what answered is no ONVIF camera");
     case OnvifError::TooLarge:

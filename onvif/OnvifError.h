@@ -9,6 +9,7 @@ enum class OnvifError
     None,         ///< It answered.
     NotReachable, ///< No connection, or no such host.
     TimedOut,     ///< No answer, or no whole one, in time.
+    NotPicture,   ///< What should be a still is no JPEG.
     NotOnvif,     ///< Something answered, but not with a message of ONVIF.
     TooLarge,     ///< An answer beyond the limits.
     Untrusted,    ///< The certificate of an https address is not trusted.

@@ -16,7 +16,7 @@
 struct OnvifLogin
 {
     QString user;     ///< Empty: none.
-    QString password; ///< Never sent as it is.
+    QString password; ///< Never sent as it is, but by SnapshotClient to a camera that takes nothing else.
 };
 
 /** How a question to a camera ended. */

@@ -26,6 +26,7 @@ inline const QString UpdateCamera = QStringLiteral("UpdateCamera");
 inline const QString DeleteCamera = QStringLiteral("DeleteCamera");
 inline const QString FindCameras = QStringLiteral("FindCameras");
 inline const QString AskCamera = QStringLiteral("AskCamera");
+inline const QString GetCameraPicture = QStringLiteral("GetCameraPicture");
 /** @} */
 
 /**
@@ -61,6 +62,9 @@ inline const QString streams = QStringLiteral("streams");
 inline const QString remarks = QStringLiteral("remarks");
 /** @} */
 
+/** Key of a camera's picture. */
+inline const QString picture = QStringLiteral("picture");
+
 } // namespace Words
 
 namespace CommandTable {
@@ -85,6 +89,7 @@ inline std::vector<Row> hostRows()
                  map({V::camId, W::camAddress, W::manufacturer, W::model, W::firmware, W::speaks, W::hears,
                       W::speaksReason, W::hearsReason, W::voiceCodecs, W::talkCodecs, W::streams, W::remarks,
                       V::error}))),
+        late(row(W::GetCameraPicture, text(), map({V::camId, W::picture}))),
     };
 }
 

@@ -30,6 +30,9 @@ inline constexpr int maxTalkDataLength = 1 << 16; ///< Characters of "talkData".
 inline constexpr int maxTalksPerSession = 4096;   ///< Open talks of one client.
 inline constexpr int maxTalkOpeningTime = 30000;  ///< Milliseconds from the request of a talk to its answer.
 
+// Pictures.
+inline constexpr int maxPictureBytes = 512 << 10; ///< Bytes of a camera's picture.
+
 // Payloads.
 inline constexpr int maxShortPayload =
     65536;                            ///< Size of a payload without a list, see CommandTable::Row::maxSize.

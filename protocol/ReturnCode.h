@@ -21,6 +21,7 @@ inline const QString cameraTimedOut = QStringLiteral("210"); ///< The camera did
 inline const QString talkRefused = QStringLiteral("211"); ///< The camera refuses the talk; the text says why.
 inline const QString noTalkToken =
     QStringLiteral("212"); ///< A talk was opened without a token. Clients find it themselves.
+inline const QString noPicture = QStringLiteral("213"); ///< The camera gives no picture; the text says why.
 inline const QString storageFailed =
     QStringLiteral("301"); ///< A recording or the database cannot be written or read.
 inline const QString noSuchDevice = QStringLiteral("401");      ///< No device has the id.
@@ -46,13 +47,12 @@ inline const QString fileRefused = Vocabulary::returnCodeFileRefused; ///< An up
 
 /** All of them. */
 inline const QString* const all[] = {
-    &success,       &unknownCommand,  &malformedRequest, &noSuchCamera,      &cameraOffline,
-    &noSuchTalk,    &badTalkPacket,   &noVoice,          &speakerOffline,    &loginRefused,
-    &noLoudspeaker, &cameraBusy,      &cameraTimedOut,   &talkRefused,       &noTalkToken,
-    &storageFailed, &noSuchDevice,    &noSuchFile,       &noSuchGroup,       &noSuchSchedule,
-    &badName,       &nameTaken,       &badAddress,       &badPort,           &badCredentials,
-    &badList,       &badSchedule,     &badCameraKind,    &tooManyRecords,    &nothingToPlayOn,
-    &brokenFile,    &playbackStopped, &speakerTaken,     &badCameraSettings, &tooManyRequests,
+    &success,         &unknownCommand, &malformedRequest, &noSuchCamera, &cameraOffline,     &noSuchTalk,
+    &badTalkPacket,   &noVoice,        &speakerOffline,   &loginRefused, &noLoudspeaker,     &cameraBusy,
+    &cameraTimedOut,  &talkRefused,    &noTalkToken,      &noPicture,    &storageFailed,     &noSuchDevice,
+    &noSuchFile,      &noSuchGroup,    &noSuchSchedule,   &badName,      &nameTaken,         &badAddress,
+    &badPort,         &badCredentials, &badList,          &badSchedule,  &badCameraKind,     &tooManyRecords,
+    &nothingToPlayOn, &brokenFile,     &playbackStopped,  &speakerTaken, &badCameraSettings, &tooManyRequests,
     &fileRefused,
 };
 

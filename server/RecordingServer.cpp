@@ -78,7 +78,8 @@ RecordingServer::RecordingServer(ServerConfig config)
       m_speakerBackends(makeBackends<SpeakerBackend>(m_config.devices.speakers)),
       m_playback(m_devices, m_groups, m_files, pointers(m_speakerBackends)),
       m_scheduleRunner(m_schedules, m_config.clock), m_talks(pointers(m_cameraBackends), m_config.talkLimits),
-      m_inquiries(backendsByKind(), m_cameras, m_config.devices.absentCameras), m_errorString(whyNotOpen())
+      m_inquiries(backendsByKind(), m_cameras, m_config.devices.absentCameras),
+      m_pictures(pointers(m_cameraBackends), m_config.pictureInterval), m_errorString(whyNotOpen())
 {
     registerTalks();
     registerRecords();
@@ -190,6 +191,9 @@ void RecordingServer::registerCameras()
     m_executors[Words::AskCamera] = [this](ServerSession& session, const QVariant& payload, quint64) {
         return m_inquiries.ask(session, payload);
     };
+    m_executors[Words::GetCameraPicture] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_pictures.get(session, payload.toString());
+    };
     m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&, quint64) {
         return done(cameraRecords());
     };
@@ -223,6 +227,7 @@ void RecordingServer::applyCameraRecords()
         m_cameraBackends[i]->setRecords(own);
         left = others;
     }
+    m_pictures.forget();
 }
 
 /** Raises one event for each client, however many changes there are at a time. */
@@ -346,4 +351,5 @@ void RecordingServer::closeSession(ServerSession& session)
     m_sessions.remove(&session);
     m_talks.closeSession(session);
     m_inquiries.closeSession(session);
+    m_pictures.closeSession(session);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "server/cameras/CameraInquiries.h"
+#include "server/cameras/CameraPictures.h"
 #include "server/core/CommandExecutor.h"
 #include "server/devices/DeviceKinds.h"
 #include "server/playback/PlaybackService.h"
@@ -24,6 +25,8 @@ struct ServerConfig
                            ///< the server lives; empty: they end with the server.
     ServerClock clock;     ///< Of the schedules.
     TalkLimits talkLimits; ///< How long talks wait for their devices.
+    std::chrono::milliseconds pictureInterval{
+        1000}; ///< A camera is asked for no more than one picture in it.
 };
 
 /**
@@ -93,6 +96,7 @@ private:
     ScheduleRunner m_scheduleRunner;
     TalkService m_talks;
     CameraInquiries m_inquiries;
+    CameraPictures m_pictures;
     QString m_errorString;
     QSet<ServerSession*> m_sessions;
     QHash<QString, Executor> m_executors; ///< By command.

@@ -109,7 +109,7 @@ QVariantMap jsonOf(const CameraAbilities& abilities)
         streams.append(QVariantMap{{QStringLiteral("name"), stream.name},
                                    {QStringLiteral("profile"), stream.token},
                                    {QStringLiteral("address"), textOf(stream.address)},
-                                   {QStringLiteral("picture"), stream.hasPicture},
+                                   {Words::picture, stream.hasPicture},
                                    {QStringLiteral("voice"), stream.hasVoice},
                                    {QStringLiteral("loudspeaker"), stream.hasLoudspeaker}});
     }
@@ -175,7 +175,7 @@ void print(const CameraAbilities& abilities)
         if (stream.address.isEmpty()) {
             continue;
         }
-        QStringList parts{stream.hasPicture ? QStringLiteral("picture") : QString(),
+        QStringList parts{stream.hasPicture ? Words::picture : QString(),
                           stream.hasVoice ? QStringLiteral("voice") : QString(),
                           stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()};
         parts.removeAll(QString());

@@ -10,8 +10,10 @@ FormDialog {
     property var kinds: []
     readonly property string kind: kinds.length > kindList.currentIndex && kindList.currentIndex >= 0 ? kinds[kindList.currentIndex] : ""
 
-    function create() {
-        fill({ id: "", name: "", kind: "onvif", address: "", user: "", settings: desk.cameraRequests.defaultSettings() });
+    function create() { createFor("", ""); }
+    // For one that a search found.
+    function createFor(name, address) {
+        fill({ id: "", name: name, kind: "onvif", address: address, user: "", settings: desk.cameraRequests.defaultSettings() });
         title = qsTr("Add a camera");
         open();
     }
@@ -33,6 +35,7 @@ FormDialog {
             fields[i].touched = false;
         advanced.fill(record.settings);
         parts.currentIndex = 0;
+        abilities.reset();
     }
     function kindName(name) {
         return name === "onvif" ? qsTr("Network camera (ONVIF, RTSP)") : name === "simulated" ? qsTr("Simulated camera") : name;
@@ -55,7 +58,7 @@ FormDialog {
             id: parts
             Layout.fillWidth: true
             stretch: true
-            choices: [qsTr("Camera"), qsTr("Advanced")]
+            choices: [qsTr("Camera"), qsTr("Advanced"), qsTr("Abilities")]
         }
         StackLayout {
             Layout.fillWidth: true
@@ -77,6 +80,7 @@ FormDialog {
                     objectName: "cameraKind"
                     Layout.fillWidth: true
                     model: root.kinds.map(root.kindName)
+                    onActivated: abilities.reset()
                     Accessible.name: qsTr("Kind")
                 }
                 FormField {
@@ -86,6 +90,7 @@ FormDialog {
                     label: qsTr("Address")
                     problem: desk.cameraRequests.isAddress(text.trim()) ? "" : qsTr("An IP address, a host name, or the address of its stream like rtsp://host:554/path.")
                     field.onAccepted: root.submit()
+                    onTextChanged: abilities.reset()
                 }
                 RowLayout {
                     spacing: 10
@@ -95,6 +100,7 @@ FormDialog {
                         Layout.fillWidth: true
                         Layout.preferredWidth: 1
                         label: qsTr("User name")
+                        onTextChanged: abilities.reset()
                         problem: text.length > desk.protocol.maxCredentialLength ? qsTr("At most %1 characters.").arg(desk.protocol.maxCredentialLength) : ""
                         field.onAccepted: root.submit()
                     }
@@ -104,6 +110,7 @@ FormDialog {
                         Layout.fillWidth: true
                         Layout.preferredWidth: 1
                         label: qsTr("Password")
+                        onTextChanged: abilities.reset()
                         field.echoMode: TextInput.Password
                         field.placeholderText: root.camera !== "" ? qsTr("empty: as before") : ""
                         problem: text.length > desk.protocol.maxCredentialLength ? qsTr("At most %1 characters.").arg(desk.protocol.maxCredentialLength)
@@ -119,6 +126,11 @@ FormDialog {
                 Item { Layout.fillHeight: true }
             }
             CameraSettingsForm { id: advanced }
+            CameraAbilities {
+                id: abilities
+                askable: address.valid && user.valid && password.valid && advanced.valid
+                onAsked: request.begin(desk.cameraRequests.ask(root.camera, root.record()))
+            }
         }
     }
 

@@ -22,6 +22,7 @@ ColumnLayout {
         halfDuplex.checked = settings.halfDuplex;
         noDelay.checked = settings.noDelay;
         anyCertificate.checked = settings.anyCertificate;
+        severalTalks.checked = settings.severalTalks;
         const fields = [codec, delay, patience, priority];
         for (let i = 0; i < fields.length; ++i)
             fields[i].touched = false;
@@ -37,7 +38,8 @@ ColumnLayout {
             evenPace: evenPace.checked,
             halfDuplex: halfDuplex.checked,
             noDelay: noDelay.checked,
-            anyCertificate: anyCertificate.checked
+            anyCertificate: anyCertificate.checked,
+            severalTalks: severalTalks.checked
         };
     }
     // What is wrong with a number; empty when nothing is. The server's rules count: it alone knows the limits.
@@ -110,6 +112,7 @@ ColumnLayout {
         TickBox { id: halfDuplex; objectName: "cameraHalfDuplex"; Layout.fillWidth: true; text: qsTr("Do not hear the camera while somebody talks (echo)") }
         TickBox { id: evenPace; Layout.fillWidth: true; text: qsTr("Send packets at an even pace (garbled sound)") }
         TickBox { id: noDelay; Layout.fillWidth: true; text: qsTr("Send each packet at once (TCP_NODELAY)") }
+        TickBox { id: severalTalks; Layout.fillWidth: true; text: qsTr("Several may talk to the camera at a time") }
         TickBox { id: anyCertificate; Layout.fillWidth: true; text: qsTr("Take any certificate (rtsps)") }
     }
     QuietText {

@@ -9,6 +9,11 @@ DeskPage {
     id: root
     readonly property CameraModel cameras: desk.cameras
 
+    property string testName // of the camera that was tested last
+    property string testResult
+    property bool testGood: true
+    readonly property string testing: desk.cameraTest.camera
+
     editor: dialog
     function focusSearch() { search.forceActiveFocus(); }
 
@@ -23,6 +28,12 @@ DeskPage {
             onTextChanged: root.cameras.search = text
         }
         Item { Layout.fillWidth: true }
+        ActionButton {
+            objectName: "findCamera"
+            text: qsTr("Find cameras…")
+            enabled: desk.connection.online
+            onClicked: finder.search()
+        }
         ActionButton {
             objectName: "addCamera"
             highlighted: true
@@ -43,8 +54,18 @@ DeskPage {
         delegate: RecordRow {
             title: cameraName || ""
             detail: cameraIsRecord ? dialog.kindName(cameraKind) + "  ·  " + cameraAddress : qsTr("Part of the server; it cannot be changed.")
-            note: cameraOnline ? qsTr("Online") : qsTr("Offline")
-            noteGood: cameraOnline || false
+            readonly property bool tested: cameraId !== undefined && root.testing !== "" && root.testing === cameraId
+            note: tested ? qsTr("testing…") : cameraOnline ? qsTr("Online") : qsTr("Offline")
+            noteGood: tested || cameraOnline || false
+            extraText: tested ? qsTr("Cancel") : qsTr("Test")
+            extraEnabled: tested || (root.testing === "" && desk.talk.phase === TalkControl.Idle && desk.connection.online)
+            onExtra: {
+                root.testResult = "";
+                if (tested)
+                    desk.cameraTest.cancel();
+                else if (desk.cameraTest.start(cameraId))
+                    root.testName = cameraName;
+            }
             editable: cameraIsRecord || false
             removable: editable
             onEdit: dialog.edit({ id: cameraId, name: cameraName, kind: cameraKind, address: cameraAddress, user: cameraUser, settings: cameraSettings })
@@ -64,6 +85,17 @@ DeskPage {
         }
     }
     PlainText {
+        objectName: "cameraTestResult"
+        Layout.fillWidth: true
+        visible: text !== ""
+        text: root.testResult
+        wrapMode: Text.Wrap
+        color: root.testGood ? Theme.good : Theme.bad
+        font.pixelSize: Theme.textSize
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: text
+    }
+    PlainText {
         Layout.fillWidth: true
         visible: deletion.problem !== ""
         text: deletion.problem
@@ -79,7 +111,18 @@ DeskPage {
     }
     Connections {
         target: desk.connection
-        function onServerChanged() { deletion.reset(); }
+        function onServerChanged() { deletion.reset(); root.testResult = ""; }
+    }
+    Connections {
+        target: desk.cameraTest
+        function onTested(camera, good, text) {
+            root.testGood = good;
+            root.testResult = qsTr("%1: %2").arg(root.testName).arg(text);
+        }
+    }
+    FindCamerasDialog {
+        id: finder
+        onChosen: function(name, address) { dialog.createFor(name, address); }
     }
     ConfirmDialog {
         id: confirm

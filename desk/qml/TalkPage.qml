@@ -1,6 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import QtQuick.Window 2.15
 import VoiceDesk 1.0
 import "."
 
@@ -17,6 +18,11 @@ DeskPage {
         const rest = seconds % 60;
         return minutes + ":" + (rest < 10 ? "0" : "") + rest;
     }
+
+    // The server is asked for pictures only while somebody can see them.
+    readonly property bool looking: visible && Window.window !== null && Window.visibility !== Window.Hidden && Window.visibility !== Window.Minimized
+    Binding { target: desk.view; property: "active"; value: root.looking }
+    Binding { target: desk.view; property: "camera"; value: desk.targets.chosenCamera }
 
     // The cursor belongs to a target, wherever its row goes; without its target there is none.
     Connections {
@@ -72,6 +78,13 @@ DeskPage {
                     title: search.text !== "" ? qsTr("Nothing is found.") : qsTr("No cameras and no speakers yet.")
                     hint: search.text !== "" ? qsTr("Names and addresses are searched.") : qsTr("Add a speaker on the page Speakers, or connect with another server.")
                 }
+            }
+            CameraPicture {
+                objectName: "cameraView"
+                Layout.fillWidth: true
+                Layout.preferredHeight: Math.round(Math.min(width * 9 / 16, root.height * 0.28)) // the list needs its room
+                view: desk.view
+                camera: desk.targets.chosenCameraName
             }
             QuietText {
                 Layout.fillWidth: true

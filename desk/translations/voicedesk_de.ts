@@ -13,6 +13,64 @@
     </message>
 </context>
 <context>
+    <name>CameraAbilities</name>
+    <message>
+        <source>What can it do?</source>
+        <translation>Was kann sie?</translation>
+    </message>
+    <message>
+        <source>The server asks the camera at this address, with this login. It takes up to ten seconds.</source>
+        <translation>Der Server fragt die Kamera unter dieser Adresse, mit dieser Anmeldung. Das dauert bis zu zehn Sekunden.</translation>
+    </message>
+    <message>
+        <source>What the camera can do</source>
+        <translation>Was die Kamera kann</translation>
+    </message>
+</context>
+<context>
+    <name>CameraAnswers</name>
+    <message>
+        <source>yes</source>
+        <translation>ja</translation>
+    </message>
+    <message>
+        <source>yes, in %1</source>
+        <translation>ja, in %1</translation>
+    </message>
+    <message>
+        <source>no</source>
+        <translation>nein</translation>
+    </message>
+    <message>
+        <source>not known</source>
+        <translation>nicht bekannt</translation>
+    </message>
+    <message>
+        <source>A camera</source>
+        <translation>Eine Kamera</translation>
+    </message>
+    <message>
+        <source>Not all could be asked: %1</source>
+        <translation>Nicht alles war zu erfragen: %1</translation>
+    </message>
+    <message>
+        <source>Plays what is said: %1</source>
+        <translation>Spielt, was gesagt wird: %1</translation>
+    </message>
+    <message>
+        <source>Can be heard: %1</source>
+        <translation>Ist zu hören: %1</translation>
+    </message>
+    <message>
+        <source>Make, model, firmware: %1</source>
+        <translation>Marke, Modell, Firmware: %1</translation>
+    </message>
+    <message>
+        <source>Stream &quot;%1&quot;: %2</source>
+        <translation>Stream „%1“: %2</translation>
+    </message>
+</context>
+<context>
     <name>CameraDialog</name>
     <message>
         <source>Add a camera</source>
@@ -94,6 +152,37 @@
         <source>The password is not shown. Without a user name the camera loses both.</source>
         <translation>Das Passwort wird nicht gezeigt. Ohne Benutzernamen verliert die Kamera beides.</translation>
     </message>
+    <message>
+        <source>Abilities</source>
+        <translation>Fähigkeiten</translation>
+    </message>
+</context>
+<context>
+    <name>CameraPicture</name>
+    <message>
+        <source>Picture of %1</source>
+        <translation>Bild von %1</translation>
+    </message>
+    <message>
+        <source>Choose a camera to see its picture.</source>
+        <translation>Kamera wählen, um ihr Bild zu sehen.</translation>
+    </message>
+    <message>
+        <source>No picture: %1.</source>
+        <translation>Kein Bild: %1.</translation>
+    </message>
+    <message>
+        <source>Waiting for the picture…</source>
+        <translation>Warten auf das Bild…</translation>
+    </message>
+    <message>
+        <source>Old picture: %1.</source>
+        <translation>Altes Bild: %1.</translation>
+    </message>
+    <message>
+        <source>Old picture</source>
+        <translation>Altes Bild</translation>
+    </message>
 </context>
 <context>
     <name>CameraSettingsForm</name>
@@ -169,6 +258,52 @@
         <source>Most cameras work with what is set. The wait is for a camera that swallows the first words.</source>
         <translation>Für die meisten Kameras stimmt, was eingestellt ist. Das Warten nach dem Öffnen hilft, wenn eine Kamera die ersten Worte verschluckt.</translation>
     </message>
+    <message>
+        <source>Several may talk to the camera at a time</source>
+        <translation>Mehrere dürfen zugleich mit der Kamera sprechen</translation>
+    </message>
+</context>
+<context>
+    <name>CameraTest</name>
+    <message>
+        <source>The line does not open: %1</source>
+        <translation>Die Leitung geht nicht auf: %1</translation>
+    </message>
+    <message>
+        <source>The line opens, but the camera was lost during the test.</source>
+        <translation>Die Leitung geht auf, aber die Kamera ging während des Tests verloren.</translation>
+    </message>
+    <message>
+        <source>The line opens, and the tone comes back after %1 ms.</source>
+        <translation>Die Leitung geht auf, und der Ton kommt nach %1 ms zurück.</translation>
+    </message>
+    <message>
+        <source>The line opens. The camera is heard, but not the tone.</source>
+        <translation>Die Leitung geht auf. Die Kamera ist zu hören, aber nicht der Ton.</translation>
+    </message>
+    <message>
+        <source>The line opens. The camera sends no sound, so nobody knows whether it played the tone.</source>
+        <translation>Die Leitung geht auf. Die Kamera sendet keinen Ton: Ob sie den Prüfton gespielt hat, weiß niemand.</translation>
+    </message>
+    <message>
+        <source>The line does not open: no answer</source>
+        <translation>Die Leitung geht nicht auf: keine Antwort</translation>
+    </message>
+</context>
+<context>
+    <name>CameraView</name>
+    <message>
+        <source>the server does not answer</source>
+        <translation>der Server antwortet nicht</translation>
+    </message>
+    <message>
+        <source>the server&apos;s answer is no picture of this camera</source>
+        <translation>die Antwort des Servers ist kein Bild dieser Kamera</translation>
+    </message>
+    <message>
+        <source>the picture cannot be decoded</source>
+        <translation>das Bild ist nicht zu lesen</translation>
+    </message>
 </context>
 <context>
     <name>CamerasPage</name>
@@ -219,6 +354,26 @@
     <message>
         <source>Delete a camera</source>
         <translation>Kamera löschen</translation>
+    </message>
+    <message>
+        <source>Find cameras…</source>
+        <translation>Kameras suchen…</translation>
+    </message>
+    <message>
+        <source>testing…</source>
+        <translation>Test läuft…</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Test</source>
+        <translation>Testen</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
     </message>
 </context>
 <context>
@@ -538,6 +693,10 @@
         <source>%1 (the server: %2)</source>
         <translation>%1 (der Server: %2)</translation>
     </message>
+    <message>
+        <source>the camera gives no picture</source>
+        <translation>die Kamera liefert kein Bild</translation>
+    </message>
 </context>
 <context>
     <name>FilesPage</name>
@@ -664,6 +823,45 @@
     <message>
         <source>All files (*)</source>
         <translation>Alle Dateien (*)</translation>
+    </message>
+</context>
+<context>
+    <name>FindCamerasDialog</name>
+    <message>
+        <source>Cameras in the network of the server</source>
+        <translation>Kameras im Netz des Servers</translation>
+    </message>
+    <message>
+        <source>It gives no address of its own.</source>
+        <translation>Sie nennt keine eigene Adresse.</translation>
+    </message>
+    <message>
+        <source>Use…</source>
+        <translation>Nehmen…</translation>
+    </message>
+    <message>
+        <source>No camera answered.</source>
+        <translation>Keine Kamera hat geantwortet.</translation>
+    </message>
+    <message>
+        <source>Cameras answer only in the network of the server. Add others by their address.</source>
+        <translation>Kameras antworten nur im Netz des Servers. Andere werden mit ihrer Adresse angelegt.</translation>
+    </message>
+    <message>
+        <source>Searching…</source>
+        <translation>Suche läuft…</translation>
+    </message>
+    <message>
+        <source>What answers is not checked: choose only what you know.</source>
+        <translation>Was antwortet, ist nicht geprüft: nur wählen, was bekannt ist.</translation>
+    </message>
+    <message>
+        <source>Search again</source>
+        <translation>Noch einmal suchen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
     </message>
 </context>
 <context>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "protocol/CameraSettings.h"
+#include "server/devices/CameraPicture.h"
 #include "server/devices/CameraReport.h"
 #include "server/devices/DeviceTalk.h"
 
@@ -67,6 +68,8 @@ public:
     using TakeFound = std::function<void(const FoundCameras& found)>;
     /** Takes what a camera answered, once, after the call that asked it has returned. */
     using TakeReport = std::function<void(const CameraReport& report)>;
+    /** Takes a picture, or why there is none, once, after the call that asked for it has returned. */
+    using TakePicture = std::function<void(const CameraPicture& picture)>;
 
     /**
      * Starts to look for cameras of this kind in the networks of this machine; takes seconds, and no login is
@@ -87,6 +90,15 @@ public:
     {
         return false;
     }
+
+    /**
+     * Starts to ask one of its cameras for a still; takes seconds. One question to each camera is under way
+     * at a time.
+     *
+     * @return false for a kind without pictures, and for a camera that is none of this kind; nothing is
+     * called then
+     */
+    virtual bool askPicture(const QString& /*camera*/, TakePicture /*take*/) { return false; }
 
 Q_SIGNALS:
     /** A camera came, went, or changed its name or whether it is online. */

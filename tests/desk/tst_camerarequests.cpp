@@ -16,6 +16,7 @@ private Q_SLOTS:
     void settingsHaveTheirTypes();
     void loginOfANewCamera();
     void loginThatIsKept();
+    void questions();
     void answers();
     void noConnection();
     void checks();
@@ -124,6 +125,38 @@ void TestCameraRequests::loginThatIsKept()
     QVERIFY(m_requests->update("7", camera));
     QVERIFY(!sent("UpdateCamera").contains("username"));
     QVERIFY(!sent("UpdateCamera").contains("password"));
+}
+
+void TestCameraRequests::questions()
+{
+    QSignalSpy found(m_requests.get(), &CameraRequests::found);
+    QSignalSpy known(m_requests.get(), &CameraRequests::known);
+    QSignalSpy answered(m_requests.get(), &CameraRequests::answered);
+    QVERIFY(m_requests->find());
+    QCOMPARE(m_link->command, QString("FindCameras"));
+    QVERIFY(!m_link->payload.isValid());
+    Q_EMIT m_link->replied("FindCameras", QVariantList{QVariantMap{{"camName", "Gate"}}}, m_link->request,
+                           "0", QString());
+    QCOMPARE(found.size(), 1);
+    QCOMPARE(found[0][0].toList().size(), 1);
+    QCOMPARE(answered.size(), 1);
+    // One that is in no record: no id, and the login that was typed.
+    QVERIFY(m_requests->ask("", form("anna", "secret")));
+    QVariantMap question = sent("AskCamera");
+    QVERIFY(!question.contains("camId") && !question.contains("camName"));
+    QCOMPARE(question["camAddress"], QVariant("rtsp://10.0.0.1/live"));
+    QCOMPARE(question["password"], QVariant("secret"));
+    // One of the records, whose password is not typed again.
+    QVERIFY(m_requests->ask("7", form("anna", "")));
+    question = sent("AskCamera");
+    QCOMPARE(question["camId"], QVariant("7"));
+    QVERIFY(!question.contains("password"));
+    Q_EMIT m_link->replied("AskCamera", QVariantMap{{"hears", "yes"}}, m_link->request, "0", QString());
+    QCOMPARE(known.size(), 1);
+    QCOMPARE(known[0][0].toStringList().first(), QString("Plays what is said: yes"));
+    Q_EMIT m_link->replied("AskCamera", QVariantMap{{"hears", "yes"}}, m_link->request, "418", "no");
+    QCOMPARE(known.size(), 1);
+    QCOMPARE(answered.last(), (QVariantList{false, "418"}));
 }
 
 void TestCameraRequests::answers()

@@ -1,6 +1,7 @@
 // The window as an operator uses it: a real display, a real sound server, the real plug-in, a server inside.
 
 #include "system/ProgramEnd.h"
+#include "tests/desk/HostileServer.h"
 #include "tests/desk/QmlComplaints.h"
 #include "tests/desk/ScheduleRecord.h"
 #include "tests/desk/WindowFixture.h"
@@ -30,6 +31,9 @@ private Q_SLOTS:
     void refusedTalk();
     void speakers();
     void cameras();
+    void camerasAreFoundAndAsked();
+    void cameraIsTested();
+    void pictureOfTheCamera();
     void camerasComeAndGo();
     void cursorStaysWithItsTarget();
     void severalSpeakersAtOnce();
@@ -412,6 +416,133 @@ void TestDeskWindow::cameras()
     desk.click("Delete");
     QTRY_VERIFY(desk.desk().targets()->find("camera:1") == nullptr);
     QTRY_COMPARE(desk.desk().cameras()->rowCount(), 3);
+}
+
+void TestDeskWindow::camerasAreFoundAndAsked()
+{
+    HostileServer server;
+    const QString address = "http://10.0.0.9/onvif/device_service";
+    server.answer("FindCameras", QVariantList{QVariantMap{{"camName", "<b>Gate</b>"},
+                                                          {"hardware", "X-1"},
+                                                          {"location", "Yard"},
+                                                          {"camAddress", address},
+                                                          {"remark", ""}},
+                                              QVariantMap{{"camName", QString(100000, 'x')},
+                                                          {"remark", "names only addresses of other hosts"}},
+                                              QVariant(7)});
+    server.answer("AskCamera", QVariantMap{{"hears", "no"},
+                                           {"hearsReason", "the camera has no loudspeaker"},
+                                           {"speaks", "yes"},
+                                           {"voiceCodecs", QVariantList{"PCMU/8000"}},
+                                           {"model", "<img src=\"http://127.0.0.1:1/x.png\">"}});
+    server.answer("AddCamera", QVariantMap());
+    WindowFixture desk([&server](ClientOptions& options) { server.applyTo(options); });
+    QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Online);
+    desk.page("cameras");
+    desk.click("Find cameras…");
+    QVERIFY(desk.item("foundCameras"));
+    QVERIFY(desk.shows(address));
+    QVERIFY(desk.shows("It gives no address of its own."));
+    desk.shoot("cameras-found");
+    // By the keyboard: the first is the current one, Enter takes it.
+    desk.key(Qt::Key_Return);
+    QVERIFY(desk.gone("foundCameras"));
+    QVERIFY(desk.item("cameraName"));
+    QTRY_COMPARE(desk.item("cameraName")->property("text").toString(), QString("<b>Gate</b>"));
+    QCOMPARE(desk.item("cameraAddress")->property("text").toString(), address);
+    QCOMPARE(desk.item("cameraUser")->property("text").toString(), QString());
+    desk.click("Abilities");
+    desk.click("What can it do?");
+    QVERIFY(desk.shows("Plays what is said: no (the camera has no loudspeaker)"));
+    QVERIFY(desk.shows("Can be heard: yes, in PCMU/8000"));
+    desk.shoot("camera-abilities");
+    // With another address it is another camera.
+    desk.click("Camera");
+    desk.fill("cameraAddress", "10.0.0.10");
+    desk.click("Abilities");
+    QCOMPARE(desk.item("cameraAnswers")->property("count").toInt(), 0);
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+    // A server that has none says so.
+    server.answer("FindCameras", QVariantList());
+    desk.click("Find cameras…");
+    QVERIFY(desk.shows("No camera answered."));
+    desk.click("Close");
+}
+
+void TestDeskWindow::cameraIsTested()
+{
+    WindowFixture desk;
+    desk.page("cameras");
+    desk.click("Front gate: Test");
+    QVERIFY(desk.control("Front gate: Cancel"));
+    QVERIFY(desk.shows("testing…"));
+    QVERIFY(desk.shows("Front gate: The line opens, and the tone comes back after"));
+    desk.shoot("camera-tested");
+    desk.click("Car park: Test");
+    QVERIFY(desk.shows("Car park: The line does not open: the camera is offline"));
+    // A talk ends a test.
+    desk.click("Front gate: Test");
+    QVERIFY(desk.control("Front gate: Cancel"));
+    desk.desk().targets()->choose("camera:camera-2", true);
+    desk.desk().talk()->start();
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    QCOMPARE(desk.desk().cameraTest()->camera(), QString());
+    desk.desk().talk()->stop();
+}
+
+void TestDeskWindow::pictureOfTheCamera()
+{
+    WindowFixture desk;
+    CameraView& view = *desk.desk().view();
+    QVERIFY(desk.shows("Choose a camera to see its picture."));
+    QVERIFY(view.isActive());
+    desk.click("Front gate");
+    QQuickItem* picture = desk.item("cameraPicture");
+    QVERIFY(picture != nullptr);
+    QVERIFY(view.hasPicture());
+    const QImage first = view.image();
+    QCOMPARE(first.size(), QSize(640, 360));
+    // It is drawn, with its proportions: the second of its bars is yellow, the seventh blue.
+    const auto colourAt = [&](qreal part) {
+        const qreal width = picture->height() * 16 / 9; // in the middle of its place
+        const QPointF at = picture->mapToScene(
+            QPointF((picture->width() - width) / 2 + width * part, picture->height() / 3));
+        return desk.window()->grabWindow().pixelColor(at.toPoint());
+    };
+    QTRY_VERIFY(colourAt(3.0 / 16).red() > 180 && colourAt(3.0 / 16).blue() < 80);
+    QVERIFY(colourAt(13.0 / 16).blue() > 180 && colourAt(13.0 / 16).red() < 80);
+    QTRY_VERIFY(view.image() != first); // the next one: its light has moved
+    desk.shoot("picture");
+    desk.click(desk.item("talkButton"));
+    QTRY_COMPARE(desk.desk().talk()->phase(), TalkControl::Talking);
+    desk.shoot("picture-talking");
+    QVERIFY(view.isActive());
+    desk.desk().talk()->stop();
+    // A camera that gives none says why, in the place of another's picture.
+    desk.click("Car park");
+    QVERIFY(desk.gone("cameraPicture"));
+    QVERIFY(desk.shows("No picture: the camera is offline"));
+    desk.shoot("picture-refused");
+    // An old one is marked.
+    desk.click("Front gate");
+    QVERIFY(desk.item("cameraPicture"));
+    view.setOnline(false);
+    QVERIFY(desk.item("pictureMark"));
+    desk.shoot("picture-stale");
+    view.setOnline(true);
+    QVERIFY(desk.gone("pictureMark"));
+    // Nobody looks on another page, and with the window minimised or hidden.
+    desk.page("connection");
+    QVERIFY(!view.isActive());
+    desk.page("talk");
+    QVERIFY(view.isActive());
+    desk.window()->showMinimized();
+    QTRY_VERIFY(!view.isActive());
+    desk.window()->showNormal();
+    QTRY_VERIFY(view.isActive());
+    desk.window()->hide();
+    QVERIFY(!view.isActive());
 }
 
 /** The cameras of an open dialog, and of a talk, are those that the server has now. */

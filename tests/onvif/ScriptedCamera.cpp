@@ -164,6 +164,9 @@ void ScriptedCamera::answer(QTcpSocket* socket, const QByteArray& head, const QB
         }
         inBody = inBody || (xml.isStartElement() && xml.name() == QLatin1String("Body"));
     }
+    if (head.startsWith("GET ")) {
+        request.name = still();
+    }
     request.path = QString::fromLatin1(head.split(' ').value(1));
     request.hasToken = body.contains("UsernameToken");
     request.hasDigest = head.contains("Authorization: Digest");
@@ -188,6 +191,10 @@ void ScriptedCamera::answer(QTcpSocket* socket, const QByteArray& head, const QB
     if (staleNonces) {
         m_nonce = "used";
     }
+    if (request.name == still()) {
+        answerStill(socket, head);
+        return;
+    }
     if (!isFree && wantsToken && !hasRightToken(body)) {
         setFault(QStringLiteral("?"), "NotAuthorized", 400);
         socket->write(m_replies.value(QStringLiteral("?")));
@@ -208,6 +215,16 @@ void ScriptedCamera::answer(QTcpSocket* socket, const QByteArray& head, const QB
                               : request.space.contains(QLatin1String("media")) ? "trt:"
                                                                                : "tds:";
     socket->write(http(200, envelope("<" + prefix + name + ">" + made + "</" + prefix + name + ">")));
+}
+
+void ScriptedCamera::answerStill(QTcpSocket* socket, const QByteArray& head)
+{
+    const QByteArray login = "Authorization: Basic " + (user + ':' + password).toUtf8().toBase64() + "\r\n";
+    if (wantsBasic && !head.contains(login)) {
+        socket->write(http(401, "<html/>", "WWW-Authenticate: Basic realm=\"camera\"\r\n"));
+    } else {
+        socket->write(m_replies.value(still(), http(200, picture)));
+    }
 }
 
 void ScriptedCamera::play(QTcpSocket* socket, Trick trick)
@@ -266,11 +283,11 @@ bool ScriptedCamera::hasRightDigest(const QByteArray& head) const
 {
     const auto hash = [this](const QByteArray& text) { return md5OrSha(digestAlgorithm, text); };
     const QByteArray uri = parameter(head, "uri");
-    const QByteArray wanted =
-        hash(hash(user.toUtf8() + ":camera:" + password.toUtf8()) + ":" + m_nonce + ":" +
-             parameter(head, "nc") + ":" + parameter(head, "cnonce") + ":auth:" + hash("POST:" + uri));
+    const QByteArray wanted = hash(hash(user.toUtf8() + ":camera:" + password.toUtf8()) + ":" + m_nonce +
+                                   ":" + parameter(head, "nc") + ":" + parameter(head, "cnonce") +
+                                   ":auth:" + hash(head.split(' ').value(0) + ":" + uri));
     return parameter(head, "response") == wanted && parameter(head, "nonce") == m_nonce &&
-           head.startsWith("POST " + uri + " ");
+           head.split(' ').value(1) == uri;
 }
 
 QByteArray ScriptedCamera::profiles(bool media2) const

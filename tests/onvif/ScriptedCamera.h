@@ -63,6 +63,8 @@ public:
     void setBody(const QString& request, const QByteArray& body);
     /** Makes it answer with a fault. */
     void setFault(const QString& request, const QByteArray& subcode, int status = 500);
+    /** The name under which a request for the still is kept and answered. */
+    static QString still() { return QStringLiteral("still"); }
     /** Returns an HTTP reply with a body. */
     static QByteArray http(int status, const QByteArray& body, const QByteArray& header = QByteArray());
     /** Returns an envelope with a body in it. */
@@ -73,6 +75,7 @@ public:
     QString password;
     bool wantsToken = true;     ///< A UsernameToken in its own time.
     QByteArray digestAlgorithm; ///< "MD5", "SHA-256": HTTP Digest; empty for none.
+    bool wantsBasic = false;    ///< HTTP Basic for stills, and nothing else.
     bool staleNonces = false;   ///< Whether each nonce serves once.
     qint64 clockOffset = 0;     ///< How far its clock is ahead, ms.
     bool hasServices = true;    ///< Else only GetCapabilities.
@@ -83,6 +86,8 @@ public:
     bool usesLoudspeaker = true;                ///< In a profile.
     QString host = QStringLiteral("127.0.0.1"); ///< That it reports in addresses.
     QHash<QString, Trick> tricks;               ///< By request.
+
+    QByteArray picture = "\xff\xd8\xff\xe0 a still"; ///< What it sees.
 
     // What came.
     QList<Request> requests;
@@ -105,6 +110,7 @@ private:
     void play(QTcpSocket* socket, Trick trick);
     bool hasRightToken(const QByteArray& body) const;
     bool hasRightDigest(const QByteArray& head) const;
+    void answerStill(QTcpSocket* socket, const QByteArray& head);
     QByteArray bodyOf(const QString& name, bool media2) const;
     QByteArray profiles(bool media2) const;
 

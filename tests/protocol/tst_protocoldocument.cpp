@@ -184,6 +184,7 @@ void TestProtocolDocument::limits()
         LIMIT(maxTalkDataLength),
         LIMIT(maxTalksPerSession),
         LIMIT(maxTalkOpeningTime),
+        LIMIT(maxPictureBytes),
         LIMIT(maxShortPayload),
         LIMIT(maxNesting),
         LIMIT(maxLoginBytes),

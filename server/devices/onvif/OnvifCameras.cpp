@@ -22,7 +22,7 @@ std::optional<bool> presenceBy(const QString& returnCode)
 } // namespace
 
 OnvifCameras::OnvifCameras(const OnvifConfig& config)
-    : m_config(config), m_inquiries(config), m_presence(config.presence)
+    : m_config(config), m_inquiries(config), m_pictures(config), m_presence(config.presence)
 {
     connect(&m_presence, &CameraPresence::changed, this, &CameraBackend::camerasChanged);
 }
@@ -39,6 +39,7 @@ void OnvifCameras::setRecords(const QList<CameraRecord>& records)
     }
     m_records = records;
     m_presence.setRecords(records);
+    m_pictures.setRecords(records);
     Q_EMIT camerasChanged();
 }
 
@@ -109,4 +110,9 @@ bool OnvifCameras::askCamera(const CameraRecord& camera, TakeReport take)
 {
     m_inquiries.ask(camera, take);
     return true;
+}
+
+bool OnvifCameras::askPicture(const QString& camera, TakePicture take)
+{
+    return m_pictures.ask(camera, take);
 }

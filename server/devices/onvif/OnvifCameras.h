@@ -4,6 +4,7 @@
 #include "server/devices/onvif/CameraPresence.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/OnvifInquiries.h"
+#include "server/devices/onvif/OnvifPictures.h"
 
 /**
  * Cameras with an audio backchannel by RTSP (ONVIF Profile T), all from the server's records. Each is asked
@@ -22,6 +23,7 @@ public:
     std::unique_ptr<DeviceTalk> openTalk(const QString& camera) override;
     bool findCameras(TakeFound take) override;
     bool askCamera(const CameraRecord& camera, TakeReport take) override;
+    bool askPicture(const QString& camera, TakePicture take) override;
 
 private:
     void follow(const DeviceTalk& talk, const QString& camera);
@@ -31,5 +33,6 @@ private:
     QHash<QString, QString> m_streams; ///< Addresses that talks have located, by id.
     LineThreads m_threads;
     OnvifInquiries m_inquiries;
+    OnvifPictures m_pictures;
     CameraPresence m_presence;
 };

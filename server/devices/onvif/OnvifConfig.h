@@ -61,6 +61,14 @@ struct OnvifSearch
         OnvifDiscovery::usualInterfaces; ///< In these networks.
 };
 
+/** How cameras are asked for pictures. */
+struct OnvifPictureTimes
+{
+    int question = 5000; ///< Time limit of the picture itself, ms; its address has that of OnvifDevice.
+    int afterRefusal = 30 * 1000; ///< ms that a camera which refuses is not asked again: it may lock logins.
+    int afterSilence = 5 * 1000;  ///< The same for one that does not answer.
+};
+
 /** How the ONVIF cameras of a server are set up. */
 struct OnvifConfig
 {
@@ -69,9 +77,10 @@ struct OnvifConfig
     std::chrono::milliseconds silence{3000};     ///< A camera without a sign of life for so long is lost.
     std::chrono::milliseconds teardown{300};     ///< How long the end of a talk waits for the camera.
     std::chrono::milliseconds jitterBuffer{100}; ///< How long a late packet of the camera is waited for.
-    int servicePort = 80;    ///< Of the device service of a camera whose record has the URL of a stream.
-    OnvifSearch search{};    ///< Where cameras are looked for.
-    PresencePace presence{}; ///< How often cameras are asked whether they are there.
+    int servicePort = 80;         ///< Of the device service of a camera whose record has the URL of a stream.
+    OnvifSearch search{};         ///< Where cameras are looked for.
+    PresencePace presence{};      ///< How often cameras are asked whether they are there.
+    OnvifPictureTimes pictures{}; ///< How they are asked for pictures.
 };
 
 /** Returns the port of RTSP addresses that name none (RFC 7826, clause 24). @param scheme "rtsp" or "rtsps"

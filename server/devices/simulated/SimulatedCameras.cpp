@@ -4,7 +4,9 @@
 #include "protocol/ServerReply.h"
 #include "server/devices/RefusedTalk.h"
 #include "server/devices/simulated/SimulatedCameraTalk.h"
+#include "server/devices/simulated/TestPicture.h"
 
+#include <QDateTime>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -92,5 +94,29 @@ bool SimulatedCameras::askCamera(const CameraRecord& /*camera*/, TakeReport take
     report.talkCodecs = report.voiceCodecs = QStringList{QStringLiteral("PCMU/8000")};
     QMetaObject::invokeMethod(
         this, [take, report] { take(report); }, Qt::QueuedConnection);
+    return true;
+}
+
+bool SimulatedCameras::askPicture(const QString& camera, TakePicture take)
+{
+    const QList<Camera> all = cameras();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const Camera& each) { return each.id == camera; });
+    if (found == all.end()) {
+        return false;
+    }
+    CameraPicture picture;
+    if (!found->online) {
+        picture.returnCode = ReturnCode::cameraOffline;
+        picture.reason = QStringLiteral("camera \"%1\" is offline").arg(found->name);
+    } else {
+        picture.jpeg = TestPicture::at(QDateTime::currentMSecsSinceEpoch());
+    }
+    if (found->online && picture.jpeg.isEmpty()) {
+        picture.returnCode = ReturnCode::noPicture;
+        picture.reason = QStringLiteral("the test picture cannot be encoded");
+    }
+    QMetaObject::invokeMethod(
+        this, [take, picture] { take(picture); }, Qt::QueuedConnection);
     return true;
 }

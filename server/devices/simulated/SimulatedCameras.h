@@ -19,6 +19,7 @@ public:
     QList<Camera> cameras() const override;
     std::unique_ptr<DeviceTalk> openTalk(const QString& camera) override;
     bool askCamera(const CameraRecord& camera, TakeReport take) override;
+    bool askPicture(const QString& camera, TakePicture take) override;
 
 private:
     std::optional<CameraVoiceConfig> voiceOf(const QString& camera) const;
