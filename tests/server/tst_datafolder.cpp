@@ -214,7 +214,7 @@ void TestDataFolder::olderSchemaIsMigrated()
 void TestDataFolder::newerSchemaIsRefused_data()
 {
     QTest::addColumn<QString>("version");
-    for (const char* version : {"4", "99", "-1"}) {
+    for (const char* version : {"5", "99", "-1"}) {
         QTest::newRow(version) << QString(version);
     }
 }
