@@ -20,6 +20,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void signIn();
+    void pictureOverASocket();
     void wrongPassword();
     void serverThatIsNotThere();
     void serverThatGoesAndComesBack();
@@ -94,6 +95,26 @@ void TestDeskConnection::signIn()
     QVERIFY(desk.shows("Connected: the server on this computer"));
     desk.page("talk");
     QVERIFY(desk.control("Front gate"));
+}
+
+void TestDeskConnection::pictureOverASocket()
+{
+    WindowFixture desk;
+    signInAs(desk, "right");
+    QVERIFY(desk.shows("Connected: ws://127.0.0.1"));
+    desk.page("talk");
+    desk.click("Far away gate");
+    QTRY_VERIFY(desk.desk().view()->hasPicture());
+    QVERIFY(desk.item("cameraPicture"));
+    // With its connection goes the news; what is left is marked.
+    m_door.reset();
+    QVERIFY(desk.item("pictureMark"));
+    QVERIFY(desk.desk().view()->isStale());
+    // With another server the picture goes, too.
+    desk.desk().connection()->useLocal();
+    QVERIFY(!desk.desk().view()->hasPicture());
+    QVERIFY(desk.gone("cameraPicture"));
+    QCOMPARE(desk.desk().view()->camera(), QString());
 }
 
 void TestDeskConnection::wrongPassword()
