@@ -21,6 +21,7 @@ private Q_SLOTS:
     void cleanup();
     void signIn();
     void malformedFingerprint();
+    void pictureOverASocket();
     void wrongPassword();
     void serverThatIsNotThere();
     void serverThatGoesAndComesBack();
@@ -118,6 +119,26 @@ void TestDeskConnection::malformedFingerprint()
     const QString digits(64, 'A');
     QVERIFY(connection.useRemote(url, "anna", "right", digits.left(32) + ": " + digits.mid(32)));
     QCOMPARE(connection.fingerprint(), digits.toLower());
+}
+
+void TestDeskConnection::pictureOverASocket()
+{
+    WindowFixture desk;
+    signInAs(desk, "right");
+    QVERIFY(desk.shows("Connected: ws://127.0.0.1"));
+    desk.page("talk");
+    desk.click("Far away gate");
+    QTRY_VERIFY(desk.desk().view()->hasPicture());
+    QVERIFY(desk.item("cameraPicture"));
+    // With its connection goes the news; what is left is marked.
+    m_door.reset();
+    QVERIFY(desk.item("pictureMark"));
+    QVERIFY(desk.desk().view()->isStale());
+    // With another server the picture goes, too.
+    desk.desk().connection()->useLocal();
+    QVERIFY(!desk.desk().view()->hasPicture());
+    QVERIFY(desk.gone("cameraPicture"));
+    QCOMPARE(desk.desk().view()->camera(), QString());
 }
 
 void TestDeskConnection::wrongPassword()
