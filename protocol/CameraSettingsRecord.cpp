@@ -99,7 +99,7 @@ std::optional<CameraSettings> CameraSettingsRecord::fromMap(const QVariantMap& m
 {
     CameraSettings settings = before;
     for (auto setting = map.begin(); setting != map.end(); ++setting) {
-        if (!readSetting(setting.key(), setting.value(), settings)) {
+        if (setting.value().isValid() && !readSetting(setting.key(), setting.value(), settings)) {
             constexpr int shown = 64; // characters
             *error = QStringLiteral("the camera's setting \"%1\" is unknown, or has no such value")
                          .arg(setting.key().left(shown));

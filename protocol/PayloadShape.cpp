@@ -1,5 +1,6 @@
 #include "protocol/PayloadShape.h"
 
+#include "protocol/FieldTypes.h"
 #include "protocol/Limits.h"
 
 #include <QVariantMap>
@@ -91,7 +92,7 @@ bool hasKindOf(const PayloadShape& shape, const QVariant& payload)
     case PayloadShape::Nothing:
         return true;
     case PayloadShape::Number:
-        return payload.userType() == QMetaType::Int;
+        return FieldTypes::wholeNumber(payload).has_value();
     case PayloadShape::Text:
         return payload.userType() == QMetaType::QString;
     case PayloadShape::Map:

@@ -37,6 +37,6 @@ std::optional<QString> unknownKey(const PayloadShape& shape, const QVariant& pay
 
 /**
  * Returns whether a payload has the type of its shape; anything fits Nothing. Types are not converted: 3.3
- * and "3" are not the id 3. Any thread.
+ * and "3" are not the id 3, but 3.0 is. Any thread.
  */
 bool hasKindOf(const PayloadShape& shape, const QVariant& payload);

@@ -12,8 +12,9 @@ constexpr int maxCharacters = 30; // a reason for closing a web socket has 123 b
 bool isControl(QChar character)
 {
     const ushort code = character.unicode();
-    const bool direction = code == 0x061C || code == 0x200E || code == 0x200F ||
-                           (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+    // The marks U+061C, U+200E and U+200F stay: they turn nothing around, and names in Hebrew and Arabic have
+    // them.
+    const bool direction = (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
     return direction || character.category() == QChar::Other_Control ||
            character.category() == QChar::Separator_Line ||
            character.category() == QChar::Separator_Paragraph;

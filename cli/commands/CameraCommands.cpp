@@ -2,6 +2,7 @@
 #include "cli/commands/CameraOptions.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
+#include "protocol/PrintableName.h"
 #include "protocol/Words.h"
 
 #include <QElapsedTimer>
@@ -111,7 +112,7 @@ int change(PluginSession& session, const CommandArguments& arguments, const QStr
     if (arguments.json()) {
         printJson({{QStringLiteral("id"), id}});
     } else {
-        std::printf("%s %s\n", done, qUtf8Printable(id));
+        std::printf("%s %s\n", done, qUtf8Printable(printableText(id)));
     }
     return ExitSuccess;
 }

@@ -331,7 +331,7 @@ void printAnswer(const QVariantMap& answer)
     };
     const auto ability = [&](const QString& key, const QString& codecs, const QString& reason) {
         const QString more =
-            joined({answer.value(codecs).toStringList().join(QStringLiteral(", ")), text(reason)},
+            joined({plainText(answer.value(codecs).toStringList().join(QStringLiteral(", "))), text(reason)},
                    QStringLiteral("; "));
         return joined({text(key), more}, QStringLiteral(": "));
     };

@@ -13,6 +13,7 @@
 #include "client/measure/TalkMonitor.h"
 #include "embedded/EmbeddedLink.h"
 #include "protocol/Limits.h"
+#include "protocol/PrintableName.h"
 #include "protocol/Words.h"
 #include "src/decoders/CodecTable.h"
 #include "system/MediaFiles.h"
@@ -253,7 +254,7 @@ private:
     ExitStatus start(int volume)
     {
         const QString source = m_arguments.value("source");
-        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(m_camera.shown),
+        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(printableText(m_camera.shown)),
                      source.isEmpty() ? "the microphone" : qUtf8Printable(source));
         const quint64 request =
             m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(m_camera.id); });

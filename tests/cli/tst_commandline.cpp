@@ -216,6 +216,8 @@ void TestCommandLine::refusals_data()
         << "--server and --data exclude";
     QTest::newRow("malformed fingerprint")
         << elsewhere + QStringList{"--fingerprint", QString(63, 'a')} << "--fingerprint takes the 64";
+    QTest::newRow("long fingerprint")
+        << elsewhere + QStringList{"--fingerprint", QString(65, 'a')} << "--fingerprint takes the 64";
     QTest::newRow("name of a user") << QStringList{"serve", "--add-user", "anna b"}
                                     << "a name without blanks, not \"anna b\"";
     QTest::newRow("a user with the token's name")

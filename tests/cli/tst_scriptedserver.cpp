@@ -258,7 +258,7 @@ void TestScriptedServer::lossComesBeforeRefusedPackets()
         event.name = QStringLiteral("TalkTargetLost");
         event.payload = QVariantMap{{"deviceID", 2}, {"error", "its line broke"}};
         reply.code = QStringLiteral("203");
-        return Replies{event, reply};
+        return Replies{event, reply, reply}; // twice, and still not accepted but once
     };
     const ProgramRun result =
         runWith({"say", "--device", "1,2", "--source", ANNOUNCEMENT_WAV, "--seconds", "0.5"}, script);
@@ -270,8 +270,8 @@ void TestScriptedServer::lossComesBeforeRefusedPackets()
  */
 void TestScriptedServer::namesInTables()
 {
-    const QString name = QStringLiteral("A\u202Eb\u2066c\u200Fd\u001Be\nf \u05D0\u200D");
-    const QString shown = QStringLiteral("A?b?c?d?e?f \u05D0\u200D");
+    const QString name = QStringLiteral("A\u202Eb\u2066c\u2028d\u001Be\nf \u05D0\u200F\u061C\u200D");
+    const QString shown = QStringLiteral("A?b?c?d?e?f \u05D0\u200F\u061C\u200D");
     const QVariantMap lists{
         {"GetCamera", QVariantList{QVariantMap{{"camId", "gate"}, {"camName", name}, {"online", true}}}},
         {"RetrieveIPAudioModel", QVariantList{QVariantMap{{"deviceID", 1}, {"deviceName", name}}}},

@@ -374,7 +374,7 @@ void TestCommands::otherTypesAreRefused()
     fill(harness);
     const auto devices = [&] { return harness.ask(V::RetrieveIPAudioModel).result.toList(); };
     const QVariantList before = devices();
-    for (const QVariant& id : {QVariant(true), QVariant("1"), QVariant(1.3), QVariant(1LL), QVariant()}) {
+    for (const QVariant& id : {QVariant(true), QVariant("1"), QVariant(1.3), QVariant((1LL << 32) + 1), QVariant()}) {
         const ServerReply reply = harness.ask(V::DeleteIPAudio, id);
         QCOMPARE(reply.returnCode, ReturnCode::malformedRequest);
         QCOMPARE(reply.errorText, QStringLiteral("\"DeleteIPAudio\" has a payload of another type"));
@@ -398,6 +398,7 @@ QVariantList othersThan(const QVariant& right)
                 true,
                 QVariantList{7},
                 (qint64{1} << 32) + 1,
+                -(qint64{1} << 31) - 1,
                 std::numeric_limits<uint>::max(),
                 std::numeric_limits<double>::quiet_NaN(),
                 1e300};

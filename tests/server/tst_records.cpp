@@ -1,5 +1,6 @@
 // The records of the reference server: what it accepts and refuses, and that it keeps what it confirmed.
 
+#include "protocol/CommandTable.h"
 #include "tests/server/ServerHarness.h"
 #include "tests/support/FileReaders.h"
 #include "tests/support/SoundFiles.h"
@@ -429,6 +430,11 @@ void TestRecords::changesKeepWhatTheyDoNotName()
         compare("UpdateNetworkAudioSchedule", "GetNetworkAudioSchedule", change);
         QVERIFY(!QTest::currentTestFailed());
     }
+    compare("UpdateNetworkAudioSchedule", "GetNetworkAudioSchedule",
+            with(with(entry, "enableSchedule", true), "networkAudioIDList", "1"));
+    QCOMPARE(harness.ask("UpdateNetworkAudioSchedule", with(entry, "networkAudioIDList", "")).returnCode,
+             QString("421")); // it is enabled, and would have nobody to play on
+    COMPARE_VARIANTS(harness.ask("DeleteIPAudio", 1.0).result, 1);
 }
 
 void TestRecords::passwordsStayWithTheirHost()
@@ -441,6 +447,8 @@ void TestRecords::passwordsStayWithTheirHost()
     COMPARE_VARIANTS(password({{"ip", "10.0.0.1"}, {"port", 555}}), "p");
     COMPARE_VARIANTS(password({{"ip", "10.0.0.2"}, {"password", "q"}}), "q");
     COMPARE_VARIANTS(password({{"ip", "10.0.0.3"}}), "");
+    COMPARE_VARIANTS(password({{"password", "r"}}), "r");
+    COMPARE_VARIANTS(password({{"ip", "10.0.0.4"}, {"password", QVariant()}}), ""); // undefined is missing
 }
 
 // Numbers and times come in more types than one; they are stored in one, and answered as they are stored.
@@ -525,6 +533,13 @@ void TestRecords::unknownIds()
     const ServerReply reply = harness.ask(command, payload);
     QCOMPARE(reply.returnCode, code);
     QVERIFY(!reply.errorText.isEmpty());
+    const PayloadShape& shape = CommandTable::find(command)->refusal;
+    if (shape.kind == PayloadShape::Map) {
+        const QString& key = shape.keys.first();
+        COMPARE_VARIANTS(reply.result.toMap()[key], payload.toMap()[key]);
+    } else if (shape.kind == PayloadShape::Number && payload.userType() == QMetaType::Int) {
+        COMPARE_VARIANTS(reply.result, payload);
+    }
 }
 
 void TestRecords::everyCommandIsAnswered()
