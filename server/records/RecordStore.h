@@ -49,5 +49,5 @@ protected:
         return record.value(key).toString();
     }
 
-    RecordDatabase& m_database;
+    RecordDatabase& m_database; ///< Outlives the store.
 };

@@ -374,7 +374,8 @@ void TestCommands::otherTypesAreRefused()
     fill(harness);
     const auto devices = [&] { return harness.ask(V::RetrieveIPAudioModel).result.toList(); };
     const QVariantList before = devices();
-    for (const QVariant& id : {QVariant(true), QVariant("1"), QVariant(1.3), QVariant((1LL << 32) + 1), QVariant()}) {
+    for (const QVariant& id :
+         {QVariant(true), QVariant("1"), QVariant(1.3), QVariant((1LL << 32) + 1), QVariant()}) {
         const ServerReply reply = harness.ask(V::DeleteIPAudio, id);
         QCOMPARE(reply.returnCode, ReturnCode::malformedRequest);
         QCOMPARE(reply.errorText, QStringLiteral("\"DeleteIPAudio\" has a payload of another type"));

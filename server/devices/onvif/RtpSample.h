@@ -16,10 +16,10 @@ std::optional<RtpVoice> read(GstSample* sample);
 /** What the header of a packet to a camera has besides what the payload says. */
 struct Header
 {
-    int payloadType = 0;
-    std::uint16_t sequence = 0;
+    int payloadType = 0;          ///< 0 to 127, as the camera's description maps it.
+    std::uint16_t sequence = 0;   ///< One more than that of the last packet.
     std::uint32_t timeOffset = 0; ///< Of the timestamp 0 of payloads.
-    std::uint32_t ssrc = 0;
+    std::uint32_t ssrc = 0;       ///< Synchronization source (RFC 3550, clause 5.1).
 };
 
 /** Makes a packet. @return a reference, which the caller owns; null without memory */
