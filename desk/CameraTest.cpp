@@ -106,12 +106,10 @@ void CameraTest::eventArrived(const QString& event, const QVariant& payload)
 void CameraTest::evaluate()
 {
     closeTalk(std::exchange(m_token, QString()));
-    m_thread.run([this, probe = m_probe, test = m_test, started = m_started] {
+    m_thread.run([this, probe = m_probe, test = m_test, started = m_started]() -> WorkerThread::Report {
         const auto echo = probe->find();
         const int delay = echo ? static_cast<int>((echo->time - started) * msPerSecond) : 0;
-        QMetaObject::invokeMethod(
-            this, [this, test, heard = echo.has_value(), delay] { evaluated(test, heard, delay); },
-            Qt::QueuedConnection);
+        return [this, test, heard = echo.has_value(), delay] { evaluated(test, heard, delay); };
     });
 }
 

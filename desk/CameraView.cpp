@@ -109,9 +109,9 @@ void CameraView::replyArrived(const QString& command, const QString& returnCode,
 
 void CameraView::decode(const QByteArray& jpeg)
 {
-    m_thread.run([this, jpeg, view = m_view] {
+    m_thread.run([this, jpeg, view = m_view]() -> WorkerThread::Report {
         const QImage image = PictureDecoder::decode(jpeg, largest);
-        QMetaObject::invokeMethod(this, [this, view, image] { decoded(view, image); });
+        return [this, view, image] { decoded(view, image); };
     });
 }
 

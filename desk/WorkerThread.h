@@ -1,35 +1,44 @@
 #pragma once
 
 #include <QObject>
-#include <QThread>
 
-#include <utility>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
 
-/** A thread on which work is done in its order, with less priority than the window. Its end waits for the
- * work that has begun. */
-class WorkerThread
+/**
+ * A thread on which work is done in its order. Made, used and destroyed on one thread, which has an event
+ * loop; its end waits for the work that has begun, and drops the rest.
+ */
+class WorkerThread : public QObject
 {
-public:
-    /** Starts it. */
-    WorkerThread()
-    {
-        m_worker.moveToThread(&m_thread);
-        m_thread.start(QThread::LowPriority);
-    }
-    ~WorkerThread()
-    {
-        m_thread.quit();
-        m_thread.wait();
-    }
+    Q_OBJECT
 
-    /** Does some work there, later. @param work is called without arguments */
-    template<class Work>
-    void run(Work work)
-    {
-        QMetaObject::invokeMethod(&m_worker, std::move(work), Qt::QueuedConnection);
-    }
+public:
+    /** What is to be done with the result of a work, on the thread that asked for it. */
+    using Report = std::function<void()>;
+
+    /** Starts it. */
+    WorkerThread();
+    ~WorkerThread() override;
+
+    /** Does some work there, later. @param work returns its report, which is called after it, not null */
+    void run(std::function<Report()> work);
+
+Q_SIGNALS:
+    /** There is a report, from the worker's thread. */
+    void reported(QPrivateSignal);
 
 private:
-    QThread m_thread;
-    QObject m_worker; ///< Lives on m_thread.
+    void loop();
+    void deliver();
+
+    std::mutex m_mutex; ///< Of all below but the thread.
+    std::condition_variable m_wake;
+    std::deque<std::function<Report()>> m_work;
+    std::deque<Report> m_reports;
+    bool m_ends = false;
+    std::thread m_thread;
 };
