@@ -28,7 +28,7 @@ struct Services
     QString media2; ///< Of MediaService::Media2.
 };
 
-/** Reads GetSystemDateAndTime: the time in UTC; empty when it tells none. */
+/** Reads the answer to GetSystemDateAndTime: the time in UTC; empty when there is none in it. */
 std::optional<QDateTime> time(const XmlElement& body);
 
 /** Reads GetServices. */
