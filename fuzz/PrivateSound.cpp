@@ -22,7 +22,7 @@ trap '' INT
 env -u PULSE_SERVER HOME="$XDG_RUNTIME_DIR" pulseaudio --daemonize=no --exit-idle-time=-1 -n \
     --log-level=error --use-pid-file=no \
     -L 'module-null-sink sink_name=out rate=48000 norewinds=1' \
-    -L "module-native-protocol-unix auth-anonymous=1 socket=$XDG_RUNTIME_DIR/pulse.sock" </dev/null &
+    -L "module-native-protocol-unix auth-anonymous=1 srbchannel=no socket=$XDG_RUNTIME_DIR/pulse.sock" </dev/null &
 read end_of_the_fuzzer
 kill $!
 wait $!

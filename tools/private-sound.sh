@@ -16,7 +16,7 @@ start_private_sound() {
     env -u PULSE_SERVER HOME="$private_sound" pulseaudio --daemonize=no --exit-idle-time=-1 -n --log-level=error \
         --use-pid-file=no \
         -L "module-null-sink sink_name=out rate=48000 norewinds=1" \
-        -L "module-native-protocol-unix auth-anonymous=1 socket=$private_sound/pulse.sock" &
+        -L "module-native-protocol-unix auth-anonymous=1 srbchannel=no socket=$private_sound/pulse.sock" &
     private_sound_pid=$!
     trap stop_private_sound EXIT
     local attempt

@@ -57,6 +57,7 @@ bool PulseServer::start()
     environment.insert(QStringLiteral("HOME"), m_folder.path());
     m_server.setProcessEnvironment(environment);
     m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // With srbchannel libpulse may abort a host at its end, see lifetime/ApplicationEnd.cpp.
     // On Windows the descriptions are the devices' names, and their order is that of the alphabet.
     m_server.start(
         QStringLiteral("pulseaudio"),
@@ -71,7 +72,7 @@ bool PulseServer::start()
          QStringLiteral("module-remap-source master=mic.monitor source_name=virtmic "
                         "source_properties=device.description=virtmic"),
          QStringLiteral("-L"),
-         QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=") + socket});
+         QStringLiteral("module-native-protocol-unix auth-anonymous=1 srbchannel=no socket=") + socket});
     QElapsedTimer clock;
     clock.start();
     while (m_server.state() != QProcess::NotRunning && clock.elapsed() < startTimeout) {
