@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desk/WorkerThread.h"
+#include "system/WorkerThread.h"
 
 #include <QElapsedTimer>
 #include <QImage>

@@ -1,4 +1,4 @@
-#include "desk/WorkerThread.h"
+#include "system/WorkerThread.h"
 
 #include <utility>
 
