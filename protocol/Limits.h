@@ -22,6 +22,7 @@ inline constexpr int maxDevices = 10000;     ///< IP audio devices.
 inline constexpr int maxGroups = 10000;      ///< Groups of devices.
 inline constexpr int maxSchedules = 10000;   ///< Schedules.
 inline constexpr int maxFiles = 10000;       ///< Audio files.
+inline constexpr int maxWaitingUploads = 64; ///< Uploads that are read at a time, of all clients.
 inline constexpr int maxListBytes = 4 << 20; ///< Bytes of the texts of one list.
 
 // Talks.

@@ -67,19 +67,14 @@ QVariant refusalResult(const CommandTable::Row& row, const QVariant& payload)
 } // namespace
 
 RecordingServer::RecordingServer(ServerConfig config)
-    : m_config(std::move(config)), m_data(m_config.dataDirectory),
-      m_database(m_data.isLasting() ? m_data.path("records.sqlite") : QString()),
-      m_secrets(m_data.isLasting() ? m_data.path("secret.key") : QString(),
-                !DeviceStore::hasPasswords(m_database) && !CameraStore::hasPasswords(m_database)),
-      m_cameras(m_database, m_secrets, m_config.devices), m_devices(m_database, m_secrets),
-      m_files(m_database, m_data.path("files")), m_groups(m_database, m_devices),
-      m_schedules(m_database, m_devices, m_groups, m_files),
+    : m_config(std::move(config)), m_data(m_config.dataDirectory), m_records(m_data, m_config.devices),
       m_cameraBackends(makeCameraBackends(m_config.devices.cameras)),
       m_speakerBackends(makeBackends<SpeakerBackend>(m_config.devices.speakers)),
-      m_playback(m_devices, m_groups, m_files, pointers(m_speakerBackends)),
-      m_scheduleRunner(m_schedules, m_config.clock), m_talks(pointers(m_cameraBackends), m_config.talkLimits),
-      m_inquiries(backendsByKind(), m_cameras, m_config.devices.absentCameras),
-      m_pictures(pointers(m_cameraBackends), m_config.pictureInterval), m_errorString(whyNotOpen())
+      m_playback(m_records.snapshot(), pointers(m_speakerBackends)), m_scheduleRunner(m_config.clock),
+      m_talks(pointers(m_cameraBackends), m_config.talkLimits),
+      m_inquiries(backendsByKind(), m_config.devices.absentCameras),
+      m_pictures(pointers(m_cameraBackends), m_config.pictureInterval),
+      m_errorString(m_data.isHeld() ? m_records.errorString() : m_data.errorString())
 {
     registerTalks();
     registerRecords();
@@ -91,30 +86,40 @@ RecordingServer::RecordingServer(ServerConfig config)
             session->raisePlainEvent(Vocabulary::PlayAudioFailed, fields);
         }
     });
-    connect(&m_scheduleRunner, &ScheduleRunner::due, this,
-            [this](int, const QString& name, int file, const QList<int>& devices) {
-                m_playback.playUnasked(file, devices, name);
-            });
+    startSchedules();
+}
+
+void RecordingServer::startSchedules()
+{
+    connect(&m_records, &RecordKeeper::scheduleStored, &m_scheduleRunner, &ScheduleRunner::put);
+    connect(&m_records, &RecordKeeper::scheduleDeleted, &m_scheduleRunner, &ScheduleRunner::remove);
+    connect(&m_scheduleRunner, &ScheduleRunner::due, this, &RecordingServer::playScheduled);
+    for (const QVariant& schedule : m_records.schedules()) {
+        m_scheduleRunner.put(schedule.toMap());
+    }
     if (isOpen()) {
         m_scheduleRunner.start();
     }
 }
 
-QString RecordingServer::whyNotOpen() const
+/** Plays on the devices of a schedule and of its groups, on each once. */
+void RecordingServer::playScheduled(const ScheduledRun& run)
 {
-    if (!m_data.isHeld()) {
-        return m_data.errorString();
+    const RecordSnapshot& records = m_records.snapshot();
+    ServerReply unused;
+    QList<int> devices;
+    const auto append = [&](const QList<int>& ids) {
+        for (const int id : ids) {
+            if (records.device(id, &unused) && !devices.contains(id)) {
+                devices.append(id);
+            }
+        }
+    };
+    append(run.devices);
+    for (const int group : run.groups) {
+        append(records.members(group, &unused).value_or(QList<int>()));
     }
-    if (!m_database.isOpen()) {
-        return QStringLiteral("%1: %2").arg(m_data.path("records.sqlite"), m_database.errorString());
-    }
-    if (!m_cameras.errorString().isEmpty()) {
-        return QStringLiteral("%1: %2").arg(m_data.path("records.sqlite"), m_cameras.errorString());
-    }
-    if (!m_secrets.isValid()) {
-        return m_secrets.errorString();
-    }
-    return QString();
+    m_playback.playUnasked(records.file(run.file, &unused) ? run.file : 0, devices, run.name);
 }
 
 void RecordingServer::registerTalks()
@@ -140,56 +145,23 @@ void RecordingServer::registerTalks()
 
 void RecordingServer::registerRecords()
 {
-    const auto on = [this](const QString& command, auto& store, auto operation) {
-        m_executors[command] = [&store, operation](ServerSession&, const QVariant& payload, quint64) {
-            return (store.*operation)(payload);
+    for (const QString& command : m_records.commands()) {
+        m_executors[command] = [this, command](ServerSession& session, const QVariant& payload, quint64) {
+            m_records.execute(session, command, payload);
+            return std::nullopt;
         };
-    };
-    on(Vocabulary::AddIPAudio, m_devices, &DeviceStore::add);
-    on(Vocabulary::UpdateIPAudio, m_devices, &DeviceStore::update);
-    m_executors[Vocabulary::DeleteIPAudio] = [this](ServerSession&, const QVariant& payload, quint64) {
-        const ServerReply reply = m_devices.remove(payload);
-        if (reply.returnCode == ReturnCode::success) {
-            m_playback.stopDeleted(payload.toInt());
-        }
-        return reply;
-    };
-    on(Vocabulary::UploadFile, m_files, &FileStore::upload);
-    on(Vocabulary::DeleteFile, m_files, &FileStore::remove);
-    on(Vocabulary::AddNetworkAudioGroup, m_groups, &GroupStore::add);
-    on(Vocabulary::UpdateNetworkAudioGroup, m_groups, &GroupStore::update);
-    on(Vocabulary::DeleteNetworkAudioGroup, m_groups, &GroupStore::remove);
-    on(Vocabulary::AddNetworkAudioSchedule, m_schedules, &ScheduleStore::add);
-    on(Vocabulary::UpdateNetworkAudioSchedule, m_schedules, &ScheduleStore::update);
-    on(Vocabulary::DeleteNetworkAudioSchedule, m_schedules, &ScheduleStore::remove);
-    const auto list = [this](const QString& command, auto& store) {
-        m_executors[command] = [&store](ServerSession&, const QVariant&, quint64) { return store.list(); };
-    };
-    list(Vocabulary::RetrieveIPAudioModel, m_devices);
-    list(Vocabulary::GetAudioFile, m_files);
-    list(Vocabulary::GetNetworkAudioGroup, m_groups);
-    list(Vocabulary::GetNetworkAudioSchedule, m_schedules);
+    }
+    connect(&m_records, &RecordKeeper::deviceDeleted, &m_playback, &PlaybackService::stopDeleted);
 }
 
 void RecordingServer::registerCameras()
 {
-    const auto on = [this](const QString& command, ServerReply (CameraStore::*operation)(const QVariant&)) {
-        m_executors[command] = [this, operation](ServerSession&, const QVariant& payload, quint64) {
-            const ServerReply reply = (m_cameras.*operation)(payload);
-            if (reply.returnCode == ReturnCode::success) {
-                applyCameraRecords();
-            }
-            return reply;
-        };
-    };
-    on(Words::AddCamera, &CameraStore::add);
-    on(Words::UpdateCamera, &CameraStore::update);
-    on(Words::DeleteCamera, &CameraStore::remove);
     m_executors[Words::FindCameras] = [this](ServerSession& session, const QVariant&, quint64) {
         return m_inquiries.find(session);
     };
     m_executors[Words::AskCamera] = [this](ServerSession& session, const QVariant& payload, quint64) {
-        return m_inquiries.ask(session, payload);
+        askCamera(session, payload);
+        return std::nullopt;
     };
     m_executors[Words::GetCameraPicture] = [this](ServerSession& session, const QVariant& payload, quint64) {
         return m_pictures.get(session, payload.toString());
@@ -198,6 +170,7 @@ void RecordingServer::registerCameras()
         return done(cameraRecords());
     };
     applyCameraRecords();
+    connect(&m_records, &RecordKeeper::camerasChanged, this, &RecordingServer::applyCameraRecords);
     for (const auto& backend : m_cameraBackends) {
         connect(backend.get(), &CameraBackend::camerasChanged, this, &RecordingServer::reportCameras);
     }
@@ -216,7 +189,7 @@ std::vector<CameraInquiries::Backend> RecordingServer::backendsByKind() const
 /** Gives each back end the records of its kind. */
 void RecordingServer::applyCameraRecords()
 {
-    QList<CameraRecord> left = m_cameras.records();
+    QList<CameraRecord> left = m_records.cameras();
     for (std::size_t i = 0; i < m_cameraBackends.size(); ++i) {
         const bool absent = i == m_config.devices.cameras.size();
         QList<CameraRecord> own;
@@ -251,7 +224,7 @@ void RecordingServer::reportCameras()
 QVariantList RecordingServer::cameraRecords() const
 {
     QHash<QString, CameraRecord> stored;
-    for (const CameraRecord& record : m_cameras.records()) {
+    for (const CameraRecord& record : m_records.cameras()) {
         stored.insert(record.id, record);
     }
     QVariantList records;
@@ -293,19 +266,27 @@ std::optional<ServerReply> RecordingServer::startTalkToIPAudio(ServerSession& se
 {
     const int id = payload.toInt();
     ServerReply bad;
-    const auto shown = m_devices.find(id, &bad);
-    if (!shown) {
-        return TalkService::speakerError(bad.errorText);
-    }
-    SpeakerBackend* backend = m_playback.backendOf(*shown);
-    if (backend == nullptr) {
-        return TalkService::speakerError(QStringLiteral("\"%1\" is offline").arg(shown->name));
-    }
-    const auto device = m_devices.findWithPassword(id, &bad);
+    const auto device = m_records.snapshot().device(id, &bad);
     if (!device) {
         return TalkService::speakerError(bad.errorText);
     }
+    SpeakerBackend* backend = m_playback.backendOf(*device);
+    if (backend == nullptr) {
+        return TalkService::speakerError(QStringLiteral("\"%1\" is offline").arg(device->name));
+    }
     return m_talks.startTalkToSpeaker(session, *device, *backend);
+}
+
+void RecordingServer::askCamera(ServerSession& session, const QVariant& payload)
+{
+    m_records.cameraToAsk(payload, [this, reply = session.replyLater(), asker = QPointer(&session)](
+                                       const std::optional<CameraRecord>& camera, const ServerReply& bad) {
+        if (camera && asker) {
+            m_inquiries.ask(*asker, *camera, reply);
+        } else {
+            reply.send(bad);
+        }
+    });
 }
 
 std::optional<ServerReply> RecordingServer::execute(ServerSession& session, const QString& command,

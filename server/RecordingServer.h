@@ -1,14 +1,12 @@
 #pragma once
 
+#include "server/RecordKeeper.h"
 #include "server/cameras/CameraInquiries.h"
 #include "server/cameras/CameraPictures.h"
 #include "server/core/CommandExecutor.h"
 #include "server/devices/DeviceKinds.h"
 #include "server/playback/PlaybackService.h"
-#include "server/records/CameraStore.h"
-#include "server/records/DataFolder.h"
 #include "server/schedules/ScheduleRunner.h"
-#include "server/schedules/ScheduleStore.h"
 #include "server/talks/TalkService.h"
 
 #include <QHash>
@@ -34,8 +32,9 @@ struct ServerConfig
  *
  *   transport --> ServerSession::submit --> RecordingServer::execute --> service or store --> ServerReply
  *
- * A service or store owns one kind of thing: talks, devices, files, groups, schedules, playback. Lives on one
- * thread.
+ * A service owns one kind of thing: talks, playback, questions to cameras, pictures, records. All of it lives
+ * on one thread, the server's, on which sound is carried; records and uploads have threads of their own
+ * behind RecordKeeper.
  */
 class RecordingServer : public QObject, public CommandExecutor
 {
@@ -68,26 +67,22 @@ private:
     using Executor =
         std::function<std::optional<ServerReply>(ServerSession&, const QVariant& payload, quint64 request)>;
 
-    QString whyNotOpen() const;
     void registerTalks();
     void registerRecords();
     void registerPlayback();
     void registerCameras();
+    void startSchedules();
+    void playScheduled(const ScheduledRun& run);
     std::vector<CameraInquiries::Backend> backendsByKind() const;
     void applyCameraRecords();
     void reportCameras();
     QVariantList cameraRecords() const;
     std::optional<ServerReply> startTalkToIPAudio(ServerSession& session, const QVariant& payload);
+    void askCamera(ServerSession& session, const QVariant& payload);
 
     ServerConfig m_config;
     DataFolder m_data;
-    RecordDatabase m_database;
-    PasswordCipher m_secrets;
-    CameraStore m_cameras;
-    DeviceStore m_devices;
-    FileStore m_files;
-    GroupStore m_groups;
-    ScheduleStore m_schedules;
+    RecordKeeper m_records;
     std::vector<std::unique_ptr<CameraBackend>>
         m_cameraBackends;           ///< One for each kind, and AbsentCameras last.
     bool m_camerasReported = false; ///< An event about them is on its way.

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-WorkerThread::WorkerThread()
+WorkerThread::WorkerThread(std::function<void()> last) : m_last(std::move(last))
 {
     connect(this, &WorkerThread::reported, this, &WorkerThread::deliver, Qt::QueuedConnection);
     m_thread = std::thread([this] { loop(); });
@@ -33,15 +33,20 @@ void WorkerThread::loop()
     while (true) {
         m_wake.wait(lock, [this] { return m_ends || !m_work.empty(); });
         if (m_ends) {
-            return;
+            break;
         }
-        const auto work = std::move(m_work.front());
+        auto work = std::move(m_work.front());
         m_work.pop_front();
         lock.unlock();
         Report report = work();
+        work = nullptr; // before its report is handed over, with which it may share data
         lock.lock();
         m_reports.push_back(std::move(report));
         Q_EMIT reported(QPrivateSignal());
+    }
+    lock.unlock();
+    if (m_last) {
+        m_last();
     }
 }
 

@@ -77,9 +77,8 @@ ServerReply tooMany()
 
 } // namespace
 
-CameraInquiries::CameraInquiries(std::vector<Backend> backends, const CameraStore& store,
-                                 std::vector<AbsentCameraKind> absent)
-    : m_backends(std::move(backends)), m_store(store), m_absent(std::move(absent))
+CameraInquiries::CameraInquiries(std::vector<Backend> backends, std::vector<AbsentCameraKind> absent)
+    : m_backends(std::move(backends)), m_absent(std::move(absent))
 {
 }
 
@@ -146,33 +145,29 @@ void CameraInquiries::takeFound(const FoundCameras& found)
     m_found = FoundCameras();
 }
 
-std::optional<ServerReply> CameraInquiries::ask(ServerSession& session, const QVariant& payload)
+void CameraInquiries::ask(const ServerSession& session, const CameraRecord& camera, const LateReply& reply)
 {
-    ServerReply bad;
-    const auto camera = m_store.cameraToAsk(payload.toMap(), &bad);
-    if (!camera) {
-        return bad;
-    }
     if (!mayWait(session) || m_asked >= maxAsked) {
-        return tooMany();
+        reply.send(tooMany());
+        return;
     }
     const auto backend = std::find_if(m_backends.begin(), m_backends.end(),
-                                      [&](const Backend& each) { return each.first == camera->kind; });
+                                      [&](const Backend& each) { return each.first == camera.kind; });
     const QPointer<CameraInquiries> self(this);
     const quint64 question = ++m_lastQuestion;
     const bool asked = backend != m_backends.end() &&
-                       backend->second->askCamera(*camera, [self, question](const CameraReport& report) {
+                       backend->second->askCamera(camera, [self, question](const CameraReport& report) {
                            if (self) {
                                self->takeReport(question, report);
                            }
                        });
     if (!asked) {
-        return refusal(ReturnCode::badCameraKind,
-                       QStringLiteral("cameras of the kind \"%1\" cannot be asked").arg(camera->kind));
+        reply.send(refusal(ReturnCode::badCameraKind,
+                           QStringLiteral("cameras of the kind \"%1\" cannot be asked").arg(camera.kind)));
+        return;
     }
     ++m_asked;
-    m_questions.emplace(question, Waiting{&session, session.replyLater(), *camera});
-    return std::nullopt;
+    m_questions.emplace(question, Waiting{&session, reply, camera});
 }
 
 void CameraInquiries::takeReport(quint64 question, const CameraReport& report)

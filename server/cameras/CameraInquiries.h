@@ -2,7 +2,6 @@
 
 #include "server/core/ServerSession.h"
 #include "server/devices/DeviceKinds.h"
-#include "server/records/CameraStore.h"
 
 #include <QList>
 #include <QObject>
@@ -28,11 +27,9 @@ public:
 
     /**
      * @param backends by kind, outlive the object
-     * @param store    outlives the object
      * @param absent   kinds that this program was built without
      */
-    CameraInquiries(std::vector<Backend> backends, const CameraStore& store,
-                    std::vector<AbsentCameraKind> absent);
+    CameraInquiries(std::vector<Backend> backends, std::vector<AbsentCameraKind> absent);
 
     /**
      * Looks for cameras. A request during a search gets what that search finds.
@@ -45,11 +42,10 @@ public:
     /**
      * Asks a camera what it can do.
      *
-     * @param payload a map, see CameraStore::cameraToAsk
-     * @return nothing when the answer comes later: a map, in which "error" says what could not be asked. Or
-     * what CameraStore::cameraToAsk refuses, badCameraKind or tooManyRequests
+     * @param reply receives a map, in which "error" says what could not be asked, badCameraKind or
+     * tooManyRequests
      */
-    std::optional<ServerReply> ask(ServerSession& session, const QVariant& payload);
+    void ask(const ServerSession& session, const CameraRecord& camera, const LateReply& reply);
 
     /** Forgets the requests of a session that goes away. */
     void closeSession(const ServerSession& session);
@@ -69,7 +65,6 @@ private:
     QString whyNoSearch() const;
 
     std::vector<Backend> m_backends;
-    const CameraStore& m_store;
     std::vector<AbsentCameraKind> m_absent;
     std::vector<Waiting> m_searches;        ///< Clients that wait for the search.
     int m_searching = 0;                    ///< Back ends that look for cameras.

@@ -57,9 +57,8 @@ private:
     std::atomic<bool> m_broken = false;
 };
 
-PlaybackService::PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files,
-                                 std::vector<SpeakerBackend*> backends)
-    : m_devices(devices), m_groups(groups), m_files(files), m_backends(std::move(backends))
+PlaybackService::PlaybackService(const RecordSnapshot& records, std::vector<SpeakerBackend*> backends)
+    : m_records(records), m_backends(std::move(backends))
 {
     connect(&m_progressTimer, &QTimer::timeout, this, &PlaybackService::tellProgress);
 }
@@ -73,11 +72,11 @@ SpeakerBackend* PlaybackService::backendOf(const Speaker& speaker) const
     return found != m_backends.end() && (*found)->isOnline(speaker) ? *found : nullptr;
 }
 
-/** The name of a device; empty when it cannot be read. */
+/** The name of a device; empty when it has been deleted. */
 QString PlaybackService::nameOf(int device) const
 {
     ServerReply unused;
-    const auto record = m_devices.find(device, &unused);
+    const auto record = m_records.device(device, &unused);
     return record ? record->name : QString();
 }
 
@@ -107,7 +106,7 @@ ServerReply PlaybackService::playGroup(ServerSession& session, const QString& co
     const QVariantMap fields = payload.toMap();
     const int group = fields.value(Vocabulary::groupID).toInt();
     ServerReply bad;
-    const auto devices = m_groups.members(group, &bad);
+    const auto devices = m_records.members(group, &bad);
     if (!devices) {
         bad.result = group;
         return bad;
@@ -132,7 +131,7 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
 {
     const QVariant& target = asker.target;
     ServerReply bad;
-    const auto file = m_files.find(fileId, &bad);
+    const auto file = m_records.file(fileId, &bad);
     if (!file) {
         bad.result = target;
         return bad;
@@ -141,18 +140,15 @@ ServerReply PlaybackService::start(const Asker& asker, int fileId, const QList<i
     QStringList names;
     std::map<SpeakerBackend*, QList<Speaker>> speakers;
     for (const int id : devices) {
-        auto device = m_devices.find(id, &bad);
-        SpeakerBackend* backend = device ? backendOf(*device) : nullptr;
-        if (device && backend == nullptr) {
-            raiseFailure(device->name, file->name, QStringLiteral("the device is offline"), alarmName);
-            continue;
-        }
-        if (device) {
-            device = m_devices.findWithPassword(id, &bad);
-        }
+        const auto device = m_records.device(id, &bad);
         if (!device) {
             bad.result = target;
             return bad;
+        }
+        SpeakerBackend* backend = backendOf(*device);
+        if (backend == nullptr) {
+            raiseFailure(device->name, file->name, QStringLiteral("the device is offline"), alarmName);
+            continue;
         }
         reachable.append(id);
         names.append(device->name);
@@ -266,7 +262,7 @@ ServerReply PlaybackService::stop(const QVariant& payload)
 {
     const int device = payload.toInt();
     ServerReply bad;
-    if (!m_devices.find(device, &bad)) {
+    if (!m_records.device(device, &bad)) {
         bad.result = device;
         return bad;
     }
@@ -283,7 +279,7 @@ ServerReply PlaybackService::stopGroup(const QVariant& payload)
 {
     const int group = payload.toInt();
     ServerReply bad;
-    const auto devices = m_groups.members(group, &bad);
+    const auto devices = m_records.members(group, &bad);
     if (!devices) {
         bad.result = group;
         return bad;

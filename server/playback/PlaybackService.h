@@ -1,9 +1,7 @@
 #pragma once
 
 #include "server/devices/SpeakerBackend.h"
-#include "server/records/DeviceStore.h"
-#include "server/records/FileStore.h"
-#include "server/records/GroupStore.h"
+#include "server/records/RecordSnapshot.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -36,8 +34,7 @@ class PlaybackService : public QObject
 
 public:
     /** All arguments outlive the object. @param backends of several that serve a speaker the first counts */
-    PlaybackService(DeviceStore& devices, GroupStore& groups, FileStore& files,
-                    std::vector<SpeakerBackend*> backends);
+    PlaybackService(const RecordSnapshot& records, std::vector<SpeakerBackend*> backends);
     ~PlaybackService() override;
 
     /**
@@ -46,8 +43,8 @@ public:
      * @param command PlayAudio or AlarmPlayIPAudio
      * @param payload a map: ipAudioId, audioFileId (int), alarmName (QString, may be absent)
      * @param request of the command, which its later replies carry
-     * @return success with progress 0, or noSuchFile, noSuchDevice, speakerOffline, brokenFile or
-     * storageFailed, each with the id of the device
+     * @return success with progress 0, or noSuchFile, noSuchDevice, speakerOffline or brokenFile, each with
+     * the id of the device
      */
     ServerReply play(ServerSession& session, const QString& command, const QVariant& payload,
                      quint64 request);
@@ -68,7 +65,7 @@ public:
      * Stops what a device plays, whoever asked for it.
      *
      * @param payload the id, an int
-     * @return success also when nothing plays, or noSuchDevice or storageFailed with the id
+     * @return success also when nothing plays, or noSuchDevice with the id
      */
     ServerReply stop(const QVariant& payload);
 
@@ -76,7 +73,7 @@ public:
      * Stops what the devices of a group play, whoever asked for it.
      *
      * @param payload the id, an int
-     * @return success also when nothing plays, or noSuchGroup or storageFailed with the id
+     * @return success also when nothing plays, or noSuchGroup with the id
      */
     ServerReply stopGroup(const QVariant& payload);
 
@@ -136,9 +133,7 @@ private:
     QString nameOf(int device) const;
     void raiseFailure(const QString& device, const QString& file, const QString& error, const QString& alarm);
 
-    DeviceStore& m_devices;
-    GroupStore& m_groups;
-    FileStore& m_files;
+    const RecordSnapshot& m_records;
     std::vector<SpeakerBackend*> m_backends;
     Playbacks m_playbacks;
     int m_lastNumber = 0;

@@ -37,12 +37,12 @@ QVariantMap readRecord(const QSqlQuery& row, const PasswordCipher& secrets)
     };
 }
 
-ServerReply noSuchDevice(int id, const QVariant& result = QVariant())
+} // namespace
+
+ServerReply DeviceStore::noSuchDevice(int id, const QVariant& result)
 {
     return refusal(ReturnCode::noSuchDevice, QStringLiteral("no device has the id %1").arg(id), result);
 }
-
-} // namespace
 
 bool DeviceStore::hasPasswords(RecordDatabase& database)
 {
@@ -197,46 +197,16 @@ ServerReply DeviceStore::stored(int id)
     return found && !found->isEmpty() ? done(found->first()) : failed();
 }
 
-std::optional<Speaker> DeviceStore::find(int id, ServerReply* refusal)
-{
-    std::optional<Speaker> found;
-    if (!m_database.read(QStringLiteral("SELECT name, ip, port, username FROM devices WHERE id = ?"), {id},
-                         [&](const QSqlQuery& row) {
-                             found = Speaker{id,
-                                             row.value(0).toString(),
-                                             row.value(1).toString(),
-                                             row.value(2).toInt(),
-                                             row.value(3).toString(),
-                                             QString()};
-                         })) {
-        *refusal = failed();
-        return std::nullopt;
-    }
-    if (!found) {
-        *refusal = noSuchDevice(id);
-    }
-    return found;
-}
-
-std::optional<Speaker> DeviceStore::findWithPassword(int id, ServerReply* refusal)
-{
-    auto found = find(id, refusal);
-    if (found && !m_database.read(QStringLiteral("SELECT password FROM devices WHERE id = ?"), {id},
-                                  [&](const QSqlQuery& row) {
-                                      found->password = m_secrets.unseal(row.value(0).toByteArray());
-                                  })) {
-        *refusal = failed();
-        return std::nullopt;
-    }
-    return found;
-}
-
 std::optional<ServerReply> DeviceStore::checkExist(const QList<int>& ids)
 {
-    ServerReply bad;
     for (const int id : ids) {
-        if (!find(id, &bad)) {
-            return bad;
+        bool found = false;
+        if (!m_database.read(QStringLiteral("SELECT 1 FROM devices WHERE id = ?"), {id},
+                             [&](const QSqlQuery&) { found = true; })) {
+            return failed();
+        }
+        if (!found) {
+            return noSuchDevice(id);
         }
     }
     return std::nullopt;

@@ -24,6 +24,9 @@ public:
     {
     }
 
+    /** Returns the refusal of an id that no device has. @param result goes with it */
+    static ServerReply noSuchDevice(int id, const QVariant& result = QVariant());
+
     /**
      * Returns whether a device has a password, which needs the key that encrypted it; true also when the
      * database cannot be read.
@@ -59,16 +62,6 @@ public:
 
     /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
-
-    /**
-     * Returns a device without its password, to show it and to find out which back end reaches it.
-     *
-     * @param refusal receives the reason of an empty result: noSuchDevice or storageFailed
-     */
-    std::optional<Speaker> find(int id, ServerReply* refusal);
-
-    /** Returns a device with its password, to log in to it; otherwise as find. */
-    std::optional<Speaker> findWithPassword(int id, ServerReply* refusal);
 
     /** Checks that all of these devices exist; returns noSuchDevice or storageFailed otherwise. */
     std::optional<ServerReply> checkExist(const QList<int>& ids);

@@ -19,6 +19,11 @@ constexpr int base64Of(int bytes)
     return (bytes + 2) / 3 * 4;
 }
 
+ServerReply refused(const QString& text)
+{
+    return refusal(ReturnCode::fileRefused, text);
+}
+
 } // namespace
 
 FileStore::FileStore(RecordDatabase& database, const QString& folder)
@@ -27,11 +32,19 @@ FileStore::FileStore(RecordDatabase& database, const QString& folder)
     QDir().mkpath(m_folder);
 }
 
-ServerReply FileStore::upload(const QVariant& payload)
+ServerReply FileStore::noSuchFile(int id)
+{
+    return refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(id));
+}
+
+std::optional<FileStore::Upload> FileStore::receive(const QVariant& payload, ServerReply* refusal)
 {
     const QVariantMap record = payload.toMap();
     const QString name = record.value(Words::filename).toString();
-    const auto refuse = [](const QString& text) { return refusal(ReturnCode::fileRefused, text); };
+    const auto refuse = [&](const QString& text) {
+        *refusal = refused(text);
+        return std::nullopt;
+    };
     if (RecordChecks::name(name)) {
         return refuse(QStringLiteral("the file's name is empty, too long, or has control characters"));
     }
@@ -51,25 +64,37 @@ ServerReply FileStore::upload(const QVariant& payload)
     if (!content) {
         return refuse(QStringLiteral("the content is not Base64"));
     }
-    const QString contentName = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    const QString path = QDir(m_folder).filePath(contentName);
+    const Upload upload{name, QUuid::createUuid().toString(QUuid::WithoutBraces)};
     QString error;
-    if (!writeWholeFile(path, content.decoded, &error)) {
+    if (!writeWholeFile(pathOf(upload.content), content.decoded, &error)) {
         return refuse(QStringLiteral("the file cannot be stored: %1").arg(error));
     }
-    const auto length = AudioFileReader::duration(path);
+    return upload;
+}
+
+std::optional<int> FileStore::measure(const Upload& upload) const
+{
+    return AudioFileReader::duration(pathOf(upload.content));
+}
+
+ServerReply FileStore::add(const Upload& upload, std::optional<int> length, File* added)
+{
+    const QString path = pathOf(upload.content);
     if (!length) {
         QFile::remove(path);
-        return refuse(QStringLiteral("the file holds no sound that can be decoded"));
+        return refused(QStringLiteral("the file holds no sound that can be decoded"));
     }
+    QSqlQuery insert = m_database.query();
     if (!m_database.run(
+            insert,
             QStringLiteral(
                 "INSERT INTO files (name, length, status, content, uploaded) VALUES (?, ?, ?, ?, ?)"),
-            {name, *length, static_cast<int>(AudioStatus::Ready), contentName,
+            {upload.name, *length, static_cast<int>(AudioStatus::Ready), upload.content,
              QDateTime::currentDateTimeUtc().toString(Qt::ISODate)})) {
         QFile::remove(path);
-        return refuse(m_database.errorString());
+        return refused(m_database.errorString());
     }
+    *added = {insert.lastInsertId().toInt(), upload.name, path, *length};
     return list();
 }
 
@@ -128,7 +153,18 @@ std::optional<FileStore::File> FileStore::find(int id, ServerReply* refusal)
         return std::nullopt;
     }
     if (!found) {
-        *refusal = ::refusal(ReturnCode::noSuchFile, QStringLiteral("no audio file has the id %1").arg(id));
+        *refusal = noSuchFile(id);
     }
     return found;
+}
+
+std::optional<QList<FileStore::File>> FileStore::files()
+{
+    QList<File> all;
+    const bool read = m_database.read(QStringLiteral("SELECT id, name, content, length FROM files"), {},
+                                      [&](const QSqlQuery& row) {
+                                          all.append({row.value(0).toInt(), row.value(1).toString(),
+                                                      pathOf(row.value(2).toString()), row.value(3).toInt()});
+                                      });
+    return read ? std::optional(all) : std::nullopt;
 }

@@ -24,13 +24,30 @@ public:
      */
     FileStore(RecordDatabase& database, const QString& folder);
 
+    /** Returns the refusal of an id that no file has. */
+    static ServerReply noSuchFile(int id);
+
+    /** A file whose content is on the disk, and which has no record yet. */
+    struct Upload
+    {
+        QString name;    ///< For people.
+        QString content; ///< Name of the content in the folder.
+    };
+
     /**
-     * Stores a file. Decodes it first to measure its length, which takes time on the caller's thread.
+     * Writes the content of an upload.
      *
      * @param payload a map of "filename" (QString) and "content" (QByteArray in Base64); "length" is not read
-     * @return the list of all records, or fileRefused for every failure
+     * @param refusal receives fileRefused when the result is empty
      */
-    ServerReply upload(const QVariant& payload);
+    std::optional<Upload> receive(const QVariant& payload, ServerReply* refusal);
+
+    /**
+     * Decodes an upload to measure it, which takes time. On any thread.
+     *
+     * @return its length in ms; empty when it holds no sound
+     */
+    std::optional<int> measure(const Upload& upload) const;
 
     /**
      * Deletes a file. Schedules that play it stay, without a file.
@@ -59,8 +76,20 @@ public:
      */
     std::optional<File> find(int id, ServerReply* refusal);
 
+    /** Returns all files; empty when the database cannot be read. */
+    std::optional<QList<File>> files();
+
+    /**
+     * Stores the record of an upload, or deletes its content.
+     *
+     * @param length as measure has returned it
+     * @param added  receives the file
+     * @return the list of all records, or fileRefused for every failure
+     */
+    ServerReply add(const Upload& upload, std::optional<int> length, File* added);
+
 private:
     QString pathOf(const QString& contentName) const;
 
-    QString m_folder;
+    const QString m_folder;
 };

@@ -12,12 +12,12 @@ const ListLimit::Kind groupList{
     QStringLiteral("SELECT count(*), coalesce(sum(length(CAST(name AS BLOB))), 0) + "
                    "(SELECT coalesce(sum(length(member) + 1), 0) FROM group_devices) FROM groups")};
 
-ServerReply noSuchGroup(int id, const QVariant& result = QVariant())
+} // namespace
+
+ServerReply GroupStore::noSuchGroup(int id, const QVariant& result)
 {
     return refusal(ReturnCode::noSuchGroup, QStringLiteral("no group has the id %1").arg(id), result);
 }
-
-} // namespace
 
 std::optional<ServerReply> GroupStore::check(const QVariantMap& record, int id)
 {
@@ -150,17 +150,4 @@ std::optional<ServerReply> GroupStore::checkExist(const QList<int>& ids)
         }
     }
     return std::nullopt;
-}
-
-std::optional<QList<int>> GroupStore::members(int id, ServerReply* refusal)
-{
-    if (const auto bad = checkExist({id})) {
-        *refusal = *bad;
-        return std::nullopt;
-    }
-    const auto found = m_members.members(id);
-    if (!found) {
-        *refusal = failed();
-    }
-    return found;
 }

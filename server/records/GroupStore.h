@@ -16,6 +16,9 @@ public:
     {
     }
 
+    /** Returns the refusal of an id that no group has. @param result goes with it */
+    static ServerReply noSuchGroup(int id, const QVariant& result = QVariant());
+
     /**
      * Adds a group.
      *
@@ -46,13 +49,6 @@ public:
 
     /** Checks that all of these groups exist; returns noSuchGroup or storageFailed otherwise. */
     std::optional<ServerReply> checkExist(const QList<int>& ids);
-
-    /**
-     * Returns the device ids of a group, in its order.
-     *
-     * @param refusal receives the reason of an empty result: noSuchGroup or storageFailed
-     */
-    std::optional<QList<int>> members(int id, ServerReply* refusal);
 
 private:
     std::optional<ServerReply> check(const QVariantMap& record, int id);

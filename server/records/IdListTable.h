@@ -4,8 +4,6 @@
 
 #include <QList>
 
-#include <optional>
-
 /**
  * A table of ordered lists of ids, each of which belongs to a record: the members of a group, or the targets
  * of a schedule.
@@ -36,16 +34,6 @@ public:
             }
         }
         return true;
-    }
-
-    /** Returns the list of an owner; empty when the database cannot be read. */
-    std::optional<QList<int>> members(int owner)
-    {
-        QList<int> found;
-        const bool read = m_database.read(
-            QStringLiteral("SELECT member FROM %1 WHERE owner = ? ORDER BY position").arg(m_table), {owner},
-            [&](const QSqlQuery& row) { found.append(row.value(0).toInt()); });
-        return read ? std::optional(found) : std::nullopt;
     }
 
     /** Returns an SQL expression: the list of the row of @p ownerTable as text, joined with commas. */

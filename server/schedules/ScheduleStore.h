@@ -52,19 +52,6 @@ public:
     /** Returns the list of all records, by id, or storageFailed. */
     ServerReply list();
 
-    /** An enabled schedule, as the runner needs it. */
-    struct Entry
-    {
-        int id;             ///< Of the record.
-        QString name;       ///< Of the record.
-        ScheduleRule rule;  ///< The times of its runs.
-        int file;           ///< Id of the audio file; 0 when it was deleted.
-        QList<int> devices; ///< Ids, the members of its groups included, each once.
-    };
-
-    /** Returns the enabled schedules, by id; empty when the database cannot be read. */
-    std::optional<std::vector<Entry>> enabled();
-
 private:
     struct Checked
     {
@@ -75,7 +62,6 @@ private:
     std::optional<ServerReply> check(const QVariantMap& record, bool mayLackTargets, Checked* checked);
     ServerReply store(const Checked& checked, int id);
     std::optional<QVariantList> recordsOf(std::optional<int> id);
-    std::optional<QList<int>> devicesOf(const QVariantMap& record);
 
     DeviceStore& m_devices;
     GroupStore& m_groups;

@@ -176,6 +176,7 @@ void TestProtocolDocument::limits()
         LIMIT(maxGroups),
         LIMIT(maxSchedules),
         LIMIT(maxFiles),
+        LIMIT(maxWaitingUploads),
         LIMIT(maxListBytes),
         LIMIT(maxSettingsBytes),
         LIMIT(maxFileBytes),

@@ -51,7 +51,14 @@ struct Asked
         return std::any_of(harness->replies.begin(), harness->replies.end(),
                            [&](const auto& each) { return each.request == request; });
     }
-    quint64 ask(const QVariantMap& camera) { return harness->submit("AskCamera", camera); }
+    /** Asks, and waits until the back end is asked or the answer is there. */
+    quint64 ask(const QVariantMap& camera)
+    {
+        const int before = shared->questions.size();
+        const quint64 request = harness->submit("AskCamera", camera);
+        ServerHarness::waitFor([&] { return shared->questions.size() > before || hasAnswer(request); });
+        return request;
+    }
     CameraRecord asked() const { return shared->questions.last().first; }
 
     std::shared_ptr<QuestionedCameras::Shared> shared = std::make_shared<QuestionedCameras::Shared>();
@@ -255,7 +262,7 @@ void TestCameraInquiries::theLoginStaysAtItsAddress()
     QVariantMap payload = more;
     payload["camId"] = "1";
     harness.submit("AskCamera", payload);
-    QCOMPARE(shared->questions.size(), 1);
+    QVERIFY(ServerHarness::waitFor([&] { return shared->questions.size() == 1; }));
     QCOMPARE(shared->questions[0].first.username, username);
     QCOMPARE(shared->questions[0].first.password, password);
 }
@@ -319,6 +326,8 @@ void TestCameraInquiries::allRequestsAreBounded()
         for (int n = 0; n < CameraInquiries::maxOfSession; ++n) {
             gone.submit("AskCamera", camera(), static_cast<quint64>(n) + 1);
         }
+        QVERIFY(ServerHarness::waitFor(
+            [&] { return asked.shared->questions.size() == (i + 1) * CameraInquiries::maxOfSession; }));
     }
     QCOMPARE(asked.shared->questions.size(), int{CameraInquiries::maxAsked});
     QCOMPARE(asked.answer(asked.ask(camera())).returnCode, ReturnCode::tooManyRequests);

@@ -62,6 +62,7 @@ private Q_SLOTS:
     void initTestCase();
     void groupOfTwoKinds();
     void speakerFailsWhilePlaying();
+    void groupWithoutADeletedDevice();
     void startsInStepAfterTheLeadTime();
     void stopsOneOfTwo();
     void lastReply_data();
@@ -109,6 +110,23 @@ void TestPlaybacks::groupOfTwoKinds()
     QVERIFY(ServerHarness::waitFor([&] { return progress() == 100; }));
     QVERIFY(ServerHarness::waitFor([&] { return server.devices->playbacks.at(0).isNull(); }));
     QVERIFY(harness.events.empty());
+}
+
+void TestPlaybacks::groupWithoutADeletedDevice()
+{
+    Awkward server;
+    ServerHarness& harness = *server.harness;
+    const int gone = server.addSpeaker("Hall");
+    const int stays = server.addSpeaker("Stairs");
+    harness.upload(path("tone.wav"));
+    harness.addGroup("all", QString("%1,%2").arg(gone).arg(stays));
+    QCOMPARE(harness.ask("DeleteIPAudio", gone).returnCode, ReturnCode::success);
+    QCOMPARE(harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}}).returnCode,
+             ReturnCode::success);
+    QCOMPARE(server.devices->playbacks.at(0)->speakers, QList<int>{stays});
+    QCOMPARE(harness.ask("DeleteNetworkAudioGroup", 1).returnCode, ReturnCode::success);
+    QCOMPARE(harness.ask("PlayGroupAudio", QVariantMap{{"groupID", 1}, {"audioFileId", 1}}).returnCode,
+             ReturnCode::noSuchGroup);
 }
 
 void TestPlaybacks::startsInStepAfterTheLeadTime()

@@ -24,6 +24,8 @@ private Q_SLOTS:
     void neverRuns();
     void missedRunsAreNotMadeUpFor();
     void clockSetBack();
+    void madeAfterItsTime();
+    void wakesUpForARun();
     void restartInBetween();
     void deletedFileIsReported();
     void brokenFileIsReportedOnce();
@@ -313,6 +315,35 @@ void TestScheduling::clockSetBack()
     server.time = local("2026-05-04T08:20:00");
     server.server->checkDueSchedules();
     QCOMPARE(server.runsUntil("2026-05-04T08:31:00"), 1); // the moment comes again, by this clock
+}
+
+void TestScheduling::madeAfterItsTime()
+{
+    Scheduled server("2026-05-04T08:29:00", path("tone.wav"));
+    server.time = local("2026-05-04T08:30:10"); // nothing to wake up for until now
+    server.ask("AddNetworkAudioSchedule", server.schedule(record(1, "2026-05-04T08:30:00")));
+    QCOMPARE(server.runsUntil("2026-05-04T12:00:00"), 0);
+    QCOMPARE(server.runsUntil("2026-05-05T12:00:00"), 1);
+}
+
+/** By the server's own timer: the test's clock is the true one. */
+void TestScheduling::wakesUpForARun()
+{
+    ServerConfig config;
+    config.clock.zone = QTimeZone::utc();
+    ServerHarness server(config, ServerHarness::offlineAt("10.0.0.66"));
+    server.addDevice("a", "10.0.0.66");
+    server.upload(path("tone.wav"));
+    const QDateTime run = QDateTime::currentDateTimeUtc().addSecs(2);
+    QVariantMap schedule = record(0, run.toString("yyyy-MM-ddTHH:mm:ss"));
+    schedule.insert({{"scheduleName", "s"},
+                     {"enableSchedule", true},
+                     {"audioID", 1},
+                     {"networkAudioIDList", "1"},
+                     {"groupIDList", ""}});
+    QCOMPARE(server.ask("AddNetworkAudioSchedule", schedule).returnCode, ReturnCode::success);
+    QVERIFY(ServerHarness::waitFor([&] { return server.events.size() == 1; }));
+    QVERIFY(QDateTime::currentDateTimeUtc().toSecsSinceEpoch() >= run.toSecsSinceEpoch());
 }
 
 void TestScheduling::restartInBetween()
