@@ -240,8 +240,9 @@ void TestLiveSound::isInTime()
         const qint64 first = turn;
         while (lock.isHeld() && clock.elapsed() < lockTime) {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-            // Each client sends a packet each 80 ms, and they do so in turn.
-            for (; (turn - first) * 80 < clock.elapsed() * clients; ++turn) {
+            // Each client sends a packet each 80 ms, and they do so in turn; a slow machine sends fewer.
+            const qint64 last = turn + clients / 10;
+            for (; turn < last && (turn - first) * 80 < clock.elapsed() * clients; ++turn) {
                 const auto client = static_cast<std::size_t>(turn % clients);
                 sessions[client]->submit("TalkData",
                                          packetFor(tokens[client], static_cast<int>(turn / clients)),
