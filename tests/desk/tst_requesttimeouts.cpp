@@ -4,6 +4,7 @@
 
 #include <QSignalSpy>
 #include <QTest>
+#include <QTranslator>
 
 class TestRequestTimeouts : public QObject
 {
@@ -17,6 +18,7 @@ private Q_SLOTS:
     void lossOfTheConnection();
     void lastOnes();
     void wordsForEveryCode();
+    void sameWordsInAnotherLanguage();
 };
 
 void TestRequestTimeouts::answeredInTime()
@@ -115,6 +117,29 @@ void TestRequestTimeouts::wordsForEveryCode()
     QCOMPARE(ErrorMessages::of("999"), QString("error 999"));
     QCOMPARE(ErrorMessages::of(""), QString("the server refuses it"));
     QCOMPARE(ErrorMessages::of("", "no"), QString("no"));
+    QCOMPARE(ErrorMessages::withDetail("209", "anna talks"),
+             QString("the camera is busy with others (the server: anna talks)"));
+    QCOMPARE(ErrorMessages::withDetail("209", " "), QString("the camera is busy with others"));
+    QCOMPARE(ErrorMessages::withDetail("999", "the cat is out"), QString("the cat is out"));
+}
+
+/** The server speaks English. */
+void TestRequestTimeouts::sameWordsInAnotherLanguage()
+{
+    class German : public QTranslator
+    {
+    public:
+        QString translate(const char* /*context*/, const char* source, const char* /*comment*/,
+                          int /*number*/) const override
+        {
+            return QString::fromUtf8(source).startsWith("the ") ? QStringLiteral("auf Deutsch") : QString();
+        }
+        bool isEmpty() const override { return false; }
+    };
+    German german;
+    QVERIFY(QCoreApplication::installTranslator(&german));
+    QCOMPARE(ErrorMessages::withDetail("202", "the camera is offline"), QString("auf Deutsch"));
+    QCOMPARE(ErrorMessages::withDetail("202", "no route"), QString("auf Deutsch (the server: no route)"));
 }
 
 QTEST_GUILESS_MAIN(TestRequestTimeouts)
