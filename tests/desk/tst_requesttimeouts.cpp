@@ -13,7 +13,7 @@ class TestRequestTimeouts : public QObject
 private Q_SLOTS:
     void answeredInTime();
     void unanswered();
-    void anAnswerPutsTheBannerAway();
+    void theLateAnswerPutsTheBannerAway();
     void whatIsNotWatched();
     void lossOfTheConnection();
     void lastOnes();
@@ -47,12 +47,32 @@ void TestRequestTimeouts::unanswered()
     QVERIFY(!watch.isOverdue());
 }
 
-void TestRequestTimeouts::anAnswerPutsTheBannerAway()
+void TestRequestTimeouts::theLateAnswerPutsTheBannerAway()
 {
     RequestTimeouts watch(50);
+    QSignalSpy timedOut(&watch, &RequestTimeouts::timedOut);
+    QSignalSpy changed(&watch, &RequestTimeouts::overdueChanged);
     watch.commandSent("AddIPAudio", QVariant(), true, 1);
-    QTRY_VERIFY(watch.isOverdue());
+    watch.commandSent("DeleteIPAudio", QVariant(), true, 2);
+    QTRY_COMPARE(timedOut.size(), 2);
+    QVERIFY(watch.isOverdue());
+    watch.replyArrived("GetCameraPicture", "0", QString(), 3); // each second
+    QVERIFY(watch.isOverdue());
     watch.replyArrived("AddIPAudio", "0", QString(), 1);
+    QVERIFY(watch.isOverdue()); // the other one still is
+    QCOMPARE(changed.size(), 1);
+    watch.replyArrived("DeleteIPAudio", "401", QString(), 2);
+    QVERIFY(!watch.isOverdue());
+    QCOMPARE(changed.size(), 2);
+    // What was closed by hand stays closed, whoever else is late comes back.
+    watch.commandSent("AddIPAudio", QVariant(), true, 4);
+    QTRY_VERIFY(watch.isOverdue());
+    watch.dismiss();
+    watch.replyArrived("AddIPAudio", "0", QString(), 4);
+    QCOMPARE(changed.size(), 4);
+    watch.commandSent("AddIPAudio", QVariant(), true, 5);
+    QTRY_VERIFY(watch.isOverdue());
+    watch.forget();
     QVERIFY(!watch.isOverdue());
 }
 
