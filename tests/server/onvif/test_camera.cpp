@@ -16,6 +16,8 @@
 //   option               an OPTIONS request
 //   describe             a DESCRIBE request
 
+#include "tests/server/onvif/TestCameraOptions.h"
+
 #include <gst/app/gstappsink.h>
 #include <gst/app/gstappsrc.h>
 #include <gst/gst.h>
@@ -27,12 +29,16 @@
 #include <gst/rtsp-server/rtsp-onvif-media.h>
 #include <gst/rtsp-server/rtsp-onvif-server.h>
 
+#include <glib-unix.h>
 #include <netinet/in.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -100,22 +106,7 @@ const std::map<std::string, CameraCodec>& codecs()
     return all;
 }
 
-struct Options
-{
-    std::map<std::string, std::string> values;
-    bool has(const char* name) const { return values.count(name) != 0; }
-    std::string text(const char* name, const char* fallback = "") const
-    {
-        const auto found = values.find(name);
-        return found == values.end() ? fallback : found->second;
-    }
-    int number(const char* name, int fallback = 0) const
-    {
-        return has(name) ? std::atoi(text(name).c_str()) : fallback;
-    }
-};
-
-Options options;
+TestCameraOptions options;
 std::atomic<int> talks{0};
 std::atomic<int> clients{0};
 
@@ -433,15 +424,36 @@ void onMedia(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer)
     gst_object_unref(element);
 }
 
+/** Ends the camera with its standard input: with the test that started it, however that ends. */
+gboolean onInput(gint descriptor, GIOCondition, gpointer loop)
+{
+    char ignored[64];
+    if (read(descriptor, ignored, sizeof(ignored)) > 0) {
+        return G_SOURCE_CONTINUE;
+    }
+    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+    return G_SOURCE_REMOVE;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    for (int i = 1; i < argc; ++i) {
-        const std::string name = argv[i] + (std::strncmp(argv[i], "--", 2) == 0 ? 2 : 0);
-        const bool hasValue = i + 1 < argc && std::strncmp(argv[i + 1], "--", 2) != 0;
-        options.values[name] = hasValue ? argv[++i] : "";
+    std::string problem = options.parse(argc, argv);
+    for (const char* name : {"codec", "back-codec"}) {
+        if (problem.empty() && options.has(name) && codecs().count(options.text(name)) == 0) {
+            problem = "unknown codec: " + options.text(name);
+        }
     }
+    if (!problem.empty()) {
+        std::fprintf(stderr, "%s\n", problem.c_str());
+        return 1;
+    }
+    if (options.has("help")) {
+        TestCameraOptions::printUsage();
+        return 0;
+    }
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // one that a test has stopped reads no end of its input
     gst_init(nullptr, nullptr);
     const bool hides = options.has("hides-backchannel");
     GstRTSPServer* server = hides ? gst_rtsp_server_new() : gst_rtsp_onvif_server_new();
@@ -476,6 +488,9 @@ int main(int argc, char** argv)
         return 1;
     }
     report("ready %d", gst_rtsp_server_get_bound_port(server));
-    g_main_loop_run(g_main_loop_new(nullptr, FALSE));
-    return 0;
+    GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
+    g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR), &onInput, loop);
+    g_main_loop_run(loop);
+    std::fflush(stdout);
+    _exit(0); // as if it were cut off: nobody waits for its sessions
 }
