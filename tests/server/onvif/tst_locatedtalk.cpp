@@ -5,6 +5,8 @@
 #include "tests/onvif/ScriptedCamera.h"
 #include "tests/server/onvif/TalkProbe.h"
 
+#include <QTcpServer>
+
 namespace {
 
 /** Makes the device service name a stream. */
@@ -62,6 +64,7 @@ private Q_SLOTS:
     void goesWhileItLooks();
     void saysWhyItRefuses_data();
     void saysWhyItRefuses();
+    void roomForLinesIsTakenAtOnce();
 };
 
 void TestLocatedTalk::talks_data()
@@ -261,6 +264,36 @@ void TestLocatedTalk::saysWhyItRefuses()
     QVERIFY(TalkProbe::waitFor([&] { return !refusedWith.isEmpty(); }));
     QCOMPARE(refusedWith, code);
     QVERIFY2(reason.contains(words), qPrintable(reason));
+}
+
+/** A line starts with the next turn of the event loop, and counts before. */
+void TestLocatedTalk::roomForLinesIsTakenAtOnce()
+{
+    QTcpServer camera; // which answers nothing
+    QVERIFY(camera.listen(QHostAddress::LocalHost));
+    const CameraRecord record{"1", "Gate", onvifKind(),
+                              QStringLiteral("rtsp://127.0.0.1:%1/talk").arg(camera.serverPort())};
+    LineThreads threads(3);
+    std::vector<std::unique_ptr<LocatedTalk>> talks;
+    QStringList reasons;
+    const auto open = [&] {
+        talks.push_back(std::make_unique<LocatedTalk>(record, OnvifConfig(), threads, QString()));
+        connect(talks.back().get(), &DeviceTalk::refused, this,
+                [&](const QString&, const QString& text) { reasons.append(text); });
+    };
+    open();
+    open();
+    QVERIFY(TalkProbe::waitFor([&] { return camera.hasPendingConnections(); }));
+    QVERIFY(threads.hasRoom());
+    open();
+    QVERIFY(!threads.hasRoom());
+    open();
+    talks.erase(talks.begin() + 2); // before it has begun
+    QVERIFY(threads.hasRoom());
+    QVERIFY(TalkProbe::waitFor([&] { return !reasons.isEmpty(); }));
+    QVERIFY2(reasons[0].contains("no room for one more talk"), qPrintable(reasons[0]));
+    talks.clear();
+    QVERIFY(TalkProbe::waitFor([&] { return threads.hasRoom(); }));
 }
 
 QTEST_GUILESS_MAIN(TestLocatedTalk)
