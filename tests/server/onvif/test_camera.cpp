@@ -66,6 +66,12 @@ struct CameraCodec
     std::string caps;   // what the description says of the backchannel; all fields fixed
 };
 
+CameraCodec l16(int rate)
+{
+    return {rate, 98, "audioconvert ! rtpL16pay", "rtpL16depay ! audioconvert",
+            "encoding-name=L16,encoding-params=(string)1,channels=1"};
+}
+
 CameraCodec aac(int rate, const char* config)
 {
     return {rate, 97, "audioconvert ! avenc_aac bitrate=32000 ! aacparse ! rtpmp4gpay",
@@ -81,7 +87,7 @@ CameraCodec g726(int kilobits, int payloadType, bool aal2)
 {
     const std::string rate = std::to_string(kilobits);
     const std::string order = aal2 ? "true" : "false";
-    return {8000, payloadType, "avenc_g726 bitrate=" + rate + "000 ! rtpg726pay force-aal2=" + order,
+    return {8000, payloadType, "avenc_g726 bitrate=" + rate + "000 ! rtpg726pay force-aal2=false",
             "rtpg726depay force-aal2=" + order + " ! avdec_g726",
             std::string("encoding-name=") + (aal2 ? "AAL2-G726-" : "G726-") + rate};
 }
@@ -91,9 +97,8 @@ const std::map<std::string, CameraCodec>& codecs()
     static const std::map<std::string, CameraCodec> all{
         {"pcmu", {8000, 0, "mulawenc ! rtppcmupay", "rtppcmudepay ! mulawdec", "encoding-name=PCMU"}},
         {"pcma", {8000, 8, "alawenc ! rtppcmapay", "rtppcmadepay ! alawdec", "encoding-name=PCMA"}},
-        {"l16",
-         {16000, 98, "audioconvert ! rtpL16pay", "rtpL16depay ! audioconvert",
-          "encoding-name=L16,encoding-params=(string)1,channels=1"}},
+        {"l16", l16(16000)},
+        {"l16-48", l16(48000)},
         {"g726-16", g726(16, 111, false)},
         {"g726-32", g726(32, 113, false)},
         {"aal2-g726-24", g726(24, 112, true)},
@@ -314,13 +319,16 @@ std::string voiceLaunch()
     const bool frames = codec.rate != 8000 || options.text("codec", "pcmu").rfind("aac", 0) == 0;
     // What was made before PLAY is not sent late; libavcodec's encoders take up to half a second at once.
     const bool slow = codec.encode.find("avenc") != std::string::npos;
+    // Only when it is asked for them by their name, the payloader describes AAL2's packets by it.
+    const bool isAal2 = codec.caps.find("AAL2") != std::string::npos;
     return "( appsrc name=voice is-live=true do-timestamp=true format=time leaky-type=downstream "
            "max-buffers=" +
            std::string(slow ? "30" : "3") +
            " caps=audio/x-raw,format=S16LE,layout=interleaved,rate=" + std::to_string(codec.rate) +
-           ",channels=1 ! audioconvert ! " + codec.encode +
-           " name=pay0 pt=" + std::to_string(codec.payloadType) +
-           (frames ? "" : " min-ptime=20000000 max-ptime=20000000") + " )";
+           ",channels=1 ! audioconvert ! " + codec.encode + (isAal2 ? " " : " name=pay0 ") +
+           "pt=" + std::to_string(codec.payloadType) +
+           (frames ? "" : " min-ptime=20000000 max-ptime=20000000") +
+           (isAal2 ? " ! capsfilter name=pay0 caps=application/x-rtp," + codec.caps : "") + " )";
 }
 
 std::string backLaunch()
