@@ -23,6 +23,19 @@ QString closedPort()
     return QString::number(server.serverPort());
 }
 
+/** A device service that names a stream, and a back end with a record of it. */
+struct Located
+{
+    explicit Located(const QString& stream) : cameras(TalkProbe::withoutPresence(OnvifConfig()))
+    {
+        setStream(service, stream);
+        cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
+    }
+
+    ScriptedCamera service;
+    OnvifCameras cameras;
+};
+
 /** A talk by way of a back end, which keeps what it has located. */
 struct Call
 {
@@ -97,33 +110,27 @@ void TestLocatedTalk::talks()
 void TestLocatedTalk::keepsTheAddress()
 {
     TestCamera camera;
-    ScriptedCamera service;
-    setStream(service, camera.address());
-    OnvifCameras cameras(TalkProbe::withoutPresence(OnvifConfig()));
-    cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
-    Call first(cameras);
+    Located located(camera.address());
+    Call first(located.cameras);
     QVERIFY(first.end() && first.isOpen);
-    const int asked = service.requests.size();
+    const int asked = located.service.requests.size();
     QVERIFY(asked > 0);
-    Call second(cameras);
+    Call second(located.cameras);
     QVERIFY(second.end() && second.isOpen);
-    QCOMPARE(service.requests.size(), asked);
+    QCOMPARE(located.service.requests.size(), asked);
 }
 
 void TestLocatedTalk::findsAStreamThatMoved()
 {
     auto camera = std::make_unique<TestCamera>();
-    ScriptedCamera service;
-    setStream(service, camera->address());
-    OnvifCameras cameras(TalkProbe::withoutPresence(OnvifConfig()));
-    cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
+    Located located(camera->address());
     {
-        Call first(cameras);
+        Call first(located.cameras);
         QVERIFY(first.end() && first.isOpen);
     }
     camera = std::make_unique<TestCamera>();
-    setStream(service, camera->address());
-    Call second(cameras);
+    setStream(located.service, camera->address());
+    Call second(located.cameras);
     QVERIFY(second.end());
     QVERIFY2(second.isOpen, qPrintable(second.code));
     second.talk->close();
@@ -133,16 +140,13 @@ void TestLocatedTalk::findsAStreamThatMoved()
 void TestLocatedTalk::forgetsTheAddressOfAnotherRecord()
 {
     TestCamera camera;
-    ScriptedCamera service;
-    setStream(service, camera.address());
-    OnvifCameras cameras(TalkProbe::withoutPresence(OnvifConfig()));
-    cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
+    Located located(camera.address());
     {
-        Call first(cameras);
+        Call first(located.cameras);
         QVERIFY(first.end() && first.isOpen);
     }
-    cameras.setRecords({{"1", "Gate", onvifKind(), "127.0.0.1:" + closedPort()}});
-    Call second(cameras);
+    located.cameras.setRecords({{"1", "Gate", onvifKind(), "127.0.0.1:" + closedPort()}});
+    Call second(located.cameras);
     QVERIFY(second.end());
     QCOMPARE(second.code, ReturnCode::cameraOffline);
 }

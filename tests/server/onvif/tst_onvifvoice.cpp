@@ -53,13 +53,11 @@ void TestOnvifVoice::hears()
     // The camera hears at the rate at which it speaks.
     const QString back = codec == "l16" || rate == 16000 ? "l16" : rate == 48000 ? "l16-48" : "pcmu";
     TestCamera camera({"--codec", codec, "--back-codec", back, "--jitter", "20"});
-    CameraSettings settings;
-    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
     OnvifConfig config;
     if (codec.contains("g726")) {
         config.jitterBuffer = std::chrono::milliseconds(1000); // its encoder makes half a second at once
     }
-    TalkProbe probe(camera.address(), settings, QString(), QString(), config);
+    TalkProbe probe(camera.address(), TalkProbe::over(udp), QString(), QString(), config);
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(probe.say(25));
     QVERIFY(probe.close());
