@@ -88,7 +88,7 @@ QString ErrorMessages::of(const QString& code, const QString& detail)
     if (const Message* entry = find(code)) {
         return QCoreApplication::translate("ErrorMessages", entry->text);
     }
-    if (const QString words = shortened(detail); !words.isEmpty()) {
+    if (QString words = shortened(detail); !words.isEmpty()) {
         return words;
     }
     return code.isEmpty() ? QCoreApplication::translate("ErrorMessages", "the server refuses it")
