@@ -4,6 +4,9 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
 struct Message
@@ -63,17 +66,30 @@ const Message messages[] = {
     {&ReturnCode::fileRefused, QT_TRANSLATE_NOOP("ErrorMessages", "the server refuses the file")},
 };
 
+/** The entry of a code; null when it has none. */
+const Message* find(const QString& code)
+{
+    const auto* entry = std::find_if(std::begin(messages), std::end(messages),
+                                     [&](const Message& each) { return *each.code == code; });
+    return entry == std::end(messages) ? nullptr : entry;
+}
+
 } // namespace
+
+QString ErrorMessages::shortened(const QString& text)
+{
+    constexpr int longest = 200; // characters
+    const QString words = text.simplified();
+    return words.size() > longest ? words.left(longest) + QChar(0x2026) : words;
+}
 
 QString ErrorMessages::of(const QString& code, const QString& detail)
 {
-    for (const Message& entry : messages) {
-        if (code == *entry.code) {
-            return QCoreApplication::translate("ErrorMessages", entry.text);
-        }
+    if (const Message* entry = find(code)) {
+        return QCoreApplication::translate("ErrorMessages", entry->text);
     }
-    if (!detail.isEmpty()) {
-        return detail;
+    if (QString words = shortened(detail); !words.isEmpty()) {
+        return words;
     }
     return code.isEmpty() ? QCoreApplication::translate("ErrorMessages", "the server refuses it")
                           : QCoreApplication::translate("ErrorMessages", "error %1").arg(code);
@@ -81,13 +97,11 @@ QString ErrorMessages::of(const QString& code, const QString& detail)
 
 QString ErrorMessages::withDetail(const QString& code, const QString& detail)
 {
-    constexpr int longest = 200; // characters
-    QString words = detail.simplified();
-    if (words.size() > longest) {
-        words = words.left(longest) + QChar(0x2026);
+    const Message* entry = find(code);
+    const QString words = shortened(detail);
+    // The server's texts are English, so the same words may be here in another language.
+    if (words.isEmpty() || entry == nullptr || words == QLatin1String(entry->text)) {
+        return of(code, detail);
     }
-    const QString own = of(code, words);
-    return words.isEmpty() || own == words
-               ? own
-               : QCoreApplication::translate("ErrorMessages", "%1 (the server: %2)").arg(own, words);
+    return QCoreApplication::translate("ErrorMessages", "%1 (the server: %2)").arg(of(code), words);
 }

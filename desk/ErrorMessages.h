@@ -5,10 +5,13 @@
 /** The server's return codes in words for people. */
 namespace ErrorMessages {
 
-/** @param detail the server's own text, used for codes without words here; may be empty */
+/** Returns a text of the server in one line, cut after 200 characters. */
+QString shortened(const QString& text);
+
+/** @param detail the server's own text, used, shortened, for codes without words here; may be empty */
 QString of(const QString& code, const QString& detail = QString());
 
-/** Returns the words for a code together with the server's own text, of which a long one is cut. */
+/** Returns the words for a code together with the server's own text, shortened, where that says more. */
 QString withDetail(const QString& code, const QString& detail);
 
 } // namespace ErrorMessages

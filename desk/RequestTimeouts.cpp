@@ -61,7 +61,10 @@ void RequestTimeouts::replyArrived(const QString& /*command*/, const QString& re
     if (m_waiting.empty()) {
         m_timer.stop();
     }
-    dismiss(); // it does answer
+    // An answer to another request says nothing of the one that is late: a server may be half dead.
+    if (m_overdue.remove(request) && m_overdue.isEmpty()) {
+        Q_EMIT overdueChanged();
+    }
 }
 
 void RequestTimeouts::forget()
@@ -77,8 +80,8 @@ void RequestTimeouts::forget()
 
 void RequestTimeouts::dismiss()
 {
-    if (m_overdue) {
-        m_overdue = false;
+    if (isOverdue()) {
+        m_overdue.clear();
         Q_EMIT overdueChanged();
     }
 }
@@ -96,8 +99,13 @@ void RequestTimeouts::checkDue()
     if (overdue.empty()) {
         return;
     }
-    m_overdue = true;
-    Q_EMIT overdueChanged();
+    const bool wasOverdue = isOverdue();
+    for (const Waiting& waiting : overdue) {
+        m_overdue.insert(waiting.request);
+    }
+    if (!wasOverdue) {
+        Q_EMIT overdueChanged();
+    }
     for (const Waiting& waiting : overdue) {
         Q_EMIT timedOut(waiting.request);
     }

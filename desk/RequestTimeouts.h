@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QTimer>
 #include <QVariant>
@@ -15,7 +16,7 @@
 class RequestTimeouts : public QObject
 {
     Q_OBJECT
-    /** Whether some command waits for longer than it should. */
+    /** Whether some command waits for longer than it should, and the window has to say so. */
     Q_PROPERTY(bool overdue READ isOverdue NOTIFY overdueChanged)
 
 public:
@@ -23,7 +24,7 @@ public:
     explicit RequestTimeouts(int limit = 5000);
 
     /** Returns the property overdue. */
-    bool isOverdue() const { return m_overdue; }
+    bool isOverdue() const { return !m_overdue.isEmpty(); }
 
     /**
      * Sets how long a server may take to open a talk; the limit of all answers comes on top.
@@ -61,7 +62,7 @@ public Q_SLOTS:
     /** Gives up what was asked: after a loss of the connection nobody answers. */
     void forget();
 
-    /** Clears overdue, until another answer is late. */
+    /** Clears overdue, until the answer to another request is late. */
     void dismiss();
 
 Q_SIGNALS:
@@ -85,7 +86,7 @@ private:
     QElapsedTimer m_clock;
     QTimer m_timer; ///< Runs while something waits.
     std::vector<Waiting> m_waiting;
-    bool m_overdue = false;
+    QSet<quint64> m_overdue; ///< The requests that wait for longer than they should.
     quint64 m_lastSent = 0;
     bool m_lastAccepted = false;
     quint64 m_lastAnswered = 0;

@@ -1,6 +1,7 @@
 #include "desk/SpeakerTest.h"
 
 #include "client/PluginClient.h"
+#include "desk/ErrorMessages.h"
 #include "desk/RequestTimeouts.h"
 
 #include <utility>
@@ -60,5 +61,6 @@ void SpeakerTest::finish(bool success, const QString& error)
 {
     const int speaker = close();
     Q_EMIT tested(speaker, success,
-                  success ? tr("The speaker answers.") : tr("The speaker does not answer: %1").arg(error));
+                  success ? tr("The speaker answers.")
+                          : tr("The speaker does not answer: %1").arg(ErrorMessages::shortened(error)));
 }

@@ -3,6 +3,7 @@
 #include "client/PluginClient.h"
 #include "desk/ErrorMessages.h"
 #include "desk/RequestTimeouts.h"
+#include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 
 #include <algorithm>
@@ -245,7 +246,7 @@ void TalkControl::keepCapturing()
 QString TalkControl::refusalOf(const QString& name) const
 {
     return tr("%1 cannot be talked to: %2")
-        .arg(name, ErrorMessages::of(m_watch.errorCode(), m_watch.errorText()));
+        .arg(name, ErrorMessages::withDetail(m_watch.errorCode(), m_watch.errorText()));
 }
 
 /** Ends the talk with a device that answers after it was given up: it must not hear what others are told.
@@ -277,7 +278,9 @@ void TalkControl::startTalkResponse(bool success)
     const QString name = target != nullptr ? target->name : QString();
     answered(key, success);
     if (!success) {
-        report(refusalOf(name), tr("Check the camera's power and network, or choose another one."));
+        report(refusalOf(name), m_watch.errorCode() == ReturnCode::cameraBusy
+                                    ? tr("Press Talk again later, or choose another one.")
+                                    : tr("Check the camera's power and network, or choose another one."));
         return;
     }
     askSpeakers();
@@ -303,7 +306,8 @@ void TalkControl::startTalkToIPAudioResponse(bool success, const QString& error,
     answered(key, success);
     if (!success) {
         report(
-            tr("%1 cannot be talked to: %2").arg(name, error.isEmpty() ? tr("the server refuses it") : error),
+            tr("%1 cannot be talked to: %2")
+                .arg(name, error.isEmpty() ? tr("the server refuses it") : ErrorMessages::shortened(error)),
             m_partners.isEmpty() && m_asked.empty()
                 ? tr("Check the speaker's power and network, or choose another one.")
                 : tr("The talk goes on with the others."));
@@ -338,7 +342,7 @@ void TalkControl::targetLost(const QVariantMap& fields)
     m_targets.setState(key, TargetModel::Failed);
     Q_EMIT partnersChanged();
     const TargetModel::Target* target = m_targets.find(key);
-    const QString error = fields.value(Vocabulary::error).toString();
+    const QString error = ErrorMessages::shortened(fields.value(Vocabulary::error).toString());
     const QString name = target != nullptr ? target->name : key.section(QLatin1Char(':'), 1);
     report(error.isEmpty() ? tr("%1 was lost.").arg(name) : tr("%1 was lost: %2").arg(name, error),
            tr("The talk goes on with the others."));

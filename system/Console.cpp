@@ -4,7 +4,10 @@
 #include <io.h>
 #include <windows.h>
 #else
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 #endif
@@ -78,11 +81,88 @@ bool isTerminal(std::FILE* stream)
 namespace {
 
 volatile std::sig_atomic_t caughtSignal = 0;
+volatile std::sig_atomic_t signalPipe = -1; ///< The end that is written to.
 
 extern "C" void catchSignal(int signal)
 {
+    const int before = errno;
     caughtSignal = signal;
+    [[maybe_unused]] const auto written = write(signalPipe, "", 1);
+    errno = before;
 }
+
+/**
+ * Catches the signals that end a program: they must not leave a terminal that shows nothing any more. A
+ * thread that waits for input is woken by a pipe, as the signal may come to another thread, or before the
+ * wait begins. One at a time.
+ */
+class SignalCatch
+{
+public:
+    SignalCatch()
+    {
+        if (pipe(m_pipe.data()) == 0) {
+            for (const int end : m_pipe) {
+                fcntl(end, F_SETFD, FD_CLOEXEC);
+                fcntl(end, F_SETFL, O_NONBLOCK);
+            }
+        }
+        caughtSignal = 0;
+        signalPipe = m_pipe[1];
+        for (std::size_t i = 0; i < signals.size(); ++i) {
+            struct sigaction caught
+            {
+            };
+            caught.sa_handler = catchSignal;
+            sigaction(signals[i], nullptr, &m_before[i]);
+            if (m_before[i].sa_handler != SIG_IGN) { // as under nohup
+                sigaction(signals[i], &caught, nullptr);
+            }
+        }
+    }
+
+    ~SignalCatch()
+    {
+        for (std::size_t i = 0; i < signals.size(); ++i) {
+            sigaction(signals[i], &m_before[i], nullptr);
+        }
+        for (const int end : m_pipe) {
+            close(end);
+        }
+    }
+    SignalCatch(const SignalCatch&) = delete;
+    SignalCatch& operator=(const SignalCatch&) = delete;
+
+    /** Waits for a line of standard input. Returns it without its end, unless a signal or its end comes
+     * first. */
+    std::optional<QString> readLine() const
+    {
+        QByteArray line;
+        while (!line.endsWith('\n') && line.size() < static_cast<int>(maxPassword)) {
+            std::array<pollfd, 2> ready{{{STDIN_FILENO, POLLIN, 0}, {m_pipe[0], POLLIN, 0}}};
+            const int count = poll(ready.data(), ready.size(), -1);
+            if (caughtSignal != 0) {
+                return std::nullopt;
+            }
+            if (count < 0 && errno == EINTR) {
+                continue; // a signal that is none of these
+            }
+            std::array<char, maxPassword> typed{};
+            const auto length = read(STDIN_FILENO, typed.data(), typed.size());
+            if (length <= 0) {
+                return std::nullopt;
+            }
+            line.append(typed.data(), static_cast<int>(length));
+        }
+        return withoutLineEnd(QString::fromLocal8Bit(line));
+    }
+
+private:
+    static constexpr std::array<int, 4> signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
+    std::array<int, 2> m_pipe{-1, -1};
+    std::array<struct sigaction, signals.size()> m_before{};
+};
 
 } // namespace
 
@@ -92,29 +172,21 @@ std::optional<QString> readPassword(const char* prompt)
     if (tcgetattr(STDIN_FILENO, &before) != 0) {
         return std::nullopt;
     }
-    std::fputs(prompt, stderr);
-    termios silent = before;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
-    // Ctrl-C must not leave a terminal that shows nothing any more.
-    caughtSignal = 0;
-    struct sigaction interrupted
+    std::optional<QString> password;
     {
-    };
-    interrupted.sa_handler = catchSignal; // without SA_RESTART: the reading ends
-    struct sigaction handlerBefore
-    {
-    };
-    sigaction(SIGINT, &interrupted, &handlerBefore);
-    std::array<char, maxPassword> typed{};
-    const bool read = std::fgets(typed.data(), static_cast<int>(typed.size()), stdin) != nullptr;
-    sigaction(SIGINT, &handlerBefore, nullptr);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
-    std::fputs("\n", stderr);
-    if (caughtSignal != 0) {
-        std::raise(caughtSignal);
+        const SignalCatch signals;
+        termios silent = before;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+        std::fputs(prompt, stderr); // what is typed before is discarded
+        password = signals.readLine();
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
+        std::fputs("\n", stderr);
     }
-    return read ? std::optional(withoutLineEnd(QString::fromLocal8Bit(typed.data()))) : std::nullopt;
+    if (caughtSignal != 0) {
+        std::raise(caughtSignal); // to whom it is for
+    }
+    return password;
 }
 
 #endif

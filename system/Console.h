@@ -25,10 +25,12 @@ private:
 bool isTerminal(std::FILE* stream);
 
 /**
- * Asks for a password at the terminal, which does not show what is typed.
+ * Asks for a password at the terminal, which does not show what is typed. A signal that ends programs
+ * (Ctrl-C, SIGTERM, a terminal that is closed) ends the question: the terminal is as it was before when the
+ * program gets the signal.
  *
  * @param prompt written to stderr first
- * @return empty when standard input is no terminal, or ends
+ * @return empty when standard input is no terminal, or ends, and after a signal that the program survives
  */
 std::optional<QString> readPassword(const char* prompt);
 

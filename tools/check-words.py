@@ -57,6 +57,7 @@ EXCEPTIONS = {
     "tests/host/ending_host.cpp": (None, "a host that has nothing of ours but the plug-in's contract"),
     "tests/plugin/PluginFixture.h": (None, "what the plug-in has to send and read, letter by letter"),
     "tests/plugin/RecordsFixture.h": (None, "what the plug-in has to send and read, letter by letter"),
+    "tests/server/onvif/TestCameraOptions.h": (("password", "port", "transport"), "options of a command line"),
     "tests/server/onvif/test_camera.cpp": (("0", "password", "port", "transport"), "options of its command line"),
     "tests/support/VirtualDisplay.cpp": (("0",), "a number of a screen"),
     "tools/check-words.py": (None, "this list"),

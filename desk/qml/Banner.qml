@@ -47,7 +47,7 @@ Rectangle {
             width: parent.width
             text: root.title
             wrapMode: Text.Wrap
-            maximumLineCount: root.detail === "" ? 3 : 1
+            maximumLineCount: root.detail === "" ? 3 : 2
             elide: Text.ElideRight
             color: root.textColor
             font { pixelSize: Theme.textSize; weight: Font.DemiBold }
@@ -58,7 +58,7 @@ Rectangle {
             visible: text !== ""
             text: root.detail
             wrapMode: Text.Wrap
-            maximumLineCount: 2
+            maximumLineCount: title.lineCount > 1 ? 1 : 2
             elide: Text.ElideRight
             color: root.textColor
             font.pixelSize: Theme.smallSize

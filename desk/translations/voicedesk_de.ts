@@ -575,7 +575,7 @@
     </message>
     <message>
         <source>the camera is busy with others</source>
-        <translation>die Kamera ist mit anderen beschäftigt</translation>
+        <translation>die Kamera ist belegt</translation>
     </message>
     <message>
         <source>the camera did not answer in time</source>
@@ -1602,6 +1602,10 @@
     <message>
         <source>Check the camera&apos;s power and network, or choose another one.</source>
         <translation>Strom und Netz der Kamera prüfen oder eine andere wählen.</translation>
+    </message>
+    <message>
+        <source>Press Talk again later, or choose another one.</source>
+        <translation>Später wieder auf Sprechen drücken oder eine andere wählen.</translation>
     </message>
     <message>
         <source>the server refuses it</source>

@@ -54,18 +54,27 @@ QVariantList valuesOf(const CameraRecord& record, const PasswordCipher& secrets)
             CameraSettingsRecord::toText(record.settings)};
 }
 
-/** Takes the login out of an address, which is shown and logged. Returns whether there was one. */
-bool takeLogin(CameraRecord& record)
+/** What an address has before its host. */
+struct AddressLogin
 {
-    QUrl url(record.address, QUrl::StrictMode);
-    const bool found = url.isValid() && !url.userInfo().isEmpty();
-    if (found) {
-        record.username = url.userName(QUrl::FullyDecoded);
-        record.password = url.password(QUrl::FullyDecoded);
-        url.setUserInfo(QString());
-        record.address = url.toString(QUrl::FullyEncoded);
+    QString username;
+    std::optional<QString> password; ///< Absent without a colon; RFC 3986, clause 3.2.1.
+};
+
+/** Takes the login, if there is one, out of an address, which is shown and logged. */
+std::optional<AddressLogin> takeLogin(QString& address)
+{
+    QUrl url(address, QUrl::StrictMode);
+    if (!url.isValid() || url.userInfo().isEmpty()) {
+        return std::nullopt;
     }
-    return found;
+    AddressLogin login{url.userName(QUrl::FullyDecoded), std::nullopt};
+    if (url.userInfo(QUrl::FullyEncoded).contains(QLatin1Char(':'))) {
+        login.password = url.password(QUrl::FullyDecoded);
+    }
+    url.setUserInfo(QString());
+    address = url.toString(QUrl::FullyEncoded);
+    return login;
 }
 
 /** The id of a camera of the records, in the one form that they have; empty for anything else. */
@@ -148,8 +157,13 @@ std::optional<ServerReply> CameraStore::complete(const QVariantMap& fields, Came
     take(Words::camKind, record.kind);
     const QString addressBefore = record.address;
     take(Words::camAddress, record.address);
-    if (!takeLogin(record) && !sameHost(addressBefore, record.address)) {
-        record.password.clear();
+    const auto login = takeLogin(record.address);
+    if (!sameHost(addressBefore, record.address) || (login && login->username != record.username)) {
+        record.password.clear(); // it was given for another host, or another user
+    }
+    if (login) {
+        record.username = login->username;
+        record.password = login->password.value_or(record.password);
     }
     take(Vocabulary::username, record.username);
     take(Vocabulary::password, record.password);
@@ -259,10 +273,9 @@ std::optional<CameraRecord> CameraStore::cameraToAsk(const QVariantMap& payload,
          {std::pair(Words::camKind, before.kind), std::pair(Words::camAddress, before.address)}) {
         fields.insert(key, fields.value(key, value));
     }
-    CameraRecord wanted;
-    wanted.address = textOf(fields, Words::camAddress);
+    QString wanted = textOf(fields, Words::camAddress);
     takeLogin(wanted);
-    if (wanted.address != before.address || textOf(fields, Words::camKind) != before.kind) {
+    if (wanted != before.address || textOf(fields, Words::camKind) != before.kind) {
         before.username.clear(); // the stored login is for the stored address
         before.password.clear();
     }

@@ -45,7 +45,7 @@ public:
      * Changes a camera.
      *
      * @param payload a record; the fields and settings that it lacks stay as they are, but for the password
-     * when the address changes to another host
+     * when the address changes to another host, or names another user
      * @return the stored record, noSuchCamera, or an error of add; a refusal has a map of "camId" with it,
      * but storageFailed once the record was checked
      */

@@ -59,8 +59,7 @@ std::optional<ServerReply> TalkService::startTalk(ServerSession& session, const 
             continue;
         }
         if (!camera->online && !camera->isTried) {
-            return refusal(ReturnCode::cameraOffline,
-                           QStringLiteral("camera \"%1\" is offline").arg(camera->name));
+            return refusal(ReturnCode::cameraOffline, QStringLiteral("the camera is offline"));
         }
         const ServerSession* other = camera->isExclusive ? otherThatTalks(camId, session) : nullptr;
         if (other != nullptr) {

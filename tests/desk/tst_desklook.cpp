@@ -339,7 +339,7 @@ void TestDeskLook::noticesAreNotCut()
 {
     QFETCH(QString, language);
     QFETCH(QString, theme);
-    const SilentServer server;
+    SilentServer server;
     WindowFixture desk([&server](ClientOptions& options) {
         server.applyTo(options);
         options.timeout = 200;
@@ -363,6 +363,11 @@ void TestDeskLook::noticesAreNotCut()
     desk.desk().talk()->start();
     QTRY_COMPARE_WITH_TIMEOUT(desk.desk().talk()->phase(), TalkControl::Idle, 10000);
     look("no-answer");
+    server.answer("StartTalk",
+                  refusal(ReturnCode::cameraBusy, "camera \"Front gate\" is in a talk with anna"));
+    desk.desk().talk()->start();
+    QTRY_VERIFY(desk.desk().talk()->problem().contains("in a talk with anna"));
+    look("refused");
     desk.desk().connection()->useRemote("ws://127.0.0.1:1", "anna", "secret", QString());
     QTRY_COMPARE(desk.desk().connection()->state(), DeskConnection::Reconnecting);
     look("connection");

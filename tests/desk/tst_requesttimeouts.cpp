@@ -4,6 +4,7 @@
 
 #include <QSignalSpy>
 #include <QTest>
+#include <QTranslator>
 
 class TestRequestTimeouts : public QObject
 {
@@ -12,11 +13,12 @@ class TestRequestTimeouts : public QObject
 private Q_SLOTS:
     void answeredInTime();
     void unanswered();
-    void anAnswerPutsTheBannerAway();
+    void theLateAnswerPutsTheBannerAway();
     void whatIsNotWatched();
     void lossOfTheConnection();
     void lastOnes();
     void wordsForEveryCode();
+    void sameWordsInAnotherLanguage();
 };
 
 void TestRequestTimeouts::answeredInTime()
@@ -45,12 +47,32 @@ void TestRequestTimeouts::unanswered()
     QVERIFY(!watch.isOverdue());
 }
 
-void TestRequestTimeouts::anAnswerPutsTheBannerAway()
+void TestRequestTimeouts::theLateAnswerPutsTheBannerAway()
 {
     RequestTimeouts watch(50);
+    QSignalSpy timedOut(&watch, &RequestTimeouts::timedOut);
+    QSignalSpy changed(&watch, &RequestTimeouts::overdueChanged);
     watch.commandSent("AddIPAudio", QVariant(), true, 1);
-    QTRY_VERIFY(watch.isOverdue());
+    watch.commandSent("DeleteIPAudio", QVariant(), true, 2);
+    QTRY_COMPARE(timedOut.size(), 2);
+    QVERIFY(watch.isOverdue());
+    watch.replyArrived("GetCameraPicture", "0", QString(), 3); // each second
+    QVERIFY(watch.isOverdue());
     watch.replyArrived("AddIPAudio", "0", QString(), 1);
+    QVERIFY(watch.isOverdue()); // the other one still is
+    QCOMPARE(changed.size(), 1);
+    watch.replyArrived("DeleteIPAudio", "401", QString(), 2);
+    QVERIFY(!watch.isOverdue());
+    QCOMPARE(changed.size(), 2);
+    // What was closed by hand stays closed, whoever else is late comes back.
+    watch.commandSent("AddIPAudio", QVariant(), true, 4);
+    QTRY_VERIFY(watch.isOverdue());
+    watch.dismiss();
+    watch.replyArrived("AddIPAudio", "0", QString(), 4);
+    QCOMPARE(changed.size(), 4);
+    watch.commandSent("AddIPAudio", QVariant(), true, 5);
+    QTRY_VERIFY(watch.isOverdue());
+    watch.forget();
     QVERIFY(!watch.isOverdue());
 }
 
@@ -115,6 +137,29 @@ void TestRequestTimeouts::wordsForEveryCode()
     QCOMPARE(ErrorMessages::of("999"), QString("error 999"));
     QCOMPARE(ErrorMessages::of(""), QString("the server refuses it"));
     QCOMPARE(ErrorMessages::of("", "no"), QString("no"));
+    QCOMPARE(ErrorMessages::withDetail("209", "anna talks"),
+             QString("the camera is busy with others (the server: anna talks)"));
+    QCOMPARE(ErrorMessages::withDetail("209", " "), QString("the camera is busy with others"));
+    QCOMPARE(ErrorMessages::withDetail("999", "the cat is out"), QString("the cat is out"));
+}
+
+/** The server speaks English. */
+void TestRequestTimeouts::sameWordsInAnotherLanguage()
+{
+    class German : public QTranslator
+    {
+    public:
+        QString translate(const char* /*context*/, const char* source, const char* /*comment*/,
+                          int /*number*/) const override
+        {
+            return QString::fromUtf8(source).startsWith("the ") ? QStringLiteral("auf Deutsch") : QString();
+        }
+        bool isEmpty() const override { return false; }
+    };
+    German german;
+    QVERIFY(QCoreApplication::installTranslator(&german));
+    QCOMPARE(ErrorMessages::withDetail("202", "the camera is offline"), QString("auf Deutsch"));
+    QCOMPARE(ErrorMessages::withDetail("202", "no route"), QString("auf Deutsch (the server: no route)"));
 }
 
 QTEST_GUILESS_MAIN(TestRequestTimeouts)

@@ -12,6 +12,7 @@ class TestTalkControl : public TalkTest
 private Q_SLOTS:
     void cameraTalk();
     void refusedCamera();
+    void refusalInTheServersWords();
     void noMicrophone();
     void refusedByTheLink();
     void noConnection();
@@ -66,6 +67,39 @@ void TestTalkControl::refusedCamera()
     QCOMPARE(state("camera:gate"), TargetModel::Failed);
     m_talk->dismissProblem();
     QVERIFY(m_talk->problem().isEmpty());
+}
+
+/** Who talks, and what the camera says, only the server knows. */
+void TestTalkControl::refusalInTheServersWords()
+{
+    const auto refuse = [&](const QString& code, const QString& text) {
+        m_targets->chooseOnly("camera:gate");
+        m_talk->start();
+        m_link->answer("StartTalk", QVariant(), code, text);
+        QCOMPARE(m_talk->phase(), TalkControl::Idle);
+    };
+    refuse("209", "camera \"Gate\" is in a talk with anna");
+    QCOMPARE(
+        m_talk->problem(),
+        QString("Gate cannot be talked to: the camera is busy with others (the server: camera \"Gate\" is "
+                "in a talk with anna)"));
+    QVERIFY(!m_talk->advice().contains("power"));
+    refuse("211", " none of its\nprofiles " + QString(100000, 'x'));
+    QVERIFY(m_talk->problem().contains("(the server: none of its profiles xxx"));
+    QVERIFY(m_talk->problem().size() < 300);
+    refuse("999", QString(100000, 'x')); // no words of our own
+    QVERIFY(m_talk->problem().size() < 300);
+
+    m_targets->chooseOnly("speaker:1");
+    m_targets->choose("speaker:2", true);
+    m_talk->start();
+    answerSpeaker(1);
+    answerSpeaker(2, QString(100000, 'x'));
+    QVERIFY(m_talk->problem().startsWith("Speaker 2 cannot be talked to: xxx"));
+    QVERIFY(m_talk->problem().size() < 300);
+    m_talk->targetLost({{"Token", "t1"}, {"deviceID", 1}, {"error", QString(100000, 'y')}});
+    QVERIFY(m_talk->problem().startsWith("Speaker 1 was lost: yyy"));
+    QVERIFY(m_talk->problem().size() < 300);
 }
 
 void TestTalkControl::noMicrophone()

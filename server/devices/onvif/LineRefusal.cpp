@@ -89,7 +89,7 @@ std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice
 
 bool LineRefusal::isOfMethod(GstMessage* error)
 {
-    // 405 and 501 never come here: rtspsrc takes them for consent.
+    // 405 and 501 come here as 455, see RtspAnswers.
     const int status = RtspFailure(error).status;
     return status == badRequest || status == methodNotValid || status == aggregateNotAllowed;
 }
@@ -101,6 +101,12 @@ LineRefusal LineRefusal::other(GstMessage* error)
             QStringLiteral("the camera refuses the talk: %1")
                 .arg(failure.status != 0 ? QStringLiteral("RTSP status %1").arg(failure.status)
                                          : QString::fromUtf8(failure.error->message))};
+}
+
+LineRefusal LineRefusal::noMethod()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera refuses the talk: it takes neither PLAY nor RECORD")};
 }
 
 LineRefusal LineRefusal::untrusted()

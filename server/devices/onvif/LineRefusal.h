@@ -24,6 +24,9 @@ struct LineRefusal
     /** Returns what is left when nothing better is known than an error message of rtspsrc. */
     static LineRefusal other(GstMessage* error);
 
+    /** The camera takes no method that opens a talk. */
+    static LineRefusal noMethod();
+
     /** The camera's certificate is signed by nobody whom this machine trusts. */
     static LineRefusal untrusted();
 

@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr std::size_t maxLines = 200;
 constexpr std::chrono::seconds patience{5}; // at the end of the server
 constexpr std::chrono::milliseconds step{5};
 
@@ -32,11 +31,18 @@ LineThreads::~LineThreads()
 bool LineThreads::hasRoom()
 {
     joinEnded();
-    return m_running.size() < maxLines;
+    m_reserved.remove_if([](const auto& each) { return each.expired(); });
+    return m_running.size() + m_reserved.size() < m_maxLines;
+}
+
+void LineThreads::reserve(const std::shared_ptr<OnvifLine>& line)
+{
+    m_reserved.push_back(line);
 }
 
 void LineThreads::start(const std::shared_ptr<OnvifLine>& line)
 {
+    m_reserved.remove_if([&](const auto& each) { return each.lock() == line; });
     m_running.push_back({line, std::thread([line] { line->run(); })});
 }
 

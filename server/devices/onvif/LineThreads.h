@@ -10,7 +10,8 @@
 class LineThreads
 {
 public:
-    LineThreads() = default;
+    /** @param maxLines that exist at a time */
+    explicit LineThreads(std::size_t maxLines = 200) : m_maxLines(maxLines) {}
 
     /** Closes all lines and waits for them, but not without limit. */
     ~LineThreads();
@@ -20,7 +21,10 @@ public:
     /** Whether one more line may be started: each has a dozen threads. */
     bool hasRoom();
 
-    /** Runs a line to its end. */
+    /** Keeps room for a line, as long as it exists, until it is started. */
+    void reserve(const std::shared_ptr<OnvifLine>& line);
+
+    /** Runs a line to its end, for which there is room. */
     void start(const std::shared_ptr<OnvifLine>& line);
 
 private:
@@ -32,5 +36,7 @@ private:
 
     void joinEnded();
 
+    std::size_t m_maxLines;
+    std::list<std::weak_ptr<OnvifLine>> m_reserved;
     std::list<Running> m_running;
 };

@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -14,8 +15,7 @@ using std::chrono::duration_cast;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-constexpr milliseconds step{50};                 // between two looks at the watchdog
-constexpr milliseconds maxSilenceOfRecord{1000}; // of a camera that records
+constexpr milliseconds step{50}; // between two looks at the watchdog
 constexpr int dscpShift = 2;
 
 std::int64_t steadyMicroseconds()
@@ -76,7 +76,6 @@ void OnvifLine::say(std::uint32_t position, const QByteArray& muLaw)
 /** On a thread of GStreamer. */
 void OnvifLine::sessionIsAlive()
 {
-    m_hasShownLife = true;
     m_watchdog.alive(Clock::now());
 }
 
@@ -159,7 +158,9 @@ void OnvifLine::watch()
             handle(message.get());
         }
         const auto now = Clock::now();
-        watchOpening(now);
+        if (m_state == State::Opening && now >= m_deadline) {
+            refuse({ReturnCode::cameraTimedOut, QStringLiteral("the camera did not answer in time")});
+        }
         if (m_state == State::Settling && now >= m_deadline) {
             m_state = State::Open;
             report([](LineListener& listener) { listener.lineOpened(); });
@@ -167,25 +168,6 @@ void OnvifLine::watch()
         if (m_state == State::Open || m_state == State::Settling) {
             watchOpen(now);
         }
-    }
-}
-
-/**
- * A session that records counts as open when the camera sends something: rtspsrc reports a method that the
- * camera does not know as a success.
- */
-void OnvifLine::watchOpening(Clock::time_point now)
-{
-    if (m_state != State::Opening) {
-        return;
-    }
-    if (m_plays && (!m_hasTriedToRecord || m_hasShownLife)) {
-        open();
-    } else if (m_plays && now >= m_lifeDeadline) {
-        refuse({ReturnCode::talkRefused,
-                QStringLiteral("the camera refuses the talk: it takes neither PLAY nor RECORD")});
-    } else if (now >= m_deadline) {
-        refuse({ReturnCode::cameraTimedOut, QStringLiteral("the camera did not answer in time")});
     }
 }
 
@@ -219,8 +201,7 @@ void OnvifLine::handle(GstMessage* message)
         // Before this rtspsrc swallows packets and calls it a success.
         if (type == GST_PROGRESS_TYPE_COMPLETE && std::strcmp(code, "request") == 0 &&
             m_state == State::Opening) {
-            m_plays = true;
-            m_lifeDeadline = Clock::now() + maxSilenceOfRecord;
+            open();
         }
         break;
     }
@@ -259,8 +240,11 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::elsewhere());
         return;
     }
-    if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message) && !m_hasTriedToRecord) {
-        m_hasTriedToRecord = true;
+    if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message)) {
+        if (std::exchange(m_hasTriedToRecord, true)) {
+            refuse(LineRefusal::noMethod());
+            return;
+        }
         takeDown();
         if (startSession(RtspSession::Way::Record)) {
             return;

@@ -89,7 +89,6 @@ private:
     bool startSession(RtspSession::Way way);
     void takeDown();
     void watch();
-    void watchOpening(Clock::time_point now);
     void watchOpen(Clock::time_point now);
     void handle(GstMessage* message);
     void handleError(GstMessage* message);
@@ -118,15 +117,12 @@ private:
     State m_state = State::Opening;
     Clock::time_point m_deadline; ///< For the line to open, or to be ready.
     LineWatchdog m_watchdog;
-    bool m_plays = false;             ///< The session does.
-    bool m_hasTriedToRecord = false;  ///< The camera refused to PLAY.
-    Clock::time_point m_lifeDeadline; ///< For a session that records to show that the camera takes part.
+    bool m_hasTriedToRecord = false; ///< The camera refused to PLAY.
 
     std::mutex m_streams; ///< Guards what other threads use, too.
     std::unique_ptr<TalkSender> m_sender;
     std::unique_ptr<TalkRecorder> m_recorder; ///< Null when no talks are kept.
 
-    std::atomic<bool> m_hasShownLife{false}; ///< The camera has sent something.
     std::atomic<bool> m_closing{false};
     std::atomic<bool> m_ended{false};
 };

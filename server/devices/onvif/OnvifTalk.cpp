@@ -31,6 +31,7 @@ OnvifTalk::OnvifTalk(const CameraRecord& camera, const OnvifConfig& config, Line
       m_lastLoud(std::chrono::steady_clock::time_point())
 {
     connect(this, &OnvifTalk::cameraIsSilent, this, &OnvifTalk::ask, Qt::QueuedConnection);
+    threads.reserve(m_line); // others may ask in the same turn of the event loop
     // Not before the caller has connected to the signals: a line may be refused at once, on its own thread.
     QMetaObject::invokeMethod(
         this, [this, &threads] { threads.start(m_line); }, Qt::QueuedConnection);

@@ -2,6 +2,7 @@
 
 #include "server/devices/onvif/HandOver.h"
 #include "server/devices/onvif/RtpSample.h"
+#include "server/devices/onvif/RtspAnswers.h"
 
 #include <gst/app/gstappsink.h>
 
@@ -21,7 +22,10 @@ constexpr int maxWaitingPackets = 50;       // of the camera's voice; older ones
 void initGStreamer()
 {
     static std::once_flag once;
-    std::call_once(once, [] { gst_init(nullptr, nullptr); });
+    std::call_once(once, [] {
+        gst_init(nullptr, nullptr);
+        RtspAnswers::install();
+    });
 }
 
 template<class Duration>

@@ -37,6 +37,14 @@ struct TalkProbe
         QObject::connect(talk.get(), &DeviceTalk::closed, &context, [this] { isClosed = true; });
     }
 
+    /** Settings for a transport. */
+    static CameraSettings over(bool udp)
+    {
+        CameraSettings settings;
+        settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
+        return settings;
+    }
+
     /** Else the camera has connections that are not of the talk. */
     static OnvifConfig withoutPresence(OnvifConfig config)
     {

@@ -16,6 +16,8 @@
 //   option               an OPTIONS request
 //   describe             a DESCRIBE request
 
+#include "tests/server/onvif/TestCameraOptions.h"
+
 #include <gst/app/gstappsink.h>
 #include <gst/app/gstappsrc.h>
 #include <gst/gst.h>
@@ -27,12 +29,16 @@
 #include <gst/rtsp-server/rtsp-onvif-media.h>
 #include <gst/rtsp-server/rtsp-onvif-server.h>
 
+#include <glib-unix.h>
 #include <netinet/in.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -60,6 +66,12 @@ struct CameraCodec
     std::string caps;   // what the description says of the backchannel; all fields fixed
 };
 
+CameraCodec l16(int rate)
+{
+    return {rate, 98, "audioconvert ! rtpL16pay", "rtpL16depay ! audioconvert",
+            "encoding-name=L16,encoding-params=(string)1,channels=1"};
+}
+
 CameraCodec aac(int rate, const char* config)
 {
     return {rate, 97, "audioconvert ! avenc_aac bitrate=32000 ! aacparse ! rtpmp4gpay",
@@ -75,7 +87,7 @@ CameraCodec g726(int kilobits, int payloadType, bool aal2)
 {
     const std::string rate = std::to_string(kilobits);
     const std::string order = aal2 ? "true" : "false";
-    return {8000, payloadType, "avenc_g726 bitrate=" + rate + "000 ! rtpg726pay force-aal2=" + order,
+    return {8000, payloadType, "avenc_g726 bitrate=" + rate + "000 ! rtpg726pay force-aal2=false",
             "rtpg726depay force-aal2=" + order + " ! avdec_g726",
             std::string("encoding-name=") + (aal2 ? "AAL2-G726-" : "G726-") + rate};
 }
@@ -85,9 +97,8 @@ const std::map<std::string, CameraCodec>& codecs()
     static const std::map<std::string, CameraCodec> all{
         {"pcmu", {8000, 0, "mulawenc ! rtppcmupay", "rtppcmudepay ! mulawdec", "encoding-name=PCMU"}},
         {"pcma", {8000, 8, "alawenc ! rtppcmapay", "rtppcmadepay ! alawdec", "encoding-name=PCMA"}},
-        {"l16",
-         {16000, 98, "audioconvert ! rtpL16pay", "rtpL16depay ! audioconvert",
-          "encoding-name=L16,encoding-params=(string)1,channels=1"}},
+        {"l16", l16(16000)},
+        {"l16-48", l16(48000)},
         {"g726-16", g726(16, 111, false)},
         {"g726-32", g726(32, 113, false)},
         {"aal2-g726-24", g726(24, 112, true)},
@@ -100,22 +111,7 @@ const std::map<std::string, CameraCodec>& codecs()
     return all;
 }
 
-struct Options
-{
-    std::map<std::string, std::string> values;
-    bool has(const char* name) const { return values.count(name) != 0; }
-    std::string text(const char* name, const char* fallback = "") const
-    {
-        const auto found = values.find(name);
-        return found == values.end() ? fallback : found->second;
-    }
-    int number(const char* name, int fallback = 0) const
-    {
-        return has(name) ? std::atoi(text(name).c_str()) : fallback;
-    }
-};
-
-Options options;
+TestCameraOptions options;
 std::atomic<int> talks{0};
 std::atomic<int> clients{0};
 
@@ -323,13 +319,16 @@ std::string voiceLaunch()
     const bool frames = codec.rate != 8000 || options.text("codec", "pcmu").rfind("aac", 0) == 0;
     // What was made before PLAY is not sent late; libavcodec's encoders take up to half a second at once.
     const bool slow = codec.encode.find("avenc") != std::string::npos;
+    // Only when it is asked for them by their name, the payloader describes AAL2's packets by it.
+    const bool isAal2 = codec.caps.find("AAL2") != std::string::npos;
     return "( appsrc name=voice is-live=true do-timestamp=true format=time leaky-type=downstream "
            "max-buffers=" +
            std::string(slow ? "30" : "3") +
            " caps=audio/x-raw,format=S16LE,layout=interleaved,rate=" + std::to_string(codec.rate) +
-           ",channels=1 ! audioconvert ! " + codec.encode +
-           " name=pay0 pt=" + std::to_string(codec.payloadType) +
-           (frames ? "" : " min-ptime=20000000 max-ptime=20000000") + " )";
+           ",channels=1 ! audioconvert ! " + codec.encode + (isAal2 ? " " : " name=pay0 ") +
+           "pt=" + std::to_string(codec.payloadType) +
+           (frames ? "" : " min-ptime=20000000 max-ptime=20000000") +
+           (isAal2 ? " ! capsfilter name=pay0 caps=application/x-rtp," + codec.caps : "") + " )";
 }
 
 std::string backLaunch()
@@ -433,15 +432,36 @@ void onMedia(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer)
     gst_object_unref(element);
 }
 
+/** Ends the camera with its standard input: with the test that started it, however that ends. */
+gboolean onInput(gint descriptor, GIOCondition, gpointer loop)
+{
+    char ignored[64];
+    if (read(descriptor, ignored, sizeof(ignored)) > 0) {
+        return G_SOURCE_CONTINUE;
+    }
+    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+    return G_SOURCE_REMOVE;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    for (int i = 1; i < argc; ++i) {
-        const std::string name = argv[i] + (std::strncmp(argv[i], "--", 2) == 0 ? 2 : 0);
-        const bool hasValue = i + 1 < argc && std::strncmp(argv[i + 1], "--", 2) != 0;
-        options.values[name] = hasValue ? argv[++i] : "";
+    std::string problem = options.parse(argc, argv);
+    for (const char* name : {"codec", "back-codec"}) {
+        if (problem.empty() && options.has(name) && codecs().count(options.text(name)) == 0) {
+            problem = "unknown codec: " + options.text(name);
+        }
     }
+    if (!problem.empty()) {
+        std::fprintf(stderr, "%s\n", problem.c_str());
+        return 1;
+    }
+    if (options.has("help")) {
+        TestCameraOptions::printUsage();
+        return 0;
+    }
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // one that a test has stopped reads no end of its input
     gst_init(nullptr, nullptr);
     const bool hides = options.has("hides-backchannel");
     GstRTSPServer* server = hides ? gst_rtsp_server_new() : gst_rtsp_onvif_server_new();
@@ -476,6 +496,9 @@ int main(int argc, char** argv)
         return 1;
     }
     report("ready %d", gst_rtsp_server_get_bound_port(server));
-    g_main_loop_run(g_main_loop_new(nullptr, FALSE));
-    return 0;
+    GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
+    g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR), &onInput, loop);
+    g_main_loop_run(loop);
+    std::fflush(stdout);
+    _exit(0); // as if it were cut off: nobody waits for its sessions
 }

@@ -5,6 +5,8 @@
 #include "tests/onvif/ScriptedCamera.h"
 #include "tests/server/onvif/TalkProbe.h"
 
+#include <QTcpServer>
+
 namespace {
 
 /** Makes the device service name a stream. */
@@ -20,6 +22,19 @@ QString closedPort()
     server.listen(QHostAddress::LocalHost);
     return QString::number(server.serverPort());
 }
+
+/** A device service that names a stream, and a back end with a record of it. */
+struct Located
+{
+    explicit Located(const QString& stream) : cameras(TalkProbe::withoutPresence(OnvifConfig()))
+    {
+        setStream(service, stream);
+        cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
+    }
+
+    ScriptedCamera service;
+    OnvifCameras cameras;
+};
 
 /** A talk by way of a back end, which keeps what it has located. */
 struct Call
@@ -62,6 +77,7 @@ private Q_SLOTS:
     void goesWhileItLooks();
     void saysWhyItRefuses_data();
     void saysWhyItRefuses();
+    void roomForLinesIsTakenAtOnce();
 };
 
 void TestLocatedTalk::talks_data()
@@ -94,33 +110,27 @@ void TestLocatedTalk::talks()
 void TestLocatedTalk::keepsTheAddress()
 {
     TestCamera camera;
-    ScriptedCamera service;
-    setStream(service, camera.address());
-    OnvifCameras cameras(TalkProbe::withoutPresence(OnvifConfig()));
-    cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
-    Call first(cameras);
+    Located located(camera.address());
+    Call first(located.cameras);
     QVERIFY(first.end() && first.isOpen);
-    const int asked = service.requests.size();
+    const int asked = located.service.requests.size();
     QVERIFY(asked > 0);
-    Call second(cameras);
+    Call second(located.cameras);
     QVERIFY(second.end() && second.isOpen);
-    QCOMPARE(service.requests.size(), asked);
+    QCOMPARE(located.service.requests.size(), asked);
 }
 
 void TestLocatedTalk::findsAStreamThatMoved()
 {
     auto camera = std::make_unique<TestCamera>();
-    ScriptedCamera service;
-    setStream(service, camera->address());
-    OnvifCameras cameras(TalkProbe::withoutPresence(OnvifConfig()));
-    cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
+    Located located(camera->address());
     {
-        Call first(cameras);
+        Call first(located.cameras);
         QVERIFY(first.end() && first.isOpen);
     }
     camera = std::make_unique<TestCamera>();
-    setStream(service, camera->address());
-    Call second(cameras);
+    setStream(located.service, camera->address());
+    Call second(located.cameras);
     QVERIFY(second.end());
     QVERIFY2(second.isOpen, qPrintable(second.code));
     second.talk->close();
@@ -130,16 +140,13 @@ void TestLocatedTalk::findsAStreamThatMoved()
 void TestLocatedTalk::forgetsTheAddressOfAnotherRecord()
 {
     TestCamera camera;
-    ScriptedCamera service;
-    setStream(service, camera.address());
-    OnvifCameras cameras(TalkProbe::withoutPresence(OnvifConfig()));
-    cameras.setRecords({{"1", "Gate", onvifKind(), service.url().toString()}});
+    Located located(camera.address());
     {
-        Call first(cameras);
+        Call first(located.cameras);
         QVERIFY(first.end() && first.isOpen);
     }
-    cameras.setRecords({{"1", "Gate", onvifKind(), "127.0.0.1:" + closedPort()}});
-    Call second(cameras);
+    located.cameras.setRecords({{"1", "Gate", onvifKind(), "127.0.0.1:" + closedPort()}});
+    Call second(located.cameras);
     QVERIFY(second.end());
     QCOMPARE(second.code, ReturnCode::cameraOffline);
 }
@@ -261,6 +268,36 @@ void TestLocatedTalk::saysWhyItRefuses()
     QVERIFY(TalkProbe::waitFor([&] { return !refusedWith.isEmpty(); }));
     QCOMPARE(refusedWith, code);
     QVERIFY2(reason.contains(words), qPrintable(reason));
+}
+
+/** A line starts with the next turn of the event loop, and counts before. */
+void TestLocatedTalk::roomForLinesIsTakenAtOnce()
+{
+    QTcpServer camera; // which answers nothing
+    QVERIFY(camera.listen(QHostAddress::LocalHost));
+    const CameraRecord record{"1", "Gate", onvifKind(),
+                              QStringLiteral("rtsp://127.0.0.1:%1/talk").arg(camera.serverPort())};
+    LineThreads threads(3);
+    std::vector<std::unique_ptr<LocatedTalk>> talks;
+    QStringList reasons;
+    const auto open = [&] {
+        talks.push_back(std::make_unique<LocatedTalk>(record, OnvifConfig(), threads, QString()));
+        connect(talks.back().get(), &DeviceTalk::refused, this,
+                [&](const QString&, const QString& text) { reasons.append(text); });
+    };
+    open();
+    open();
+    QVERIFY(TalkProbe::waitFor([&] { return camera.hasPendingConnections(); }));
+    QVERIFY(threads.hasRoom());
+    open();
+    QVERIFY(!threads.hasRoom());
+    open();
+    talks.erase(talks.begin() + 2); // before it has begun
+    QVERIFY(threads.hasRoom());
+    QVERIFY(TalkProbe::waitFor([&] { return !reasons.isEmpty(); }));
+    QVERIFY2(reasons[0].contains("no room for one more talk"), qPrintable(reasons[0]));
+    talks.clear();
+    QVERIFY(TalkProbe::waitFor([&] { return threads.hasRoom(); }));
 }
 
 QTEST_GUILESS_MAIN(TestLocatedTalk)

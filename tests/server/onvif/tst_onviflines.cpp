@@ -142,9 +142,7 @@ void TestOnvifLines::isKilled()
 {
     QFETCH(bool, udp);
     TestCamera camera;
-    CameraSettings settings;
-    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
-    TalkProbe probe(camera.address(), settings);
+    TalkProbe probe(camera.address(), TalkProbe::over(udp));
     QVERIFY(probe.open());
     QVERIFY(probe.say(3));
     const qint64 killed = probe.clock.elapsed();
@@ -164,9 +162,7 @@ void TestOnvifLines::hangs()
 {
     QFETCH(bool, udp);
     TestCamera camera;
-    CameraSettings settings;
-    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
-    TalkProbe probe(camera.address(), settings);
+    TalkProbe probe(camera.address(), TalkProbe::over(udp));
     QVERIFY(probe.open());
     QVERIFY(probe.say(2));
     const qint64 stopped = probe.clock.elapsed();

@@ -45,8 +45,7 @@ void TestOnvifTalk::talks()
     QFETCH(int, packetTime);
     QFETCH(double, likeness);
     TestCamera camera({"--codec", "pcmu", "--back-codec", codec, "--jitter", "20", "--voice", "silent"});
-    CameraSettings settings;
-    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
+    CameraSettings settings = TalkProbe::over(udp);
     settings.packetTime = packetTime;
     TalkProbe probe(camera.address(), settings);
     QVERIFY2(probe.open(), qPrintable(probe.reason));

@@ -3,6 +3,7 @@
 #include "protocol/ServerReply.h"
 #include "server/access/ServerCertificate.h"
 #include "server/devices/onvif/RtspSession.h"
+#include "tests/onvif/ScriptedCamera.h"
 #include "tests/server/onvif/TalkProbe.h"
 
 #include <atomic>
@@ -21,6 +22,8 @@ private Q_SLOTS:
     void endsWhileItSends_data();
     void endsWhileItSends();
     void refusesACameraWithoutTls();
+    void serviceByHttps_data();
+    void serviceByHttps();
 
 private:
     QStringList options() const
@@ -32,6 +35,7 @@ private:
     }
 
     QTemporaryDir m_folder;
+    std::optional<ServerCertificate> m_certificate;
     CameraSettings m_anyCertificate;
 };
 
@@ -40,11 +44,11 @@ void TestOnvifTls::initTestCase()
 {
     m_anyCertificate.anyCertificate = true;
     QString error;
-    const auto made = ServerCertificate::loadOrCreate(m_folder.path(), &error);
-    QVERIFY2(made, qPrintable(error));
+    m_certificate = ServerCertificate::loadOrCreate(m_folder.path(), &error);
+    QVERIFY2(m_certificate, qPrintable(error));
     QFile file(m_folder.filePath("camera.pem"));
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(made->certificate.toPem() + made->key.toPem());
+    file.write(m_certificate->certificate.toPem() + m_certificate->key.toPem());
 }
 
 void TestOnvifTls::refusesACertificateThatNobodyTrusts()
@@ -147,6 +151,52 @@ void TestOnvifTls::refusesACameraWithoutTls()
     QVERIFY(probe.refuse());
     qInfo("%s: %s", qPrintable(probe.returnCode), qPrintable(probe.reason));
     QCOMPARE(camera.count("describe"), 0);
+}
+
+void TestOnvifTls::serviceByHttps_data()
+{
+    QTest::addColumn<bool>("any");
+    QTest::newRow("a certificate that nobody trusts") << false;
+    QTest::newRow("any certificate") << true;
+}
+
+/** The device service of a camera may be behind TLS, too: presence, talk and picture. */
+void TestOnvifTls::serviceByHttps()
+{
+    QFETCH(bool, any);
+    TestCamera camera({"--jitter", "20"});
+    ScriptedCamera service;
+    service.user = "anna";
+    service.password = "secret";
+    service.digestAlgorithm = "MD5";
+    service.wantsToken = false;
+    service.setCertificate(m_certificate->certificate, m_certificate->key);
+    service.setBody("GetStreamUri", "<tr2:GetStreamUriResponse><tr2:Uri>" + camera.address().toLatin1() +
+                                        "</tr2:Uri></tr2:GetStreamUriResponse>");
+    QCOMPARE(service.url().scheme(), QString("https"));
+    const CameraSettings settings = any ? m_anyCertificate : CameraSettings();
+    {
+        // Whether it is there is asked without a login, whoever has signed its certificate.
+        OnvifCameras cameras{OnvifConfig()};
+        cameras.setRecords(
+            {{"1", "Gate", onvifKind(), service.url().toString(), "anna", "secret", settings}});
+        QTRY_VERIFY(cameras.cameras().first().online);
+    }
+    QCOMPARE(service.names(), QStringList{"GetSystemDateAndTime"});
+    QVERIFY(!service.requests.first().text.contains("anna"));
+    service.requests.clear();
+
+    TalkProbe probe(service.url().toString(), settings, "anna", "secret");
+    QCOMPARE(probe.open(), any);
+    QCOMPARE(probe.returnCode, any ? QString() : ReturnCode::talkRefused);
+    QCOMPARE(probe.reason.contains("certificate is not trusted"), !any);
+    std::optional<CameraPicture> picture;
+    probe.cameras.askPicture("1", [&](const CameraPicture& taken) { picture = taken; });
+    QVERIFY(TalkProbe::waitFor([&] { return picture.has_value(); }));
+    QCOMPARE(picture->jpeg, any ? service.picture : QByteArray());
+    QCOMPARE(picture->reason.contains("certificate is not trusted"), !any);
+    QCOMPARE(service.requests.isEmpty(), !any);
+    QVERIFY(probe.close());
 }
 
 QTEST_GUILESS_MAIN(TestOnvifTls)

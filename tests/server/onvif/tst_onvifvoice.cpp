@@ -29,9 +29,17 @@ void TestOnvifVoice::hears_data()
     QTest::newRow("mu-law over TCP") << "pcmu" << false << StreamType::G711MuLaw << 8000 << 0.999;
     QTest::newRow("mu-law over UDP") << "pcmu" << true << StreamType::G711MuLaw << 8000 << 0.999;
     QTest::newRow("A-law") << "pcma" << false << StreamType::G711ALaw << 8000 << 0.999;
-    QTest::newRow("AAC") << "aac-16" << false << StreamType::Aac << 16000 << 0.9;
+    QTest::newRow("AAC at 8 kHz") << "aac-8" << false << StreamType::Aac << 8000 << 0.9;
+    QTest::newRow("AAC at 16 kHz") << "aac-16" << false << StreamType::Aac << 16000 << 0.9;
+    QTest::newRow("AAC at 48 kHz") << "aac-48" << false << StreamType::Aac << 48000 << 0.9;
     QTest::newRow("L16, as mu-law") << "l16" << false << StreamType::G711MuLaw << 8000 << 0.99;
-    QTest::newRow("G.726, as mu-law") << "g726-32" << false << StreamType::G711MuLaw << 8000 << 0.9;
+    const auto g726 = [](const char* name, const char* codec, double likeness) {
+        QTest::newRow(name) << codec << false << StreamType::G711MuLaw << 8000 << likeness;
+    };
+    g726("G.726 at 16 kbit/s, as mu-law", "g726-16", 0.8);
+    g726("G.726 at 24 kbit/s, AAL2, as mu-law", "aal2-g726-24", 0.9);
+    g726("G.726 at 32 kbit/s, as mu-law", "g726-32", 0.9);
+    g726("G.726 at 40 kbit/s, AAL2, as mu-law", "aal2-g726-40", 0.85);
 }
 
 /** Packets as clients get them; an echoing camera that says again what it heard. */
@@ -43,19 +51,17 @@ void TestOnvifVoice::hears()
     QFETCH(int, rate);
     QFETCH(double, likeness);
     // The camera hears at the rate at which it speaks.
-    const QString back = codec == "l16" || codec == "aac-16" ? "l16" : "pcmu";
+    const QString back = codec == "l16" || rate == 16000 ? "l16" : rate == 48000 ? "l16-48" : "pcmu";
     TestCamera camera({"--codec", codec, "--back-codec", back, "--jitter", "20"});
-    CameraSettings settings;
-    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
     OnvifConfig config;
-    if (codec.startsWith("g726")) {
+    if (codec.contains("g726")) {
         config.jitterBuffer = std::chrono::milliseconds(1000); // its encoder makes half a second at once
     }
-    TalkProbe probe(camera.address(), settings, QString(), QString(), config);
+    TalkProbe probe(camera.address(), TalkProbe::over(udp), QString(), QString(), config);
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(probe.say(25));
     QVERIFY(probe.close());
-    QVERIFY(probe.heard.size() > 20);
+    QVERIFY(probe.heard.size() > 10);
     QFile adts(m_folder.filePath("heard.aac"));
     QVERIFY(adts.open(QIODevice::WriteOnly));
     WavFiles::Samples heard;
@@ -84,7 +90,7 @@ void TestOnvifVoice::hears()
         AudioFileReader reader;
         QVERIFY(reader.open(adts.fileName()));
         WavFiles::Samples whole;
-        reader.read(10 * 16000, whole);
+        reader.read(10 * AudioFileReader::sampleRate, whole);
         for (std::size_t i = 0; i < whole.size(); i += 2) {
             heard.push_back(whole[i]);
         }

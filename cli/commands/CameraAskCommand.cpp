@@ -1,83 +1,24 @@
-#include "cli/InterruptFlag.h"
 #include "cli/RecordFinder.h"
 #include "cli/commands/CameraOptions.h"
+#include "cli/commands/CameraSearch.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Table.h"
 #include "client/ExitStatus.h"
 #include "onvif/CameraAddress.h"
 #include "onvif/OnvifDevice.h"
-#include "onvif/OnvifDiscovery.h"
 #include "onvif/XmlElement.h"
 #include "protocol/Words.h"
 
 #include <QEventLoop>
-#include <QTimer>
 
 #include <cstdio>
 
 namespace {
 
-constexpr int serverTime = 12 * 1000;   // ms that a server has to search, or to ask a camera
-constexpr int interruptInterval = 50;   // ms
-constexpr double maxSearchSeconds = 60; // s
 constexpr int msPerSecond = 1000;
 constexpr int hertzPerKilohertz = 1000;
 constexpr int clockTolerance = 5000; // ms that a camera's clock may be off without a word
 constexpr int labelWidth = 18;       // characters
-
-/** The interfaces that the option names, or the usual ones; empty, and an error printed, for unknown ones. */
-QList<QNetworkInterface> chosenInterfaces(const CommandArguments& arguments)
-{
-    if (!arguments.isSet("interface")) {
-        return OnvifDiscovery::usualInterfaces();
-    }
-    const QNetworkInterface chosen = QNetworkInterface::interfaceFromName(arguments.value("interface"));
-    if (chosen.isValid()) {
-        return {chosen};
-    }
-    QStringList names;
-    const QList<QNetworkInterface> all = QNetworkInterface::allInterfaces();
-    for (const QNetworkInterface& interface : all) {
-        names.append(interface.name());
-    }
-    arguments.usage(QStringLiteral("--interface takes one of: %1").arg(names.join(QStringLiteral(", "))));
-    return {};
-}
-
-/** An address without any character that could command a terminal. */
-QString textOf(const QUrl& address)
-{
-    return address.toString(QUrl::FullyEncoded);
-}
-
-QString remarkOf(const FoundCamera& camera)
-{
-    return camera.addresses.isEmpty() && camera.isElsewhere
-               ? QStringLiteral("names only addresses of other hosts")
-               : QString();
-}
-
-Table tableOf(const std::vector<FoundCamera>& cameras)
-{
-    Table table({{QStringLiteral("address"), QStringLiteral("addresses")},
-                 {QStringLiteral("name"), QStringLiteral("name")},
-                 {Words::hardware, Words::hardware},
-                 {Words::location, Words::location},
-                 {QStringLiteral("host"), QStringLiteral("hosts")},
-                 {QStringLiteral("interface"), QStringLiteral("interface")},
-                 {QStringLiteral("camera"), QStringLiteral("camera")},
-                 {QStringLiteral("endpoint"), QStringLiteral("endpoint")},
-                 {Words::remark, Words::remark}});
-    for (const FoundCamera& camera : cameras) {
-        QStringList addresses;
-        for (const QUrl& address : camera.addresses) {
-            addresses.append(textOf(address));
-        }
-        table.add({addresses, camera.name, camera.hardware, camera.location, camera.senders,
-                   camera.interfaceName, camera.isCamera, camera.endpoint, remarkOf(camera)});
-    }
-    return table;
-}
 
 QString wordOf(Ability ability)
 {
@@ -108,12 +49,12 @@ QVariantMap jsonOf(const CameraAbilities& abilities)
     for (const CameraStream& stream : abilities.streams) {
         streams.append(QVariantMap{{QStringLiteral("name"), stream.name},
                                    {QStringLiteral("profile"), stream.token},
-                                   {QStringLiteral("address"), textOf(stream.address)},
+                                   {QStringLiteral("address"), CameraSearch::textOf(stream.address)},
                                    {Words::picture, stream.hasPicture},
                                    {QStringLiteral("voice"), stream.hasVoice},
                                    {QStringLiteral("loudspeaker"), stream.hasLoudspeaker}});
     }
-    return {{QStringLiteral("address"), textOf(abilities.device)},
+    return {{QStringLiteral("address"), CameraSearch::textOf(abilities.device)},
             {Words::manufacturer, abilities.manufacturer},
             {Words::model, abilities.model},
             {Words::firmware, abilities.firmware},
@@ -125,7 +66,7 @@ QVariantMap jsonOf(const CameraAbilities& abilities)
             {Words::hearsReason, abilities.hearsReason},
             {Words::talkCodecs, codecList(abilities.talkCodecs)},
             {Words::streams, streams},
-            {QStringLiteral("snapshot"), textOf(abilities.snapshot)},
+            {QStringLiteral("snapshot"), CameraSearch::textOf(abilities.snapshot)},
             {Words::remarks, abilities.remarks}};
 }
 
@@ -180,10 +121,11 @@ void print(const CameraAbilities& abilities)
                           stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()};
         parts.removeAll(QString());
         printLine("stream", QStringLiteral("%1 (%2: %3)")
-                                .arg(textOf(stream.address), stream.name, parts.join(QStringLiteral(", "))));
+                                .arg(CameraSearch::textOf(stream.address), stream.name,
+                                     parts.join(QStringLiteral(", "))));
     }
     if (!abilities.snapshot.isEmpty()) {
-        printLine("snapshot", textOf(abilities.snapshot));
+        printLine("snapshot", CameraSearch::textOf(abilities.snapshot));
     }
     if (qAbs(abilities.clockOffset) > clockTolerance) {
         printLine("clock",
@@ -223,103 +165,6 @@ ExitStatus statusOf(OnvifError error)
     default:
         return ExitRefused;
     }
-}
-
-/** Whether a command is for a server: another one, or one inside this program with its records. */
-bool isForServer(const CommandArguments& arguments)
-{
-    return arguments.isSet("server") || arguments.isSet("data") || arguments.isSet("simulate");
-}
-
-/** Runs a loop to its end, or to Ctrl-C, and returns whether it was the former. */
-bool runLoop(QEventLoop& loop)
-{
-    QTimer looks; // nothing else wakes the loop after Ctrl-C
-    QObject::connect(&looks, &QTimer::timeout, &loop, [&loop] {
-        if (InterruptFlag::raised()) {
-            loop.exit(1);
-        }
-    });
-    looks.start(interruptInterval);
-    return loop.exec() == 0;
-}
-
-/** Asks a server for the cameras of its networks. */
-int findByServer(const CommandArguments& arguments)
-{
-    for (const char* option : {"interface", "seconds", "all"}) {
-        if (arguments.isSet(option)) {
-            return arguments.usage(
-                QStringLiteral("a server looks by itself: --%1 is not for it").arg(QLatin1String(option)));
-        }
-    }
-    PluginSession session(arguments.client());
-    PluginSession::Reply reply;
-    ExitStatus status = session.open();
-    status = status == ExitSuccess ? session.receive(session.sendOwn(Words::FindCameras), &reply,
-                                                     session.options().timeout + serverTime)
-                                   : status;
-    if (status != ExitSuccess) {
-        return status;
-    }
-    Table table({{QStringLiteral("address"), QStringLiteral("addresses")},
-                 {QStringLiteral("name"), QStringLiteral("name")},
-                 {Words::hardware, Words::hardware},
-                 {Words::location, Words::location},
-                 {Words::remark, Words::remark}});
-    const QVariantList found = reply.result.toList();
-    for (const QVariant& entry : found) {
-        const QVariantMap camera = entry.toMap();
-        const auto text = [&camera](const QString& key) { return plainText(camera.value(key).toString()); };
-        QStringList addresses{text(Words::camAddress)};
-        addresses.removeAll(QString());
-        table.add({addresses, text(Words::camName), text(Words::hardware), text(Words::location),
-                   text(Words::remark)});
-    }
-    std::fputs(qUtf8Printable(table.text(arguments.json())), stdout);
-    if (found.isEmpty()) {
-        std::fputs("voicedesk: nothing answered\n", stderr);
-    }
-    return found.isEmpty() ? ExitNoAnswer : ExitSuccess;
-}
-
-int findCameras(const CommandArguments& arguments)
-{
-    if (isForServer(arguments)) {
-        return findByServer(arguments);
-    }
-    const auto seconds = arguments.numberBetween("seconds", 0, maxSearchSeconds);
-    if (!seconds) {
-        return ExitUsage;
-    }
-    const QList<QNetworkInterface> interfaces = chosenInterfaces(arguments);
-    if (interfaces.isEmpty() && arguments.isSet("interface")) {
-        return ExitUsage;
-    }
-    OnvifDiscovery::Options options;
-    options.time = static_cast<int>(*seconds * msPerSecond);
-    if (arguments.isSet("all")) {
-        options.types = QStringList{QString(), QStringLiteral("wsdp:Device")}; // some want to be named
-    }
-    OnvifDiscovery discovery;
-    QEventLoop loop;
-    QObject::connect(&discovery, &OnvifDiscovery::finished, &loop, &QEventLoop::quit);
-    if (!discovery.start(interfaces, options)) {
-        std::fputs("voicedesk: no network interface to look for cameras on\n", stderr);
-        return ExitNoAnswer;
-    }
-    if (!runLoop(loop)) {
-        return ExitNoAnswer;
-    }
-    std::fputs(qUtf8Printable(tableOf(discovery.found()).text(arguments.json())), stdout);
-    if (discovery.dropped() > 0) {
-        std::fprintf(stderr, "voicedesk: %d answers were too many or too large\n", discovery.dropped());
-    }
-    if (discovery.found().empty()) {
-        std::fputs("voicedesk: nothing answered\n", stderr);
-        return ExitNoAnswer;
-    }
-    return ExitSuccess;
 }
 
 void printAnswer(const QVariantMap& answer)
@@ -406,7 +251,7 @@ int askByServer(const CommandArguments& arguments)
     }
     PluginSession::Reply reply;
     const ExitStatus status = session.receive(session.sendOwn(Words::AskCamera, question), &reply,
-                                              session.options().timeout + serverTime);
+                                              session.options().timeout + CameraSearch::serverTime);
     if (status != ExitSuccess) {
         return status;
     }
@@ -427,7 +272,7 @@ int askCamera(const CommandArguments& arguments)
     if (!arguments.isSet("server") && !arguments.onlyOne("camera-user", "user")) {
         return ExitUsage;
     }
-    if (isForServer(arguments)) {
+    if (CameraSearch::isForServer(arguments)) {
         return askByServer(arguments);
     }
     QString error;
@@ -449,7 +294,7 @@ int askCamera(const CommandArguments& arguments)
         loop.quit();
     });
     device.askAbilities();
-    if (!runLoop(loop)) {
+    if (!CameraSearch::runLoop(loop)) {
         return ExitNoAnswer;
     }
     if (abilities.error != OnvifError::None) {
@@ -464,20 +309,9 @@ int askCamera(const CommandArguments& arguments)
 
 } // namespace
 
-std::vector<Command> cameraSearchCommands()
+std::vector<Command> cameraAskCommands()
 {
     return {
-        {"cameras find",
-         "",
-         "look for ONVIF cameras in the networks of this machine",
-         "What they answer is not checked, and they get no login. Ends with 5 when nothing answers. With\n"
-         "--server, the cameras in the networks of that server.",
-         {{"interface", "name", "Look on this network interface only (default: on all that are up).", ""},
-          {"seconds", "n", "How long to wait for answers (default: 3).", "3"},
-          {"all", nullptr, "Look for devices of any kind, not of ONVIF alone.", ""},
-          jsonOption},
-         Command::Server,
-         findCameras},
         {"cameras ask",
          "ADDRESS",
          "ask an ONVIF camera what it can do",
