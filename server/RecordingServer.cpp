@@ -79,7 +79,8 @@ RecordingServer::RecordingServer(ServerConfig config)
       m_playback(m_devices, m_groups, m_files, pointers(m_speakerBackends)),
       m_scheduleRunner(m_schedules, m_config.clock), m_talks(pointers(m_cameraBackends), m_config.talkLimits),
       m_inquiries(backendsByKind(), m_cameras, m_config.devices.absentCameras),
-      m_pictures(pointers(m_cameraBackends), m_config.pictureInterval), m_errorString(whyNotOpen())
+      m_pictures(pointers(m_cameraBackends), m_config.pictureInterval),
+      m_videos(pointers(m_cameraBackends), m_config.videoTimes), m_errorString(whyNotOpen())
 {
     registerTalks();
     registerRecords();
@@ -194,6 +195,12 @@ void RecordingServer::registerCameras()
     m_executors[Words::GetCameraPicture] = [this](ServerSession& session, const QVariant& payload, quint64) {
         return m_pictures.get(session, payload.toString());
     };
+    m_executors[Words::WatchCamera] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_videos.watch(session, payload.toString());
+    };
+    m_executors[Words::UnwatchCamera] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_videos.unwatch(session, payload.toString());
+    };
     m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&, quint64) {
         return done(cameraRecords());
     };
@@ -228,6 +235,7 @@ void RecordingServer::applyCameraRecords()
         left = others;
     }
     m_pictures.forget();
+    m_videos.forget();
 }
 
 /** Raises one event for each client, however many changes there are at a time. */
@@ -352,4 +360,5 @@ void RecordingServer::closeSession(ServerSession& session)
     m_talks.closeSession(session);
     m_inquiries.closeSession(session);
     m_pictures.closeSession(session);
+    m_videos.closeSession(session);
 }

@@ -35,7 +35,7 @@ bool LineThreads::hasRoom()
     return m_running.size() < maxLines;
 }
 
-void LineThreads::start(const std::shared_ptr<OnvifLine>& line)
+void LineThreads::start(const std::shared_ptr<LineWork>& line)
 {
     m_running.push_back({line, std::thread([line] { line->run(); })});
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/devices/onvif/OnvifLine.h"
+#include "server/devices/onvif/LineWork.h"
 
 #include <list>
 #include <memory>
@@ -21,12 +21,12 @@ public:
     bool hasRoom();
 
     /** Runs a line to its end. */
-    void start(const std::shared_ptr<OnvifLine>& line);
+    void start(const std::shared_ptr<LineWork>& line);
 
 private:
     struct Running
     {
-        std::shared_ptr<OnvifLine> line;
+        std::shared_ptr<LineWork> line;
         std::thread thread;
     };
 
