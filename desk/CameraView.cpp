@@ -10,9 +10,10 @@
 
 CameraView::CameraView(PluginHost& host) : CameraView(host, Times()) {}
 
-CameraView::CameraView(PluginHost& host, const Times& times) : m_host(host), m_times(times)
+CameraView::CameraView(PluginHost& host, const Times& times)
+    : m_host(host), m_times(times), m_video(host, times.videoPatience)
 {
-    for (QTimer* timer : {&m_next, &m_patience, &m_staleness}) {
+    for (QTimer* timer : {&m_next, &m_patience, &m_staleness, &m_videoAgain}) {
         timer->setSingleShot(true);
     }
     m_patience.setInterval(m_times.patience);
@@ -24,8 +25,14 @@ CameraView::CameraView(PluginHost& host, const Times& times) : m_host(host), m_t
     });
     connect(&m_staleness, &QTimer::timeout, this, [this] {
         m_isStale = true;
+        leaveVideo();
         Q_EMIT changed();
     });
+    m_video.setFitting(largest);
+    m_videoAgain.setInterval(m_times.videoAgain);
+    connect(&m_videoAgain, &QTimer::timeout, this, [this] { m_video.start(m_camera); });
+    connect(&m_video, &LiveVideo::shown, this, &CameraView::videoShown);
+    connect(&m_video, &LiveVideo::failed, this, &CameraView::videoFailed);
 }
 
 void CameraView::setCamera(const QString& camera)
@@ -34,7 +41,7 @@ void CameraView::setCamera(const QString& camera)
         return;
     }
     m_camera = camera;
-    m_image = QImage();
+    setImage(QImage());
     m_problem.clear();
     m_staleness.stop();
     restart();
@@ -58,6 +65,11 @@ void CameraView::setOnline(bool online)
     }
 }
 
+void CameraView::setShownSize(const QSize& size)
+{
+    m_video.setFitting(size.isEmpty() ? largest : size.boundedTo(largest));
+}
+
 /** Drops what is under way, and asks at once if somebody looks. */
 void CameraView::restart()
 {
@@ -65,8 +77,13 @@ void CameraView::restart()
     m_request = 0;
     m_patience.stop();
     m_next.stop();
+    m_videoAgain.stop();
+    m_video.stop();
+    m_isLive = false;
+    m_videoProblem.clear();
     if (m_active && m_online && !m_camera.isEmpty()) {
-        ask();
+        ask(); // a still is there sooner
+        m_video.start(m_camera);
     }
 }
 
@@ -90,6 +107,7 @@ void CameraView::askAfter(int ms)
 void CameraView::replyArrived(const QString& command, const QString& returnCode, const QString& errorText,
                               quint64 request, const QVariant& result)
 {
+    m_video.replyArrived(command, returnCode, errorText, request);
     if (command != Words::GetCameraPicture || m_request == 0 || request != m_request) {
         return;
     }
@@ -117,19 +135,65 @@ void CameraView::decode(const QByteArray& jpeg)
 
 void CameraView::decoded(quint64 view, const QImage& image)
 {
-    if (view != m_view) {
+    if (view != m_view || m_isLive) {
         return;
     }
     if (image.isNull()) {
         fail(tr("the picture cannot be decoded"));
         return;
     }
-    m_image = image;
     m_isStale = false;
     m_problem.clear();
     m_staleness.start();
     askAfter(m_times.interval);
+    setImage(image);
     Q_EMIT changed();
+}
+
+void CameraView::setImage(const QImage& image)
+{
+    m_image = image;
+    Q_EMIT imageChanged();
+}
+
+void CameraView::eventArrived(const QString& event, const QVariant& payload)
+{
+    m_video.eventArrived(event, payload);
+}
+
+/** Shows a picture of the video: no stills are asked for as long as there are such. */
+void CameraView::videoShown(const QImage& image)
+{
+    const bool isNew = !m_isLive || m_isStale || !m_problem.isEmpty();
+    m_isLive = true;
+    m_isStale = false;
+    m_problem.clear();
+    m_videoProblem.clear();
+    m_request = 0;
+    m_patience.stop();
+    m_next.stop();
+    m_staleness.start();
+    setImage(image);
+    if (isNew) {
+        Q_EMIT changed();
+    }
+}
+
+void CameraView::videoFailed(const QString& problem)
+{
+    m_videoProblem = problem;
+    m_videoAgain.start();
+    leaveVideo();
+    Q_EMIT changed();
+}
+
+/** Asks for stills again where there was a video. */
+void CameraView::leaveVideo()
+{
+    if (m_isLive) {
+        m_isLive = false;
+        ask();
+    }
 }
 
 void CameraView::fail(const QString& problem)

@@ -21,6 +21,7 @@ Desk::Desk(const ClientOptions& options, const QString& settingsFile)
     connect(&m_host, &PluginHost::replyArrived, &m_cameraTest, &CameraTest::replyArrived);
     connect(&m_host, &PluginHost::eventArrived, &m_cameraTest, &CameraTest::eventArrived);
     connect(&m_host, &PluginHost::replyArrived, &m_view, &CameraView::replyArrived);
+    connect(&m_host, &PluginHost::eventArrived, &m_view, &CameraView::eventArrived);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_targets, &TargetModel::setCameras);
     connect(&m_connection.link(), &LinkSwitch::camerasListed, &m_cameras, &CameraModel::setCameras);
     connect(&m_host, &PluginHost::eventArrived, &m_connection.link(), [this](const QString& event) {

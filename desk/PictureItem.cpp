@@ -1,6 +1,7 @@
 #include "desk/PictureItem.h"
 
 #include <QPainter>
+#include <QQuickWindow>
 
 PictureItem::PictureItem(QQuickItem* parent) : QQuickPaintedItem(parent) {}
 
@@ -14,10 +15,25 @@ void PictureItem::setView(CameraView* view)
     }
     m_view = view;
     if (m_view) {
-        connect(m_view, &CameraView::changed, this, [this] { update(); });
+        connect(m_view, &CameraView::imageChanged, this, [this] { update(); });
+        reportSize();
     }
     Q_EMIT viewChanged();
     update();
+}
+
+void PictureItem::geometryChanged(const QRectF& now, const QRectF& before)
+{
+    QQuickPaintedItem::geometryChanged(now, before);
+    reportSize();
+}
+
+void PictureItem::reportSize()
+{
+    if (m_view) {
+        const qreal ratio = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
+        m_view->setShownSize((QSizeF(width(), height()) * ratio).toSize());
+    }
 }
 
 QSGNode* PictureItem::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data)

@@ -25,6 +25,9 @@ public:
     void paint(QPainter* painter) override;
 
 protected:
+    /** Tells the view how large its pictures are shown. */
+    void geometryChanged(const QRectF& now, const QRectF& before) override;
+
     /** Takes the picture; on the thread that renders, while that of the window waits. */
     QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
 
@@ -33,6 +36,8 @@ Q_SIGNALS:
     void viewChanged();
 
 private:
+    void reportSize();
+
     QPointer<CameraView> m_view;
     QImage m_image; ///< Of the thread that renders.
 };

@@ -407,6 +407,25 @@ def text_seeds():
         write("fuzz_schedule", name, "\n".join(lines).encode())
 
 
+def video_seeds():
+    """Packets as fuzz_videopackets reads them: flags (1 the last of its picture, 4 after a gap), length, payload."""
+    def packet(payload, flags=0):
+        return bytes([flags, len(payload)]) + payload
+
+    code = b"\0\0\0\1"
+    nals = (root.parent / "tests/data/h264/quadrants.h264").read_bytes().split(code)[1:]
+    whole = b"".join(packet(nal, 3 if nal[0] & 31 in (1, 5) else 0) for nal in nals)
+    write("fuzz_videopackets", "whole", whole)
+    write("fuzz_videopackets", "gap", whole[:300] + packet(nals[4], 7) + whole)
+    key = nals[2]
+    parts = [key[1:][at:at + 50] for at in range(0, len(key) - 1, 50)]
+    fragments = b"".join(packet(bytes([key[0] & 0xE0 | 28, (at == 0) << 7 | (at == len(parts) - 1) << 6 | 5]) + part,
+                                3 if at == len(parts) - 1 else 0) for at, part in enumerate(parts))
+    sets = b"".join(struct.pack(">H", len(nal)) + nal for nal in nals[:2])
+    write("fuzz_videopackets", "fragments", packet(b"\x78" + sets) + fragments + packet(nals[3], 3))
+    write("fuzz_videopackets", "endless", packet(b"\x7c\x85" + key, 8) + packet(b"\x7c\x05" + key, 8) * 20)
+
+
 def camera_seeds():
     def envelope(body, header=""):
         spaces = {"s": "http://www.w3.org/2003/05/soap-envelope", "d": "http://schemas.xmlsoap.org/ws/2005/04/discovery",
@@ -562,7 +581,7 @@ def step_seeds():
     camera = {"audioName": "Dock", "deviceName": "simulated", "ip": "10.0.0.8"}
     cameras = Steps().command("AddCamera", camera).number(0, 0, 7).command("UpdateCamera", dict(camera, camId="3"))
     cameras.command("GetCamera", None).command("FindCameras", None).command("AskCamera", {"camId": "3"})
-    cameras.command("GetCameraPicture", "3").command("DeleteCamera", "3")
+    cameras.command("GetCameraPicture", "3").command("WatchCamera", "3").command("UnwatchCamera", "3").command("DeleteCamera", "3")
     write("fuzz_commands", "cameras", cameras.bytes())
 
     def start():
@@ -617,6 +636,7 @@ message_seeds()
 sound_seeds()
 dump_seeds()
 text_seeds()
+video_seeds()
 camera_seeds()
 step_seeds()
 message_words()

@@ -21,6 +21,8 @@ const std::vector<Row>& rows()
         {V::PlayAudioFailed, false, {V::deviceName, V::audioName, V::error, V::alarmName}, Receiver::Plugin},
         {W::CamerasChanged, false, {}, Receiver::Host},
         {W::TalkTargetLost, false, {W::Token, V::error, V::camId, V::deviceID}, Receiver::Host},
+        {W::CameraVideo, false, {V::camId, W::accessUnit, W::keyFrame, W::position}, Receiver::Host},
+        {W::CameraVideoEnded, false, {V::camId, V::error}, Receiver::Host},
     };
     return all;
 }

@@ -27,6 +27,8 @@ inline const QString DeleteCamera = QStringLiteral("DeleteCamera");
 inline const QString FindCameras = QStringLiteral("FindCameras");
 inline const QString AskCamera = QStringLiteral("AskCamera");
 inline const QString GetCameraPicture = QStringLiteral("GetCameraPicture");
+inline const QString WatchCamera = QStringLiteral("WatchCamera");
+inline const QString UnwatchCamera = QStringLiteral("UnwatchCamera");
 /** @} */
 
 /**
@@ -90,6 +92,8 @@ inline std::vector<Row> hostRows()
                       W::speaksReason, W::hearsReason, W::voiceCodecs, W::talkCodecs, W::streams, W::remarks,
                       V::error}))),
         late(row(W::GetCameraPicture, text(), map({V::camId, W::picture}))),
+        late(row(W::WatchCamera, text(), map({V::camId}))),
+        row(W::UnwatchCamera, text(), nothing()),
     };
 }
 

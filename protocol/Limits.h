@@ -34,6 +34,12 @@ inline constexpr int maxTalkOpeningTime = 30000;  ///< Milliseconds from the req
 // Pictures.
 inline constexpr int maxPictureBytes = 512 << 10; ///< Bytes of a camera's picture.
 
+// Videos.
+inline constexpr int maxVideoUnitBytes = 1 << 20;    ///< Bytes of one access unit, which is one picture.
+inline constexpr int maxVideosPerSession = 4;        ///< Cameras that one client watches at once.
+inline constexpr int maxVideosAtOnce = 50;           ///< Cameras that all clients watch at once.
+inline constexpr int maxWaitingForVideo = 512 << 10; ///< Bytes that wait for a client which still gets video.
+
 // Payloads.
 inline constexpr int maxShortPayload =
     65536;                            ///< Size of a payload without a list, see CommandTable::Row::maxSize.

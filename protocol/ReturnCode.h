@@ -21,7 +21,8 @@ inline const QString cameraTimedOut = QStringLiteral("210"); ///< The camera did
 inline const QString talkRefused = QStringLiteral("211"); ///< The camera refuses the talk; the text says why.
 inline const QString noTalkToken =
     QStringLiteral("212"); ///< A talk was opened without a token. Clients find it themselves.
-inline const QString noPicture = QStringLiteral("213"); ///< The camera gives no picture; the text says why.
+inline const QString noPicture =
+    QStringLiteral("213"); ///< The camera gives no picture, or no video; the text says why.
 inline const QString storageFailed =
     QStringLiteral("301"); ///< A recording or the database cannot be written or read.
 inline const QString noSuchDevice = QStringLiteral("401");      ///< No device has the id.

@@ -21,6 +21,10 @@ namespace Words {
 inline const QString CamerasChanged = QStringLiteral("CamerasChanged");
 /** One of several targets of a talk is lost; the others go on. */
 inline const QString TalkTargetLost = QStringLiteral("TalkTargetLost");
+/** A piece of the video of a camera that the client watches. */
+inline const QString CameraVideo = QStringLiteral("CameraVideo");
+/** The video of a camera has ended that the client watches. */
+inline const QString CameraVideoEnded = QStringLiteral("CameraVideoEnded");
 /** @} */
 
 /**
@@ -54,6 +58,16 @@ inline const QString StreamType = QStringLiteral("StreamType");
 inline const QString AudioSamplingFreq = QStringLiteral("AudioSamplingFreq");
 inline const QString AudioChannelNum = QStringLiteral("AudioChannelNum");
 inline const QString FrameNumber = QStringLiteral("FrameNumber");
+/** @} */
+
+/**
+ * @name Videos
+ * @{
+ */
+/** A key of the event with a piece of a video, beside "camId". */
+inline const QString accessUnit = QStringLiteral("accessUnit");
+inline const QString keyFrame = QStringLiteral("keyFrame");
+inline const QString position = QStringLiteral("position");
 /** @} */
 
 /** Key inside the settings of a weekly schedule. */

@@ -74,6 +74,7 @@ RecordingServer::RecordingServer(ServerConfig config)
       m_talks(pointers(m_cameraBackends), m_config.talkLimits),
       m_inquiries(backendsByKind(), m_config.devices.absentCameras),
       m_pictures(pointers(m_cameraBackends), m_config.pictureInterval),
+      m_videos(pointers(m_cameraBackends), m_config.videoTimes),
       m_errorString(m_data.isHeld() ? m_records.errorString() : m_data.errorString())
 {
     registerTalks();
@@ -166,6 +167,12 @@ void RecordingServer::registerCameras()
     m_executors[Words::GetCameraPicture] = [this](ServerSession& session, const QVariant& payload, quint64) {
         return m_pictures.get(session, payload.toString());
     };
+    m_executors[Words::WatchCamera] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_videos.watch(session, payload.toString());
+    };
+    m_executors[Words::UnwatchCamera] = [this](ServerSession& session, const QVariant& payload, quint64) {
+        return m_videos.unwatch(session, payload.toString());
+    };
     m_executors[Words::GetCamera] = [this](ServerSession&, const QVariant&, quint64) {
         return done(cameraRecords());
     };
@@ -201,6 +208,7 @@ void RecordingServer::applyCameraRecords()
         left = others;
     }
     m_pictures.forget();
+    m_videos.forget();
 }
 
 /** Raises one event for each client, however many changes there are at a time. */
@@ -333,4 +341,5 @@ void RecordingServer::closeSession(ServerSession& session)
     m_talks.closeSession(session);
     m_inquiries.closeSession(session);
     m_pictures.closeSession(session);
+    m_videos.closeSession(session);
 }

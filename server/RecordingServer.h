@@ -3,6 +3,7 @@
 #include "server/RecordKeeper.h"
 #include "server/cameras/CameraInquiries.h"
 #include "server/cameras/CameraPictures.h"
+#include "server/cameras/CameraVideos.h"
 #include "server/core/CommandExecutor.h"
 #include "server/devices/DeviceKinds.h"
 #include "server/playback/PlaybackService.h"
@@ -24,7 +25,8 @@ struct ServerConfig
     ServerClock clock;     ///< Of the schedules.
     TalkLimits talkLimits; ///< How long talks wait for their devices.
     std::chrono::milliseconds pictureInterval{
-        1000}; ///< A camera is asked for no more than one picture in it.
+        1000};                      ///< A camera is asked for no more than one picture in it.
+    CameraVideos::Times videoTimes; ///< Of the videos of cameras.
 };
 
 /**
@@ -92,6 +94,7 @@ private:
     TalkService m_talks;
     CameraInquiries m_inquiries;
     CameraPictures m_pictures;
+    CameraVideos m_videos;
     QString m_errorString;
     QSet<ServerSession*> m_sessions;
     QHash<QString, Executor> m_executors; ///< By command.

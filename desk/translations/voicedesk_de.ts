@@ -183,6 +183,22 @@
         <source>Old picture</source>
         <translation>Altes Bild</translation>
     </message>
+    <message>
+        <source>Live video</source>
+        <translation>Live-Video</translation>
+    </message>
+    <message>
+        <source>No live video: %1.</source>
+        <translation>Kein Live-Video: %1.</translation>
+    </message>
+    <message>
+        <source>Live</source>
+        <translation>Live</translation>
+    </message>
+    <message>
+        <source>Stills</source>
+        <translation>Einzelbilder</translation>
+    </message>
 </context>
 <context>
     <name>CameraSettingsForm</name>
@@ -977,6 +993,21 @@
     <message>
         <source>%1 percent</source>
         <translation>%1 Prozent</translation>
+    </message>
+</context>
+<context>
+    <name>LiveVideo</name>
+    <message>
+        <source>the server does not answer</source>
+        <translation>der Server antwortet nicht</translation>
+    </message>
+    <message>
+        <source>this program has no decoder for H.264</source>
+        <translation>dieses Programm hat keinen Decoder für H.264</translation>
+    </message>
+    <message>
+        <source>the video cannot be decoded</source>
+        <translation>das Video ist nicht zu lesen</translation>
     </message>
 </context>
 <context>

@@ -4,9 +4,14 @@
 #include "protocol/PrintableName.h"
 #include "server/core/ServerSession.h"
 
+#include <QRandomGenerator>
+
+#include <algorithm>
+
 namespace {
 
-constexpr int refusalTime = 1000; // ms
+constexpr int refusalTime = 1000;        // ms
+constexpr qint64 receiptStep = 32 << 10; // bytes from one question for a receipt to the next
 
 } // namespace
 
@@ -20,6 +25,8 @@ SocketClient::SocketClient(CommandExecutor& server, const SocketConfig& config, 
     connect(m_socket.get(), &QWebSocket::binaryMessageReceived, this, &SocketClient::receive);
     connect(m_socket.get(), &QWebSocket::textMessageReceived, this,
             [this] { drop(QStringLiteral("messages are binary")); });
+    connect(m_socket.get(), &QWebSocket::pong, this,
+            [this](quint64, const QByteArray& mark) { takeReceipt(mark); });
     connect(m_socket.get(), &QWebSocket::disconnected, this, &SocketClient::gone);
     connect(&m_logins, &LoginChecker::checked, this, [this](quint64 number, bool admitted) {
         if (number == m_loginNumber && !m_dropped) {
@@ -43,6 +50,7 @@ void SocketClient::endSession()
 {
     if (m_session) {
         m_session->disconnect(this);
+        m_session->setWaiting(nullptr);
         m_session.release()->deleteLater();
     }
 }
@@ -73,13 +81,40 @@ void SocketClient::refuse(const QString& reason)
     QTimer::singleShot(refusalTime, this, [this, reason] { drop(reason); });
 }
 
+/**
+ * Asks the client, with a ping that it must answer (RFC 6455, clause 5.5.2), whether it has what was sent.
+ * The socket knows less: with TLS, what is encrypted counts as written, and the system keeps some megabytes.
+ * The answer is a number that only a client that reads can know.
+ */
+void SocketClient::askForReceipt()
+{
+    const QByteArray mark = QByteArray::number(QRandomGenerator::system()->generate64());
+    m_receipts.push_back({mark, m_sent});
+    m_socket->ping(mark);
+}
+
+void SocketClient::takeReceipt(const QByteArray& mark)
+{
+    const auto receipt = std::find_if(m_receipts.begin(), m_receipts.end(),
+                                      [&](const Receipt& each) { return each.mark == mark; });
+    if (receipt != m_receipts.end()) {
+        m_received = receipt->sent;
+        m_receipts.erase(m_receipts.begin(), receipt + 1);
+    }
+}
+
 void SocketClient::send(const WireMessage& message)
 {
     if (m_dropped) {
         return;
     }
-    m_socket->sendBinaryMessage(message.toBytes());
-    if (m_socket->bytesToWrite() > m_config.maxWaitingBytes) {
+    const QByteArray bytes = message.toBytes();
+    m_socket->sendBinaryMessage(bytes);
+    m_sent += bytes.size();
+    if (m_sent - (m_receipts.empty() ? m_received : m_receipts.back().sent) >= receiptStep) {
+        askForReceipt();
+    }
+    if (waitingBytes() > m_config.maxWaitingBytes) {
         m_dropped = true;
         endSession();
         m_socket->abort();
@@ -138,6 +173,7 @@ void SocketClient::answerLogin(bool admitted)
     m_socket->setMaxAllowedIncomingMessageSize(m_config.maxMessageBytes);
     m_socket->setMaxAllowedIncomingFrameSize(m_config.maxMessageBytes);
     m_session = std::make_unique<ServerSession>(m_server, m_name);
+    m_session->setWaiting([this] { return waitingBytes(); });
     connect(m_session.get(), &ServerSession::replied, this,
             [this](const QString& command, quint64 request, const ServerReply& reply) {
                 WireMessage answer;

@@ -5,6 +5,7 @@
 
 #include <QWebSocket>
 
+#include <deque>
 #include <memory>
 #include <optional>
 
@@ -30,6 +31,9 @@ private:
     void login(const WireMessage& message);
     void answerLogin(bool admitted);
     void endSession();
+    qint64 waitingBytes() const { return m_sent - m_received; }
+    void askForReceipt();
+    void takeReceipt(const QByteArray& mark);
     void send(const WireMessage& message);
     void drop(const QString& reason);
     void refuse(const QString& reason);
@@ -42,6 +46,14 @@ private:
     QTimer m_loginTimer;
     QString m_name;            ///< Who logs in, for people.
     quint64 m_loginNumber = 0; ///< Of the login that is being checked; 0 for none.
+    struct Receipt
+    {
+        QByteArray mark;
+        qint64 sent; ///< Bytes, up to the question.
+    };
+    std::deque<Receipt> m_receipts; ///< That the client was asked for.
+    qint64 m_sent = 0;              ///< Bytes of messages.
+    qint64 m_received = 0;          ///< Of them, those that the client is known to have.
     bool m_dropped = false;
     bool m_refused = false; ///< Not dropped yet, but its messages are ignored.
 };

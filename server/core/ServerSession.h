@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QVariantMap>
 
+#include <functional>
+
 class ServerSession;
 
 /** The reply to a command that is not known yet. */
@@ -56,6 +58,12 @@ public:
      */
     LateReply replyLater();
 
+    /** Takes what returns how many bytes the client has not received; the transport's, which outlives it. */
+    void setWaiting(std::function<qint64()> waiting) { m_waiting = std::move(waiting); }
+
+    /** Returns how many bytes wait for the client; 0 where nothing ever waits. */
+    qint64 waitingBytes() const { return m_waiting ? m_waiting() : 0; }
+
     /** Emits eventRaised later, with the fields as the payload. */
     void raisePlainEvent(const QString& event, const QVariantMap& fields);
 
@@ -72,6 +80,7 @@ Q_SIGNALS:
 private:
     CommandExecutor& m_executor;
     const QString m_client;
+    std::function<qint64()> m_waiting;
     QString m_command;     ///< While it is being executed.
     quint64 m_request = 0; ///< Of that command.
 };

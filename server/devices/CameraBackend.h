@@ -3,6 +3,7 @@
 #include "protocol/CameraSettings.h"
 #include "server/devices/CameraPicture.h"
 #include "server/devices/CameraReport.h"
+#include "server/devices/CameraVideo.h"
 #include "server/devices/DeviceTalk.h"
 
 #include <QList>
@@ -99,6 +100,14 @@ public:
      * called then
      */
     virtual bool askPicture(const QString& /*camera*/, TakePicture /*take*/) { return false; }
+
+    /**
+     * Starts to open the video of one of its cameras. Each camera has one at a time. It ends before the back
+     * end.
+     *
+     * @return null for a kind without videos, and for a camera that is none of this kind
+     */
+    virtual std::unique_ptr<CameraVideo> openVideo(const QString& /*camera*/) { return nullptr; }
 
 Q_SIGNALS:
     /** A camera came, went, or changed its name or whether it is online. */

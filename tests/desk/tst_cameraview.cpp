@@ -46,6 +46,11 @@ public:
     void open() override {}
     bool send(const QString& command, const QVariant& payload, quint64 request) override
     {
+        if (command == "WatchCamera" || command == "UnwatchCamera") {
+            videos.append({command, payload.toString()});
+            videoRequests.append(request);
+            return accepts;
+        }
         commands.append(command);
         cameras.append(payload.toString());
         requests.append(request);
@@ -56,6 +61,8 @@ public:
     QStringList commands;
     QStringList cameras;
     QList<quint64> requests;
+    QList<QPair<QString, QString>> videos; // what is asked of them, and the camera
+    QList<quint64> videoRequests;
 };
 
 namespace {

@@ -7,6 +7,7 @@
 #include "tests/server/AwkwardServer.h"
 #include "tests/support/WavFiles.h"
 
+#include <QSslSocket>
 #include <QTcpSocket>
 
 #ifndef Q_OS_WIN
@@ -16,6 +17,23 @@
 #endif
 
 using namespace SocketHarness;
+
+namespace {
+
+/** Knows the session of the client that is there. */
+struct OneSession : CommandExecutor
+{
+    std::optional<ServerReply> execute(ServerSession&, const QString&, const QVariant&, quint64) override
+    {
+        return std::nullopt;
+    }
+    void openSession(ServerSession& opened) override { session = &opened; }
+    void closeSession(ServerSession&) override { session = nullptr; }
+
+    ServerSession* session = nullptr;
+};
+
+} // namespace
 
 class TestSocketServer : public QObject
 {
@@ -29,6 +47,9 @@ private Q_SLOTS:
     void nothingWaitsForAcknowledgements();
     void connectionIsMadeAgain();
     void slowClientIsDropped();
+    void receiptsCount();
+    void whatWaitsIsKnown_data();
+    void whatWaitsIsKnown();
     void tooManyClients();
     void twoHundredClients();
     void clientsAreKeptApart();
@@ -246,6 +267,80 @@ void TestSocketServer::slowClientIsDropped()
     // The others are served as ever.
     OpenedLink link(to(server));
     QVERIFY(link.isUp());
+}
+
+/** A client that reads may get any number of bytes, and nothing waits for it. */
+void TestSocketServer::receiptsCount()
+{
+    OneSession executor;
+    SocketConfig narrow = config();
+    narrow.maxWaitingBytes = 1 << 20;
+    SocketServer server(executor, narrow, nullptr);
+    QVERIFY(server.listen());
+    SocketLink link(to(server));
+    QSignalSpy events(&link, &ServerLink::eventRaised);
+    link.open();
+    QVERIFY(waitFor([&] { return executor.session != nullptr; }));
+    constexpr int count = 100;
+    for (int i = 1; i <= count; ++i) {
+        executor.session->raisePlainEvent("CameraVideo", {{"accessUnit", QByteArray(64 << 10, 'x')}});
+        QVERIFY(waitFor([&] { return events.size() == i; }));
+        QVERIFY(
+            waitFor([&] { return executor.session != nullptr && executor.session->waitingBytes() < 65536; }));
+    }
+    QCOMPARE(server.clients(), 1);
+}
+
+void TestSocketServer::whatWaitsIsKnown_data()
+{
+    QTest::addColumn<bool>("tls");
+    QTest::newRow("plain") << false;
+    QTest::newRow("TLS") << true;
+}
+
+/** What waits for a client that does not read: events go by it, and beyond a limit the client. */
+void TestSocketServer::whatWaitsIsKnown()
+{
+    QFETCH(bool, tls);
+    OneSession executor;
+    QString error;
+    const auto certificate = ServerCertificate::loadOrCreate(m_folder.filePath("tls5"), &error);
+    QVERIFY2(certificate, qPrintable(error));
+    SocketConfig narrow = config();
+    narrow.maxWaitingBytes = 4 << 20;
+    SocketServer server(executor, narrow, tls ? &*certificate : nullptr);
+    QVERIFY(server.listen());
+    QSslSocket socket;
+    socket.setPeerVerifyMode(QSslSocket::VerifyNone);
+    socket.setReadBufferSize(1024);
+    const auto port = static_cast<quint16>(server.url().port());
+    if (tls) {
+        socket.connectToHostEncrypted("127.0.0.1", port);
+        QVERIFY(waitFor([&] { return socket.isEncrypted(); }));
+    } else {
+        socket.connectToHost("127.0.0.1", port);
+    }
+    QVERIFY(waitFor([&] { return socket.state() == QAbstractSocket::ConnectedState; }));
+    const QByteArray login = loginOf("anna", "right");
+    socket.write("GET / HTTP/1.1\r\nHost: x\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+                 "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n");
+    QVERIFY(waitFor([&] { return server.clients() == 1; }));
+    QVERIFY(login.size() < 126);
+    socket.write(QByteArray("\x82").append(static_cast<char>(0x80 | login.size())) + QByteArray(4, '\0') +
+                 login);
+    QVERIFY(waitFor([&] { return executor.session != nullptr; }));
+    QVERIFY(executor.session->waitingBytes() < 1000); // the welcome
+    const QVariantMap picture{{"accessUnit", QByteArray(64 << 10, 'x')}};
+    qint64 most = 0;
+    for (int i = 0; i < 1000 && executor.session != nullptr; ++i) { // the systems at both ends take some
+        most = std::max(most, executor.session->waitingBytes());
+        executor.session->raisePlainEvent("CameraVideo", picture);
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(most > Limits::maxWaitingForVideo);
+    QVERIFY(most <= narrow.maxWaitingBytes + (1 << 20));
+    QVERIFY(executor.session == nullptr);
+    QVERIFY(waitFor([&] { return server.clients() == 0; }));
 }
 
 void TestSocketServer::tooManyClients()

@@ -53,12 +53,26 @@ struct RtspFailure
     int status = 0;
 };
 
-} // namespace
-
-std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice* choice,
-                                           const QString& talkCodec)
+/** Whether nobody listens at the address, or something ended the connection. */
+bool isUnreachable(const RtspFailure& failure)
 {
-    const RtspFailure failure(error);
+    return failure.is(GST_RESOURCE_ERROR_OPEN_READ_WRITE) || failure.is(GST_RESOURCE_ERROR_OPEN_READ);
+}
+
+LineRefusal unreachable()
+{
+    return {ReturnCode::cameraOffline, QStringLiteral("the camera cannot be reached")};
+}
+
+QString wordsOf(const RtspFailure& failure)
+{
+    return failure.status != 0 ? QStringLiteral("RTSP status %1").arg(failure.status)
+                               : QString::fromUtf8(failure.error->message);
+}
+
+/** What is the same for talks and videos; empty for the rest. */
+std::optional<LineRefusal> commonRefusal(const RtspFailure& failure)
+{
     const int status = failure.status;
     if (status == unauthorized || status == forbidden || failure.is(GST_RESOURCE_ERROR_NOT_AUTHORIZED)) {
         return LineRefusal{ReturnCode::loginRefused,
@@ -71,18 +85,53 @@ std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice
         return LineRefusal{ReturnCode::talkRefused,
                            QStringLiteral("the camera has no stream at this address")};
     }
+    return std::nullopt;
+}
+
+} // namespace
+
+LineRefusal LineRefusal::ofVideo(GstMessage* error, const SdpFormats::Video* video)
+{
+    const RtspFailure failure(error);
+    if (const auto refusal = commonRefusal(failure)) {
+        return *refusal;
+    }
+    if (video != nullptr && !video->stream) {
+        return noVideo(video->offered);
+    }
+    return isUnreachable(failure)
+               ? unreachable()
+               : LineRefusal{ReturnCode::noPicture,
+                             QStringLiteral("the camera refuses its video: %1").arg(wordsOf(failure))};
+}
+
+LineRefusal LineRefusal::noVideo(const QString& offered)
+{
+    return {ReturnCode::noPicture, offered.isEmpty()
+                                       ? QStringLiteral("the camera's stream has no video")
+                                       : QStringLiteral("the camera's video is %1, not H264").arg(offered)};
+}
+
+std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice* choice,
+                                           const QString& talkCodec)
+{
+    const RtspFailure failure(error);
+    if (const auto refusal = commonRefusal(failure)) {
+        return refusal;
+    }
     if (choice != nullptr && !choice->hasLoudspeaker) {
         return noLoudspeaker();
     }
     if (choice != nullptr && !choice->talkFormat) {
         return noCodec(choice->offered, talkCodec);
     }
-    if (status == unsupportedTransport || (choice != nullptr && failure.error->domain == GST_STREAM_ERROR)) {
+    if (failure.status == unsupportedTransport ||
+        (choice != nullptr && failure.error->domain == GST_STREAM_ERROR)) {
         return LineRefusal{ReturnCode::talkRefused,
                            QStringLiteral("the camera does not offer this transport")};
     }
-    if (failure.is(GST_RESOURCE_ERROR_OPEN_READ_WRITE) || failure.is(GST_RESOURCE_ERROR_OPEN_READ)) {
-        return LineRefusal{ReturnCode::cameraOffline, QStringLiteral("the camera cannot be reached")};
+    if (isUnreachable(failure)) {
+        return unreachable();
     }
     return choice != nullptr ? std::optional(other(error)) : std::nullopt;
 }
@@ -97,10 +146,7 @@ bool LineRefusal::isOfMethod(GstMessage* error)
 LineRefusal LineRefusal::other(GstMessage* error)
 {
     const RtspFailure failure(error);
-    return {ReturnCode::talkRefused,
-            QStringLiteral("the camera refuses the talk: %1")
-                .arg(failure.status != 0 ? QStringLiteral("RTSP status %1").arg(failure.status)
-                                         : QString::fromUtf8(failure.error->message))};
+    return {ReturnCode::talkRefused, QStringLiteral("the camera refuses the talk: %1").arg(wordsOf(failure))};
 }
 
 LineRefusal LineRefusal::noMethod()

@@ -18,6 +18,16 @@ struct LineRefusal
     static std::optional<LineRefusal> of(GstMessage* error, const StreamChoice* choice,
                                          const QString& talkCodec);
 
+    /**
+     * The same for its video.
+     *
+     * @param video null when the camera had not described itself
+     */
+    static LineRefusal ofVideo(GstMessage* error, const SdpFormats::Video* video);
+
+    /** There is no H.264. @param offered see SdpFormats::Video */
+    static LineRefusal noVideo(const QString& offered);
+
     /** Whether an error message of rtspsrc says that the camera does not take the method of a request. */
     static bool isOfMethod(GstMessage* error);
 

@@ -35,12 +35,12 @@ bool LineThreads::hasRoom()
     return m_running.size() + m_reserved.size() < m_maxLines;
 }
 
-void LineThreads::reserve(const std::shared_ptr<OnvifLine>& line)
+void LineThreads::reserve(const std::shared_ptr<LineWork>& line)
 {
     m_reserved.push_back(line);
 }
 
-void LineThreads::start(const std::shared_ptr<OnvifLine>& line)
+void LineThreads::start(const std::shared_ptr<LineWork>& line)
 {
     m_reserved.remove_if([&](const auto& each) { return each.lock() == line; });
     m_running.push_back({line, std::thread([line] { line->run(); })});

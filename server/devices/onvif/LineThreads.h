@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/devices/onvif/OnvifLine.h"
+#include "server/devices/onvif/LineWork.h"
 
 #include <list>
 #include <memory>
@@ -22,21 +22,21 @@ public:
     bool hasRoom();
 
     /** Keeps room for a line, as long as it exists, until it is started. */
-    void reserve(const std::shared_ptr<OnvifLine>& line);
+    void reserve(const std::shared_ptr<LineWork>& line);
 
     /** Runs a line to its end, for which there is room. */
-    void start(const std::shared_ptr<OnvifLine>& line);
+    void start(const std::shared_ptr<LineWork>& line);
 
 private:
     struct Running
     {
-        std::shared_ptr<OnvifLine> line;
+        std::shared_ptr<LineWork> line;
         std::thread thread;
     };
 
     void joinEnded();
 
     std::size_t m_maxLines;
-    std::list<std::weak_ptr<OnvifLine>> m_reserved;
+    std::list<std::weak_ptr<LineWork>> m_reserved;
     std::list<Running> m_running;
 };

@@ -4,6 +4,7 @@
 #include "protocol/ServerReply.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/OnvifInquiries.h"
+#include "server/devices/onvif/OnvifRefusal.h"
 #include "server/devices/onvif/OnvifTalk.h"
 
 #include <algorithm>
@@ -24,22 +25,6 @@ QString streamOf(const CameraAbilities& abilities)
                              [](const CameraStream& stream) { return !stream.address.isEmpty(); });
     }
     return found == streams.end() ? QString() : found->address.toString(QUrl::FullyEncoded);
-}
-
-/** The code for a camera that did not answer a question of ONVIF. */
-QString codeOf(OnvifError error)
-{
-    switch (error) {
-    case OnvifError::NotReachable:
-        return ReturnCode::cameraOffline;
-    case OnvifError::TimedOut:
-        return ReturnCode::cameraTimedOut;
-    case OnvifError::LoginNeeded:
-    case OnvifError::LoginRefused:
-        return ReturnCode::loginRefused;
-    default:
-        return ReturnCode::talkRefused;
-    }
 }
 
 } // namespace
@@ -132,7 +117,7 @@ void LocatedTalk::takeStream(const CameraAbilities& abilities)
         Q_EMIT located(stream);
         openLine(stream);
     } else if (abilities.error != OnvifError::None) {
-        Q_EMIT refused(codeOf(abilities.error), errorSentence(abilities));
+        Q_EMIT refused(returnCodeOf(abilities.error, ReturnCode::talkRefused), errorSentence(abilities));
     } else {
         Q_EMIT refused(ReturnCode::talkRefused, QStringLiteral("the camera gives no address of a stream"));
     }

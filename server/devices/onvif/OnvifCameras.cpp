@@ -3,6 +3,7 @@
 #include "protocol/ServerReply.h"
 #include "server/devices/RefusedTalk.h"
 #include "server/devices/onvif/LocatedTalk.h"
+#include "server/devices/onvif/OnvifVideo.h"
 
 #include <algorithm>
 
@@ -35,6 +36,7 @@ void OnvifCameras::setRecords(const QList<CameraRecord>& records)
     for (const CameraRecord& before : qAsConst(m_records)) {
         if (!records.contains(before)) {
             m_streams.remove(before.id);
+            m_videoStreams.remove(before.id);
         }
     }
     m_records = records;
@@ -55,11 +57,18 @@ QList<Camera> OnvifCameras::cameras() const
     return cameras;
 }
 
-std::unique_ptr<DeviceTalk> OnvifCameras::openTalk(const QString& camera)
+/** The record of a camera; null for one of no record. */
+const CameraRecord* OnvifCameras::recordOf(const QString& camera) const
 {
     const auto record = std::find_if(m_records.begin(), m_records.end(),
                                      [&](const CameraRecord& each) { return each.id == camera; });
-    if (record == m_records.end()) {
+    return record == m_records.end() ? nullptr : &*record;
+}
+
+std::unique_ptr<DeviceTalk> OnvifCameras::openTalk(const QString& camera)
+{
+    const CameraRecord* record = recordOf(camera);
+    if (record == nullptr) {
         return std::make_unique<RefusedTalk>(ReturnCode::cameraOffline,
                                              QStringLiteral("camera \"%1\" is not there").arg(camera));
     }
@@ -115,4 +124,19 @@ bool OnvifCameras::askCamera(const CameraRecord& camera, TakeReport take)
 bool OnvifCameras::askPicture(const QString& camera, TakePicture take)
 {
     return m_pictures.ask(camera, take);
+}
+
+std::unique_ptr<CameraVideo> OnvifCameras::openVideo(const QString& camera)
+{
+    const CameraRecord* record = recordOf(camera);
+    if (record == nullptr) {
+        return nullptr;
+    }
+    auto video = std::make_unique<OnvifVideo>(*record, m_config, m_threads, m_videoStreams.value(camera));
+    connect(video.get(), &OnvifVideo::located, this, [this, asked = *record](const QString& stream) {
+        if (m_records.contains(asked)) {
+            m_videoStreams.insert(asked.id, stream);
+        }
+    });
+    return video;
 }

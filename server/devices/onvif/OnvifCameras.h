@@ -24,13 +24,16 @@ public:
     bool findCameras(TakeFound take) override;
     bool askCamera(const CameraRecord& camera, TakeReport take) override;
     bool askPicture(const QString& camera, TakePicture take) override;
+    std::unique_ptr<CameraVideo> openVideo(const QString& camera) override;
 
 private:
+    const CameraRecord* recordOf(const QString& camera) const;
     void follow(const DeviceTalk& talk, const QString& camera);
 
     OnvifConfig m_config;
     QList<CameraRecord> m_records;
-    QHash<QString, QString> m_streams; ///< Addresses that talks have located, by id.
+    QHash<QString, QString> m_streams;      ///< Addresses that talks have located, by id.
+    QHash<QString, QString> m_videoStreams; ///< The same of videos.
     LineThreads m_threads;
     OnvifInquiries m_inquiries;
     OnvifPictures m_pictures;

@@ -3,6 +3,7 @@
 #include "server/devices/CameraBackend.h"
 #include "server/devices/onvif/LineRefusal.h"
 #include "server/devices/onvif/LineWatchdog.h"
+#include "server/devices/onvif/LineWork.h"
 #include "server/devices/onvif/OnvifConfig.h"
 #include "server/devices/onvif/RtspSession.h"
 #include "server/devices/onvif/TalkRecorder.h"
@@ -45,7 +46,7 @@ public:
  *
  * Whatever may block happens on the line's own thread, which runs run to the end, or on those of GStreamer.
  */
-class OnvifLine : private RtspSessionListener
+class OnvifLine : public LineWork, private RtspSessionListener
 {
 public:
     /**
@@ -57,23 +58,16 @@ public:
     OnvifLine(const OnvifLine&) = delete;
     OnvifLine& operator=(const OnvifLine&) = delete;
 
-    /** Opens the line, keeps it until close or a loss, and closes it. */
-    void run();
+    void run() override;
+    void close() override;
+    void forgetListener() override;
+    bool hasEnded() const override { return m_ended; }
 
     /** Sends sound, when the line is open. Any thread. @param muLaw 8000 Hz mono */
     void say(std::uint32_t position, const QByteArray& muLaw);
 
-    /** Starts to close the line. Any thread. */
-    void close();
-
-    /** No call of the listener is under way, or comes, when it returns. Any thread but the line's. */
-    void forgetListener();
-
     /** Takes an answer to lineAsks. Any thread. */
     void answered();
-
-    /** Whether run has returned. Any thread. */
-    bool hasEnded() const { return m_ended; }
 
 private:
     using Clock = std::chrono::steady_clock;

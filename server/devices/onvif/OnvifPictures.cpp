@@ -4,6 +4,7 @@
 #include "onvif/SnapshotClient.h"
 #include "protocol/Limits.h"
 #include "server/devices/onvif/OnvifInquiries.h"
+#include "server/devices/onvif/OnvifRefusal.h"
 
 namespace {
 
@@ -17,17 +18,7 @@ CameraPicture refusedPicture(OnvifError error, const QString& detail)
 {
     const QString words =
         onvifErrorText(error) + (detail.isEmpty() ? QString() : QStringLiteral(": ") + detail);
-    switch (error) {
-    case OnvifError::NotReachable:
-        return refusedPicture(ReturnCode::cameraOffline, words);
-    case OnvifError::TimedOut:
-        return refusedPicture(ReturnCode::cameraTimedOut, words);
-    case OnvifError::LoginNeeded:
-    case OnvifError::LoginRefused:
-        return refusedPicture(ReturnCode::loginRefused, words);
-    default:
-        return refusedPicture(ReturnCode::noPicture, words);
-    }
+    return refusedPicture(returnCodeOf(error, ReturnCode::noPicture), words);
 }
 
 } // namespace

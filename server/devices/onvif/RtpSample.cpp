@@ -25,6 +25,7 @@ std::optional<RtpVoice> RtpSample::read(GstSample* sample)
     voice.payload = QByteArray(static_cast<const char*>(gst_rtp_buffer_get_payload(&rtp)),
                                static_cast<int>(gst_rtp_buffer_get_payload_len(&rtp)));
     voice.timestamp = gst_rtp_buffer_get_timestamp(&rtp);
+    voice.sequence = gst_rtp_buffer_get_seq(&rtp);
     voice.marker = gst_rtp_buffer_get_marker(&rtp) != FALSE;
     voice.time = steadyMicroseconds();
     gst_rtp_buffer_unmap(&rtp);

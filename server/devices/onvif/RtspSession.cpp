@@ -82,9 +82,10 @@ bool RtspSession::start(Way way)
         g_object_set(source, "do-rtcp", FALSE,
                      nullptr); // the same as in stop: a report may be interrupted, too
     }
-    gst_util_set_object_arg(G_OBJECT(source), "backchannel", way == Way::Description ? "none" : "onvif");
+    const bool talks = way == Way::Play || way == Way::Record;
+    gst_util_set_object_arg(G_OBJECT(source), "backchannel", talks ? "onvif" : "none");
     gst_util_set_object_arg(G_OBJECT(source), "protocols",
-                            settings.transport == CameraTransport::Udp ? "udp" : "tcp");
+                            settings.transport == CameraTransport::Udp && way != Way::Video ? "udp" : "tcp");
     g_signal_connect(source, "on-sdp", G_CALLBACK(&RtspSession::onDescription), this);
     g_signal_connect(source, "select-stream", G_CALLBACK(&RtspSession::onStream), this);
     g_signal_connect(source, "pad-added", G_CALLBACK(&RtspSession::onPad), this);
@@ -105,6 +106,12 @@ std::optional<StreamChoice> RtspSession::choice() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_choice;
+}
+
+std::optional<SdpFormats::Video> RtspSession::video() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_video;
 }
 
 void RtspSession::push(const RtpPayload& payload)
@@ -166,12 +173,19 @@ void RtspSession::onDescription(GstElement* /*source*/, GstSDPMessage* descripti
     const std::lock_guard<std::mutex> lock(session->m_mutex);
     session->m_choice =
         StreamChoice::of(SdpFormats::soundsOf(description), session->m_camera.settings.talkCodec);
+    if (session->m_way == Way::Video) {
+        session->m_video = SdpFormats::videoOf(description);
+    }
 }
 
 /** Whether a section of the description is to be set up. */
 gboolean RtspSession::onStream(GstElement* /*source*/, guint stream, GstCaps* /*caps*/, RtspSession* session)
 {
     const HandOver::Scope scope(session);
+    if (session->m_way == Way::Video) {
+        const auto video = session->video();
+        return video && video->stream == stream ? TRUE : FALSE;
+    }
     const auto choice = session->choice();
     return choice && choice->wants(stream) ? TRUE : FALSE;
 }
@@ -187,7 +201,7 @@ void RtspSession::onPad(GstElement* /*source*/, GstPad* pad, RtspSession* sessio
     }
     {
         const std::lock_guard<std::mutex> lock(session->m_mutex);
-        if (!session->m_decoder) {
+        if (!session->m_decoder && session->m_way != Way::Video) {
             session->m_decoder =
                 RtpDecoder::create(SdpFormats::formatOf(gst_caps_get_structure(caps.get(), 0)));
         }
@@ -269,6 +283,10 @@ void RtspSession::hear(GstSample* sample)
     const HandOver::Scope scope(this);
     m_listener.sessionIsAlive();
     const auto voice = RtpSample::read(sample);
+    if (voice && m_way == Way::Video) {
+        m_listener.sessionShowed(*voice);
+        return;
+    }
     std::vector<VoicePacket> packets;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -24,9 +24,11 @@ public:
     virtual ~RtspSessionListener() = default;
 
     /** The camera sent a packet of sound or an RTCP report. */
-    virtual void sessionIsAlive() = 0;
+    virtual void sessionIsAlive() {}
     /** The camera says something. */
-    virtual void sessionSpoke(const VoicePacket& packet) = 0;
+    virtual void sessionSpoke(const VoicePacket& /*packet*/) {}
+    /** The camera shows something: a packet of its video. */
+    virtual void sessionShowed(const RtpVoice& /*packet*/) {}
 };
 
 /**
@@ -36,6 +38,7 @@ public:
  *
  *   push --> rtspsrc "push-backchannel-buffer" --> camera
  *   sessionSpoke <-- RtpDecoder <-- appsink <-- rtspsrc <-- camera
+ *   sessionShowed <----------------'
  *
  * Used by one thread, but for push.
  */
@@ -56,6 +59,7 @@ public:
         Play,        ///< With the loudspeaker, as ONVIF has it.
         Record,      ///< The same with RECORD in place of PLAY, as some cameras want it for what they hear.
         Description, ///< Without the loudspeaker.
+        Video,       ///< Its video alone, inside the RTSP connection.
     };
 
     /**
@@ -70,6 +74,9 @@ public:
 
     /** Returns what was chosen from the camera's description; empty before it came. */
     std::optional<StreamChoice> choice() const;
+
+    /** Returns the same of its video, for a session of videos. */
+    std::optional<SdpFormats::Video> video() const;
 
     /** Whether the camera wanted to be asked at another host or port, which gets nothing, least of all the
      * login. */
@@ -117,6 +124,7 @@ private:
 
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
+    std::optional<SdpFormats::Video> m_video;
     std::unique_ptr<RtpDecoder> m_decoder;
     bool m_isPushing = false;  ///< Somebody is in push.
     bool m_isStopping = false; ///< Nobody may begin to push.

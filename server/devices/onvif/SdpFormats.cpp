@@ -3,12 +3,14 @@
 #include "server/devices/onvif/GstPtr.h"
 
 #include <QRegularExpression>
+#include <QStringList>
 
 #include <cstring>
 
 namespace {
 
 constexpr unsigned maxSections = 64;
+constexpr int maxParameterSets = 16;
 
 QString textOf(const GstStructure* caps, const char* name)
 {
@@ -31,6 +33,12 @@ bool isName(const QString& text)
 {
     static const QRegularExpression name(QStringLiteral("\\A[-!#$%&'*+.^_`{|}~A-Z0-9]+\\z"));
     return text.size() <= SdpFormats::maxName && name.match(text).hasMatch();
+}
+
+bool isOf(const GstSDPMedia* media, const char* wanted)
+{
+    const char* kind = gst_sdp_media_get_media(media);
+    return kind != nullptr && std::strcmp(kind, wanted) == 0;
 }
 
 /** Payload types that need no rtpmap (RFC 3551, clause 6). */
@@ -84,8 +92,7 @@ std::vector<SdpFormats::Sound> SdpFormats::soundsOf(const GstSDPMessage* descrip
     const unsigned sections = std::min(gst_sdp_message_medias_len(description), maxSections);
     for (unsigned section = 0; section < sections && sounds.size() < maxSounds; ++section) {
         const GstSDPMedia* media = gst_sdp_message_get_media(description, section);
-        const char* kind = gst_sdp_media_get_media(media);
-        if (kind == nullptr || std::strcmp(kind, "audio") != 0) {
+        if (!isOf(media, "audio")) {
             continue;
         }
         Sound sound;
@@ -105,4 +112,37 @@ std::vector<SdpFormats::Sound> SdpFormats::soundsOf(const GstSDPMessage* descrip
         sounds.push_back(sound);
     }
     return sounds;
+}
+
+SdpFormats::Video SdpFormats::videoOf(const GstSDPMessage* description)
+{
+    Video video;
+    QStringList offered;
+    const unsigned sections = std::min(gst_sdp_message_medias_len(description), maxSections);
+    for (unsigned section = 0; section < sections && !video.stream; ++section) {
+        const GstSDPMedia* media = gst_sdp_message_get_media(description, section);
+        const char* first =
+            gst_sdp_media_formats_len(media) > 0 ? gst_sdp_media_get_format(media, 0) : nullptr;
+        if (!isOf(media, "video") || first == nullptr) {
+            continue;
+        }
+        // The first format alone: rtspsrc sets up no other one.
+        const GstPtr<GstCaps> caps(gst_sdp_media_get_caps_from_media(media, QByteArray(first).toInt()));
+        if (!caps || gst_caps_get_size(caps.get()) == 0) {
+            continue;
+        }
+        const GstStructure* format = gst_caps_get_structure(caps.get(), 0);
+        const QString encoding = textOf(format, "encoding-name").toUpper();
+        if (encoding == QLatin1String("H264")) {
+            video.stream = section;
+            const QStringList sets = textOf(format, "sprop-parameter-sets").split(',', Qt::SkipEmptyParts);
+            for (const QString& set : sets.mid(0, maxParameterSets)) {
+                video.parameterSets.append(QByteArray::fromBase64(set.toLatin1()));
+            }
+        } else if (isName(encoding) && offered.size() < static_cast<int>(maxSounds)) {
+            offered.append(encoding);
+        }
+    }
+    video.offered = offered.join(QStringLiteral(", "));
+    return video;
 }

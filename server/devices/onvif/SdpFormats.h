@@ -5,6 +5,9 @@
 #include <gst/gst.h>
 #include <gst/sdp/gstsdpmessage.h>
 
+#include <QList>
+
+#include <optional>
 #include <vector>
 
 /** What a session description says of sound. Any thread. */
@@ -22,10 +25,21 @@ struct Sound
     std::vector<RtpFormat> formats; ///< In the camera's order of preference.
 };
 
+/** The video of a camera. */
+struct Video
+{
+    std::optional<unsigned> stream;  ///< Number of its section; empty when none has H.264.
+    QList<QByteArray> parameterSets; ///< That the description has, NAL units (RFC 6184, clause 8.1).
+    QString offered;                 ///< The codecs of all videos, for people: "H265"; empty for none.
+};
+
 /** Reads the description of a stream; without an encoding when it has none. */
 RtpFormat formatOf(const GstStructure* caps);
 
 /** Returns the sounds of a description. */
 std::vector<Sound> soundsOf(const GstSDPMessage* description);
+
+/** Returns the first video of a description with H.264. */
+Video videoOf(const GstSDPMessage* description);
 
 } // namespace SdpFormats

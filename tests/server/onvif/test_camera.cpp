@@ -13,6 +13,8 @@
 //   hears N              its first packet
 //   teardown             a client has ended its session
 //   closed N PACKETS     nothing is left of a session
+//   shows N              the N-th session without a backchannel, with --video
+//   shown N              nothing is left of it
 //   option               an OPTIONS request
 //   describe             a DESCRIBE request
 
@@ -114,6 +116,7 @@ const std::map<std::string, CameraCodec>& codecs()
 TestCameraOptions options;
 std::atomic<int> talks{0};
 std::atomic<int> clients{0};
+std::atomic<int> videos{0};
 
 template<class... Values>
 void report(const char* format, Values... values)
@@ -145,6 +148,71 @@ std::string numbered(const std::string& path, int number)
     return number == 1 ? path : path + "-" + std::to_string(number);
 }
 
+/** The pictures of a file of H.264 with one slice each: access units with their start codes. */
+std::vector<std::string> picturesOf(const std::string& path)
+{
+    std::string bytes;
+    if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
+        char buffer[4096];
+        for (std::size_t count = 0; (count = std::fread(buffer, 1, sizeof buffer, file)) > 0;) {
+            bytes.append(buffer, count);
+        }
+        std::fclose(file);
+    }
+    const std::string start("\0\0\0\1", 4);
+    std::vector<std::string> pictures;
+    std::string picture;
+    for (std::size_t at = bytes.find(start); at != std::string::npos;) {
+        const std::size_t next = bytes.find(start, at + start.size());
+        const std::string nal = bytes.substr(at, next == std::string::npos ? next : next - at);
+        picture += nal;
+        const int type = nal[start.size()] & 31;
+        if (type == 1 || type == 5) {
+            pictures.push_back(picture);
+            picture.clear();
+        }
+        at = next;
+    }
+    return pictures;
+}
+
+/** Shows the pictures of a file again and again, at the pace of a camera. */
+class Picture
+{
+public:
+    /** @param source an appsrc, owned */
+    explicit Picture(GstElement* source) : m_source(source), m_thread([this] { show(); }) {}
+    ~Picture()
+    {
+        m_running = false;
+        m_thread.join();
+        gst_object_unref(m_source);
+    }
+
+private:
+    void show()
+    {
+        const auto pictures = picturesOf(options.text("video"));
+        const auto pace = std::chrono::milliseconds(1000 / options.number("video-rate", 25));
+        auto due = Clock::now();
+        for (std::size_t i = 0; m_running && !pictures.empty();) {
+            due = std::max(due + pace, Clock::now() - std::chrono::seconds(1));
+            std::this_thread::sleep_until(due);
+            GstState state = GST_STATE_NULL;
+            gst_element_get_state(m_source, &state, nullptr, 0);
+            if (state == GST_STATE_PLAYING) {
+                const std::string& picture = pictures[i++ % pictures.size()];
+                gst_app_src_push_buffer(GST_APP_SRC(m_source),
+                                        gst_buffer_new_memdup(picture.data(), picture.size()));
+            }
+        }
+    }
+
+    GstElement* m_source;
+    std::atomic<bool> m_running{true};
+    std::thread m_thread; // the last: it uses the others
+};
+
 /** One client: what it says is recorded and perhaps echoed. */
 class Session
 {
@@ -159,11 +227,19 @@ public:
         if (m_source != nullptr) {
             m_thread = std::thread([this] { speak(); });
         }
+        if (GstElement* source = gst_bin_get_by_name_recurse_up(GST_BIN(element), "eye")) {
+            m_picture = std::make_unique<Picture>(source);
+        }
+        if (number == 0 && options.has("video")) {
+            m_video = ++videos;
+            report("shows %d", m_video);
+        }
     }
 
     ~Session()
     {
         m_running = false;
+        m_picture.reset();
         if (m_thread.joinable()) {
             m_thread.join();
         }
@@ -176,6 +252,9 @@ public:
         }
         if (m_number != 0) {
             report("closed %d %d", m_number, m_packets);
+        }
+        if (m_video != 0) {
+            report("shown %d", m_video);
         }
     }
 
@@ -301,6 +380,8 @@ private:
     }
 
     int m_number;
+    int m_video = 0; // number of a session without a backchannel
+    std::unique_ptr<Picture> m_picture;
     GstElement* m_source = nullptr;
     std::FILE* m_record = nullptr;
     std::FILE* m_log = nullptr;
@@ -312,6 +393,21 @@ private:
     std::atomic<bool> m_running{true};
     std::thread m_thread;
 };
+
+std::string pictureLaunch()
+{
+    if (!options.has("video")) {
+        return "";
+    }
+    if (options.text("video") == "jpeg") {
+        return " videotestsrc is-live=true ! video/x-raw,width=64,height=48,format=I420 ! jpegenc ! "
+               "rtpjpegpay name=pay1 pt=26";
+    }
+    return " appsrc name=eye is-live=true do-timestamp=true format=time leaky-type=downstream "
+           "max-buffers=3 "
+           "caps=video/x-h264,stream-format=byte-stream,alignment=au ! rtph264pay name=pay1 pt=96 "
+           "config-interval=0";
+}
 
 std::string voiceLaunch()
 {
@@ -328,7 +424,8 @@ std::string voiceLaunch()
            ",channels=1 ! audioconvert ! " + codec.encode + (isAal2 ? " " : " name=pay0 ") +
            "pt=" + std::to_string(codec.payloadType) +
            (frames ? "" : " min-ptime=20000000 max-ptime=20000000") +
-           (isAal2 ? " ! capsfilter name=pay0 caps=application/x-rtp," + codec.caps : "") + " )";
+           (isAal2 ? " ! capsfilter name=pay0 caps=application/x-rtp," + codec.caps : "") + pictureLaunch() +
+           " )";
 }
 
 std::string backLaunch()
