@@ -89,7 +89,7 @@ std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice
 
 bool LineRefusal::isOfMethod(GstMessage* error)
 {
-    // 405 and 501 never come here: rtspsrc takes them for consent.
+    // RtspGuard makes 455 of 405 and 501.
     const int status = RtspFailure(error).status;
     return status == badRequest || status == methodNotValid || status == aggregateNotAllowed;
 }
@@ -113,6 +113,18 @@ LineRefusal LineRefusal::elsewhere()
 {
     return {ReturnCode::talkRefused,
             QStringLiteral("the camera sends to another address, which is not followed")};
+}
+
+LineRefusal LineRefusal::endless()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera sends from one of its addresses to the next, without an end")};
+}
+
+LineRefusal LineRefusal::neither()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera refuses the talk: it takes neither PLAY nor RECORD")};
 }
 
 LineRefusal LineRefusal::noLoudspeaker()

@@ -30,6 +30,12 @@ struct LineRefusal
     /** The camera wants to be asked at another address. */
     static LineRefusal elsewhere();
 
+    /** The camera wants to be asked at one of its addresses after the other. */
+    static LineRefusal endless();
+
+    /** The camera refuses PLAY and RECORD. */
+    static LineRefusal neither();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

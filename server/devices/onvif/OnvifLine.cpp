@@ -170,10 +170,7 @@ void OnvifLine::watch()
     }
 }
 
-/**
- * A session that records counts as open when the camera sends something: rtspsrc reports a method that the
- * camera does not know as a success.
- */
+/** RECORD is a guess: such a session counts as open when the camera sends something. */
 void OnvifLine::watchOpening(Clock::time_point now)
 {
     if (m_state != State::Opening) {
@@ -182,8 +179,7 @@ void OnvifLine::watchOpening(Clock::time_point now)
     if (m_plays && (!m_hasTriedToRecord || m_hasShownLife)) {
         open();
     } else if (m_plays && now >= m_lifeDeadline) {
-        refuse({ReturnCode::talkRefused,
-                QStringLiteral("the camera refuses the talk: it takes neither PLAY nor RECORD")});
+        refuse(LineRefusal::neither());
     } else if (now >= m_deadline) {
         refuse({ReturnCode::cameraTimedOut, QStringLiteral("the camera did not answer in time")});
     }
@@ -255,11 +251,19 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::untrusted());
         return;
     }
-    if (m_session->wasSentElsewhere()) {
+    if (m_session->guard().wasSentElsewhere()) {
         refuse(LineRefusal::elsewhere());
         return;
     }
-    if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message) && !m_hasTriedToRecord) {
+    if (m_session->guard().wasSentTooOften()) {
+        refuse(LineRefusal::endless());
+        return;
+    }
+    if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message)) {
+        if (m_hasTriedToRecord) {
+            refuse(LineRefusal::neither());
+            return;
+        }
         m_hasTriedToRecord = true;
         takeDown();
         if (startSession(RtspSession::Way::Record)) {

@@ -5,6 +5,7 @@
 #include "server/devices/onvif/OnvifConfig.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/RtpEncoder.h"
+#include "server/devices/onvif/RtspGuard.h"
 #include "server/devices/onvif/StreamChoice.h"
 
 #include <gio/gio.h>
@@ -71,9 +72,8 @@ public:
     /** Returns what was chosen from the camera's description; empty before it came. */
     std::optional<StreamChoice> choice() const;
 
-    /** Whether the camera wanted to be asked at another host or port, which gets nothing, least of all the
-     * login. */
-    bool wasSentElsewhere() const { return m_wasSentElsewhere; }
+    /** Returns what watches over the answers of a session that was started. */
+    const RtspGuard& guard() const { return *m_guard; }
 
     /** Whether the last request was a PLAY. */
     bool hasAskedToPlay() const { return m_hasAskedToPlay; }
@@ -111,6 +111,7 @@ private:
     const CameraRecord& m_camera;
     const OnvifConfig m_config;
     RtspSessionListener& m_listener;
+    std::shared_ptr<RtspGuard> m_guard; ///< Of the rtspsrc.
     GstPtr<GstElement> m_pipeline;
     GstPtr<GstElement> m_source; ///< The rtspsrc.
     GstPtr<GstBus> m_bus;
@@ -124,7 +125,6 @@ private:
 
     Way m_way = Way::Play; ///< Changed by start alone.
     std::atomic<bool> m_hasAskedToPlay{false};
-    std::atomic<bool> m_wasSentElsewhere{false};
     std::atomic<bool> m_untrusted{false};
     std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
 
