@@ -1,92 +1,10 @@
 #include "onvif/HttpDigest.h"
 
-#include <QList>
-#include <QMap>
+#include "onvif/HttpChallenge.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
-
-/** One challenge: its scheme, and its parameters by their names in small letters. */
-struct Challenge
-{
-    QByteArray scheme;
-    QMap<QByteArray, QByteArray> parameters;
-};
-
-bool isTokenCharacter(char character)
-{
-    return character > ' ' && character < '\x7f' && std::strchr("()<>@,;:\\\"/[]?={}", character) == nullptr;
-}
-
-/** Takes the words, quoted texts and signs of a header one after the other. */
-class HeaderReader
-{
-public:
-    explicit HeaderReader(const QByteArray& header) : m_header(header) {}
-
-    bool atEnd() const { return m_at >= m_header.size(); }
-    char next() const { return m_header[m_at]; }
-    void skip() { ++m_at; }
-    void skipBlanks()
-    {
-        while (!atEnd() && (next() == ' ' || next() == '\t')) {
-            ++m_at;
-        }
-    }
-    QByteArray token()
-    {
-        const int start = m_at;
-        while (!atEnd() && isTokenCharacter(next())) {
-            ++m_at;
-        }
-        return m_header.mid(start, m_at - start);
-    }
-    /** Takes a quoted text; what is between the quotes stays as it is, as the hashes want it. */
-    QByteArray quoted()
-    {
-        const int start = ++m_at;
-        while (!atEnd() && next() != '"') {
-            m_at += next() == '\\' ? 2 : 1;
-        }
-        QByteArray text = m_header.mid(start, std::min(m_at, m_header.size()) - start);
-        ++m_at;
-        return text;
-    }
-
-private:
-    const QByteArray& m_header;
-    int m_at = 0;
-};
-
-QList<Challenge> challengesOf(const QByteArray& header)
-{
-    QList<Challenge> challenges;
-    HeaderReader reader(header);
-    while (!reader.atEnd()) {
-        reader.skipBlanks();
-        const QByteArray word = reader.token();
-        if (word.isEmpty()) {
-            if (!reader.atEnd()) {
-                reader.skip(); // a comma, or what does not belong here
-            }
-            continue;
-        }
-        reader.skipBlanks();
-        if (reader.atEnd() || reader.next() != '=') {
-            challenges.append({word.toLower(), {}});
-            continue;
-        }
-        reader.skip();
-        reader.skipBlanks();
-        const QByteArray value = !reader.atEnd() && reader.next() == '"' ? reader.quoted() : reader.token();
-        if (!challenges.isEmpty()) {
-            challenges.last().parameters.insert(word.toLower(), value);
-        }
-    }
-    return challenges;
-}
 
 QByteArray quotedText(QByteArray text)
 {
@@ -101,8 +19,8 @@ std::optional<HttpDigest> HttpDigest::fromChallenges(const QByteArray& header)
         return std::nullopt;
     }
     std::optional<HttpDigest> chosen;
-    const QList<Challenge> challenges = challengesOf(header);
-    for (const Challenge& challenge : challenges) {
+    const QList<HttpChallenge> challenges = HttpChallenge::of(header);
+    for (const HttpChallenge& challenge : challenges) {
         const QByteArray algorithm = challenge.parameters.value("algorithm");
         const bool sha = algorithm.toUpper() == "SHA-256";
         const bool known = sha || algorithm.isEmpty() || algorithm.toUpper() == "MD5";
@@ -127,10 +45,10 @@ std::optional<HttpDigest> HttpDigest::fromChallenges(const QByteArray& header)
 
 bool HttpDigest::isBasicOnly(const QByteArray& header)
 {
-    const QList<Challenge> challenges = challengesOf(header.left(maxChallengeBytes));
+    const QList<HttpChallenge> challenges = HttpChallenge::of(header.left(maxChallengeBytes));
     return !challenges.isEmpty() && header.size() <= maxChallengeBytes &&
            std::all_of(challenges.begin(), challenges.end(),
-                       [](const Challenge& challenge) { return challenge.scheme == "basic"; });
+                       [](const HttpChallenge& challenge) { return challenge.scheme == "basic"; });
 }
 
 QByteArray HttpDigest::authorization(const QByteArray& method, const QByteArray& uri, const QString& user,

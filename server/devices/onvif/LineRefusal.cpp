@@ -138,7 +138,7 @@ std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice
 
 bool LineRefusal::isOfMethod(GstMessage* error)
 {
-    // 405 and 501 come here as 455, see RtspAnswers.
+    // RtspGuard makes 455 of 405 and 501.
     const int status = RtspFailure(error).status;
     return status == badRequest || status == methodNotValid || status == aggregateNotAllowed;
 }
@@ -165,6 +165,12 @@ LineRefusal LineRefusal::elsewhere()
 {
     return {ReturnCode::talkRefused,
             QStringLiteral("the camera sends to another address, which is not followed")};
+}
+
+LineRefusal LineRefusal::endless()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera sends from one of its addresses to the next, without an end")};
 }
 
 LineRefusal LineRefusal::noLoudspeaker()

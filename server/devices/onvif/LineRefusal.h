@@ -43,6 +43,9 @@ struct LineRefusal
     /** The camera wants to be asked at another address. */
     static LineRefusal elsewhere();
 
+    /** The camera wants to be asked at one of its addresses after the other. */
+    static LineRefusal endless();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

@@ -236,8 +236,12 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::untrusted());
         return;
     }
-    if (m_session->wasSentElsewhere()) {
+    if (m_session->guard().wasSentElsewhere()) {
         refuse(LineRefusal::elsewhere());
+        return;
+    }
+    if (m_session->guard().wasSentTooOften()) {
+        refuse(LineRefusal::endless());
         return;
     }
     if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message)) {

@@ -2,12 +2,10 @@
 
 #include "server/devices/onvif/HandOver.h"
 #include "server/devices/onvif/RtpSample.h"
-#include "server/devices/onvif/RtspAnswers.h"
 
 #include <gst/app/gstappsink.h>
 
 #include <QRandomGenerator>
-#include <QUrl>
 
 namespace {
 
@@ -22,10 +20,7 @@ constexpr int maxWaitingPackets = 50;       // of the camera's voice; older ones
 void initGStreamer()
 {
     static std::once_flag once;
-    std::call_once(once, [] {
-        gst_init(nullptr, nullptr);
-        RtspAnswers::install();
-    });
+    std::call_once(once, [] { gst_init(nullptr, nullptr); });
 }
 
 template<class Duration>
@@ -37,13 +32,6 @@ guint64 count(milliseconds time)
 bool isTls(const QString& address)
 {
     return address.startsWith(QLatin1String("rtsps:"), Qt::CaseInsensitive);
-}
-
-/** Whether a request goes to the host and the port of a camera's address. */
-bool isSameServer(const QUrl& request, const QUrl& address)
-{
-    const int port = defaultRtspPort(address.scheme());
-    return request.host() == address.host() && request.port(port) == address.port(port);
 }
 
 } // namespace
@@ -65,17 +53,18 @@ bool RtspSession::start(Way way)
     m_way = way;
     m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
     m_bus.reset(gst_element_get_bus(m_pipeline.get()));
-    GstElement* source = gst_element_factory_make("rtspsrc", nullptr);
+    m_guard = std::make_shared<RtspGuard>(m_camera.address);
+    GstElement* source = m_guard->makeSource();
     if (source == nullptr) {
         return false;
     }
     gst_bin_add(GST_BIN(m_pipeline.get()), source);
     m_source.reset(GST_ELEMENT(gst_object_ref(source)));
     const CameraSettings& settings = m_camera.settings;
-    g_object_set(source, "location", m_camera.address.toUtf8().constData(), "user-id",
-                 m_camera.username.toUtf8().constData(), "user-pw", m_camera.password.toUtf8().constData(),
-                 "latency", static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency", TRUE,
-                 "udp-reconnect", FALSE, "tcp-timeout",
+    g_object_set(source, "user-id", m_camera.username.toUtf8().constData(), "user-pw",
+                 m_camera.password.toUtf8().constData(), "latency",
+                 static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency", TRUE, "udp-reconnect",
+                 FALSE, "tcp-timeout",
                  count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
                  guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
     if (isTls(m_camera.address)) {
@@ -251,20 +240,13 @@ gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request,
 {
     const HandOver::Scope scope(session);
     GstRTSPMethod method = GST_RTSP_INVALID;
-    const gchar* uri = nullptr;
-    gst_rtsp_message_parse_request(request, &method, &uri, nullptr);
-    if (method == GST_RTSP_DESCRIBE || method == GST_RTSP_OPTIONS) {
-        // Addresses of later requests may be others: they go over this connection all the same.
-        session->m_wasSentElsewhere =
-            session->m_wasSentElsewhere ||
-            (!session->choice() && !isSameServer(QUrl(QString::fromUtf8(uri)), session->m_camera.address));
-    }
+    gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
     session->m_hasAskedToPlay = method == GST_RTSP_PLAY;
     if (method == GST_RTSP_PLAY && session->m_way == Way::Record) {
         request->type_data.request.method = GST_RTSP_RECORD;
     }
     const bool isNeedless = method == GST_RTSP_PAUSE && isTls(session->m_camera.address);
-    return isNeedless || session->m_isMute || session->m_wasSentElsewhere ? FALSE : TRUE;
+    return isNeedless || session->m_isMute ? FALSE : TRUE;
 }
 
 /** Asked when a certificate is not trusted, before anything is sent. */

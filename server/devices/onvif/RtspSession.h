@@ -5,6 +5,7 @@
 #include "server/devices/onvif/OnvifConfig.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/RtpEncoder.h"
+#include "server/devices/onvif/RtspGuard.h"
 #include "server/devices/onvif/StreamChoice.h"
 
 #include <gio/gio.h>
@@ -78,9 +79,8 @@ public:
     /** Returns the same of its video, for a session of videos. */
     std::optional<SdpFormats::Video> video() const;
 
-    /** Whether the camera wanted to be asked at another host or port, which gets nothing, least of all the
-     * login. */
-    bool wasSentElsewhere() const { return m_wasSentElsewhere; }
+    /** Returns what watches over the answers of a session that was started. */
+    const RtspGuard& guard() const { return *m_guard; }
 
     /** Whether the last request was a PLAY. */
     bool hasAskedToPlay() const { return m_hasAskedToPlay; }
@@ -118,6 +118,7 @@ private:
     const CameraRecord& m_camera;
     const OnvifConfig m_config;
     RtspSessionListener& m_listener;
+    std::shared_ptr<RtspGuard> m_guard; ///< Of the rtspsrc.
     GstPtr<GstElement> m_pipeline;
     GstPtr<GstElement> m_source; ///< The rtspsrc.
     GstPtr<GstBus> m_bus;
@@ -132,7 +133,6 @@ private:
 
     Way m_way = Way::Play; ///< Changed by start alone.
     std::atomic<bool> m_hasAskedToPlay{false};
-    std::atomic<bool> m_wasSentElsewhere{false};
     std::atomic<bool> m_untrusted{false};
     std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
 

@@ -80,9 +80,11 @@ void VideoLine::handle(GstMessage* message)
     switch (GST_MESSAGE_TYPE(message)) {
     case GST_MESSAGE_ERROR: {
         const auto video = m_session->video();
-        end(m_session->isUntrusted()        ? LineRefusal::untrusted()
-            : m_session->wasSentElsewhere() ? LineRefusal::elsewhere()
-                                            : LineRefusal::ofVideo(message, video ? &*video : nullptr));
+        end(m_session->isUntrusted()                ? LineRefusal::untrusted()
+            : m_session->guard().wasSentElsewhere() ? LineRefusal::elsewhere()
+            : m_session->guard().wasSentTooOften()
+                ? LineRefusal::endless()
+                : LineRefusal::ofVideo(message, video ? &*video : nullptr));
         break;
     }
     case GST_MESSAGE_WARNING: {

@@ -1,6 +1,7 @@
 // Lines to cameras that do what gst-rtsp-server never does.
 
 #include "protocol/ServerReply.h"
+#include "server/devices/onvif/RtspGuard.h"
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
 
@@ -16,6 +17,12 @@ private Q_SLOTS:
     void refusesToRecord();
     void sendsElsewhere_data();
     void sendsElsewhere();
+    void sendsInACircle_data();
+    void sendsInACircle();
+    void wantsALoginOfNoForm_data();
+    void wantsALoginOfNoForm();
+    void wantsALoginAmongOthers_data();
+    void wantsALoginAmongOthers();
     void streamsElsewhere();
     void answersWithoutAnEnd_data();
     void answersWithoutAnEnd();
@@ -86,27 +93,137 @@ void TestOnvifScripts::refusesToRecord()
 
 void TestOnvifScripts::sendsElsewhere_data()
 {
+    QTest::addColumn<QByteArray>("method");
     QTest::addColumn<QByteArray>("status");
-    QTest::newRow("for a while") << QByteArray("302 Moved Temporarily");
-    QTest::newRow("for ever") << QByteArray("301 Moved Permanently");
+    QTest::addColumn<QByteArray>("to"); // empty: another server that listens
+    for (const char* method : {"OPTIONS", "DESCRIBE", "SETUP", "PLAY"}) {
+        QTest::addRow("%s, for a while", method)
+            << QByteArray(method) << QByteArray("302 Moved Temporarily") << QByteArray();
+        QTest::addRow("%s, for ever", method)
+            << QByteArray(method) << QByteArray("301 Moved Permanently") << QByteArray();
+    }
+    const auto row = [](const char* name, const QByteArray& to) {
+        QTest::newRow(name) << QByteArray("DESCRIBE") << QByteArray("302 Moved Temporarily") << to;
+    };
+    row("to a port where nobody listens", "rtsp://127.0.0.1:1/talk");
+    row("to TLS", "rtsps://HERE/talk");
+    row("through a tunnel", "rtsph://HERE/talk");
+    row("to a name in the place of a user", "rtsp://HERE@127.0.0.2/talk");
+    row("to no address", "talk");
+    row("nowhere", "");
 }
 
-/** The login belongs to the camera's address. */
+/** The login and the sound belong to the camera's address. */
 void TestOnvifScripts::sendsElsewhere()
 {
+    QFETCH(QByteArray, method);
     QFETCH(QByteArray, status);
+    QFETCH(QByteArray, to);
     ScriptedRtsp camera;
     ScriptedRtsp other;
     const QByteArray challenge = "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"other\"\r\n\r\n";
     other.answers["OPTIONS"] = challenge;
     other.answers["DESCRIBE"] = challenge;
-    camera.answers["DESCRIBE"] = status + "\r\nLocation: " + other.address().toLatin1() + "\r\n\r\n";
+    const QByteArray here = camera.address("").toLatin1().mid(7);
+    const QByteArray target = to.isNull() ? other.address().toLatin1() : QByteArray(to).replace("HERE", here);
+    camera.answers[method] = status + (target.isEmpty() ? "" : "\r\nLocation: " + target) + "\r\n\r\n";
     TalkProbe probe(camera.address(), CameraSettings(), "anna", "secret");
     QVERIFY(probe.refuse());
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
-    QVERIFY2(other.requests.isEmpty(), other.requests.value(0).constData());
+    QCOMPARE(other.connections, 0);
+    QCOMPARE(camera.connections, 1);
     QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
     QVERIFY2(probe.reason.contains("another address"), qPrintable(probe.reason));
+}
+
+void TestOnvifScripts::sendsInACircle_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::newRow("OPTIONS") << QByteArray("OPTIONS");
+    QTest::newRow("DESCRIBE") << QByteArray("DESCRIBE");
+}
+
+void TestOnvifScripts::sendsInACircle()
+{
+    QFETCH(QByteArray, method);
+    ScriptedRtsp camera;
+    const auto sendTo = [&](const QString& path) {
+        return "302 Moved Temporarily\r\nLocation: " + camera.address(path).toLatin1() + "\r\n\r\n";
+    };
+    camera.answers[method + " /talk"] = sendTo("/other");
+    camera.answers[method + " /other"] = sendTo("/talk");
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("to the next"), qPrintable(probe.reason));
+    QCOMPARE(camera.connections, RtspGuard::maxRedirects + 1);
+}
+
+void TestOnvifScripts::wantsALoginOfNoForm_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("challenge");
+    for (const char* method : {"OPTIONS", "DESCRIBE", "SETUP", "PLAY"}) {
+        QTest::addRow("%s", method) << QByteArray(method) << QByteArray("Digest x");
+    }
+    for (const char* challenge :
+         {"", "Digest", "Digest ", "Digest x", "Digest realm", "Digest =", "Digest realm=",
+          "Digest ,realm=\"y\"", "Digest realm=\"y\", nonce", "Digest realm, nonce=\"\"",
+          "Digest realm=\"y\", nonce=\"z\", algorithm=x", "Basic, Digest", "Basic realm, Digest", "Foo"}) {
+        QTest::addRow("'%s'", challenge) << QByteArray("DESCRIBE") << QByteArray(challenge);
+    }
+    QTest::newRow("without an end") << QByteArray("DESCRIBE") << "Digest realm=\"" + QByteArray(100000, 'x');
+}
+
+/** With a login and without one; rtspsrc itself does not survive most of them. */
+void TestOnvifScripts::wantsALoginOfNoForm()
+{
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, challenge);
+    for (const char* user : {"", "anna"}) {
+        ScriptedRtsp camera;
+        camera.answers[method] = "401 Unauthorized\r\nWWW-Authenticate: " + challenge + "\r\n\r\n";
+        CameraSettings settings;
+        settings.openTimeout = 2000;
+        TalkProbe probe(camera.address(), settings, user, user);
+        QVERIFY(probe.refuse());
+        if (challenge.size() < 1000) { // else rtspsrc does not read the answer at all
+            QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
+        }
+        QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    }
+}
+
+void TestOnvifScripts::wantsALoginAmongOthers_data()
+{
+    QTest::addColumn<QByteArray>("challenges");
+    QTest::addColumn<QByteArray>("login");
+    const QByteArray digest = "Digest username=\"anna\", realm=\"the gate\", nonce=\"z\"";
+    const auto row = [](const char* name, const QByteArray& challenges, const QByteArray& login) {
+        QTest::newRow(name) << challenges << login;
+    };
+    row("parameters without a value", "Digest realm=\"the gate\", nonce=\"z\", stale, foo", digest);
+    row("the stronger one", "Basic realm=\"x\", Digest realm=\"the gate\", nonce=\"z\"", digest);
+    row("a hash that it has not",
+        "Digest realm=\"no\", nonce=\"no\", algorithm=SHA-256, Digest realm=\"the gate\", nonce=\"z\", "
+        "algorithm=MD5",
+        digest);
+    row("the first one", "Digest realm=\"the gate\", nonce=\"z\", Digest realm=\"no\", nonce=\"no\"", digest);
+    row("two headers", "Foo x=1\r\nWWW-Authenticate: Digest realm=\"the gate\", nonce=\"z\"", digest);
+    row("Basic", "Digest, Basic realm=\"x\"", "Basic YW5uYTpzZWNyZXQ=");
+    row("Basic without a realm", "Basic", "Basic YW5uYTpzZWNyZXQ=");
+}
+
+void TestOnvifScripts::wantsALoginAmongOthers()
+{
+    QFETCH(QByteArray, challenges);
+    QFETCH(QByteArray, login);
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = "401 Unauthorized\r\nWWW-Authenticate: " + challenges + "\r\n\r\n";
+    TalkProbe probe(camera.address(), CameraSettings(), "anna", "secret");
+    QVERIFY(probe.refuse());
+    QVERIFY2(camera.hasRequest("DESCRIBE", "Authorization: " + login), camera.requests.value(2).constData());
 }
 
 /** Streams at another host are asked for at the camera, which may know it by that name. */
