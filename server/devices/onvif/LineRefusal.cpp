@@ -115,6 +115,12 @@ LineRefusal LineRefusal::elsewhere()
             QStringLiteral("the camera sends to another address, which is not followed")};
 }
 
+LineRefusal LineRefusal::streamElsewhere()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera wants the talk to be sent to another host, which is not done")};
+}
+
 LineRefusal LineRefusal::noLoudspeaker()
 {
     return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};

@@ -30,6 +30,9 @@ struct LineRefusal
     /** The camera wants to be asked at another address. */
     static LineRefusal elsewhere();
 
+    /** The camera wants the talk to be sent to another host. */
+    static LineRefusal streamElsewhere();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

@@ -259,6 +259,10 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::elsewhere());
         return;
     }
+    if (m_session->streamsElsewhere()) {
+        refuse(LineRefusal::streamElsewhere());
+        return;
+    }
     if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message) && !m_hasTriedToRecord) {
         m_hasTriedToRecord = true;
         takeDown();
@@ -297,6 +301,10 @@ bool OnvifLine::describesItself()
 /** The session plays. */
 void OnvifLine::open()
 {
+    if (m_session->streamsElsewhere()) {
+        refuse(LineRefusal::streamElsewhere());
+        return;
+    }
     const auto choice = m_session->choice();
     if (!choice || !choice->hasLoudspeaker) {
         refuse(LineRefusal::noLoudspeaker());
