@@ -57,7 +57,7 @@ void OnvifLine::answered()
 {
     m_watchdog.alive(Clock::now());
     const std::lock_guard<std::mutex> lock(m_streams);
-    if (m_sender) {
+    if (m_sender && !m_isBehind) {
         m_sender->hold(false); // at once, not at the next look
     }
 }
@@ -204,9 +204,17 @@ void OnvifLine::watchOpening(Clock::time_point now)
 void OnvifLine::watchOpen(Clock::time_point now)
 {
     keepRecording();
+    if (const auto flow = m_session->flow()) {
+        m_backlog.look(flow->waiting, now);
+        m_isBehind = m_backlog.isBehind();
+    }
+    if (m_backlog.isBehindFor(m_config.silence, now)) {
+        lose(QStringLiteral("the camera takes nothing any more"));
+        return;
+    }
     switch (m_watchdog.check(now)) {
     case LineWatchdog::Verdict::Alive:
-        m_sender->hold(false);
+        m_sender->hold(m_backlog.isBehind());
         break;
     case LineWatchdog::Verdict::Ask:
         m_sender->hold(true); // a camera that wakes up plays nothing old
@@ -333,6 +341,9 @@ void OnvifLine::open()
         return;
     }
     adjustSockets();
+    const RtpFormat& format = *choice->talkFormat;
+    const bool isLinear = format.encoding == QLatin1String("L16"); // the others are no larger than G.711
+    m_backlog = LineBacklog(isLinear ? std::int64_t{format.clockRate} * format.channels * 2 : 0);
     m_watchdog.alive(Clock::now());
     {
         const std::lock_guard<std::mutex> lock(m_streams);

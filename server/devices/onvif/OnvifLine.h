@@ -1,6 +1,7 @@
 #pragma once
 
 #include "server/devices/CameraBackend.h"
+#include "server/devices/onvif/LineBacklog.h"
 #include "server/devices/onvif/LineRefusal.h"
 #include "server/devices/onvif/LineWatchdog.h"
 #include "server/devices/onvif/OnvifConfig.h"
@@ -119,6 +120,7 @@ private:
     State m_state = State::Opening;
     Clock::time_point m_deadline; ///< For the line to open, or to be ready.
     LineWatchdog m_watchdog;
+    LineBacklog m_backlog;
     bool m_plays = false;             ///< The session does.
     bool m_hasTriedToRecord = false;  ///< The camera refused to PLAY.
     Clock::time_point m_lifeDeadline; ///< For a session that records to show that the camera takes part.
@@ -128,6 +130,7 @@ private:
     std::unique_ptr<TalkRecorder> m_recorder; ///< Null when no talks are kept.
 
     std::atomic<bool> m_hasShownLife{false}; ///< The camera has sent something.
+    std::atomic<bool> m_isBehind{false};     ///< It does not read.
     std::atomic<bool> m_closing{false};
     std::atomic<bool> m_ended{false};
 };

@@ -7,6 +7,8 @@
 #include <QTcpSocket>
 #include <QUrl>
 
+#include <sys/socket.h>
+
 /**
  * A camera in the test's own process that answers RTSP requests over TCP as its script says, and hears mu-law
  * as payload type 0; for what gst-rtsp-server never does.
@@ -17,6 +19,8 @@ public:
     ScriptedRtsp()
     {
         m_server.listen(QHostAddress::LocalHost);
+        const int size = 4096; // like a small device: its system takes little that it does not read
+        setsockopt(static_cast<int>(m_server.socketDescriptor()), SOL_SOCKET, SO_RCVBUF, &size, sizeof(size));
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
             while (QTcpSocket* socket = m_server.nextPendingConnection()) {
                 ++connections;
@@ -81,9 +85,20 @@ public:
         m_playing->write(packet + payload);
     }
 
+    /** Reads nothing in the session that began to play last, or goes on. */
+    void setDeaf(bool deaf)
+    {
+        m_deaf = deaf;
+        m_playing->setReadBufferSize(deaf ? 1 : 0);
+        read(m_playing);
+    }
+
 private:
     void read(QTcpSocket* socket)
     {
+        if (m_deaf && socket == m_playing) {
+            return;
+        }
         QByteArray& received = m_received[socket];
         received += socket->readAll();
         for (;;) {
@@ -161,5 +176,6 @@ private:
     QHash<QTcpSocket*, QByteArray> m_received;
     char m_talkChannel = 2;
     QPointer<QTcpSocket> m_playing;
+    bool m_deaf = false;
     char m_sequence = 0;
 };

@@ -5,6 +5,7 @@
 #include "tests/server/onvif/TalkProbe.h"
 
 #include <QNetworkDatagram>
+#include <QTimer>
 #include <QUdpSocket>
 
 class TestOnvifScripts : public QObject
@@ -28,6 +29,8 @@ private Q_SLOTS:
     void floods_data();
     void floods();
     void muchSound();
+    void stopsToRead();
+    void readsAgain();
     void codecsWithoutNames();
     void followsWithinTheCamera();
 };
@@ -251,6 +254,50 @@ void TestOnvifScripts::muchSound()
         QVERIFY(probe.waitFor([&] { return probe.heard.size() > i; }));
     }
     QCOMPARE(probe.lostAfter, qint64{-1});
+}
+
+/** A camera that speaks, and so is alive, but takes nothing. */
+void TestOnvifScripts::stopsToRead()
+{
+    ScriptedRtsp camera;
+    OnvifConfig config;
+    config.silence = std::chrono::milliseconds(1000);
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QTimer voice;
+    connect(&voice, &QTimer::timeout, &camera, [&] { camera.speak(QByteArray(160, '\xFF')); });
+    voice.start(20);
+    camera.setDeaf(true);
+    for (int i = 0; i < 50 && probe.lostAfter < 0; ++i) {
+        probe.say(1);
+    }
+    QVERIFY(probe.lostAfter >= 0);
+    QVERIFY2(probe.reason.contains("takes nothing"), qPrintable(probe.reason));
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+}
+
+/** It plays little of what was said meanwhile, and then what is said now. */
+void TestOnvifScripts::readsAgain()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QTimer voice;
+    connect(&voice, &QTimer::timeout, &camera, [&] { camera.speak(QByteArray(160, '\xFF')); });
+    voice.start(20);
+    camera.setDeaf(true);
+    QVERIFY(probe.say(30)); // 120 packets
+    camera.setDeaf(false);
+    QVERIFY(probe.waitFor([&] { return camera.packets > 40; }));
+    qInfo("%d packets", camera.packets);
+    QVERIFY(camera.packets < 60);
+    const int before = camera.packets;
+    for (int i = 0; i < 40 && camera.packets < before + 20; ++i) {
+        QVERIFY(probe.say(1));
+    }
+    QVERIFY(camera.packets >= before + 20);
+    QCOMPARE(probe.lostAfter, qint64{-1});
+    QVERIFY(probe.close());
 }
 
 /** What a camera calls its codecs gets to people only when it is a name. */
