@@ -13,6 +13,7 @@ struct RtpVoice
     std::uint32_t timestamp = 0; ///< In units of the clock rate; wraps.
     bool marker = false;         ///< Bit of the header.
     std::uint64_t time = 0;      ///< When it came, microseconds of the steady clock.
+    int payloadType = 0;         ///< 0 to 127, of the header.
 };
 
 /**

@@ -234,8 +234,9 @@ void RtspSession::onPad(GstElement* /*source*/, GstPad* pad, RtspSession* sessio
     {
         const std::lock_guard<std::mutex> lock(session->m_mutex);
         if (!session->m_decoder) {
-            session->m_decoder =
-                RtpDecoder::create(SdpFormats::formatOf(gst_caps_get_structure(caps.get(), 0)));
+            const RtpFormat format = SdpFormats::formatOf(gst_caps_get_structure(caps.get(), 0));
+            session->m_decoder = RtpDecoder::create(format);
+            session->m_heardType = format.payloadType;
         }
     }
     g_object_set(sink, "sync", FALSE, "async", FALSE, "max-buffers", guint{maxWaitingPackets}, "drop", TRUE,
@@ -339,7 +340,7 @@ void RtspSession::hear(GstSample* sample)
     std::vector<VoicePacket> packets;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (voice && m_decoder) {
+        if (voice && m_decoder && voice->payloadType == m_heardType) { // no comfort noise, nor tones
             m_decoder->decode(*voice, packets);
         }
     }

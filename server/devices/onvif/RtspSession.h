@@ -129,6 +129,8 @@ private:
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
     GstPtr<GSocket> m_connection; ///< For requests.
+    std::optional<int>
+        m_heardType; ///< Payload type of what is decoded: that of the first pad with a decoder.
     std::unique_ptr<RtpDecoder> m_decoder;
     bool m_isPushing = false;  ///< Somebody is in push.
     bool m_isStopping = false; ///< Nobody may begin to push.

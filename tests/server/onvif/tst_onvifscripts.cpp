@@ -28,6 +28,8 @@ private Q_SLOTS:
     void answersWithoutAnEnd();
     void floods_data();
     void floods();
+    void comfortNoise_data();
+    void comfortNoise();
     void muchSound();
     void stopsToRead();
     void readsAgain();
@@ -241,6 +243,37 @@ void TestOnvifScripts::floods()
     qInfo("%lld bytes", camera.flooded);
     QVERIFY(camera.flooded > 1 << 20);
     QVERIFY(camera.flooded < ScriptedRtsp::maxFlood);
+}
+
+void TestOnvifScripts::comfortNoise_data()
+{
+    QTest::addColumn<char>("first");
+    QTest::newRow("behind sound") << '\0';
+    QTest::newRow("before sound") << '\x0d';
+}
+
+/** What a camera sends between its words is not played as words (RFC 3389). */
+void TestOnvifScripts::comfortNoise()
+{
+    QFETCH(char, first);
+    ScriptedRtsp camera;
+    camera.speaks = false;
+    camera.answers["DESCRIBE"] = ScriptedRtsp::describes(ScriptedRtsp::description().replace(
+        "RTP/AVP 0\r\na=control:heard", "RTP/AVP 0 13\r\na=control:heard"));
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    camera.speak(first == 0 ? QByteArray(160, 'x') : QByteArray(1, 'n'), first);
+    for (int i = 0; i < 5; ++i) {
+        camera.speak(QByteArray(160, 'x'));
+        camera.speak(QByteArray(1, 'n'), 13);
+    }
+    camera.speak(QByteArray(80, 'e')); // the end
+    QVERIFY(probe.waitFor([&] { return !probe.heard.empty() && probe.heard.back().bitstream.size() == 80; }));
+    probe.heard.pop_back();
+    QVERIFY(probe.heard.size() >= 5);
+    for (const VoicePacket& packet : probe.heard) {
+        QCOMPARE(packet.bitstream, QByteArray(160, 'x'));
+    }
 }
 
 /** More than a flood may have, but sound. */
