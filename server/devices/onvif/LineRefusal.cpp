@@ -173,6 +173,17 @@ LineRefusal LineRefusal::endless()
             QStringLiteral("the camera sends from one of its addresses to the next, without an end")};
 }
 
+LineRefusal LineRefusal::streamElsewhere()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera wants the talk to be sent to another host, which is not done")};
+}
+
+LineRefusal LineRefusal::flood()
+{
+    return {ReturnCode::talkRefused, QStringLiteral("the camera sends more than answers and sound")};
+}
+
 LineRefusal LineRefusal::noLoudspeaker()
 {
     return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};

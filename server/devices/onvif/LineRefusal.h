@@ -46,6 +46,12 @@ struct LineRefusal
     /** The camera wants to be asked at one of its addresses after the other. */
     static LineRefusal endless();
 
+    /** The camera wants the talk to be sent to another host. */
+    static LineRefusal streamElsewhere();
+
+    /** The camera sends more than answers and sound. */
+    static LineRefusal flood();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

@@ -57,7 +57,7 @@ void OnvifLine::answered()
 {
     m_watchdog.alive(Clock::now());
     const std::lock_guard<std::mutex> lock(m_streams);
-    if (m_sender) {
+    if (m_sender && !m_isBehind) {
         m_sender->hold(false); // at once, not at the next look
     }
 }
@@ -109,6 +109,16 @@ void OnvifLine::lose(const QString& reason)
     }
 }
 
+void OnvifLine::flooded()
+{
+    const auto refusal = LineRefusal::flood();
+    if (m_state == State::Open) {
+        lose(refusal.reason);
+    } else {
+        refuse(refusal);
+    }
+}
+
 void OnvifLine::run()
 {
     m_deadline = Clock::now() + milliseconds(m_camera.settings.openTimeout);
@@ -154,7 +164,9 @@ void OnvifLine::watch()
 {
     while (m_state != State::Ended && !m_closing) {
         const auto message = m_session->next(step);
-        if (message) {
+        if (m_session->isFlooded()) {
+            flooded();
+        } else if (message) {
             handle(message.get());
         }
         const auto now = Clock::now();
@@ -174,9 +186,17 @@ void OnvifLine::watch()
 void OnvifLine::watchOpen(Clock::time_point now)
 {
     keepRecording();
+    if (const auto flow = m_session->flow()) {
+        m_backlog.look(flow->waiting, now);
+        m_isBehind = m_backlog.isBehind();
+    }
+    if (m_backlog.isBehindFor(m_config.silence, now)) {
+        lose(QStringLiteral("the camera takes nothing any more"));
+        return;
+    }
     switch (m_watchdog.check(now)) {
     case LineWatchdog::Verdict::Alive:
-        m_sender->hold(false);
+        m_sender->hold(m_backlog.isBehind());
         break;
     case LineWatchdog::Verdict::Ask:
         m_sender->hold(true); // a camera that wakes up plays nothing old
@@ -240,6 +260,10 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::elsewhere());
         return;
     }
+    if (m_session->streamsElsewhere()) {
+        refuse(LineRefusal::streamElsewhere());
+        return;
+    }
     if (m_session->guard().wasSentTooOften()) {
         refuse(LineRefusal::endless());
         return;
@@ -285,6 +309,10 @@ bool OnvifLine::describesItself()
 /** The session plays. */
 void OnvifLine::open()
 {
+    if (m_session->streamsElsewhere()) {
+        refuse(LineRefusal::streamElsewhere());
+        return;
+    }
     const auto choice = m_session->choice();
     if (!choice || !choice->hasLoudspeaker) {
         refuse(LineRefusal::noLoudspeaker());
@@ -301,6 +329,9 @@ void OnvifLine::open()
         return;
     }
     adjustSockets();
+    const RtpFormat& format = *choice->talkFormat;
+    const bool isLinear = format.encoding == QLatin1String("L16"); // the others are no larger than G.711
+    m_backlog = LineBacklog(isLinear ? std::int64_t{format.clockRate} * format.channels * 2 : 0);
     m_watchdog.alive(Clock::now());
     {
         const std::lock_guard<std::mutex> lock(m_streams);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "server/devices/CameraBackend.h"
+#include "server/devices/onvif/LineBacklog.h"
 #include "server/devices/onvif/LineRefusal.h"
 #include "server/devices/onvif/LineWatchdog.h"
 #include "server/devices/onvif/LineWork.h"
@@ -79,6 +80,7 @@ private:
     void report(Call call);
     void refuse(const LineRefusal& refusal);
     void lose(const QString& reason);
+    void flooded();
 
     bool startSession(RtspSession::Way way);
     void takeDown();
@@ -112,11 +114,13 @@ private:
     Clock::time_point m_deadline; ///< For the line to open, or to be ready.
     LineWatchdog m_watchdog;
     bool m_hasTriedToRecord = false; ///< The camera refused to PLAY.
+    LineBacklog m_backlog;
 
     std::mutex m_streams; ///< Guards what other threads use, too.
     std::unique_ptr<TalkSender> m_sender;
     std::unique_ptr<TalkRecorder> m_recorder; ///< Null when no talks are kept.
 
+    std::atomic<bool> m_isBehind{false}; ///< It does not read.
     std::atomic<bool> m_closing{false};
     std::atomic<bool> m_ended{false};
 };

@@ -14,6 +14,7 @@ struct RtpVoice
     bool marker = false;         ///< Bit of the header.
     std::uint64_t time = 0;      ///< When it came, microseconds of the steady clock.
     std::uint16_t sequence = 0;  ///< One more than that of the packet before; wraps.
+    int payloadType = 0;         ///< 0 to 127, of the header.
 };
 
 /**

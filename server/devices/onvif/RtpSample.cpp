@@ -27,6 +27,7 @@ std::optional<RtpVoice> RtpSample::read(GstSample* sample)
     voice.timestamp = gst_rtp_buffer_get_timestamp(&rtp);
     voice.sequence = gst_rtp_buffer_get_seq(&rtp);
     voice.marker = gst_rtp_buffer_get_marker(&rtp) != FALSE;
+    voice.payloadType = gst_rtp_buffer_get_payload_type(&rtp);
     voice.time = steadyMicroseconds();
     gst_rtp_buffer_unmap(&rtp);
     return voice;

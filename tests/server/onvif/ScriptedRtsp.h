@@ -2,9 +2,12 @@
 
 #include <QByteArrayList>
 #include <QHash>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUrl>
+
+#include <sys/socket.h>
 
 /**
  * A camera in the test's own process that answers RTSP requests over TCP as its script says, and hears mu-law
@@ -16,6 +19,8 @@ public:
     ScriptedRtsp()
     {
         m_server.listen(QHostAddress::LocalHost);
+        const int size = 4096; // like a small device: its system takes little that it does not read
+        setsockopt(static_cast<int>(m_server.socketDescriptor()), SOL_SOCKET, SO_RCVBUF, &size, sizeof(size));
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
             while (QTcpSocket* socket = m_server.nextPendingConnection()) {
                 ++connections;
@@ -58,14 +63,42 @@ public:
                QByteArray::number(body.size()) + "\r\n\r\n" + body;
     }
 
+    /** What it sends again and again behind its answer to a method, as fast as it is taken. */
+    QHash<QByteArray, QByteArray> floods;
+    qint64 flooded = 0;                         ///< Bytes of it that were taken by the system.
+    static constexpr qint64 maxFlood = 1 << 28; ///< Then it ends.
+
     bool speaks = true;      ///< It sends some sound when it plays or records.
     QByteArrayList requests; ///< Their headers.
     int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
     int connections = 0;
 
+    /** Sends a packet of sound in the session that began to play last. All have the same RTP time. */
+    void speak(const QByteArray& payload, char payloadType = 0)
+    {
+        const int size = payload.size() + 12;
+        QByteArray packet = QByteArray::fromHex("240000008000000000000000aabbccdd");
+        packet[2] = static_cast<char>(size >> 8);
+        packet[3] = static_cast<char>(size);
+        packet[5] = payloadType;
+        packet[7] = ++m_sequence;
+        m_playing->write(packet + payload);
+    }
+
+    /** Reads nothing in the session that began to play last, or goes on. */
+    void setDeaf(bool deaf)
+    {
+        m_deaf = deaf;
+        m_playing->setReadBufferSize(deaf ? 1 : 0);
+        read(m_playing);
+    }
+
 private:
     void read(QTcpSocket* socket)
     {
+        if (m_deaf && socket == m_playing) {
+            return;
+        }
         QByteArray& received = m_received[socket];
         received += socket->readAll();
         for (;;) {
@@ -104,7 +137,7 @@ private:
         const QByteArray path = QUrl(QString::fromUtf8(request.split(' ').value(1))).path().toUtf8();
         QByteArray text = answers.value(method + ' ' + path, answers.value(method, "200 OK\r\n\r\n"));
         QByteArray more = "CSeq: " + field("CSeq") + "\r\nSession: 1\r\n";
-        if (method == "SETUP") {
+        if (method == "SETUP" && !text.contains("\r\nTransport:")) {
             more += "Transport: " + field("Transport") + "\r\n";
             if (request.left(request.indexOf('\n')).contains("/talk ")) {
                 const QByteArray transport = field("Transport");
@@ -114,17 +147,35 @@ private:
         }
         text.insert(text.indexOf("\r\n") + 2, more);
         socket->write("RTSP/1.0 " + text);
+        if (floods.contains(method)) {
+            flood(socket, floods[method]);
+        }
         if ((method == "PLAY" || method == "RECORD") && text.startsWith("200")) {
-            QByteArray packet =
-                QByteArray::fromHex("240000ac8000000100000000aabbccdd") + QByteArray(160, '\xFF');
-            for (char sequence = 1; speaks && sequence < 4; ++sequence) {
-                packet[7] = sequence;
-                socket->write(packet);
+            m_playing = socket;
+            for (int i = 0; speaks && i < 3; ++i) {
+                speak(QByteArray(160, '\xFF'));
             }
         }
+    }
+
+    void flood(QTcpSocket* socket, const QByteArray& block)
+    {
+        const auto write = [this, socket, block] {
+            while (socket->isValid() && flooded < maxFlood && socket->bytesToWrite() < block.size()) {
+                socket->write(block);
+            }
+        };
+        connect(socket, &QIODevice::bytesWritten, this, [this, write](qint64 bytes) {
+            flooded += bytes;
+            write();
+        });
+        write();
     }
 
     QTcpServer m_server;
     QHash<QTcpSocket*, QByteArray> m_received;
     char m_talkChannel = 2;
+    QPointer<QTcpSocket> m_playing;
+    bool m_deaf = false;
+    char m_sequence = 0;
 };

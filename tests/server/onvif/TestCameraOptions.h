@@ -59,7 +59,7 @@ private:
         std::string meaning;
     };
 
-    inline static const std::array<Row, 19> table{{
+    inline static const std::array<Row, 21> table{{
         {"port", "NUMBER", "where it listens; without it a free port, which the first line names"},
         {"codec", "NAME", "of its voice, and of what it hears"},
         {"back-codec", "NAME", "of what it hears alone"},
@@ -72,6 +72,8 @@ private:
         {"certificate", "FILE", "TLS"},
         {"record", "FILE", "what it hears, samples of 16 bits"},
         {"log", "FILE", "a line for each packet: microseconds, timestamp, bytes, marker"},
+        {"video", "FILE", "H.264 with start codes, which it shows over and over"},
+        {"video-rate", "NUMBER", "its pictures a second"},
         {"slow-describe", "MS", "before DESCRIBE is answered"},
         {"refuse-describe", "STATUS", "an RTSP status"},
         {"refuse-setup", "STATUS", ""},

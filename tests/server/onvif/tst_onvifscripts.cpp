@@ -5,6 +5,10 @@
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
 
+#include <QNetworkDatagram>
+#include <QTimer>
+#include <QUdpSocket>
+
 class TestOnvifScripts : public QObject
 {
     Q_OBJECT
@@ -24,8 +28,18 @@ private Q_SLOTS:
     void wantsALoginAmongOthers_data();
     void wantsALoginAmongOthers();
     void streamsElsewhere();
+    void sendsTheTalkElsewhere_data();
+    void sendsTheTalkElsewhere();
+    void takesItsOwnHost();
     void answersWithoutAnEnd_data();
     void answersWithoutAnEnd();
+    void floods_data();
+    void floods();
+    void comfortNoise_data();
+    void comfortNoise();
+    void muchSound();
+    void stopsToRead();
+    void readsAgain();
     void codecsWithoutNames();
     void followsWithinTheCamera();
 };
@@ -240,6 +254,62 @@ void TestOnvifScripts::streamsElsewhere()
     QCOMPARE(other.connections, 0);
 }
 
+void TestOnvifScripts::sendsTheTalkElsewhere_data()
+{
+    QTest::addColumn<bool>("udp");
+    QTest::addColumn<QByteArray>("answer");
+    const QByteArray unicast = "RTP/AVP;unicast;client_port=40000-40001;";
+    QTest::newRow("a host") << true << unicast + "source=127.0.0.2;server_port=";
+    QTest::newRow("a name") << true << unicast + "source=localhost;server_port=";
+    QTest::newRow("a host, in place of TCP") << false << unicast + "source=127.0.0.2;server_port=";
+}
+
+/** Nobody gets what is said because a camera says so. */
+void TestOnvifScripts::sendsTheTalkElsewhere()
+{
+    QFETCH(bool, udp);
+    QFETCH(QByteArray, answer);
+    QUdpSocket other;
+    QVERIFY(other.bind(QHostAddress("127.0.0.2")));
+    const QByteArray ports =
+        QByteArray::number(other.localPort()) + '-' + QByteArray::number(other.localPort() + 1);
+    ScriptedRtsp camera;
+    camera.answers["SETUP"] = "200 OK\r\nTransport: " + answer + ports + "\r\n\r\n";
+    CameraSettings settings;
+    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("to another host"), qPrintable(probe.reason));
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    QVERIFY(!other.hasPendingDatagrams());
+    QVERIFY(probe.waitFor([&] { return camera.hasRequest("TEARDOWN"); }));
+}
+
+/** A camera may name itself. */
+void TestOnvifScripts::takesItsOwnHost()
+{
+    QUdpSocket loudspeaker;
+    QVERIFY(loudspeaker.bind(QHostAddress(QHostAddress::LocalHost)));
+    const QByteArray port = QByteArray::number(loudspeaker.localPort());
+    ScriptedRtsp camera;
+    CameraSettings settings;
+    settings.transport = CameraTransport::Udp;
+    for (const char* source : {"", "source=127.0.0.1;"}) {
+        camera.answers["SETUP"] =
+            QByteArray("200 OK\r\nTransport: RTP/AVP;unicast;client_port=40000-40001;") + source +
+            "server_port=" + port + '-' + port + "\r\n\r\n";
+        TalkProbe probe(camera.address().replace("127.0.0.1", "localhost"), settings);
+        QVERIFY2(probe.open(), qPrintable(probe.reason));
+        QVERIFY(probe.say(1));
+        QVERIFY(probe.waitFor([&] { return loudspeaker.hasPendingDatagrams(); }));
+        while (loudspeaker.hasPendingDatagrams()) {
+            loudspeaker.receiveDatagram();
+        }
+        QVERIFY(probe.close());
+    }
+}
+
 void TestOnvifScripts::answersWithoutAnEnd_data()
 {
     QTest::addColumn<QByteArray>("answer");
@@ -265,6 +335,121 @@ void TestOnvifScripts::answersWithoutAnEnd()
     QVERIFY(probe.refuse());
     QVERIFY2(probe.refusedAfter < 1500, qPrintable(QString::number(probe.refusedAfter)));
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+}
+
+void TestOnvifScripts::floods_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::newRow("before it plays") << QByteArray("DESCRIBE");
+    QTest::newRow("when it plays") << QByteArray("PLAY");
+}
+
+/** A body that has no end: the camera is cut off before it fills the memory. */
+void TestOnvifScripts::floods()
+{
+    QFETCH(QByteArray, method);
+    ScriptedRtsp camera;
+    camera.speaks = false;
+    const QByteArray length = "Content-Length: 4000000000\r\n\r\n";
+    const bool plays = method == "PLAY";
+    camera.answers[method] = "200 OK\r\n" + (plays ? "\r\nRTSP/1.0 200 OK\r\nCSeq: 77\r\n" + length : length);
+    camera.floods[method] = QByteArray(1 << 16, 'x');
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.waitFor([&] { return probe.refusedAfter >= 0 || probe.lostAfter >= 0; }, 5000));
+    QVERIFY2(probe.reason.contains("more than answers and sound"), qPrintable(probe.reason));
+    QCOMPARE(probe.returnCode, probe.refusedAfter >= 0 ? ReturnCode::talkRefused : QString());
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    qInfo("%lld bytes", camera.flooded);
+    QVERIFY(camera.flooded > 1 << 20);
+    QVERIFY(camera.flooded < ScriptedRtsp::maxFlood);
+}
+
+void TestOnvifScripts::comfortNoise_data()
+{
+    QTest::addColumn<char>("first");
+    QTest::newRow("behind sound") << '\0';
+    QTest::newRow("before sound") << '\x0d';
+}
+
+/** What a camera sends between its words is not played as words (RFC 3389). */
+void TestOnvifScripts::comfortNoise()
+{
+    QFETCH(char, first);
+    ScriptedRtsp camera;
+    camera.speaks = false;
+    camera.answers["DESCRIBE"] = ScriptedRtsp::describes(ScriptedRtsp::description().replace(
+        "RTP/AVP 0\r\na=control:heard", "RTP/AVP 0 13\r\na=control:heard"));
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    camera.speak(first == 0 ? QByteArray(160, 'x') : QByteArray(1, 'n'), first);
+    for (int i = 0; i < 5; ++i) {
+        camera.speak(QByteArray(160, 'x'));
+        camera.speak(QByteArray(1, 'n'), 13);
+    }
+    camera.speak(QByteArray(80, 'e')); // the end
+    QVERIFY(probe.waitFor([&] { return !probe.heard.empty() && probe.heard.back().bitstream.size() == 80; }));
+    probe.heard.pop_back();
+    QVERIFY(probe.heard.size() >= 5);
+    for (const VoicePacket& packet : probe.heard) {
+        QCOMPARE(packet.bitstream, QByteArray(160, 'x'));
+    }
+}
+
+/** More than a flood may have, but sound. */
+void TestOnvifScripts::muchSound()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    for (std::size_t i = 0; i < 110; ++i) {
+        camera.speak(QByteArray(15000, 'x'));
+        QVERIFY(probe.waitFor([&] { return probe.heard.size() > i; }));
+    }
+    QCOMPARE(probe.lostAfter, qint64{-1});
+}
+
+/** A camera that speaks, and so is alive, but takes nothing. */
+void TestOnvifScripts::stopsToRead()
+{
+    ScriptedRtsp camera;
+    OnvifConfig config;
+    config.silence = std::chrono::milliseconds(1000);
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QTimer voice;
+    connect(&voice, &QTimer::timeout, &camera, [&] { camera.speak(QByteArray(160, '\xFF')); });
+    voice.start(20);
+    camera.setDeaf(true);
+    for (int i = 0; i < 50 && probe.lostAfter < 0; ++i) {
+        probe.say(1);
+    }
+    QVERIFY(probe.lostAfter >= 0);
+    QVERIFY2(probe.reason.contains("takes nothing"), qPrintable(probe.reason));
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+}
+
+/** It plays little of what was said meanwhile, and then what is said now. */
+void TestOnvifScripts::readsAgain()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QTimer voice;
+    connect(&voice, &QTimer::timeout, &camera, [&] { camera.speak(QByteArray(160, '\xFF')); });
+    voice.start(20);
+    camera.setDeaf(true);
+    QVERIFY(probe.say(30)); // 120 packets
+    camera.setDeaf(false);
+    QVERIFY(probe.waitFor([&] { return camera.packets > 40; }));
+    qInfo("%d packets", camera.packets);
+    QVERIFY(camera.packets < 60);
+    const int before = camera.packets;
+    for (int i = 0; i < 40 && camera.packets < before + 20; ++i) {
+        QVERIFY(probe.say(1));
+    }
+    QVERIFY(camera.packets >= before + 20);
+    QCOMPARE(probe.lostAfter, qint64{-1});
+    QVERIFY(probe.close());
 }
 
 /** What a camera calls its codecs gets to people only when it is a name. */

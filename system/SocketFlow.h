@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <optional>
+
+/** What has gone through a TCP connection. */
+struct SocketFlow
+{
+    qint64 received = 0; ///< Bytes that came, read or not.
+    qint64 waiting = 0;  ///< Bytes that were written, and that the peer has not acknowledged.
+
+    /** Returns the state of a connection; empty where the system does not say it: on Linux alone it does. */
+    static std::optional<SocketFlow> of(qintptr socket);
+};
