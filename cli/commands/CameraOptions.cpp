@@ -4,6 +4,7 @@
 #include "protocol/Words.h"
 #include "system/Console.h"
 
+#include <QFileInfo>
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <QUrl>
@@ -152,13 +153,20 @@ bool isAddress(const QString& text)
            hostAndPort.match(text).hasMatch();
 }
 
+bool mayBeRecord(const CommandArguments& arguments, const QString& text)
+{
+    return !isAddress(text) && !arguments.isSet("server") && !arguments.isSet("data") &&
+           QFileInfo(arguments.client().embedded.dataDirectory).isDir();
+}
+
 bool hasNoLogin(const CommandArguments& arguments, const QString& address)
 {
     if (!address.contains(QLatin1Char('@'))) {
         return true;
     }
-    arguments.usage(QStringLiteral("an address has no user and no password, which others could read; give "
-                                   "the user with --camera-user"));
+    arguments.usage(
+        QStringLiteral("an address must not contain a user name or a password, because others can "
+                       "read it; give the user name with --camera-user"));
     return false;
 }
 

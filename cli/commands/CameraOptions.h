@@ -23,6 +23,12 @@ bool hasSettings(const CommandArguments& arguments);
 /** Returns whether a text can only be the address of a camera: a URL, an IP address, or a host and a port. */
 bool isAddress(const QString& text);
 
+/**
+ * Returns whether a name may be that of a camera in the records of the default folder: it is no address, no
+ * option names other records, and the folder is there.
+ */
+bool mayBeRecord(const CommandArguments& arguments, const QString& text);
+
 /** Returns whether an address has no login in it, which others could read; prints an error otherwise. */
 bool hasNoLogin(const CommandArguments& arguments, const QString& address);
 

@@ -200,7 +200,8 @@ void print(const CameraAbilities& abilities)
  */
 std::optional<OnvifLogin> chosenLogin(const CommandArguments& arguments)
 {
-    OnvifLogin login{arguments.value(arguments.isSet("camera-user") ? "camera-user" : "user"), QString()};
+    const bool isOfServer = arguments.isSet("camera-user") || arguments.isSet("server"); // "--user" is
+    OnvifLogin login{arguments.value(isOfServer ? "camera-user" : "user"), QString()};
     if (login.user.isEmpty()) {
         return login;
     }
@@ -377,33 +378,9 @@ QVariantMap jsonOf(QVariantMap answer)
     return answer;
 }
 
-/** Lets a server ask a camera: one of its records, else the address. */
-int askByServer(const CommandArguments& arguments)
+/** Sends a question about a camera to a server, and prints the answer. */
+int askIn(PluginSession& session, const CommandArguments& arguments, const QVariantMap& question)
 {
-    const QString operand = arguments.word(0);
-    if (!CameraOptions::hasNoLogin(arguments, operand)) {
-        return ExitUsage;
-    }
-    QVariantMap question;
-    if (!CameraOptions::addLogin(arguments, operand, &question)) {
-        return ExitUsage;
-    }
-    if (arguments.isSet("any-certificate")) {
-        question.insert(Words::camSettings, QVariantMap{{Words::anyCertificate, true}});
-    }
-    PluginSession session(arguments.client());
-    if (const ExitStatus status = session.open(); status != ExitSuccess) {
-        return status;
-    }
-    RecordFinder finder(session);
-    if (CameraOptions::isAddress(operand)) {
-        question.insert(Words::camKind, QStringLiteral("onvif"));
-        question.insert(Words::camAddress, operand);
-    } else if (const auto id = finder.camera(operand)) {
-        question.insert(Vocabulary::camId, *id);
-    } else {
-        return finder.status();
-    }
     PluginSession::Reply reply;
     const ExitStatus status = session.receive(session.sendOwn(Words::AskCamera, question), &reply,
                                               session.options().timeout + serverTime);
@@ -422,6 +399,78 @@ int askByServer(const CommandArguments& arguments)
     return ExitSuccess;
 }
 
+/** What a server is asked about a camera, but for which one; empty, and an error printed, without a password.
+ */
+std::optional<QVariantMap> questionOf(const CommandArguments& arguments)
+{
+    QVariantMap question;
+    const auto login = chosenLogin(arguments);
+    if (!login) {
+        return std::nullopt;
+    }
+    if (!login->user.isEmpty()) {
+        question.insert(Vocabulary::username, login->user);
+        question.insert(Vocabulary::password, login->password);
+    }
+    if (arguments.isSet("any-certificate")) {
+        question.insert(Words::camSettings, QVariantMap{{Words::anyCertificate, true}});
+    }
+    return question;
+}
+
+/** Lets a server ask a camera: one of its records, else the address. */
+int askByServer(const CommandArguments& arguments)
+{
+    const QString operand = arguments.word(0);
+    if (!CameraOptions::hasNoLogin(arguments, operand)) {
+        return ExitUsage;
+    }
+    auto question = questionOf(arguments);
+    if (!question) {
+        return ExitUsage;
+    }
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    RecordFinder finder(session);
+    if (CameraOptions::isAddress(operand)) {
+        question->insert(Words::camKind, QStringLiteral("onvif"));
+        question->insert(Words::camAddress, operand);
+    } else if (const auto id = finder.camera(operand)) {
+        question->insert(Vocabulary::camId, *id);
+    } else {
+        return finder.status();
+    }
+    return askIn(session, arguments, *question);
+}
+
+/** Asks a camera of the records in the default folder; empty when none has this id or name, so that it is a
+ * host. */
+std::optional<int> askRecord(const CommandArguments& arguments)
+{
+    const QString operand = arguments.word(0);
+    if (!CameraOptions::mayBeRecord(arguments, operand)) {
+        return std::nullopt;
+    }
+    PluginSession session(arguments.client());
+    if (session.open() != ExitSuccess) {
+        return std::nullopt; // the reason is printed
+    }
+    RecordFinder finder(session);
+    const auto found = finder.cameras(operand);
+    if (!found || found->isEmpty()) {
+        return std::nullopt;
+    }
+    const auto id = finder.camera(operand);
+    auto question = id ? questionOf(arguments) : std::nullopt;
+    if (!question) {
+        return id ? ExitUsage : finder.status();
+    }
+    question->insert(Vocabulary::camId, *id);
+    return askIn(session, arguments, *question);
+}
+
 int askCamera(const CommandArguments& arguments)
 {
     if (!arguments.isSet("server") && !arguments.onlyOne("camera-user", "user")) {
@@ -429,6 +478,9 @@ int askCamera(const CommandArguments& arguments)
     }
     if (isForServer(arguments)) {
         return askByServer(arguments);
+    }
+    if (const auto status = askRecord(arguments)) {
+        return *status;
     }
     QString error;
     const auto address = CameraAddress::deviceService(arguments.word(0), &error);
@@ -481,10 +533,12 @@ std::vector<Command> cameraSearchCommands()
         {"cameras ask",
          "ADDRESS",
          "ask an ONVIF camera what it can do",
-         "ADDRESS is a host, host:port or http://host:port/path. The password is asked for, or read from\n"
-         "the environment variable VOICEDESK_CAMERA_SECRET. With --server or --data the server asks, and\n"
-         "ADDRESS may also be the id or name of one of its cameras, or the URL of a stream; without them\n"
-         "--user is the same as --camera-user.",
+         "ADDRESS is a host, host:port or http://host:port/path, or the id or name of a camera in the "
+         "records\n"
+         "of the default folder, which comes first. The password is asked for, or read from the environment\n"
+         "variable VOICEDESK_CAMERA_SECRET. With --server or --data the server asks, and ADDRESS may be the\n"
+         "id or name of one of its cameras, or the URL of a stream. Without --server --user is the same as\n"
+         "--camera-user.",
          {{"camera-user", "name", "Name to log in with at the camera.", ""},
           {"any-certificate", nullptr, "Take the certificate of an https address, whoever signed it.", ""},
           jsonOption},

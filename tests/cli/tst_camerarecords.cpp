@@ -33,6 +33,7 @@ private Q_SLOTS:
     void testsACameraThatIsSilent();
     void testsARealCamera();
     void asksByTheServer();
+    void namesInTheDefaultFolder();
     void talksByAddress();
     void talksThatAreNotOpened_data();
     void talksThatAreNotOpened();
@@ -56,6 +57,7 @@ void TestCameraRecords::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     qputenv("VOICEDESK_CAMERA_SECRET", secret);
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder->filePath("home")));
 }
 
 void TestCameraRecords::fromAdditionToDeletion()
@@ -220,6 +222,42 @@ void TestCameraRecords::asksByTheServer()
     const ProgramRun nobody = run({"cameras", "ask", "Garden"});
     QCOMPARE(nobody.status, 4);
     QVERIFY(nobody.err.contains("Garden"));
+}
+
+void TestCameraRecords::namesInTheDefaultFolder()
+{
+    const auto plain = [this](const QStringList& arguments) {
+        return ProgramRun::of("voicedesk", m_folder->path(), arguments);
+    };
+    const QStringList source{"--source", ANNOUNCEMENT_WAV, "--seconds", "1", "--output", "out"};
+    // Without a folder nothing is looked into, and none is made.
+    QCOMPARE(plain(QStringList{"talk", "--camera", "Yard"} + source).status, 4);
+    QCOMPARE(plain({"cameras", "ask", "no such host"}).status, 1);
+    QVERIFY(!QFile::exists(m_folder->filePath("home")));
+
+    QCOMPARE(plain({"cameras", "add", "Yard", "10.0.0.9", "--kind", "simulated", "--simulate"}).status, 0);
+    QCOMPARE(plain({"cameras", "add", "Gate", "rtsp://127.0.0.1:1/", "--camera-user", "anna"}).status, 0);
+    for (const char* camera : {"Yard", "1"}) {
+        const ProgramRun talk = plain(QStringList{"talk", "--camera", camera} + source);
+        QVERIFY2(talk.status == 0, qPrintable(talk.err));
+    }
+    const ProgramRun other = plain(QStringList{"talk", "--camera", "Garden"} + source);
+    QCOMPARE(other.status, 4);
+    QVERIFY2(other.err.contains("no camera has the id or name \"Garden\""), qPrintable(other.err));
+    QVERIFY2(other.err.contains("host:port"), qPrintable(other.err));
+    // The server inside the program asks, with the login of the record.
+    qunsetenv("VOICEDESK_CAMERA_SECRET");
+    const ProgramRun gate = plain({"cameras", "ask", "Gate"});
+    QCOMPARE(gate.status, 4);
+    const ProgramRun user = plain({"cameras", "ask", "Gate", "--user", "otto"});
+    QCOMPARE(user.status, 1);
+    QVERIFY2(user.err.contains("VOICEDESK_CAMERA_SECRET"), qPrintable(user.err));
+    // What no record has is a host.
+    const ProgramRun host = plain({"cameras", "ask", "no such host"});
+    QCOMPARE(host.status, 1);
+    QVERIFY2(host.err.contains("host:port"), qPrintable(host.err));
+    // With --simulate, too, "--user" is that at the camera.
+    QCOMPARE(plain({"cameras", "ask", "Yard", "--simulate", "--user", "otto"}).status, 1);
 }
 
 void TestCameraRecords::talksByAddress()

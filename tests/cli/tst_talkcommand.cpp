@@ -15,6 +15,7 @@ class TestTalkCommand : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.filePath("home"))); }
     void announcementArrivesAsMuLawCarriesIt();
     void eightKilohertzFileArrivesToTheSample();
     void failures_data();
