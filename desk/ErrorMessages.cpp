@@ -63,6 +63,13 @@ const Message messages[] = {
     {&ReturnCode::fileRefused, QT_TRANSLATE_NOOP("ErrorMessages", "the server refuses the file")},
 };
 
+QString shortened(const QString& detail)
+{
+    constexpr int longest = 200; // characters
+    const QString words = detail.simplified();
+    return words.size() > longest ? words.left(longest) + QChar(0x2026) : words;
+}
+
 } // namespace
 
 QString ErrorMessages::of(const QString& code, const QString& detail)
@@ -81,13 +88,16 @@ QString ErrorMessages::of(const QString& code, const QString& detail)
 
 QString ErrorMessages::withDetail(const QString& code, const QString& detail)
 {
-    constexpr int longest = 200; // characters
-    QString words = detail.simplified();
-    if (words.size() > longest) {
-        words = words.left(longest) + QChar(0x2026);
-    }
+    const QString words = shortened(detail);
     const QString own = of(code, words);
     return words.isEmpty() || own == words
                ? own
                : QCoreApplication::translate("ErrorMessages", "%1 (the server: %2)").arg(own, words);
+}
+
+QString ErrorMessages::serversWords(const QString& detail)
+{
+    const QString words = shortened(detail);
+    return words.isEmpty() ? words
+                           : QCoreApplication::translate("ErrorMessages", "the server says: %1").arg(words);
 }

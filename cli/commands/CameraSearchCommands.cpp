@@ -200,8 +200,9 @@ void print(const CameraAbilities& abilities)
  */
 std::optional<OnvifLogin> chosenLogin(const CommandArguments& arguments)
 {
-    const bool isOfServer = arguments.isSet("camera-user") || arguments.isSet("server"); // "--user" is
-    OnvifLogin login{arguments.value(isOfServer ? "camera-user" : "user"), QString()};
+    // With --server --user is the login there.
+    const bool isNamed = arguments.isSet("camera-user") || arguments.isSet("server");
+    OnvifLogin login{arguments.value(isNamed ? "camera-user" : "user"), QString()};
     if (login.user.isEmpty()) {
         return login;
     }

@@ -54,6 +54,10 @@
         <translation>Nicht alles war zu erfragen: %1</translation>
     </message>
     <message>
+        <source>The camera could not be asked: %1</source>
+        <translation>Die Kamera war nicht zu befragen: %1</translation>
+    </message>
+    <message>
         <source>Plays what is said: %1</source>
         <translation>Spielt, was gesagt wird: %1</translation>
     </message>
@@ -692,6 +696,10 @@
     <message>
         <source>%1 (the server: %2)</source>
         <translation>%1 (der Server: %2)</translation>
+    </message>
+    <message>
+        <source>the server says: %1</source>
+        <translation>der Server sagt: %1</translation>
     </message>
     <message>
         <source>the camera gives no picture</source>
