@@ -21,7 +21,10 @@ constexpr double packetTime = static_cast<double>(ToneProbe::packetSamples) / To
 class ToneTalk
 {
 public:
-    ToneTalk(PluginSession& session, QString camera) : m_session(session), m_camera(std::move(camera))
+    /** @param camera its record */
+    ToneTalk(PluginSession& session, const QVariantMap& camera)
+        : m_session(session), m_camera(camera.value(Vocabulary::camId).toString()),
+          m_isHalfDuplex(camera.value(Words::camSettings).toMap().value(Words::halfDuplex).toBool())
     {
         QObject::connect(
             &session.host(), &PluginHost::eventArrived, &m_context,
@@ -56,9 +59,11 @@ public:
     int report(bool json) const
     {
         const auto echo = m_probe.find();
-        const QString heard = echo                 ? QStringLiteral("yes")
-                              : m_probe.hasHeard() ? QStringLiteral("no")
-                                                   : QStringLiteral("unknown");
+        // With half duplex the server drops what the camera sends while the tone is said.
+        const bool couldTell = m_probe.hasHeard() && !m_isHalfDuplex;
+        const QString heard = echo        ? QStringLiteral("yes")
+                              : couldTell ? QStringLiteral("no")
+                                          : QStringLiteral("unknown");
         const double delay = echo ? echo->time - m_started : 0;
         if (json) {
             printJson(
@@ -72,11 +77,15 @@ public:
                 std::printf("tone comes back   after %.0f ms, likeness %.2f\n", delay * msPerSecond,
                             echo->likeness);
             } else {
-                std::puts(m_probe.hasHeard() ? "tone comes back   no: the camera is heard, but not the tone"
-                                             : "tone comes back   not known: the camera sends no sound");
+                std::printf("tone comes back   %s\n",
+                            couldTell ? "no: the camera is heard, but not the tone"
+                            : m_isHalfDuplex
+                                ? "not known: its setting --half-duplex keeps the camera from being "
+                                  "heard while somebody talks"
+                                : "not known: the camera sends no sound");
             }
         }
-        return echo || !m_probe.hasHeard() ? ExitSuccess : ExitNotHeard;
+        return echo || !couldTell ? ExitSuccess : ExitNotHeard;
     }
 
 private:
@@ -119,6 +128,7 @@ private:
 
     PluginSession& m_session;
     const QString m_camera; ///< Its id.
+    const bool m_isHalfDuplex;
     QObject m_context;
     ToneProbe m_probe;
     QString m_token;
@@ -134,7 +144,7 @@ int testCamera(const CommandArguments& arguments)
         return status;
     }
     RecordFinder finder(session);
-    const auto camera = finder.camera(arguments.word(0));
+    const auto camera = finder.cameraRecord(arguments.word(0));
     if (!camera) {
         return finder.status();
     }
@@ -154,7 +164,7 @@ std::vector<Command> cameraTestCommands()
          "Takes four seconds, without microphone and loudspeaker. Ends with 4 when the line does not open, "
          "with\n"
          "6 when it is lost, and with 10 when the camera is heard but not the tone. A camera that sends no\n"
-         "sound cannot say.",
+         "sound cannot say, nor can one with --half-duplex.",
          {jsonOption},
          Command::Server,
          testCamera},

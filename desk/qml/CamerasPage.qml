@@ -63,7 +63,7 @@ DeskPage {
                 root.testResult = "";
                 if (tested)
                     desk.cameraTest.cancel();
-                else if (desk.cameraTest.start(cameraId))
+                else if (desk.cameraTest.start(cameraId, cameraSettings.halfDuplex))
                     root.testName = cameraName;
             }
             editable: cameraIsRecord || false

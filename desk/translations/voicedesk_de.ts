@@ -286,6 +286,10 @@
         <translation>Die Leitung geht auf. Die Kamera ist zu hören, aber nicht der Ton.</translation>
     </message>
     <message>
+        <source>The line opens. The camera is not heard while somebody talks, as its settings say, so nobody knows whether it played the tone.</source>
+        <translation>Die Verbindung steht. Die Kamera ist nicht zu hören, während jemand spricht; so ist sie eingestellt. Ob sie den Ton gespielt hat, ist darum nicht bekannt.</translation>
+    </message>
+    <message>
         <source>The line opens. The camera sends no sound, so nobody knows whether it played the tone.</source>
         <translation>Die Leitung geht auf. Die Kamera sendet keinen Ton: Ob sie den Prüfton gespielt hat, weiß niemand.</translation>
     </message>

@@ -199,6 +199,12 @@ void TestCameraRecords::testsARealCamera()
     result = run({"cameras", "test", "Speaks"});
     QCOMPARE(result.status, 10);
     QVERIFY2(result.out.contains("but not the tone"), qPrintable(result.out));
+    // The server mutes that one while the tone is said.
+    run({"cameras", "update", "Speaks", "--half-duplex", "yes"});
+    result = run({"cameras", "test", "Speaks"});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QVERIFY2(result.out.contains("not known: its setting --half-duplex"), qPrintable(result.out));
+    QCOMPARE(objectOf(run({"cameras", "test", "Speaks", "--json"}))["toneHeard"], QJsonValue("unknown"));
     TestCamera deaf({"--no-backchannel"});
     run({"cameras", "add", "Deaf", deaf.address()});
     result = run({"cameras", "test", "Deaf"});
