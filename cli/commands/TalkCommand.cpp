@@ -174,7 +174,8 @@ std::optional<TalkCamera> findCamera(PluginSession& session, const CommandArgume
             }
             return std::nullopt;
         }
-        camera.id = camera.shown = found->value(Vocabulary::camId).toString();
+        camera.id = found->value(Vocabulary::camId).toString();
+        camera.shown = found->value(Words::camName).toString();
         camera.timeout = openingTime(session, found->value(Words::camKind).toString());
         return camera;
     }
@@ -266,9 +267,8 @@ public:
 private:
     ExitStatus start(int volume)
     {
-        const QString source = m_arguments.value("source");
-        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(printableText(m_camera.shown)),
-                     source.isEmpty() ? "the microphone" : qUtf8Printable(source));
+        const QString shown = printableText(m_camera.shown.isEmpty() ? m_camera.id : m_camera.shown);
+        std::fprintf(stderr, "Calling %s...\n", qUtf8Printable(shown));
         const quint64 request =
             m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(m_camera.id); });
         if (request == 0 && !m_microphoneStarts && !m_session.isLost()) {
@@ -278,7 +278,13 @@ private:
                                "give a sound file with --source"));
         }
         m_session.plugin().setMicVolume(volume);
-        return m_session.receive(request, nullptr, m_camera.timeout);
+        const ExitStatus status = m_session.receive(request, nullptr, m_camera.timeout);
+        if (status == ExitSuccess) {
+            const QString source = m_arguments.value("source");
+            std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(shown),
+                         source.isEmpty() ? "the microphone" : qUtf8Printable(source));
+        }
+        return status;
     }
 
     /** Prints the summary; returns false, and prints an error, when the file of --heard cannot be written. */

@@ -246,6 +246,8 @@ void TestCameraRecords::namesInTheDefaultFolder()
     for (const char* camera : {"Yard", "1"}) {
         const ProgramRun talk = plain(QStringList{"talk", "--camera", camera} + source);
         QVERIFY2(talk.status == 0, qPrintable(talk.err));
+        QVERIFY2(talk.err.contains("Calling Yard") && talk.err.contains("Talking to Yard, from"),
+                 qPrintable(talk.err));
     }
     const ProgramRun other = plain(QStringList{"talk", "--camera", "Garden"} + source);
     QCOMPARE(other.status, 4);
