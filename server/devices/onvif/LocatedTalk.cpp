@@ -214,9 +214,10 @@ void LocatedTalk::explain(const CameraAbilities& abilities, const QString& retur
 {
     const QString stream = streamOf(abilities);
     QString more;
-    if (abilities.error == OnvifError::None && abilities.hears == Ability::Unknown) {
+    if (abilities.error == OnvifError::None && abilities.hasUnusedLoudspeaker) {
         more = QStringLiteral("; ") + abilities.hearsReason;
-    } else if (abilities.error == OnvifError::None && stream != m_stream && !stream.isEmpty()) {
+    } else if (abilities.error == OnvifError::None && abilities.hears == Ability::Yes && stream != m_stream &&
+               !stream.isEmpty()) {
         more = QStringLiteral("; its loudspeaker is in the stream %1").arg(stream);
     }
     if (abilities.hears == Ability::No) {
