@@ -17,6 +17,9 @@ std::vector<CommandOption> options();
 /** Returns the settings that are given, as "camSettings"; empty for a value that makes no sense. */
 std::optional<QVariantMap> settings(const CommandArguments& arguments);
 
+/** Returns the settings of a record that are not the defaults, as the options have them: "packet-time 40". */
+QString otherThanUsual(const QVariantMap& settings);
+
 /** Returns whether a setting is given. */
 bool hasSettings(const CommandArguments& arguments);
 

@@ -8,6 +8,8 @@
 #include "protocol/Limits.h"
 #include "protocol/Words.h"
 
+#include <QTemporaryDir>
+
 #include <cstdio>
 
 namespace {
@@ -55,8 +57,8 @@ public:
         return whole ? ExitSuccess : m_session.noAnswer();
     }
 
-    /** Prints what was found out; returns the ExitStatus. */
-    int report(bool json) const
+    /** Prints what was found out; returns the ExitStatus. @param recordings paths of files that were kept */
+    int report(bool json, const QStringList& recordings) const
     {
         const auto echo = m_probe.find();
         // With half duplex the server drops what the camera sends while the tone is said.
@@ -66,11 +68,11 @@ public:
                                           : QStringLiteral("unknown");
         const double delay = echo ? echo->time - m_started : 0;
         if (json) {
-            printJson(
-                {{QStringLiteral("openMs"), qRound(m_opened * msPerSecond)},
-                 {QStringLiteral("toneHeard"), heard},
-                 {QStringLiteral("likeness"), echo ? QVariant(echo->likeness) : QVariant()},
-                 {QStringLiteral("delayMs"), echo ? QVariant(qRound(delay * msPerSecond)) : QVariant()}});
+            printJson({{QStringLiteral("openMs"), qRound(m_opened * msPerSecond)},
+                       {QStringLiteral("toneHeard"), heard},
+                       {QStringLiteral("likeness"), echo ? QVariant(echo->likeness) : QVariant()},
+                       {QStringLiteral("delayMs"), echo ? QVariant(qRound(delay * msPerSecond)) : QVariant()},
+                       {QStringLiteral("recordings"), recordings}});
         } else {
             std::printf("line opens        after %.0f ms\n", m_opened * msPerSecond);
             if (echo) {
@@ -83,6 +85,9 @@ public:
                                 ? "not known: its setting --half-duplex keeps the camera from being "
                                   "heard while somebody talks"
                                 : "not known: the camera sends no sound");
+            }
+            for (const QString& path : recordings) {
+                std::printf("recording         %s\n", qUtf8Printable(path));
             }
         }
         return echo || !couldTell ? ExitSuccess : ExitNotHeard;
@@ -139,7 +144,13 @@ private:
 
 int testCamera(const CommandArguments& arguments)
 {
-    PluginSession session(arguments.client());
+    ClientOptions client = arguments.client();
+    const QTemporaryDir unwanted; // outlives the session
+    if (!arguments.isSet("output")) {
+        client.simulated.recordingDirectory = unwanted.path();
+        client.onvif.recordingDirectory.clear();
+    }
+    PluginSession session(client);
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
@@ -150,7 +161,11 @@ int testCamera(const CommandArguments& arguments)
     }
     ToneTalk talk(session, *camera);
     const ExitStatus status = talk.run();
-    return status == ExitSuccess ? talk.report(arguments.json()) : status;
+    if (status != ExitSuccess) {
+        return status;
+    }
+    const QStringList recordings = client.simulated.recordings->talks + client.onvif.kept->paths();
+    return talk.report(arguments.json(), arguments.isSet("output") ? recordings : QStringList());
 }
 
 } // namespace
@@ -164,7 +179,7 @@ std::vector<Command> cameraTestCommands()
          "Takes four seconds, without microphone and loudspeaker. Ends with 4 when the line does not open, "
          "with\n"
          "6 when it is lost, and with 10 when the camera is heard but not the tone. A camera that sends no\n"
-         "sound cannot say, nor can one with --half-duplex.",
+         "sound cannot say, nor can one with --half-duplex. The talk is recorded only with --output.",
          {jsonOption},
          Command::Server,
          testCamera},
