@@ -21,7 +21,6 @@ constexpr int serverTime = 12 * 1000;   // ms that a server has to search, or to
 constexpr int interruptInterval = 50;   // ms
 constexpr double maxSearchSeconds = 60; // s
 constexpr int msPerSecond = 1000;
-constexpr int hertzPerKilohertz = 1000;
 constexpr int clockTolerance = 5000; // ms that a camera's clock may be off without a word
 constexpr int labelWidth = 18;       // characters
 
@@ -135,20 +134,30 @@ void printLine(const char* label, const QString& text)
     std::puts(qUtf8Printable(line.trimmed()));
 }
 
-/** Codecs with their rates: "PCMU (8 kHz), MPEG4-GENERIC (8, 16 kHz)". */
+/** Codecs as SDP names them (RFC 8866, clause 6.6): "PCMU/8000, MPEG4-GENERIC/16000". */
 QString codecText(const std::vector<CameraCodec>& codecs)
 {
     QStringList texts;
     for (const CameraCodec& codec : codecs) {
-        QStringList rates;
         for (const int rate : codec.rates) {
-            rates.append(QString::number(static_cast<double>(rate) / hertzPerKilohertz));
+            texts.append(QStringLiteral("%1/%2").arg(codec.name).arg(rate));
         }
-        texts.append(rates.isEmpty()
-                         ? codec.name
-                         : QStringLiteral("%1 (%2 kHz)").arg(codec.name, rates.join(QStringLiteral(", "))));
+        if (codec.rates.isEmpty()) {
+            texts.append(codec.name);
+        }
     }
     return texts.join(QStringLiteral(", "));
+}
+
+/** A stream with what is in it, as far as it is known. */
+void printStream(const QString& address, const QString& name, QStringList parts)
+{
+    parts.removeAll(QString());
+    QStringList more{name, parts.join(QStringLiteral(", "))};
+    more.removeAll(QString());
+    printLine("stream", more.isEmpty()
+                            ? address
+                            : QStringLiteral("%1 (%2)").arg(address, more.join(QStringLiteral(": "))));
 }
 
 void printAbility(const char* label, Ability ability, const QString& reason,
@@ -175,12 +184,10 @@ void print(const CameraAbilities& abilities)
         if (stream.address.isEmpty()) {
             continue;
         }
-        QStringList parts{stream.hasPicture ? Words::picture : QString(),
-                          stream.hasVoice ? QStringLiteral("voice") : QString(),
-                          stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()};
-        parts.removeAll(QString());
-        printLine("stream", QStringLiteral("%1 (%2: %3)")
-                                .arg(textOf(stream.address), stream.name, parts.join(QStringLiteral(", "))));
+        printStream(textOf(stream.address), stream.name,
+                    {stream.hasPicture ? Words::picture : QString(),
+                     stream.hasVoice ? QStringLiteral("voice") : QString(),
+                     stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()});
     }
     if (!abilities.snapshot.isEmpty()) {
         printLine("snapshot", textOf(abilities.snapshot));
@@ -347,12 +354,10 @@ void printAnswer(const QVariantMap& answer)
         const auto has = [&stream](const QString& key) {
             return stream.value(key).toString() == QLatin1String("yes");
         };
-        const QString parts = joined({has(Words::speaks) ? QStringLiteral("voice") : QString(),
-                                      has(Words::hears) ? QStringLiteral("loudspeaker") : QString()},
-                                     QStringLiteral(", "));
-        printLine("stream", QStringLiteral("%1 (%2: %3)")
-                                .arg(plainText(stream.value(Words::camAddress).toString()),
-                                     plainText(stream.value(Words::camName).toString()), parts));
+        printStream(plainText(stream.value(Words::camAddress).toString()),
+                    plainText(stream.value(Words::camName).toString()),
+                    {has(Words::speaks) ? QStringLiteral("voice") : QString(),
+                     has(Words::hears) ? QStringLiteral("loudspeaker") : QString()});
     }
     const QStringList remarks = answer.value(Words::remarks).toStringList();
     for (const QString& remark : remarks) {
