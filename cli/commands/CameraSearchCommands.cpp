@@ -511,7 +511,8 @@ int askCamera(const CommandArguments& arguments)
         return ExitNoAnswer;
     }
     if (abilities.error != OnvifError::None) {
-        std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(errorSentence(abilities)));
+        std::fprintf(stderr, "voicedesk: %s%s\n", qUtf8Printable(errorSentence(abilities)),
+                     abilities.error == OnvifError::Untrusted ? "; --any-certificate accepts it" : "");
     } else if (arguments.json()) {
         printJson(jsonOf(abilities));
     } else {

@@ -132,7 +132,7 @@ void LocatedTalk::takeStream(const CameraAbilities& abilities)
         Q_EMIT located(stream);
         openLine(stream);
     } else if (abilities.error != OnvifError::None) {
-        Q_EMIT refused(codeOf(abilities.error), errorSentence(abilities));
+        Q_EMIT refused(codeOf(abilities.error), OnvifInquiries::errorOf(m_camera, abilities));
     } else {
         Q_EMIT refused(ReturnCode::talkRefused, QStringLiteral("the camera gives no address of a stream"));
     }

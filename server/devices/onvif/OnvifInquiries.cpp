@@ -145,7 +145,11 @@ QString OnvifInquiries::errorOf(const CameraRecord& camera, const CameraAbilitie
 {
     const bool isSilent = abilities.error == OnvifError::NotReachable ||
                           (abilities.error == OnvifError::TimedOut && abilities.manufacturer.isEmpty());
-    if (!isSilent && abilities.error != OnvifError::NotOnvif) {
+    if (abilities.error == OnvifError::Untrusted) {
+        return errorSentence(abilities) + QStringLiteral("; its setting \"anyCertificate\" accepts it");
+    }
+    const bool isAnswered = !isSilent && abilities.error != OnvifError::NotOnvif;
+    if (isAnswered || abilities.device.isEmpty()) {
         return errorSentence(abilities);
     }
     const QString service =

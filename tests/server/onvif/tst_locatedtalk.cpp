@@ -185,6 +185,7 @@ void TestLocatedTalk::nobodyListens()
     TalkProbe probe("http://127.0.0.1:" + closedPort() + "/onvif/device_service");
     QVERIFY(probe.refuse());
     QCOMPARE(probe.returnCode, ReturnCode::cameraOffline);
+    QVERIFY2(probe.reason.contains("does not answer ONVIF questions at http://"), qPrintable(probe.reason));
 }
 
 void TestLocatedTalk::neverAnswers()

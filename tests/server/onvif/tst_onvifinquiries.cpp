@@ -192,6 +192,12 @@ void TestOnvifInquiries::camerasWithoutOnvif()
     error = errorAt(other.url().toString());
     QVERIFY2(error.startsWith("what answers at " + other.url().toString() + " is no ONVIF camera"),
              qPrintable(error));
+    // Where nobody could be asked there is no address; a certificate has a setting.
+    CameraAbilities abilities;
+    abilities.error = OnvifError::NotReachable;
+    QCOMPARE(OnvifInquiries::errorOf(CameraRecord(), abilities), errorSentence(abilities));
+    abilities.error = OnvifError::Untrusted;
+    QVERIFY(OnvifInquiries::errorOf(CameraRecord(), abilities).contains("\"anyCertificate\""));
 }
 
 void TestOnvifInquiries::asksAtTheUsualAddress_data()
