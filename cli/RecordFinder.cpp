@@ -34,6 +34,7 @@ void RecordFinder::absent(Kind kind, int id)
 
 void RecordFinder::notOne(const QString& word, const QString& text, int count)
 {
+    m_isAbsent = count == 0;
     failed(ExitRefused, count == 0
                             ? QStringLiteral("no %1 has the id or name \"%2\"").arg(word, text)
                             : QStringLiteral("%1 records of the kind %2 have the name \"%3\"; give an id")

@@ -53,6 +53,9 @@ public:
     std::optional<QVariantMap> schedule(int id); ///< As a record of the protocol.
     /** @} */
 
+    /** Returns whether the last failure was that no record has the text. */
+    bool isAbsent() const { return m_isAbsent; }
+
     /** Returns the ExitStatus of the last failure. */
     ExitStatus status() const { return m_status; }
 
@@ -66,4 +69,5 @@ private:
 
     PluginSession& m_session;
     ExitStatus m_status = ExitSuccess;
+    bool m_isAbsent = false;
 };

@@ -47,6 +47,18 @@ QString abilityLine(const QVariantMap& answer, const QString& key, const QString
     return line.arg(words);
 }
 
+/** Whether an answer says nothing of a camera. */
+bool hasNothing(const QVariantMap& answer)
+{
+    const auto isUnknown = [&answer](const QString& key) {
+        const QString ability = textOf(answer, key);
+        return ability != QLatin1String("yes") && ability != QLatin1String("no");
+    };
+    return isUnknown(Words::hears) && isUnknown(Words::speaks) &&
+           textOf(answer, Words::manufacturer).isEmpty() && textOf(answer, Words::model).isEmpty() &&
+           textsOf(answer, Words::remarks).isEmpty() && answer.value(Words::streams).toList().isEmpty();
+}
+
 } // namespace
 
 QVariantList CameraAnswers::found(const QVariant& result)
@@ -73,6 +85,9 @@ QStringList CameraAnswers::abilities(const QVariant& result)
     const QVariantMap answer = result.toMap();
     QStringList lines;
     if (const QString error = textOf(answer, Vocabulary::error); !error.isEmpty()) {
+        if (hasNothing(answer)) {
+            return {CameraAnswers::tr("The camera could not be asked: %1").arg(error)};
+        }
         lines.append(CameraAnswers::tr("Not all could be asked: %1").arg(error));
     }
     lines.append(abilityLine(answer, Words::hears, Words::hearsReason, Words::talkCodecs,

@@ -113,6 +113,11 @@ QVariantMap CameraRequests::defaultSettings() const
     return CameraSettingsRecord::toMap(CameraSettings());
 }
 
+QStringList CameraRequests::talkCodecs() const
+{
+    return CameraSettingsRecord::talkCodecs();
+}
+
 bool CameraRequests::areValid(const QVariantMap& settings) const
 {
     QString error;

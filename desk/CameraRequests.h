@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QStringList>
 #include <QVariant>
 
 class PluginHost;
@@ -50,6 +51,8 @@ public:
 
     /** Returns the settings of a new camera: a map as of CameraSettingsRecord. */
     Q_INVOKABLE QVariantMap defaultSettings() const;
+    /** Returns the codecs that "talkCodec" may name; a camera's record may have another one. */
+    Q_INVOKABLE QStringList talkCodecs() const;
     /** Returns whether all settings of such a map have values that a server takes. */
     Q_INVOKABLE bool areValid(const QVariantMap& settings) const;
     /** Returns whether a text is the address of a camera, see RecordChecks::cameraAddress. */

@@ -34,8 +34,13 @@ public:
     /** Returns the property camera. */
     QString camera() const { return m_camera; }
 
-    /** Starts a test; tested follows. @return false without a connection, and while one runs */
-    Q_INVOKABLE bool start(const QString& camera);
+    /**
+     * Starts a test; tested follows.
+     *
+     * @param isHalfDuplex whether the camera is not heard while somebody talks, as its settings say
+     * @return false without a connection, and while one runs
+     */
+    Q_INVOKABLE bool start(const QString& camera, bool isHalfDuplex = false);
 
     /** Ends a test without a result. Does nothing when none runs. */
     Q_INVOKABLE void cancel();
@@ -69,10 +74,11 @@ private:
     RequestTimeouts& m_watch;
     WorkerThread m_thread;
     QString m_camera;
-    quint64 m_test = 0;    ///< Rises with each end: what belongs to an earlier test is dropped.
-    quint64 m_request = 0; ///< For the talk, while it is open.
-    QSet<quint64> m_given; ///< Requests that were given up; a talk that opens late is closed.
-    QString m_token;       ///< Of the open talk; empty without one.
+    bool m_isHalfDuplex = false; ///< The camera.
+    quint64 m_test = 0;          ///< Rises with each end: what belongs to an earlier test is dropped.
+    quint64 m_request = 0;       ///< For the talk, while it is open.
+    QSet<quint64> m_given;       ///< Requests that were given up; a talk that opens late is closed.
+    QString m_token;             ///< Of the open talk; empty without one.
     std::shared_ptr<ToneProbe> m_probe;
     int m_sent = 0;       ///< Packets of the tone.
     double m_started = 0; ///< The tone, s of the steady clock.

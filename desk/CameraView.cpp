@@ -116,7 +116,10 @@ void CameraView::replyArrived(const QString& command, const QString& returnCode,
     const QVariantMap answer = result.toMap();
     const QVariant jpeg = answer.value(Words::picture);
     if (returnCode != ReturnCode::success) {
-        fail(ErrorMessages::withDetail(returnCode, errorText));
+        // Who shows it says first that there is no picture.
+        const QString reason =
+            returnCode == ReturnCode::noPicture ? ErrorMessages::serversWords(errorText) : QString();
+        fail(reason.isEmpty() ? ErrorMessages::withDetail(returnCode, errorText) : reason);
     } else if (answer.value(Vocabulary::camId) != QVariant(m_camera) ||
                jpeg.userType() != QMetaType::QByteArray) {
         fail(tr("the server's answer is no picture of this camera"));

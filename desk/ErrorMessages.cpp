@@ -105,3 +105,10 @@ QString ErrorMessages::withDetail(const QString& code, const QString& detail)
     }
     return QCoreApplication::translate("ErrorMessages", "%1 (the server: %2)").arg(of(code), words);
 }
+
+QString ErrorMessages::serversWords(const QString& detail)
+{
+    const QString words = shortened(detail);
+    return words.isEmpty() ? words
+                           : QCoreApplication::translate("ErrorMessages", "the server says: %1").arg(words);
+}

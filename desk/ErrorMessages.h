@@ -14,4 +14,7 @@ QString of(const QString& code, const QString& detail = QString());
 /** Returns the words for a code together with the server's own text, shortened, where that says more. */
 QString withDetail(const QString& code, const QString& detail);
 
+/** Returns the server's own text alone as words of the server, cut if it is long; empty without one. */
+QString serversWords(const QString& detail);
+
 } // namespace ErrorMessages

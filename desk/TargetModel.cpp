@@ -1,6 +1,7 @@
 #include "desk/TargetModel.h"
 
 #include "client/RecordModels.h"
+#include "protocol/Limits.h"
 #include "protocol/Words.h"
 
 #include <algorithm>
@@ -105,7 +106,7 @@ void TargetModel::rebuild()
         target.camera = true;
         target.id = camera.value(Vocabulary::camId).toString();
         target.name = camera.value(Words::camName).toString();
-        target.detail = target.id;
+        target.detail = camera.value(Words::camAddress).toString().left(Limits::maxUrlLength);
         target.online = camera.value(Words::online, true).toBool();
         targets.push_back(target);
     }

@@ -54,6 +54,7 @@ struct CameraAbilities
 
     Ability speaks = Ability::Unknown;    ///< Whether its microphone can be heard.
     Ability hears = Ability::Unknown;     ///< Whether it plays talks.
+    bool hasUnusedLoudspeaker = false;    ///< It has one that no media profile uses.
     QString speaksReason;                 ///< Why not, or why it is not known; empty for Yes.
     QString hearsReason;                  ///< The same for its loudspeaker.
     std::vector<CameraCodec> voiceCodecs; ///< That it speaks in.

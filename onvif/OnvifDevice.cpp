@@ -333,6 +333,7 @@ void OnvifDevice::judgeLoudspeaker()
         m_abilities.hears = Ability::No;
         m_abilities.hearsReason = QStringLiteral("the camera has no loudspeaker");
     } else if (m_outputs) {
+        m_abilities.hasUnusedLoudspeaker = true;
         m_abilities.hearsReason = QStringLiteral(
             "the camera has a loudspeaker, but none of its media profiles uses it; it may refuse a talk");
     } else {

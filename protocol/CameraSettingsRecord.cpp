@@ -109,6 +109,17 @@ std::optional<CameraSettings> CameraSettingsRecord::fromMap(const QVariantMap& m
     return settings;
 }
 
+QStringList CameraSettingsRecord::talkCodecs()
+{
+    QStringList names{QStringLiteral("PCMU"), QStringLiteral("PCMA")};
+    for (const QString& packing : {QString(), QStringLiteral("AAL2-")}) {
+        for (const int rate : {16, 24, 32, 40}) {
+            names.append(QStringLiteral("%1G726-%2").arg(packing).arg(rate));
+        }
+    }
+    return names + QStringList{QStringLiteral("L16"), QStringLiteral("MPEG4-GENERIC")};
+}
+
 QString CameraSettingsRecord::toText(const CameraSettings& settings)
 {
     if (settings == CameraSettings()) {

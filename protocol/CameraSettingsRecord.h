@@ -2,6 +2,7 @@
 
 #include "protocol/CameraSettings.h"
 
+#include <QStringList>
 #include <QVariantMap>
 
 #include <optional>
@@ -19,6 +20,12 @@ QVariantMap toMap(const CameraSettings& settings);
  * @return empty for an unknown key, and for a value of another type or beyond its range
  */
 std::optional<CameraSettings> fromMap(const QVariantMap& map, const CameraSettings& before, QString* error);
+
+/**
+ * Returns the codecs that clients offer for "talkCodec", by their RTP names. The setting may have others:
+ * servers differ, and a camera takes what it takes.
+ */
+QStringList talkCodecs();
 
 /** Returns the settings as they are stored: an empty text for the defaults. */
 QString toText(const CameraSettings& settings);

@@ -16,7 +16,6 @@
 namespace {
 
 constexpr int msPerSecond = 1000;
-constexpr int hertzPerKilohertz = 1000;
 constexpr int clockTolerance = 5000; // ms that a camera's clock may be off without a word
 constexpr int labelWidth = 18;       // characters
 
@@ -76,20 +75,30 @@ void printLine(const char* label, const QString& text)
     std::puts(qUtf8Printable(line.trimmed()));
 }
 
-/** Codecs with their rates: "PCMU (8 kHz), MPEG4-GENERIC (8, 16 kHz)". */
+/** Codecs as SDP names them (RFC 8866, clause 6.6): "PCMU/8000, MPEG4-GENERIC/16000". */
 QString codecText(const std::vector<CameraCodec>& codecs)
 {
     QStringList texts;
     for (const CameraCodec& codec : codecs) {
-        QStringList rates;
         for (const int rate : codec.rates) {
-            rates.append(QString::number(static_cast<double>(rate) / hertzPerKilohertz));
+            texts.append(QStringLiteral("%1/%2").arg(codec.name).arg(rate));
         }
-        texts.append(rates.isEmpty()
-                         ? codec.name
-                         : QStringLiteral("%1 (%2 kHz)").arg(codec.name, rates.join(QStringLiteral(", "))));
+        if (codec.rates.isEmpty()) {
+            texts.append(codec.name);
+        }
     }
     return texts.join(QStringLiteral(", "));
+}
+
+/** A stream with what is in it, as far as it is known. */
+void printStream(const QString& address, const QString& name, QStringList parts)
+{
+    parts.removeAll(QString());
+    QStringList more{name, parts.join(QStringLiteral(", "))};
+    more.removeAll(QString());
+    printLine("stream", more.isEmpty()
+                            ? address
+                            : QStringLiteral("%1 (%2)").arg(address, more.join(QStringLiteral(": "))));
 }
 
 void printAbility(const char* label, Ability ability, const QString& reason,
@@ -116,13 +125,10 @@ void print(const CameraAbilities& abilities)
         if (stream.address.isEmpty()) {
             continue;
         }
-        QStringList parts{stream.hasPicture ? Words::picture : QString(),
-                          stream.hasVoice ? QStringLiteral("voice") : QString(),
-                          stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()};
-        parts.removeAll(QString());
-        printLine("stream", QStringLiteral("%1 (%2: %3)")
-                                .arg(CameraSearch::textOf(stream.address), stream.name,
-                                     parts.join(QStringLiteral(", "))));
+        printStream(CameraSearch::textOf(stream.address), stream.name,
+                    {stream.hasPicture ? Words::picture : QString(),
+                     stream.hasVoice ? QStringLiteral("voice") : QString(),
+                     stream.hasLoudspeaker ? QStringLiteral("loudspeaker") : QString()});
     }
     if (!abilities.snapshot.isEmpty()) {
         printLine("snapshot", CameraSearch::textOf(abilities.snapshot));
@@ -142,7 +148,9 @@ void print(const CameraAbilities& abilities)
  */
 std::optional<OnvifLogin> chosenLogin(const CommandArguments& arguments)
 {
-    OnvifLogin login{arguments.value(arguments.isSet("camera-user") ? "camera-user" : "user"), QString()};
+    // With --server --user is the login there.
+    const bool isNamed = arguments.isSet("camera-user") || arguments.isSet("server");
+    OnvifLogin login{arguments.value(isNamed ? "camera-user" : "user"), QString()};
     if (login.user.isEmpty()) {
         return login;
     }
@@ -190,12 +198,10 @@ void printAnswer(const QVariantMap& answer)
         const auto has = [&stream](const QString& key) {
             return stream.value(key).toString() == QLatin1String("yes");
         };
-        const QString parts = joined({has(Words::speaks) ? QStringLiteral("voice") : QString(),
-                                      has(Words::hears) ? QStringLiteral("loudspeaker") : QString()},
-                                     QStringLiteral(", "));
-        printLine("stream", QStringLiteral("%1 (%2: %3)")
-                                .arg(plainText(stream.value(Words::camAddress).toString()),
-                                     plainText(stream.value(Words::camName).toString()), parts));
+        printStream(plainText(stream.value(Words::camAddress).toString()),
+                    plainText(stream.value(Words::camName).toString()),
+                    {has(Words::speaks) ? QStringLiteral("voice") : QString(),
+                     has(Words::hears) ? QStringLiteral("loudspeaker") : QString()});
     }
     const QStringList remarks = answer.value(Words::remarks).toStringList();
     for (const QString& remark : remarks) {
@@ -222,33 +228,9 @@ QVariantMap jsonOf(QVariantMap answer)
     return answer;
 }
 
-/** Lets a server ask a camera: one of its records, else the address. */
-int askByServer(const CommandArguments& arguments)
+/** Sends a question about a camera to a server, and prints the answer. */
+int askIn(PluginSession& session, const CommandArguments& arguments, const QVariantMap& question)
 {
-    const QString operand = arguments.word(0);
-    if (!CameraOptions::hasNoLogin(arguments, operand)) {
-        return ExitUsage;
-    }
-    QVariantMap question;
-    if (!CameraOptions::addLogin(arguments, operand, &question)) {
-        return ExitUsage;
-    }
-    if (arguments.isSet("any-certificate")) {
-        question.insert(Words::camSettings, QVariantMap{{Words::anyCertificate, true}});
-    }
-    PluginSession session(arguments.client());
-    if (const ExitStatus status = session.open(); status != ExitSuccess) {
-        return status;
-    }
-    RecordFinder finder(session);
-    if (CameraOptions::isAddress(operand)) {
-        question.insert(Words::camKind, QStringLiteral("onvif"));
-        question.insert(Words::camAddress, operand);
-    } else if (const auto id = finder.camera(operand)) {
-        question.insert(Vocabulary::camId, *id);
-    } else {
-        return finder.status();
-    }
     PluginSession::Reply reply;
     const ExitStatus status = session.receive(session.sendOwn(Words::AskCamera, question), &reply,
                                               session.options().timeout + CameraSearch::serverTime);
@@ -267,6 +249,78 @@ int askByServer(const CommandArguments& arguments)
     return ExitSuccess;
 }
 
+/** What a server is asked about a camera, but for which one; empty, and an error printed, without a password.
+ */
+std::optional<QVariantMap> questionOf(const CommandArguments& arguments)
+{
+    QVariantMap question;
+    const auto login = chosenLogin(arguments);
+    if (!login) {
+        return std::nullopt;
+    }
+    if (!login->user.isEmpty()) {
+        question.insert(Vocabulary::username, login->user);
+        question.insert(Vocabulary::password, login->password);
+    }
+    if (arguments.isSet("any-certificate")) {
+        question.insert(Words::camSettings, QVariantMap{{Words::anyCertificate, true}});
+    }
+    return question;
+}
+
+/** Lets a server ask a camera: one of its records, else the address. */
+int askByServer(const CommandArguments& arguments)
+{
+    const QString operand = arguments.word(0);
+    if (!CameraOptions::hasNoLogin(arguments, operand)) {
+        return ExitUsage;
+    }
+    auto question = questionOf(arguments);
+    if (!question) {
+        return ExitUsage;
+    }
+    PluginSession session(arguments.client());
+    if (const ExitStatus status = session.open(); status != ExitSuccess) {
+        return status;
+    }
+    RecordFinder finder(session);
+    if (CameraOptions::isAddress(operand)) {
+        question->insert(Words::camKind, QStringLiteral("onvif"));
+        question->insert(Words::camAddress, operand);
+    } else if (const auto id = finder.camera(operand)) {
+        question->insert(Vocabulary::camId, *id);
+    } else {
+        return finder.status();
+    }
+    return askIn(session, arguments, *question);
+}
+
+/** Asks a camera of the records in the default folder; empty when none has this id or name, so that it is a
+ * host. */
+std::optional<int> askRecord(const CommandArguments& arguments)
+{
+    const QString operand = arguments.word(0);
+    if (!CameraOptions::mayBeRecord(arguments, operand)) {
+        return std::nullopt;
+    }
+    PluginSession session(arguments.client());
+    if (session.open() != ExitSuccess) {
+        return std::nullopt; // the reason is printed
+    }
+    RecordFinder finder(session);
+    const auto found = finder.cameras(operand);
+    if (!found || found->isEmpty()) {
+        return std::nullopt;
+    }
+    const auto id = finder.camera(operand);
+    auto question = id ? questionOf(arguments) : std::nullopt;
+    if (!question) {
+        return id ? ExitUsage : finder.status();
+    }
+    question->insert(Vocabulary::camId, *id);
+    return askIn(session, arguments, *question);
+}
+
 int askCamera(const CommandArguments& arguments)
 {
     if (!arguments.isSet("server") && !arguments.onlyOne("camera-user", "user")) {
@@ -274,6 +328,9 @@ int askCamera(const CommandArguments& arguments)
     }
     if (CameraSearch::isForServer(arguments)) {
         return askByServer(arguments);
+    }
+    if (const auto status = askRecord(arguments)) {
+        return *status;
     }
     QString error;
     const auto address = CameraAddress::deviceService(arguments.word(0), &error);
@@ -298,7 +355,8 @@ int askCamera(const CommandArguments& arguments)
         return ExitNoAnswer;
     }
     if (abilities.error != OnvifError::None) {
-        std::fprintf(stderr, "voicedesk: %s\n", qUtf8Printable(errorSentence(abilities)));
+        std::fprintf(stderr, "voicedesk: %s%s\n", qUtf8Printable(errorSentence(abilities)),
+                     abilities.error == OnvifError::Untrusted ? "; --any-certificate accepts it" : "");
     } else if (arguments.json()) {
         printJson(jsonOf(abilities));
     } else {
@@ -315,10 +373,12 @@ std::vector<Command> cameraAskCommands()
         {"cameras ask",
          "ADDRESS",
          "ask an ONVIF camera what it can do",
-         "ADDRESS is a host, host:port or http://host:port/path. The password is asked for, or read from\n"
-         "the environment variable VOICEDESK_CAMERA_SECRET. With --server or --data the server asks, and\n"
-         "ADDRESS may also be the id or name of one of its cameras, or the URL of a stream; without them\n"
-         "--user is the same as --camera-user.",
+         "ADDRESS is a host, host:port or http://host:port/path, or the id or name of a camera in the "
+         "records\n"
+         "of the default folder, which comes first. The password is asked for, or read from the environment\n"
+         "variable VOICEDESK_CAMERA_SECRET. With --server or --data the server asks, and ADDRESS may be the\n"
+         "id or name of one of its cameras, or the URL of a stream. Without --server --user is the same as\n"
+         "--camera-user.",
          {{"camera-user", "name", "Name to log in with at the camera.", ""},
           {"any-certificate", nullptr, "Take the certificate of an https address, whoever signed it.", ""},
           jsonOption},

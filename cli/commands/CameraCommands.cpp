@@ -71,12 +71,15 @@ int list(const CommandArguments& arguments, const ClientOptions& client)
                  {"kind", "kind"},
                  {"address", "address"},
                  {"user", "user"},
-                 {Words::online, Words::online}});
+                 {Words::online, Words::online},
+                 {"settings", "settings"}});
     for (const QVariant& entry : qAsConst(cameras)) {
         const QVariantMap camera = entry.toMap();
         const auto text = [&camera](const QString& key) { return camera.value(key).toString(); };
+        const QVariantMap settings = camera.value(Words::camSettings).toMap();
         table.add({text(Vocabulary::camId), text(Words::camName), text(Words::camKind),
-                   text(Words::camAddress), text(Vocabulary::username), isOnline(camera)});
+                   text(Words::camAddress), text(Vocabulary::username), isOnline(camera),
+                   arguments.json() ? QVariant(settings) : CameraOptions::otherThanUsual(settings)});
     }
     std::fputs(qUtf8Printable(table.text(arguments.json())), stdout);
     return ExitSuccess;
@@ -213,7 +216,8 @@ int deleteCamera(const CommandArguments& arguments)
 std::vector<Command> cameraCommands()
 {
     std::vector<CommandOption> add{
-        {"kind", "name", "How the camera is reached (default: onvif).", defaultKind},
+        {"kind", "name", "How the camera is reached: onvif, or simulated with --simulate (default: onvif).",
+         defaultKind},
     };
     const std::vector<CommandOption> options = CameraOptions::options();
     add.insert(add.end(), options.begin(), options.end());
@@ -223,7 +227,7 @@ std::vector<Command> cameraCommands()
         {"camera-password", nullptr, "New password: it is asked for, or read from VOICEDESK_CAMERA_SECRET.",
          ""},
         {"no-login", nullptr, "Without login and password.", ""},
-        {"kind", "name", "How the camera is reached.", ""},
+        {"kind", "name", "How the camera is reached: onvif, or simulated with --simulate.", ""},
     };
     update.insert(update.end(), options.begin(), options.end());
     update.push_back(jsonOption);
@@ -240,7 +244,9 @@ std::vector<Command> cameraCommands()
         {"cameras list",
          "",
          "list the cameras of the records",
-         "Without --server those in the folder of --data, which have three seconds to answer.",
+         "Without --server those in the folder of --data, which have three seconds to answer. Of the "
+         "settings\n"
+         "those are listed that are not the defaults; with --json all.",
          {jsonOption},
          Command::Server,
          listRecords},

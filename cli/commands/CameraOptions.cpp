@@ -1,9 +1,11 @@
 #include "cli/commands/CameraOptions.h"
 
 #include "onvif/XmlElement.h"
+#include "protocol/CameraSettingsRecord.h"
 #include "protocol/Words.h"
 #include "system/Console.h"
 
+#include <QFileInfo>
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <QUrl>
@@ -16,6 +18,7 @@ constexpr char passwordVariable[] = "VOICEDESK_CAMERA_SECRET";
 enum class Kind
 {
     Text,
+    Codec,
     Number,
     YesOrNo,
     Certificate,
@@ -27,46 +30,59 @@ struct Setting
     CommandOption option;
     const QString& key; ///< In "camSettings".
     Kind kind;
+    const char* takes; ///< Values, for an error; null where the kind says it.
 };
 
 const std::vector<Setting>& allSettings()
 {
+    static const QByteArray codecHelp =
+        QStringLiteral("Codec to the camera: %1; empty: the first that both have (the default).")
+            .arg(CameraSettingsRecord::talkCodecs().join(QStringLiteral(", ")))
+            .toLatin1();
     static const std::vector<Setting> all{
         {{"transport", "tcp|udp", "How sound reaches the camera (default: tcp).", ""},
          Words::transport,
-         Kind::Text},
+         Kind::Text,
+         "tcp or udp"},
         {{"packet-time", "ms", "Sound in a packet to the camera: 20, 40 or 80 ms (default: 20).", ""},
          Words::packetTime,
-         Kind::Number},
-        {{"talk-codec", "name",
-          "RTP name of the codec to the camera, as PCMA; empty: the first that both have (the default).", "",
-          true},
-         Words::talkCodec,
-         Kind::Text},
-        {{"readiness-delay", "ms", "Time after which an open line is ready (default: 0).", ""},
+         Kind::Number,
+         "20, 40 or 80"},
+        {{"talk-codec", "name", codecHelp.constData(), "", true}, Words::talkCodec, Kind::Codec, nullptr},
+        {{"readiness-delay", "ms", "Time after which an open line is ready, 0 to 10000 (default: 0).", ""},
          Words::readinessDelay,
-         Kind::Number},
+         Kind::Number,
+         "0 to 10000"},
         {{"even-pace", "yes|no", "Whether packets leave one packet time apart (default: no).", ""},
          Words::evenPace,
-         Kind::YesOrNo},
+         Kind::YesOrNo,
+         nullptr},
         {{"half-duplex", "yes|no",
           "Whether the camera is not heard while somebody talks to it (default: no).", ""},
          Words::halfDuplex,
-         Kind::YesOrNo},
+         Kind::YesOrNo,
+         nullptr},
         {{"tcp-no-delay", "yes|no", "TCP_NODELAY on the connection (default: yes).", ""},
          Words::noDelay,
-         Kind::YesOrNo},
-        {{"dscp", "n", "DSCP of what is sent, 0 to 63 (default: 46).", ""}, Words::dscp, Kind::Number},
+         Kind::YesOrNo,
+         nullptr},
+        {{"dscp", "n", "DSCP of what is sent, 0 to 63 (default: 46).", ""},
+         Words::dscp,
+         Kind::Number,
+         "0 to 63"},
         {{"open-timeout", "ms", "Time for a talk to open, 1000 to 25000 (default: 10000).", ""},
          Words::openTimeout,
-         Kind::Number},
+         Kind::Number,
+         "1000 to 25000"},
         {{"certificate", "any|known", "Which certificates do with rtsps and https (default: known).", ""},
          Words::anyCertificate,
-         Kind::Certificate},
+         Kind::Certificate,
+         nullptr},
         {{"several-talks", "yes|no",
           "Whether several clients may talk to the camera at a time (default: no).", ""},
          Words::severalTalks,
-         Kind::YesOrNo},
+         Kind::YesOrNo,
+         nullptr},
     };
     return all;
 }
@@ -84,22 +100,62 @@ std::optional<QVariant> choice(const CommandArguments& arguments, const char* op
     return QVariant(text == QLatin1String(yes));
 }
 
+/** The codec of an option, as it is written in RTP; empty, and an error printed, for one that nobody has. */
+std::optional<QVariant> codec(const CommandArguments& arguments, const char* option)
+{
+    const QString text = arguments.value(option);
+    const QStringList known = CameraSettingsRecord::talkCodecs();
+    const int found = known.indexOf(
+        QRegularExpression(QRegularExpression::anchoredPattern(QRegularExpression::escape(text)),
+                           QRegularExpression::CaseInsensitiveOption));
+    if (found < 0 && !text.isEmpty()) {
+        arguments.usage(QStringLiteral("--%1 takes one of: %2")
+                            .arg(QLatin1String(option), known.join(QStringLiteral(", "))));
+        return std::nullopt;
+    }
+    return QVariant(known.value(found));
+}
+
 std::optional<QVariant> valueOf(const CommandArguments& arguments, const Setting& setting)
 {
     const char* option = setting.option.name;
+    QVariant value = arguments.value(option);
     switch (setting.kind) {
     case Kind::Text:
         break;
+    case Kind::Codec:
+        return codec(arguments, option);
     case Kind::Number: {
-        const auto number = arguments.number(arguments.value(option), "number");
-        return number ? std::optional<QVariant>(*number) : std::nullopt;
+        bool isNumber = false;
+        const int number = arguments.value(option).toInt(&isNumber);
+        value = isNumber ? QVariant(number) : value;
+        break;
     }
     case Kind::YesOrNo:
         return choice(arguments, option, "yes", "no");
     case Kind::Certificate:
         return choice(arguments, option, "any", "known");
     }
-    return QVariant(arguments.value(option));
+    QString error;
+    if (!CameraSettingsRecord::fromMap({{setting.key, value}}, CameraSettings(), &error)) {
+        arguments.usage(
+            QStringLiteral("--%1 takes %2").arg(QLatin1String(option), QLatin1String(setting.takes)));
+        return std::nullopt;
+    }
+    return value;
+}
+
+/** A setting as the value of its option. */
+QString textOf(const Setting& setting, const QVariant& value)
+{
+    switch (setting.kind) {
+    case Kind::YesOrNo:
+        return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
+    case Kind::Certificate:
+        return value.toBool() ? QStringLiteral("any") : QStringLiteral("known");
+    default:
+        return value.toString();
+    }
 }
 
 } // namespace
@@ -136,6 +192,20 @@ std::optional<QVariantMap> settings(const CommandArguments& arguments)
     return given;
 }
 
+QString otherThanUsual(const QVariantMap& settings)
+{
+    const QVariantMap usual = CameraSettingsRecord::toMap(CameraSettings());
+    QStringList texts;
+    for (const Setting& setting : allSettings()) {
+        const QVariant value = settings.value(setting.key);
+        if (value.isValid() && value != usual.value(setting.key)) {
+            texts.append(
+                QStringLiteral("%1 %2").arg(QLatin1String(setting.option.name), textOf(setting, value)));
+        }
+    }
+    return texts.join(QStringLiteral(", "));
+}
+
 bool hasSettings(const CommandArguments& arguments)
 {
     const auto& all = allSettings();
@@ -152,13 +222,20 @@ bool isAddress(const QString& text)
            hostAndPort.match(text).hasMatch();
 }
 
+bool mayBeRecord(const CommandArguments& arguments, const QString& text)
+{
+    return !isAddress(text) && !arguments.isSet("server") && !arguments.isSet("data") &&
+           QFileInfo(arguments.client().embedded.dataDirectory).isDir();
+}
+
 bool hasNoLogin(const CommandArguments& arguments, const QString& address)
 {
     if (!address.contains(QLatin1Char('@'))) {
         return true;
     }
-    arguments.usage(QStringLiteral("an address has no user and no password, which others could read; give "
-                                   "the user with --camera-user"));
+    arguments.usage(
+        QStringLiteral("an address must not contain a user name or a password, because others can "
+                       "read it; give the user name with --camera-user"));
     return false;
 }
 

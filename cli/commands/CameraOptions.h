@@ -17,11 +17,20 @@ std::vector<CommandOption> options();
 /** Returns the settings that are given, as "camSettings"; empty for a value that makes no sense. */
 std::optional<QVariantMap> settings(const CommandArguments& arguments);
 
+/** Returns the settings of a record that are not the defaults, as the options have them: "packet-time 40". */
+QString otherThanUsual(const QVariantMap& settings);
+
 /** Returns whether a setting is given. */
 bool hasSettings(const CommandArguments& arguments);
 
 /** Returns whether a text can only be the address of a camera: a URL, an IP address, or a host and a port. */
 bool isAddress(const QString& text);
+
+/**
+ * Returns whether a name may be that of a camera in the records of the default folder: it is no address, no
+ * option names other records, and the folder is there.
+ */
+bool mayBeRecord(const CommandArguments& arguments, const QString& text);
 
 /** Returns whether an address has no login in it, which others could read; prints an error otherwise. */
 bool hasNoLogin(const CommandArguments& arguments, const QString& address);

@@ -8,6 +8,8 @@
 #include "protocol/Limits.h"
 #include "protocol/Words.h"
 
+#include <QTemporaryDir>
+
 #include <cstdio>
 
 namespace {
@@ -21,7 +23,10 @@ constexpr double packetTime = static_cast<double>(ToneProbe::packetSamples) / To
 class ToneTalk
 {
 public:
-    ToneTalk(PluginSession& session, QString camera) : m_session(session), m_camera(std::move(camera))
+    /** @param camera its record */
+    ToneTalk(PluginSession& session, const QVariantMap& camera)
+        : m_session(session), m_camera(camera.value(Vocabulary::camId).toString()),
+          m_isHalfDuplex(camera.value(Words::camSettings).toMap().value(Words::halfDuplex).toBool())
     {
         QObject::connect(
             &session.host(), &PluginHost::eventArrived, &m_context,
@@ -52,31 +57,40 @@ public:
         return whole ? ExitSuccess : m_session.noAnswer();
     }
 
-    /** Prints what was found out; returns the ExitStatus. */
-    int report(bool json) const
+    /** Prints what was found out; returns the ExitStatus. @param recordings paths of files that were kept */
+    int report(bool json, const QStringList& recordings) const
     {
         const auto echo = m_probe.find();
-        const QString heard = echo                 ? QStringLiteral("yes")
-                              : m_probe.hasHeard() ? QStringLiteral("no")
-                                                   : QStringLiteral("unknown");
+        // With half duplex the server drops what the camera sends while the tone is said.
+        const bool couldTell = m_probe.hasHeard() && !m_isHalfDuplex;
+        const QString heard = echo        ? QStringLiteral("yes")
+                              : couldTell ? QStringLiteral("no")
+                                          : QStringLiteral("unknown");
         const double delay = echo ? echo->time - m_started : 0;
         if (json) {
-            printJson(
-                {{QStringLiteral("openMs"), qRound(m_opened * msPerSecond)},
-                 {QStringLiteral("toneHeard"), heard},
-                 {QStringLiteral("likeness"), echo ? QVariant(echo->likeness) : QVariant()},
-                 {QStringLiteral("delayMs"), echo ? QVariant(qRound(delay * msPerSecond)) : QVariant()}});
+            printJson({{QStringLiteral("openMs"), qRound(m_opened * msPerSecond)},
+                       {QStringLiteral("toneHeard"), heard},
+                       {QStringLiteral("likeness"), echo ? QVariant(echo->likeness) : QVariant()},
+                       {QStringLiteral("delayMs"), echo ? QVariant(qRound(delay * msPerSecond)) : QVariant()},
+                       {QStringLiteral("recordings"), recordings}});
         } else {
             std::printf("line opens        after %.0f ms\n", m_opened * msPerSecond);
             if (echo) {
                 std::printf("tone comes back   after %.0f ms, likeness %.2f\n", delay * msPerSecond,
                             echo->likeness);
             } else {
-                std::puts(m_probe.hasHeard() ? "tone comes back   no: the camera is heard, but not the tone"
-                                             : "tone comes back   not known: the camera sends no sound");
+                std::printf("tone comes back   %s\n",
+                            couldTell ? "no: the camera is heard, but not the tone"
+                            : m_isHalfDuplex
+                                ? "not known: its setting --half-duplex keeps the camera from being "
+                                  "heard while somebody talks"
+                                : "not known: the camera sends no sound");
+            }
+            for (const QString& path : recordings) {
+                std::printf("recording         %s\n", qUtf8Printable(path));
             }
         }
-        return echo || !m_probe.hasHeard() ? ExitSuccess : ExitNotHeard;
+        return echo || !couldTell ? ExitSuccess : ExitNotHeard;
     }
 
 private:
@@ -119,6 +133,7 @@ private:
 
     PluginSession& m_session;
     const QString m_camera; ///< Its id.
+    const bool m_isHalfDuplex;
     QObject m_context;
     ToneProbe m_probe;
     QString m_token;
@@ -129,18 +144,28 @@ private:
 
 int testCamera(const CommandArguments& arguments)
 {
-    PluginSession session(arguments.client());
+    ClientOptions client = arguments.client();
+    const QTemporaryDir unwanted; // outlives the session
+    if (!arguments.isSet("output")) {
+        client.simulated.recordingDirectory = unwanted.path();
+        client.onvif.recordingDirectory.clear();
+    }
+    PluginSession session(client);
     if (const ExitStatus status = session.open(); status != ExitSuccess) {
         return status;
     }
     RecordFinder finder(session);
-    const auto camera = finder.camera(arguments.word(0));
+    const auto camera = finder.cameraRecord(arguments.word(0));
     if (!camera) {
         return finder.status();
     }
     ToneTalk talk(session, *camera);
     const ExitStatus status = talk.run();
-    return status == ExitSuccess ? talk.report(arguments.json()) : status;
+    if (status != ExitSuccess) {
+        return status;
+    }
+    const QStringList recordings = client.simulated.recordings->talks + client.onvif.kept->paths();
+    return talk.report(arguments.json(), arguments.isSet("output") ? recordings : QStringList());
 }
 
 } // namespace
@@ -154,7 +179,7 @@ std::vector<Command> cameraTestCommands()
          "Takes four seconds, without microphone and loudspeaker. Ends with 4 when the line does not open, "
          "with\n"
          "6 when it is lost, and with 10 when the camera is heard but not the tone. A camera that sends no\n"
-         "sound cannot say.",
+         "sound cannot say, nor can one with --half-duplex. The talk is recorded only with --output.",
          {jsonOption},
          Command::Server,
          testCamera},

@@ -124,7 +124,8 @@ std::optional<bool> isByAddress(const CommandArguments& arguments)
     if (!CameraOptions::isAddress(camera)) {
         if (arguments.isSet("camera-user") || CameraOptions::hasSettings(arguments)) {
             arguments.usage(
-                QStringLiteral("the login and the settings are those of a --camera that is an address"));
+                QStringLiteral("--camera-user and the settings go only with an address after --camera; a "
+                               "camera of the records has its own"));
             return std::nullopt;
         }
         return false;
@@ -166,9 +167,15 @@ std::optional<TalkCamera> findCamera(PluginSession& session, const CommandArgume
         const auto found = finder.cameraRecord(arguments.value("camera"));
         *status = finder.status();
         if (!found) {
+            if (finder.isAbsent() && arguments.client().serverUrl.isEmpty()) {
+                std::fputs("voicedesk: an address is a URL, an IP address or host:port, as "
+                           "rtsp://10.0.0.5/stream or gate:80\n",
+                           stderr);
+            }
             return std::nullopt;
         }
-        camera.id = camera.shown = found->value(Vocabulary::camId).toString();
+        camera.id = found->value(Vocabulary::camId).toString();
+        camera.shown = found->value(Words::camName).toString();
         camera.timeout = openingTime(session, found->value(Words::camKind).toString());
         return camera;
     }
@@ -181,6 +188,13 @@ std::optional<TalkCamera> findCamera(PluginSession& session, const CommandArgume
     camera.shown = arguments.value("camera");
     camera.timeout = openingTime(session, QString::fromLatin1(realKind));
     return camera;
+}
+
+/** Whether a text is the id or the name of a simulated camera. */
+bool isSimulated(const SimulatedConfig& simulated, const QString& camera)
+{
+    return std::any_of(simulated.cameras.begin(), simulated.cameras.end(),
+                       [&](const SimulatedCamera& each) { return each.id == camera || each.name == camera; });
 }
 
 /** Returns whether a file can be written, as far as that is known before. */
@@ -253,9 +267,8 @@ public:
 private:
     ExitStatus start(int volume)
     {
-        const QString source = m_arguments.value("source");
-        std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(printableText(m_camera.shown)),
-                     source.isEmpty() ? "the microphone" : qUtf8Printable(source));
+        const QString shown = printableText(m_camera.shown.isEmpty() ? m_camera.id : m_camera.shown);
+        std::fprintf(stderr, "Calling %s...\n", qUtf8Printable(shown));
         const quint64 request =
             m_session.send([&](PluginClient& plugin) { m_microphoneStarts = plugin.startTalk(m_camera.id); });
         if (request == 0 && !m_microphoneStarts && !m_session.isLost()) {
@@ -265,7 +278,13 @@ private:
                                "give a sound file with --source"));
         }
         m_session.plugin().setMicVolume(volume);
-        return m_session.receive(request, nullptr, m_camera.timeout);
+        const ExitStatus status = m_session.receive(request, nullptr, m_camera.timeout);
+        if (status == ExitSuccess) {
+            const QString source = m_arguments.value("source");
+            std::fprintf(stderr, "Talking to %s, from %s.\n", qUtf8Printable(shown),
+                         source.isEmpty() ? "the microphone" : qUtf8Printable(source));
+        }
+        return status;
     }
 
     /** Prints the summary; returns false, and prints an error, when the file of --heard cannot be written. */
@@ -309,12 +328,14 @@ private:
 int runTalk(const CommandArguments& arguments)
 {
     ClientOptions client = arguments.client();
-    if (!arguments.isSet("data")) {
-        client.embedded.dataDirectory.clear(); // a talk needs no records
-    }
     const auto volume = arguments.numberBetween("volume", -1, loudestVolume);
     if (!volume || !readSimulation(arguments, &client.simulated)) {
         return ExitUsage;
+    }
+    const QString wanted = arguments.value("camera");
+    if (!arguments.isSet("data") &&
+        (isSimulated(client.simulated, wanted) || !CameraOptions::mayBeRecord(arguments, wanted))) {
+        client.embedded.dataDirectory.clear(); // such a talk needs no records
     }
     if (arguments.isSet("heard") && !isWritable(arguments.value("heard"))) {
         return PluginSession::fail(ExitOutputFailed,
@@ -390,7 +411,8 @@ std::vector<Command> talkCommands()
          "The camera's voice is played, the server records what the camera hears. The talk lasts as long\n"
          "as the source file, or the simulated camera's answer if that is longer; with a microphone, until\n"
          "Ctrl-C or for --seconds. Without --source the microphone is used. Without --server the program\n"
-         "has simulated cameras of its own, and records only with --data. A camera that is given by its\n"
-         "address is in no record; --camera-user and the settings are for it.",
+         "has simulated cameras of its own; any other id or name is looked for in the records of --data or,\n"
+         "without it, of the default folder. A camera that is given by its address is in no record;\n"
+         "--camera-user and the settings are for it.",
          options, Command::Server, runTalk, true}};
 }

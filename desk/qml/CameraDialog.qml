@@ -48,7 +48,11 @@ FormDialog {
     wanted: 580
     onOpened: nameField.field.forceActiveFocus()
     valid: nameField.valid && address.valid && user.valid && password.valid && advanced.valid
-    hint: nameField.valid && address.valid && user.valid && password.valid ? qsTr("An advanced setting is not right.") : qsTr("A name and an address are needed.")
+    hint: nameField.text.trim() === "" || address.text.trim() === "" ? qsTr("A name and an address are needed.")
+        : !nameField.valid ? qsTr("The name is not right.")
+        : !address.valid ? qsTr("The address is not right.")
+        : !user.valid || !password.valid ? qsTr("User name or password are not right.")
+        : qsTr("An advanced setting is not right.")
     onSave: request.begin(camera === "" ? desk.cameraRequests.add(record()) : desk.cameraRequests.update(camera, record()))
     request.serversWords: true
 
@@ -88,7 +92,8 @@ FormDialog {
                     objectName: "cameraAddress"
                     Layout.fillWidth: true
                     label: qsTr("Address")
-                    problem: desk.cameraRequests.isAddress(text.trim()) ? "" : qsTr("An IP address, a host name, or the address of its stream like rtsp://host:554/path.")
+                    problem: desk.cameraRequests.isAddress(text.trim()) ? "" : qsTr("An IP address or a host name, also with a port like host:8080; a whole address with http:// or https://; or that of its stream with rtsp:// or rtsps://.")
+                    field.placeholderText: qsTr("10.0.0.5 or rtsp://10.0.0.5:554/path")
                     field.onAccepted: root.submit()
                     onTextChanged: abilities.reset()
                 }

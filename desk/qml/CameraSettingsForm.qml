@@ -6,15 +6,18 @@ import "."
 // How a camera is talked to: for those that do not work with the usual settings.
 ColumnLayout {
     id: root
-    readonly property bool valid: codec.valid && delay.valid && patience.valid && priority.valid
+    readonly property bool valid: delay.valid && patience.valid && priority.valid
     readonly property var packetTimes: [20, 40, 80]
+    property var codecs: [""] // and one that the camera's record has beside those that are known
     readonly property var transports: ["tcp", "udp"]
     spacing: 10
 
     function fill(settings) {
         transport.currentIndex = transports.indexOf(settings.transport);
         packetTime.currentIndex = packetTimes.indexOf(settings.packetTime);
-        codec.text = settings.talkCodec;
+        const offered = [""].concat(desk.cameraRequests.talkCodecs());
+        codecs = offered.indexOf(settings.talkCodec) >= 0 ? offered : offered.concat([settings.talkCodec]);
+        codec.currentIndex = codecs.indexOf(settings.talkCodec);
         delay.text = settings.readinessDelay;
         patience.text = settings.openTimeout;
         priority.text = settings.dscp;
@@ -23,7 +26,7 @@ ColumnLayout {
         noDelay.checked = settings.noDelay;
         anyCertificate.checked = settings.anyCertificate;
         severalTalks.checked = settings.severalTalks;
-        const fields = [codec, delay, patience, priority];
+        const fields = [delay, patience, priority];
         for (let i = 0; i < fields.length; ++i)
             fields[i].touched = false;
     }
@@ -31,7 +34,7 @@ ColumnLayout {
         return {
             transport: transports[transport.currentIndex],
             packetTime: packetTimes[packetTime.currentIndex],
-            talkCodec: codec.text,
+            talkCodec: codecs[codec.currentIndex],
             readinessDelay: parseInt(delay.text),
             openTimeout: parseInt(patience.text),
             dscp: parseInt(priority.text),
@@ -69,13 +72,13 @@ ColumnLayout {
             Accessible.name: qsTr("Packet length")
         }
     }
-    FormField {
+    PlainText { text: qsTr("Codec to the camera"); color: Theme.text; font.pixelSize: Theme.textSize }
+    DropDown {
         id: codec
         objectName: "cameraCodec"
         Layout.fillWidth: true
-        label: qsTr("Codec to the camera")
-        problem: desk.cameraRequests.areValid({ talkCodec: text }) ? "" : qsTr("A name like PCMA or G726-32: letters, digits, hyphens.")
-        field.placeholderText: qsTr("empty: the first that the camera offers")
+        model: root.codecs.map(function(name) { return name === "" ? qsTr("The first that the camera offers") : name; })
+        Accessible.name: qsTr("Codec to the camera")
     }
     RowLayout {
         spacing: 10
@@ -109,11 +112,11 @@ ColumnLayout {
     }
     ColumnLayout {
         spacing: 0
-        TickBox { id: halfDuplex; objectName: "cameraHalfDuplex"; Layout.fillWidth: true; text: qsTr("Do not hear the camera while somebody talks (echo)") }
-        TickBox { id: evenPace; Layout.fillWidth: true; text: qsTr("Send packets at an even pace (garbled sound)") }
+        TickBox { id: halfDuplex; objectName: "cameraHalfDuplex"; Layout.fillWidth: true; text: qsTr("Do not hear the camera while somebody talks (against echo)") }
+        TickBox { id: evenPace; Layout.fillWidth: true; text: qsTr("Send packets at an even pace (against garbled sound)") }
         TickBox { id: noDelay; Layout.fillWidth: true; text: qsTr("Send each packet at once (TCP_NODELAY)") }
         TickBox { id: severalTalks; Layout.fillWidth: true; text: qsTr("Several may talk to the camera at a time") }
-        TickBox { id: anyCertificate; Layout.fillWidth: true; text: qsTr("Take any certificate (rtsps)") }
+        TickBox { id: anyCertificate; Layout.fillWidth: true; text: qsTr("Take any certificate (rtsps, https)") }
     }
     QuietText {
         Layout.fillWidth: true

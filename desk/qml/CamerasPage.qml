@@ -51,6 +51,7 @@ DeskPage {
         model: root.cameras
         onOpenRequested: function(entry) { if (entry.editable) entry.edit(); }
         onDeleteRequested: function(entry) { if (entry.removable) entry.remove(); }
+        onTestRequested: function(entry) { if (entry.extraEnabled) entry.extra(); }
         delegate: RecordRow {
             title: cameraName || ""
             detail: cameraIsRecord ? dialog.kindName(cameraKind) + "  ·  " + cameraAddress : qsTr("Part of the server; it cannot be changed.")
@@ -63,7 +64,7 @@ DeskPage {
                 root.testResult = "";
                 if (tested)
                     desk.cameraTest.cancel();
-                else if (desk.cameraTest.start(cameraId))
+                else if (desk.cameraTest.start(cameraId, cameraSettings.halfDuplex))
                     root.testName = cameraName;
             }
             editable: cameraIsRecord || false
@@ -82,6 +83,9 @@ DeskPage {
             hint: search.text !== "" ? qsTr("No camera's name or address has this text in it.") : qsTr("A camera needs a name and its address.")
             action: search.text === "" ? qsTr("Add a camera…") : ""
             onTriggered: root.addNew()
+            otherAction: search.text === "" ? qsTr("Find cameras…") : ""
+            otherEnabled: desk.connection.online
+            onOtherTriggered: finder.search()
         }
     }
     PlainText {

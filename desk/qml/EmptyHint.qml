@@ -7,7 +7,10 @@ Column {
     property string title
     property string hint
     property string action
+    property string otherAction
+    property bool otherEnabled: true
     signal triggered()
+    signal otherTriggered()
 
     width: Math.min(parent.width - 40, 560)
     spacing: Theme.space
@@ -26,10 +29,19 @@ Column {
         text: root.hint
         font.pixelSize: Theme.textSize
     }
-    ActionButton {
+    Row {
         anchors.horizontalCenter: parent.horizontalCenter
-        visible: root.action !== ""
-        text: root.action
-        onClicked: root.triggered()
+        spacing: Theme.space
+        ActionButton {
+            visible: root.otherAction !== ""
+            enabled: root.otherEnabled
+            text: root.otherAction
+            onClicked: root.otherTriggered()
+        }
+        ActionButton {
+            visible: root.action !== ""
+            text: root.action
+            onClicked: root.triggered()
+        }
     }
 }

@@ -12,10 +12,11 @@ Rectangle {
     property alias count: view.count
     property string name
     default property alias overlay: over.data
-    // A key asks for the current entry: Enter opens it, Delete deletes it, the space bar switches it.
+    // A key asks for the current entry: Enter opens it, Delete deletes it, the space bar switches it, T tests it.
     signal openRequested(Item entry)
     signal deleteRequested(Item entry)
     signal toggleRequested(Item entry)
+    signal testRequested(Item entry)
 
     color: Theme.surface
     border.color: view.activeFocus ? Theme.accent : Theme.border
@@ -39,6 +40,19 @@ Rectangle {
         Keys.onEnterPressed: if (currentItem) root.openRequested(currentItem)
         Keys.onDeletePressed: if (currentItem) root.deleteRequested(currentItem)
         Keys.onSpacePressed: if (currentItem) root.toggleRequested(currentItem)
+        Keys.onPressed: function(event) {
+            if (count === 0 || (event.modifiers & ~Qt.KeypadModifier) !== 0)
+                return;
+            if (event.key === Qt.Key_Home)
+                currentIndex = 0;
+            else if (event.key === Qt.Key_End)
+                currentIndex = count - 1;
+            else if (event.key === Qt.Key_T && currentItem)
+                root.testRequested(currentItem);
+            else
+                return;
+            event.accepted = true;
+        }
         highlight: Rectangle {
             color: "transparent"
             radius: Theme.radius

@@ -16,6 +16,8 @@ Item {
     property bool editable: true
     property bool removable: true
     property real progress: -1
+    // The buttons of the current row alone take Tab. One that has the focus keeps it.
+    readonly property bool takesTab: !ListView.view || ListView.isCurrentItem
     default property alias controls: extraControls.data
     signal extra()
     signal edit()
@@ -89,6 +91,7 @@ Item {
             spacing: 6
         }
         ActionButton {
+            focusPolicy: activeFocus || root.takesTab ? Qt.StrongFocus : Qt.ClickFocus
             visible: root.extraText !== ""
             enabled: root.extraEnabled
             text: root.extraText
@@ -96,12 +99,14 @@ Item {
             onClicked: root.extra()
         }
         ActionButton {
+            focusPolicy: activeFocus || root.takesTab ? Qt.StrongFocus : Qt.ClickFocus
             visible: root.editable
             text: qsTr("Edit…")
             Accessible.name: qsTr("%1: edit").arg(root.title)
             onClicked: root.edit()
         }
         ActionButton {
+            focusPolicy: activeFocus || root.takesTab ? Qt.StrongFocus : Qt.ClickFocus
             visible: root.removable
             text: qsTr("Delete…")
             Accessible.name: qsTr("%1: delete").arg(root.title)

@@ -93,6 +93,7 @@ DeskPage {
                 onRemove: root.askToDelete(index)
                 OnOff {
                     id: toggle
+                    focusPolicy: activeFocus || row.takesTab ? Qt.StrongFocus : Qt.ClickFocus
                     checked: enableRole === true
                     Accessible.name: qsTr("%1: switched on").arg(row.title)
                     onClicked: {

@@ -47,6 +47,7 @@ DeskPage {
         model: root.speakers
         onOpenRequested: function(entry) { entry.edit(); }
         onDeleteRequested: function(entry) { entry.remove(); }
+        onTestRequested: function(entry) { if (entry.extraEnabled) entry.extra(); }
         delegate: RecordRow {
             title: deviceNameRole || ""
             detail: ipRole + ":" + portRole + (bindingCameraListRole && bindingCameraListRole.length > 0

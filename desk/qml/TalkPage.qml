@@ -76,7 +76,7 @@ DeskPage {
                     anchors.centerIn: parent
                     visible: targets.count === 0
                     title: search.text !== "" ? qsTr("Nothing is found.") : qsTr("No cameras and no speakers yet.")
-                    hint: search.text !== "" ? qsTr("Names and addresses are searched.") : qsTr("Add a speaker on the page Speakers, or connect with another server.")
+                    hint: search.text !== "" ? qsTr("Names and addresses are searched.") : qsTr("Add a camera on the page Cameras or a speaker on the page Speakers, or connect with another server.")
                 }
             }
             CameraPicture {

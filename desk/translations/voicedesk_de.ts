@@ -54,6 +54,10 @@
         <translation>Nicht alles war zu erfragen: %1</translation>
     </message>
     <message>
+        <source>The camera could not be asked: %1</source>
+        <translation>Die Kamera war nicht zu befragen: %1</translation>
+    </message>
+    <message>
         <source>Plays what is said: %1</source>
         <translation>Spielt, was gesagt wird: %1</translation>
     </message>
@@ -97,6 +101,18 @@
         <translation>Name und Adresse sind nötig.</translation>
     </message>
     <message>
+        <source>The name is not right.</source>
+        <translation>Der Name stimmt nicht.</translation>
+    </message>
+    <message>
+        <source>The address is not right.</source>
+        <translation>Die Adresse stimmt nicht.</translation>
+    </message>
+    <message>
+        <source>User name or password are not right.</source>
+        <translation>Benutzername oder Kennwort stimmen nicht.</translation>
+    </message>
+    <message>
         <source>Camera</source>
         <translation>Kamera</translation>
     </message>
@@ -125,8 +141,12 @@
         <translation>Adresse</translation>
     </message>
     <message>
-        <source>An IP address, a host name, or the address of its stream like rtsp://host:554/path.</source>
-        <translation>Eine IP-Adresse, ein Rechnername oder die Adresse ihres Streams wie rtsp://host:554/path.</translation>
+        <source>An IP address or a host name, also with a port like host:8080; a whole address with http:// or https://; or that of its stream with rtsp:// or rtsps://.</source>
+        <translation>Eine IP-Adresse oder ein Rechnername, auch mit Port wie host:8080; eine ganze Adresse mit http:// oder https://; oder die ihres Streams mit rtsp:// oder rtsps://.</translation>
+    </message>
+    <message>
+        <source>10.0.0.5 or rtsp://10.0.0.5:554/path</source>
+        <translation>10.0.0.5 oder rtsp://10.0.0.5:554/path</translation>
     </message>
     <message>
         <source>User name</source>
@@ -215,12 +235,8 @@
         <translation>Codec zur Kamera</translation>
     </message>
     <message>
-        <source>A name like PCMA or G726-32: letters, digits, hyphens.</source>
-        <translation>Ein Name wie PCMA oder G726-32: Buchstaben, Ziffern, Bindestriche.</translation>
-    </message>
-    <message>
-        <source>empty: the first that the camera offers</source>
-        <translation>leer: der erste, den die Kamera anbietet</translation>
+        <source>The first that the camera offers</source>
+        <translation>Der erste, den die Kamera anbietet</translation>
     </message>
     <message>
         <source>0 to %1.</source>
@@ -231,6 +247,10 @@
         <translation>Aufgeben nach, ms</translation>
     </message>
     <message>
+        <source>Wait after opening, ms</source>
+        <translation>Warten nach dem Öffnen, ms</translation>
+    </message>
+    <message>
         <source>%1 to %2.</source>
         <translation>%1 bis %2.</translation>
     </message>
@@ -239,20 +259,20 @@
         <translation>Vorrang (DSCP)</translation>
     </message>
     <message>
-        <source>Do not hear the camera while somebody talks (echo)</source>
-        <translation>Die Kamera nicht hören, während jemand spricht (Echo)</translation>
+        <source>Do not hear the camera while somebody talks (against echo)</source>
+        <translation>Die Kamera nicht hören, während jemand spricht (gegen Echo)</translation>
     </message>
     <message>
-        <source>Send packets at an even pace (garbled sound)</source>
-        <translation>Pakete gleichmäßig senden (bei verzerrtem Ton)</translation>
+        <source>Send packets at an even pace (against garbled sound)</source>
+        <translation>Pakete gleichmäßig senden (gegen verzerrten Ton)</translation>
     </message>
     <message>
         <source>Send each packet at once (TCP_NODELAY)</source>
         <translation>Jedes Paket sofort senden (TCP_NODELAY)</translation>
     </message>
     <message>
-        <source>Take any certificate (rtsps)</source>
-        <translation>Jedes Zertifikat annehmen (rtsps)</translation>
+        <source>Take any certificate (rtsps, https)</source>
+        <translation>Jedes Zertifikat annehmen (rtsps, https)</translation>
     </message>
     <message>
         <source>How sound is sent</source>
@@ -265,10 +285,6 @@
     <message>
         <source>In packets of their own (UDP)</source>
         <translation>In eigenen Paketen (UDP)</translation>
-    </message>
-    <message>
-        <source>Wait after opening, ms</source>
-        <translation>Warten danach, ms</translation>
     </message>
     <message>
         <source>Most cameras work with what is set. The wait is for a camera that swallows the first words.</source>
@@ -296,6 +312,10 @@
     <message>
         <source>The line opens. The camera is heard, but not the tone.</source>
         <translation>Die Leitung geht auf. Die Kamera ist zu hören, aber nicht der Ton.</translation>
+    </message>
+    <message>
+        <source>The line opens. The camera is not heard while somebody talks, as its settings say, so nobody knows whether it played the tone.</source>
+        <translation>Die Verbindung steht. Die Kamera ist nicht zu hören, während jemand spricht; so ist sie eingestellt. Ob sie den Ton gespielt hat, ist darum nicht bekannt.</translation>
     </message>
     <message>
         <source>The line opens. The camera sends no sound, so nobody knows whether it played the tone.</source>
@@ -708,6 +728,10 @@
     <message>
         <source>%1 (the server: %2)</source>
         <translation>%1 (der Server: %2)</translation>
+    </message>
+    <message>
+        <source>the server says: %1</source>
+        <translation>der Server sagt: %1</translation>
     </message>
     <message>
         <source>the camera gives no picture</source>
@@ -1746,8 +1770,8 @@
         <translation>Gesucht wird in Namen und Adressen.</translation>
     </message>
     <message>
-        <source>Add a speaker on the page Speakers, or connect with another server.</source>
-        <translation>Auf der Seite Lautsprecher einen anlegen oder einen anderen Server wählen.</translation>
+        <source>Add a camera on the page Cameras or a speaker on the page Speakers, or connect with another server.</source>
+        <translation>Auf der Seite Kameras eine Kamera oder auf der Seite Lautsprecher einen Lautsprecher anlegen oder einen anderen Server wählen.</translation>
     </message>
     <message>
         <source>Enter chooses. One camera at most, any number of speakers.</source>

@@ -5,6 +5,7 @@
 #include "tests/server/onvif/TestCamera.h"
 #endif
 
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -33,6 +34,7 @@ private Q_SLOTS:
     void testsACameraThatIsSilent();
     void testsARealCamera();
     void asksByTheServer();
+    void namesInTheDefaultFolder();
     void talksByAddress();
     void talksThatAreNotOpened_data();
     void talksThatAreNotOpened();
@@ -56,6 +58,7 @@ void TestCameraRecords::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     qputenv("VOICEDESK_CAMERA_SECRET", secret);
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder->filePath("home")));
 }
 
 void TestCameraRecords::fromAdditionToDeletion()
@@ -65,12 +68,14 @@ void TestCameraRecords::fromAdditionToDeletion()
     QCOMPARE(result.out, QString("added camera 1\n"));
     QCOMPARE(objectOf(run({"cameras", "add", "Gate", "10.0.0.8", "--kind", "simulated", "--json"})),
              (QJsonObject{{"id", "2"}}));
-    QCOMPARE(camera(3), (QJsonObject{{"id", "1"},
-                                     {"name", "Yard"},
-                                     {"kind", "simulated"},
-                                     {"address", "10.0.0.9"},
-                                     {"user", ""},
-                                     {"online", true}}));
+    QJsonObject yard = camera(3);
+    QCOMPARE(yard.take("settings").toObject()["packetTime"], QJsonValue(20)); // settings() has all
+    QCOMPARE(yard, (QJsonObject{{"id", "1"},
+                                {"name", "Yard"},
+                                {"kind", "simulated"},
+                                {"address", "10.0.0.9"},
+                                {"user", ""},
+                                {"online", true}}));
     QCOMPARE(run({"cameras", "update", "Yard", "Court", "10.0.0.7"}).out, QString("updated camera 1\n"));
     QCOMPARE(camera(3)["name"], QJsonValue("Court"));
     QCOMPARE(camera(3)["address"], QJsonValue("10.0.0.7"));
@@ -105,9 +110,26 @@ void TestCameraRecords::settings()
     const ProgramRun result =
         run(QStringList{"cameras", "add", "Yard", "10.0.0.9", "--kind", "simulated"} + good);
     QVERIFY2(result.status == 0, qPrintable(result.err));
-    const ProgramRun beyond = run({"cameras", "update", "1", "--packet-time", "30"});
-    QCOMPARE(beyond.status, 4); // the server knows which there are
-    QVERIFY(beyond.err.contains("packetTime"));
+    QCOMPARE(camera(3)["settings"].toObject(), (QJsonObject{{"transport", "udp"},
+                                                            {"packetTime", 80},
+                                                            {"talkCodec", "PCMA"},
+                                                            {"readinessDelay", 300},
+                                                            {"evenPace", true},
+                                                            {"halfDuplex", true},
+                                                            {"noDelay", false},
+                                                            {"dscp", 10},
+                                                            {"openTimeout", 5000},
+                                                            {"anyCertificate", true},
+                                                            {"severalTalks", true}}));
+    QVERIFY2(
+        run({"cameras", "list"})
+            .out.contains("transport udp, packet-time 80, talk-codec PCMA, readiness-delay 300, even-pace "
+                          "yes, half-duplex yes, tcp-no-delay no, dscp 10, open-timeout 5000, certificate "
+                          "any, several-talks yes"),
+        qPrintable(run({"cameras", "list"}).out));
+    run({"cameras", "add", "Gate", "10.0.0.8", "--kind", "simulated", "--talk-codec", "aal2-g726-32"});
+    const QStringList lines = run({"cameras", "list"}).out.split('\n');
+    QVERIFY2(lines.filter("Gate").first().endsWith("talk-codec AAL2-G726-32"), qPrintable(lines.join('\n')));
     QCOMPARE(run({"cameras", "update", "1", "--talk-codec", ""}).status, 0);
 }
 
@@ -123,7 +145,18 @@ void TestCameraRecords::refusals_data()
         << "--camera-user";
     QTest::newRow("yes or no") << add + QStringList{"--even-pace", "maybe"} << "--even-pace takes yes or no";
     QTest::newRow("a certificate") << add + QStringList{"--certificate", "mine"} << "--certificate takes any";
-    QTest::newRow("a number") << add + QStringList{"--dscp", "high"} << "high";
+    QTest::newRow("a number") << add + QStringList{"--dscp", "high"} << "--dscp takes 0 to 63";
+    const auto value = [&](const char* option, const char* text, const char* takes) {
+        QTest::addRow("%s %s", option, text)
+            << add + QStringList{option, text} << QStringLiteral("%1 takes %2").arg(option, takes);
+    };
+    value("--packet-time", "33", "20, 40 or 80");
+    value("--transport", "tls", "tcp or udp");
+    value("--dscp", "64", "0 to 63");
+    value("--open-timeout", "10", "1000 to 25000");
+    value("--readiness-delay", "10001", "0 to 10000");
+    value("--talk-codec", "opus", "one of: PCMU, PCMA, G726-16");
+    value("--talk-codec", "PCM.", "one of: PCMU");
     QTest::newRow("nothing to change") << QStringList{"cameras", "update", "1"} << "nothing is named";
     QTest::newRow("login and none") << QStringList{"cameras",       "update", "1",
                                                    "--camera-user", "anna",   "--no-login"}
@@ -165,6 +198,11 @@ void TestCameraRecords::testsASimulatedCamera()
     QVERIFY(object["likeness"].toDouble() > 0.9);
     QVERIFY(object["delayMs"].toDouble() > 400);
     QVERIFY(object["delayMs"].toDouble() < 2000);
+    QVERIFY(!QFile::exists(m_folder->filePath("recordings"))); // nobody asked for one
+    QCOMPARE(object["recordings"], QJsonValue(QJsonArray()));
+    const ProgramRun kept = run({"cameras", "test", "camera-1", "--output", "out"});
+    QCOMPARE(kept.line("recording"), QDir(m_folder->path()).filePath("out/camera-1-1.wav"));
+    QVERIFY(QFile::exists(kept.line("recording")));
     const ProgramRun offline = run({"cameras", "test", "Car park"});
     QCOMPARE(offline.status, 4);
     QVERIFY(offline.err.contains("offline"));
@@ -191,12 +229,19 @@ void TestCameraRecords::testsARealCamera()
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QCOMPARE(objectOf(result)["toneHeard"], QJsonValue("yes"));
     QVERIFY(objectOf(result)["likeness"].toDouble() > 0.8);
+    QVERIFY(!QFile::exists(m_folder->filePath("recordings")));
     // Another one speaks all the time, and plays nothing of what it hears.
     TestCamera speaks({"--voice", "tone"});
     run({"cameras", "add", "Speaks", speaks.address()});
     result = run({"cameras", "test", "Speaks"});
     QCOMPARE(result.status, 10);
     QVERIFY2(result.out.contains("but not the tone"), qPrintable(result.out));
+    // The server mutes that one while the tone is said.
+    run({"cameras", "update", "Speaks", "--half-duplex", "yes"});
+    result = run({"cameras", "test", "Speaks"});
+    QVERIFY2(result.status == 0, qPrintable(result.err));
+    QVERIFY2(result.out.contains("not known: its setting --half-duplex"), qPrintable(result.out));
+    QCOMPARE(objectOf(run({"cameras", "test", "Speaks", "--json"}))["toneHeard"], QJsonValue("unknown"));
     TestCamera deaf({"--no-backchannel"});
     run({"cameras", "add", "Deaf", deaf.address()});
     result = run({"cameras", "test", "Deaf"});
@@ -220,6 +265,44 @@ void TestCameraRecords::asksByTheServer()
     const ProgramRun nobody = run({"cameras", "ask", "Garden"});
     QCOMPARE(nobody.status, 4);
     QVERIFY(nobody.err.contains("Garden"));
+}
+
+void TestCameraRecords::namesInTheDefaultFolder()
+{
+    const auto plain = [this](const QStringList& arguments) {
+        return ProgramRun::of("voicedesk", m_folder->path(), arguments);
+    };
+    const QStringList source{"--source", ANNOUNCEMENT_WAV, "--seconds", "1", "--output", "out"};
+    // Without a folder nothing is looked into, and none is made.
+    QCOMPARE(plain(QStringList{"talk", "--camera", "Yard"} + source).status, 4);
+    QCOMPARE(plain({"cameras", "ask", "no such host"}).status, 1);
+    QVERIFY(!QFile::exists(m_folder->filePath("home")));
+
+    QCOMPARE(plain({"cameras", "add", "Yard", "10.0.0.9", "--kind", "simulated", "--simulate"}).status, 0);
+    QCOMPARE(plain({"cameras", "add", "Gate", "rtsp://127.0.0.1:1/", "--camera-user", "anna"}).status, 0);
+    for (const char* camera : {"Yard", "1"}) {
+        const ProgramRun talk = plain(QStringList{"talk", "--camera", camera} + source);
+        QVERIFY2(talk.status == 0, qPrintable(talk.err));
+        QVERIFY2(talk.err.contains("Calling Yard") && talk.err.contains("Talking to Yard, from"),
+                 qPrintable(talk.err));
+    }
+    const ProgramRun other = plain(QStringList{"talk", "--camera", "Garden"} + source);
+    QCOMPARE(other.status, 4);
+    QVERIFY2(other.err.contains("no camera has the id or name \"Garden\""), qPrintable(other.err));
+    QVERIFY2(other.err.contains("host:port"), qPrintable(other.err));
+    // The server inside the program asks, with the login of the record.
+    qunsetenv("VOICEDESK_CAMERA_SECRET");
+    const ProgramRun gate = plain({"cameras", "ask", "Gate"});
+    QCOMPARE(gate.status, 4);
+    const ProgramRun user = plain({"cameras", "ask", "Gate", "--user", "otto"});
+    QCOMPARE(user.status, 1);
+    QVERIFY2(user.err.contains("VOICEDESK_CAMERA_SECRET"), qPrintable(user.err));
+    // What no record has is a host.
+    const ProgramRun host = plain({"cameras", "ask", "no such host"});
+    QCOMPARE(host.status, 1);
+    QVERIFY2(host.err.contains("host:port"), qPrintable(host.err));
+    // With --simulate, too, "--user" is that at the camera.
+    QCOMPARE(plain({"cameras", "ask", "Yard", "--simulate", "--user", "otto"}).status, 1);
 }
 
 void TestCameraRecords::talksByAddress()
@@ -269,8 +352,8 @@ void TestCameraRecords::talksThatAreNotOpened_data()
                              << "without --data";
     QTest::newRow("a setting of a record")
         << QStringList{"--camera", "camera-1", "--transport", "udp"} << 1 << "settings";
-    QTest::newRow("a setting") << QStringList{"--camera", "rtsp://127.0.0.1:1/", "--packet-time", "7"} << 4
-                               << "packetTime";
+    QTest::newRow("a setting") << QStringList{"--camera", "rtsp://127.0.0.1:1/", "--packet-time", "7"} << 1
+                               << "--packet-time takes 20, 40 or 80";
 }
 
 void TestCameraRecords::talksThatAreNotOpened()

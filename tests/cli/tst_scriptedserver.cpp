@@ -363,12 +363,17 @@ void TestScriptedServer::cameraThatAServerAsks()
                              {"hears", "no"},
                              {"hearsReason", "the camera has no loudspeaker"},
                              {"voiceCodecs", QVariantList{"PCMU/8000"}},
+                             {"streams", QVariantList{QVariantMap{{"camName", "main"},
+                                                                  {"camAddress", "rtsp://10.0.0.9/"},
+                                                                  {"speaks", "no"},
+                                                                  {"hears", "unknown"}}}},
                              {"error", ""}};
     qputenv("VOICEDESK_CAMERA_SECRET", "quiet");
     ProgramRun result = run({"cameras", "ask", "10.0.0.9:80", "--user", "otto", "--camera-user", "anna"},
                             {{"AskCamera", answer}});
     QVERIFY2(result.status == 0, qPrintable(result.err));
     QCOMPARE(result.line("is heard"), QString("yes: PCMU/8000"));
+    QCOMPARE(result.line("stream"), QString("rtsp://10.0.0.9/ (main)"));
     QCOMPARE(result.line("plays talks"), QString("no: the camera has no loudspeaker"));
     QCOMPARE(m_asked["AskCamera"].toMap(), (QVariantMap{{"camKind", "onvif"},
                                                         {"camAddress", "10.0.0.9:80"},

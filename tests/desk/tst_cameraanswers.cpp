@@ -83,6 +83,19 @@ void TestCameraAnswers::abilities()
         CameraAnswers::abilities(refused),
         (QStringList{"Not all could be asked: the camera refuses the login",
                      "Plays what is said: not known (the camera refuses the login)", "Can be heard: yes"}));
+    // Where nothing is known one sentence says so, once.
+    refused["speaks"] = "unknown";
+    refused["speaksReason"] = refused["hearsReason"];
+    QCOMPARE(CameraAnswers::abilities(refused),
+             QStringList("The camera could not be asked: the camera refuses the login"));
+    for (const auto& [key, value] :
+         {std::pair<QString, QVariant>("model", "X-1"),
+          std::pair<QString, QVariant>("remarks", QVariantList{"Old."}),
+          std::pair<QString, QVariant>("streams", QVariantList{QVariantMap{{"camName", "Main"}}})}) {
+        QVariantMap partly = refused;
+        partly[key] = value;
+        QVERIFY(CameraAnswers::abilities(partly).size() > 2);
+    }
 }
 
 /** No claim is made of what a server did not say. */

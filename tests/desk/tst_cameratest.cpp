@@ -18,6 +18,8 @@ private Q_SLOTS:
     void toneThatComesBack();
     void cameraWithoutSound();
     void otherSound();
+    void halfDuplex_data();
+    void halfDuplex();
     void soundOfOthers();
     void refused();
     void lost();
@@ -161,6 +163,28 @@ void TestCameraTest::otherSound()
     QTRY_COMPARE_WITH_TIMEOUT(m_tested->size(), 1, 20000);
     QVERIFY(!m_tested->at(0)[1].toBool());
     QVERIFY(m_tested->at(0)[2].toString().contains("but not the tone"));
+}
+
+void TestCameraTest::halfDuplex_data()
+{
+    QTest::addColumn<bool>("echoes");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("other sound") << false << "not heard while somebody talks";
+    QTest::newRow("the tone") << true << "comes back"; // after the server listened again
+}
+
+/** What is dropped while somebody talks proves nothing. */
+void TestCameraTest::halfDuplex()
+{
+    QFETCH(bool, echoes);
+    QFETCH(QString, words);
+    m_link->echoes = echoes;
+    QVERIFY(m_test->start("gate", true));
+    reply("0", QVariantMap{{"camId", "gate"}, {"talkToken", "t"}}, m_link->start);
+    m_link->say("t", QByteArray(672, '\xff'));
+    QTRY_COMPARE_WITH_TIMEOUT(m_tested->size(), 1, 20000);
+    QVERIFY(m_tested->at(0)[1].toBool());
+    QVERIFY2(m_tested->at(0)[2].toString().contains(words), qPrintable(m_tested->at(0)[2].toString()));
 }
 
 void TestCameraTest::soundOfOthers()

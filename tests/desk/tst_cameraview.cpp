@@ -206,7 +206,7 @@ void TestCameraView::refusal()
     m_view = std::make_unique<CameraView>(*m_host, quick);
     look("gate");
     m_view->replyArrived("GetCameraPicture", "213", "it is dark", m_link->requests.last(), QVariant());
-    QCOMPARE(m_view->problem(), QString("the camera gives no picture (the server: it is dark)"));
+    QCOMPARE(m_view->problem(), QString("the server says: it is dark"));
     QVERIFY(!m_view->hasPicture());
     QSignalSpy changed(m_view.get(), &CameraView::changed);
     QVERIFY(!changed.wait(3 * quick.interval));

@@ -31,6 +31,9 @@ private Q_SLOTS:
     void refusedTalk();
     void speakers();
     void cameras();
+    void codecOfAnotherServer();
+    void emptyListOfCameras();
+    void keysOfAList();
     void camerasAreFoundAndAsked();
     void cameraIsTested();
     void pictureOfTheCamera();
@@ -362,7 +365,8 @@ void TestDeskWindow::cameras()
     desk.click("Add a camera…");
     desk.fill("cameraName", "Hall");
     desk.fill("cameraAddress", "ftp://10.0.0.7");
-    QVERIFY(desk.shows("An IP address, a host name, or the address of its stream"));
+    QVERIFY(desk.shows("An IP address or a host name, also with a port like host:8080"));
+    QVERIFY(desk.shows("The address is not right."));
     QVERIFY(!desk.item("save")->isEnabled());
     desk.fill("cameraAddress", "10.0.0.7");
     desk.fill("cameraPassword", "secret");
@@ -380,6 +384,8 @@ void TestDeskWindow::cameras()
     desk.fill("cameraDelay", "10001");
     QVERIFY(desk.shows("0 to 10000."));
     desk.fill("cameraDelay", "250");
+    desk.click("Codec to the camera");
+    desk.click("PCMA");
     desk.click(desk.item("cameraHalfDuplex"));
     desk.shoot("camera-advanced");
     desk.click("Save");
@@ -394,6 +400,7 @@ void TestDeskWindow::cameras()
     desk.click("Advanced");
     QCOMPARE(desk.item("cameraDelay")->property("text").toString(), QString("250"));
     QVERIFY(desk.item("cameraHalfDuplex")->property("checked").toBool());
+    QCOMPARE(desk.item("cameraCodec")->property("displayText").toString(), QString("PCMA"));
     desk.click("Camera");
     desk.fill("cameraName", "Main hall");
     desk.key(Qt::Key_Return);
@@ -416,6 +423,73 @@ void TestDeskWindow::cameras()
     desk.click("Delete");
     QTRY_VERIFY(desk.desk().targets()->find("camera:1") == nullptr);
     QTRY_COMPARE(desk.desk().cameras()->rowCount(), 3);
+}
+
+/** A codec that this program does not offer stays in the record. */
+void TestDeskWindow::codecOfAnotherServer()
+{
+    WindowFixture desk;
+    desk.page("cameras");
+    QVERIFY(desk.shows("Front gate"));
+    desk.desk().cameraRequests()->add({{"camName", "Hall"},
+                                       {"camKind", "simulated"},
+                                       {"camAddress", "10.0.0.7"},
+                                       {"camSettings", QVariantMap{{"talkCodec", "opus"}}}});
+    const auto codec = [&desk] {
+        CameraModel* cameras = desk.desk().cameras();
+        return cameras->index(cameras->rowCount() - 1, 0)
+            .data(CameraModel::SettingsRole)
+            .toMap()["talkCodec"];
+    };
+    desk.click("Hall: edit");
+    desk.click("Advanced");
+    QCOMPARE(desk.item("cameraCodec")->property("displayText").toString(), QString("opus"));
+    desk.fill("cameraDelay", "20");
+    desk.click("Save");
+    QVERIFY(desk.gone("save"));
+    QCOMPARE(codec(), QVariant("opus"));
+}
+
+void TestDeskWindow::emptyListOfCameras()
+{
+    WindowFixture desk([](ClientOptions& options) { options.simulated.cameras.clear(); });
+    QVERIFY(desk.shows("Add a camera on the page Cameras"));
+    desk.page("cameras");
+    QVERIFY(desk.shows("No cameras yet."));
+    int buttons = 0;
+    desk.visit([&buttons](QQuickItem* item) {
+        buttons +=
+            item->inherits("QQuickButton") && item->property("text") == QVariant("Find cameras…") ? 1 : 0;
+    });
+    QCOMPARE(buttons, 2); // above the list, and in its place
+}
+
+/** Tab goes from the list to the buttons of the current row alone. */
+void TestDeskWindow::keysOfAList()
+{
+    WindowFixture desk;
+    desk.page("cameras");
+    QVERIFY(desk.shows("Front gate"));
+    QQuickItem* list = desk.item("cameraList")->property("list").value<QQuickItem*>();
+    QVERIFY(list != nullptr);
+    list->forceActiveFocus();
+    QCOMPARE(list->property("currentIndex").toInt(), 0);
+    desk.key(Qt::Key_End);
+    QCOMPARE(list->property("currentIndex").toInt(), 2);
+    desk.key(Qt::Key_Tab);
+    QCOMPARE(desk.window()->activeFocusItem(), desk.control("Car park: Test"));
+    list->forceActiveFocus();
+    desk.key(Qt::Key_Home);
+    QCOMPARE(list->property("currentIndex").toInt(), 0);
+    desk.key(Qt::Key_Tab);
+    QCOMPARE(desk.window()->activeFocusItem(), desk.control("Front gate: Test"));
+    desk.key(Qt::Key_Tab); // none of another row
+    QVERIFY(desk.window()->activeFocusItem() != desk.control("Loading dock: Test"));
+    list->forceActiveFocus();
+    desk.key(Qt::Key_T);
+    QCOMPARE(desk.desk().cameraTest()->camera(), QString("camera-1"));
+    desk.key(Qt::Key_T); // the button says Cancel now
+    QCOMPARE(desk.desk().cameraTest()->camera(), QString());
 }
 
 void TestDeskWindow::camerasAreFoundAndAsked()

@@ -34,7 +34,10 @@ namespace {
 
 QVariantMap camera(const char* id, const char* name, bool online = true)
 {
-    return {{"camId", id}, {"camName", name}, {"online", online}};
+    return {{"camId", id},
+            {"camName", name},
+            {"camAddress", QString("rtsp://%1.example/talk").arg(id)},
+            {"online", online}};
 }
 
 } // namespace
@@ -92,6 +95,10 @@ void TestTargetModel::search()
     QCOMPARE(names(), QStringList{"Stairs"});
     m_targets->setSearch("10.0.0.1");
     QCOMPARE(names(), QStringList{"Hall"});
+    m_targets->setSearch("GATE.example");
+    QCOMPARE(names(), QStringList{"Gate"});
+    QCOMPARE(m_targets->index(0).data(TargetModel::DetailRole).toString(),
+             QString("rtsp://gate.example/talk"));
     m_targets->setSearch(".*"); // no pattern
     QCOMPARE(names(), QStringList());
     QCOMPARE(m_targets->total(), 4);

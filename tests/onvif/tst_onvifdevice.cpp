@@ -327,6 +327,7 @@ void TestOnvifDevice::unusedLoudspeaker()
     const CameraAbilities abilities = ask(locked(camera));
     QCOMPARE(abilities.hears, Ability::Unknown);
     QVERIFY2(abilities.hearsReason.contains("none of its media profiles"), qPrintable(abilities.hearsReason));
+    QVERIFY(abilities.hasUnusedLoudspeaker);
     QCOMPARE(abilities.talkCodecs.size(), std::size_t(2));
 
     ScriptedCamera silent;
@@ -335,6 +336,7 @@ void TestOnvifDevice::unusedLoudspeaker()
     const CameraAbilities unknown = ask(locked(silent));
     QCOMPARE(unknown.hears, Ability::Unknown);
     QVERIFY2(unknown.hearsReason.contains("does not tell"), qPrintable(unknown.hearsReason));
+    QVERIFY(!unknown.hasUnusedLoudspeaker);
 
     silent.hasMicrophone = false;
     silent.setFault("GetAudioOutputConfigurations", "ActionNotSupported");

@@ -28,7 +28,7 @@ public:
     /** Returns whether a camera is there, as far as it is known. */
     bool isOnline(const QString& camera) const { return m_states.value(camera).online; }
 
-    /** Returns the number of the camera as it is now: what a talk to an earlier one finds out does not count.
+    /** Returns the number of the camera as it is now: what is found out about an earlier one does not count.
      */
     quint64 version(const QString& camera) const { return m_states.value(camera).version; }
 
@@ -38,7 +38,8 @@ public:
     /** Takes the end of an open talk. */
     void talkEnded(const QString& camera, quint64 version);
 
-    /** Takes what a talk found out: that a camera is there, or not. One that is not is asked at once. */
+    /** Takes what a talk or a picture found out: that a camera is there, or not. One that is not is asked at
+     * once. */
     void noticed(const QString& camera, quint64 version, bool online);
 
 Q_SIGNALS:

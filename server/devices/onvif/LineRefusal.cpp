@@ -113,7 +113,7 @@ LineRefusal LineRefusal::noVideo(const QString& offered)
 }
 
 std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice* choice,
-                                           const QString& talkCodec)
+                                           const CameraSettings& settings)
 {
     const RtspFailure failure(error);
     if (const auto refusal = commonRefusal(failure)) {
@@ -123,12 +123,16 @@ std::optional<LineRefusal> LineRefusal::of(GstMessage* error, const StreamChoice
         return noLoudspeaker();
     }
     if (choice != nullptr && !choice->talkFormat) {
-        return noCodec(choice->offered, talkCodec);
+        return noCodec(choice->offered, settings.talkCodec);
     }
     if (failure.status == unsupportedTransport ||
         (choice != nullptr && failure.error->domain == GST_STREAM_ERROR)) {
-        return LineRefusal{ReturnCode::talkRefused,
-                           QStringLiteral("the camera does not offer this transport")};
+        const bool isUdp = settings.transport == CameraTransport::Udp;
+        return LineRefusal{
+            ReturnCode::talkRefused,
+            QStringLiteral("the camera does not offer the transport \"%1\"; its setting may be \"%2\", too")
+                .arg(isUdp ? QLatin1String("udp") : QLatin1String("tcp"),
+                     isUdp ? QLatin1String("tcp") : QLatin1String("udp"))};
     }
     if (isUnreachable(failure)) {
         return unreachable();
@@ -141,6 +145,18 @@ bool LineRefusal::isOfMethod(GstMessage* error)
     // RtspGuard makes 455 of 405 and 501.
     const int status = RtspFailure(error).status;
     return status == badRequest || status == methodNotValid || status == aggregateNotAllowed;
+}
+
+LineRefusal LineRefusal::undescribed(GstMessage* error, bool hasTls)
+{
+    const RtspFailure failure(error);
+    if (!hasTls && failure.status == 0 && failure.is(GST_RESOURCE_ERROR_READ)) {
+        return {
+            ReturnCode::talkRefused,
+            QStringLiteral("the camera gives no answer of RTSP; if it wants TLS, its address has to begin "
+                           "with rtsps://")};
+    }
+    return other(error);
 }
 
 LineRefusal LineRefusal::other(GstMessage* error)
@@ -158,7 +174,8 @@ LineRefusal LineRefusal::noMethod()
 LineRefusal LineRefusal::untrusted()
 {
     return {ReturnCode::talkRefused,
-            QStringLiteral("the camera's certificate is signed by nobody whom this server trusts")};
+            QStringLiteral("the camera's certificate is signed by nobody whom this server trusts; the "
+                           "camera's setting \"anyCertificate\" accepts it")};
 }
 
 LineRefusal LineRefusal::elsewhere()

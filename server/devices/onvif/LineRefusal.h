@@ -1,5 +1,6 @@
 #pragma once
 
+#include "protocol/CameraSettings.h"
 #include "server/devices/onvif/StreamChoice.h"
 
 /** Why a line does not open: what the client gets. */
@@ -11,12 +12,12 @@ struct LineRefusal
     /**
      * Reads an error message of rtspsrc.
      *
-     * @param choice    null when the camera had not described itself
-     * @param talkCodec see CameraSettings
+     * @param choice   null when the camera had not described itself
+     * @param settings of the camera
      * @return empty when the message does not say enough: the camera may be without a loudspeaker
      */
     static std::optional<LineRefusal> of(GstMessage* error, const StreamChoice* choice,
-                                         const QString& talkCodec);
+                                         const CameraSettings& settings);
 
     /**
      * The same for its video.
@@ -30,6 +31,10 @@ struct LineRefusal
 
     /** Whether an error message of rtspsrc says that the camera does not take the method of a request. */
     static bool isOfMethod(GstMessage* error);
+
+    /** Returns why a camera does not describe itself at all. @param hasTls whether the line is one with TLS
+     */
+    static LineRefusal undescribed(GstMessage* error, bool hasTls);
 
     /** Returns what is left when nothing better is known than an error message of rtspsrc. */
     static LineRefusal other(GstMessage* error);

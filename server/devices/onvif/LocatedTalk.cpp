@@ -117,7 +117,8 @@ void LocatedTalk::takeStream(const CameraAbilities& abilities)
         Q_EMIT located(stream);
         openLine(stream);
     } else if (abilities.error != OnvifError::None) {
-        Q_EMIT refused(returnCodeOf(abilities.error, ReturnCode::talkRefused), errorSentence(abilities));
+        Q_EMIT refused(returnCodeOf(abilities.error, ReturnCode::talkRefused),
+                       OnvifInquiries::errorOf(m_camera, abilities));
     } else {
         Q_EMIT refused(ReturnCode::talkRefused, QStringLiteral("the camera gives no address of a stream"));
     }
@@ -199,9 +200,10 @@ void LocatedTalk::explain(const CameraAbilities& abilities, const QString& retur
 {
     const QString stream = streamOf(abilities);
     QString more;
-    if (abilities.error == OnvifError::None && abilities.hears == Ability::Unknown) {
+    if (abilities.error == OnvifError::None && abilities.hasUnusedLoudspeaker) {
         more = QStringLiteral("; ") + abilities.hearsReason;
-    } else if (abilities.error == OnvifError::None && stream != m_stream && !stream.isEmpty()) {
+    } else if (abilities.error == OnvifError::None && abilities.hears == Ability::Yes && stream != m_stream &&
+               !stream.isEmpty()) {
         more = QStringLiteral("; its loudspeaker is in the stream %1").arg(stream);
     }
     if (abilities.hears == Ability::No) {

@@ -123,7 +123,15 @@ bool OnvifCameras::askCamera(const CameraRecord& camera, TakeReport take)
 
 bool OnvifCameras::askPicture(const QString& camera, TakePicture take)
 {
-    return m_pictures.ask(camera, take);
+    const quint64 version = m_presence.version(camera);
+    return m_pictures.ask(camera, [this, camera, version, take](CameraPicture picture) {
+        if (picture.returnCode == ReturnCode::success) {
+            m_presence.noticed(camera, version, true);
+        } else if (picture.returnCode == ReturnCode::cameraOffline && m_presence.isOnline(camera)) {
+            picture.returnCode = ReturnCode::noPicture; // it is there, without ONVIF at that address
+        }
+        take(picture);
+    });
 }
 
 std::unique_ptr<CameraVideo> OnvifCameras::openVideo(const QString& camera)

@@ -4,6 +4,7 @@
 #include "onvif/OnvifDevice.h"
 #include "onvif/XmlElement.h"
 #include "protocol/Limits.h"
+#include "server/devices/onvif/LocatedTalk.h"
 
 namespace {
 
@@ -49,7 +50,7 @@ QStringList textsOf(const std::vector<CameraCodec>& codecs)
     return texts;
 }
 
-CameraReport reportOf(const CameraAbilities& abilities)
+CameraReport reportOf(const CameraRecord& camera, const CameraAbilities& abilities)
 {
     CameraReport report;
     report.manufacturer = abilities.manufacturer;
@@ -66,7 +67,7 @@ CameraReport reportOf(const CameraAbilities& abilities)
                                abilityOf(stream.hasLoudspeaker)});
     }
     report.remarks = abilities.remarks;
-    report.error = errorSentence(abilities);
+    report.error = OnvifInquiries::errorOf(camera, abilities);
     return report;
 }
 
@@ -140,6 +141,26 @@ std::optional<QUrl> OnvifInquiries::deviceService(const QString& address, int po
     return service;
 }
 
+QString OnvifInquiries::errorOf(const CameraRecord& camera, const CameraAbilities& abilities)
+{
+    const bool isSilent = abilities.error == OnvifError::NotReachable ||
+                          (abilities.error == OnvifError::TimedOut && abilities.manufacturer.isEmpty());
+    if (abilities.error == OnvifError::Untrusted) {
+        return errorSentence(abilities) + QStringLiteral("; its setting \"anyCertificate\" accepts it");
+    }
+    const bool isAnswered = !isSilent && abilities.error != OnvifError::NotOnvif;
+    if (isAnswered || abilities.device.isEmpty()) {
+        return errorSentence(abilities);
+    }
+    const QString service =
+        textOf(abilities.device.adjusted(QUrl::RemoveUserInfo | QUrl::RemoveQuery | QUrl::RemoveFragment));
+    const QString words = isSilent ? QStringLiteral("the camera does not answer ONVIF questions at %1")
+                                   : QStringLiteral("what answers at %1 is no ONVIF camera");
+    return words.arg(service) +
+           (abilities.detail.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(abilities.detail)) +
+           (LocatedTalk::isStream(camera.address) ? QStringLiteral("; talks may still work") : QString());
+}
+
 void OnvifInquiries::ask(const CameraRecord& camera, const CameraBackend::TakeReport& take)
 {
     CameraReport none;
@@ -152,9 +173,10 @@ void OnvifInquiries::ask(const CameraRecord& camera, const CameraBackend::TakeRe
     OnvifDevice::Options options;
     options.anyCertificate = camera.settings.anyCertificate;
     auto* device = new OnvifDevice(*address, {camera.username, camera.password}, options, this);
-    connect(device, &OnvifDevice::abilitiesKnown, this, [device, take](const CameraAbilities& abilities) {
-        device->deleteLater();
-        take(reportOf(abilities));
-    });
+    connect(device, &OnvifDevice::abilitiesKnown, this,
+            [device, camera, take](const CameraAbilities& abilities) {
+                device->deleteLater();
+                take(reportOf(camera, abilities));
+            });
     device->askAbilities();
 }

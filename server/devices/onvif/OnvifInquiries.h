@@ -1,5 +1,6 @@
 #pragma once
 
+#include "onvif/CameraAbilities.h"
 #include "server/devices/CameraBackend.h"
 #include "server/devices/onvif/OnvifConfig.h"
 
@@ -30,6 +31,14 @@ public:
      * @param error says what is wrong with the address, for people
      */
     static std::optional<QUrl> deviceService(const QString& address, int port, QString* error);
+
+    /**
+     * Says why a camera could not be asked, or not all; empty without an error. A camera that is no ONVIF
+     * camera, or has its device service elsewhere, may well be online.
+     *
+     * @param camera that was asked
+     */
+    static QString errorOf(const CameraRecord& camera, const CameraAbilities& abilities);
 
 private:
     void finishSearch(const FoundCameras& found);

@@ -279,11 +279,12 @@ void OnvifLine::handleError(GstMessage* message)
         }
     }
     const auto choice = m_session->choice();
-    const auto refusal = LineRefusal::of(message, choice ? &*choice : nullptr, m_camera.settings.talkCodec);
+    const auto refusal = LineRefusal::of(message, choice ? &*choice : nullptr, m_camera.settings);
     if (refusal) {
         refuse(*refusal);
     } else {
-        refuse(describesItself() ? LineRefusal::noLoudspeaker() : LineRefusal::other(message));
+        const bool hasTls = m_camera.address.startsWith(QLatin1String("rtsps://"));
+        refuse(describesItself() ? LineRefusal::noLoudspeaker() : LineRefusal::undescribed(message, hasTls));
     }
 }
 

@@ -14,11 +14,17 @@ CameraPicture refusedPicture(const QString& returnCode, const QString& reason)
 }
 
 /** Why there is no picture. */
-CameraPicture refusedPicture(OnvifError error, const QString& detail)
+CameraPicture refusedPicture(OnvifError error, const QString& words)
 {
-    const QString words =
-        onvifErrorText(error) + (detail.isEmpty() ? QString() : QStringLiteral(": ") + detail);
     return refusedPicture(returnCodeOf(error, ReturnCode::noPicture), words);
+}
+
+QString wordsOf(const Snapshot& snapshot)
+{
+    const QString words = snapshot.error == OnvifError::NotReachable
+                              ? QStringLiteral("nobody answers at the address of the camera's picture")
+                              : onvifErrorText(snapshot.error);
+    return snapshot.detail.isEmpty() ? words : QStringLiteral("%1: %2").arg(words, snapshot.detail);
 }
 
 } // namespace
@@ -79,7 +85,8 @@ void OnvifPictures::askAddress(const CameraRecord& record, const CameraBackend::
             if (!abilities.snapshot.isEmpty()) {
                 askStill(record, abilities.snapshot, take);
             } else if (abilities.error != OnvifError::None) {
-                finish(record, refusedPicture(abilities.error, abilities.detail), take);
+                finish(record, refusedPicture(abilities.error, OnvifInquiries::errorOf(record, abilities)),
+                       take);
             } else {
                 finish(record,
                        refusedPicture(ReturnCode::noPicture,
@@ -105,7 +112,7 @@ void OnvifPictures::askStill(const CameraRecord& record, const QUrl& url,
         finish(record,
                snapshot.error == OnvifError::None
                    ? CameraPicture{snapshot.jpeg, ReturnCode::success, QString()}
-                   : refusedPicture(snapshot.error, snapshot.detail),
+                   : refusedPicture(snapshot.error, wordsOf(snapshot)),
                take);
     });
 }

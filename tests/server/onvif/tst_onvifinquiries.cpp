@@ -14,6 +14,7 @@ std::unique_ptr<ServerHarness> serverWith(const OnvifSearch& search = OnvifSearc
 {
     OnvifConfig onvif;
     onvif.search = search;
+    onvif.servicePort = 1; // nobody listens there
     ServerConfig config;
     config.devices = onvifDevices(onvif);
     return std::make_unique<ServerHarness>(config);
@@ -47,6 +48,7 @@ private Q_SLOTS:
     void asks();
     void saysWhatWentWrong_data();
     void saysWhatWentWrong();
+    void camerasWithoutOnvif();
     void asksAtTheUsualAddress_data();
     void asksAtTheUsualAddress();
     void asksManyAtOnce();
@@ -169,6 +171,33 @@ void TestOnvifInquiries::saysWhatWentWrong()
     QVERIFY2(reply.result.toMap()["error"].toString().contains(words),
              qPrintable(reply.result.toMap()["error"].toString()));
     QCOMPARE(reply.result.toMap()["hears"], QVariant("unknown"));
+}
+
+/** Such a camera may be online all the same, and its stream may take talks. */
+void TestOnvifInquiries::camerasWithoutOnvif()
+{
+    const auto server = serverWith();
+    const auto errorAt = [&](const QString& address) {
+        return server->ask("AskCamera", camera(address)).result.toMap()["error"].toString();
+    };
+    const QString silent = "the camera does not answer ONVIF questions at http://127.0.0.1:1";
+    QString error = errorAt("rtsp://127.0.0.1:9/live?user=anna&password=geheim");
+    QVERIFY2(error.startsWith(silent + "/onvif/device_service"), qPrintable(error));
+    QVERIFY2(error.endsWith("; talks may still work") && !error.contains("geheim"), qPrintable(error));
+    error = errorAt("http://127.0.0.1:1/own/path?password=geheim");
+    QVERIFY2(error.startsWith(silent + "/own/path"), qPrintable(error));
+    QVERIFY2(!error.contains("talks") && !error.contains("geheim"), qPrintable(error));
+    ScriptedCamera other;
+    other.setReply("GetSystemDateAndTime", ScriptedCamera::http(404, ""));
+    error = errorAt(other.url().toString());
+    QVERIFY2(error.startsWith("what answers at " + other.url().toString() + " is no ONVIF camera"),
+             qPrintable(error));
+    // Where nobody could be asked there is no address; a certificate has a setting.
+    CameraAbilities abilities;
+    abilities.error = OnvifError::NotReachable;
+    QCOMPARE(OnvifInquiries::errorOf(CameraRecord(), abilities), errorSentence(abilities));
+    abilities.error = OnvifError::Untrusted;
+    QVERIFY(OnvifInquiries::errorOf(CameraRecord(), abilities).contains("\"anyCertificate\""));
 }
 
 void TestOnvifInquiries::asksAtTheUsualAddress_data()

@@ -45,8 +45,11 @@ void TestOnvifLines::refusals_data()
     QTest::addColumn<QStringList>("options");
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("words");
     const auto row = [](const char* name, const QStringList& options, const QString& code,
-                        const QString& path = "/talk") { QTest::newRow(name) << options << path << code; };
+                        const QString& path = "/talk", const QString& words = QString()) {
+        QTest::newRow(name) << options << path << code << words;
+    };
     row("551 to who asks for the loudspeaker", {"--no-backchannel"}, ReturnCode::noLoudspeaker);
     row("200 without a loudspeaker", {"--hides-backchannel"}, ReturnCode::noLoudspeaker);
     row("a codec that nobody has", {"--back-codec", "opus"}, ReturnCode::talkRefused);
@@ -56,7 +59,8 @@ void TestOnvifLines::refusals_data()
     row("busy at PLAY", {"--refuse-play", "453"}, ReturnCode::cameraBusy);
     row("refuses to PLAY", {"--refuse-play", "455"}, ReturnCode::talkRefused);
     row("refuses to describe itself", {"--refuse-describe", "500"}, ReturnCode::talkRefused);
-    row("no such transport", {"--transport", "udp"}, ReturnCode::talkRefused);
+    row("no such transport", {"--transport", "udp"}, ReturnCode::talkRefused, "/talk",
+        "the transport \"tcp\"; its setting may be \"udp\"");
     row("a login is wanted", {"--user", "anna", "--password", "secret"}, ReturnCode::loginRefused);
 }
 
@@ -65,12 +69,14 @@ void TestOnvifLines::refusals()
     QFETCH(QStringList, options);
     QFETCH(QString, path);
     QFETCH(QString, code);
+    QFETCH(QString, words);
     TestCamera camera(options);
     TalkProbe probe(camera.address("rtsp", path));
     QVERIFY(probe.refuse());
     qInfo("%s: %s after %lld ms", qPrintable(probe.returnCode), qPrintable(probe.reason), probe.refusedAfter);
     QCOMPARE(probe.returnCode, code);
     QVERIFY(!probe.reason.isEmpty());
+    QVERIFY2(probe.reason.contains(words), qPrintable(probe.reason));
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
     QCOMPARE(probe.openedAfter, qint64{-1});
     QVERIFY(probe.refusedAfter < 2000);

@@ -3,16 +3,18 @@
 #include "server/devices/onvif/OnvifDevices.h"
 #include "tests/onvif/ScriptedCamera.h"
 #include "tests/server/ServerHarness.h"
+#include "tests/server/onvif/ScriptedRtsp.h"
 
 namespace {
 
 struct Server
 {
-    explicit Server(const OnvifPictureTimes& times = {2000, 60000, 60000})
+    explicit Server(const OnvifPictureTimes& times = {2000, 60000, 60000}, int presence = 0)
     {
         OnvifConfig onvif;
         onvif.pictures = times;
-        onvif.presence.period = std::chrono::milliseconds(0); // it is asked for pictures alone
+        onvif.servicePort = 1;                                       // nobody listens there
+        onvif.presence.period = std::chrono::milliseconds(presence); // 0: it is asked for pictures alone
         ServerConfig config;
         config.devices = onvifDevices(onvif);
         config.pictureInterval = std::chrono::milliseconds(0); // each request is a question to the camera
@@ -30,6 +32,22 @@ struct Server
                                            {"password", password}})
             .result.toMap()["camId"]
             .toString();
+    }
+    /** Adds a camera that is known by its stream. @return its id */
+    QString addStream(const QString& address)
+    {
+        return harness
+            ->ask("AddCamera",
+                  QVariantMap{{"camName", address}, {"camKind", "onvif"}, {"camAddress", address}})
+            .result.toMap()["camId"]
+            .toString();
+    }
+    bool isOnline(const QString& id)
+    {
+        const QVariantList all = harness->ask("GetCamera").result.toList();
+        return std::any_of(all.begin(), all.end(), [&](const QVariant& each) {
+            return each.toMap()["camId"] == QVariant(id) && each.toMap()["online"] == QVariant(true);
+        });
     }
     ServerReply picture(const QString& id) { return harness->ask("GetCameraPicture", id); }
 
@@ -61,6 +79,8 @@ private Q_SLOTS:
     void badPictures_data();
     void badPictures();
     void othersGoOn();
+    void cameraThatIsThereWithoutOnvif();
+    void pictureShowsThatTheCameraIsThere();
 };
 
 void TestOnvifPictures::picture()
@@ -198,6 +218,34 @@ void TestOnvifPictures::othersGoOn()
     server.harness->submit("GetCameraPicture", first);
     QCOMPARE(server.picture(second).returnCode, ReturnCode::success);
     QVERIFY(slow.names().contains("GetSystemDateAndTime"));
+}
+
+void TestOnvifPictures::cameraThatIsThereWithoutOnvif()
+{
+    ScriptedRtsp stream;
+    Server server({2000, 60000, 60000}, 60000);
+    const QString there = server.addStream(stream.address());
+    const QString gone = server.addStream("rtsp://127.0.0.1:2/");
+    QTRY_VERIFY(server.isOnline(there));
+    const QString words =
+        "the camera does not answer ONVIF questions at http://127.0.0.1:1/onvif/device_service";
+    for (int i = 0; i < 2; ++i) { // asked, and remembered
+        const ServerReply reply = server.picture(there);
+        QCOMPARE(reply.returnCode, ReturnCode::noPicture);
+        QVERIFY2(reply.errorText.startsWith(words), qPrintable(reply.errorText));
+        QVERIFY2(reply.errorText.endsWith("talks may still work"), qPrintable(reply.errorText));
+    }
+    QCOMPARE(server.picture(gone).returnCode, ReturnCode::cameraOffline);
+}
+
+void TestOnvifPictures::pictureShowsThatTheCameraIsThere()
+{
+    ScriptedCamera camera;
+    Server server;
+    const QString id = server.add(camera);
+    QVERIFY(!server.isOnline(id));
+    QCOMPARE(server.picture(id).returnCode, ReturnCode::success);
+    QVERIFY(server.isOnline(id));
 }
 
 QTEST_GUILESS_MAIN(TestOnvifPictures)

@@ -17,6 +17,7 @@ class TestOnvifTls : public QObject
 private Q_SLOTS:
     void initTestCase();
     void refusesACertificateThatNobodyTrusts();
+    void hintsAtTls();
     void takesAnyCertificateWhenItIsSet();
     void asksASilentCamera();
     void endsWhileItSends_data();
@@ -58,10 +59,20 @@ void TestOnvifTls::refusesACertificateThatNobodyTrusts()
     QVERIFY(probe.refuse());
     QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
     QVERIFY2(probe.reason.contains("certificate"), qPrintable(probe.reason));
+    QVERIFY2(probe.reason.contains("\"anyCertificate\""), qPrintable(probe.reason));
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
     QVERIFY(!camera.waitFor("client 1").isEmpty());
     QCOMPARE(camera.count("option"), 0); // nothing was sent, least of all a login
     QCOMPARE(camera.count("describe"), 0);
+}
+
+void TestOnvifTls::hintsAtTls()
+{
+    TestCamera camera(options());
+    TalkProbe probe(camera.address("rtsp"), CameraSettings(), "anna", "secret");
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("rtsps://"), qPrintable(probe.reason));
 }
 
 void TestOnvifTls::takesAnyCertificateWhenItIsSet()

@@ -2,6 +2,7 @@
 
 #include "audio/AdtsHeader.h"
 #include "audio/PcmConverter.h"
+#include "protocol/CameraSettingsRecord.h"
 #include "server/devices/onvif/G711.h"
 #include "server/devices/onvif/LineWatchdog.h"
 #include "server/devices/onvif/RtpDecoder.h"
@@ -25,6 +26,7 @@ private Q_SLOTS:
     void goThereAndBack_data();
     void goThereAndBack();
     void g726IsPackedFromTheLowestBit();
+    void codecsThatAreOffered();
     void formatsWithoutAnEncoder();
     void timestampsGoByTheClock();
     void positionsGoByTheRtpTime();
@@ -151,6 +153,15 @@ void TestRtpPayloads::g726IsPackedFromTheLowestBit()
         byte = static_cast<char>(static_cast<std::uint8_t>(byte) >> 4 | static_cast<std::uint8_t>(byte) << 4);
     }
     QCOMPARE(first, swapped);
+}
+
+/** What clients offer for the setting "talkCodec" is what there is. */
+void TestRtpPayloads::codecsThatAreOffered()
+{
+    for (const QString& name : CameraSettingsRecord::talkCodecs()) {
+        const RtpFormat format = name == "MPEG4-GENERIC" ? aac(16000, "1408") : narrow(name);
+        QVERIFY2(RtpEncoder::existsFor(format), qPrintable(name));
+    }
 }
 
 void TestRtpPayloads::formatsWithoutAnEncoder()
