@@ -5,7 +5,8 @@
 namespace {
 
 constexpr std::size_t maxLines = 200;
-constexpr std::chrono::seconds patience{5}; // at the end of the server
+constexpr std::size_t maxLinesForVideo = 150; // with the talks: then there are no further videos
+constexpr std::chrono::seconds patience{5};   // at the end of the server
 constexpr std::chrono::milliseconds step{5};
 
 } // namespace
@@ -33,6 +34,12 @@ bool LineThreads::hasRoom()
 {
     joinEnded();
     return m_running.size() < maxLines;
+}
+
+bool LineThreads::hasRoomForVideo()
+{
+    joinEnded();
+    return m_running.size() < maxLinesForVideo;
 }
 
 void LineThreads::start(const std::shared_ptr<LineWork>& line)

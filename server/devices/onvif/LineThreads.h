@@ -20,6 +20,9 @@ public:
     /** Whether one more line may be started: each has a dozen threads. */
     bool hasRoom();
 
+    /** Whether a video may be started: some room is left to talks, as nobody asks for videos by hand. */
+    bool hasRoomForVideo();
+
     /** Runs a line to its end. */
     void start(const std::shared_ptr<LineWork>& line);
 
