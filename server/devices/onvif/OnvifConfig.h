@@ -73,11 +73,11 @@ struct OnvifPictureTimes
 struct OnvifConfig
 {
     std::shared_ptr<KeptTalks> kept = std::make_shared<KeptTalks>(); ///< Filled by the talks.
-    QString recordingDirectory;                  ///< Each talk is kept there as a file; empty: none is kept.
-    std::chrono::milliseconds silence{3000};     ///< A camera without a sign of life for so long is lost.
+    QString recordingDirectory;                   ///< Each talk is kept there as a file; empty: none is kept.
+    std::chrono::milliseconds silence{3000};      ///< A camera without a sign of life for so long is lost.
     std::chrono::milliseconds videoSilence{5000}; ///< A video of which nothing comes for so long is lost.
-    std::chrono::milliseconds teardown{300};     ///< How long the end of a talk waits for the camera.
-    std::chrono::milliseconds jitterBuffer{100}; ///< How long a late packet of the camera is waited for.
+    std::chrono::milliseconds teardown{300};      ///< How long the end of a talk waits for the camera.
+    std::chrono::milliseconds jitterBuffer{100};  ///< How long a late packet of the camera is waited for.
     int servicePort = 80;         ///< Of the device service of a camera whose record has the URL of a stream.
     OnvifSearch search{};         ///< Where cameras are looked for.
     PresencePace presence{};      ///< How often cameras are asked whether they are there.
