@@ -59,6 +59,13 @@ bool isUnreachable(const RtspFailure& failure)
     return failure.is(GST_RESOURCE_ERROR_OPEN_READ_WRITE) || failure.is(GST_RESOURCE_ERROR_OPEN_READ);
 }
 
+/** Whether the camera, or something between, ended the connection in the middle of a request. */
+bool isCut(const RtspFailure& failure)
+{
+    return failure.status == 0 &&
+           (failure.is(GST_RESOURCE_ERROR_READ) || failure.is(GST_RESOURCE_ERROR_WRITE));
+}
+
 LineRefusal unreachable()
 {
     return {ReturnCode::cameraOffline, QStringLiteral("the camera cannot be reached")};
@@ -99,7 +106,7 @@ LineRefusal LineRefusal::ofVideo(GstMessage* error, const SdpFormats::Video* vid
     if (video != nullptr && !video->stream) {
         return noVideo(video->offered);
     }
-    return isUnreachable(failure)
+    return isUnreachable(failure) || isCut(failure)
                ? unreachable()
                : LineRefusal{ReturnCode::noPicture,
                              QStringLiteral("the camera refuses its video: %1").arg(wordsOf(failure))};

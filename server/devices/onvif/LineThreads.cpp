@@ -40,6 +40,11 @@ void LineThreads::reserve(const std::shared_ptr<LineWork>& line)
     m_reserved.push_back(line);
 }
 
+bool LineThreads::hasRoomForVideo()
+{
+    return hasRoom() && m_running.size() + m_reserved.size() < m_maxLines / 4 * 3;
+}
+
 void LineThreads::start(const std::shared_ptr<LineWork>& line)
 {
     m_reserved.remove_if([&](const auto& each) { return each.lock() == line; });

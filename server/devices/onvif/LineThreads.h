@@ -21,6 +21,9 @@ public:
     /** Whether one more line may be started: each has a dozen threads. */
     bool hasRoom();
 
+    /** Whether a video may be started: a quarter is left to talks, as nobody asks for videos by hand. */
+    bool hasRoomForVideo();
+
     /** Keeps room for a line, as long as it exists, until it is started. */
     void reserve(const std::shared_ptr<LineWork>& line);
 

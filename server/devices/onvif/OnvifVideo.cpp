@@ -76,7 +76,7 @@ void OnvifVideo::takeStream(const CameraAbilities& abilities)
 
 void OnvifVideo::openLine(const QString& stream)
 {
-    if (!m_threads.hasRoom()) {
+    if (!m_threads.hasRoomForVideo()) {
         Q_EMIT refused(ReturnCode::tooManyRequests,
                        QStringLiteral("the server has no room for one more video"));
         return;
