@@ -115,6 +115,12 @@ LineRefusal LineRefusal::elsewhere()
             QStringLiteral("the camera sends to another address, which is not followed")};
 }
 
+LineRefusal LineRefusal::around()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera sends from one address to the next, without an end")};
+}
+
 LineRefusal LineRefusal::streamElsewhere()
 {
     return {ReturnCode::talkRefused,

@@ -30,6 +30,9 @@ struct LineRefusal
     /** The camera wants to be asked at another address. */
     static LineRefusal elsewhere();
 
+    /** The camera sends from one of its addresses to the next, without an end. */
+    static LineRefusal around();
+
     /** The camera wants the talk to be sent to another host. */
     static LineRefusal streamElsewhere();
 

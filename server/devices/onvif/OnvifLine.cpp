@@ -279,6 +279,10 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::elsewhere());
         return;
     }
+    if (m_session->wasSentAround()) {
+        refuse(LineRefusal::around());
+        return;
+    }
     if (m_session->streamsElsewhere()) {
         refuse(LineRefusal::streamElsewhere());
         return;

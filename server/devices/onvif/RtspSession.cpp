@@ -312,12 +312,14 @@ gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request,
             session->m_wasSentElsewhere ||
             (!session->choice() && !isSameServer(QUrl(QString::fromUtf8(uri)), session->m_camera.address));
     }
+    session->m_descriptions += method == GST_RTSP_DESCRIBE ? 1 : 0;
     session->m_hasAskedToPlay = method == GST_RTSP_PLAY;
     if (method == GST_RTSP_PLAY && session->m_way == Way::Record) {
         request->type_data.request.method = GST_RTSP_RECORD;
     }
     const bool isNeedless = method == GST_RTSP_PAUSE && isTls(session->m_camera.address);
-    return isNeedless || session->m_isMute || session->m_wasSentElsewhere ? FALSE : TRUE;
+    return isNeedless || session->m_isMute || session->m_wasSentElsewhere || session->wasSentAround() ? FALSE
+                                                                                                      : TRUE;
 }
 
 /** Asked when a certificate is not trusted, before anything is sent. */

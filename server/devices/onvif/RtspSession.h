@@ -76,6 +76,9 @@ public:
      * login. */
     bool wasSentElsewhere() const { return m_wasSentElsewhere; }
 
+    /** Whether the camera wanted to be asked at ever other addresses of its own. */
+    bool wasSentAround() const { return m_descriptions > maxDescriptions; }
+
     /** Whether the camera wanted its sound to be sent to another host, which gets nothing. */
     bool streamsElsewhere() const { return m_streamsElsewhere; }
 
@@ -114,6 +117,8 @@ private:
                                   GTlsCertificate* certificate, GTlsCertificateFlags errors,
                                   RtspSession* session);
     void watchForFloods();
+    static constexpr int maxDescriptions = 8; ///< Requests; more come of redirects that do not end.
+
     bool beginToPush();
     void endPushing();
     bool endPushes();
@@ -140,6 +145,7 @@ private:
     std::atomic<bool> m_hasAskedToPlay{false};
     std::atomic<bool> m_wasSentElsewhere{false};
     std::atomic<bool> m_streamsElsewhere{false};
+    std::atomic<int> m_descriptions{0}; ///< Requests for one.
     std::atomic<bool> m_untrusted{false};
     std::atomic<unsigned> m_heard{0}; ///< Packets.
 

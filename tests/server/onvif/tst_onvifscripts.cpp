@@ -35,6 +35,7 @@ private Q_SLOTS:
     void readsAgain();
     void codecsWithoutNames();
     void followsWithinTheCamera();
+    void sendsAround();
 };
 
 /** The script itself is that of a camera that can be talked to. */
@@ -356,6 +357,19 @@ void TestOnvifScripts::followsWithinTheCamera()
     TalkProbe probe(camera.address());
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(camera.hasRequest("PLAY", "/other"));
+}
+
+void TestOnvifScripts::sendsAround()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] =
+        "302 Moved Temporarily\r\nLocation: " + camera.address().toLatin1() + "\r\n\r\n";
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QVERIFY2(probe.reason.contains("without an end"), qPrintable(probe.reason));
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    QVERIFY2(camera.requests.size() < 30, qPrintable(QString::number(camera.requests.size())));
 }
 
 QTEST_GUILESS_MAIN(TestOnvifScripts)
