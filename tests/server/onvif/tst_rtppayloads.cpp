@@ -4,6 +4,7 @@
 #include "audio/PcmConverter.h"
 #include "server/devices/onvif/G711.h"
 #include "server/devices/onvif/LineWatchdog.h"
+#include "server/devices/onvif/PacketPace.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/RtpEncoder.h"
 #include "server/devices/onvif/TalkSender.h"
@@ -37,6 +38,9 @@ private Q_SLOTS:
     void senderDropsWhatIsOld();
     void senderHolds();
     void senderStopsAtOnce();
+    void evenPace_data();
+    void evenPace();
+    void delaysAreWorkedOff();
     void watchdog();
 };
 
@@ -377,6 +381,68 @@ void TestRtpPayloads::senderStopsAtOnce()
     }
     QVERIFY(TalkSender::Clock::now() - start < std::chrono::milliseconds(70));
     QCOMPARE(sent, 1);
+}
+
+void TestRtpPayloads::evenPace_data()
+{
+    QTest::addColumn<int>("packets"); // of 20 ms that are said at once
+    QTest::addColumn<int>("period");  // ms, from one stop of the sender to the next
+    QTest::addColumn<int>("stop");    // ms
+    QTest::addColumn<int>("late");    // ms that the last packets may be late
+    QTest::newRow("all is well") << 1 << 1000 << 0 << 0;
+    QTest::newRow("bursts") << 4 << 1000 << 0 << 0;
+    QTest::newRow("one stop") << 4 << 100000 << 300 << 0;
+    QTest::newRow("stops") << 4 << 400 << 120 << 120;
+}
+
+/** Time is counted, not waited for. */
+void TestRtpPayloads::evenPace()
+{
+    QFETCH(int, packets);
+    QFETCH(int, period);
+    QFETCH(int, stop);
+    QFETCH(int, late);
+    using std::chrono::milliseconds;
+    const milliseconds duration(20);
+    PacketPace pace;
+    PacketPace::Time last{};
+    PacketPace::Time free{};
+    const PacketPace::Time start = PacketPace::Time{} + std::chrono::hours(1);
+    for (int i = 0; i < 400; ++i) { // 8 seconds
+        const PacketPace::Time turn = start + i * duration;
+        const PacketPace::Time said = start + i / packets * packets * duration;
+        PacketPace::Time sent = std::max(pace.due(said, duration), free);
+        const int inPeriod =
+            static_cast<int>(std::chrono::duration_cast<milliseconds>(sent - start).count()) % period;
+        if (inPeriod < stop) {
+            sent += milliseconds(stop - inPeriod);
+        }
+        pace.left(sent);
+        free = sent; // the sender has one thread
+        QVERIFY2(sent >= turn, qPrintable(QString::number(i)));
+        QVERIFY2(sent - last >= duration / 2, qPrintable(QString::number(i)));
+        QVERIFY2(sent - said < milliseconds(500), qPrintable(QString::number(i))); // else it is dropped
+        if (i >= 300) {
+            QVERIFY2(sent - turn <= milliseconds(late), qPrintable(QString::number((sent - turn).count())));
+        }
+        last = sent;
+    }
+}
+
+/** Sound that came late once, as the network had it, is no reason to be late for ever. */
+void TestRtpPayloads::delaysAreWorkedOff()
+{
+    using std::chrono::milliseconds;
+    const milliseconds duration(20);
+    PacketPace pace;
+    const PacketPace::Time start = PacketPace::Time{} + std::chrono::hours(1);
+    PacketPace::Time sent{};
+    for (int i = 0; i < 400; ++i) {
+        const PacketPace::Time said = start + i * duration + milliseconds(i == 10 ? 200 : 0);
+        sent = pace.due(said, duration);
+        pace.left(sent);
+    }
+    QCOMPARE(sent - start - 399 * duration, PacketPace::Duration(0));
 }
 
 void TestRtpPayloads::watchdog()
