@@ -73,6 +73,9 @@ public:
     /** Takes an answer to lineAsks. Any thread. */
     void answered();
 
+    /** Whether the line is being closed, and is one to the camera of the other line. Any thread. */
+    bool isClosingFor(const OnvifLine& other) const { return m_closing && m_camera.id == other.m_camera.id; }
+
     /** Whether run has returned. Any thread. */
     bool hasEnded() const { return m_ended; }
 

@@ -69,6 +69,7 @@ public:
     static constexpr qint64 maxFlood = 1 << 28; ///< Then it ends.
 
     bool speaks = true;      ///< It sends some sound when it plays or records.
+    bool takesOne = false;   ///< One session at a time.
     QByteArrayList requests; ///< Their headers.
     int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
     int connections = 0;
@@ -136,6 +137,11 @@ private:
         const QByteArray method = request.left(request.indexOf(' '));
         const QByteArray path = QUrl(QString::fromUtf8(request.split(' ').value(1))).path().toUtf8();
         QByteArray text = answers.value(method + ' ' + path, answers.value(method, "200 OK\r\n\r\n"));
+        if (takesOne && method == "SETUP" && m_playing && m_playing != socket) {
+            text = "453 Not Enough Bandwidth\r\n\r\n";
+        } else if (takesOne && method == "TEARDOWN") {
+            m_playing = nullptr;
+        }
         QByteArray more = "CSeq: " + field("CSeq") + "\r\nSession: 1\r\n";
         if (method == "SETUP" && !text.contains("\r\nTransport:")) {
             more += "Transport: " + field("Transport") + "\r\n";

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void codecsWithoutNames();
     void followsWithinTheCamera();
     void sendsAround();
+    void talksAgainAtOnce();
 };
 
 /** The script itself is that of a camera that can be talked to. */
@@ -370,6 +371,29 @@ void TestOnvifScripts::sendsAround()
     QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
     QVERIFY2(camera.requests.size() < 30, qPrintable(QString::number(camera.requests.size())));
+}
+
+/** The talk that has just ended does not keep the camera busy for the next one. */
+void TestOnvifScripts::talksAgainAtOnce()
+{
+    ScriptedRtsp camera;
+    camera.takesOne = true;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    const auto other = probe.cameras.openTalk("1");
+    QString code;
+    connect(other.get(), &DeviceTalk::refused, &camera, [&](const QString& refusal) { code = refusal; });
+    QVERIFY(probe.waitFor([&] { return !code.isEmpty(); }));
+    QCOMPARE(code, ReturnCode::cameraBusy); // as long as it goes on
+    probe.talk->close();
+    const auto next = probe.cameras.openTalk("1");
+    bool isOpen = false;
+    QString refusal;
+    connect(next.get(), &DeviceTalk::opened, &camera, [&] { isOpen = true; });
+    connect(next.get(), &DeviceTalk::refused, &camera,
+            [&](const QString& /*code*/, const QString& reason) { refusal = reason; });
+    QVERIFY(probe.waitFor([&] { return isOpen || !refusal.isEmpty(); }));
+    QVERIFY2(isOpen, qPrintable(refusal));
 }
 
 QTEST_GUILESS_MAIN(TestOnvifScripts)
