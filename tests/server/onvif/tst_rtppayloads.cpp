@@ -37,6 +37,9 @@ private Q_SLOTS:
     void brokenAac();
     void senderDropsWhatIsOld();
     void senderHolds();
+    void pausesAtAnotherRate();
+    void senderBoundsItsQueue();
+    void senderHoldsInTheTurn();
     void senderStopsAtOnce();
     void evenPace_data();
     void evenPace();
@@ -366,6 +369,58 @@ void TestRtpPayloads::senderHolds()
     QCOMPARE(sent, 0);
     sender.hold(false);
     QTRY_COMPARE(sent, 2); // a short question costs nothing
+}
+
+/** The gap in the timestamps has the clock's rate, and the rest before it is not put behind it. */
+void TestRtpPayloads::pausesAtAnotherRate()
+{
+    const auto encoder = RtpEncoder::create({"L16", 98, 16000}, 20);
+    std::vector<RtpPayload> out;
+    encoder->encode(0, 0, QByteArray(640, 'x'), out);
+    QCOMPARE(out.at(0).timestamp, 0U);
+    encoder->encode(640, 80000, QByteArray(100, 'x'), out); // a rest
+    out.clear();
+    encoder->encode(740 + 8000, 1092500, QByteArray(300, 'x'), out);
+    QCOMPARE(out.size(), std::size_t{1}); // of the 600 samples behind the pause
+    QCOMPARE(out[0].timestamp, 2U * (740 + 8000));
+    out.clear();
+    encoder->encode(9040 + 20 * 8000, 1130000, QByteArray(300, 'x'), out); // 20 s in 37.5 ms: not believed
+    QCOMPARE(out.at(0).timestamp, 2U * (9040 + 300));
+}
+
+void TestRtpPayloads::senderBoundsItsQueue()
+{
+    std::atomic<int> sent{0};
+    TalkSender sender(RtpEncoder::create(narrow("PCMU"), 20), false, [&](const RtpPayload&) { ++sent; });
+    sender.hold(true);
+    const auto start = TalkSender::Clock::now();
+    for (std::uint32_t i = 0; i < 1000; ++i) {
+        sender.say(i * 160, QByteArray(160, 'x'));
+    }
+    sender.hold(false);
+    sender.say(160000, QByteArray(160, 'x'));
+    QTRY_VERIFY(sent >= 256 || TalkSender::Clock::now() - start > TalkSender::maxAge);
+    QVERIFY(sent <= 257);
+}
+
+/** What waits for its turn when the camera grows silent waits on, and is dropped when it is old. */
+void TestRtpPayloads::senderHoldsInTheTurn()
+{
+    std::atomic<int> sent{0};
+    TalkSender sender(RtpEncoder::create(narrow("PCMU"), 80), true, [&](const RtpPayload&) { ++sent; });
+    sender.say(0, QByteArray(640, 'x'));
+    sender.say(640, QByteArray(640, 'x'));
+    QTRY_COMPARE(sent, 1);
+    sender.hold(true); // the second has 80 ms to wait
+    const auto start = TalkSender::Clock::now();
+    QTRY_VERIFY(TalkSender::Clock::now() - start > TalkSender::maxAge);
+    QCOMPARE(sent, 1);
+    sender.hold(false);
+    sender.say(1280, QByteArray(640, 'x'));
+    QTRY_COMPARE(sent, 2); // the third alone
+    const auto end = TalkSender::Clock::now();
+    QTRY_VERIFY(TalkSender::Clock::now() - end > std::chrono::milliseconds(100));
+    QCOMPARE(sent, 2);
 }
 
 void TestRtpPayloads::senderStopsAtOnce()
