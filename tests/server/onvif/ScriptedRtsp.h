@@ -68,7 +68,8 @@ public:
     qint64 flooded = 0;                         ///< Bytes of it that were taken by the system.
     static constexpr qint64 maxFlood = 1 << 28; ///< Then it ends.
 
-    bool speaks = true;      ///< It sends some sound when it plays or records.
+    bool speaks = true; ///< It sends some sound when it plays or records.
+    bool answersAtAll = true;
     bool takesOne = false;   ///< One session at a time.
     QByteArrayList requests; ///< Their headers.
     int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
@@ -85,6 +86,9 @@ public:
         packet[7] = ++m_sequence;
         m_playing->write(packet + payload);
     }
+
+    /** Closes the connection of the session that began to play last. */
+    void hangUp() { m_playing->close(); }
 
     /** Reads nothing in the session that began to play last, or goes on. */
     void setDeaf(bool deaf)
@@ -120,7 +124,9 @@ private:
             }
             requests.append(received.left(end));
             received.remove(0, end + 4);
-            answer(socket, requests.last());
+            if (answersAtAll) {
+                answer(socket, requests.last());
+            }
         }
     }
 

@@ -1,6 +1,8 @@
 // Lines to cameras that do what gst-rtsp-server never does.
 
 #include "protocol/ServerReply.h"
+#include "server/devices/onvif/RtpSample.h"
+#include "server/devices/onvif/StreamChoice.h"
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
 
@@ -37,6 +39,12 @@ private Q_SLOTS:
     void followsWithinTheCamera();
     void sendsAround();
     void talksAgainAtOnce();
+    void endsBeforeItIsReady();
+    void hangsBeforeItIsReady();
+    void cannotBeKept();
+    void loginForbidden();
+    void choosesStreams();
+    void timestampsStartAnywhere();
 };
 
 /** The script itself is that of a camera that can be talked to. */
@@ -394,6 +402,83 @@ void TestOnvifScripts::talksAgainAtOnce()
             [&](const QString& /*code*/, const QString& reason) { refusal = reason; });
     QVERIFY(probe.waitFor([&] { return isOpen || !refusal.isEmpty(); }));
     QVERIFY2(isOpen, qPrintable(refusal));
+}
+
+void TestOnvifScripts::endsBeforeItIsReady()
+{
+    ScriptedRtsp camera;
+    CameraSettings settings;
+    settings.readinessDelay = 5000;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.waitFor([&] { return camera.hasRequest("PLAY"); }));
+    QVERIFY(probe.waitFor([&] { return probe.heard.size() == 3; })); // it is open, but not ready
+    camera.hangUp();
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::cameraOffline);
+    QVERIFY(probe.refusedAfter < 4000);
+}
+
+void TestOnvifScripts::hangsBeforeItIsReady()
+{
+    ScriptedRtsp camera;
+    CameraSettings settings;
+    settings.readinessDelay = 5000;
+    OnvifConfig config;
+    config.silence = std::chrono::milliseconds(600);
+    TalkProbe probe(camera.address(), settings, QString(), QString(), config);
+    QVERIFY(probe.waitFor([&] { return probe.heard.size() == 3; }));
+    camera.answersAtAll = false;
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::cameraOffline);
+    QVERIFY(probe.refusedAfter < 4000);
+}
+
+/** Where talks are kept, none is open that is not. */
+void TestOnvifScripts::cannotBeKept()
+{
+    ScriptedRtsp camera;
+    OnvifConfig config;
+    config.recordingDirectory = "/dev/null/talks";
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::storageFailed);
+}
+
+void TestOnvifScripts::loginForbidden()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = "403 Forbidden\r\n\r\n";
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
+}
+
+/** Of several that suit, the first; codecs are named in either case. */
+void TestOnvifScripts::choosesStreams()
+{
+    const RtpFormat mu{"PCMU", 0, 8000};
+    const RtpFormat a{"PCMA", 8, 8000};
+    const std::vector<SdpFormats::Sound> sounds{
+        {1, false, {mu}}, {2, true, {a, mu}}, {3, false, {mu}}, {4, true, {mu}}};
+    const StreamChoice any = StreamChoice::of(sounds, QString());
+    QCOMPARE(any.talkStream, 2U);
+    QCOMPARE(any.talkFormat->encoding, QString("PCMA"));
+    QCOMPARE(*any.heardStream, 1U);
+    const StreamChoice named = StreamChoice::of(sounds, "pcmu");
+    QCOMPARE(named.talkStream, 2U);
+    QCOMPARE(named.talkFormat->encoding, QString("PCMU"));
+}
+
+/** RFC 3550, clause 5.1: at random. */
+void TestOnvifScripts::timestampsStartAnywhere()
+{
+    const GstPtr<GstSample> sample(RtpSample::make({QByteArray(160, 'x'), 320, true, 20}, {8, 7, 1000, 5}));
+    const auto voice = RtpSample::read(sample.get());
+    QVERIFY(voice);
+    QCOMPARE(voice->timestamp, 1320U);
+    QCOMPARE(voice->payloadType, 8);
+    QCOMPARE(voice->payload, QByteArray(160, 'x'));
+    QVERIFY(voice->marker);
 }
 
 QTEST_GUILESS_MAIN(TestOnvifScripts)

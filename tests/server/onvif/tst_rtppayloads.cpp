@@ -7,10 +7,13 @@
 #include "server/devices/onvif/PacketPace.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/RtpEncoder.h"
+#include "server/devices/onvif/TalkRecorder.h"
 #include "server/devices/onvif/TalkSender.h"
 #include "src/vocabulary/StreamType.h"
 #include "tests/support/SignalMeasure.h"
 
+#include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <atomic>
@@ -37,6 +40,7 @@ private Q_SLOTS:
     void brokenAac();
     void senderDropsWhatIsOld();
     void senderHolds();
+    void recordingGoesByTheClock();
     void pausesAtAnotherRate();
     void senderBoundsItsQueue();
     void senderHoldsInTheTurn();
@@ -369,6 +373,21 @@ void TestRtpPayloads::senderHolds()
     QCOMPARE(sent, 0);
     sender.hold(false);
     QTRY_COMPARE(sent, 2); // a short question costs nothing
+}
+
+/** Sound whose position leaves the clock is kept where it was said. */
+void TestRtpPayloads::recordingGoesByTheClock()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("talk.wav");
+    {
+        TalkRecorder recorder(path, 0);
+        QVERIFY(recorder.isOpen());
+        recorder.say(0, QByteArray(800, 'x'), 200000);
+        recorder.say(800 + 40000, QByteArray(800, 'x'), 300000); // five seconds on, it says
+    }
+    // What came at 0.3 s ends at 0.4 s: the file starts 0.1 s before the talk.
+    QCOMPARE(QFileInfo(path).size(), qint64{44 + 3200 * 4});
 }
 
 /** The gap in the timestamps has the clock's rate, and the rest before it is not put behind it. */
