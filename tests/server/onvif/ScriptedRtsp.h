@@ -24,6 +24,8 @@ public:
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
             while (QTcpSocket* socket = m_server.nextPendingConnection()) {
                 ++connections;
+                ++open;
+                connect(socket, &QAbstractSocket::disconnected, this, [this] { --open; });
                 connect(socket, &QIODevice::readyRead, this, [this, socket] { read(socket); });
             }
         });
@@ -74,6 +76,7 @@ public:
     QByteArrayList requests; ///< Their headers.
     int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
     int connections = 0;
+    int open = 0; ///< Connections by now.
 
     /** Sends a packet of sound in the session that began to play last. All have the same RTP time. */
     void speak(const QByteArray& payload, char payloadType = 0)

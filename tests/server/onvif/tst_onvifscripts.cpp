@@ -7,6 +7,7 @@
 #include "tests/server/onvif/TalkProbe.h"
 
 #include <QNetworkDatagram>
+#include <QTcpServer>
 #include <QTimer>
 #include <QUdpSocket>
 
@@ -43,6 +44,9 @@ private Q_SLOTS:
     void hangsBeforeItIsReady();
     void cannotBeKept();
     void loginForbidden();
+    void talksShowPresence();
+    void isAskedAgainAfterATalk();
+    void explainsInTime();
     void choosesStreams();
     void timestampsStartAnywhere();
 };
@@ -453,6 +457,73 @@ void TestOnvifScripts::loginForbidden()
     QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
 }
 
+/** What a talk finds out counts at once: the next question of its own is a minute away. */
+void TestOnvifScripts::talksShowPresence()
+{
+    using std::chrono::milliseconds;
+    ScriptedRtsp camera;
+    camera.answersAtAll = false;
+    OnvifConfig config;
+    config.presence = {milliseconds(60000), milliseconds(200), 16};
+    OnvifCameras cameras(config);
+    QList<bool> states;
+    connect(&cameras, &CameraBackend::camerasChanged, &camera,
+            [&] { states.append(cameras.cameras().value(0).online); });
+    cameras.setRecords({{"1", "Gate", onvifKind(), camera.address()}});
+    QVERIFY(TalkProbe::waitFor([&] { return camera.hasRequest("OPTIONS"); }));
+    const auto isAsked = [&] { return camera.open > 0; };
+    QVERIFY(TalkProbe::waitFor([&] { return !isAsked(); })); // and given up
+    camera.answersAtAll = true;
+    states.clear();
+    auto talk = cameras.openTalk("1");
+    QVERIFY(TalkProbe::waitFor([&] { return states == QList<bool>{true}; }));
+    QVERIFY(TalkProbe::waitFor([&] { return camera.hasRequest("PLAY"); }));
+    camera.answersAtAll = false;
+    camera.hangUp();
+    QVERIFY(TalkProbe::waitFor([&] { return states == QList<bool>({true, false}); }));
+    talk.reset();
+    QVERIFY(TalkProbe::waitFor([&] { return !isAsked(); }));
+    camera.answersAtAll = true;
+    camera.answers["DESCRIBE"] = "503 Service Unavailable\r\n\r\n";
+    talk = cameras.openTalk("1");
+    QVERIFY(TalkProbe::waitFor([&] { return states == QList<bool>({true, false, true}); }));
+}
+
+/** The end of a talk that nobody closed ends what it says of the camera. */
+void TestOnvifScripts::isAskedAgainAfterATalk()
+{
+    using std::chrono::milliseconds;
+    ScriptedRtsp camera;
+    OnvifConfig config;
+    config.presence = {milliseconds(100), milliseconds(200), 16};
+    OnvifCameras cameras(config);
+    cameras.setRecords({{"1", "Gate", onvifKind(), camera.address()}});
+    auto talk = cameras.openTalk("1");
+    bool isOpen = false;
+    connect(talk.get(), &DeviceTalk::opened, &camera, [&] { isOpen = true; });
+    QVERIFY(TalkProbe::waitFor([&] { return isOpen; }));
+    QVERIFY(TalkProbe::waitFor([&] { return cameras.cameras().value(0).online; }));
+    talk.reset();
+    camera.answersAtAll = false;
+    QVERIFY(TalkProbe::waitFor([&] { return !cameras.cameras().value(0).online; }, 3000));
+}
+
+/** A camera that does not say by ONVIF why it refuses has two seconds for it, not the whole time to open. */
+void TestOnvifScripts::explainsInTime()
+{
+    QTcpServer service; // which accepts, and says nothing
+    QVERIFY(service.listen(QHostAddress::LocalHost));
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = "404 Not Found\r\n\r\n";
+    OnvifConfig config;
+    config.servicePort = service.serverPort();
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.refusedAfter >= 1900, qPrintable(QString::number(probe.refusedAfter)));
+    QVERIFY2(probe.refusedAfter < 2900, qPrintable(QString::number(probe.refusedAfter)));
+}
+
 /** Of several that suit, the first; codecs are named in either case. */
 void TestOnvifScripts::choosesStreams()
 {
@@ -472,6 +543,7 @@ void TestOnvifScripts::choosesStreams()
 /** RFC 3550, clause 5.1: at random. */
 void TestOnvifScripts::timestampsStartAnywhere()
 {
+    gst_init(nullptr, nullptr);
     const GstPtr<GstSample> sample(RtpSample::make({QByteArray(160, 'x'), 320, true, 20}, {8, 7, 1000, 5}));
     const auto voice = RtpSample::read(sample.get());
     QVERIFY(voice);
