@@ -117,7 +117,8 @@ private:
                                   GTlsCertificate* certificate, GTlsCertificateFlags errors,
                                   RtspSession* session);
     void watchForFloods();
-    static constexpr int maxDescriptions = 8; ///< Requests; more come of redirects that do not end.
+    static constexpr int maxDescriptions =
+        32; ///< Requests; rtspsrc tries a login that is refused eight times.
 
     bool beginToPush();
     void endPushing();

@@ -382,7 +382,7 @@ void TestOnvifScripts::sendsAround()
     QVERIFY2(probe.reason.contains("without an end"), qPrintable(probe.reason));
     QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
-    QVERIFY2(camera.requests.size() < 30, qPrintable(QString::number(camera.requests.size())));
+    QVERIFY2(camera.requests.size() < 100, qPrintable(QString::number(camera.requests.size())));
 }
 
 /** The talk that has just ended does not keep the camera busy for the next one. */
