@@ -1,11 +1,24 @@
 #include "server/devices/onvif/LineThreads.h"
 
+#include <algorithm>
 #include <chrono>
+#include <vector>
 
 namespace {
 
 constexpr std::chrono::seconds patience{5}; // at the end of the server
 constexpr std::chrono::milliseconds step{5};
+constexpr std::chrono::milliseconds maxClosing{1000}; // of a line before the next one to its camera
+
+/** Waits for lines to the same camera that are being closed: it may take one talk at a time. */
+void waitFor(const std::vector<std::shared_ptr<LineWork>>& lines)
+{
+    const auto end = std::chrono::steady_clock::now() + maxClosing;
+    const auto hasEnded = [](const std::shared_ptr<LineWork>& line) { return line->hasEnded(); };
+    while (!std::all_of(lines.begin(), lines.end(), hasEnded) && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(step);
+    }
+}
 
 } // namespace
 
@@ -48,7 +61,17 @@ bool LineThreads::hasRoomForVideo()
 void LineThreads::start(const std::shared_ptr<LineWork>& line)
 {
     m_reserved.remove_if([&](const auto& each) { return each.lock() == line; });
-    m_running.push_back({line, std::thread([line] { line->run(); })});
+    std::vector<std::shared_ptr<LineWork>> before;
+    for (const Running& running : m_running) {
+        if (!line->talkCamera().isEmpty() && running.line->isClosing() &&
+            running.line->talkCamera() == line->talkCamera()) {
+            before.push_back(running.line);
+        }
+    }
+    m_running.push_back({line, std::thread([line, before] {
+                             waitFor(before);
+                             line->run();
+                         })});
 }
 
 void LineThreads::joinEnded()

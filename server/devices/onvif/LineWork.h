@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 /** A line to a camera that works on a thread of its own, to its end. */
 class LineWork
 {
@@ -17,4 +19,10 @@ public:
 
     /** Whether run has returned. Any thread. */
     virtual bool hasEnded() const = 0;
+
+    /** Whether close was called. Any thread. */
+    virtual bool isClosing() const = 0;
+
+    /** Returns the id of the camera for the line of a talk, of which many cameras take one; else empty. */
+    virtual QString talkCamera() const { return QString(); }
 };

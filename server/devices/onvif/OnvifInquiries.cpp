@@ -6,6 +6,8 @@
 #include "protocol/Limits.h"
 #include "server/devices/onvif/LocatedTalk.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int httpPort = 80;
@@ -50,25 +52,18 @@ QStringList textsOf(const std::vector<CameraCodec>& codecs)
     return texts;
 }
 
-CameraReport reportOf(const CameraRecord& camera, const CameraAbilities& abilities)
+/** Whether a server has one of a camera's codecs, as ONVIF names them; a camera may also name none. */
+bool hasOneOf(const std::vector<CameraCodec>& codecs)
 {
-    CameraReport report;
-    report.manufacturer = abilities.manufacturer;
-    report.model = abilities.model;
-    report.firmware = abilities.firmware;
-    report.speaks = abilityOf(abilities.speaks);
-    report.hears = abilityOf(abilities.hears);
-    report.speaksReason = abilities.speaksReason;
-    report.hearsReason = abilities.hearsReason;
-    report.voiceCodecs = textsOf(abilities.voiceCodecs);
-    report.talkCodecs = textsOf(abilities.talkCodecs);
-    for (const CameraStream& stream : abilities.streams) {
-        report.streams.append({stream.name, textOf(stream.address), abilityOf(stream.hasVoice),
-                               abilityOf(stream.hasLoudspeaker)});
-    }
-    report.remarks = abilities.remarks;
-    report.error = OnvifInquiries::errorOf(camera, abilities);
-    return report;
+    return codecs.empty() || std::any_of(codecs.begin(), codecs.end(), [](const CameraCodec& codec) {
+               static const QStringList known{QString(),
+                                              QStringLiteral("G711"),
+                                              QStringLiteral("PCMU"),
+                                              QStringLiteral("PCMA"),
+                                              QStringLiteral("L16"),
+                                              QStringLiteral("MPEG4-GENERIC")};
+               return known.contains(codec.name) || codec.name.startsWith(QLatin1String("G726"));
+           });
 }
 
 /** What of a device is told to clients: one address that a record can have, and words of a bounded length. */
@@ -94,6 +89,38 @@ FoundCameraEntry entryOf(const FoundCamera& camera)
 }
 
 } // namespace
+
+CameraReport OnvifInquiries::reportOf(const CameraRecord& camera, const CameraAbilities& abilities)
+{
+    CameraReport report;
+    report.manufacturer = abilities.manufacturer;
+    report.model = abilities.model;
+    report.firmware = abilities.firmware;
+    report.speaks = abilityOf(abilities.speaks);
+    report.hears = abilityOf(abilities.hears);
+    report.speaksReason = abilities.speaksReason;
+    report.hearsReason = abilities.hearsReason;
+    report.voiceCodecs = textsOf(abilities.voiceCodecs);
+    report.talkCodecs = textsOf(abilities.talkCodecs);
+    for (const CameraStream& stream : abilities.streams) {
+        report.streams.append({stream.name, textOf(stream.address), abilityOf(stream.hasVoice),
+                               abilityOf(stream.hasLoudspeaker)});
+    }
+    report.remarks = abilities.remarks;
+    report.error = errorOf(camera, abilities);
+    if (abilities.speaks == Ability::Yes && !hasOneOf(abilities.voiceCodecs)) {
+        report.speaks = CameraAbility::No;
+        report.speaksReason = QStringLiteral("the camera speaks in %1, which this server cannot decode")
+                                  .arg(report.voiceCodecs.join(QStringLiteral(", ")));
+    }
+    if (abilities.hears == Ability::Yes && !hasOneOf(abilities.talkCodecs)) {
+        report.hears = CameraAbility::No;
+        report.hearsReason =
+            QStringLiteral("the camera's loudspeaker takes %1, which this server cannot make")
+                .arg(report.talkCodecs.join(QStringLiteral(", ")));
+    }
+    return report;
+}
 
 OnvifInquiries::OnvifInquiries(const OnvifConfig& config)
     : m_search(config.search), m_servicePort(config.servicePort)

@@ -8,6 +8,8 @@
 
 #include <optional>
 
+struct CameraAbilities;
+
 /**
  * Looks for cameras, and asks them what they can do, for a back end. All calls are on the server's thread.
  */
@@ -16,6 +18,9 @@ class OnvifInquiries : public QObject
 public:
     /** Does nothing yet. */
     explicit OnvifInquiries(const OnvifConfig& config);
+
+    /** Returns what clients are told of what a camera says that it can do, and this server with it. */
+    static CameraReport reportOf(const CameraRecord& camera, const CameraAbilities& abilities);
 
     /** Searches once; what a call during a search takes is what that search finds. */
     void find(const CameraBackend::TakeFound& take);

@@ -70,6 +70,9 @@ public:
     /** Takes an answer to lineAsks. Any thread. */
     void answered();
 
+    QString talkCamera() const override { return m_camera.id; }
+    bool isClosing() const override { return m_closing; }
+
 private:
     using Clock = std::chrono::steady_clock;
 

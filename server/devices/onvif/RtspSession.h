@@ -121,6 +121,7 @@ private:
                                   GTlsCertificate* certificate, GTlsCertificateFlags errors,
                                   RtspSession* session);
     void watchForFloods();
+
     bool beginToPush();
     void endPushing();
     bool endPushes();

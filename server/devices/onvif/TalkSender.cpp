@@ -74,11 +74,10 @@ bool TalkSender::waitForTurn(std::chrono::milliseconds duration, Clock::time_poi
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     if (m_evenPace) {
-        m_due = std::max(m_due, Clock::now());
-        m_changed.wait_until(lock, m_due, [this] { return m_stopped; });
-        m_due += duration;
+        m_changed.wait_until(lock, m_pace.due(said, duration), [this] { return m_stopped; });
     }
     m_changed.wait(lock, [this] { return m_stopped || !m_held; });
+    m_pace.left(Clock::now());
     return !m_stopped && Clock::now() - said <= maxAge;
 }
 

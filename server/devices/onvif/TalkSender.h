@@ -1,5 +1,6 @@
 #pragma once
 
+#include "server/devices/onvif/PacketPace.h"
 #include "server/devices/onvif/RtpEncoder.h"
 
 #include <chrono>
@@ -55,8 +56,8 @@ private:
     std::unique_ptr<RtpEncoder> m_encoder; ///< Of the thread.
     bool m_evenPace;
     Send m_send;
-    Clock::time_point m_due; ///< Of the thread: when the next packet may leave.
-    std::mutex m_mutex;      ///< Guards what follows.
+    PacketPace m_pace;  ///< Of the thread.
+    std::mutex m_mutex; ///< Guards what follows.
     std::condition_variable m_changed;
     std::deque<Said> m_queue; ///< Bounded by maxAge and maxQueued.
     bool m_held = false;

@@ -44,6 +44,7 @@ public:
     void run() override;
     void close() override { m_closing = true; }
     void forgetListener() override;
+    bool isClosing() const override { return m_closing; }
     bool hasEnded() const override { return m_ended; }
 
 private:

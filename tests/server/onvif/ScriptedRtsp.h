@@ -24,6 +24,8 @@ public:
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
             while (QTcpSocket* socket = m_server.nextPendingConnection()) {
                 ++connections;
+                ++open;
+                connect(socket, &QAbstractSocket::disconnected, this, [this] { --open; });
                 connect(socket, &QIODevice::readyRead, this, [this, socket] { read(socket); });
             }
         });
@@ -68,10 +70,13 @@ public:
     qint64 flooded = 0;                         ///< Bytes of it that were taken by the system.
     static constexpr qint64 maxFlood = 1 << 28; ///< Then it ends.
 
-    bool speaks = true;      ///< It sends some sound when it plays or records.
+    bool speaks = true; ///< It sends some sound when it plays or records.
+    bool answersAtAll = true;
+    bool takesOne = false;   ///< One session at a time.
     QByteArrayList requests; ///< Their headers.
     int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
     int connections = 0;
+    int open = 0; ///< Connections by now.
 
     /** Sends a packet of sound in the session that began to play last. All have the same RTP time. */
     void speak(const QByteArray& payload, char payloadType = 0)
@@ -84,6 +89,9 @@ public:
         packet[7] = ++m_sequence;
         m_playing->write(packet + payload);
     }
+
+    /** Closes the connection of the session that began to play last. */
+    void hangUp() { m_playing->close(); }
 
     /** Reads nothing in the session that began to play last, or goes on. */
     void setDeaf(bool deaf)
@@ -119,7 +127,9 @@ private:
             }
             requests.append(received.left(end));
             received.remove(0, end + 4);
-            answer(socket, requests.last());
+            if (answersAtAll) {
+                answer(socket, requests.last());
+            }
         }
     }
 
@@ -136,6 +146,11 @@ private:
         const QByteArray method = request.left(request.indexOf(' '));
         const QByteArray path = QUrl(QString::fromUtf8(request.split(' ').value(1))).path().toUtf8();
         QByteArray text = answers.value(method + ' ' + path, answers.value(method, "200 OK\r\n\r\n"));
+        if (takesOne && method == "SETUP" && m_playing && m_playing != socket) {
+            text = "453 Not Enough Bandwidth\r\n\r\n";
+        } else if (takesOne && method == "TEARDOWN") {
+            m_playing = nullptr;
+        }
         QByteArray more = "CSeq: " + field("CSeq") + "\r\nSession: 1\r\n";
         if (method == "SETUP" && !text.contains("\r\nTransport:")) {
             more += "Transport: " + field("Transport") + "\r\n";

@@ -74,6 +74,7 @@ private Q_SLOTS:
     void neverAsked();
     void talksCount();
     void aLostTalk();
+    void aLostTalkBesideAnother();
     void anotherAddressIsANewCamera();
     void goesWhileItAsks();
     void clientsAreTold();
@@ -251,6 +252,20 @@ void TestCameraPresence::aLostTalk()
     QVERIFY(!presence.isOnline("1"));
     QTRY_VERIFY(presence.isOnline("1")); // it is asked at once: only the talk is gone
     QCOMPARE(changes.size(), 3);
+}
+
+/** One that does not open says nothing of a camera that is being talked to. */
+void TestCameraPresence::aLostTalkBesideAnother()
+{
+    CameraPresence presence(pace(0));
+    presence.setRecords({record("1", "rtsp://127.0.0.1:9/talk")});
+    const quint64 version = presence.version("1");
+    presence.talkOpened("1", version);
+    presence.noticed("1", version, false);
+    QVERIFY(presence.isOnline("1"));
+    presence.talkEnded("1", version);
+    presence.noticed("1", version, false);
+    QVERIFY(!presence.isOnline("1"));
 }
 
 void TestCameraPresence::anotherAddressIsANewCamera()

@@ -1,5 +1,6 @@
 // A server that looks for ONVIF cameras, and asks a scripted one.
 
+#include "onvif/CameraAbilities.h"
 #include "server/devices/onvif/OnvifDevices.h"
 #include "server/devices/onvif/OnvifInquiries.h"
 #include "tests/onvif/ScriptedCamera.h"
@@ -46,6 +47,7 @@ private Q_SLOTS:
     void finds();
     void findsWithoutANetwork();
     void asks();
+    void codecsThatTheServerLacks();
     void saysWhatWentWrong_data();
     void saysWhatWentWrong();
     void camerasWithoutOnvif();
@@ -143,6 +145,30 @@ void TestOnvifInquiries::asks()
     const QVariantMap stream = answer["streams"].toList().first().toMap();
     QCOMPARE(stream["camAddress"], QVariant("rtsp://127.0.0.1:8554/live?profile=1"));
     QCOMPARE(stream["hears"], QVariant("yes"));
+}
+
+void TestOnvifInquiries::codecsThatTheServerLacks()
+{
+    CameraAbilities abilities;
+    abilities.speaks = Ability::Yes;
+    abilities.hears = Ability::Yes;
+    const auto report = [&](const std::vector<CameraCodec>& codecs) {
+        abilities.voiceCodecs = codecs;
+        abilities.talkCodecs = codecs;
+        return OnvifInquiries::reportOf(CameraRecord(), abilities);
+    };
+    const CameraReport none = report({{"OPUS", {48000}}, {"AMR", {}}});
+    QCOMPARE(none.speaks, CameraAbility::No);
+    QCOMPARE(none.hears, CameraAbility::No);
+    QVERIFY2(none.speaksReason.contains("in OPUS/48000, AMR, which"), qPrintable(none.speaksReason));
+    QVERIFY2(none.hearsReason.contains("takes OPUS/48000, AMR, which"), qPrintable(none.hearsReason));
+    for (const char* name : {"PCMU", "PCMA", "G711", "G726", "G726-32", "L16", "MPEG4-GENERIC", ""}) {
+        const CameraReport one = report({{"OPUS", {48000}}, {name, {}}});
+        QCOMPARE(one.speaks, CameraAbility::Yes);
+        QCOMPARE(one.hears, CameraAbility::Yes);
+        QVERIFY(one.speaksReason.isEmpty());
+    }
+    QCOMPARE(report({}).hears, CameraAbility::Yes); // it does not say
 }
 
 void TestOnvifInquiries::saysWhatWentWrong_data()

@@ -229,7 +229,9 @@ void TestOnvifLines::silentCameraIsAlive()
 void TestOnvifLines::waitsForASlowCamera()
 {
     TestCamera camera({"--slow-describe", "700"});
-    TalkProbe probe(camera.address());
+    OnvifConfig config;
+    config.silence = std::chrono::milliseconds(600); // which counts from when it is open
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(probe.openedAfter >= 700);
 }

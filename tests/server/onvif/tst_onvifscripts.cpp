@@ -1,11 +1,14 @@
 // Lines to cameras that do what gst-rtsp-server never does.
 
 #include "protocol/ServerReply.h"
+#include "server/devices/onvif/RtpSample.h"
 #include "server/devices/onvif/RtspGuard.h"
+#include "server/devices/onvif/StreamChoice.h"
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
 
 #include <QNetworkDatagram>
+#include <QTcpServer>
 #include <QTimer>
 #include <QUdpSocket>
 
@@ -42,6 +45,16 @@ private Q_SLOTS:
     void readsAgain();
     void codecsWithoutNames();
     void followsWithinTheCamera();
+    void talksAgainAtOnce();
+    void endsBeforeItIsReady();
+    void hangsBeforeItIsReady();
+    void cannotBeKept();
+    void loginForbidden();
+    void talksShowPresence();
+    void isAskedAgainAfterATalk();
+    void explainsInTime();
+    void choosesStreams();
+    void timestampsStartAnywhere();
 };
 
 /** The script itself is that of a camera that can be talked to. */
@@ -475,6 +488,174 @@ void TestOnvifScripts::followsWithinTheCamera()
     TalkProbe probe(camera.address());
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(camera.hasRequest("PLAY", "/other"));
+}
+
+/** The talk that has just ended does not keep the camera busy for the next one. */
+void TestOnvifScripts::talksAgainAtOnce()
+{
+    ScriptedRtsp camera;
+    camera.takesOne = true;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    const auto other = probe.cameras.openTalk("1");
+    QString code;
+    connect(other.get(), &DeviceTalk::refused, &camera, [&](const QString& refusal) { code = refusal; });
+    QVERIFY(probe.waitFor([&] { return !code.isEmpty(); }));
+    QCOMPARE(code, ReturnCode::cameraBusy); // as long as it goes on
+    probe.talk->close();
+    const auto next = probe.cameras.openTalk("1");
+    bool isOpen = false;
+    QString refusal;
+    connect(next.get(), &DeviceTalk::opened, &camera, [&] { isOpen = true; });
+    connect(next.get(), &DeviceTalk::refused, &camera,
+            [&](const QString& /*code*/, const QString& reason) { refusal = reason; });
+    QVERIFY(probe.waitFor([&] { return isOpen || !refusal.isEmpty(); }));
+    QVERIFY2(isOpen, qPrintable(refusal));
+}
+
+void TestOnvifScripts::endsBeforeItIsReady()
+{
+    ScriptedRtsp camera;
+    CameraSettings settings;
+    settings.readinessDelay = 5000;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.waitFor([&] { return camera.hasRequest("PLAY"); }));
+    QVERIFY(probe.waitFor([&] { return probe.heard.size() == 3; })); // it is open, but not ready
+    camera.hangUp();
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::cameraOffline);
+    QVERIFY(probe.refusedAfter < 4000);
+}
+
+void TestOnvifScripts::hangsBeforeItIsReady()
+{
+    ScriptedRtsp camera;
+    CameraSettings settings;
+    settings.readinessDelay = 5000;
+    OnvifConfig config;
+    config.silence = std::chrono::milliseconds(600);
+    TalkProbe probe(camera.address(), settings, QString(), QString(), config);
+    QVERIFY(probe.waitFor([&] { return probe.heard.size() == 3; }));
+    camera.answersAtAll = false;
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::cameraOffline);
+    QVERIFY(probe.refusedAfter < 4000);
+}
+
+/** Where talks are kept, none is open that is not. */
+void TestOnvifScripts::cannotBeKept()
+{
+    ScriptedRtsp camera;
+    OnvifConfig config;
+    config.recordingDirectory = "/dev/null/talks";
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::storageFailed);
+}
+
+void TestOnvifScripts::loginForbidden()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = "403 Forbidden\r\n\r\n";
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
+}
+
+/** What a talk finds out counts at once: the next question of its own is a minute away. */
+void TestOnvifScripts::talksShowPresence()
+{
+    using std::chrono::milliseconds;
+    ScriptedRtsp camera;
+    camera.answersAtAll = false;
+    OnvifConfig config;
+    config.presence = {milliseconds(60000), milliseconds(200), 16};
+    OnvifCameras cameras(config);
+    QList<bool> states;
+    connect(&cameras, &CameraBackend::camerasChanged, &camera,
+            [&] { states.append(cameras.cameras().value(0).online); });
+    cameras.setRecords({{"1", "Gate", onvifKind(), camera.address()}});
+    QVERIFY(TalkProbe::waitFor([&] { return camera.hasRequest("OPTIONS"); }));
+    const auto isAsked = [&] { return camera.open > 0; };
+    QVERIFY(TalkProbe::waitFor([&] { return !isAsked(); })); // and given up
+    camera.answersAtAll = true;
+    states.clear();
+    auto talk = cameras.openTalk("1");
+    QVERIFY(TalkProbe::waitFor([&] { return states == QList<bool>{true}; }));
+    QVERIFY(TalkProbe::waitFor([&] { return camera.hasRequest("PLAY"); }));
+    camera.answersAtAll = false;
+    camera.hangUp();
+    QVERIFY(TalkProbe::waitFor([&] { return states == QList<bool>({true, false}); }));
+    talk.reset();
+    QVERIFY(TalkProbe::waitFor([&] { return !isAsked(); }));
+    camera.answersAtAll = true;
+    camera.answers["DESCRIBE"] = "503 Service Unavailable\r\n\r\n";
+    talk = cameras.openTalk("1");
+    QVERIFY(TalkProbe::waitFor([&] { return states == QList<bool>({true, false, true}); }));
+}
+
+/** The end of a talk that nobody closed ends what it says of the camera. */
+void TestOnvifScripts::isAskedAgainAfterATalk()
+{
+    using std::chrono::milliseconds;
+    ScriptedRtsp camera;
+    OnvifConfig config;
+    config.presence = {milliseconds(100), milliseconds(200), 16};
+    OnvifCameras cameras(config);
+    cameras.setRecords({{"1", "Gate", onvifKind(), camera.address()}});
+    auto talk = cameras.openTalk("1");
+    bool isOpen = false;
+    connect(talk.get(), &DeviceTalk::opened, &camera, [&] { isOpen = true; });
+    QVERIFY(TalkProbe::waitFor([&] { return isOpen; }));
+    QVERIFY(TalkProbe::waitFor([&] { return cameras.cameras().value(0).online; }));
+    talk.reset();
+    camera.answersAtAll = false;
+    QVERIFY(TalkProbe::waitFor([&] { return !cameras.cameras().value(0).online; }, 3000));
+}
+
+/** A camera that does not say by ONVIF why it refuses has two seconds for it, not the whole time to open. */
+void TestOnvifScripts::explainsInTime()
+{
+    QTcpServer service; // which accepts, and says nothing
+    QVERIFY(service.listen(QHostAddress::LocalHost));
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] = "404 Not Found\r\n\r\n";
+    OnvifConfig config;
+    config.servicePort = service.serverPort();
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.refusedAfter >= 1900, qPrintable(QString::number(probe.refusedAfter)));
+    QVERIFY2(probe.refusedAfter < 2900, qPrintable(QString::number(probe.refusedAfter)));
+}
+
+/** Of several that suit, the first; codecs are named in either case. */
+void TestOnvifScripts::choosesStreams()
+{
+    const RtpFormat mu{"PCMU", 0, 8000};
+    const RtpFormat a{"PCMA", 8, 8000};
+    const std::vector<SdpFormats::Sound> sounds{
+        {1, false, {mu}}, {2, true, {a, mu}}, {3, false, {mu}}, {4, true, {mu}}};
+    const StreamChoice any = StreamChoice::of(sounds, QString());
+    QCOMPARE(any.talkStream, 2U);
+    QCOMPARE(any.talkFormat->encoding, QString("PCMA"));
+    QCOMPARE(*any.heardStream, 1U);
+    const StreamChoice named = StreamChoice::of(sounds, "pcmu");
+    QCOMPARE(named.talkStream, 2U);
+    QCOMPARE(named.talkFormat->encoding, QString("PCMU"));
+}
+
+/** RFC 3550, clause 5.1: at random. */
+void TestOnvifScripts::timestampsStartAnywhere()
+{
+    gst_init(nullptr, nullptr);
+    const GstPtr<GstSample> sample(RtpSample::make({QByteArray(160, 'x'), 320, true, 20}, {8, 7, 1000, 5}));
+    const auto voice = RtpSample::read(sample.get());
+    QVERIFY(voice);
+    QCOMPARE(voice->timestamp, 1320U);
+    QCOMPARE(voice->payloadType, 8);
+    QCOMPARE(voice->payload, QByteArray(160, 'x'));
+    QVERIFY(voice->marker);
 }
 
 QTEST_GUILESS_MAIN(TestOnvifScripts)

@@ -5,12 +5,16 @@
 #include "protocol/CameraSettingsRecord.h"
 #include "server/devices/onvif/G711.h"
 #include "server/devices/onvif/LineWatchdog.h"
+#include "server/devices/onvif/PacketPace.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/RtpEncoder.h"
+#include "server/devices/onvif/TalkRecorder.h"
 #include "server/devices/onvif/TalkSender.h"
 #include "src/vocabulary/StreamType.h"
 #include "tests/support/SignalMeasure.h"
 
+#include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <atomic>
@@ -38,7 +42,14 @@ private Q_SLOTS:
     void brokenAac();
     void senderDropsWhatIsOld();
     void senderHolds();
+    void recordingGoesByTheClock();
+    void pausesAtAnotherRate();
+    void senderBoundsItsQueue();
+    void senderHoldsInTheTurn();
     void senderStopsAtOnce();
+    void evenPace_data();
+    void evenPace();
+    void delaysAreWorkedOff();
     void watchdog();
 };
 
@@ -375,6 +386,73 @@ void TestRtpPayloads::senderHolds()
     QTRY_COMPARE(sent, 2); // a short question costs nothing
 }
 
+/** Sound whose position leaves the clock is kept where it was said. */
+void TestRtpPayloads::recordingGoesByTheClock()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath("talk.wav");
+    {
+        TalkRecorder recorder(path, 0);
+        QVERIFY(recorder.isOpen());
+        recorder.say(0, QByteArray(800, 'x'), 200000);
+        recorder.say(800 + 40000, QByteArray(800, 'x'), 300000); // five seconds on, it says
+    }
+    // What came at 0.3 s ends at 0.4 s: the file starts 0.1 s before the talk.
+    QCOMPARE(QFileInfo(path).size(), qint64{44 + 3200 * 4});
+}
+
+/** The gap in the timestamps has the clock's rate, and the rest before it is not put behind it. */
+void TestRtpPayloads::pausesAtAnotherRate()
+{
+    const auto encoder = RtpEncoder::create({"L16", 98, 16000}, 20);
+    std::vector<RtpPayload> out;
+    encoder->encode(0, 0, QByteArray(640, 'x'), out);
+    QCOMPARE(out.at(0).timestamp, 0U);
+    encoder->encode(640, 80000, QByteArray(100, 'x'), out); // a rest
+    out.clear();
+    encoder->encode(740 + 8000, 1092500, QByteArray(300, 'x'), out);
+    QCOMPARE(out.size(), std::size_t{1}); // of the 600 samples behind the pause
+    QCOMPARE(out[0].timestamp, 2U * (740 + 8000));
+    out.clear();
+    encoder->encode(9040 + 20 * 8000, 1130000, QByteArray(300, 'x'), out); // 20 s in 37.5 ms: not believed
+    QCOMPARE(out.at(0).timestamp, 2U * (9040 + 300));
+}
+
+void TestRtpPayloads::senderBoundsItsQueue()
+{
+    std::atomic<int> sent{0};
+    TalkSender sender(RtpEncoder::create(narrow("PCMU"), 20), false, [&](const RtpPayload&) { ++sent; });
+    sender.hold(true);
+    const auto start = TalkSender::Clock::now();
+    for (std::uint32_t i = 0; i < 1000; ++i) {
+        sender.say(i * 160, QByteArray(160, 'x'));
+    }
+    sender.hold(false);
+    sender.say(160000, QByteArray(160, 'x'));
+    QTRY_VERIFY(sent >= 256 || TalkSender::Clock::now() - start > TalkSender::maxAge);
+    QVERIFY(sent <= 257);
+}
+
+/** What waits for its turn when the camera grows silent waits on, and is dropped when it is old. */
+void TestRtpPayloads::senderHoldsInTheTurn()
+{
+    std::atomic<int> sent{0};
+    TalkSender sender(RtpEncoder::create(narrow("PCMU"), 80), true, [&](const RtpPayload&) { ++sent; });
+    sender.say(0, QByteArray(640, 'x'));
+    sender.say(640, QByteArray(640, 'x'));
+    QTRY_COMPARE(sent, 1);
+    sender.hold(true); // the second has 80 ms to wait
+    const auto start = TalkSender::Clock::now();
+    QTRY_VERIFY(TalkSender::Clock::now() - start > TalkSender::maxAge);
+    QCOMPARE(sent, 1);
+    sender.hold(false);
+    sender.say(1280, QByteArray(640, 'x'));
+    QTRY_COMPARE(sent, 2); // the third alone
+    const auto end = TalkSender::Clock::now();
+    QTRY_VERIFY(TalkSender::Clock::now() - end > std::chrono::milliseconds(100));
+    QCOMPARE(sent, 2);
+}
+
 void TestRtpPayloads::senderStopsAtOnce()
 {
     std::atomic<int> sent{0};
@@ -388,6 +466,68 @@ void TestRtpPayloads::senderStopsAtOnce()
     }
     QVERIFY(TalkSender::Clock::now() - start < std::chrono::milliseconds(70));
     QCOMPARE(sent, 1);
+}
+
+void TestRtpPayloads::evenPace_data()
+{
+    QTest::addColumn<int>("packets"); // of 20 ms that are said at once
+    QTest::addColumn<int>("period");  // ms, from one stop of the sender to the next
+    QTest::addColumn<int>("stop");    // ms
+    QTest::addColumn<int>("late");    // ms that the last packets may be late
+    QTest::newRow("all is well") << 1 << 1000 << 0 << 0;
+    QTest::newRow("bursts") << 4 << 1000 << 0 << 0;
+    QTest::newRow("one stop") << 4 << 100000 << 300 << 0;
+    QTest::newRow("stops") << 4 << 400 << 120 << 120;
+}
+
+/** Time is counted, not waited for. */
+void TestRtpPayloads::evenPace()
+{
+    QFETCH(int, packets);
+    QFETCH(int, period);
+    QFETCH(int, stop);
+    QFETCH(int, late);
+    using std::chrono::milliseconds;
+    const milliseconds duration(20);
+    PacketPace pace;
+    PacketPace::Time last{};
+    PacketPace::Time free{};
+    const PacketPace::Time start = PacketPace::Time{} + std::chrono::hours(1);
+    for (int i = 0; i < 400; ++i) { // 8 seconds
+        const PacketPace::Time turn = start + i * duration;
+        const PacketPace::Time said = start + i / packets * packets * duration;
+        PacketPace::Time sent = std::max(pace.due(said, duration), free);
+        const int inPeriod =
+            static_cast<int>(std::chrono::duration_cast<milliseconds>(sent - start).count()) % period;
+        if (inPeriod < stop) {
+            sent += milliseconds(stop - inPeriod);
+        }
+        pace.left(sent);
+        free = sent; // the sender has one thread
+        QVERIFY2(sent >= turn, qPrintable(QString::number(i)));
+        QVERIFY2(sent - last >= duration / 2, qPrintable(QString::number(i)));
+        QVERIFY2(sent - said < milliseconds(500), qPrintable(QString::number(i))); // else it is dropped
+        if (i >= 300) {
+            QVERIFY2(sent - turn <= milliseconds(late), qPrintable(QString::number((sent - turn).count())));
+        }
+        last = sent;
+    }
+}
+
+/** Sound that came late once, as the network had it, is no reason to be late for ever. */
+void TestRtpPayloads::delaysAreWorkedOff()
+{
+    using std::chrono::milliseconds;
+    const milliseconds duration(20);
+    PacketPace pace;
+    const PacketPace::Time start = PacketPace::Time{} + std::chrono::hours(1);
+    PacketPace::Time sent{};
+    for (int i = 0; i < 400; ++i) {
+        const PacketPace::Time said = start + i * duration + milliseconds(i == 10 ? 200 : 0);
+        sent = pace.due(said, duration);
+        pace.left(sent);
+    }
+    QCOMPARE(sent - start - 399 * duration, PacketPace::Duration(0));
 }
 
 void TestRtpPayloads::watchdog()
