@@ -124,6 +124,8 @@ void TestOnvifScripts::sendsElsewhere_data()
     row("to a name in the place of a user", "rtsp://HERE@127.0.0.2/talk");
     row("to no address", "talk");
     row("nowhere", "");
+    QTest::newRow("to play at a path of its own")
+        << QByteArray("PLAY") << QByteArray("302 Moved Temporarily") << QByteArray("rtsp://HERE/other");
 }
 
 /** The login and the sound belong to the camera's address. */
