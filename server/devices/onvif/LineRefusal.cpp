@@ -127,6 +127,12 @@ LineRefusal LineRefusal::neither()
             QStringLiteral("the camera refuses the talk: it takes neither PLAY nor RECORD")};
 }
 
+LineRefusal LineRefusal::streamElsewhere()
+{
+    return {ReturnCode::talkRefused,
+            QStringLiteral("the camera wants the talk to be sent to another host, which is not done")};
+}
+
 LineRefusal LineRefusal::noLoudspeaker()
 {
     return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};

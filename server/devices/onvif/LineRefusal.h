@@ -36,6 +36,9 @@ struct LineRefusal
     /** The camera refuses PLAY and RECORD. */
     static LineRefusal neither();
 
+    /** The camera wants the talk to be sent to another host. */
+    static LineRefusal streamElsewhere();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

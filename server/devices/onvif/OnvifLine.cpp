@@ -259,6 +259,10 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::endless());
         return;
     }
+    if (m_session->streamsElsewhere()) {
+        refuse(LineRefusal::streamElsewhere());
+        return;
+    }
     if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message)) {
         if (m_hasTriedToRecord) {
             refuse(LineRefusal::neither());
@@ -301,6 +305,10 @@ bool OnvifLine::describesItself()
 /** The session plays. */
 void OnvifLine::open()
 {
+    if (m_session->streamsElsewhere()) {
+        refuse(LineRefusal::streamElsewhere());
+        return;
+    }
     const auto choice = m_session->choice();
     if (!choice || !choice->hasLoudspeaker) {
         refuse(LineRefusal::noLoudspeaker());

@@ -2,6 +2,7 @@
 
 #include "server/devices/onvif/HandOver.h"
 #include "server/devices/onvif/RtpSample.h"
+#include "server/devices/onvif/SameHost.h"
 
 #include <gst/app/gstappsink.h>
 
@@ -209,12 +210,28 @@ void RtspSession::onManager(GstElement* /*source*/, GstElement* manager, RtspSes
     g_signal_connect(manager, "on-ssrc-active", G_CALLBACK(active), session);
 }
 
-/** Marks what leaves by UDP. */
+/**
+ * Looks at where packets leave by UDP, and marks them. The camera names the host in its answer to SETUP: what
+ * would go to another one goes to the camera's own, and the session is to be ended.
+ */
 void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* element, RtspSession* session)
 {
     const HandOver::Scope scope(session);
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "qos-dscp") != nullptr) {
-        g_object_set(element, "qos-dscp", session->m_camera.settings.dscp, nullptr);
+    GObjectClass* const type = G_OBJECT_GET_CLASS(element);
+    if (g_object_class_find_property(type, "qos-dscp") == nullptr) {
+        return;
+    }
+    g_object_set(element, "qos-dscp", session->m_camera.settings.dscp, nullptr);
+    if (g_object_class_find_property(type, "host") == nullptr) {
+        return;
+    }
+    char* host = nullptr;
+    g_object_get(element, "host", &host, nullptr);
+    const GstPtr<char> owned(host);
+    const QString& address = session->m_camera.address;
+    if (!isSameHost(QString::fromUtf8(host), address)) {
+        session->m_streamsElsewhere = true;
+        g_object_set(element, "host", QUrl(address).host().toUtf8().constData(), nullptr);
     }
 }
 

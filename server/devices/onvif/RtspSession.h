@@ -75,6 +75,9 @@ public:
     /** Returns what watches over the answers of a session that was started. */
     const RtspGuard& guard() const { return *m_guard; }
 
+    /** Whether the camera wanted its sound to be sent to another host, which gets nothing. */
+    bool streamsElsewhere() const { return m_streamsElsewhere; }
+
     /** Whether the last request was a PLAY. */
     bool hasAskedToPlay() const { return m_hasAskedToPlay; }
 
@@ -125,6 +128,7 @@ private:
 
     Way m_way = Way::Play; ///< Changed by start alone.
     std::atomic<bool> m_hasAskedToPlay{false};
+    std::atomic<bool> m_streamsElsewhere{false};
     std::atomic<bool> m_untrusted{false};
     std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
 

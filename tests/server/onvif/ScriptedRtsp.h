@@ -104,7 +104,7 @@ private:
         const QByteArray path = QUrl(QString::fromUtf8(request.split(' ').value(1))).path().toUtf8();
         QByteArray text = answers.value(method + ' ' + path, answers.value(method, "200 OK\r\n\r\n"));
         QByteArray more = "CSeq: " + field("CSeq") + "\r\nSession: 1\r\n";
-        if (method == "SETUP") {
+        if (method == "SETUP" && !text.contains("\r\nTransport:")) {
             more += "Transport: " + field("Transport") + "\r\n";
             if (request.left(request.indexOf('\n')).contains("/talk ")) {
                 const QByteArray transport = field("Transport");

@@ -5,6 +5,9 @@
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
 
+#include <QNetworkDatagram>
+#include <QUdpSocket>
+
 class TestOnvifScripts : public QObject
 {
     Q_OBJECT
@@ -25,6 +28,9 @@ private Q_SLOTS:
     void wantsALoginAmongOthers_data();
     void wantsALoginAmongOthers();
     void streamsElsewhere();
+    void sendsTheTalkElsewhere_data();
+    void sendsTheTalkElsewhere();
+    void takesItsOwnHost();
     void answersWithoutAnEnd_data();
     void answersWithoutAnEnd();
     void codecsWithoutNames();
@@ -253,6 +259,62 @@ void TestOnvifScripts::streamsElsewhere()
     QVERIFY2(probe.open(), qPrintable(probe.reason));
     QVERIFY(camera.hasRequest("SETUP", other.address("/").toLatin1()));
     QCOMPARE(other.connections, 0);
+}
+
+void TestOnvifScripts::sendsTheTalkElsewhere_data()
+{
+    QTest::addColumn<bool>("udp");
+    QTest::addColumn<QByteArray>("answer");
+    const QByteArray unicast = "RTP/AVP;unicast;client_port=40000-40001;";
+    QTest::newRow("a host") << true << unicast + "source=127.0.0.2;server_port=";
+    QTest::newRow("a name") << true << unicast + "source=localhost;server_port=";
+    QTest::newRow("a host, in place of TCP") << false << unicast + "source=127.0.0.2;server_port=";
+}
+
+/** Nobody gets what is said because a camera says so. */
+void TestOnvifScripts::sendsTheTalkElsewhere()
+{
+    QFETCH(bool, udp);
+    QFETCH(QByteArray, answer);
+    QUdpSocket other;
+    QVERIFY(other.bind(QHostAddress("127.0.0.2")));
+    const QByteArray ports =
+        QByteArray::number(other.localPort()) + '-' + QByteArray::number(other.localPort() + 1);
+    ScriptedRtsp camera;
+    camera.answers["SETUP"] = "200 OK\r\nTransport: " + answer + ports + "\r\n\r\n";
+    CameraSettings settings;
+    settings.transport = udp ? CameraTransport::Udp : CameraTransport::Tcp;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("to another host"), qPrintable(probe.reason));
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    QVERIFY(!other.hasPendingDatagrams());
+    QVERIFY(probe.waitFor([&] { return camera.hasRequest("TEARDOWN"); }));
+}
+
+/** A camera may name itself. */
+void TestOnvifScripts::takesItsOwnHost()
+{
+    QUdpSocket loudspeaker;
+    QVERIFY(loudspeaker.bind(QHostAddress(QHostAddress::LocalHost)));
+    const QByteArray port = QByteArray::number(loudspeaker.localPort());
+    ScriptedRtsp camera;
+    CameraSettings settings;
+    settings.transport = CameraTransport::Udp;
+    for (const char* source : {"", "source=127.0.0.1;"}) {
+        camera.answers["SETUP"] =
+            QByteArray("200 OK\r\nTransport: RTP/AVP;unicast;client_port=40000-40001;") + source +
+            "server_port=" + port + '-' + port + "\r\n\r\n";
+        TalkProbe probe(camera.address().replace("127.0.0.1", "localhost"), settings);
+        QVERIFY2(probe.open(), qPrintable(probe.reason));
+        QVERIFY(probe.say(1));
+        QVERIFY(probe.waitFor([&] { return loudspeaker.hasPendingDatagrams(); }));
+        while (loudspeaker.hasPendingDatagrams()) {
+            loudspeaker.receiveDatagram();
+        }
+        QVERIFY(probe.close());
+    }
 }
 
 void TestOnvifScripts::answersWithoutAnEnd_data()
