@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gio/gio.h>
 #include <gst/gst.h>
 
 #include <memory>
@@ -19,6 +20,8 @@ struct GstDeleter
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
     /** Releases a GstMessage. */
     void operator()(GstMessage* message) const { gst_message_unref(message); }
+    /** Releases a GSocket. */
+    void operator()(GSocket* socket) const { g_object_unref(socket); }
     /** Releases a text of GLib. */
     void operator()(char* text) const { g_free(text); }
     /** Releases a GError. */

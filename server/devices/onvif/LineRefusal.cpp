@@ -133,6 +133,11 @@ LineRefusal LineRefusal::streamElsewhere()
             QStringLiteral("the camera wants the talk to be sent to another host, which is not done")};
 }
 
+LineRefusal LineRefusal::flood()
+{
+    return {ReturnCode::talkRefused, QStringLiteral("the camera sends more than answers and sound")};
+}
+
 LineRefusal LineRefusal::noLoudspeaker()
 {
     return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};

@@ -39,6 +39,9 @@ struct LineRefusal
     /** The camera wants the talk to be sent to another host. */
     static LineRefusal streamElsewhere();
 
+    /** The camera sends more than answers and sound. */
+    static LineRefusal flood();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

@@ -110,6 +110,16 @@ void OnvifLine::lose(const QString& reason)
     }
 }
 
+void OnvifLine::flooded()
+{
+    const auto refusal = LineRefusal::flood();
+    if (m_state == State::Open) {
+        lose(refusal.reason);
+    } else {
+        refuse(refusal);
+    }
+}
+
 void OnvifLine::run()
 {
     m_deadline = Clock::now() + milliseconds(m_camera.settings.openTimeout);
@@ -155,7 +165,9 @@ void OnvifLine::watch()
 {
     while (m_state != State::Ended && !m_closing) {
         const auto message = m_session->next(step);
-        if (message) {
+        if (m_session->isFlooded()) {
+            flooded();
+        } else if (message) {
             handle(message.get());
         }
         const auto now = Clock::now();

@@ -85,6 +85,7 @@ private:
     void report(Call call);
     void refuse(const LineRefusal& refusal);
     void lose(const QString& reason);
+    void flooded();
 
     bool startSession(RtspSession::Way way);
     void takeDown();

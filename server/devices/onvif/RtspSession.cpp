@@ -15,13 +15,35 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-constexpr milliseconds afterDeadline{1000}; // when rtspsrc gives up, too
-constexpr int maxWaitingPackets = 50;       // of the camera's voice; older ones are dropped
+constexpr milliseconds afterDeadline{1000};  // when rtspsrc gives up, too
+constexpr int maxWaitingPackets = 50;        // of the camera's voice; older ones are dropped
+constexpr std::int64_t maxUnheard = 1 << 20; // bytes of answers between packets that are heard
+
+thread_local GstPtr<GSocket> lastConnection; // that this thread made, until it is taken
+
+/** Notes the sockets of RTSP connections, which GStreamer keeps to itself. */
+gboolean onSocketEvent(GSignalInvocationHint* /*hint*/, guint count, const GValue* values, gpointer /*data*/)
+{
+    constexpr guint arguments = 4; // the client, its event, the address, the connection
+    if (count == arguments && g_value_get_enum(values + 1) == G_SOCKET_CLIENT_CONNECTED) {
+        auto* const connection = g_value_get_object(values + 3);
+        if (G_IS_SOCKET_CONNECTION(connection)) {
+            GSocket* const socket = g_socket_connection_get_socket(G_SOCKET_CONNECTION(connection));
+            lastConnection.reset(G_SOCKET(g_object_ref(socket)));
+        }
+    }
+    return TRUE;
+}
 
 void initGStreamer()
 {
     static std::once_flag once;
-    std::call_once(once, [] { gst_init(nullptr, nullptr); });
+    std::call_once(once, [] {
+        gst_init(nullptr, nullptr);
+        g_type_class_ref(G_TYPE_SOCKET_CLIENT); // or it has no signals yet
+        g_signal_add_emission_hook(g_signal_lookup("event", G_TYPE_SOCKET_CLIENT), 0, &onSocketEvent, nullptr,
+                                   nullptr);
+    });
 }
 
 template<class Duration>
@@ -88,7 +110,34 @@ bool RtspSession::start(Way way)
 
 GstPtr<GstMessage> RtspSession::next(milliseconds patience)
 {
-    return GstPtr<GstMessage>(gst_bus_timed_pop(m_bus.get(), count<nanoseconds>(patience)));
+    GstPtr<GstMessage> message(gst_bus_timed_pop(m_bus.get(), count<nanoseconds>(patience)));
+    watchForFloods();
+    return message;
+}
+
+std::optional<SocketFlow> RtspSession::flow() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const int socket = m_connection ? g_socket_get_fd(m_connection.get()) : -1;
+    return socket >= 0 ? SocketFlow::of(socket) : std::nullopt;
+}
+
+/** rtspsrc keeps as much of an answer in memory as the camera sends. */
+void RtspSession::watchForFloods()
+{
+    const auto state = flow();
+    if (!state || m_flooded) {
+        return;
+    }
+    const unsigned heard = m_heard;
+    if (std::exchange(m_heardBefore, heard) != heard || state->received < m_receivedBefore) {
+        m_receivedBefore = state->received;
+    }
+    if (state->received - m_receivedBefore > maxUnheard) {
+        m_flooded = true;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        g_socket_shutdown(m_connection.get(), TRUE, TRUE, nullptr);
+    }
 }
 
 std::optional<StreamChoice> RtspSession::choice() const
@@ -242,6 +291,10 @@ void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* ele
 gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request, RtspSession* session)
 {
     const HandOver::Scope scope(session);
+    if (lastConnection) {
+        const std::lock_guard<std::mutex> lock(session->m_mutex);
+        session->m_connection = std::move(lastConnection);
+    }
     GstRTSPMethod method = GST_RTSP_INVALID;
     gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
     session->m_hasAskedToPlay = method == GST_RTSP_PLAY;
@@ -267,6 +320,7 @@ void RtspSession::hear(GstSample* sample)
 {
     const HandOver::Scope scope(this);
     m_listener.sessionIsAlive();
+    ++m_heard;
     const auto voice = RtpSample::read(sample);
     std::vector<VoicePacket> packets;
     {

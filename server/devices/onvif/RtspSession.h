@@ -7,6 +7,7 @@
 #include "server/devices/onvif/RtpEncoder.h"
 #include "server/devices/onvif/RtspGuard.h"
 #include "server/devices/onvif/StreamChoice.h"
+#include "system/SocketFlow.h"
 
 #include <gio/gio.h>
 #include <gst/gst.h>
@@ -66,7 +67,7 @@ public:
      */
     bool start(Way way);
 
-    /** Waits for the next message; null when there is none in time. */
+    /** Waits for the next message; null when there is none in time. Cuts the connection of a flood. */
     GstPtr<GstMessage> next(std::chrono::milliseconds patience);
 
     /** Returns what was chosen from the camera's description; empty before it came. */
@@ -77,6 +78,12 @@ public:
 
     /** Whether the camera wanted its sound to be sent to another host, which gets nothing. */
     bool streamsElsewhere() const { return m_streamsElsewhere; }
+
+    /** Whether the camera sent more than answers and sound, which cut its connection. */
+    bool isFlooded() const { return m_flooded; }
+
+    /** Returns what has gone through the connection for requests; empty where that is not known. */
+    std::optional<SocketFlow> flow() const;
 
     /** Whether the last request was a PLAY. */
     bool hasAskedToPlay() const { return m_hasAskedToPlay; }
@@ -106,6 +113,7 @@ private:
     static gboolean onCertificate(GstElement* source, GTlsConnection* connection,
                                   GTlsCertificate* certificate, GTlsCertificateFlags errors,
                                   RtspSession* session);
+    void watchForFloods();
     bool beginToPush();
     void endPushing();
     bool endPushes();
@@ -121,6 +129,7 @@ private:
 
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
+    GstPtr<GSocket> m_connection; ///< For requests.
     std::unique_ptr<RtpDecoder> m_decoder;
     bool m_isPushing = false;  ///< Somebody is in push.
     bool m_isStopping = false; ///< Nobody may begin to push.
@@ -130,6 +139,13 @@ private:
     std::atomic<bool> m_hasAskedToPlay{false};
     std::atomic<bool> m_streamsElsewhere{false};
     std::atomic<bool> m_untrusted{false};
+    std::atomic<unsigned> m_heard{0}; ///< Packets.
+
+    // Of who waits for messages.
+    unsigned m_heardBefore = 0;
+    std::int64_t m_receivedBefore = 0; ///< Bytes, when the last packet was heard.
+    bool m_flooded = false;
+
     std::atomic<bool> m_isMute{false}; ///< Nothing may be requested any more.
 
     // Of what is pushed.

@@ -2,6 +2,7 @@
 
 #include <QByteArrayList>
 #include <QHash>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUrl>
@@ -58,10 +59,27 @@ public:
                QByteArray::number(body.size()) + "\r\n\r\n" + body;
     }
 
+    /** What it sends again and again behind its answer to a method, as fast as it is taken. */
+    QHash<QByteArray, QByteArray> floods;
+    qint64 flooded = 0;                         ///< Bytes of it that were taken by the system.
+    static constexpr qint64 maxFlood = 1 << 28; ///< Then it ends.
+
     bool speaks = true;      ///< It sends some sound when it plays or records.
     QByteArrayList requests; ///< Their headers.
     int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
     int connections = 0;
+
+    /** Sends a packet of sound in the session that began to play last. All have the same RTP time. */
+    void speak(const QByteArray& payload, char payloadType = 0)
+    {
+        const int size = payload.size() + 12;
+        QByteArray packet = QByteArray::fromHex("240000008000000000000000aabbccdd");
+        packet[2] = static_cast<char>(size >> 8);
+        packet[3] = static_cast<char>(size);
+        packet[5] = payloadType;
+        packet[7] = ++m_sequence;
+        m_playing->write(packet + payload);
+    }
 
 private:
     void read(QTcpSocket* socket)
@@ -114,17 +132,34 @@ private:
         }
         text.insert(text.indexOf("\r\n") + 2, more);
         socket->write("RTSP/1.0 " + text);
+        if (floods.contains(method)) {
+            flood(socket, floods[method]);
+        }
         if ((method == "PLAY" || method == "RECORD") && text.startsWith("200")) {
-            QByteArray packet =
-                QByteArray::fromHex("240000ac8000000100000000aabbccdd") + QByteArray(160, '\xFF');
-            for (char sequence = 1; speaks && sequence < 4; ++sequence) {
-                packet[7] = sequence;
-                socket->write(packet);
+            m_playing = socket;
+            for (int i = 0; speaks && i < 3; ++i) {
+                speak(QByteArray(160, '\xFF'));
             }
         }
+    }
+
+    void flood(QTcpSocket* socket, const QByteArray& block)
+    {
+        const auto write = [this, socket, block] {
+            while (socket->isValid() && flooded < maxFlood && socket->bytesToWrite() < block.size()) {
+                socket->write(block);
+            }
+        };
+        connect(socket, &QIODevice::bytesWritten, this, [this, write](qint64 bytes) {
+            flooded += bytes;
+            write();
+        });
+        write();
     }
 
     QTcpServer m_server;
     QHash<QTcpSocket*, QByteArray> m_received;
     char m_talkChannel = 2;
+    QPointer<QTcpSocket> m_playing;
+    char m_sequence = 0;
 };

@@ -33,6 +33,9 @@ private Q_SLOTS:
     void takesItsOwnHost();
     void answersWithoutAnEnd_data();
     void answersWithoutAnEnd();
+    void floods_data();
+    void floods();
+    void muchSound();
     void codecsWithoutNames();
     void followsWithinTheCamera();
 };
@@ -342,6 +345,46 @@ void TestOnvifScripts::answersWithoutAnEnd()
     QVERIFY(probe.refuse());
     QVERIFY2(probe.refusedAfter < 1500, qPrintable(QString::number(probe.refusedAfter)));
     QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+}
+
+void TestOnvifScripts::floods_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::newRow("before it plays") << QByteArray("DESCRIBE");
+    QTest::newRow("when it plays") << QByteArray("PLAY");
+}
+
+/** A body that has no end: the camera is cut off before it fills the memory. */
+void TestOnvifScripts::floods()
+{
+    QFETCH(QByteArray, method);
+    ScriptedRtsp camera;
+    camera.speaks = false;
+    const QByteArray length = "Content-Length: 4000000000\r\n\r\n";
+    const bool plays = method == "PLAY";
+    camera.answers[method] = "200 OK\r\n" + (plays ? "\r\nRTSP/1.0 200 OK\r\nCSeq: 77\r\n" + length : length);
+    camera.floods[method] = QByteArray(1 << 16, 'x');
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.waitFor([&] { return probe.refusedAfter >= 0 || probe.lostAfter >= 0; }, 5000));
+    QVERIFY2(probe.reason.contains("more than answers and sound"), qPrintable(probe.reason));
+    QCOMPARE(probe.returnCode, probe.refusedAfter >= 0 ? ReturnCode::talkRefused : QString());
+    QVERIFY(probe.waitFor([&] { return probe.isClosed; }));
+    qInfo("%lld bytes", camera.flooded);
+    QVERIFY(camera.flooded > 1 << 20);
+    QVERIFY(camera.flooded < ScriptedRtsp::maxFlood);
+}
+
+/** More than a flood may have, but sound. */
+void TestOnvifScripts::muchSound()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    for (std::size_t i = 0; i < 110; ++i) {
+        camera.speak(QByteArray(15000, 'x'));
+        QVERIFY(probe.waitFor([&] { return probe.heard.size() > i; }));
+    }
+    QCOMPARE(probe.lostAfter, qint64{-1});
 }
 
 /** What a camera calls its codecs gets to people only when it is a name. */
