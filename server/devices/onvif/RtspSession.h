@@ -129,7 +129,6 @@ private:
 
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
-    GstPtr<GSocket> m_connection; ///< For requests.
     std::unique_ptr<RtpDecoder> m_decoder;
     bool m_isPushing = false;  ///< Somebody is in push.
     bool m_isStopping = false; ///< Nobody may begin to push.

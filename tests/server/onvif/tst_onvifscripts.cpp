@@ -36,6 +36,9 @@ private Q_SLOTS:
     void floods_data();
     void floods();
     void muchSound();
+    void answersForEver_data();
+    void answersForEver();
+    void speaksWhereItHears();
     void codecsWithoutNames();
     void followsWithinTheCamera();
 };
@@ -385,6 +388,62 @@ void TestOnvifScripts::muchSound()
         QVERIFY(probe.waitFor([&] { return probe.heard.size() > i; }));
     }
     QCOMPARE(probe.lostAfter, qint64{-1});
+}
+
+void TestOnvifScripts::answersForEver_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("answer"); // begins so
+    QTest::addColumn<QByteArray>("more");
+    const QByteArray ok = "200 OK\r\n";
+    const QByteArray body = "200 OK\r\nContent-Type: application/sdp\r\nContent-Length: 100000\r\n\r\nv=0";
+    for (const char* method : {"OPTIONS", "DESCRIBE", "SETUP", "PLAY", "TEARDOWN"}) {
+        QTest::addRow("lines, %s", method) << QByteArray(method) << ok << QByteArray("X: x\r\n");
+        QTest::addRow("a line, %s", method) << QByteArray(method) << ok << QByteArray("x");
+        QTest::addRow("a body, %s", method) << QByteArray(method) << body << QByteArray("\n");
+    }
+    QTest::newRow("a packet") << QByteArray("PLAY") << ok + "\r\n$" << QByteArray(1, '\xff');
+}
+
+/** A session that hangs in the middle of an answer gets its line back all the same. */
+void TestOnvifScripts::answersForEver()
+{
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, more);
+    ScriptedRtsp camera;
+    camera.answers[method] = answer;
+    camera.drips[method] = more;
+    CameraSettings settings;
+    settings.openTimeout = 1000;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.waitFor([&] { return probe.openedAfter >= 0 || probe.refusedAfter >= 0; }));
+    const qint64 end = probe.clock.elapsed();
+    QVERIFY(probe.close());
+    QVERIFY2(probe.clock.elapsed() - end < 2000, qPrintable(QString::number(probe.clock.elapsed() - end)));
+}
+
+/** rtspsrc itself does not survive packets there. */
+void TestOnvifScripts::speaksWhereItHears()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    for (int i = 0; i < 20; ++i) {
+        camera.speak(QByteArray(160, 'x'), 0, camera.talkChannel());
+    }
+    QVERIFY(probe.say(2));
+    QVERIFY(probe.waitFor([&] { return camera.packets == 8; }));
+    for (int i = 0; i < 3; ++i) {
+        camera.speak(QByteArray(160, 'y'));
+    }
+    QVERIFY(probe.waitFor([&] {
+        return std::any_of(probe.heard.begin(), probe.heard.end(),
+                           [](const VoicePacket& packet) { return packet.bitstream.contains("yyy"); });
+    }));
+    QVERIFY(std::none_of(probe.heard.begin(), probe.heard.end(),
+                         [](const VoicePacket& packet) { return packet.bitstream.contains("xxx"); }));
+    QVERIFY(probe.close());
 }
 
 /** What a camera calls its codecs gets to people only when it is a name. */
