@@ -6,7 +6,7 @@
 QVariantMap VoicePacket::toFields() const
 {
     PacketHeader header;
-    header.channels = 1;
+    header.channels = static_cast<std::uint8_t>(channels);
     header.streamType = streamType;
     header.sampleRate = static_cast<std::uint32_t>(sampleRate);
     header.position = position;
@@ -26,7 +26,7 @@ QVariantMap VoicePacket::toFields() const
         {Words::AudioData, QString::fromLatin1(packet.toBase64())},
         {Words::StreamType, streamType},
         {Words::AudioSamplingFreq, static_cast<uint>(sampleRate)},
-        {Words::AudioChannelNum, 1U},
+        {Words::AudioChannelNum, static_cast<uint>(channels)},
         {Words::FrameNumber, frames},
     };
 }

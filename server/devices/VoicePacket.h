@@ -11,10 +11,11 @@ struct VoicePacket
 {
     QByteArray bitstream;          ///< Without a header.
     std::uint32_t streamType = 0;  ///< The codec, see src/vocabulary/StreamType.h.
-    int sampleRate = 0;            ///< Hz, one channel.
+    int sampleRate = 0;            ///< Hz, of the sound as it is decoded.
     unsigned frames = 1;           ///< Codec frames in the bitstream.
     std::uint32_t position = 0;    ///< Of the first sample in the talk, samples; wraps.
     std::uint64_t captureTime = 0; ///< Of the last sample, microseconds of the steady clock.
+    int channels = 1;              ///< Channel count of the sound, 1 to 8.
 
     /** The fields of an AudioReceived event, without the token. */
     QVariantMap toFields() const;

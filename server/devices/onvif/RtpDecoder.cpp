@@ -101,7 +101,8 @@ class AacVoice : public RtpDecoder
 {
 public:
     AacVoice(const RtpFormat& format, const AacConfig& config)
-        : RtpDecoder(format.clockRate, config.sampleRate), m_format(format), m_config(config)
+        : RtpDecoder(format.clockRate, config.soundRate), m_format(format), m_config(config),
+          m_frameUnits(std::int64_t{aacFrame} * format.clockRate / config.sampleRate)
     {
     }
 
@@ -160,13 +161,14 @@ private:
         const QByteArray header =
             AdtsHeader::make(m_config.objectType, AdtsHeader::indexOf(m_config.sampleRate).value_or(0),
                              m_config.channels, frame.size());
-        out.push_back({header + frame, StreamType::Aac, packetRate(), 1,
-                       positionOf(std::int64_t{number} * aacFrame), voice.time});
+        out.push_back({header + frame, StreamType::Aac, packetRate(), 1, positionOf(number * m_frameUnits),
+                       voice.time, m_config.soundChannels});
     }
 
     RtpFormat m_format;
     AacConfig m_config;
-    QByteArray m_fragments; ///< Of one frame; bounded by its size, 16 bits at the most.
+    std::int64_t m_frameUnits; ///< Of the clock rate, in a frame.
+    QByteArray m_fragments;    ///< Of one frame; bounded by its size, 16 bits at the most.
     std::uint32_t m_fragmentTime = 0;
 };
 

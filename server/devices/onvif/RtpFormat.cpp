@@ -31,8 +31,14 @@ std::optional<AacConfig> AacConfig::parse(const QByteArray& config)
     result.objectType = static_cast<int>(bits.read(objectTypeBits));
     result.sampleRate = readRate(bits);
     result.channels = static_cast<int>(bits.read(channelBits));
+    result.soundRate = result.sampleRate;
+    result.soundChannels = result.channels == maxAdtsChannels ? maxAdtsChannels + 1 : result.channels;
+    if (result.objectType == parametricStereo && result.channels == 1) {
+        result.soundChannels = 2;
+    }
     if (result.objectType == spectralBandReplication || result.objectType == parametricStereo) {
-        readRate(bits); // of what a decoder adds to the core
+        readRate(bits); // ADTS headers do not say it: decoders double the core's
+        result.soundRate *= 2;
         result.objectType = static_cast<int>(bits.read(objectTypeBits));
     }
     const bool fitsAdts = result.objectType >= 1 && result.objectType <= maxAdtsObjectType &&

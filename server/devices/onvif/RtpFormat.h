@@ -24,9 +24,11 @@ struct RtpFormat
 /** What an AudioSpecificConfig says of a stream. */
 struct AacConfig
 {
-    int objectType = 0; ///< 2 is AAC-LC.
-    int sampleRate = 0; ///< Hz, of the frames' core.
-    int channels = 0;   ///< Channel count, as ADTS headers have it.
+    int objectType = 0;    ///< 2 is AAC-LC.
+    int sampleRate = 0;    ///< Hz, of the frames' core.
+    int channels = 0;      ///< Of the core, as ADTS headers have it: 7 are eight channels.
+    int soundRate = 0;     ///< Hz, of what a decoder makes of it: band replication doubles the core's.
+    int soundChannels = 0; ///< Channel count of the same: parametric stereo adds one.
 
     /** Reads a configuration; empty when it is cut off, or of no form that an ADTS header can have. */
     static std::optional<AacConfig> parse(const QByteArray& config);

@@ -1,6 +1,5 @@
 #include "server/devices/onvif/TalkRecorder.h"
 
-#include "audio/AdtsHeader.h"
 #include "server/devices/onvif/G711.h"
 #include "src/vocabulary/StreamType.h"
 
@@ -76,9 +75,7 @@ void TalkRecorder::place(Side& side, std::uint32_t position, std::vector<std::in
 /** Returns the packet's sound at the file's rate, of the first channel. */
 std::vector<std::int16_t> TalkRecorder::decode(const VoicePacket& packet)
 {
-    const auto adts =
-        packet.streamType == StreamType::Aac ? AdtsHeader::parse(packet.bitstream) : std::nullopt;
-    const int count = adts ? adts->channels : 1;
+    const int count = packet.channels;
     if (!m_decoder || m_streamType != packet.streamType) {
         m_streamType = packet.streamType;
         StreamParameters parameters;

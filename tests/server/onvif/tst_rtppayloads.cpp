@@ -31,6 +31,7 @@ private Q_SLOTS:
     void everyRemainderOfAPacket();
     void aacConfigurations();
     void framesThatShareAPacket();
+    void channelsOfASound();
     void framesInParts();
     void brokenAac();
     void senderDropsWhatIsOld();
@@ -230,6 +231,16 @@ void TestRtpPayloads::aacConfigurations()
     QCOMPARE(config("1190")->channels, 2);
     QCOMPARE(config("2b8a08")->sampleRate, 22050); // with band replication: the core's rate
     QCOMPARE(config("2b8a08")->objectType, 2);
+    QCOMPARE(config("2b8a08")->soundRate, 44100);
+    QCOMPARE(config("2b8a08")->soundChannels, 1);
+    QCOMPARE(config("eb8a08")->soundRate, 44100); // and parametric stereo
+    QCOMPARE(config("eb8a08")->channels, 1);
+    QCOMPARE(config("eb8a08")->soundChannels, 2);
+    QCOMPARE(config("1190")->soundRate, 48000);
+    QCOMPARE(config("1190")->soundChannels, 2);
+    QCOMPARE(config("11b8")->channels, 7);
+    QCOMPARE(config("11b8")->soundChannels, 8);
+    QCOMPARE(config("2b8908")->soundRate, 44100); // whatever it says
     for (const char* broken : {"", "14", "f808", "1400", "1788", "00", "ffffffffff"}) {
         QVERIFY2(!config(broken), broken);
     }
@@ -253,6 +264,32 @@ void TestRtpPayloads::framesThatShareAPacket()
         const auto byte = [&](int at) { return static_cast<std::uint8_t>(out[i].bitstream[at]); };
         QCOMPARE((byte(3) & 3) << 11 | byte(4) << 3 | byte(5) >> 5, out[i].bitstream.size());
         QCOMPARE(out[i].bitstream.back(), static_cast<char>('a' + i));
+    }
+}
+
+/** What a client plays by: the rate and the channels of the decoded sound. */
+void TestRtpPayloads::channelsOfASound()
+{
+    const auto fields = [](const char* config, int clockRate) {
+        std::vector<VoicePacket> out;
+        const auto decoder = RtpDecoder::create(aac(clockRate, config));
+        decoder->decode({aacPacket({QByteArray(100, 'a'), QByteArray(100, 'b')}), 0, true, 0}, out);
+        QVariantMap result = out.at(1).toFields();
+        result["position"] = out.at(1).position;
+        return result;
+    };
+    const QVariantMap stereo = fields("1410", 16000);
+    QCOMPARE(stereo["AudioChannelNum"], QVariant(2U));
+    QCOMPARE(stereo["AudioSamplingFreq"], QVariant(16000U));
+    QCOMPARE(QByteArray::fromBase64(stereo["AudioData"].toString().toLatin1())[6], '\x02');
+    QCOMPARE(stereo["position"].toUInt(), 1024U);
+    const QVariantMap mono = fields("1408", 16000);
+    QCOMPARE(mono["AudioChannelNum"], QVariant(1U));
+    for (const int clockRate : {22050, 44100}) { // cameras differ in what they count
+        const QVariantMap replicated = fields("2b8a08", clockRate);
+        QCOMPARE(replicated["AudioSamplingFreq"], QVariant(44100U));
+        QCOMPARE(replicated["AudioChannelNum"], QVariant(1U));
+        QCOMPARE(replicated["position"].toUInt(), 2048U);
     }
 }
 
