@@ -367,7 +367,9 @@ void TestOnvifScripts::floods()
     const bool plays = method == "PLAY";
     camera.answers[method] = "200 OK\r\n" + (plays ? "\r\nRTSP/1.0 200 OK\r\nCSeq: 77\r\n" + length : length);
     camera.floods[method] = QByteArray(1 << 16, 'x');
-    TalkProbe probe(camera.address());
+    OnvifConfig config;
+    config.teardown = std::chrono::seconds(3); // it is cut before that
+    TalkProbe probe(camera.address(), CameraSettings(), QString(), QString(), config);
     QVERIFY(probe.waitFor([&] { return probe.refusedAfter >= 0 || probe.lostAfter >= 0; }, 5000));
     QVERIFY2(probe.reason.contains("more than answers and sound"), qPrintable(probe.reason));
     QCOMPARE(probe.returnCode, probe.refusedAfter >= 0 ? ReturnCode::talkRefused : QString());
