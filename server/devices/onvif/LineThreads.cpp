@@ -1,10 +1,16 @@
 #include "server/devices/onvif/LineThreads.h"
 
+#include "system/OpenFiles.h"
+
+#include <algorithm>
 #include <chrono>
+#include <system_error>
 
 namespace {
 
-constexpr std::size_t maxLines = 200;
+constexpr int mostLines = 200;
+constexpr int filesOfLine = 8;              // six in use, and two while it begins
+constexpr int filesOfOthers = 256;          // clients, records, questions
 constexpr std::chrono::seconds patience{5}; // at the end of the server
 constexpr std::chrono::milliseconds step{5};
 
@@ -29,15 +35,25 @@ LineThreads::~LineThreads()
     }
 }
 
+int LineThreads::maxLines(int openFiles)
+{
+    return std::clamp((openFiles - filesOfOthers) / filesOfLine, 0, mostLines);
+}
+
 bool LineThreads::hasRoom()
 {
     joinEnded();
-    return m_running.size() < maxLines;
+    return static_cast<int>(m_running.size()) < maxLines(OpenFiles::limit());
 }
 
-void LineThreads::start(const std::shared_ptr<OnvifLine>& line)
+bool LineThreads::start(const std::shared_ptr<OnvifLine>& line)
 {
-    m_running.push_back({line, std::thread([line] { line->run(); })});
+    try {
+        m_running.push_back({line, std::thread([line] { line->run(); })});
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 void LineThreads::joinEnded()

@@ -17,11 +17,14 @@ public:
     LineThreads(const LineThreads&) = delete;
     LineThreads& operator=(const LineThreads&) = delete;
 
+    /** Returns how many lines may run. @param openFiles that the process may have, see OpenFiles */
+    static int maxLines(int openFiles);
+
     /** Whether one more line may be started: each has a dozen threads. */
     bool hasRoom();
 
-    /** Runs a line to its end. */
-    void start(const std::shared_ptr<OnvifLine>& line);
+    /** Runs a line to its end; false when the system has no thread for it. */
+    bool start(const std::shared_ptr<OnvifLine>& line);
 
 private:
     struct Running

@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include <cstring>
+#include <system_error>
 
 namespace {
 
@@ -338,11 +339,14 @@ void OnvifLine::open()
     }
     adjustSockets();
     m_watchdog.alive(Clock::now());
-    {
+    try {
         const std::lock_guard<std::mutex> lock(m_streams);
         m_sender = std::make_unique<TalkSender>(
             std::move(encoder), m_camera.settings.evenPace,
             [session = m_session.get()](const RtpPayload& payload) { session->push(payload); });
+    } catch (const std::system_error&) { // no thread is left
+        refuse(LineRefusal::noRoom());
+        return;
     }
     m_state = State::Settling;
     m_deadline = Clock::now() + milliseconds(m_camera.settings.readinessDelay);

@@ -1,12 +1,18 @@
 // Lines to cameras that do what gst-rtsp-server never does.
 
 #include "protocol/ServerReply.h"
+#include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/RtspGuard.h"
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
 
 #include <QNetworkDatagram>
 #include <QUdpSocket>
+
+#ifdef __linux__
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
 
 class TestOnvifScripts : public QObject
 {
@@ -39,6 +45,8 @@ private Q_SLOTS:
     void answersForEver_data();
     void answersForEver();
     void speaksWhereItHears();
+    void hasNoThread();
+    void linesByOpenFiles();
     void codecsWithoutNames();
     void followsWithinTheCamera();
 };
@@ -446,6 +454,38 @@ void TestOnvifScripts::speaksWhereItHears()
     QVERIFY(std::none_of(probe.heard.begin(), probe.heard.end(),
                          [](const VoicePacket& packet) { return packet.bitstream.contains("xxx"); }));
     QVERIFY(probe.close());
+}
+
+/** The system has no memory for the stack of one more thread. */
+void TestOnvifScripts::hasNoThread()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__linux__)
+    QSKIP("needs a limit of the address space");
+#else
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address()); // its line starts when events are taken
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    QVERIFY(statm.open(QIODevice::ReadOnly));
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_AS, &before), 0);
+    rlimit now = before;
+    now.rlim_cur =
+        static_cast<rlim_t>(statm.readAll().split(' ').first().toLongLong() * getpagesize()) + (1 << 20);
+    QCOMPARE(setrlimit(RLIMIT_AS, &now), 0);
+    QCoreApplication::processEvents();
+    setrlimit(RLIMIT_AS, &before);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("no room"), qPrintable(probe.reason));
+    QVERIFY(probe.close());
+#endif
+}
+
+void TestOnvifScripts::linesByOpenFiles()
+{
+    QCOMPARE(LineThreads::maxLines(0), 0);
+    QCOMPARE(LineThreads::maxLines(1024), 96);
+    QCOMPARE(LineThreads::maxLines(std::numeric_limits<int>::max()), 200);
 }
 
 /** What a camera calls its codecs gets to people only when it is a name. */
