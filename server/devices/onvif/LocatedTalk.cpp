@@ -64,7 +64,8 @@ LocatedTalk::~LocatedTalk() = default;
 
 bool LocatedTalk::isStream(const QString& address)
 {
-    return address.startsWith(QLatin1String("rtsp://")) || address.startsWith(QLatin1String("rtsps://"));
+    return address.startsWith(QLatin1String("rtsp://"), Qt::CaseInsensitive) ||
+           address.startsWith(QLatin1String("rtsps://"), Qt::CaseInsensitive);
 }
 
 int LocatedTalk::remaining() const

@@ -1,5 +1,6 @@
 #include "server/devices/onvif/RtspSession.h"
 
+#include "protocol/RecordChecks.h"
 #include "server/devices/onvif/HandOver.h"
 #include "server/devices/onvif/RtpSample.h"
 #include "server/devices/onvif/SameHost.h"
@@ -63,10 +64,12 @@ bool RtspSession::start(Way way)
     gst_bin_add(GST_BIN(m_pipeline.get()), source);
     m_source.reset(GST_ELEMENT(gst_object_ref(source)));
     const CameraSettings& settings = m_camera.settings;
-    g_object_set(source, "user-id", m_camera.username.toUtf8().constData(), "user-pw",
-                 m_camera.password.toUtf8().constData(), "latency",
-                 static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency", TRUE, "udp-reconnect",
-                 FALSE, "tcp-timeout",
+    if (!RecordChecks::credentials(m_camera.username, m_camera.password)) { // else it is of an older record
+        g_object_set(source, "user-id", m_camera.username.toUtf8().constData(), "user-pw",
+                     m_camera.password.toUtf8().constData(), nullptr);
+    }
+    g_object_set(source, "latency", static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency",
+                 TRUE, "udp-reconnect", FALSE, "tcp-timeout",
                  count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
                  guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
     if (isTls(m_camera.address)) {
@@ -306,6 +309,12 @@ void RtspSession::hear(GstSample* sample)
     const HandOver::Scope scope(this);
     m_listener.sessionIsAlive();
     ++m_heard;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_rate.takes(PacketRate::Time::clock::now())) {
+            return;
+        }
+    }
     const auto voice = RtpSample::read(sample);
     std::vector<VoicePacket> packets;
     {

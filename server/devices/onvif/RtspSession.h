@@ -3,6 +3,7 @@
 #include "server/devices/CameraBackend.h"
 #include "server/devices/onvif/GstPtr.h"
 #include "server/devices/onvif/OnvifConfig.h"
+#include "server/devices/onvif/PacketRate.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/RtpEncoder.h"
 #include "server/devices/onvif/RtspGuard.h"
@@ -130,6 +131,7 @@ private:
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
     std::unique_ptr<RtpDecoder> m_decoder;
+    PacketRate m_rate;         ///< Of what the camera says.
     bool m_isPushing = false;  ///< Somebody is in push.
     bool m_isStopping = false; ///< Nobody may begin to push.
     std::condition_variable m_pushed;

@@ -2,6 +2,8 @@
 
 #include "protocol/ServerReply.h"
 #include "server/devices/onvif/LineThreads.h"
+#include "server/devices/onvif/LocatedTalk.h"
+#include "server/devices/onvif/PacketRate.h"
 #include "server/devices/onvif/RtspGuard.h"
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
@@ -45,6 +47,11 @@ private Q_SLOTS:
     void answersForEver_data();
     void answersForEver();
     void speaksWhereItHears();
+    void speaksTooOften();
+    void wantsItEncrypted_data();
+    void wantsItEncrypted();
+    void inCapitals();
+    void loginOfTwoLines();
     void hasNoThread();
     void linesByOpenFiles();
     void codecsWithoutNames();
@@ -454,6 +461,75 @@ void TestOnvifScripts::speaksWhereItHears()
     QVERIFY(std::none_of(probe.heard.begin(), probe.heard.end(),
                          [](const VoicePacket& packet) { return packet.bitstream.contains("xxx"); }));
     QVERIFY(probe.close());
+}
+
+/** What no voice needs does not reach those who listen. */
+void TestOnvifScripts::speaksTooOften()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QElapsedTimer time;
+    time.start();
+    QTimer voice; // 20,000 packets a second
+    connect(&voice, &QTimer::timeout, &camera, [&] {
+        for (int i = 0; i < 20; ++i) {
+            camera.speak("x");
+        }
+    });
+    voice.start(1);
+    QVERIFY(probe.waitFor([&] { return probe.heard.size() > PacketRate::maxPackets; }));
+    const auto seconds = static_cast<std::size_t>(time.elapsed() / 1000);
+    QVERIFY2(probe.heard.size() <= (seconds + 2) * PacketRate::maxPackets,
+             qPrintable(QString::number(probe.heard.size())));
+    QVERIFY(seconds > 0);
+    voice.stop();
+    QVERIFY(probe.close());
+}
+
+void TestOnvifScripts::wantsItEncrypted_data()
+{
+    QTest::addColumn<QByteArray>("transport");
+    QTest::newRow("SRTP") << QByteArray("RTP/SAVP");
+    QTest::newRow("SRTP with feedback") << QByteArray("RTP/SAVPF");
+    QTest::newRow("DTLS") << QByteArray("UDP/TLS/RTP/SAVP");
+    QTest::newRow("no RTP") << QByteArray("udp");
+}
+
+/** Sound that was to be encrypted is not sent at all. */
+void TestOnvifScripts::wantsItEncrypted()
+{
+    QFETCH(QByteArray, transport);
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] =
+        ScriptedRtsp::describes(ScriptedRtsp::description().replace("RTP/AVP", transport));
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("PCMU/8000 (not by RTP/AVP)"), qPrintable(probe.reason));
+    QVERIFY(!camera.hasRequest("SETUP"));
+}
+
+/** Schemes have no case (RFC 3986, clause 3.1). */
+void TestOnvifScripts::inCapitals()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address().replace("rtsp:", "RTSP:"));
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(LocatedTalk::isStream("RTSPS://gate/talk"));
+    QVERIFY(probe.close());
+}
+
+/** As no record can have it any more. */
+void TestOnvifScripts::loginOfTwoLines()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] =
+        "401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"gate\", nonce=\"z\"\r\n\r\n";
+    TalkProbe probe(camera.address(), CameraSettings(), "anna\nX-More: 1", "secret");
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
+    QVERIFY(!camera.hasRequest("DESCRIBE", "Authorization"));
 }
 
 /** The system has no memory for the stack of one more thread. */
