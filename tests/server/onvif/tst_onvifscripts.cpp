@@ -526,7 +526,7 @@ void TestOnvifScripts::loginOfTwoLines()
     ScriptedRtsp camera;
     camera.answers["DESCRIBE"] =
         "401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"gate\", nonce=\"z\"\r\n\r\n";
-    TalkProbe probe(camera.address(), CameraSettings(), "anna\nX-More: 1", "secret");
+    TalkProbe probe(camera.address(), CameraSettings(), "u\nv", "secret");
     QVERIFY(probe.refuse());
     QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
     QVERIFY(!camera.hasRequest("DESCRIBE", "Authorization"));
