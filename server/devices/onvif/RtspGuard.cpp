@@ -2,6 +2,7 @@
 
 #include "onvif/HttpChallenge.h"
 #include "onvif/HttpDigest.h"
+#include "server/devices/onvif/GstLog.h"
 #include "server/devices/onvif/HandOver.h"
 
 #include <gst/rtsp/gstrtspmessage.h>
@@ -136,6 +137,7 @@ GstElement* RtspGuard::makeSource()
 {
     type();
     RtspSocket::watch();
+    GstLog::tame();
     nowMaking = shared_from_this();
     GstElement* source = gst_element_factory_make("rtspsrc", nullptr);
     nowMaking.reset();

@@ -1,12 +1,16 @@
 // Lines to cameras that do what gst-rtsp-server never does.
 
 #include "protocol/ServerReply.h"
+#include "server/devices/onvif/GstLog.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/LocatedTalk.h"
 #include "server/devices/onvif/PacketRate.h"
 #include "server/devices/onvif/RtspGuard.h"
 #include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TalkProbe.h"
+
+#include <QMutex>
+#include <QTemporaryFile>
 
 #include <QNetworkDatagram>
 #include <QUdpSocket>
@@ -52,6 +56,7 @@ private Q_SLOTS:
     void wantsItEncrypted();
     void inCapitals();
     void loginOfTwoLines();
+    void writesToTheLog();
     void hasNoThread();
     void linesByOpenFiles();
     void codecsWithoutNames();
@@ -530,6 +535,43 @@ void TestOnvifScripts::loginOfTwoLines()
     QVERIFY(probe.refuse());
     QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
     QVERIFY(!camera.hasRequest("DESCRIBE", "Authorization"));
+}
+
+/** GStreamer writes a warning for each field of a transport that it does not know. */
+void TestOnvifScripts::writesToTheLog()
+{
+    static QMutex mutex;
+    static QByteArrayList lines;
+    lines.clear();
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
+            const QMutexLocker lock(&mutex);
+            lines.append(text.toUtf8());
+        });
+    QTemporaryFile error;
+    QVERIFY(error.open());
+    const int kept = dup(2);
+    dup2(error.handle(), 2);
+    {
+        ScriptedRtsp camera;
+        camera.answers["SETUP"] =
+            "200 OK\r\nTransport: RTP/AVP/TCP;unicast;interleaved=0-1;\x1b[31m\u202eevil" +
+            QByteArray(";a").repeated(500) + "\r\n\r\n";
+        TalkProbe probe(camera.address());
+        probe.waitFor([&] { return probe.openedAfter >= 0 || probe.refusedAfter >= 0; });
+        probe.close();
+    }
+    dup2(kept, 2);
+    ::close(kept);
+    qInstallMessageHandler(before);
+    error.seek(0);
+    QCOMPARE(error.readAll(), QByteArray());
+    QVERIFY(!lines.isEmpty());
+    QVERIFY(lines.size() <= GstLog::maxMessages);
+    for (const QByteArray& line : qAsConst(lines)) {
+        QVERIFY2(line.size() < GstLog::maxMessage + 30, line.constData());
+        QVERIFY(std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; }));
+    }
 }
 
 /** The system has no memory for the stack of one more thread. */
