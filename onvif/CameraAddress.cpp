@@ -65,10 +65,12 @@ std::optional<QUrl> deviceService(const QString& typed, QString* error)
         return std::nullopt;
     }
     const bool bareIpv6 = QHostAddress(text).protocol() == QAbstractSocket::IPv6Protocol;
-    QUrl url(text.contains(QLatin1String("://")) ? text
-             : bareIpv6                          ? QStringLiteral("http://[%1]").arg(text)
-                                                 : QStringLiteral("http://") + text,
-             QUrl::StrictMode);
+    QUrl url(
+        text.contains(QLatin1String("://")) ? text
+        : bareIpv6
+            ? QStringLiteral("http://[%1]").arg(QString(text).replace(QLatin1Char('%'), QLatin1String("%25")))
+            : QStringLiteral("http://") + text,
+        QUrl::StrictMode);
     if (!url.isValid() || !isHttp(url) || url.host().isEmpty() || url.port(1) == 0 || url.hasFragment()) {
         return std::nullopt;
     }

@@ -11,12 +11,29 @@
 
 namespace RecordChecks {
 
+namespace {
+
+bool hasControls(const QString& text)
+{
+    return std::any_of(text.begin(), text.end(),
+                       [](QChar character) { return character.category() == QChar::Other_Control; });
+}
+
+/** Whether a text looks like another one, or commands who shows it. */
+bool hasHidden(const QString& text)
+{
+    return hasControls(text) || std::any_of(text.begin(), text.end(), [](QChar character) {
+               return character.category() == QChar::Other_Format ||
+                      character.category() == QChar::Separator_Line ||
+                      character.category() == QChar::Separator_Paragraph;
+           });
+}
+
+} // namespace
+
 Refusal name(const QString& name)
 {
-    const bool printable = std::none_of(name.begin(), name.end(), [](QChar character) {
-        return character.category() == QChar::Other_Control;
-    });
-    if (name.trimmed().isEmpty() || name.size() > Limits::maxNameLength || !printable) {
+    if (name.trimmed().isEmpty() || name.size() > Limits::maxNameLength || hasControls(name)) {
         return refusal(ReturnCode::badName,
                        QStringLiteral("a name has 1 to %1 characters, and no control characters")
                            .arg(Limits::maxNameLength));
@@ -60,7 +77,7 @@ Refusal cameraAddress(const QString& text)
     // Without a scheme it is a host and a port, and nothing else.
     const bool isWhole = isUrl || (url.port() >= 0 && url.path().isEmpty() && !url.hasQuery() &&
                                    url.authority().size() == text.size() && url.userInfo().isEmpty());
-    const bool valid = text.size() <= Limits::maxUrlLength && url.isValid() &&
+    const bool valid = text.size() <= Limits::maxUrlLength && !hasHidden(text) && url.isValid() &&
                        schemes.contains(url.scheme()) && !url.hasFragment() && url.port(1) >= 1 && isWhole &&
                        !address(url.host());
     // The text may hold a password: it is not repeated.
@@ -82,9 +99,11 @@ Refusal port(int port)
 
 Refusal credentials(const QString& username, const QString& password)
 {
-    if (username.size() > Limits::maxCredentialLength || password.size() > Limits::maxCredentialLength) {
+    if (username.size() > Limits::maxCredentialLength || password.size() > Limits::maxCredentialLength ||
+        hasControls(username) || hasControls(password)) {
         return refusal(ReturnCode::badCredentials,
-                       QStringLiteral("user name and password have at most %1 characters")
+                       QStringLiteral("user name and password have at most %1 characters, and no control "
+                                      "characters")
                            .arg(Limits::maxCredentialLength));
     }
     return std::nullopt;

@@ -27,7 +27,7 @@ Refusal cameraAddress(const QString& text);
 /** Checks a port: 1 to Limits::maxPort. */
 Refusal port(int port);
 
-/** Checks a login: each of the two has at most Limits::maxCredentialLength characters. */
+/** Checks a login: each of the two has at most Limits::maxCredentialLength characters, no control ones. */
 Refusal credentials(const QString& username, const QString& password);
 
 /** Checks the camera ids of a device: none is empty, none is there twice. */

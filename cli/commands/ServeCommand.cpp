@@ -5,6 +5,7 @@
 #include "client/ExitStatus.h"
 #include "server/access/ServerCertificate.h"
 #include "server/access/SocketServer.h"
+#include "system/OpenFiles.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -53,6 +54,7 @@ int serve(const CommandArguments& arguments)
     for (const QString& address : *offline) {
         options.simulated.offlineAddresses.insert(address);
     }
+    OpenFiles::raiseLimit(); // each talk to a camera has some
     const ServerConfig serverConfig = options.serverConfig();
     RecordingServer server(serverConfig);
     if (!server.isOpen()) {

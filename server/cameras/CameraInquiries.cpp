@@ -82,8 +82,8 @@ CameraInquiries::CameraInquiries(std::vector<Backend> backends, std::vector<Abse
 {
 }
 
-/** Whether a session may wait for one more answer. */
-bool CameraInquiries::mayWait(const ServerSession& session) const
+/** Returns for how many answers a session waits. */
+int CameraInquiries::waitingOf(const ServerSession& session) const
 {
     const auto searches =
         std::count_if(m_searches.begin(), m_searches.end(),
@@ -91,7 +91,7 @@ bool CameraInquiries::mayWait(const ServerSession& session) const
     const auto questions =
         std::count_if(m_questions.begin(), m_questions.end(),
                       [&session](const auto& waiting) { return waiting.second.session == &session; });
-    return searches + questions < maxOfSession;
+    return static_cast<int>(searches + questions);
 }
 
 QString CameraInquiries::whyNoSearch() const
@@ -102,7 +102,7 @@ QString CameraInquiries::whyNoSearch() const
 
 std::optional<ServerReply> CameraInquiries::find(ServerSession& session)
 {
-    if (!mayWait(session)) {
+    if (waitingOf(session) >= maxOfSession) {
         return tooMany();
     }
     if (m_searching == 0 && !startSearch()) {
@@ -147,7 +147,8 @@ void CameraInquiries::takeFound(const FoundCameras& found)
 
 void CameraInquiries::ask(const ServerSession& session, const CameraRecord& camera, const LateReply& reply)
 {
-    if (!mayWait(session) || m_asked >= maxAsked) {
+    const int waiting = waitingOf(session);
+    if (waiting >= maxOfSession || m_asked >= (waiting > 0 ? maxAsked : maxAskedInAll)) {
         reply.send(tooMany());
         return;
     }

@@ -22,8 +22,9 @@ public:
     /** The back end of a kind. */
     using Backend = QPair<QString, CameraBackend*>;
 
-    static constexpr int maxOfSession = 8; ///< Requests of one client that wait for their answer.
-    static constexpr int maxAsked = 32;    ///< Cameras that are asked at once, for all clients.
+    static constexpr int maxOfSession = 8;    ///< Requests of one client that wait for their answer.
+    static constexpr int maxAsked = 32;       ///< Cameras that are asked at once, for all clients.
+    static constexpr int maxAskedInAll = 128; ///< With those of clients that wait for nothing else.
 
     /**
      * @param backends by kind, outlive the object
@@ -58,7 +59,7 @@ private:
         CameraRecord camera{}; ///< That is asked; not of a search.
     };
 
-    bool mayWait(const ServerSession& session) const;
+    int waitingOf(const ServerSession& session) const;
     bool startSearch();
     void takeFound(const FoundCameras& found);
     void takeReport(quint64 question, const CameraReport& report);

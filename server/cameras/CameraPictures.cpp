@@ -48,7 +48,9 @@ std::optional<ServerReply> CameraPictures::get(ServerSession& session, const QSt
     if (known != m_stills.end() && !isAsked && m_clock.elapsed() - known->second.since < m_interval) {
         return known->second.reply;
     }
-    if (waitingOf(session) >= maxOfSession || (!isAsked && m_asked >= maxAsked)) {
+    const int waiting = waitingOf(session);
+    const int most = waiting > 0 ? maxAsked : maxAskedInAll;
+    if (waiting >= maxOfSession || (!isAsked && m_asked >= most)) {
         return refusal(ReturnCode::tooManyRequests,
                        QStringLiteral("too many pictures are asked for; try again"));
     }

@@ -26,8 +26,9 @@ class CameraPictures : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int maxOfSession = 8; ///< Requests of one client that wait for their answer.
-    static constexpr int maxAsked = 32;    ///< Cameras that are asked at once, for all clients.
+    static constexpr int maxOfSession = 8;    ///< Requests of one client that wait for their answer.
+    static constexpr int maxAsked = 32;       ///< Cameras that are asked at once, for all clients.
+    static constexpr int maxAskedInAll = 128; ///< With those of clients that wait for nothing else.
 
     /** @param backends outlive the object @param interval at most one question to each camera in it */
     CameraPictures(std::vector<CameraBackend*> backends, std::chrono::milliseconds interval);

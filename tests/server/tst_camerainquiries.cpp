@@ -330,11 +330,24 @@ void TestCameraInquiries::allRequestsAreBounded()
             [&] { return asked.shared->questions.size() == (i + 1) * CameraInquiries::maxOfSession; }));
     }
     QCOMPARE(asked.shared->questions.size(), int{CameraInquiries::maxAsked});
+    const quint64 first = asked.ask(camera()); // a client that has none gets one
+    QVERIFY(!asked.hasAnswer(first));
     QCOMPARE(asked.answer(asked.ask(camera())).returnCode, ReturnCode::tooManyRequests);
-    asked.shared->questions[0].second(CameraReport());
-    const quint64 next = asked.ask(camera());
-    QCOMPARE(asked.shared->questions.size(), CameraInquiries::maxAsked + 1);
-    QVERIFY(!asked.hasAnswer(next));
+    for (int i = CameraInquiries::maxAsked + 1; i < CameraInquiries::maxAskedInAll; ++i) {
+        ServerSession gone(*asked.harness->server);
+        gone.submit("AskCamera", camera(), 1);
+        QVERIFY(ServerHarness::waitFor([&] { return asked.shared->questions.size() == i + 1; }));
+    }
+    asked.shared->questions[CameraInquiries::maxAsked].second(CameraReport());
+    QCOMPARE(asked.answer(first).returnCode, ReturnCode::success);
+    QVERIFY(!asked.hasAnswer(asked.ask(camera())));
+    ServerSession late(*asked.harness->server);
+    QList<ServerReply> replies;
+    connect(&late, &ServerSession::replied, this,
+            [&replies](const QString&, quint64, const ServerReply& reply) { replies.append(reply); });
+    late.submit("AskCamera", camera(), 1);
+    QVERIFY(ServerHarness::waitFor([&] { return replies.size() == 1; }));
+    QCOMPARE(replies[0].returnCode, ReturnCode::tooManyRequests);
 }
 
 void TestCameraInquiries::goesWithRequestsOpen()

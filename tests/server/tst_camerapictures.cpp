@@ -205,11 +205,21 @@ void TestCameraPictures::tooManyCameras()
         others.back()->submit("GetCameraPicture", QString("eye %1").arg(i), 1);
     }
     QCOMPARE(seen.questions->size(), CameraPictures::maxAsked);
-    QCOMPARE(seen.answer(seen.ask("eye")).returnCode, ReturnCode::tooManyRequests);
-    QVERIFY(!seen.hasAnswer(seen.ask("eye 0"))); // that is asked anyway
-    seen.give(still("one"));
-    QVERIFY(!seen.hasAnswer(seen.ask("eye")));
+    QVERIFY(!seen.hasAnswer(seen.ask("eye"))); // a client that waits for none gets one
     QCOMPARE(seen.questions->size(), CameraPictures::maxAsked + 1);
+    QCOMPARE(seen.answer(seen.ask("eye of another")).returnCode, ReturnCode::tooManyRequests);
+    QVERIFY(!seen.hasAnswer(seen.ask("eye 0"))); // that is asked anyway
+    for (int i = CameraPictures::maxAsked + 1; i < CameraPictures::maxAskedInAll; ++i) {
+        others.push_back(std::make_unique<ServerSession>(*seen.harness->server));
+        others.back()->submit("GetCameraPicture", QString("eye %1").arg(i), 1);
+    }
+    others.push_back(std::make_unique<ServerSession>(*seen.harness->server));
+    others.back()->submit("GetCameraPicture", "eye of the last", 1);
+    QCOMPARE(seen.questions->size(), CameraPictures::maxAskedInAll);
+    seen.give(still("one"));
+    others.push_back(std::make_unique<ServerSession>(*seen.harness->server));
+    others.back()->submit("GetCameraPicture", "eye of the last", 1);
+    QCOMPARE(seen.questions->size(), CameraPictures::maxAskedInAll + 1);
 }
 
 void TestCameraPictures::clientThatGoes()

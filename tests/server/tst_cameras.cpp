@@ -149,6 +149,20 @@ void TestCameras::refusals_data()
     row("a bad change", "UpdateCamera", withId(camera(""), "1"), ReturnCode::badName);
     row("deleting an unknown id", "DeleteCamera", "7", ReturnCode::noSuchCamera);
     row("deleting one that is no record", "DeleteCamera", "camera-1", ReturnCode::noSuchCamera);
+    const auto withLogin = [](const char* key, const QString& text) {
+        QVariantMap record = camera("Dock");
+        record[key] = text;
+        return record;
+    };
+    row("a user of two lines", "AddCamera", withLogin("username", "u\nv"), ReturnCode::badCredentials);
+    row("a password of two lines", "AddCamera", withLogin("password", "p\r\nq"), ReturnCode::badCredentials);
+    row("a user of two lines in the address", "AddCamera",
+        camera("Dock", "simulated", "rtsp://u%0Av:p@10.0.0.9/x"), ReturnCode::badCredentials);
+    for (const char* hidden : {"\u202e", "\u2066", "\u200b", "\u2028"}) {
+        row(hidden, "AddCamera",
+            camera("Dock", "simulated", QStringLiteral("rtsp://10.0.0.9/%1txt").arg(hidden)),
+            ReturnCode::badAddress);
+    }
     row("deleting nothing", "DeleteCamera", QVariant(), ReturnCode::malformedRequest);
 }
 

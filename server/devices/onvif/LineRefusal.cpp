@@ -208,6 +208,11 @@ LineRefusal LineRefusal::flood()
     return {ReturnCode::talkRefused, QStringLiteral("the camera sends more than answers and sound")};
 }
 
+LineRefusal LineRefusal::noRoom()
+{
+    return {ReturnCode::talkRefused, QStringLiteral("the server has no room for one more talk to a camera")};
+}
+
 LineRefusal LineRefusal::noLoudspeaker()
 {
     return {ReturnCode::noLoudspeaker, QStringLiteral("the camera offers no loudspeaker")};

@@ -57,6 +57,9 @@ struct LineRefusal
     /** The camera sends more than answers and sound. */
     static LineRefusal flood();
 
+    /** The server has no room for the line. */
+    static LineRefusal noRoom();
+
     /** The camera has no loudspeaker. */
     static LineRefusal noLoudspeaker();
 

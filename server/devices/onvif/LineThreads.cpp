@@ -1,11 +1,17 @@
 #include "server/devices/onvif/LineThreads.h"
 
+#include "system/OpenFiles.h"
+
 #include <algorithm>
 #include <chrono>
+#include <system_error>
 #include <vector>
 
 namespace {
 
+constexpr int mostLines = 200;
+constexpr int filesOfLine = 8;              // six in use, and two while it begins
+constexpr int filesOfOthers = 256;          // clients, records, questions
 constexpr std::chrono::seconds patience{5}; // at the end of the server
 constexpr std::chrono::milliseconds step{5};
 constexpr std::chrono::milliseconds maxClosing{1000}; // of a line before the next one to its camera
@@ -41,11 +47,22 @@ LineThreads::~LineThreads()
     }
 }
 
+int LineThreads::maxLines(int openFiles)
+{
+    return std::clamp((openFiles - filesOfOthers) / filesOfLine, 0, mostLines);
+}
+
+/** How many lines may exist now. */
+std::size_t LineThreads::room() const
+{
+    return std::min(m_maxLines, static_cast<std::size_t>(maxLines(OpenFiles::limit())));
+}
+
 bool LineThreads::hasRoom()
 {
     joinEnded();
     m_reserved.remove_if([](const auto& each) { return each.expired(); });
-    return m_running.size() + m_reserved.size() < m_maxLines;
+    return m_running.size() + m_reserved.size() < room();
 }
 
 void LineThreads::reserve(const std::shared_ptr<LineWork>& line)
@@ -55,10 +72,10 @@ void LineThreads::reserve(const std::shared_ptr<LineWork>& line)
 
 bool LineThreads::hasRoomForVideo()
 {
-    return hasRoom() && m_running.size() + m_reserved.size() < m_maxLines / 4 * 3;
+    return hasRoom() && m_running.size() + m_reserved.size() < room() / 4 * 3;
 }
 
-void LineThreads::start(const std::shared_ptr<LineWork>& line)
+bool LineThreads::start(const std::shared_ptr<LineWork>& line)
 {
     m_reserved.remove_if([&](const auto& each) { return each.lock() == line; });
     std::vector<std::shared_ptr<LineWork>> before;
@@ -68,10 +85,15 @@ void LineThreads::start(const std::shared_ptr<LineWork>& line)
             before.push_back(running.line);
         }
     }
-    m_running.push_back({line, std::thread([line, before] {
-                             waitFor(before);
-                             line->run();
-                         })});
+    try {
+        m_running.push_back({line, std::thread([line, before] {
+                                 waitFor(before);
+                                 line->run();
+                             })});
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 void LineThreads::joinEnded()

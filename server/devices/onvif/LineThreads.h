@@ -18,6 +18,9 @@ public:
     LineThreads(const LineThreads&) = delete;
     LineThreads& operator=(const LineThreads&) = delete;
 
+    /** Returns how many lines may run. @param openFiles that the process may have, see OpenFiles */
+    static int maxLines(int openFiles);
+
     /** Whether one more line may be started: each has a dozen threads. */
     bool hasRoom();
 
@@ -27,8 +30,8 @@ public:
     /** Keeps room for a line, as long as it exists, until it is started. */
     void reserve(const std::shared_ptr<LineWork>& line);
 
-    /** Runs a line to its end, for which there is room. */
-    void start(const std::shared_ptr<LineWork>& line);
+    /** Runs a line to its end, for which there is room; false when the system has no thread for it. */
+    bool start(const std::shared_ptr<LineWork>& line);
 
 private:
     struct Running
@@ -38,6 +41,7 @@ private:
     };
 
     void joinEnded();
+    std::size_t room() const;
 
     std::size_t m_maxLines;
     std::list<std::weak_ptr<LineWork>> m_reserved;

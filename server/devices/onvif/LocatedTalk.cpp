@@ -2,6 +2,7 @@
 
 #include "onvif/OnvifDevice.h"
 #include "protocol/ServerReply.h"
+#include "server/devices/onvif/LineRefusal.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/OnvifInquiries.h"
 #include "server/devices/onvif/OnvifRefusal.h"
@@ -48,7 +49,8 @@ LocatedTalk::~LocatedTalk() = default;
 
 bool LocatedTalk::isStream(const QString& address)
 {
-    return address.startsWith(QLatin1String("rtsp://")) || address.startsWith(QLatin1String("rtsps://"));
+    return address.startsWith(QLatin1String("rtsp://"), Qt::CaseInsensitive) ||
+           address.startsWith(QLatin1String("rtsps://"), Qt::CaseInsensitive);
 }
 
 int LocatedTalk::remaining() const
@@ -129,11 +131,7 @@ void LocatedTalk::openLine(const QString& stream)
     m_stream = stream;
     if (!m_threads.hasRoom()) {
         QMetaObject::invokeMethod(
-            this,
-            [this] {
-                Q_EMIT refused(ReturnCode::talkRefused,
-                               QStringLiteral("the server has no room for one more talk to a camera"));
-            },
+            this, [this] { Q_EMIT refused(LineRefusal::noRoom().returnCode, LineRefusal::noRoom().reason); },
             Qt::QueuedConnection);
         return;
     }

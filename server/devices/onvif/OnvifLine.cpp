@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include <cstring>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -260,12 +261,12 @@ void OnvifLine::handleError(GstMessage* message)
         refuse(LineRefusal::elsewhere());
         return;
     }
-    if (m_session->streamsElsewhere()) {
-        refuse(LineRefusal::streamElsewhere());
-        return;
-    }
     if (m_session->guard().wasSentTooOften()) {
         refuse(LineRefusal::endless());
+        return;
+    }
+    if (m_session->streamsElsewhere()) {
+        refuse(LineRefusal::streamElsewhere());
         return;
     }
     if (m_session->hasAskedToPlay() && LineRefusal::isOfMethod(message)) {
@@ -334,11 +335,14 @@ void OnvifLine::open()
     const bool isLinear = format.encoding == QLatin1String("L16"); // the others are no larger than G.711
     m_backlog = LineBacklog(isLinear ? std::int64_t{format.clockRate} * format.channels * 2 : 0);
     m_watchdog.alive(Clock::now());
-    {
+    try {
         const std::lock_guard<std::mutex> lock(m_streams);
         m_sender = std::make_unique<TalkSender>(
             std::move(encoder), m_camera.settings.evenPace,
             [session = m_session.get()](const RtpPayload& payload) { session->push(payload); });
+    } catch (const std::system_error&) { // no thread is left
+        refuse(LineRefusal::noRoom());
+        return;
     }
     m_state = State::Settling;
     m_deadline = Clock::now() + milliseconds(m_camera.settings.readinessDelay);

@@ -5,6 +5,7 @@
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/RtspQuestion.h"
 
+#include <QPointer>
 #include <QSslSocket>
 #include <QUrl>
 
@@ -34,7 +35,17 @@ OnvifTalk::OnvifTalk(const CameraRecord& camera, const OnvifConfig& config, Line
     threads.reserve(m_line); // others may ask in the same turn of the event loop
     // Not before the caller has connected to the signals: a line may be refused at once, on its own thread.
     QMetaObject::invokeMethod(
-        this, [this, &threads] { threads.start(m_line); }, Qt::QueuedConnection);
+        this,
+        [this, &threads] {
+            if (!threads.start(m_line)) {
+                const QPointer<OnvifTalk> guard(this); // the receiver may delete the talk
+                Q_EMIT refused(LineRefusal::noRoom().returnCode, LineRefusal::noRoom().reason);
+                if (guard) {
+                    Q_EMIT closed();
+                }
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 OnvifTalk::~OnvifTalk()

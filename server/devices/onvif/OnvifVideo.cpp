@@ -84,7 +84,10 @@ void OnvifVideo::openLine(const QString& stream)
     CameraRecord camera = m_camera;
     camera.address = stream;
     m_line = std::make_shared<VideoLine>(camera, m_config, static_cast<VideoLineListener&>(*this));
-    m_threads.start(m_line);
+    if (!m_threads.start(m_line)) {
+        Q_EMIT refused(ReturnCode::tooManyRequests,
+                       QStringLiteral("the server has no room for one more video"));
+    }
 }
 
 /** On a thread of the line. */

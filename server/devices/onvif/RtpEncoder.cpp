@@ -26,6 +26,7 @@ constexpr int minRate = 8000;
 constexpr int maxRate = 48000;
 constexpr int lowComplexity = 2;
 constexpr int aacFrame = 1024;    // samples
+constexpr int minSizeBits = 10;   // a frame has up to 768 bytes (ISO/IEC 14496-3, clause 4.5.3.2)
 constexpr int maxLengthBits = 16; // of a field of an AU header
 
 /** Codecs with as many samples as mu-law: each payload is made of the mu-law of one packet time. */
@@ -215,7 +216,7 @@ private:
 bool isAac(const RtpFormat& format)
 {
     const auto config = AacConfig::parse(format.config);
-    return format.encoding == QLatin1String("MPEG4-GENERIC") && format.sizeLength > 0 &&
+    return format.encoding == QLatin1String("MPEG4-GENERIC") && format.sizeLength >= minSizeBits &&
            format.sizeLength <= maxLengthBits && format.indexLength >= 0 &&
            format.indexLength <= maxLengthBits && config && config->objectType == lowComplexity &&
            config->sampleRate == format.clockRate && config->channels == 1;

@@ -2,6 +2,7 @@
 
 #include "onvif/HttpChallenge.h"
 #include "onvif/HttpDigest.h"
+#include "server/devices/onvif/GstLog.h"
 #include "server/devices/onvif/HandOver.h"
 
 #include <gst/rtsp/gstrtspmessage.h>
@@ -117,6 +118,7 @@ GType RtspGuard::type()
             G_OBJECT_CLASS(theClass)->finalize = &RtspGuard::finalizeElement;
         };
         const auto initInterface = +[](gpointer interface, gpointer /*data*/) {
+            static_cast<GstRTSPExtensionInterface*>(interface)->before_send = &RtspGuard::onRequest;
             static_cast<GstRTSPExtensionInterface*>(interface)->after_send = &RtspGuard::onAnswer;
         };
         const GType type = g_type_register_static_simple(
@@ -134,6 +136,8 @@ GType RtspGuard::type()
 GstElement* RtspGuard::makeSource()
 {
     type();
+    RtspSocket::watch();
+    GstLog::tame();
     nowMaking = shared_from_this();
     GstElement* source = gst_element_factory_make("rtspsrc", nullptr);
     nowMaking.reset();
@@ -146,6 +150,25 @@ GstElement* RtspGuard::makeSource()
         HandOver::give(this);
     }
     return source;
+}
+
+void RtspGuard::end(GstElement* pipeline, std::chrono::milliseconds patience)
+{
+    using Owner = std::shared_ptr<RtspGuard>;
+    const auto cut = +[](GstClock*, GstClockTime, GstClockID, gpointer data) -> gboolean {
+        (*static_cast<Owner*>(data))->m_socket.cut();
+        return TRUE;
+    };
+    const auto drop = +[](gpointer data) { delete static_cast<Owner*>(data); };
+    GstClock* clock = gst_system_clock_obtain();
+    const GstClockTime time =
+        gst_clock_get_time(clock) + static_cast<GstClockTime>(std::chrono::nanoseconds(patience).count());
+    GstClockID alarm = gst_clock_new_single_shot_id(clock, time);
+    gst_clock_id_wait_async(alarm, cut, new Owner(shared_from_this()), drop); // on the clock's own thread
+    gst_element_set_state(pipeline, GST_STATE_NULL);
+    gst_clock_id_unschedule(alarm);
+    gst_clock_id_unref(alarm);
+    gst_object_unref(clock);
 }
 
 void RtspGuard::initElement(GTypeInstance* instance, gpointer /*theClass*/)
@@ -161,6 +184,17 @@ void RtspGuard::finalizeElement(GObject* object)
 {
     delete reinterpret_cast<Element*>(object)->guard;
     G_OBJECT_CLASS(g_type_class_peek_parent(G_OBJECT_GET_CLASS(object)))->finalize(object);
+}
+
+/** On the thread of rtspsrc that connects. */
+GstRTSPResult RtspGuard::onRequest(GstRTSPExtension* extension, GstRTSPMessage* /*request*/)
+{
+    const auto* guard = reinterpret_cast<Element*>(extension)->guard;
+    if (guard != nullptr) {
+        const HandOver::Scope scope(guard->get());
+        (*guard)->m_socket.take();
+    }
+    return GST_RTSP_OK;
 }
 
 /** On a thread of GStreamer. */

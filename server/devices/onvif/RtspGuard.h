@@ -1,5 +1,7 @@
 #pragma once
 
+#include "server/devices/onvif/RtspSocket.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -7,6 +9,7 @@
 #include <gst/rtsp/gstrtspextension.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 
 /**
@@ -17,8 +20,8 @@
  *   the login and the sound;
  * - a PLAY or RECORD that the camera does not have is refused, which rtspsrc takes for consent.
  *
- * It is an extension of rtspsrc (GstRTSPExtension): each rtspsrc makes one of its own. The questions may be
- * asked on any thread.
+ * and it can end a session that hangs. It is an extension of rtspsrc (GstRTSPExtension): each rtspsrc makes
+ * one of its own. The questions may be asked on any thread.
  */
 class RtspGuard : public std::enable_shared_from_this<RtspGuard>
 {
@@ -35,6 +38,16 @@ public:
      */
     GstElement* makeSource();
 
+    /**
+     * Ends a pipeline with the rtspsrc, and cuts its connection when that does not end by itself.
+     *
+     * @param patience before it is cut
+     */
+    void end(GstElement* pipeline, std::chrono::milliseconds patience);
+
+    /** Returns the connection for requests. */
+    RtspSocket& socket() { return m_socket; }
+
     /** Whether the camera wanted to be asked at another server, which gets nothing, least of all the login.
      */
     bool wasSentElsewhere() const { return m_wasSentElsewhere; }
@@ -46,6 +59,7 @@ private:
     struct Element;
 
     static GType type();
+    static GstRTSPResult onRequest(GstRTSPExtension* extension, GstRTSPMessage* request);
     static void initElement(GTypeInstance* instance, gpointer theClass);
     static void finalizeElement(GObject* object);
     static GstRTSPResult onAnswer(GstRTSPExtension* extension, GstRTSPMessage* request,
@@ -55,6 +69,7 @@ private:
     bool mayFollow(GstRTSPMessage& request, GstRTSPMessage& answer);
 
     const QByteArray m_address;
+    RtspSocket m_socket;
     bool m_isAttached = false; ///< An rtspsrc has taken the guard.
     std::atomic<bool> m_wasSentElsewhere{false};
     std::atomic<int> m_redirects{0};

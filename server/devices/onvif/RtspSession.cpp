@@ -1,5 +1,6 @@
 #include "server/devices/onvif/RtspSession.h"
 
+#include "protocol/RecordChecks.h"
 #include "server/devices/onvif/HandOver.h"
 #include "server/devices/onvif/RtpSample.h"
 #include "server/devices/onvif/SameHost.h"
@@ -19,31 +20,10 @@ constexpr milliseconds afterDeadline{1000};  // when rtspsrc gives up, too
 constexpr int maxWaitingPackets = 50;        // of the camera's voice; older ones are dropped
 constexpr std::int64_t maxUnheard = 1000000; // bytes of answers between packets that are heard
 
-thread_local GstPtr<GSocket> lastConnection; // that this thread made, until it is taken
-
-/** Notes the sockets of RTSP connections, which GStreamer keeps to itself. */
-gboolean onSocketEvent(GSignalInvocationHint* /*hint*/, guint count, const GValue* values, gpointer /*data*/)
-{
-    constexpr guint arguments = 4; // the client, its event, the address, the connection
-    if (count == arguments && g_value_get_enum(values + 1) == G_SOCKET_CLIENT_CONNECTED) {
-        auto* const connection = g_value_get_object(values + 3);
-        if (G_IS_SOCKET_CONNECTION(connection)) {
-            GSocket* const socket = g_socket_connection_get_socket(G_SOCKET_CONNECTION(connection));
-            lastConnection.reset(G_SOCKET(g_object_ref(socket)));
-        }
-    }
-    return TRUE;
-}
-
 void initGStreamer()
 {
     static std::once_flag once;
-    std::call_once(once, [] {
-        gst_init(nullptr, nullptr);
-        g_type_class_ref(G_TYPE_SOCKET_CLIENT); // or it has no signals yet
-        g_signal_add_emission_hook(g_signal_lookup("event", G_TYPE_SOCKET_CLIENT), 0, &onSocketEvent, nullptr,
-                                   nullptr);
-    });
+    std::call_once(once, [] { gst_init(nullptr, nullptr); });
 }
 
 template<class Duration>
@@ -84,10 +64,12 @@ bool RtspSession::start(Way way)
     gst_bin_add(GST_BIN(m_pipeline.get()), source);
     m_source.reset(GST_ELEMENT(gst_object_ref(source)));
     const CameraSettings& settings = m_camera.settings;
-    g_object_set(source, "user-id", m_camera.username.toUtf8().constData(), "user-pw",
-                 m_camera.password.toUtf8().constData(), "latency",
-                 static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency", TRUE, "udp-reconnect",
-                 FALSE, "tcp-timeout",
+    if (!RecordChecks::credentials(m_camera.username, m_camera.password)) { // else it is of an older record
+        g_object_set(source, "user-id", m_camera.username.toUtf8().constData(), "user-pw",
+                     m_camera.password.toUtf8().constData(), nullptr);
+    }
+    g_object_set(source, "latency", static_cast<guint>(m_config.jitterBuffer.count()), "drop-on-latency",
+                 TRUE, "udp-reconnect", FALSE, "tcp-timeout",
                  count<microseconds>(milliseconds(settings.openTimeout) + afterDeadline), "timeout",
                  guint64{0}, "teardown-timeout", count<nanoseconds>(m_config.teardown), nullptr);
     if (isTls(m_camera.address)) {
@@ -118,9 +100,7 @@ GstPtr<GstMessage> RtspSession::next(milliseconds patience)
 
 std::optional<SocketFlow> RtspSession::flow() const
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const int socket = m_connection ? g_socket_get_fd(m_connection.get()) : -1;
-    return socket >= 0 ? SocketFlow::of(socket) : std::nullopt;
+    return m_guard->socket().flow();
 }
 
 /** rtspsrc keeps as much of an answer in memory as the camera sends. */
@@ -136,8 +116,7 @@ void RtspSession::watchForFloods()
     }
     if (state->received - m_receivedBefore > maxUnheard) {
         m_flooded = true;
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        g_socket_shutdown(m_connection.get(), TRUE, TRUE, nullptr);
+        m_guard->socket().cut();
     }
 }
 
@@ -179,7 +158,7 @@ void RtspSession::stop()
 {
     if (m_pipeline) {
         m_isMute = !endPushes();
-        gst_element_set_state(m_pipeline.get(), GST_STATE_NULL); // frees who waits in push
+        m_guard->end(m_pipeline.get(), m_config.teardown + m_config.teardown); // frees who waits in push
         HandOver::take(this);
     }
 }
@@ -264,7 +243,10 @@ void RtspSession::onPad(GstElement* /*source*/, GstPad* pad, RtspSession* sessio
     gst_pad_link(pad, input.get());
 }
 
-/** RTCP of the camera is a sign of life, too. */
+/**
+ * RTCP of the camera is a sign of life, too. Sound that comes where the loudspeaker's sound leaves is
+ * dropped: rtspsrc has no output for it, and ends the program.
+ */
 void RtspSession::onManager(GstElement* /*source*/, GstElement* manager, RtspSession* session)
 {
     const auto active = +[](GstElement*, guint, guint, RtspSession* to) {
@@ -272,6 +254,16 @@ void RtspSession::onManager(GstElement* /*source*/, GstElement* manager, RtspSes
         to->m_listener.sessionIsAlive();
     };
     g_signal_connect(manager, "on-ssrc-active", G_CALLBACK(active), session);
+    const auto added = +[](GstElement*, GstPad* pad, RtspSession* to) {
+        const HandOver::Scope scope(to);
+        const auto drop = +[](GstPad*, GstPadProbeInfo*, gpointer) { return GST_PAD_PROBE_DROP; };
+        const auto chosen = to->choice();
+        if (chosen && GST_PAD_NAME(pad) == "recv_rtp_sink_" + QByteArray::number(chosen->talkStream)) {
+            gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, drop, nullptr, nullptr);
+            gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER_LIST, drop, nullptr, nullptr);
+        }
+    };
+    g_signal_connect(manager, "pad-added", G_CALLBACK(added), session);
 }
 
 /**
@@ -306,10 +298,6 @@ void RtspSession::onElement(GstBin* /*bin*/, GstBin* /*parent*/, GstElement* ele
 gboolean RtspSession::onRequest(GstElement* /*source*/, GstRTSPMessage* request, RtspSession* session)
 {
     const HandOver::Scope scope(session);
-    if (lastConnection) {
-        const std::lock_guard<std::mutex> lock(session->m_mutex);
-        session->m_connection = std::move(lastConnection);
-    }
     GstRTSPMethod method = GST_RTSP_INVALID;
     gst_rtsp_message_parse_request(request, &method, nullptr, nullptr);
     session->m_hasAskedToPlay = method == GST_RTSP_PLAY;
@@ -336,6 +324,12 @@ void RtspSession::hear(GstSample* sample)
     const HandOver::Scope scope(this);
     m_listener.sessionIsAlive();
     ++m_heard;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_rate.takes(PacketRate::Time::clock::now())) {
+            return;
+        }
+    }
     const auto voice = RtpSample::read(sample);
     if (voice && m_way == Way::Video) {
         m_listener.sessionShowed(*voice);

@@ -3,6 +3,7 @@
 #include "server/devices/CameraBackend.h"
 #include "server/devices/onvif/GstPtr.h"
 #include "server/devices/onvif/OnvifConfig.h"
+#include "server/devices/onvif/PacketRate.h"
 #include "server/devices/onvif/RtpDecoder.h"
 #include "server/devices/onvif/RtpEncoder.h"
 #include "server/devices/onvif/RtspGuard.h"
@@ -138,10 +139,10 @@ private:
     mutable std::mutex m_mutex; ///< Guards what GStreamer's threads share with the user's.
     std::optional<StreamChoice> m_choice;
     std::optional<SdpFormats::Video> m_video;
-    GstPtr<GSocket> m_connection; ///< For requests.
     std::optional<int>
         m_heardType; ///< Payload type of what is decoded: that of the first pad with a decoder.
     std::unique_ptr<RtpDecoder> m_decoder;
+    PacketRate m_rate;         ///< Of what the camera says.
     bool m_isPushing = false;  ///< Somebody is in push.
     bool m_isStopping = false; ///< Nobody may begin to push.
     std::condition_variable m_pushed;

@@ -97,6 +97,8 @@ std::vector<SdpFormats::Sound> SdpFormats::soundsOf(const GstSDPMessage* descrip
         }
         Sound sound;
         sound.stream = section;
+        const char* transport = gst_sdp_media_get_proto(media);
+        sound.isPlain = g_strcmp0(transport, "RTP/AVP") == 0 || g_strcmp0(transport, "RTP/AVPF") == 0;
         sound.toCamera = gst_sdp_media_get_attribute_val(media, "sendonly") != nullptr;
         const unsigned formats = std::min(gst_sdp_media_formats_len(media), unsigned{maxFormats});
         for (unsigned i = 0; i < formats; ++i) {

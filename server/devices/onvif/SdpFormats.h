@@ -22,6 +22,7 @@ struct Sound
 {
     unsigned stream = 0;   ///< Number of its section in the description, as rtspsrc counts.
     bool toCamera = false; ///< Its loudspeaker; directions are the client's, so the section is "sendonly".
+    bool isPlain = true;   ///< Is sent by RTP/AVP or RTP/AVPF, not encrypted.
     std::vector<RtpFormat> formats; ///< In the camera's order of preference.
 };
 

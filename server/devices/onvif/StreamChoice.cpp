@@ -21,7 +21,8 @@ QString namesOf(const std::vector<SdpFormats::Sound>& sounds)
     for (const SdpFormats::Sound& sound : sounds) {
         for (const RtpFormat& format : sound.formats) {
             if (sound.toCamera) {
-                names.append(QStringLiteral("%1/%2").arg(format.encoding).arg(format.clockRate));
+                names.append(QStringLiteral("%1/%2").arg(format.encoding).arg(format.clockRate) +
+                             (sound.isPlain ? QString() : QStringLiteral(" (not by RTP/AVP)")));
             }
         }
     }
@@ -40,11 +41,11 @@ StreamChoice StreamChoice::of(const std::vector<SdpFormats::Sound>& sounds, cons
             const auto format =
                 std::find_if(sound.formats.begin(), sound.formats.end(),
                              [&](const RtpFormat& each) { return canEncode(each, talkCodec); });
-            if (format != sound.formats.end() && !choice.talkFormat) {
+            if (sound.isPlain && format != sound.formats.end() && !choice.talkFormat) {
                 choice.talkFormat = *format;
                 choice.talkStream = sound.stream;
             }
-        } else if (!choice.heardStream &&
+        } else if (!choice.heardStream && sound.isPlain &&
                    std::any_of(sound.formats.begin(), sound.formats.end(),
                                [](const RtpFormat& each) { return RtpDecoder::create(each) != nullptr; })) {
             choice.heardStream = sound.stream;

@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QUrl>
 
 #include <sys/socket.h>
@@ -70,6 +71,9 @@ public:
     qint64 flooded = 0;                         ///< Bytes of it that were taken by the system.
     static constexpr qint64 maxFlood = 1 << 28; ///< Then it ends.
 
+    /** What it sends byte by byte behind its answer to a method, again and again. */
+    QHash<QByteArray, QByteArray> drips;
+
     bool speaks = true; ///< It sends some sound when it plays or records.
     bool answersAtAll = true;
     bool takesOne = false;   ///< One session at a time.
@@ -77,18 +81,6 @@ public:
     int packets = 0;         ///< RTP packets that came inside the connection, of the loudspeaker.
     int connections = 0;
     int open = 0; ///< Connections by now.
-
-    /** Sends a packet of sound in the session that began to play last. All have the same RTP time. */
-    void speak(const QByteArray& payload, char payloadType = 0)
-    {
-        const int size = payload.size() + 12;
-        QByteArray packet = QByteArray::fromHex("240000008000000000000000aabbccdd");
-        packet[2] = static_cast<char>(size >> 8);
-        packet[3] = static_cast<char>(size);
-        packet[5] = payloadType;
-        packet[7] = ++m_sequence;
-        m_playing->write(packet + payload);
-    }
 
     /** Closes the connection of the session that began to play last. */
     void hangUp() { m_playing->close(); }
@@ -99,6 +91,22 @@ public:
         m_deaf = deaf;
         m_playing->setReadBufferSize(deaf ? 1 : 0);
         read(m_playing);
+    }
+
+    /** Returns the channel in which it gets the loudspeaker's sound. */
+    char talkChannel() const { return m_talkChannel; }
+
+    /** Sends a packet of sound in the session that began to play last. All have the same RTP time. */
+    void speak(const QByteArray& payload, char payloadType = 0, char channel = 0)
+    {
+        const int size = payload.size() + 12;
+        QByteArray packet = QByteArray::fromHex("240000008000000000000000aabbccdd");
+        packet[2] = static_cast<char>(size >> 8);
+        packet[3] = static_cast<char>(size);
+        packet[1] = channel;
+        packet[5] = payloadType;
+        packet[7] = ++m_sequence;
+        m_playing->write(packet + payload);
     }
 
 private:
@@ -162,6 +170,9 @@ private:
         }
         text.insert(text.indexOf("\r\n") + 2, more);
         socket->write("RTSP/1.0 " + text);
+        if (drips.contains(method)) {
+            drip(socket, drips[method]);
+        }
         if (floods.contains(method)) {
             flood(socket, floods[method]);
         }
@@ -171,6 +182,14 @@ private:
                 speak(QByteArray(160, '\xFF'));
             }
         }
+    }
+
+    void drip(QTcpSocket* socket, const QByteArray& text)
+    {
+        auto* timer = new QTimer(socket);
+        connect(timer, &QTimer::timeout, this,
+                [socket, text, at = 0]() mutable { socket->write(text.mid(at++ % text.size(), 1)); });
+        timer->start(20);
     }
 
     void flood(QTcpSocket* socket, const QByteArray& block)

@@ -237,6 +237,8 @@ void TestOnvifInquiries::asksAtTheUsualAddress_data()
     row("gate:8080", "http://gate:8080/onvif/device_service");
     row("rtsp://10.0.0.9:8554/talk", "http://10.0.0.9/onvif/device_service");
     row("rtsps://[fe80::1]/talk", "http://[fe80::1]/onvif/device_service");
+    row("rtsp://[fe80::1%25lo]/talk", "http://[fe80::1%25lo]/onvif/device_service");
+    row("fe80::1%lo", "http://[fe80::1%25lo]/onvif/device_service");
     row("https://gate/service", "https://gate/service");
     row("fe80::1", "http://[fe80::1]/onvif/device_service");
 }

@@ -635,7 +635,7 @@ void TestOnvifScripts::choosesStreams()
     const RtpFormat mu{"PCMU", 0, 8000};
     const RtpFormat a{"PCMA", 8, 8000};
     const std::vector<SdpFormats::Sound> sounds{
-        {1, false, {mu}}, {2, true, {a, mu}}, {3, false, {mu}}, {4, true, {mu}}};
+        {1, false, true, {mu}}, {2, true, true, {a, mu}}, {3, false, true, {mu}}, {4, true, true, {mu}}};
     const StreamChoice any = StreamChoice::of(sounds, QString());
     QCOMPARE(any.talkStream, 2U);
     QCOMPARE(any.talkFormat->encoding, QString("PCMA"));

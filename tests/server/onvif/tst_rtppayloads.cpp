@@ -181,7 +181,9 @@ void TestRtpPayloads::formatsWithoutAnEncoder()
          {RtpFormat(), narrow("OPUS"), narrow("G726-48"), RtpFormat{"PCMU", 0, 16000},
           RtpFormat{"PCMU", 0, 8000, 2}, RtpFormat{"L16", 98, 96000}, RtpFormat{"L16", 98, 8000, 0},
           RtpFormat{"L16", 98, 0}, aac(16000, "1188"), aac(16000, ""), aac(16000, "f8"),
-          RtpFormat{"MPEG4-GENERIC", 97, 16000}}) {
+          RtpFormat{"MPEG4-GENERIC", 97, 16000},
+          RtpFormat{"MPEG4-GENERIC", 97, 16000, 1, 1, 3, 3, QByteArray::fromHex("1408")},
+          RtpFormat{"MPEG4-GENERIC", 97, 16000, 1, 9, 3, 3, QByteArray::fromHex("1408")}}) {
         QVERIFY2(!RtpEncoder::existsFor(format), qPrintable(format.encoding));
         QCOMPARE(RtpEncoder::create(format, 20).get(), nullptr);
     }

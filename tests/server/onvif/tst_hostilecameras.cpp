@@ -1,0 +1,236 @@
+// Lines to cameras that are broken, or mean harm.
+
+#include "protocol/ServerReply.h"
+#include "server/devices/onvif/GstLog.h"
+#include "server/devices/onvif/LineThreads.h"
+#include "server/devices/onvif/LocatedTalk.h"
+#include "server/devices/onvif/PacketRate.h"
+#include "server/devices/onvif/RtspGuard.h"
+#include "tests/server/onvif/ScriptedRtsp.h"
+#include "tests/server/onvif/TalkProbe.h"
+
+#include <QMutex>
+#include <QTemporaryFile>
+
+#include <QNetworkDatagram>
+#include <QUdpSocket>
+
+#ifdef __linux__
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
+class TestHostileCameras : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answersForEver_data();
+    void answersForEver();
+    void speaksWhereItHears();
+    void speaksTooOften();
+    void wantsItEncrypted_data();
+    void wantsItEncrypted();
+    void inCapitals();
+    void loginOfTwoLines();
+    void writesToTheLog();
+    void hasNoThread();
+    void linesByOpenFiles();
+};
+
+void TestHostileCameras::answersForEver_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("answer"); // begins so
+    QTest::addColumn<QByteArray>("more");
+    const QByteArray ok = "200 OK\r\n";
+    const QByteArray body = "200 OK\r\nContent-Type: application/sdp\r\nContent-Length: 100000\r\n\r\nv=0";
+    for (const char* method : {"OPTIONS", "DESCRIBE", "SETUP", "PLAY", "TEARDOWN"}) {
+        QTest::addRow("lines, %s", method) << QByteArray(method) << ok << QByteArray("X: x\r\n");
+        QTest::addRow("a line, %s", method) << QByteArray(method) << ok << QByteArray("x");
+        QTest::addRow("a body, %s", method) << QByteArray(method) << body << QByteArray("\n");
+    }
+    QTest::newRow("a packet") << QByteArray("PLAY") << ok + "\r\n$" << QByteArray(1, '\xff');
+}
+
+/** A session that hangs in the middle of an answer gets its line back all the same. */
+void TestHostileCameras::answersForEver()
+{
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, more);
+    ScriptedRtsp camera;
+    camera.answers[method] = answer;
+    camera.drips[method] = more;
+    CameraSettings settings;
+    settings.openTimeout = 1000;
+    TalkProbe probe(camera.address(), settings);
+    QVERIFY(probe.waitFor([&] { return probe.openedAfter >= 0 || probe.refusedAfter >= 0; }));
+    const qint64 end = probe.clock.elapsed();
+    QVERIFY(probe.close());
+    QVERIFY2(probe.clock.elapsed() - end < 2000, qPrintable(QString::number(probe.clock.elapsed() - end)));
+}
+
+/** rtspsrc itself does not survive packets there. */
+void TestHostileCameras::speaksWhereItHears()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    for (int i = 0; i < 20; ++i) {
+        camera.speak(QByteArray(160, 'x'), 0, camera.talkChannel());
+    }
+    QVERIFY(probe.say(2));
+    QVERIFY(probe.waitFor([&] { return camera.packets == 8; }));
+    for (int i = 0; i < 3; ++i) {
+        camera.speak(QByteArray(160, 'y'));
+    }
+    QVERIFY(probe.waitFor([&] {
+        return std::any_of(probe.heard.begin(), probe.heard.end(),
+                           [](const VoicePacket& packet) { return packet.bitstream.contains("yyy"); });
+    }));
+    QVERIFY(std::none_of(probe.heard.begin(), probe.heard.end(),
+                         [](const VoicePacket& packet) { return packet.bitstream.contains("xxx"); }));
+    QVERIFY(probe.close());
+}
+
+/** What no voice needs does not reach those who listen. */
+void TestHostileCameras::speaksTooOften()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address());
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QElapsedTimer time;
+    time.start();
+    QTimer voice; // 20,000 packets a second
+    connect(&voice, &QTimer::timeout, &camera, [&] {
+        for (int i = 0; i < 20; ++i) {
+            camera.speak("x");
+        }
+    });
+    voice.start(1);
+    QVERIFY(probe.waitFor([&] { return probe.heard.size() > PacketRate::maxPackets; }));
+    const auto seconds = static_cast<std::size_t>(time.elapsed() / 1000);
+    QVERIFY2(probe.heard.size() <= (seconds + 2) * PacketRate::maxPackets,
+             qPrintable(QString::number(probe.heard.size())));
+    QVERIFY(seconds > 0);
+    voice.stop();
+    QVERIFY(probe.close());
+}
+
+void TestHostileCameras::wantsItEncrypted_data()
+{
+    QTest::addColumn<QByteArray>("transport");
+    QTest::newRow("SRTP") << QByteArray("RTP/SAVP");
+    QTest::newRow("SRTP with feedback") << QByteArray("RTP/SAVPF");
+    QTest::newRow("DTLS") << QByteArray("UDP/TLS/RTP/SAVP");
+    QTest::newRow("no RTP") << QByteArray("udp");
+}
+
+/** Sound that was to be encrypted is not sent at all. */
+void TestHostileCameras::wantsItEncrypted()
+{
+    QFETCH(QByteArray, transport);
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] =
+        ScriptedRtsp::describes(ScriptedRtsp::description().replace("RTP/AVP", transport));
+    TalkProbe probe(camera.address());
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("PCMU/8000 (not by RTP/AVP)"), qPrintable(probe.reason));
+    QVERIFY(!camera.hasRequest("SETUP"));
+}
+
+/** Schemes have no case (RFC 3986, clause 3.1). */
+void TestHostileCameras::inCapitals()
+{
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address().replace("rtsp:", "RTSP:"));
+    QVERIFY2(probe.open(), qPrintable(probe.reason));
+    QVERIFY(LocatedTalk::isStream("RTSPS://gate/talk"));
+    QVERIFY(probe.close());
+}
+
+/** As no record can have it any more. */
+void TestHostileCameras::loginOfTwoLines()
+{
+    ScriptedRtsp camera;
+    camera.answers["DESCRIBE"] =
+        "401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"gate\", nonce=\"z\"\r\n\r\n";
+    TalkProbe probe(camera.address(), CameraSettings(), "u\nv", "secret");
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::loginRefused);
+    QVERIFY(!camera.hasRequest("DESCRIBE", "Authorization"));
+}
+
+/** GStreamer writes a warning for each field of a transport that it does not know. */
+void TestHostileCameras::writesToTheLog()
+{
+    static QMutex mutex;
+    static QByteArrayList lines;
+    lines.clear();
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
+            const QMutexLocker lock(&mutex);
+            lines.append(text.toUtf8());
+        });
+    QTemporaryFile error;
+    QVERIFY(error.open());
+    const int kept = dup(2);
+    dup2(error.handle(), 2);
+    {
+        ScriptedRtsp camera;
+        camera.answers["SETUP"] =
+            "200 OK\r\nTransport: RTP/AVP/TCP;unicast;interleaved=0-1;\x1b[31m\u202eevil" +
+            QByteArray(";a").repeated(500) + "\r\n\r\n";
+        TalkProbe probe(camera.address());
+        probe.waitFor([&] { return probe.openedAfter >= 0 || probe.refusedAfter >= 0; });
+        probe.close();
+    }
+    dup2(kept, 2);
+    ::close(kept);
+    qInstallMessageHandler(before);
+    error.seek(0);
+    QCOMPARE(error.readAll(), QByteArray());
+    QVERIFY(!lines.isEmpty());
+    QVERIFY(lines.size() <= GstLog::maxMessages);
+    for (const QByteArray& line : qAsConst(lines)) {
+        QVERIFY2(line.size() < GstLog::maxMessage + 30, line.constData());
+        QVERIFY(std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; }));
+    }
+}
+
+/** The system has no memory for the stack of one more thread. */
+void TestHostileCameras::hasNoThread()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__linux__)
+    QSKIP("needs a limit of the address space");
+#else
+    ScriptedRtsp camera;
+    TalkProbe probe(camera.address()); // its line starts when events are taken
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    QVERIFY(statm.open(QIODevice::ReadOnly));
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_AS, &before), 0);
+    rlimit now = before;
+    now.rlim_cur =
+        static_cast<rlim_t>(statm.readAll().split(' ').first().toLongLong() * getpagesize()) + (1 << 20);
+    QCOMPARE(setrlimit(RLIMIT_AS, &now), 0);
+    QCoreApplication::processEvents();
+    setrlimit(RLIMIT_AS, &before);
+    QVERIFY(probe.refuse());
+    QCOMPARE(probe.returnCode, ReturnCode::talkRefused);
+    QVERIFY2(probe.reason.contains("no room"), qPrintable(probe.reason));
+    QVERIFY(probe.close());
+#endif
+}
+
+void TestHostileCameras::linesByOpenFiles()
+{
+    QCOMPARE(LineThreads::maxLines(0), 0);
+    QCOMPARE(LineThreads::maxLines(1024), 96);
+    QCOMPARE(LineThreads::maxLines(std::numeric_limits<int>::max()), 200);
+}
+
+QTEST_GUILESS_MAIN(TestHostileCameras)
+#include "tst_hostilecameras.moc"
