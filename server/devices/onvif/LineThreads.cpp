@@ -48,6 +48,9 @@ bool LineThreads::hasRoom()
 
 bool LineThreads::start(const std::shared_ptr<OnvifLine>& line)
 {
+    if (!hasRoom()) { // others may have started since it was asked
+        return false;
+    }
     try {
         m_running.push_back({line, std::thread([line] { line->run(); })});
         return true;

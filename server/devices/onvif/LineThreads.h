@@ -23,7 +23,7 @@ public:
     /** Whether one more line may be started: each has a dozen threads. */
     bool hasRoom();
 
-    /** Runs a line to its end; false when the system has no thread for it. */
+    /** Runs a line to its end; false when there is no room, or the system has no thread for it. */
     bool start(const std::shared_ptr<OnvifLine>& line);
 
 private:
