@@ -37,7 +37,7 @@ NUMBER = re.compile(r"(?<![\w.])(\d[\d']*)U?(?:\}? *<< *(\d+)U?)?\b")
 
 # A file, the words that mean something else in it (None: any), and what.
 EXCEPTIONS = {
-    "server/devices/onvif/RtspSession.cpp": (("location",), "a property of GStreamer's source"),
+    "server/devices/onvif/RtspGuard.cpp": (("location",), "a property of GStreamer's source"),
     "tools/check-enumerators.py": (("location",), "a key of the compiler's report"),
     "bench/bench_desk.cpp": (("0", "targets"), "a time, and the name of an item of the window"),
     "cli/commands/CameraOptions.cpp": (("transport", "dscp"), "options"),

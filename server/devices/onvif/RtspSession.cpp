@@ -16,9 +16,9 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-constexpr milliseconds afterDeadline{1000};  // when rtspsrc gives up, too
-constexpr int maxWaitingPackets = 50;        // of the camera's voice; older ones are dropped
-constexpr std::int64_t maxUnheard = 1 << 20; // bytes of answers between packets that are heard
+constexpr milliseconds afterDeadline{1000};      // when rtspsrc gives up, too
+constexpr int maxWaitingPackets = 50;            // of the camera's voice; older ones are dropped
+constexpr std::int64_t maxUnheard = 1024 * 1024; // bytes of answers between packets that are heard
 
 void initGStreamer()
 {
