@@ -36,6 +36,7 @@ private Q_SLOTS:
     void writesToTheLog();
     void hasNoThread();
     void linesByOpenFiles();
+    void manyAtOnce();
 };
 
 void TestHostileCameras::answersForEver_data()
@@ -230,6 +231,36 @@ void TestHostileCameras::linesByOpenFiles()
     QCOMPARE(LineThreads::maxLines(0), 0);
     QCOMPARE(LineThreads::maxLines(1024), 96);
     QCOMPARE(LineThreads::maxLines(std::numeric_limits<int>::max()), 200);
+}
+
+/** All are asked for before the first begins. */
+void TestHostileCameras::manyAtOnce()
+{
+#ifndef __linux__
+    QSKIP("needs a limit of open files");
+#else
+    ScriptedRtsp camera;
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit now = before;
+    now.rlim_cur = 256 + 2 * 8;
+    QCOMPARE(LineThreads::maxLines(static_cast<int>(now.rlim_cur)), 2);
+    OnvifCameras cameras(TalkProbe::withoutPresence(OnvifConfig()));
+    cameras.setRecords({{"1", "Gate", onvifKind(), camera.address(), "", "", CameraSettings()}});
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &now), 0);
+    int opened = 0;
+    int refused = 0;
+    std::vector<std::unique_ptr<DeviceTalk>> talks;
+    for (int i = 0; i < 5; ++i) {
+        talks.push_back(cameras.openTalk("1"));
+        connect(talks.back().get(), &DeviceTalk::opened, this, [&] { ++opened; });
+        connect(talks.back().get(), &DeviceTalk::refused, this, [&] { ++refused; });
+    }
+    const bool done = TalkProbe::waitFor([&] { return opened + refused == 5; });
+    setrlimit(RLIMIT_NOFILE, &before);
+    QVERIFY(done);
+    QCOMPARE(opened, 2);
+#endif
 }
 
 QTEST_GUILESS_MAIN(TestHostileCameras)
