@@ -57,7 +57,8 @@ std::optional<QUrl> deviceService(const QString& typed, QString* error)
 {
     const QString text = typed.trimmed();
     if (text.contains(QLatin1Char('@'))) {
-        *error = QStringLiteral("an address must not contain a user name or a password; they are given apart");
+        *error =
+            QStringLiteral("an address must not contain a user name or a password; they are given apart");
         return std::nullopt;
     }
     *error = QStringLiteral("the address of a camera is a host, host:port, or http://host:port/path");
