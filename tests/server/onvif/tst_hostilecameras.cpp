@@ -25,6 +25,7 @@ class TestHostileCameras : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void hasNoThread(); // first: the stack of a thread that has ended would do for the next
     void answersForEver_data();
     void answersForEver();
     void speaksWhereItHears();
@@ -34,7 +35,6 @@ private Q_SLOTS:
     void inCapitals();
     void loginOfTwoLines();
     void writesToTheLog();
-    void hasNoThread();
     void linesByOpenFiles();
     void manyAtOnce();
 };
