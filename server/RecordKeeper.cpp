@@ -5,8 +5,16 @@
 #include "server/records/CameraStore.h"
 #include "server/schedules/ScheduleStore.h"
 
+#include <QPointer>
+
 #include <future>
 #include <utility>
+
+namespace {
+
+constexpr qint64 maxUploadBytes = 200 << 20; // in memory
+
+} // namespace
 
 /** All stores of one database. */
 struct RecordKeeper::Stores
@@ -174,39 +182,54 @@ void RecordKeeper::registerCameras()
 
 void RecordKeeper::execute(ServerSession& session, const QString& command, const QVariant& payload)
 {
-    const Operation& operation = m_operations[command];
-    if (operation) {
-        run(session.replyLater(), operation, payload);
+    const Answer answer = answerTo(session);
+    if (const Operation& operation = m_operations[command]) {
+        run(answer, operation, payload);
     } else {
-        upload(session.replyLater(), payload);
+        upload(answer, payload);
     }
 }
 
-void RecordKeeper::run(const LateReply& reply, const Operation& operation, const QVariant& payload)
+/** Counts a command until it is answered. */
+RecordKeeper::Answer RecordKeeper::answerTo(ServerSession& session)
 {
-    m_thread.run([this, reply, operation, payload]() -> WorkerThread::Report {
+    ++m_waiting[&session];
+    return [this, asker = QPointer<ServerSession>(&session),
+            reply = session.replyLater()](const ServerReply& answer) {
+        if (asker && --m_waiting[asker.data()] == 0) {
+            m_waiting.remove(asker.data());
+        }
+        reply.send(answer);
+    };
+}
+
+void RecordKeeper::run(const Answer& answer, const Operation& operation, const QVariant& payload)
+{
+    m_thread.run([this, answer, operation, payload]() -> WorkerThread::Report {
         const Outcome outcome = operation(*m_stores, payload);
-        return [reply, outcome] {
+        return [answer, outcome] {
             if (outcome.apply && outcome.reply.returnCode == ReturnCode::success) {
                 outcome.apply();
             }
-            reply.send(outcome.reply);
+            answer(outcome.reply);
         };
     });
 }
 
-void RecordKeeper::upload(const LateReply& reply, const QVariant& payload)
+void RecordKeeper::upload(const Answer& reply, const QVariant& payload)
 {
-    if (m_uploads >= Limits::maxWaitingUploads) {
-        reply.send(refusal(ReturnCode::fileRefused,
-                           QStringLiteral("%1 uploads are being read (maxWaitingUploads); try again")
-                               .arg(Limits::maxWaitingUploads)));
+    const qint64 bytes = payload.toMap().value(Words::content).toByteArray().size();
+    if (m_uploads >= Limits::maxWaitingUploads || m_uploadBytes + bytes > maxUploadBytes) {
+        reply(refusal(ReturnCode::fileRefused,
+                      QStringLiteral("too many uploads are being read (maxWaitingUploads is %1); try again")
+                          .arg(Limits::maxWaitingUploads)));
         return;
     }
     ++m_uploads;
+    m_uploadBytes += bytes;
     const auto end = [this, reply](const ServerReply& answer) {
         --m_uploads;
-        reply.send(answer);
+        reply(answer);
     };
     const auto store = [this, end](const FileStore::Upload& upload, std::optional<int> length) {
         m_thread.run([this, end, upload, length]() -> WorkerThread::Report {
@@ -220,13 +243,17 @@ void RecordKeeper::upload(const LateReply& reply, const QVariant& payload)
             };
         });
     };
-    m_thread.run([this, end, store, payload]() -> WorkerThread::Report {
+    m_thread.run([this, end, store, bytes, payload]() -> WorkerThread::Report {
         ServerReply bad;
         const auto upload = m_stores->files.receive(payload, &bad);
         if (!upload) {
-            return [end, bad] { end(bad); };
+            return [this, end, bad, bytes] {
+                m_uploadBytes -= bytes;
+                end(bad);
+            };
         }
-        return [this, store, upload = *upload] {
+        return [this, store, bytes, upload = *upload] {
+            m_uploadBytes -= bytes;
             m_measuring.run([this, store, upload]() -> WorkerThread::Report {
                 const auto length = m_stores->files.measure(upload);
                 return [store, upload, length] { store(upload, length); };

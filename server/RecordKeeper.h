@@ -38,8 +38,16 @@ public:
     /** Returns the names of the commands that it executes. */
     QStringList commands() const { return m_operations.keys(); }
 
-    /** Executes one of its commands; the reply comes later. */
+    static constexpr int maxOfSession = 200; ///< Commands of one client that wait for their answer.
+
+    /** Returns whether a client may have one more command executed. */
+    bool hasRoom(const ServerSession& session) const { return m_waiting.value(&session) < maxOfSession; }
+
+    /** Executes one of its commands, for which there is room; the reply comes later. */
     void execute(ServerSession& session, const QString& command, const QVariant& payload);
+
+    /** Forgets a session that goes away; what it has asked for is done all the same. */
+    void closeSession(const ServerSession& session) { m_waiting.remove(&session); }
 
     /** Returns devices, groups and files as they are stored. */
     const RecordSnapshot& snapshot() const { return m_snapshot; }
@@ -86,16 +94,22 @@ private:
     void registerDevices();
     void registerSchedules();
     void registerCameras();
-    void run(const LateReply& reply, const Operation& operation, const QVariant& payload);
-    void upload(const LateReply& reply, const QVariant& payload);
+    /** Sends the answer to a command. */
+    using Answer = std::function<void(const ServerReply& reply)>;
+    Answer answerTo(ServerSession& session);
+    void run(const Answer& answer, const Operation& operation, const QVariant& payload);
+    void upload(const Answer& answer, const QVariant& payload);
 
     QString m_error;
     RecordSnapshot m_snapshot;
     QList<CameraRecord> m_cameras;
     QVariantList m_schedules;
     QHash<QString, Operation> m_operations; ///< By command; without an operation for an upload.
-    int m_uploads = 0;                      ///< That are being measured, or wait for it.
-    std::unique_ptr<Stores> m_stores;       ///< Made, used and destroyed on the thread of records.
-    WorkerThread m_thread;                  ///< Of records.
+    QHash<const ServerSession*, int>
+        m_waiting;                    ///< Commands without an answer; only of sessions that are there.
+    int m_uploads = 0;                ///< That are being measured, or wait for it.
+    qint64 m_uploadBytes = 0;         ///< Of uploads that are not on the disk yet.
+    std::unique_ptr<Stores> m_stores; ///< Made, used and destroyed on the thread of records.
+    WorkerThread m_thread;            ///< Of records.
     WorkerThread m_measuring;
 };

@@ -147,7 +147,14 @@ void RecordingServer::registerTalks()
 void RecordingServer::registerRecords()
 {
     for (const QString& command : m_records.commands()) {
-        m_executors[command] = [this, command](ServerSession& session, const QVariant& payload, quint64) {
+        m_executors[command] = [this, command](ServerSession& session, const QVariant& payload,
+                                               quint64) -> std::optional<ServerReply> {
+            if (!m_records.hasRoom(session)) {
+                return refusal(ReturnCode::tooManyRequests,
+                               QStringLiteral("%1 commands wait for their answer; try again")
+                                   .arg(RecordKeeper::maxOfSession),
+                               refusalResult(*CommandTable::find(command), payload));
+            }
             m_records.execute(session, command, payload);
             return std::nullopt;
         };
@@ -341,5 +348,6 @@ void RecordingServer::closeSession(ServerSession& session)
     m_talks.closeSession(session);
     m_inquiries.closeSession(session);
     m_pictures.closeSession(session);
+    m_records.closeSession(session);
     m_videos.closeSession(session);
 }

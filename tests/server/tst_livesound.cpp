@@ -95,6 +95,7 @@ private Q_SLOTS:
     void initTestCase();
     void goesOnBesideALockedDatabase();
     void goesOnBesideUploads();
+    void commandsAreBounded();
     void uploadsAreBounded();
     void isInTime();
 
@@ -179,6 +180,32 @@ void TestLiveSound::goesOnBesideUploads()
     QVERIFY2(stored() < uploads, "the list waited for the uploads");
     QVERIFY(ServerHarness::waitFor([&] { return stored() == uploads; }, 60000));
     QCOMPARE(harness->ask("GetAudioFile").result.toList().size(), uploads + 1);
+}
+
+void TestLiveSound::commandsAreBounded()
+{
+    const auto harness = start("commands");
+    QVERIFY(harness);
+    harness->replies.clear();
+    DatabaseLock lock(m_folder.filePath("commands/records.sqlite"));
+    QVERIFY(lock.isHeld());
+    for (int i = 0; i < RecordKeeper::maxOfSession; ++i) {
+        harness->submit("DeleteFile", 1000);
+    }
+    const ServerReply refused = harness->waitForReply(harness->submit("DeleteFile", 7));
+    QCOMPARE(refused.returnCode, ReturnCode::tooManyRequests);
+    QCOMPARE(refused.result, QVariant(7));
+    ServerSession other(*harness->server);
+    bool answered = false;
+    connect(&other, &ServerSession::replied, this,
+            [&](const QString& /*command*/, quint64 /*request*/, const ServerReply& reply) {
+                answered = reply.returnCode == ReturnCode::success;
+            });
+    other.submit("GetAudioFile", QVariant(), 1);
+    lock.release();
+    QVERIFY(ServerHarness::waitFor([&] { return answered; }));
+    QCOMPARE(harness->replies.size(), std::size_t{RecordKeeper::maxOfSession + 1});
+    QCOMPARE(harness->ask("GetAudioFile").returnCode, ReturnCode::success); // there is room again
 }
 
 void TestLiveSound::uploadsAreBounded()
