@@ -156,15 +156,21 @@ void RtspGuard::end(GstElement* pipeline, std::chrono::milliseconds patience)
 {
     using Owner = std::shared_ptr<RtspGuard>;
     const auto cut = +[](GstClock*, GstClockTime, GstClockID, gpointer data) -> gboolean {
+        const HandOver::Scope scope(data);
         (*static_cast<Owner*>(data))->m_socket.cut();
         return TRUE;
     };
-    const auto drop = +[](gpointer data) { delete static_cast<Owner*>(data); };
+    const auto drop = +[](gpointer data) {
+        HandOver::take(data);
+        delete static_cast<Owner*>(data);
+    };
+    auto* owner = new Owner(shared_from_this());
+    HandOver::give(owner);
     GstClock* clock = gst_system_clock_obtain();
     const GstClockTime time =
         gst_clock_get_time(clock) + static_cast<GstClockTime>(std::chrono::nanoseconds(patience).count());
     GstClockID alarm = gst_clock_new_single_shot_id(clock, time);
-    gst_clock_id_wait_async(alarm, cut, new Owner(shared_from_this()), drop); // on the clock's own thread
+    gst_clock_id_wait_async(alarm, cut, owner, drop); // on the clock's own thread
     gst_element_set_state(pipeline, GST_STATE_NULL);
     gst_clock_id_unschedule(alarm);
     gst_clock_id_unref(alarm);
@@ -178,10 +184,12 @@ void RtspGuard::initElement(GTypeInstance* instance, gpointer /*theClass*/)
         nowMaking->m_isAttached = true;
         element->guard = new std::shared_ptr<RtspGuard>(nowMaking);
     }
+    HandOver::give(element);
 }
 
 void RtspGuard::finalizeElement(GObject* object)
 {
+    HandOver::take(object);
     delete reinterpret_cast<Element*>(object)->guard;
     G_OBJECT_CLASS(g_type_class_peek_parent(G_OBJECT_GET_CLASS(object)))->finalize(object);
 }
@@ -189,6 +197,7 @@ void RtspGuard::finalizeElement(GObject* object)
 /** On the thread of rtspsrc that connects. */
 GstRTSPResult RtspGuard::onRequest(GstRTSPExtension* extension, GstRTSPMessage* /*request*/)
 {
+    HandOver::take(extension);
     const auto* guard = reinterpret_cast<Element*>(extension)->guard;
     if (guard != nullptr) {
         const HandOver::Scope scope(guard->get());
@@ -201,6 +210,7 @@ GstRTSPResult RtspGuard::onRequest(GstRTSPExtension* extension, GstRTSPMessage* 
 GstRTSPResult RtspGuard::onAnswer(GstRTSPExtension* extension, GstRTSPMessage* request,
                                   GstRTSPMessage* answer)
 {
+    HandOver::take(extension);
     const auto* guard = reinterpret_cast<Element*>(extension)->guard;
     if (guard != nullptr) {
         const HandOver::Scope scope(guard->get());
