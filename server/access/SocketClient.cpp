@@ -11,30 +11,20 @@ constexpr int refusalTime = 1000; // ms
 } // namespace
 
 SocketClient::SocketClient(CommandExecutor& server, const SocketConfig& config, LoginChecker& logins,
-                           QWebSocket* socket)
-    : m_server(server), m_config(config), m_logins(logins), m_socket(socket)
+                           SocketDoor& door, quint64 number, QString peer)
+    : m_server(server), m_config(config), m_logins(logins), m_door(door), m_number(number),
+      m_peer(std::move(peer))
 {
-    m_socket->setParent(nullptr);
-    m_socket->setMaxAllowedIncomingMessageSize(Limits::maxLoginBytes);
-    m_socket->setMaxAllowedIncomingFrameSize(Limits::maxLoginBytes);
-    connect(m_socket.get(), &QWebSocket::binaryMessageReceived, this, &SocketClient::receive);
-    connect(m_socket.get(), &QWebSocket::textMessageReceived, this,
-            [this] { drop(QStringLiteral("messages are binary")); });
-    connect(m_socket.get(), &QWebSocket::disconnected, this, &SocketClient::gone);
-    connect(&m_logins, &LoginChecker::checked, this, [this](quint64 number, bool admitted) {
-        if (number == m_loginNumber && !m_dropped) {
+    connect(&m_logins, &LoginChecker::checked, this, [this](quint64 login, bool admitted) {
+        if (login == m_loginNumber && !m_dropped) {
             m_loginNumber = 0;
             answerLogin(admitted);
         }
     });
-    m_loginTimer.setSingleShot(true);
-    connect(&m_loginTimer, &QTimer::timeout, this, [this] { drop(QStringLiteral("no login")); });
-    m_loginTimer.start(m_config.loginTimeout);
 }
 
 SocketClient::~SocketClient()
 {
-    m_socket->disconnect(this);
     m_logins.withdraw(m_loginNumber);
 }
 
@@ -53,12 +43,9 @@ void SocketClient::drop(const QString& reason)
         return;
     }
     m_dropped = true;
-    m_loginTimer.stop();
     m_logins.withdraw(m_loginNumber);
     endSession();
-    m_socket->close(QWebSocketProtocol::CloseCodePolicyViolated, reason);
-    // A peer that does not answer the closing would hold the connection.
-    QTimer::singleShot(m_config.loginTimeout, this, [this] { m_socket->abort(); });
+    m_door.close(m_number, policyViolated, reason);
 }
 
 /**
@@ -67,7 +54,6 @@ void SocketClient::drop(const QString& reason)
  */
 void SocketClient::refuse(const QString& reason)
 {
-    m_loginTimer.stop();
     endSession();
     m_refused = true;
     QTimer::singleShot(refusalTime, this, [this, reason] { drop(reason); });
@@ -78,11 +64,11 @@ void SocketClient::send(const WireMessage& message)
     if (m_dropped) {
         return;
     }
-    m_socket->sendBinaryMessage(message.toBytes());
-    if (m_socket->bytesToWrite() > m_config.maxWaitingBytes) {
+    m_door.send(m_number, message.toBytes());
+    if (m_door.waitingBytes(m_number) > m_config.maxWaitingBytes) {
         m_dropped = true;
         endSession();
-        m_socket->abort();
+        m_door.abort(m_number);
     }
 }
 
@@ -118,9 +104,8 @@ void SocketClient::login(const WireMessage& message)
         drop(QStringLiteral("not logged in"));
         return;
     }
-    m_loginTimer.stop(); // from here on the time is the server's: many logins wait for each other
-    m_name = message.name.isEmpty() ? QStringLiteral("a client at %1").arg(m_socket->peerAddress().toString())
-                                    : message.name;
+    // From here on the time is the server's: many logins wait for each other.
+    m_name = message.name.isEmpty() ? QStringLiteral("a client at %1").arg(m_peer) : message.name;
     m_loginNumber = m_logins.check(message.name, message.secret);
 }
 
@@ -134,9 +119,11 @@ void SocketClient::answerLogin(bool admitted)
         refuse(refused.text);
         return;
     }
-    m_loginTimer.stop();
-    m_socket->setMaxAllowedIncomingMessageSize(m_config.maxMessageBytes);
-    m_socket->setMaxAllowedIncomingFrameSize(m_config.maxMessageBytes);
+    if (!m_hasRoom()) {
+        drop(tooManyClients());
+        return;
+    }
+    m_door.admit(m_number);
     m_session = std::make_unique<ServerSession>(m_server, m_name);
     connect(m_session.get(), &ServerSession::replied, this,
             [this](const QString& command, quint64 request, const ServerReply& reply) {
