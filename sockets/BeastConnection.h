@@ -42,24 +42,34 @@ protected:
     }
 
 private:
-    void startRead() override
+    void startRead() override { readSome(); }
+
+    /** Reads a message by pieces: each is a sign of life. */
+    void readSome()
     {
-        m_stream->async_read(m_buffer, [this, self = shared_from_this()](error_code error, std::size_t) {
-            if (isEnded()) {
-                return;
-            }
-            if (error) {
-                abort(reasonOf(error));
-                return;
-            }
-            const QByteArray message(static_cast<const char*>(m_buffer.cdata().data()),
-                                     static_cast<int>(m_buffer.size()));
-            m_buffer.clear();
-            if (m_buffer.capacity() > SendQueue::maxPiece) {
-                m_buffer.shrink_to_fit(); // or a large message would be kept for ever
-            }
-            messageRead(message, m_stream->got_binary());
-        });
+        m_stream->async_read_some(m_buffer, SendQueue::maxPiece,
+                                  [this, self = shared_from_this()](error_code error, std::size_t) {
+                                      if (isEnded()) {
+                                          return;
+                                      }
+                                      if (error) {
+                                          abort(reasonOf(error));
+                                          return;
+                                      }
+                                      heard();
+                                      m_stream->is_message_done() ? takeMessage() : readSome();
+                                  });
+    }
+
+    void takeMessage()
+    {
+        const QByteArray message(static_cast<const char*>(m_buffer.cdata().data()),
+                                 static_cast<int>(m_buffer.size()));
+        m_buffer.clear();
+        if (m_buffer.capacity() > SendQueue::maxPiece) {
+            m_buffer.shrink_to_fit(); // or a large message would be kept for ever
+        }
+        messageRead(message, m_stream->got_binary());
     }
 
     void startWrite(const SendQueue::Piece& piece) override

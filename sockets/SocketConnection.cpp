@@ -19,7 +19,6 @@ void SocketConnection::opened()
 void SocketConnection::messageRead(const QByteArray& message, bool isBinary)
 {
     m_reading = false;
-    m_lastLife = Clock::now();
     if (!isBinary) {
         close(unsupportedData, QStringLiteral("messages are binary"));
     } else if (!m_closing) { // else only the peer's close frame behind it matters

@@ -73,7 +73,9 @@ protected:
     /** Both sides have shaken hands. */
     void opened();
     /** A ping or pong has come. */
-    virtual void controlHeard() { m_lastLife = Clock::now(); }
+    virtual void controlHeard() { heard(); }
+    /** A part of a message has come. */
+    void heard() { m_lastLife = Clock::now(); }
     void messageRead(const QByteArray& message, bool isBinary);
     void pieceWritten();
     void pingWritten() { m_pinging = false; }
