@@ -48,10 +48,7 @@ void SocketClient::drop(const QString& reason)
     m_door.close(m_number, policyViolated, reason);
 }
 
-/**
- * Closes the connection a second later, if the client has not: on Windows a close may overtake the last
- * message.
- */
+/** Closes the connection a second later, if the client has not, which has the reason in a message. */
 void SocketClient::refuse(const QString& reason)
 {
     endSession();
