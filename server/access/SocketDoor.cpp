@@ -136,16 +136,7 @@ bool SocketDoor::Core::setUpTls(const ServerCertificate& certificate, QString* e
     SSL_CTX* native = m_tls->native_handle();
     SSL_CTX_set_options(native, SSL_OP_NO_TICKET | SSL_OP_CIPHER_SERVER_PREFERENCE);
     SSL_CTX_set_session_cache_mode(native, SSL_SESS_CACHE_OFF);
-    const QByteArray shown = certificate.certificate.toPem();
-    const QByteArray key = certificate.key.toPem();
-    error_code failed;
-    m_tls->use_certificate_chain(net::buffer(shown.constData(), static_cast<std::size_t>(shown.size())),
-                                 failed);
-    if (!failed) {
-        m_tls->use_private_key(net::buffer(key.constData(), static_cast<std::size_t>(key.size())),
-                               ssl::context::pem, failed);
-    }
-    if (failed || SSL_CTX_check_private_key(native) != 1) {
+    if (!certificate.applyTo(native)) {
         *error = QStringLiteral("the certificate and its key do not fit each other");
         return false;
     }
