@@ -9,6 +9,7 @@
 #include <chrono>
 #include <memory>
 
+class DoorThread;
 struct ServerCertificate;
 
 /** Where a door listens, and its limits, which are per client unless they say something else. */
@@ -31,7 +32,7 @@ struct DoorConfig
  * Web sockets (RFC 6455) for the server's thread: the sockets, TLS and the protocol are on a thread of the
  * door's own.
  *
- *   sockets <--> SocketDoor::Core (io_context) <-- two mailboxes --> SocketDoor (its QObject's thread)
+ *   sockets <--> DoorThread (io_context) <-- two mailboxes --> SocketDoor (its QObject's thread)
  *
  * A client is a number: what is ordered for one that has gone is dropped.
  */
@@ -83,12 +84,11 @@ Q_SIGNALS:
     void woken(QPrivateSignal);
 
 private:
-    class Core;
     struct Clients;
 
     void deliver();
     void releaseHandled();
 
     std::unique_ptr<Clients> m_clients;
-    std::unique_ptr<Core> m_core; ///< Null until it listens.
+    std::unique_ptr<DoorThread> m_thread; ///< Null until it listens.
 };
