@@ -7,6 +7,7 @@
 #include <boost/beast/http/read.hpp>
 
 #include "server/access/SocketDoor.h"
+#include "server/access/UnhandledMessages.h"
 
 /**
  * One connection of the door; lives on the door's thread.
@@ -23,7 +24,8 @@ public:
     public:
         virtual ~Listener() = default;
         /** The web socket is open. @param peer its address */
-        virtual void opened(quint64 client, const QString& peer, const WaitingBytes& waiting) = 0;
+        virtual void opened(quint64 client, const QString& peer, const WaitingBytes& waiting,
+                            const std::shared_ptr<UnhandledMessages>& unhandled) = 0;
         /** A message has come. */
         virtual void received(quint64 client, const QByteArray& message) = 0;
         /** The connection has ended; the listener drops it. @param wasOpen whether opened was called */
@@ -38,6 +40,8 @@ public:
         makeStream(std::move(socket), tls);
     }
 
+    using SocketConnection::readOn;
+
     bool isAdmitted() const { return m_admitted; } ///< Whether it has logged in.
     bool hasSpoken() const { return m_spoken; }    ///< Whether a message of it has come.
 
@@ -49,14 +53,6 @@ public:
                                  [this, self = shared_from_this()](error_code error) {
                                      error ? abort(QString()) : readRequest();
                                  });
-    }
-
-    /** The server's thread is done with some messages. */
-    void release(int messages, qint64 bytes)
-    {
-        m_messages -= messages;
-        m_bytes -= bytes;
-        readOn();
     }
 
     /** It has logged in: from its next message on the larger limit holds. */
@@ -112,14 +108,15 @@ private:
                 return;
             }
             const auto peer = socket().remote_endpoint(error);
-            m_listener.opened(m_client, QString::fromStdString(peer.address().to_string()), waiting());
+            m_listener.opened(m_client, QString::fromStdString(peer.address().to_string()), waiting(),
+                              m_unhandled);
             opened();
         });
     }
 
     bool mayRead() const override
     {
-        return m_messages < m_config.maxUnhandled && m_bytes <= m_config.readMark &&
+        return m_unhandled->mayRead(m_config.maxUnhandled, m_config.readMark) &&
                waiting()->load() <= m_config.readMark;
     }
 
@@ -132,8 +129,7 @@ private:
     void received(const QByteArray& message) override
     {
         m_spoken = true;
-        ++m_messages;
-        m_bytes += message.size();
+        m_unhandled->add(message.size());
         m_listener.received(m_client, message);
     }
 
@@ -144,8 +140,7 @@ private:
     const DoorConfig& m_config;
     const quint64 m_client;
     std::optional<http::request_parser<http::empty_body>> m_request;
-    int m_messages = 0; ///< Received, and not done with by the server's thread.
-    qint64 m_bytes = 0; ///< Of these.
+    const std::shared_ptr<UnhandledMessages> m_unhandled = std::make_shared<UnhandledMessages>();
     int m_controls = 0; ///< Pings and pongs since the last tick.
     bool m_admitted = false;
     bool m_spoken = false;

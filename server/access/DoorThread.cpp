@@ -43,13 +43,14 @@ public:
         }
     }
 
-    void opened(quint64 client, const QString& peer, const DoorConnection::WaitingBytes& waiting) override
+    void opened(quint64 client, const QString& peer, const DoorConnection::WaitingBytes& waiting,
+                const std::shared_ptr<UnhandledMessages>& unhandled) override
     {
-        report({Event::Opened, client, QByteArray(), peer, waiting});
+        report({Event::Opened, client, QByteArray(), peer, waiting, unhandled});
     }
     void received(quint64 client, const QByteArray& message) override
     {
-        report({Event::Received, client, message, QString(), nullptr});
+        report({Event::Received, client, message, QString(), nullptr, nullptr});
     }
     void ended(quint64 client, bool wasOpen) override;
 
@@ -240,7 +241,7 @@ void DoorThread::Core::watch()
 void DoorThread::Core::ended(quint64 client, bool wasOpen)
 {
     if (wasOpen) {
-        report({Event::Closed, client, QByteArray(), QString(), nullptr});
+        report({Event::Closed, client, QByteArray(), QString(), nullptr, nullptr});
     }
     m_connections.erase(client); // the handler that runs holds it
     if (m_stopping && m_connections.empty()) {
@@ -266,14 +267,14 @@ void DoorThread::Core::obey(DoorConnection& connection, const Order& order)
     case Order::Send:
         connection.send(order.bytes);
         break;
-    case Order::Release:
-        connection.release(order.number, order.released);
+    case Order::ReadOn:
+        connection.readOn();
         break;
     case Order::Admit:
         connection.admit();
         break;
     case Order::Close:
-        connection.close(static_cast<quint16>(order.number), order.text);
+        connection.close(order.code, order.text);
         break;
     case Order::Abort:
         connection.abort(QString());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "server/access/SocketDoor.h"
+#include "server/access/UnhandledMessages.h"
 
 #include <QByteArray>
 #include <QString>
@@ -30,6 +31,7 @@ public:
         QByteArray bytes;                             ///< Of Received.
         QString text;                                 ///< Of Opened: the address of the peer.
         std::shared_ptr<std::atomic<qint64>> waiting; ///< Of Opened: bytes that have not gone.
+        std::shared_ptr<UnhandledMessages> unhandled; ///< Of Opened.
     };
 
     /** What the door's thread is to do. */
@@ -38,16 +40,15 @@ public:
         enum Kind
         {
             Send,
-            Release,
+            ReadOn, ///< UnhandledMessages has room again.
             Admit,
             Close,
             Abort
         } kind;
         quint64 client;
-        QByteArray bytes;    ///< Of Send.
-        int number = 0;      ///< Messages of Release, code of Close.
-        qint64 released = 0; ///< Bytes of Release.
-        QString text;        ///< Of Close.
+        QByteArray bytes; ///< Of Send.
+        quint16 code = 0; ///< Of Close.
+        QString text;     ///< Of Close.
     };
 
     /** @param wake called on the door's thread when there are events where there were none */

@@ -15,8 +15,14 @@ struct SocketDoor::Clients
         qint64 bytes = 0;
     };
 
-    std::unordered_map<quint64, std::shared_ptr<std::atomic<qint64>>> waiting;
-    std::map<quint64, Handled> handled; ///< Delivered, and not released yet.
+    struct Flow
+    {
+        std::shared_ptr<std::atomic<qint64>> waiting;
+        std::shared_ptr<UnhandledMessages> unhandled;
+    };
+
+    std::unordered_map<quint64, Flow> flows; ///< Of those that are open.
+    std::map<quint64, Handled> handled;      ///< Delivered, and not counted as handled yet.
 };
 
 SocketDoor::SocketDoor() : m_clients(std::make_unique<Clients>())
@@ -49,13 +55,13 @@ void SocketDoor::deliver()
     for (const DoorThread::Event& event : m_thread->takeEvents()) {
         switch (event.kind) {
         case DoorThread::Event::Opened:
-            m_clients->waiting.emplace(event.client, event.waiting);
+            m_clients->flows.emplace(event.client, Clients::Flow{event.waiting, event.unhandled});
             Q_EMIT opened(event.client, event.text);
             break;
         case DoorThread::Event::Received: {
             if (m_clients->handled.empty()) {
                 // Queued behind the answers of what is delivered here, which a session gives by then.
-                QMetaObject::invokeMethod(this, &SocketDoor::releaseHandled, Qt::QueuedConnection);
+                QMetaObject::invokeMethod(this, &SocketDoor::countHandled, Qt::QueuedConnection);
             }
             Clients::Handled& handled = m_clients->handled[event.client];
             ++handled.messages;
@@ -64,47 +70,50 @@ void SocketDoor::deliver()
             break;
         }
         case DoorThread::Event::Closed:
-            m_clients->waiting.erase(event.client);
+            m_clients->flows.erase(event.client);
             Q_EMIT closed(event.client);
             break;
         }
     }
 }
 
-void SocketDoor::releaseHandled()
+void SocketDoor::countHandled()
 {
     for (const auto& [client, handled] : std::exchange(m_clients->handled, {})) {
-        m_thread->order(
-            {DoorThread::Order::Release, client, QByteArray(), handled.messages, handled.bytes, QString()});
+        const auto flow = m_clients->flows.find(client);
+        if (flow != m_clients->flows.end() &&
+            flow->second.unhandled->handled(handled.messages, handled.bytes)) {
+            m_thread->order({DoorThread::Order::ReadOn, client, QByteArray(), 0, QString()});
+        }
     }
 }
 
 void SocketDoor::send(quint64 client, const QByteArray& message)
 {
-    const auto found = m_clients->waiting.find(client);
-    if (found != m_clients->waiting.end()) {
-        *found->second += message.size();
-        m_thread->order({DoorThread::Order::Send, client, message, 0, 0, QString()});
+    const auto found = m_clients->flows.find(client);
+    if (found != m_clients->flows.end()) {
+        *found->second.waiting += message.size();
+        m_thread->order({DoorThread::Order::Send, client, message, 0, QString()});
     }
 }
 
 qint64 SocketDoor::waitingBytes(quint64 client) const
 {
-    const auto found = m_clients->waiting.find(client);
-    return found != m_clients->waiting.end() ? found->second->load() : 0;
+    const auto found = m_clients->flows.find(client);
+    return found != m_clients->flows.end() ? found->second.waiting->load() : 0;
 }
 
 void SocketDoor::admit(quint64 client)
 {
-    m_thread->order({DoorThread::Order::Admit, client, QByteArray(), 0, 0, QString()});
+    m_thread->order({DoorThread::Order::Admit, client, QByteArray(), 0, QString()});
 }
 
 void SocketDoor::close(quint64 client, quint16 code, const QString& reason)
 {
-    m_thread->order({DoorThread::Order::Close, client, QByteArray(), code, 0, reason});
+    m_thread->order({DoorThread::Order::Close, client, QByteArray(), code, reason});
 }
 
 void SocketDoor::abort(quint64 client)
 {
-    m_thread->order({DoorThread::Order::Abort, client, QByteArray(), 0, 0, QString()});
+    m_thread->order({DoorThread::Order::Abort, client, QByteArray(), 0, QString()});
 }

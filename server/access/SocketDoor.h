@@ -87,7 +87,7 @@ private:
     struct Clients;
 
     void deliver();
-    void releaseHandled();
+    void countHandled();
 
     std::unique_ptr<Clients> m_clients;
     std::unique_ptr<DoorThread> m_thread; ///< Null until it listens.

@@ -17,6 +17,8 @@ private Q_SLOTS:
     void whatWaitsIsCounted();
     void whoDoesNotReadIsNotRead_data() { addTls(); }
     void whoDoesNotReadIsNotRead();
+    void whoIsNotHandledIsNotRead_data() { addTls(); }
+    void whoIsNotHandledIsNotRead();
     void silentPeersEnd_data() { addTls(); }
     void silentPeersEnd();
     void slowSenderLives_data() { addTls(); }
@@ -135,6 +137,31 @@ void TestSocketDoor::whoDoesNotReadIsNotRead()
     connect(&visit.peer, &WebSocketPeer::binaryMessageReceived, [&came] { ++came; });
     visit.peer.setReading(true);
     QVERIFY(ServerHarness::waitFor([&] { return came == questions; }));
+}
+
+/** While the server's thread is busy, little is read; afterwards nothing is missing. */
+void TestSocketDoor::whoIsNotHandledIsNotRead()
+{
+    constexpr int messages = 2000;
+    constexpr int size = 20000;
+    Visit visit;
+    QVERIFY(visit.came);
+    for (int i = 0; i < messages; ++i) {
+        visit.peer.sendBinaryMessage(QByteArray(size, 'm'));
+    }
+    auto& socket = dynamic_cast<QSslSocket&>(visit.peer.socket());
+    const auto unsent = [&socket] { return socket.bytesToWrite() + socket.encryptedBytesToWrite(); };
+    QElapsedTimer steady; // since the last byte was taken; this thread handles nothing meanwhile
+    steady.start();
+    for (qint64 before = unsent(); before > 0 && steady.elapsed() < 300;) {
+        socket.flush();
+        if (std::exchange(before, unsent()) != before) {
+            steady.restart();
+        }
+        QTest::qSleep(1);
+    }
+    QVERIFY(unsent() > messages * size / 3);
+    QVERIFY(ServerHarness::waitFor([&] { return visit.received.size() == 1 + messages; }));
 }
 
 void TestSocketDoor::silentPeersEnd()
