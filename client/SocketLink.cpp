@@ -3,18 +3,15 @@
 #include "protocol/Limits.h"
 #include "protocol/WireMessage.h"
 
-#include <QCryptographicHash>
 #include <QRegularExpression>
-#include <QSslCertificate>
-#include <QSslConfiguration>
-#include <QSslSocket>
-#include <QTcpSocket>
 
 namespace {
 
 constexpr int firstRetryDelay = 250; // ms
 constexpr int maxRetryDelay = 5000;
 constexpr quint32 wireMask = 0xFFFFFFFF;
+constexpr quint16 normalClosure = 1000; // RFC 6455, 7.4.1
+constexpr quint16 protocolError = 1002;
 constexpr qint64 maxQueuedBytes =
     qint64{2} * Limits::maxMessageToServerBytes; // an upload, and what follows it
 
@@ -22,48 +19,25 @@ constexpr qint64 maxQueuedBytes =
 
 SocketLink::SocketLink(SocketLinkConfig config) : m_config(std::move(config)), m_retryDelay(firstRetryDelay)
 {
-    m_socket.setMaxAllowedIncomingMessageSize(Limits::maxMessageToClientBytes);
-    m_socket.setMaxAllowedIncomingFrameSize(Limits::maxMessageToClientBytes);
     m_retryTimer.setSingleShot(true);
     connect(&m_retryTimer, &QTimer::timeout, this, &SocketLink::open);
-    connect(&m_socket, &QWebSocket::connected, this, [this] {
-        if (!isExpectedServer()) {
-            m_socket.close(); // before it gets the secret
-            return;
-        }
-        sendAtOnce();
+    connect(&m_line, &SocketLine::connected, this, [this] {
         WireMessage login;
         login.kind = WireMessage::Login;
         login.name = m_config.user;
         login.secret = m_config.secret;
-        m_socket.sendBinaryMessage(login.toBytes());
+        m_line.send(login.toBytes());
     });
-    connect(&m_socket, &QWebSocket::binaryMessageReceived, this, &SocketLink::receive);
-    connect(&m_socket, &QWebSocket::disconnected, this, [this] {
-        end(m_socket.closeReason().isEmpty() ? m_socket.errorString() : m_socket.closeReason());
-    });
-    connect(&m_socket, QOverload<QAbstractSocket::SocketError>::of(&QWebSocket::error), this,
-            [this] { end(m_socket.errorString()); });
-    connect(&m_socket, &QWebSocket::bytesWritten, this, [this] {
-        const qint64 waiting = m_socket.bytesToWrite();
+    connect(&m_line, &SocketLine::received, this, &SocketLink::receive);
+    connect(&m_line, &SocketLine::lost, this, &SocketLink::end);
+    connect(&m_line, &SocketLine::progressed, this, [this] {
+        if (m_queued == 0) {
+            return; // all of it has been reported
+        }
+        const qint64 waiting = m_line.waitingBytes();
         Q_EMIT sending(qMax(m_queued - waiting, qint64{0}), m_queued);
         m_queued = waiting > 0 ? m_queued : 0;
     });
-    connect(&m_socket, &QWebSocket::sslErrors, this, &SocketLink::checkCertificate);
-}
-
-SocketLink::~SocketLink()
-{
-    m_socket.disconnect(this);
-}
-
-/** Else a command waits for the acknowledgement of the one before, which the server may delay for 40 ms. */
-void SocketLink::sendAtOnce()
-{
-    // A web socket hides its connection, but owns it.
-    for (QTcpSocket* connection : m_socket.findChildren<QTcpSocket*>()) {
-        connection->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    }
 }
 
 std::optional<QString> SocketLink::fingerprintDigits(QString text)
@@ -76,43 +50,7 @@ std::optional<QString> SocketLink::fingerprintDigits(QString text)
 
 void SocketLink::open()
 {
-    m_wrongCertificate.clear();
-    m_socket.open(m_config.url);
-}
-
-/** Returns whether no fingerprint is expected, or the server's own certificate has it; whether the system
- * trusts that certificate does not matter. */
-bool SocketLink::isExpectedServer()
-{
-    if (m_config.fingerprint.isEmpty()) {
-        return true;
-    }
-    // A web socket has the configuration that it was given, not the one that was agreed on; its connection
-    // has.
-    const auto* connection = m_socket.findChild<QSslSocket*>();
-    const QSslCertificate certificate =
-        connection != nullptr ? connection->peerCertificate() : QSslCertificate();
-    if (certificate.isNull()) {
-        m_wrongCertificate =
-            QStringLiteral("it shows no certificate, expected was one with the fingerprint %1")
-                .arg(m_config.fingerprint);
-        return false;
-    }
-    const QByteArray digest = certificate.digest(QCryptographicHash::Sha256).toHex();
-    if (digest != m_config.fingerprint.toLatin1().toLower()) {
-        m_wrongCertificate = QStringLiteral("its certificate has the fingerprint %1, expected was %2")
-                                 .arg(QString::fromLatin1(digest), m_config.fingerprint);
-        return false;
-    }
-    return true;
-}
-
-/** Accepts a certificate that the system does not trust if it has the expected fingerprint. */
-void SocketLink::checkCertificate()
-{
-    if (!m_config.fingerprint.isEmpty() && isExpectedServer()) {
-        m_socket.ignoreSslErrors();
-    }
+    m_line.open(m_config.url, m_config.fingerprint);
 }
 
 void SocketLink::goDown()
@@ -126,20 +64,15 @@ void SocketLink::goDown()
 void SocketLink::closeForBreach(const QString& reason)
 {
     goDown();
-    m_socket.close(QWebSocketProtocol::CloseCodeProtocolError, reason);
+    m_line.close(protocolError, reason);
 }
 
 void SocketLink::end(const QString& reason)
 {
     goDown();
     m_queued = 0;
-    if (m_retryTimer.isActive()) {
-        return; // an error and the end of the connection come both
-    }
-    // A refusal says why itself; what the socket says of its end differs between systems. Of a certificate it
-    // names the first of its own doubts, and another one than that for which it is not accepted.
-    const QString& why = m_wrongCertificate.isEmpty() ? reason : m_wrongCertificate;
-    Q_EMIT lost(m_final && !m_refusal.isEmpty() ? m_refusal : why, m_final);
+    // A refusal says why itself; what the line says of its end differs between systems.
+    Q_EMIT lost(m_final && !m_refusal.isEmpty() ? m_refusal : reason, m_final);
     if (!m_final) {
         m_retryTimer.start(m_retryDelay);
         m_retryDelay = qMin(2 * m_retryDelay, maxRetryDelay);
@@ -168,11 +101,12 @@ bool SocketLink::send(const QString& command, const QVariant& payload, quint64 r
     message.payload = payload;
     const QByteArray bytes = message.toBytes();
     if (bytes.size() > Limits::maxMessageToServerBytes ||
-        m_socket.bytesToWrite() + bytes.size() > maxQueuedBytes) {
+        m_line.waitingBytes() + bytes.size() > maxQueuedBytes) {
         return false;
     }
     m_lastRequest = request;
-    m_queued += m_socket.sendBinaryMessage(bytes);
+    m_queued = (m_line.waitingBytes() > 0 ? m_queued : 0) + bytes.size();
+    m_line.send(bytes);
     return true;
 }
 
@@ -202,7 +136,7 @@ void SocketLink::receive(const QByteArray& bytes)
     case WireMessage::Refused:
         m_final = true;
         m_refusal = message->text;
-        m_socket.close();
+        m_line.close(normalClosure);
         break;
     case WireMessage::Reply:
         Q_EMIT replied(message->name, message->payload, requestOf(message->id), message->code, message->text);

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "client/ServerLink.h"
+#include "client/SocketLine.h"
 
 #include <QTimer>
 #include <QUrl>
-#include <QWebSocket>
 
 #include <optional>
 
@@ -29,8 +29,6 @@ class SocketLink : public ServerLink
 public:
     /** Makes a link without a connection; open connects. */
     explicit SocketLink(SocketLinkConfig config);
-    ~SocketLink() override;
-
     /**
      * Converts a fingerprint of a certificate as people write it to the digits of the config.
      *
@@ -52,23 +50,19 @@ Q_SIGNALS:
     void lost(const QString& reason, bool final);
 
 private:
-    void sendAtOnce();
     quint64 requestOf(quint32 id) const;
     void receive(const QByteArray& bytes);
-    bool isExpectedServer();
-    void checkCertificate();
     void closeForBreach(const QString& reason);
     void goDown();
     void end(const QString& reason);
 
     SocketLinkConfig m_config;
-    QWebSocket m_socket;
+    SocketLine m_line;
     QTimer m_retryTimer;
-    int m_retryDelay;           ///< ms
-    bool m_ready = false;       ///< Logged in.
-    bool m_final = false;       ///< Not to be tried again.
-    QString m_wrongCertificate; ///< How the certificate differs from the expected one; empty if it does not.
-    QString m_refusal;          ///< Why, in the words of the server.
-    quint64 m_lastRequest = 0;  ///< The number of the last command that was sent.
-    qint64 m_queued = 0;        ///< Bytes given to the socket since it had nothing to send.
+    int m_retryDelay;          ///< ms
+    bool m_ready = false;      ///< Logged in.
+    bool m_final = false;      ///< Not to be tried again.
+    QString m_refusal;         ///< Why, in the words of the server.
+    quint64 m_lastRequest = 0; ///< The number of the last command that was sent.
+    qint64 m_queued = 0;       ///< Bytes given to the line since it had nothing to send.
 };

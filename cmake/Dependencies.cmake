@@ -1,13 +1,13 @@
 # Libraries that are installed and called.
 
 find_package(Qt5 5.15 REQUIRED COMPONENTS
-    Core Gui Multimedia Network Sql WebSockets)
+    Core Gui Multimedia Network Sql)
 if(VOICEDESK_WINDOW)
     find_package(Qt5 5.15 REQUIRED COMPONENTS LinguistTools Quick QuickControls2 Widgets)
 endif()
 find_package(OpenSSL 3.0 REQUIRED)
 find_package(Threads REQUIRED)
-find_package(Boost 1.71 REQUIRED COMPONENTS thread)
+find_package(Boost 1.74 REQUIRED COMPONENTS thread)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(AVCODEC REQUIRED IMPORTED_TARGET libavcodec libavutil)
 pkg_check_modules(SWRESAMPLE REQUIRED IMPORTED_TARGET libswresample libavutil)

@@ -4,7 +4,7 @@
 cmake_policy(VERSION 3.25)
 
 set(windows_own "^(api-ms-.*|advapi32|authz|bcrypt|crypt32|d2d1|d3d9|d3d11|dnsapi|dwmapi|dwrite|dxgi|dxva2|evr|gdi32|imm32|iphlpapi|\
-kernel32|mf|mfplat|mpr|msvcrt|ncrypt|netapi32|ole32|oleaut32|propsys|secur32|setupapi|shell32|shlwapi|user32|userenv|\
+kernel32|mf|mfplat|mpr|mswsock|msvcrt|ncrypt|netapi32|ole32|oleaut32|propsys|secur32|setupapi|shell32|shlwapi|user32|userenv|\
 uxtheme|version|winmm|winspool|ws2_32|wtsapi32)$")
 set(seen)
 while(FILES)

@@ -6,14 +6,11 @@
 #include "client/PluginHost.h"
 #include "client/SocketLink.h"
 #include "protocol/WireMessage.h"
+#include "tests/support/WebSocketPeer.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QWebSocket>
-#include <QWebSocketServer>
 
 #include <cstdio>
 #include <cstdlib>
@@ -71,22 +68,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static char name[] = "fuzz";
     static char* argv[] = {name, nullptr};
     static QCoreApplication application(argc, argv);
-    static QTcpServer listener;
-    static QWebSocketServer server(QStringLiteral("fuzz"), QWebSocketServer::NonSecureMode);
-    if (!listener.isListening()) {
+    static const bool quiet = [] {
         QCoreApplication::setLibraryPaths({}); // no sound
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-        QObject::connect(&listener, &QTcpServer::newConnection, &listener, [] {
-            QTcpSocket* socket = listener.nextPendingConnection();
-            socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-            server.handleConnection(socket);
-        });
-        if (!listener.listen(QHostAddress::LocalHost)) {
-            fail("no server");
-        }
+        return true;
+    }();
+    static WebSocketListener server;
+    if (!quiet || !server.isListening()) {
+        fail("no server");
     }
     SocketLinkConfig config;
-    config.url = QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(listener.serverPort()));
+    config.url = server.url();
     SocketLink link(config);
     PluginHost host(link);
     bool up = false;
@@ -103,8 +95,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!host.load(QStringLiteral(PLUGIN_PATH))) {
         fail(qPrintable(host.errorString()));
     }
-    waitFor("no connection", [] { return server.hasPendingConnections(); });
-    const std::unique_ptr<QWebSocket> peer(server.nextPendingConnection());
+    std::unique_ptr<WebSocketPeer> peer;
+    waitFor("no connection", [&peer] {
+        peer.reset(server.nextPeer());
+        return peer != nullptr;
+    });
     peer->sendBinaryMessage(bytesOf(WireMessage::Welcome, QString()));
     std::size_t at = 0;
     for (int messages = 0; messages < maxMessages && at + 2 <= size; ++messages) {

@@ -49,6 +49,7 @@ inline constexpr int maxNesting = 16; ///< Lists and maps inside each other.
 inline constexpr int maxLoginBytes = 16384;   ///< Bytes of a message before the login; enough for a password.
 inline constexpr int maxPasswordBytes = 1024; ///< Bytes of a password or token of a login in UTF-8.
 inline constexpr int maxLoginTime = 10000;    ///< Milliseconds from the connection to the login.
+inline constexpr int maxIdleTime = 45000;     ///< Milliseconds without a sign of life of the other side.
 inline constexpr int maxClients = 256;        ///< Clients that are served at once.
 inline constexpr int maxWaitingBytes = 32
                                        << 20; ///< Bytes that wait for a client; a slower one is disconnected.

@@ -1,8 +1,6 @@
 #include "system/SocketOptions.h"
 
-#ifdef _WIN32
-#include <winsock2.h>
-#else
+#ifndef _WIN32
 #include <dirent.h>
 #include <netdb.h>
 #include <netinet/in.h>
@@ -58,17 +56,6 @@ bool isConnectionTo(int socket, const addrinfo* peers)
 
 } // namespace
 #endif
-
-bool SocketOptions::setNoDelay(qintptr socket)
-{
-    const int on = 1;
-#ifdef _WIN32
-    return setsockopt(static_cast<SOCKET>(socket), IPPROTO_TCP, TCP_NODELAY,
-                      reinterpret_cast<const char*>(&on), sizeof(on)) == 0;
-#else
-    return setsockopt(static_cast<int>(socket), IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on)) == 0;
-#endif
-}
 
 int SocketOptions::adjustConnections(const QString& host, int port, bool noDelay, int trafficClass)
 {

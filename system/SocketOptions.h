@@ -6,14 +6,6 @@
 namespace SocketOptions {
 
 /**
- * Sends written bytes at once (TCP_NODELAY), without waiting for the acknowledgement of earlier ones. Sockets
- * that a listening socket accepts inherit the option.
- *
- * @return false when the system refuses
- */
-bool setNoDelay(qintptr socket);
-
-/**
  * Sets options of all TCP connections that this process has with a peer; for libraries that keep their
  * sockets to themselves. Looks the name up, and so may block. Does nothing on Windows.
  *

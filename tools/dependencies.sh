@@ -11,7 +11,7 @@ runtime_packages=(
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qtbase5-dev qtmultimedia5-dev libqt5websockets5-dev qtdeclarative5-dev qtquickcontrols2-5-dev
+    qtbase5-dev qtmultimedia5-dev qtdeclarative5-dev qtquickcontrols2-5-dev
     qttools5-dev qttools5-dev-tools
     libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
     libsndfile1-dev libboost-dev libboost-thread-dev libopencore-amrnb-dev libsodium-dev libssl-dev

@@ -10,6 +10,7 @@
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
+#include <openssl/ssl.h>
 #include <openssl/x509.h>
 
 #include <memory>
@@ -125,6 +126,18 @@ std::optional<ServerCertificate> ServerCertificate::loadOrCreate(const QString& 
     }
     made.certificate = certificates.first();
     return made;
+}
+
+bool ServerCertificate::applyTo(SSL_CTX* tls) const
+{
+    const QByteArray certificatePem = certificate.toPem();
+    const QByteArray keyPem = key.toPem();
+    const Memory certificateText(BIO_new_mem_buf(certificatePem.constData(), certificatePem.size()));
+    const Memory keyText(BIO_new_mem_buf(keyPem.constData(), keyPem.size()));
+    const Certificate shown(PEM_read_bio_X509(certificateText.get(), nullptr, noPassword, nullptr));
+    const Key own(PEM_read_bio_PrivateKey(keyText.get(), nullptr, noPassword, nullptr));
+    return shown && own && SSL_CTX_use_certificate(tls, shown.get()) == 1 &&
+           SSL_CTX_use_PrivateKey(tls, own.get()) == 1 && SSL_CTX_check_private_key(tls) == 1;
 }
 
 QString ServerCertificate::fingerprint(const QSslCertificate& certificate)

@@ -4,6 +4,8 @@
 #include <QSslKey>
 #include <QString>
 
+#include <openssl/types.h>
+
 #include <optional>
 
 /** The server's own certificate, signed by itself (X.509), and its key. */
@@ -20,6 +22,9 @@ struct ServerCertificate
      * @return empty on failure
      */
     static std::optional<ServerCertificate> loadOrCreate(const QString& folder, QString* error);
+
+    /** Shows it in connections of @p tls. @return false when certificate and key do not fit each other */
+    bool applyTo(SSL_CTX* tls) const;
 
     /** Returns the SHA-256 of a certificate, in lower-case hexadecimal, by which a client recognises it. */
     static QString fingerprint(const QSslCertificate& certificate);

@@ -4,44 +4,27 @@
 #include "protocol/PrintableName.h"
 #include "server/core/ServerSession.h"
 
-#include <QRandomGenerator>
-
-#include <algorithm>
-
 namespace {
 
-constexpr int refusalTime = 1000;        // ms
-constexpr qint64 receiptStep = 32 << 10; // bytes from one question for a receipt to the next
+constexpr int refusalTime = 1000; // ms
 
 } // namespace
 
 SocketClient::SocketClient(CommandExecutor& server, const SocketConfig& config, LoginChecker& logins,
-                           QWebSocket* socket)
-    : m_server(server), m_config(config), m_logins(logins), m_socket(socket)
+                           SocketDoor& door, quint64 number, QString peer)
+    : m_server(server), m_config(config), m_logins(logins), m_door(door), m_number(number),
+      m_peer(std::move(peer))
 {
-    m_socket->setParent(nullptr);
-    m_socket->setMaxAllowedIncomingMessageSize(Limits::maxLoginBytes);
-    m_socket->setMaxAllowedIncomingFrameSize(Limits::maxLoginBytes);
-    connect(m_socket.get(), &QWebSocket::binaryMessageReceived, this, &SocketClient::receive);
-    connect(m_socket.get(), &QWebSocket::textMessageReceived, this,
-            [this] { drop(QStringLiteral("messages are binary")); });
-    connect(m_socket.get(), &QWebSocket::pong, this,
-            [this](quint64, const QByteArray& mark) { takeReceipt(mark); });
-    connect(m_socket.get(), &QWebSocket::disconnected, this, &SocketClient::gone);
-    connect(&m_logins, &LoginChecker::checked, this, [this](quint64 number, bool admitted) {
-        if (number == m_loginNumber && !m_dropped) {
+    connect(&m_logins, &LoginChecker::checked, this, [this](quint64 login, bool admitted) {
+        if (login == m_loginNumber && !m_dropped) {
             m_loginNumber = 0;
             answerLogin(admitted);
         }
     });
-    m_loginTimer.setSingleShot(true);
-    connect(&m_loginTimer, &QTimer::timeout, this, [this] { drop(QStringLiteral("no login")); });
-    m_loginTimer.start(m_config.loginTimeout);
 }
 
 SocketClient::~SocketClient()
 {
-    m_socket->disconnect(this);
     m_logins.withdraw(m_loginNumber);
 }
 
@@ -61,46 +44,17 @@ void SocketClient::drop(const QString& reason)
         return;
     }
     m_dropped = true;
-    m_loginTimer.stop();
     m_logins.withdraw(m_loginNumber);
     endSession();
-    m_socket->close(QWebSocketProtocol::CloseCodePolicyViolated, reason);
-    // A peer that does not answer the closing would hold the connection.
-    QTimer::singleShot(m_config.loginTimeout, this, [this] { m_socket->abort(); });
+    m_door.close(m_number, policyViolated, reason);
 }
 
-/**
- * Closes the connection a second later, if the client has not: on Windows a close may overtake the last
- * message.
- */
+/** Closes the connection a second later, if the client has not, which has the reason in a message. */
 void SocketClient::refuse(const QString& reason)
 {
-    m_loginTimer.stop();
     endSession();
     m_refused = true;
     QTimer::singleShot(refusalTime, this, [this, reason] { drop(reason); });
-}
-
-/**
- * Asks the client, with a ping that it must answer (RFC 6455, clause 5.5.2), whether it has what was sent.
- * The socket knows less: with TLS, what is encrypted counts as written, and the system keeps some megabytes.
- * The answer is a number that only a client that reads can know.
- */
-void SocketClient::askForReceipt()
-{
-    const QByteArray mark = QByteArray::number(QRandomGenerator::system()->generate64());
-    m_receipts.push_back({mark, m_sent});
-    m_socket->ping(mark);
-}
-
-void SocketClient::takeReceipt(const QByteArray& mark)
-{
-    const auto receipt = std::find_if(m_receipts.begin(), m_receipts.end(),
-                                      [&](const Receipt& each) { return each.mark == mark; });
-    if (receipt != m_receipts.end()) {
-        m_received = receipt->sent;
-        m_receipts.erase(m_receipts.begin(), receipt + 1);
-    }
 }
 
 void SocketClient::send(const WireMessage& message)
@@ -108,16 +62,11 @@ void SocketClient::send(const WireMessage& message)
     if (m_dropped) {
         return;
     }
-    const QByteArray bytes = message.toBytes();
-    m_socket->sendBinaryMessage(bytes);
-    m_sent += bytes.size();
-    if (m_sent - (m_receipts.empty() ? m_received : m_receipts.back().sent) >= receiptStep) {
-        askForReceipt();
-    }
-    if (waitingBytes() > m_config.maxWaitingBytes) {
+    m_door.send(m_number, message.toBytes());
+    if (m_door.waitingBytes(m_number) > m_config.maxWaitingBytes) {
         m_dropped = true;
         endSession();
-        m_socket->abort();
+        m_door.abort(m_number);
     }
 }
 
@@ -153,9 +102,8 @@ void SocketClient::login(const WireMessage& message)
         drop(QStringLiteral("not logged in"));
         return;
     }
-    m_loginTimer.stop(); // from here on the time is the server's: many logins wait for each other
-    m_name = message.name.isEmpty() ? QStringLiteral("a client at %1").arg(m_socket->peerAddress().toString())
-                                    : message.name;
+    // From here on the time is the server's: many logins wait for each other.
+    m_name = message.name.isEmpty() ? QStringLiteral("a client at %1").arg(m_peer) : message.name;
     m_loginNumber = m_logins.check(message.name, message.secret);
 }
 
@@ -169,11 +117,13 @@ void SocketClient::answerLogin(bool admitted)
         refuse(refused.text);
         return;
     }
-    m_loginTimer.stop();
-    m_socket->setMaxAllowedIncomingMessageSize(m_config.maxMessageBytes);
-    m_socket->setMaxAllowedIncomingFrameSize(m_config.maxMessageBytes);
+    if (!m_hasRoom()) {
+        drop(tooManyClients());
+        return;
+    }
+    m_door.admit(m_number);
     m_session = std::make_unique<ServerSession>(m_server, m_name);
-    m_session->setWaiting([this] { return waitingBytes(); });
+    m_session->setWaiting([this] { return m_door.waitingBytes(m_number); });
     connect(m_session.get(), &ServerSession::replied, this,
             [this](const QString& command, quint64 request, const ServerReply& reply) {
                 WireMessage answer;

@@ -3,11 +3,10 @@
 #include "protocol/WireMessage.h"
 #include "server/access/SocketServer.h"
 
-#include <QWebSocket>
+#include <QTimer>
 
-#include <deque>
+#include <functional>
 #include <memory>
-#include <optional>
 
 class ServerSession;
 
@@ -17,23 +16,34 @@ class SocketClient : public QObject
     Q_OBJECT
 
 public:
-    /** @param socket owned from now on */
-    SocketClient(CommandExecutor& server, const SocketConfig& config, LoginChecker& logins,
-                 QWebSocket* socket);
+    /** Close code of a client that breaks a rule (RFC 6455, 7.4.1). */
+    static constexpr quint16 policyViolated = 1008;
+
+    /**
+     * @param door   of the connection; it, @p server, @p config and @p logins outlive the object
+     * @param number at the door
+     * @param peer   its address
+     */
+    SocketClient(CommandExecutor& server, const SocketConfig& config, LoginChecker& logins, SocketDoor& door,
+                 quint64 number, QString peer);
     ~SocketClient() override;
 
-Q_SIGNALS:
-    /** Emitted when the connection has ended; the receiver deletes the object, later. */
-    void gone();
+    /** Sets what says whether one more may log in, asked when the login was right. */
+    void onLogin(std::function<bool()> hasRoom) { m_hasRoom = std::move(hasRoom); }
+
+    /** Takes a message of the client. */
+    void receive(const QByteArray& bytes);
+
+    /** Returns whether it has logged in and is not on its way out. */
+    bool isServed() const { return m_session != nullptr; }
+
+    /** Returns the reason for which one more is refused. */
+    static QString tooManyClients() { return QStringLiteral("too many clients"); }
 
 private:
-    void receive(const QByteArray& bytes);
     void login(const WireMessage& message);
     void answerLogin(bool admitted);
     void endSession();
-    qint64 waitingBytes() const { return m_sent - m_received; }
-    void askForReceipt();
-    void takeReceipt(const QByteArray& mark);
     void send(const WireMessage& message);
     void drop(const QString& reason);
     void refuse(const QString& reason);
@@ -41,19 +51,13 @@ private:
     CommandExecutor& m_server;
     const SocketConfig& m_config;
     LoginChecker& m_logins;
-    std::unique_ptr<QWebSocket> m_socket;
+    SocketDoor& m_door;
+    const quint64 m_number;
+    const QString m_peer;
+    std::function<bool()> m_hasRoom;
     std::unique_ptr<ServerSession> m_session; ///< Null until the login.
-    QTimer m_loginTimer;
-    QString m_name;            ///< Who logs in, for people.
-    quint64 m_loginNumber = 0; ///< Of the login that is being checked; 0 for none.
-    struct Receipt
-    {
-        QByteArray mark;
-        qint64 sent; ///< Bytes, up to the question.
-    };
-    std::deque<Receipt> m_receipts; ///< That the client was asked for.
-    qint64 m_sent = 0;              ///< Bytes of messages.
-    qint64 m_received = 0;          ///< Of them, those that the client is known to have.
+    QString m_name;                           ///< Who logs in, for people.
+    quint64 m_loginNumber = 0;                ///< Of the login that is being checked; 0 for none.
     bool m_dropped = false;
     bool m_refused = false; ///< Not dropped yet, but its messages are ignored.
 };

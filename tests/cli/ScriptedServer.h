@@ -2,9 +2,7 @@
 
 #include "protocol/ReturnCode.h"
 #include "protocol/WireMessage.h"
-
-#include <QWebSocket>
-#include <QWebSocketServer>
+#include "tests/support/WebSocketPeer.h"
 
 #include <functional>
 
@@ -17,11 +15,10 @@ public:
 
     explicit ScriptedServer(Script script) : m_script(std::move(script))
     {
-        listening = m_server.listen(QHostAddress::LocalHost);
-        connect(&m_server, &QWebSocketServer::newConnection, this, [this] {
-            QWebSocket* client = m_server.nextPendingConnection();
-            client->setParent(this);
-            connect(client, &QWebSocket::binaryMessageReceived, client,
+        listening = m_server.isListening();
+        connect(&m_server, &WebSocketListener::peerCame, this, [this] {
+            WebSocketPeer* client = m_server.nextPeer();
+            connect(client, &WebSocketPeer::binaryMessageReceived, client,
                     [this, client](const QByteArray& bytes) { answer(client, bytes); });
         });
     }
@@ -38,12 +35,12 @@ public:
         return reply;
     }
 
-    QString url() const { return m_server.serverUrl().toString(); }
+    QString url() const { return m_server.url().toString(); }
 
     bool listening = false;
 
 private:
-    void answer(QWebSocket* client, const QByteArray& bytes)
+    void answer(WebSocketPeer* client, const QByteArray& bytes)
     {
         const auto asked = WireMessage::fromBytes(bytes);
         if (asked && asked->kind == WireMessage::Login) {
@@ -58,5 +55,5 @@ private:
     }
 
     Script m_script;
-    QWebSocketServer m_server{QStringLiteral("scripted"), QWebSocketServer::NonSecureMode};
+    WebSocketListener m_server;
 };

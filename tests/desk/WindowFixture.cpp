@@ -5,8 +5,10 @@
 
 #include <QDir>
 #include <QDropEvent>
+#include <QElapsedTimer>
 #include <QMimeData>
 #include <QQmlExpression>
+#include <QSignalSpy>
 
 namespace {
 
@@ -185,6 +187,39 @@ void WindowFixture::page(const QString& name)
     key(static_cast<Qt::Key>(Qt::Key_1 + index), Qt::ControlModifier);
     QTRY_COMPARE(window()->property("page").toInt(), index);
     QTest::qWait(30);
+}
+
+/** Lets the window lay out and draw what has changed. */
+bool WindowFixture::nextFrame()
+{
+    QSignalSpy frames(window(), &QQuickWindow::frameSwapped);
+    window()->update();
+    return QTest::qWaitFor([&] { return !frames.isEmpty(); }, patience);
+}
+
+WindowFixture::Places WindowFixture::places()
+{
+    Places places;
+    visit([&places](QQuickItem* item) {
+        places.insert(item, item->mapRectToScene(QRectF(0, 0, item->width(), item->height())));
+    });
+    return places;
+}
+
+bool WindowFixture::settled()
+{
+    QElapsedTimer clock;
+    clock.start();
+    Places before;
+    Places now;
+    do {
+        before = std::move(now);
+        if (!nextFrame()) {
+            return false;
+        }
+        now = places();
+    } while (now != before && clock.elapsed() < patience);
+    return now == before;
 }
 
 QQuickItem* WindowFixture::openPage()

@@ -6,6 +6,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QMap>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTemporaryDir>
@@ -54,6 +55,13 @@ public:
     QStringList pages();
     /** Opens a page by its key. */
     void page(const QString& name);
+    /**
+     * Waits a while until everything is laid out: two frames in a row have every visible item in the same
+     * place.
+     *
+     * @return whether that came
+     */
+    bool settled();
     /** The page that is open. */
     QQuickItem* openPage();
     void drop(QQuickItem* on, const QList<QUrl>& files);
@@ -62,6 +70,10 @@ public:
     void shoot(const QString& name);
 
 private:
+    using Places = QMap<QQuickItem*, QRectF>;
+
+    bool nextFrame();
+    Places places();
     QQuickItem* search(QQuickItem* item, const std::function<bool(QQuickItem*)>& matches) const;
     QQuickItem* find(const std::function<bool(QQuickItem*)>& matches);
 

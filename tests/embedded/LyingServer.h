@@ -2,21 +2,18 @@
 
 #include "client/SocketLink.h"
 #include "protocol/WireMessage.h"
-
-#include <QWebSocketServer>
+#include "tests/support/WebSocketPeer.h"
 
 /** A server that lets everybody in unless it is told not to, keeps what it is asked, and answers what it is
  * told to. */
 class LyingServer : public QObject
 {
 public:
-    LyingServer() : m_server(QStringLiteral("lying"), QWebSocketServer::NonSecureMode)
+    LyingServer()
     {
-        listening = m_server.listen(QHostAddress::LocalHost);
-        connect(&m_server, &QWebSocketServer::newConnection, this, [this] {
-            client = m_server.nextPendingConnection();
-            client->setParent(this);
-            connect(client, &QWebSocket::binaryMessageReceived, this, [this](const QByteArray& bytes) {
+        connect(&m_server, &WebSocketListener::peerCame, this, [this] {
+            client = m_server.nextPeer();
+            connect(client, &WebSocketPeer::binaryMessageReceived, this, [this](const QByteArray& bytes) {
                 const WireMessage message = WireMessage::fromBytes(bytes).value_or(WireMessage());
                 if (message.kind == WireMessage::Login && !welcomes) {
                     client->sendBinaryMessage(inPlaceOfAWelcome);
@@ -55,17 +52,16 @@ public:
     SocketLinkConfig config() const
     {
         SocketLinkConfig made;
-        made.url = m_server.serverUrl();
+        made.url = m_server.url();
         made.user = QStringLiteral("anna");
         return made;
     }
 
-    bool listening = false;
     bool welcomes = true;
     QByteArray inPlaceOfAWelcome; ///< Sent after a login if it does not welcome.
-    QWebSocket* client = nullptr;
+    WebSocketPeer* client = nullptr;
     QList<WireMessage> commands;
 
 private:
-    QWebSocketServer m_server;
+    WebSocketListener m_server;
 };

@@ -3,32 +3,28 @@
 #include "protocol/WireMessage.h"
 #include "server/access/SocketServer.h"
 #include "tests/server/ServerHarness.h"
-
-#include <QWebSocket>
+#include "tests/support/WebSocketPeer.h"
 
 /** A client that may say anything. */
 struct RawClient
 {
     explicit RawClient(const SocketServer& server)
     {
-        QObject::connect(&socket, &QWebSocket::binaryMessageReceived,
+        QObject::connect(&socket, &WebSocketPeer::binaryMessageReceived,
                          [this](const QByteArray& bytes) { received.append(bytes); });
         QUrl url = server.url();
         url.setHost("127.0.0.1");
         socket.open(url);
-        ServerHarness::waitFor([this] {
-            return socket.state() == QAbstractSocket::ConnectedState ||
-                   socket.state() == QAbstractSocket::UnconnectedState;
-        });
-        connected = socket.state() == QAbstractSocket::ConnectedState;
+        ServerHarness::waitFor([this] { return socket.isOpen() || socket.isClosed(); });
+        connected = socket.isOpen();
     }
 
     bool closed()
     {
-        return ServerHarness::waitFor([this] { return socket.state() == QAbstractSocket::UnconnectedState; });
+        return ServerHarness::waitFor([this] { return socket.isClosed(); });
     }
 
-    QWebSocket socket;
+    WebSocketPeer socket;
     QList<QByteArray> received;
     bool connected = false;
 };

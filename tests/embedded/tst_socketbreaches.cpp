@@ -152,7 +152,7 @@ void TestSocketBreaches::refusedClientReadsNoFurther()
     const QSignalSpy connected(&link, &ServerLink::connected);
     link.open();
     QTRY_VERIFY(server.client != nullptr);
-    connect(server.client, &QWebSocket::binaryMessageReceived, &server,
+    connect(server.client, &WebSocketPeer::binaryMessageReceived, &server,
             [&server] { server.client->sendBinaryMessage(message(WireMessage::Welcome)); });
     QTRY_VERIFY(!lost.isEmpty());
     QCOMPARE(lost[0], (QVariantList{"no", true}));

@@ -349,11 +349,23 @@ void TestSocketServer::tooManyClients()
     few.maxClients = 2;
     const OpenedServer server(few);
     QVERIFY(server.listens);
-    RawClient first(server.sockets);
-    RawClient second(server.sockets);
+    RawClient late(server.sockets); // whose login comes when all places are taken
+    QVERIFY(late.connected);
+    OpenedLink first(to(server.sockets));
+    QVERIFY(first.isUp());
+    OpenedLink second(to(server.sockets));
+    QVERIFY(second.isUp());
     RawClient third(server.sockets);
-    QVERIFY(third.closed());
-    QCOMPARE(server.sockets.clients(), 2);
+    late.socket.sendBinaryMessage(loginOf("anna", "right"));
+    for (RawClient* refused : {&third, &late}) {
+        QVERIFY(refused->closed());
+        QCOMPARE(refused->socket.closeCode(), 1008);
+        QCOMPARE(refused->socket.closeReason(), QString("too many clients"));
+        QVERIFY(refused->received.isEmpty());
+    }
+    QTRY_COMPARE(server.sockets.clients(), 2);
+    QVERIFY(first.send("GetAudioFile", QVariant(), 1));
+    QVERIFY(waitFor([&] { return first.replied.size() == 1; }));
 }
 
 void TestSocketServer::twoHundredClients()

@@ -195,6 +195,7 @@ void TestProtocolDocument::limits()
         LIMIT(maxLoginBytes),
         LIMIT(maxPasswordBytes),
         LIMIT(maxLoginTime),
+        LIMIT(maxIdleTime),
         LIMIT(maxClients),
         LIMIT(maxWaitingBytes),
         LIMIT(maxMessageToServerBytes),

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Makes what a Windows build on Debian needs, from Debian's packages and source packages: Qt, the codec and sound
-# libraries, TLS and passwords, Boost.Thread, and a Wine to run the result. Each finished step leaves a mark and is
+# libraries, TLS and passwords, Boost, and a Wine to run the result. Each finished step leaves a mark and is
 # not done again; a broken one goes on where it can.
 set -euo pipefail
 
@@ -11,7 +11,7 @@ usage: tools/windows/toolchain.sh FOLDER [STEP...]
 Makes the Windows tool chain in FOLDER: about half an hour on two cores, 5 GB while it is made and 1.5 GB afterwards.
 Steps, in order; all of them without a name:
 
-  packages sources sqlite openssl qtbase qtmultimedia qtwebsockets lame ffmpeg boost amr sndfile sodium runtime wine
+  packages sources sqlite openssl qtbase qtmultimedia lame ffmpeg boost amr sndfile sodium runtime wine
 
 Remove FOLDER/done/STEP to do one again. JOBS=n sets how many compilers run at once, KEEP=1 keeps the sources.
 TEXT
@@ -76,7 +76,7 @@ step_sources() {
     ((EUID != 0)) || options+=(-o APT::Sandbox::User=root)
     quietly sources-update apt-get "${options[@]}" update
     cd "$root/src"
-    for package in qtbase-opensource-src qtmultimedia-opensource-src qtwebsockets-opensource-src ffmpeg boost1.74 \
+    for package in qtbase-opensource-src qtmultimedia-opensource-src ffmpeg boost1.74 \
         sqlite3 lame opencore-amr libsndfile libsodium openssl; do
         [[ -e $package.whole ]] && continue
         rm -rf "${package:?}"-*/ # a half-unpacked one must not be taken for a whole one
@@ -139,7 +139,6 @@ qt_module() {
 }
 
 step_qtmultimedia() { qt_module qtmultimedia-opensource-src; }
-step_qtwebsockets() { qt_module qtwebsockets-opensource-src; }
 
 step_lame() { autotools_library lame --disable-shared --enable-static --disable-frontend --disable-decoder; }
 
@@ -268,7 +267,7 @@ TEXT
     quietly wine-version timeout 60 "$root/wine-run" reg add 'HKCU\Software\Wine' /v Version /d win10 /f
 }
 
-steps=(packages sources sqlite openssl qtbase qtmultimedia qtwebsockets lame ffmpeg boost amr sndfile sodium
+steps=(packages sources sqlite openssl qtbase qtmultimedia lame ffmpeg boost amr sndfile sodium
     runtime wine)
 if (($#)); then chosen=("$@"); else chosen=("${steps[@]}"); fi
 remaining=()

@@ -1,0 +1,442 @@
+// The one source of the server that reaches Boost, which comes first.
+#include "server/access/DoorConnection.h"
+
+#include "server/access/ServerCertificate.h"
+#include "server/access/SocketDoor.h"
+#include "sockets/Mailbox.h"
+
+#include <map>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+using Socket = SocketStream::Socket;
+using Executor = SocketStream::executor_type;
+using Clock = DoorConnection::Clock;
+using Acceptor = net::basic_socket_acceptor<tcp, Executor>;
+using Timer = net::basic_waitable_timer<Clock, net::wait_traits<Clock>, Executor>;
+
+constexpr std::chrono::milliseconds acceptPause(100); // after an error such as too many open files
+constexpr std::chrono::milliseconds stopTime(500);    // for the closing handshakes at the end
+constexpr int backlog = 128;
+
+} // namespace
+
+/** What is on the door's thread. The mailboxes alone are shared. */
+class SocketDoor::Core final : public DoorConnection::Listener
+{
+public:
+    /** What the server's thread is told. */
+    struct Event
+    {
+        enum Kind
+        {
+            Opened,
+            Received,
+            Closed
+        } kind;
+        quint64 client;
+        QByteArray bytes;
+        QString text;
+        DoorConnection::WaitingBytes waiting;
+    };
+
+    /** What the door's thread is to do. */
+    struct Order
+    {
+        enum Kind
+        {
+            Send,
+            Release,
+            Admit,
+            Close,
+            Abort
+        } kind;
+        quint64 client;
+        QByteArray bytes;    ///< Of Send.
+        int number = 0;      ///< Messages of Release, code of Close.
+        qint64 released = 0; ///< Bytes of Release.
+        QString text;        ///< Of Close.
+    };
+
+    Core(SocketDoor& door, const DoorConfig& config) : m_door(door), m_config(config) {}
+    ~Core() override;
+
+    bool listen(const ServerCertificate* certificate, QString* error);
+    quint16 port() const { return m_port; }
+    std::vector<Event> takeEvents() { return m_events.takeAll(); }
+
+    /** From the server's thread. */
+    void order(Order order)
+    {
+        if (m_orders.put(std::move(order))) {
+            net::post(m_context, [this] { obey(); });
+        }
+    }
+
+    void opened(quint64 client, const QString& peer, const DoorConnection::WaitingBytes& waiting) override
+    {
+        report({Event::Opened, client, QByteArray(), peer, waiting});
+    }
+    void received(quint64 client, const QByteArray& message) override
+    {
+        report({Event::Received, client, message, QString(), nullptr});
+    }
+    void ended(quint64 client, bool wasOpen) override;
+
+private:
+    void report(Event event)
+    {
+        if (m_events.put(std::move(event))) {
+            Q_EMIT m_door.woken(QPrivateSignal());
+        }
+    }
+
+    bool setUpTls(const ServerCertificate& certificate, QString* error);
+    void run();
+    void accept();
+    void add(Socket&& socket);
+    bool makeRoom();
+    void watch();
+    void obey();
+    void obey(DoorConnection& connection, const Order& order);
+    void stop();
+
+    SocketDoor& m_door;
+    const DoorConfig m_config;
+    Mailbox<Event> m_events;
+    Mailbox<Order> m_orders;
+    net::io_context m_context{1};
+    std::optional<ssl::context> m_tls;
+    Acceptor m_acceptor{m_context};
+    Timer m_pause{m_context};
+    Timer m_ticker{m_context};
+    bool m_ticks = false;
+    std::map<quint64, std::shared_ptr<DoorConnection>> m_connections; ///< By number, which is by age, too.
+    quint64 m_lastClient = 0;
+    bool m_stopping = false;
+    quint16 m_port = 0;
+    std::thread m_thread;
+};
+
+SocketDoor::Core::~Core()
+{
+    if (m_thread.joinable()) {
+        net::post(m_context, [this] { stop(); });
+        m_thread.join();
+    }
+}
+
+bool SocketDoor::Core::setUpTls(const ServerCertificate& certificate, QString* error)
+{
+    m_tls.emplace(ssl::context::tls_server);
+    restrictTls(*m_tls);
+    SSL_CTX* native = m_tls->native_handle();
+    SSL_CTX_set_options(native, SSL_OP_NO_TICKET | SSL_OP_CIPHER_SERVER_PREFERENCE);
+    SSL_CTX_set_session_cache_mode(native, SSL_SESS_CACHE_OFF);
+    if (!certificate.applyTo(native)) {
+        *error = QStringLiteral("the certificate and its key do not fit each other");
+        return false;
+    }
+    return true;
+}
+
+bool SocketDoor::Core::listen(const ServerCertificate* certificate, QString* error)
+{
+    if (certificate != nullptr && !setUpTls(*certificate, error)) {
+        return false;
+    }
+    error_code failed;
+    const auto address = net::ip::make_address(m_config.address.toString().toStdString(), failed);
+    const tcp::endpoint endpoint(address, m_config.port);
+    if (!failed) {
+        m_acceptor.open(endpoint.protocol(), failed);
+    }
+    if (!failed && address.is_v6()) {
+        m_acceptor.set_option(net::ip::v6_only(true), failed);
+    }
+#ifndef Q_OS_WIN // there another server could take the port as well
+    if (!failed) {
+        m_acceptor.set_option(net::socket_base::reuse_address(true), failed);
+    }
+#endif
+    if (!failed) {
+        m_acceptor.bind(endpoint, failed);
+    }
+    if (!failed) {
+        m_acceptor.listen(backlog, failed);
+    }
+    if (failed) {
+        *error = QString::fromLocal8Bit(failed.message().c_str());
+        return false;
+    }
+    m_port = m_acceptor.local_endpoint(failed).port();
+    accept();
+    m_thread = std::thread([this] { run(); });
+    return true;
+}
+
+/** An exception, as for want of memory, costs what met it, not the thread. */
+void SocketDoor::Core::run()
+{
+    for (;;) {
+        try {
+            m_context.run();
+            return;
+        } catch (const std::exception& exception) {
+            qWarning("the thread of the sockets: %s", exception.what());
+        }
+    }
+}
+
+void SocketDoor::Core::accept()
+{
+    m_acceptor.async_accept([this](error_code error, Socket socket) {
+        if (m_stopping) {
+            return;
+        }
+        if (error) {
+            m_pause.expires_after(acceptPause);
+            m_pause.async_wait([this](error_code) {
+                if (!m_stopping) {
+                    accept();
+                }
+            });
+            return;
+        }
+        add(std::move(socket));
+        accept();
+    });
+}
+
+void SocketDoor::Core::add(Socket&& socket)
+{
+    if (!makeRoom()) {
+        return; // the socket closes
+    }
+    const quint64 client = ++m_lastClient;
+    const auto connection = std::make_shared<DoorConnection>(*this, m_config, client, std::move(socket),
+                                                             m_tls ? &*m_tls : nullptr);
+    m_connections.emplace(client, connection);
+    connection->start();
+    if (!m_ticks) {
+        m_ticks = true;
+        watch();
+    }
+}
+
+/**
+ * Returns whether there is room for one more that has not logged in: for as many as may log in, so that all
+ * clients can come back at once. The one that has been silent for longest leaves for it: others cannot keep
+ * everybody out by saying nothing.
+ */
+bool SocketDoor::Core::makeRoom()
+{
+    int strangers = 0;
+    std::shared_ptr<DoorConnection> silent;
+    for (const auto& [client, connection] : m_connections) {
+        if (!connection->isAdmitted()) {
+            ++strangers;
+            if (!silent && !connection->hasSpoken()) {
+                silent = connection;
+            }
+        }
+    }
+    if (strangers < m_config.maxClients) {
+        return true;
+    }
+    if (silent) {
+        silent->abort(QString());
+    }
+    return silent != nullptr;
+}
+
+/** One timer for all; it rests while there are none. */
+void SocketDoor::Core::watch()
+{
+    m_ticker.expires_after(m_config.tickTime);
+    m_ticker.async_wait([this](error_code) {
+        const auto now = Clock::now();
+        for (auto next = m_connections.begin(); next != m_connections.end();) {
+            const auto connection = (next++)->second; // which may end in its tick
+            connection->tick(now);
+        }
+        m_ticks = !m_connections.empty();
+        if (m_ticks) {
+            watch();
+        }
+    });
+}
+
+void SocketDoor::Core::ended(quint64 client, bool wasOpen)
+{
+    if (wasOpen) {
+        report({Event::Closed, client, QByteArray(), QString(), nullptr});
+    }
+    m_connections.erase(client); // the handler that runs holds it
+    if (m_stopping && m_connections.empty()) {
+        m_ticker.cancel();
+        m_pause.cancel();
+    }
+}
+
+void SocketDoor::Core::obey()
+{
+    for (const Order& order : m_orders.takeAll()) {
+        const auto found = m_connections.find(order.client);
+        if (found != m_connections.end()) {
+            const auto connection = found->second;
+            obey(*connection, order);
+        }
+    }
+}
+
+void SocketDoor::Core::obey(DoorConnection& connection, const Order& order)
+{
+    switch (order.kind) {
+    case Order::Send:
+        connection.send(order.bytes);
+        break;
+    case Order::Release:
+        connection.release(order.number, order.released);
+        break;
+    case Order::Admit:
+        connection.admit();
+        break;
+    case Order::Close:
+        connection.close(static_cast<quint16>(order.number), order.text);
+        break;
+    case Order::Abort:
+        connection.abort(QString());
+        break;
+    }
+}
+
+/** Nothing is left to be done when all connections have gone, and run returns by itself. */
+void SocketDoor::Core::stop()
+{
+    m_stopping = true;
+    error_code ignored;
+    m_acceptor.close(ignored);
+    m_pause.cancel();
+    for (auto next = m_connections.begin(); next != m_connections.end();) {
+        const auto connection = (next++)->second;
+        connection->close(websocket::going_away, QStringLiteral("the server ends"));
+    }
+    if (m_connections.empty()) {
+        m_ticker.cancel();
+        return;
+    }
+    m_pause.expires_after(stopTime);
+    m_pause.async_wait([this](error_code) {
+        for (auto next = m_connections.begin(); next != m_connections.end();) {
+            const auto connection = (next++)->second;
+            connection->abort(QString());
+        }
+    });
+}
+
+/** The side of the server's thread. */
+struct SocketDoor::Clients
+{
+    struct Handled
+    {
+        int messages = 0;
+        qint64 bytes = 0;
+    };
+
+    std::unordered_map<quint64, DoorConnection::WaitingBytes> waiting;
+    std::map<quint64, Handled> handled; ///< Delivered, and not released yet.
+};
+
+SocketDoor::SocketDoor() : m_clients(std::make_unique<Clients>())
+{
+    connect(this, &SocketDoor::woken, this, &SocketDoor::deliver, Qt::QueuedConnection);
+}
+
+SocketDoor::~SocketDoor()
+{
+    m_core.reset(); // while its thread may still wake the object
+}
+
+bool SocketDoor::listen(const DoorConfig& config, const ServerCertificate* certificate, QString* error)
+{
+    auto core = std::make_unique<Core>(*this, config);
+    if (!core->listen(certificate, error)) {
+        return false;
+    }
+    m_core = std::move(core);
+    return true;
+}
+
+quint16 SocketDoor::port() const
+{
+    return m_core ? m_core->port() : 0;
+}
+
+void SocketDoor::deliver()
+{
+    for (const Core::Event& event : m_core->takeEvents()) {
+        switch (event.kind) {
+        case Core::Event::Opened:
+            m_clients->waiting.emplace(event.client, event.waiting);
+            Q_EMIT opened(event.client, event.text);
+            break;
+        case Core::Event::Received: {
+            if (m_clients->handled.empty()) {
+                // Queued behind the answers of what is delivered here, which a session gives by then.
+                QMetaObject::invokeMethod(this, &SocketDoor::releaseHandled, Qt::QueuedConnection);
+            }
+            Clients::Handled& handled = m_clients->handled[event.client];
+            ++handled.messages;
+            handled.bytes += event.bytes.size();
+            Q_EMIT received(event.client, event.bytes);
+            break;
+        }
+        case Core::Event::Closed:
+            m_clients->waiting.erase(event.client);
+            Q_EMIT closed(event.client);
+            break;
+        }
+    }
+}
+
+void SocketDoor::releaseHandled()
+{
+    for (const auto& [client, handled] : std::exchange(m_clients->handled, {})) {
+        m_core->order(
+            {Core::Order::Release, client, QByteArray(), handled.messages, handled.bytes, QString()});
+    }
+}
+
+void SocketDoor::send(quint64 client, const QByteArray& message)
+{
+    const auto found = m_clients->waiting.find(client);
+    if (found != m_clients->waiting.end()) {
+        *found->second += message.size();
+        m_core->order({Core::Order::Send, client, message, 0, 0, QString()});
+    }
+}
+
+qint64 SocketDoor::waitingBytes(quint64 client) const
+{
+    const auto found = m_clients->waiting.find(client);
+    return found != m_clients->waiting.end() ? found->second->load() : 0;
+}
+
+void SocketDoor::admit(quint64 client)
+{
+    m_core->order({Core::Order::Admit, client, QByteArray(), 0, 0, QString()});
+}
+
+void SocketDoor::close(quint64 client, quint16 code, const QString& reason)
+{
+    m_core->order({Core::Order::Close, client, QByteArray(), code, 0, reason});
+}
+
+void SocketDoor::abort(quint64 client)
+{
+    m_core->order({Core::Order::Abort, client, QByteArray(), 0, 0, QString()});
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+/** What one thread hands to another, in its order. Whoever puts something into an empty box wakes the other.
+ */
+template<class T>
+class Mailbox
+{
+public:
+    /** Appends something. @return whether the box was empty, so that its reader is to be woken */
+    bool put(T item)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_items.push_back(std::move(item));
+        return m_items.size() == 1;
+    }
+
+    /** Empties the box. */
+    std::vector<T> takeAll()
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::exchange(m_items, {});
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<T> m_items;
+};
