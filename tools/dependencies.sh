@@ -74,14 +74,21 @@ install_packages() {
     }
 }
 
-# Configures and builds a preset, with the build tool's progress on standard error: a program that is run afterwards
-# has standard output to itself.
+# build_preset PRESET [OPTION...] [-- TARGET...]: configures a preset and builds it, or what is named of it, with the
+# build tool's progress on standard error: a program that is run afterwards has standard output to itself.
 build_preset() {
-    echo "== Building ($1)" >&2
-    cmake --preset "$1" "${@:2}" >"/tmp/voicedesk-configure-$1-$$.log" 2>&1 || {
-        cat "/tmp/voicedesk-configure-$1-$$.log" >&2
+    local preset=$1 options=() targets=()
+    shift
+    while (($#)) && [[ $1 != -- ]]; do
+        options+=("$1")
+        shift
+    done
+    (($# < 2)) || targets=(--target "${@:2}")
+    echo "== Building ($preset)" >&2
+    cmake --preset "$preset" "${options[@]}" >"/tmp/voicedesk-configure-$preset-$$.log" 2>&1 || {
+        cat "/tmp/voicedesk-configure-$preset-$$.log" >&2
         return 1
     }
-    rm -f "/tmp/voicedesk-configure-$1-$$.log"
-    cmake --build --preset "$1" >&2
+    rm -f "/tmp/voicedesk-configure-$preset-$$.log"
+    cmake --build --preset "$preset" "${targets[@]}" >&2
 }
