@@ -116,7 +116,7 @@ void TestCameraVoice::echo()
     QFETCH(unsigned, streamType);
     QFETCH(int, rate);
     QFETCH(double, likeness);
-    CameraVoice voice(config(CameraVoiceConfig::Echo, streamType));
+    CameraVoice voice(config(CameraVoiceConfig::Echo, streamType), std::make_shared<AlarmClock>());
     QVERIFY(voice.start());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     const auto speech = WavFiles::resample(WavFiles::read(ANNOUNCEMENT_WAV), 16000, 8000);
@@ -140,7 +140,7 @@ void TestCameraVoice::echo()
 
 void TestCameraVoice::echoIsDelayed()
 {
-    CameraVoice voice(config(CameraVoiceConfig::Echo, 8192, 200));
+    CameraVoice voice(config(CameraVoiceConfig::Echo, 8192, 200), std::make_shared<AlarmClock>());
     QVERIFY(voice.start());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     QElapsedTimer clock;
@@ -153,7 +153,7 @@ void TestCameraVoice::echoIsDelayed()
 
 void TestCameraVoice::echoKeepsThePosition()
 {
-    CameraVoice voice(config(CameraVoiceConfig::Echo));
+    CameraVoice voice(config(CameraVoiceConfig::Echo), std::make_shared<AlarmClock>());
     QVERIFY(voice.start());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     const auto sound = WavFiles::sine(440, 0.5, 0.08, 8000);
@@ -183,7 +183,7 @@ void TestCameraVoice::file()
     CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File, streamType);
     voiceConfig.file = folder.filePath("said.wav");
     QVERIFY(WavFiles::write(voiceConfig.file, said, 16000));
-    CameraVoice voice(voiceConfig);
+    CameraVoice voice(voiceConfig, std::make_shared<AlarmClock>());
     QVERIFY(voice.start());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     QTRY_VERIFY_WITH_TIMEOUT(static_cast<int>(decode(spy).size()) >= rate - 2048, 10000);
@@ -198,7 +198,7 @@ void TestCameraVoice::fileKeepsThePaceOfSound()
     CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File);
     voiceConfig.file = folder.filePath("tone.wav");
     QVERIFY(WavFiles::write(voiceConfig.file, WavFiles::sine(440, 0.5, 1.0, 8000), 8000));
-    CameraVoice voice(voiceConfig);
+    CameraVoice voice(voiceConfig, std::make_shared<AlarmClock>());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     QElapsedTimer clock;
     clock.start();
@@ -229,7 +229,7 @@ void TestCameraVoice::recordedStream()
     CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File, 256);
     voiceConfig.file = folder.filePath("stream.rec");
     writeDump(voiceConfig.file, QByteArray(180, 'x'), 2);
-    CameraVoice voice(voiceConfig);
+    CameraVoice voice(voiceConfig, std::make_shared<AlarmClock>());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     QElapsedTimer clock;
     clock.start();
@@ -243,10 +243,10 @@ void TestCameraVoice::recordedStream()
     QCOMPARE((fields["Offset"].toUInt() + fields["BitstreamSize"].toUInt()) % 3, 0U);
     CameraVoiceConfig broken = voiceConfig;
     broken.file = "/nonexistent.rec";
-    QVERIFY(!CameraVoice(broken).start());
+    QVERIFY(!CameraVoice(broken, std::make_shared<AlarmClock>()).start());
     broken = voiceConfig;
     broken.kind = CameraVoiceConfig::Echo; // there is nothing to encode an echo with
-    QVERIFY(!CameraVoice(broken).start());
+    QVERIFY(!CameraVoice(broken, std::make_shared<AlarmClock>()).start());
 }
 
 void TestCameraVoice::recordedFramesOfManyLengths()
@@ -257,7 +257,7 @@ void TestCameraVoice::recordedFramesOfManyLengths()
     voiceConfig.file = folder.filePath("stream.rec");
     const QByteArray packet = '\1' + QByteArray(10, 'x') + QByteArray("\2xx", 3) + QByteArray(3, '\0');
     writeDump(voiceConfig.file, packet, 5);
-    CameraVoice voice(voiceConfig);
+    CameraVoice voice(voiceConfig, std::make_shared<AlarmClock>());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     QElapsedTimer clock;
     clock.start();
@@ -273,7 +273,7 @@ void TestCameraVoice::recordedFramesOfManyLengths()
 
 void TestCameraVoice::silentCamera()
 {
-    CameraVoice voice(config(CameraVoiceConfig::Silent));
+    CameraVoice voice(config(CameraVoiceConfig::Silent), std::make_shared<AlarmClock>());
     QVERIFY(voice.start());
     QSignalSpy spy(&voice, &CameraVoice::spoke);
     voice.hear(0, WavFiles::sine(440, 0.5, 1, 8000));
@@ -284,7 +284,7 @@ void TestCameraVoice::missingFile()
 {
     CameraVoiceConfig voiceConfig = config(CameraVoiceConfig::File);
     voiceConfig.file = QStringLiteral("/nonexistent.wav");
-    CameraVoice voice(voiceConfig);
+    CameraVoice voice(voiceConfig, std::make_shared<AlarmClock>());
     QVERIFY(!voice.start());
 }
 

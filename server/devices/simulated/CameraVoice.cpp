@@ -4,6 +4,7 @@
 #include "protocol/Words.h"
 #include "system/MediaFiles.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
@@ -11,14 +12,8 @@ namespace {
 constexpr int heardRate = 8000;     // Hz
 constexpr int maxFileSeconds = 600; // the rest of a longer file is not spoken
 constexpr int framesAtATime = 4096; // of a sound file
-constexpr int tickInterval = 10;    // ms
-constexpr qint64 millisecondsPerSecond = 1000;
-
-std::uint64_t steadyMicroseconds()
-{
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
-}
+constexpr std::size_t millisecondsPerSecond = 1000;
+constexpr std::uint64_t nanosecondsPerSecond = 1000000000;
 
 /** A sound file as 16-bit mono at a rate; empty when it cannot be read. */
 std::vector<std::int16_t> readSoundFile(const QString& path, int rate)
@@ -50,22 +45,48 @@ std::vector<std::int16_t> readSoundFile(const QString& path, int rate)
 
 } // namespace
 
-CameraVoice::CameraVoice(const CameraVoiceConfig& config) : m_config(config)
+CameraVoice::CameraVoice(const CameraVoiceConfig& config, std::shared_ptr<AlarmClock> clock)
+    : m_config(config), m_clock(std::move(clock)), m_alarm(m_clock, [this] {
+          if (m_config.kind == CameraVoiceConfig::Echo) {
+              speakEcho();
+          } else if (m_encoder) {
+              speakFile();
+          } else {
+              speakRecording();
+          }
+      })
 {
     if (m_config.kind == CameraVoiceConfig::Silent) {
         return;
     }
     m_encoder = TalkEncoder::create(*m_config.codec);
     if (m_encoder) {
-        m_converter =
-            std::make_unique<PcmConverter>(SampleFormat::S16, heardRate, 1, m_encoder->format().sampleRate);
+        m_converter = std::make_unique<PcmConverter>(SampleFormat::S16, heardRate, 1, rate());
     }
-    m_ticker.setTimerType(Qt::PreciseTimer);
-    connect(&m_ticker, &QTimer::timeout, this,
-            m_encoder ? &CameraVoice::speakFile : &CameraVoice::speakRecording);
 }
 
 CameraVoice::~CameraVoice() = default;
+
+/** Of its packets, Hz. */
+int CameraVoice::rate() const
+{
+    return m_encoder ? m_encoder->format().sampleRate : TalkFormat(*m_config.codec).sampleRate;
+}
+
+/** How much of a file should have been said, samples of its rate. */
+std::uint64_t CameraVoice::samplesSinceStart() const
+{
+    const std::chrono::nanoseconds elapsed = m_clock->now() - m_start;
+    return static_cast<std::uint64_t>(elapsed.count()) * static_cast<unsigned>(rate()) / nanosecondsPerSecond;
+}
+
+/** When so much of a file should have been said. */
+AlarmClock::Time CameraVoice::timeOf(std::uint64_t samples) const
+{
+    const auto hertz = static_cast<unsigned>(rate());
+    return m_start +
+           std::chrono::nanoseconds((samples * nanosecondsPerSecond + hertz - 1) / hertz); // not too early
+}
 
 bool CameraVoice::start()
 {
@@ -76,12 +97,12 @@ bool CameraVoice::start()
         return m_config.kind == CameraVoiceConfig::File && startRecording();
     }
     if (m_config.kind == CameraVoiceConfig::File) {
-        m_fileSamples = readSoundFile(m_config.file, m_encoder->format().sampleRate);
+        m_fileSamples = readSoundFile(m_config.file, rate());
         if (m_fileSamples.empty()) {
             return false;
         }
-        m_clock.start();
-        m_ticker.start(tickInterval);
+        m_start = m_clock->now();
+        m_alarm.setTo(m_start);
     }
     return true;
 }
@@ -89,48 +110,70 @@ bool CameraVoice::start()
 void CameraVoice::stop()
 {
     m_stopped = true;
-    m_ticker.stop();
+    m_alarm.clear();
+    m_heard.clear();
+    m_heardSamples = 0;
 }
 
 void CameraVoice::hear(std::uint32_t position, const std::vector<std::int16_t>& samples)
 {
-    if (m_config.kind != CameraVoiceConfig::Echo || !m_encoder) {
+    if (m_config.kind != CameraVoiceConfig::Echo || !m_encoder || m_stopped || samples.empty()) {
         return;
     }
-    QTimer::singleShot(m_config.echoDelay, Qt::PreciseTimer, this, [this, position, samples] {
-        if (m_stopped) {
-            return;
-        }
-        if (!m_positioned) {
-            m_positioned = true;
-            m_position = static_cast<std::uint32_t>(
-                std::uint64_t{position} * static_cast<unsigned>(m_encoder->format().sampleRate) / heardRate);
-        }
-        std::vector<std::int16_t> converted;
-        m_converter->convert(samples.data(), samples.size(), converted);
-        speak(converted);
-    });
+    const std::size_t most =
+        (static_cast<std::size_t>(m_config.echoDelay) + maxAhead) * heardRate / millisecondsPerSecond;
+    if (m_heardSamples + samples.size() > most) {
+        return;
+    }
+    m_heardSamples += samples.size();
+    m_heard.push_back({m_clock->now() + std::chrono::milliseconds(m_config.echoDelay), position, samples});
+    if (m_heard.size() == 1) {
+        m_alarm.setTo(m_heard.front().due);
+    }
 }
 
+/** Says the oldest of what it has heard. */
+void CameraVoice::speakEcho()
+{
+    const Heard heard = std::move(m_heard.front());
+    m_heard.pop_front();
+    m_heardSamples -= heard.samples.size();
+    if (!m_heard.empty()) {
+        m_alarm.setTo(m_heard.front().due);
+    }
+    if (!m_positioned) {
+        m_positioned = true;
+        m_position = static_cast<std::uint32_t>(std::uint64_t{heard.position} *
+                                                static_cast<unsigned>(rate()) / heardRate);
+    }
+    m_converter->convert(heard.samples.data(), heard.samples.size(), m_pending);
+    speakPending();
+}
+
+/** Says what is due of a file, up to its last whole frame. */
 void CameraVoice::speakFile()
 {
-    const qint64 due = m_clock.elapsed() * m_encoder->format().sampleRate / millisecondsPerSecond;
-    const auto end = std::min(static_cast<std::size_t>(due), m_fileSamples.size());
+    const auto frameSamples = static_cast<std::size_t>(m_encoder->format().frameSamples);
+    const auto end = static_cast<std::size_t>(
+        std::min(samplesSinceStart(), static_cast<std::uint64_t>(m_fileSamples.size())));
     const auto at = [this](std::size_t index) {
         return m_fileSamples.begin() + static_cast<std::ptrdiff_t>(index);
     };
-    speak(std::vector<std::int16_t>(at(m_filePosition), at(end)));
+    m_pending.insert(m_pending.end(), at(m_filePosition), at(end));
     m_filePosition = end;
-    if (end == m_fileSamples.size()) {
-        m_ticker.stop();
-        // The last frame is filled up with silence.
-        speak(std::vector<std::int16_t>(static_cast<std::size_t>(m_encoder->format().frameSamples)));
+    if (end < m_fileSamples.size()) {
+        speakPending();
+        const std::size_t next = end - m_pending.size() + frameSamples;
+        m_alarm.setTo(timeOf(std::min(next, m_fileSamples.size())));
+        return;
     }
+    m_pending.resize(m_pending.size() + frameSamples); // the last frame is filled up with silence
+    speakPending();
 }
 
-void CameraVoice::speak(const std::vector<std::int16_t>& samples)
+/** Says what waits, but for less than a frame. */
+void CameraVoice::speakPending()
 {
-    m_pending.insert(m_pending.end(), samples.begin(), samples.end());
     const auto frameSamples = static_cast<std::size_t>(m_encoder->format().frameSamples);
     std::size_t used = 0;
     for (; m_pending.size() - used >= frameSamples; used += frameSamples) {
@@ -149,8 +192,8 @@ bool CameraVoice::startRecording()
     if (m_recording.empty()) {
         return false;
     }
-    m_clock.start();
-    m_ticker.start(tickInterval);
+    m_start = m_clock->now();
+    m_alarm.setTo(m_start);
     return true;
 }
 
@@ -158,22 +201,24 @@ bool CameraVoice::startRecording()
 void CameraVoice::speakRecording()
 {
     const TalkFormat format(*m_config.codec);
-    const auto due =
-        static_cast<std::uint32_t>(m_clock.elapsed() * format.sampleRate / millisecondsPerSecond);
-    while (m_recordingPosition < m_recording.size()) {
+    const std::uint64_t due = samplesSinceStart();
+    for (; m_recordingPosition < m_recording.size(); ++m_recordingPosition) {
         const RecordedPacket& packet = m_recording[m_recordingPosition];
-        if (m_position + packet.samples > due) {
+        const std::uint64_t end = std::uint64_t{m_position} + packet.samples;
+        if (end > due) {
+            m_alarm.setTo(timeOf(end));
             return;
         }
         Q_EMIT spoke(packetOf(packet.bitstream, format, packet.frames));
         m_position += packet.samples;
-        ++m_recordingPosition;
     }
-    m_ticker.stop();
 }
 
 VoicePacket CameraVoice::packetOf(const QByteArray& bitstream, const TalkFormat& format,
                                   unsigned frames) const
 {
-    return {bitstream, format.streamType, format.sampleRate, frames, m_position, steadyMicroseconds()};
+    using std::chrono::microseconds;
+    const auto time = std::chrono::duration_cast<microseconds>(m_clock->now().time_since_epoch());
+    return {bitstream, format.streamType, format.sampleRate,
+            frames,    m_position,        static_cast<std::uint64_t>(time.count())};
 }

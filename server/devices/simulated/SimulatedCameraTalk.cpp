@@ -7,8 +7,9 @@ constexpr std::uint64_t maxRecorded = 4ULL * 60 * 60 * TalkPacketDecoder::sample
 
 } // namespace
 
-SimulatedCameraTalk::SimulatedCameraTalk(const QString& path, const CameraVoiceConfig& voice)
-    : m_writer(path, TalkPacketDecoder::sampleRate), m_voice(voice)
+SimulatedCameraTalk::SimulatedCameraTalk(const QString& path, const CameraVoiceConfig& voice,
+                                         std::shared_ptr<AlarmClock> clock)
+    : m_writer(path, TalkPacketDecoder::sampleRate), m_voice(voice, std::move(clock))
 {
     connect(&m_voice, &CameraVoice::spoke, this, &DeviceTalk::spoke);
 }

@@ -11,8 +11,9 @@
 class SimulatedCameraTalk : public DeviceTalk
 {
 public:
-    /** @param path the recording; replaced when it exists */
-    SimulatedCameraTalk(const QString& path, const CameraVoiceConfig& voice);
+    /** @param path the recording; replaced when it exists @param clock of all voices */
+    SimulatedCameraTalk(const QString& path, const CameraVoiceConfig& voice,
+                        std::shared_ptr<AlarmClock> clock);
 
     /** Returns whether the recording can be written. */
     bool isRecording() const { return m_writer.isOpen(); }

@@ -69,7 +69,7 @@ std::unique_ptr<DeviceTalk> SimulatedCameras::openTalk(const QString& camera)
     }
     const QString path =
         NumberedFile::create(m_config.recordingDirectory, fileNameOf(camera), QStringLiteral("wav"));
-    auto talk = path.isEmpty() ? nullptr : std::make_unique<SimulatedCameraTalk>(path, *voice);
+    auto talk = path.isEmpty() ? nullptr : std::make_unique<SimulatedCameraTalk>(path, *voice, m_clock);
     if (!talk || !talk->isRecording()) {
         return refuse(ReturnCode::storageFailed,
                       QStringLiteral("the recording of camera \"%1\" cannot be written").arg(camera));

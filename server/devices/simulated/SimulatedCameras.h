@@ -1,6 +1,7 @@
 #pragma once
 
 #include "server/devices/CameraBackend.h"
+#include "server/devices/simulated/AlarmClock.h"
 #include "server/devices/simulated/SimulatedConfig.h"
 
 #include <optional>
@@ -26,4 +27,5 @@ private:
 
     SimulatedConfig m_config;
     QList<CameraRecord> m_records;
+    std::shared_ptr<AlarmClock> m_clock = std::make_shared<AlarmClock>(); ///< Of the voices.
 };
