@@ -19,10 +19,22 @@ void WaveformItem::setMeters(TalkMeters* meters)
     }
     m_meters = meters;
     if (m_meters) {
-        connect(m_meters, &TalkMeters::ticked, this, [this] { update(); });
+        connect(m_meters, &TalkMeters::ticked, this, [this] {
+            if (isVisible()) {
+                update(); // of an item that nobody sees, it would draw the window all the same
+            }
+        });
     }
     Q_EMIT metersChanged();
     update();
+}
+
+void WaveformItem::itemChange(ItemChange change, const ItemChangeData& data)
+{
+    if (change == ItemVisibleHasChanged && data.boolValue) {
+        update();
+    }
+    QQuickPaintedItem::itemChange(change, data);
 }
 
 void WaveformItem::paint(QPainter* painter)

@@ -29,6 +29,10 @@ public:
     /** Draws the line; on the thread that renders. */
     void paint(QPainter* painter) override;
 
+protected:
+    /** Draws what has changed while the item could not be seen. */
+    void itemChange(ItemChange change, const ItemChangeData& data) override;
+
 Q_SIGNALS:
     /** Emitted when meters has changed. */
     void metersChanged();

@@ -1,5 +1,6 @@
 #include "client/ExitStatus.h"
 #include "desk/DeskWindow.h"
+#include "desk/SceneRenderer.h"
 #include "system/EnvironmentVariable.h"
 #include "system/MediaFiles.h"
 #include "system/ProgramEnd.h"
@@ -87,6 +88,7 @@ int run(int argc, char** argv)
     int count = std::min(argc, 1); // its name alone
     QApplication application(count, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("VoiceDesk"));
+    SceneRenderer::choose();
     DeskWindow::registerTypes();
     QDir().mkpath(options->embedded.dataDirectory);
     Desk desk(*options, QDir(options->embedded.dataDirectory).filePath(QStringLiteral("desk.ini")));

@@ -29,6 +29,8 @@ private Q_SLOTS:
     void recordsOutliveTheProgram();
     void fileIsChosen();
     void soundWaitsInAShortQueue();
+    void rendererWithoutGraphics_data();
+    void rendererWithoutGraphics();
     void wrongUsage_data();
     void wrongUsage();
     void help();
@@ -46,6 +48,9 @@ private:
     static bool keysChangeTheScreen(const QStringList& names);
     /** Returns whether a program has a file open. */
     static bool hasOpen(const QProcess& program, const QString& path);
+
+    /** Returns the names of a program's threads. */
+    static QStringList threadsOf(const QProcess& program);
 
     /** The texts of a query on the records while the program has them open. */
     QStringList stored(const char* query) const;
@@ -112,6 +117,19 @@ bool TestDeskProgram::hasOpen(const QProcess& program, const QString& path)
     const QString file = QFileInfo(path).canonicalFilePath();
     return std::any_of(files.begin(), files.end(),
                        [&](const QFileInfo& each) { return each.symLinkTarget() == file; });
+}
+
+QStringList TestDeskProgram::threadsOf(const QProcess& program)
+{
+    QStringList names;
+    const QDir tasks(QStringLiteral("/proc/%1/task").arg(program.processId()));
+    for (const QString& task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile name(tasks.filePath(task + "/comm"));
+        if (name.open(QIODevice::ReadOnly)) {
+            names.append(QString::fromLatin1(name.readAll()).trimmed());
+        }
+    }
+    return names;
 }
 
 std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options, const char* data)
@@ -231,6 +249,39 @@ void TestDeskProgram::soundWaitsInAShortQueue()
     xdotool({"keyup", "space"});
     end(*program);
     QVERIFY2(longest <= 100000, qPrintable(QString::number(longest)));
+}
+
+void TestDeskProgram::rendererWithoutGraphics_data()
+{
+    QTest::addColumn<QByteArray>("variable");
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<bool>("threaded");
+    QTest::newRow("OpenGL by the processor") << QByteArray() << QByteArray() << false;
+    QTest::newRow("no OpenGL") << QByteArray("QT_XCB_GL_INTEGRATION") << QByteArray("none") << false;
+    QTest::newRow("Qt's choice") << QByteArray("QT_QUICK_BACKEND") << QByteArray("") << true;
+    QTest::newRow("another interface") << QByteArray("QSG_RHI") << QByteArray("1") << true;
+}
+
+void TestDeskProgram::rendererWithoutGraphics()
+{
+    QFETCH(QByteArray, variable);
+    QFETCH(QByteArray, value);
+    QFETCH(bool, threaded);
+    const QByteArray before = qgetenv("QT_QUICK_BACKEND");
+    qunsetenv("QT_QUICK_BACKEND");
+    if (!variable.isEmpty()) {
+        qputenv(variable.constData(), value);
+    }
+    const auto program = start();
+    if (!variable.isEmpty()) {
+        qunsetenv(variable.constData());
+    }
+    qputenv("QT_QUICK_BACKEND", before);
+    QVERIFY(program);
+    // OpenGL has a thread of its own for drawing, the software renderer none.
+    QVERIFY(keysChangeTheScreen({"ctrl+3"}));
+    QCOMPARE(threadsOf(*program).contains("QSGRenderThread"), threaded);
+    end(*program);
 }
 
 void TestDeskProgram::wrongUsage_data()
