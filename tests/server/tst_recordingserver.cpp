@@ -4,9 +4,11 @@
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/simulated/SimulatedDevices.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/WavFiles.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -40,7 +42,8 @@ private Q_SLOTS:
     void pendingReplyOfASessionThatGoesAway();
     void unwritableFolder();
     void cameraNamesMakeSafeFiles();
-    void recordingIsCompleteAtAnyMoment();
+    void recordingIsWrittenInTime();
+    void fullDiskIsTold();
     void recordingsAreNotReplaced();
     void numbersCostFewLooks();
     void numbersOfTwoPrograms();
@@ -367,13 +370,37 @@ void TestRecordingServer::cameraNamesMakeSafeFiles()
     QCOMPARE(QFileInfo(recordings()[0]).fileName(), QStringLiteral("___x_y-1.wav"));
 }
 
-void TestRecordingServer::recordingIsCompleteAtAnyMoment()
+void TestRecordingServer::recordingIsWrittenInTime()
 {
     const QString token = openTalk();
-    for (std::uint32_t i = 1; i <= 3; ++i) {
-        ask("TalkData", talk(dest(token), packet((i - 1) * 640, silentPacket)));
-        QCOMPARE(WavFiles::read(recordings()[0]).size(), std::size_t{i * 640});
+    const auto say = [&](std::uint32_t number) {
+        QCOMPARE(ask("TalkData", talk(dest(token), packet(number * 640, silentPacket))).returnCode,
+                 QString("0"));
+    };
+    QElapsedTimer elapsed;
+    elapsed.start();
+    say(0);
+    say(1);
+    QTRY_COMPARE(WavFiles::read(recordings()[0]).size(), std::size_t{1280}); // though nothing follows
+    QVERIFY2(elapsed.elapsed() < 1500, qPrintable(QString::number(elapsed.elapsed())));
+    say(2);
+    QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, QString("0"));
+    QCOMPARE(WavFiles::read(recordings()[0]).size(), std::size_t{1920}); // all of it at its end
+}
+
+void TestRecordingServer::fullDiskIsTold()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Files cannot be kept small here.");
     }
+    const QString token = openTalk();
+    const FullDisk disk(10000);
+    QString code;
+    for (std::uint32_t i = 0; i < 200 && code != ReturnCode::badTalkPacket; ++i) {
+        code = ask("TalkData", talk(dest(token), packet(i * 640, silentPacket))).returnCode;
+    }
+    QCOMPARE(code, ReturnCode::badTalkPacket);
+    QCOMPARE(ask("TalkData", talk(dest(token), packet(0, silentPacket))).returnCode, code);
 }
 
 void TestRecordingServer::recordingsAreNotReplaced()
