@@ -69,7 +69,7 @@ def faults(root, allowed):
                     yield place, f'"{target}" is a header of this project'
                 elif module != own and not may_include(target, module, allowed[own], allowed):
                     yield place, f"{own} may not include {target}"
-                elif target.startswith("tests/support/") and not name.startswith(("tests/", "bench/")):
+                elif target.startswith("tests/support/") and not name.startswith(("tests/", "bench/", "fuzz/")):
                     yield place, f"{target} is for tests"
             elif Path(target).name in headers and bracket == '"' and not name.startswith("platform/"):
                 yield place, f'"{headers[Path(target).name]}" is the whole path of {target}'
