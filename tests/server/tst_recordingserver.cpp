@@ -1,6 +1,8 @@
 #include "audio/NumberedFile.h"
 #include "audio/PacketHeader.h"
 #include "protocol/CameraSettingsRecord.h"
+#include "protocol/WireMessage.h"
+#include "protocol/Words.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/simulated/SimulatedDevices.h"
@@ -57,6 +59,7 @@ private:
     };
 
     ServerReply ask(const QString& command, const QVariant& payload);
+    ServerReply askInTexts(const TalkDataPayload& talk);
     QString openTalk(const QString& camera = QStringLiteral("cam"), const QString& relay = QString());
     QVariantMap talk(const QString& targets, const QByteArray& packet);
     QStringList recordings() const { return m_simulated.recordings->talks; }
@@ -127,6 +130,14 @@ ServerReply TestRecordingServer::ask(const QString& command, const QVariant& pay
     const bool answered = QTest::qWaitFor([this] { return !m_answers.empty(); });
     QCoreApplication::processEvents();
     return answered && m_answers.size() == 1 ? m_answers[0].reply : ServerReply{"no single answer", {}, {}};
+}
+
+ServerReply TestRecordingServer::askInTexts(const TalkDataPayload& talk)
+{
+    m_answers.clear();
+    m_session->submitTalkData(talk, 1);
+    const bool answered = QTest::qWaitFor([this] { return !m_answers.empty(); });
+    return answered ? m_answers[0].reply : ServerReply{"no answer", {}, {}};
 }
 
 QString TestRecordingServer::openTalk(const QString& camera, const QString& relay)
@@ -302,7 +313,20 @@ void TestRecordingServer::badTalkData()
     QFETCH(QString, code);
     const QString token = openTalk();
     targets.replace("TOKEN", token);
-    QCOMPARE(ask("TalkData", QVariantMap{{"targets", targets}, {"talkData", data}}).returnCode, code);
+    const QVariantMap payload{{"targets", targets}, {"talkData", data}};
+    const ServerReply reply = ask("TalkData", payload);
+    QCOMPARE(reply.returnCode, code);
+    // The same for a client with a socket, whose packets are no QVariants if they are regular.
+    WireMessage message;
+    message.kind = WireMessage::Command;
+    message.name = Vocabulary::TalkData;
+    message.payload = payload;
+    const auto read = WireMessage::fromBytes(message.toBytes(), nullptr, WireMessage::Texts);
+    QVERIFY(read);
+    const ServerReply same = read->talkData ? askInTexts(*read->talkData) : ask("TalkData", read->payload);
+    QCOMPARE(same.returnCode, code);
+    QCOMPARE(same.errorText, reply.errorText);
+    QCOMPARE(same.result, reply.result);
     // The talk is still good.
     QCOMPARE(ask("TalkData", talk(dest(token), packet(0, silentPacket))).returnCode, ReturnCode::success);
 }
