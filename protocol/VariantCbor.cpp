@@ -1,9 +1,9 @@
 #include "protocol/VariantCbor.h"
 
+#include "protocol/CborReader.h"
+#include "protocol/CborWriter.h"
 #include "protocol/Limits.h"
 
-#include <QCborArray>
-#include <QCborMap>
 #include <QDateTime>
 #include <QStringList>
 #include <QUrl>
@@ -13,164 +13,230 @@
 
 namespace {
 
-constexpr auto uintTag = static_cast<QCborTag>(65536);
-constexpr auto longLongTag = static_cast<QCborTag>(65537);
-constexpr auto unsignedLongLongTag = static_cast<QCborTag>(65538);
-constexpr auto stringListTag = static_cast<QCborTag>(65539);
-constexpr auto dateTimeTag = static_cast<QCborTag>(65540);
-constexpr auto urlTag = static_cast<QCborTag>(65541);
+constexpr quint64 uintTag = 65536;
+constexpr quint64 longLongTag = 65537;
+constexpr quint64 unsignedLongLongTag = 65538;
+constexpr quint64 stringListTag = 65539;
+constexpr quint64 dateTimeTag = 65540;
+constexpr quint64 urlTag = 65541;
 
-std::optional<QVariant> decodeValue(const QCborValue& value, int depth);
+std::optional<QVariant> decodeValue(CborReader& reader, int depth);
 
-std::optional<QVariant> decodeTagged(const QCborValue& value)
+bool isInteger(CborReader::Type type)
 {
-    const QCborValue inner = value.taggedValue();
-    const QCborTag tag = value.tag();
-    if (tag == uintTag && inner.isInteger() && inner.toInteger() >= 0 &&
-        inner.toInteger() <= std::numeric_limits<quint32>::max()) {
-        return QVariant(static_cast<quint32>(inner.toInteger()));
+    return type == CborReader::Unsigned || type == CborReader::Negative;
+}
+
+std::optional<QVariant> decodeStringList(CborReader& reader)
+{
+    QStringList list;
+    for (CborReader::Entries entries = reader.enter(); reader.hasNext(entries);) {
+        if (reader.type() != CborReader::Text) {
+            return std::nullopt;
+        }
+        list.append(reader.text());
     }
-    if (tag == longLongTag && inner.isInteger()) {
-        return QVariant(static_cast<qlonglong>(inner.toInteger()));
+    return QVariant(list);
+}
+
+std::optional<QVariant> decodeTagged(CborReader& reader)
+{
+    const quint64 tag = reader.argument();
+    const CborReader::Type type = reader.type();
+    if ((tag == uintTag || tag == longLongTag) && isInteger(type)) {
+        double rounded = 0;
+        const auto number = reader.integer(&rounded);
+        if (!number || (tag == uintTag && (*number < 0 || *number > std::numeric_limits<quint32>::max()))) {
+            return std::nullopt;
+        }
+        return tag == uintTag ? QVariant(static_cast<quint32>(*number))
+                              : QVariant(static_cast<qlonglong>(*number));
     }
-    if (tag == unsignedLongLongTag && inner.isByteArray()) {
+    if (tag == unsignedLongLongTag && type == CborReader::Bytes) {
         bool valid = false;
-        const qulonglong number = inner.toByteArray().toULongLong(&valid);
+        const qulonglong number = reader.string().toULongLong(&valid);
         return valid ? std::optional(QVariant(number)) : std::nullopt;
     }
-    if (tag == stringListTag && inner.isArray()) {
-        QStringList list;
-        const QCborArray array = inner.toArray();
-        for (const QCborValue& entry : array) {
-            if (!entry.isString()) {
-                return std::nullopt;
-            }
-            list.append(entry.toString());
-        }
-        return QVariant(list);
+    if (tag == stringListTag && type == CborReader::Array) {
+        return decodeStringList(reader);
     }
-    if (tag == dateTimeTag && inner.isString()) {
-        return QVariant(QDateTime::fromString(inner.toString(), Qt::ISODateWithMs));
+    if (tag == dateTimeTag && type == CborReader::Text) {
+        return QVariant(QDateTime::fromString(reader.text(), Qt::ISODateWithMs));
     }
-    if (tag == urlTag && inner.isString()) {
-        return QVariant(QUrl(inner.toString(), QUrl::StrictMode));
+    if (tag == urlTag && type == CborReader::Text) {
+        return QVariant(QUrl(reader.text(), QUrl::StrictMode));
     }
     return std::nullopt;
 }
 
-std::optional<QVariant> decodeContainer(const QCborValue& value, int depth)
+std::optional<QVariant> decodeArray(CborReader& reader, int depth)
 {
-    if (depth >= Limits::maxNesting) {
-        return std::nullopt;
-    }
-    if (value.isArray()) {
-        QVariantList list;
-        const QCborArray array = value.toArray();
-        for (const QCborValue& entry : array) {
-            auto decoded = decodeValue(entry, depth + 1);
-            if (!decoded) {
-                return std::nullopt;
-            }
-            list.append(*decoded);
-        }
-        return QVariant(list);
-    }
-    QVariantMap map;
-    const QCborMap entries = value.toMap();
-    for (const auto entry : entries) {
-        auto decoded = decodeValue(entry.second, depth + 1);
-        if (!entry.first.isString() || !decoded) {
+    QVariantList list;
+    for (CborReader::Entries entries = reader.enter(); reader.hasNext(entries);) {
+        auto decoded = decodeValue(reader, depth);
+        if (!decoded) {
             return std::nullopt;
         }
-        map.insert(entry.first.toString(), *decoded);
+        list.append(*std::move(decoded));
+    }
+    return QVariant(list);
+}
+
+std::optional<QVariant> decodeMap(CborReader& reader, int depth)
+{
+    QVariantMap map;
+    for (CborReader::Entries entries = reader.enter(); reader.hasNext(entries);) {
+        if (reader.type() != CborReader::Text) {
+            return std::nullopt;
+        }
+        const QString key = reader.text();
+        auto decoded = decodeValue(reader, depth);
+        if (!decoded) {
+            return std::nullopt;
+        }
+        map.insert(key, *std::move(decoded));
     }
     return QVariant(map);
 }
 
-std::optional<QVariant> decodeValue(const QCborValue& value, int depth)
+std::optional<QVariant> decodeInteger(CborReader& reader)
 {
-    switch (value.type()) {
-    case QCborValue::Undefined:
-        return QVariant();
-    case QCborValue::Integer:
-        if (value.toInteger() < std::numeric_limits<int>::min() ||
-            value.toInteger() > std::numeric_limits<int>::max()) {
-            return std::nullopt;
-        }
-        return QVariant(static_cast<int>(value.toInteger()));
-    case QCborValue::String:
-        return QVariant(value.toString());
-    case QCborValue::ByteArray:
-        return QVariant(value.toByteArray());
-    case QCborValue::True:
-    case QCborValue::False:
-        return QVariant(value.toBool());
-    case QCborValue::Double:
-        return QVariant(value.toDouble());
-    case QCborValue::Array:
-    case QCborValue::Map:
-        return decodeContainer(value, depth);
-    default:
-        return value.isTag() ? decodeTagged(value) : std::nullopt;
+    double rounded = 0;
+    const auto number = reader.integer(&rounded);
+    if (!number) {
+        return QVariant(rounded); // deliberate: as messages have always been read
     }
+    if (*number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
+        return std::nullopt;
+    }
+    return QVariant(static_cast<int>(*number));
+}
+
+std::optional<QVariant> decodeSimple(CborReader& reader)
+{
+    switch (reader.argument()) {
+    case CborReader::undefinedValue:
+        return QVariant();
+    case CborReader::trueValue:
+        return QVariant(true);
+    case CborReader::falseValue:
+        return QVariant(false);
+    default:
+        return std::nullopt;
+    }
+}
+
+/** @param depth of the lists and maps that the value is in */
+std::optional<QVariant> decodeValue(CborReader& reader, int depth)
+{
+    switch (reader.type()) {
+    case CborReader::Unsigned:
+    case CborReader::Negative:
+        return decodeInteger(reader);
+    case CborReader::Bytes: {
+        const QByteArray bytes = reader.string();
+        return QVariant(QByteArray(bytes.constData(), bytes.size())); // which may outlive the message
+    }
+    case CborReader::Text:
+        return QVariant(reader.text());
+    case CborReader::Array:
+        return depth < Limits::maxNesting ? decodeArray(reader, depth + 1) : std::nullopt;
+    case CborReader::Map:
+        return depth < Limits::maxNesting ? decodeMap(reader, depth + 1) : std::nullopt;
+    case CborReader::Tag:
+        return decodeTagged(reader);
+    case CborReader::Simple:
+        return decodeSimple(reader);
+    case CborReader::Real:
+        return QVariant(reader.real());
+    }
+    return std::nullopt;
 }
 
 } // namespace
 
-QCborValue VariantCbor::encode(const QVariant& value)
+void VariantCbor::encode(uint value, CborWriter& writer)
+{
+    writer.tag(uintTag);
+    writer.integer(value);
+}
+
+void VariantCbor::encode(const QVariant& value, CborWriter& writer)
 {
     switch (static_cast<QMetaType::Type>(value.userType())) {
     case QMetaType::Bool:
-        return QCborValue(value.toBool());
+        writer.boolean(value.toBool());
+        break;
     case QMetaType::Int:
     case QMetaType::Short:
     case QMetaType::UShort:
     case QMetaType::SChar:
     case QMetaType::UChar:
-        return QCborValue(value.toInt());
+        writer.integer(value.toInt());
+        break;
     case QMetaType::UInt:
-        return QCborValue(uintTag, QCborValue(static_cast<qint64>(value.toUInt())));
+        encode(value.toUInt(), writer);
+        break;
     case QMetaType::Long:
     case QMetaType::LongLong:
-        return QCborValue(longLongTag, QCborValue(value.toLongLong()));
+        writer.tag(longLongTag);
+        writer.integer(value.toLongLong());
+        break;
     case QMetaType::ULong:
     case QMetaType::ULongLong:
-        return QCborValue(unsignedLongLongTag, QCborValue(QByteArray::number(value.toULongLong())));
+        writer.tag(unsignedLongLongTag);
+        writer.bytes(QByteArray::number(value.toULongLong()));
+        break;
     case QMetaType::Float:
     case QMetaType::Double:
-        return QCborValue(value.toDouble());
+        writer.real(value.toDouble());
+        break;
     case QMetaType::QString:
-        return QCborValue(value.toString());
+        writer.text(value.toString());
+        break;
     case QMetaType::QByteArray:
-        return QCborValue(value.toByteArray());
-    case QMetaType::QStringList:
-        return QCborValue(stringListTag, QCborValue(QCborArray::fromStringList(value.toStringList())));
-    case QMetaType::QDateTime:
-        return QCborValue(dateTimeTag, QCborValue(value.toDateTime().toString(Qt::ISODateWithMs)));
-    case QMetaType::QUrl:
-        return QCborValue(urlTag, QCborValue(value.toUrl().toString(QUrl::FullyEncoded)));
-    case QMetaType::QVariantList: {
-        QCborArray array;
-        const QVariantList list = value.toList();
-        for (const QVariant& entry : list) {
-            array.append(encode(entry));
+        writer.bytes(value.toByteArray());
+        break;
+    case QMetaType::QStringList: {
+        const QStringList list = value.toStringList();
+        writer.tag(stringListTag);
+        writer.array(list.size());
+        for (const QString& entry : list) {
+            writer.text(entry);
         }
-        return array;
+        break;
+    }
+    case QMetaType::QDateTime:
+        writer.tag(dateTimeTag);
+        writer.text(value.toDateTime().toString(Qt::ISODateWithMs));
+        break;
+    case QMetaType::QUrl:
+        writer.tag(urlTag);
+        writer.text(value.toUrl().toString(QUrl::FullyEncoded));
+        break;
+    case QMetaType::QVariantList: {
+        const QVariantList list = value.toList();
+        writer.array(list.size());
+        for (const QVariant& entry : list) {
+            encode(entry, writer);
+        }
+        break;
     }
     case QMetaType::QVariantMap: {
-        QCborMap map;
         const QVariantMap entries = value.toMap();
+        writer.map(entries.size());
         for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-            map.insert(entry.key(), encode(entry.value()));
+            writer.text(entry.key());
+            encode(entry.value(), writer);
         }
-        return map;
+        break;
     }
     default:
-        return QCborValue(QCborValue::Undefined);
+        writer.undefined();
     }
 }
 
-std::optional<QVariant> VariantCbor::decode(const QCborValue& value)
+std::optional<QVariant> VariantCbor::decode(CborReader& reader)
 {
-    return decodeValue(value, 0);
+    return decodeValue(reader, 0);
 }

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <QByteArray>
-#include <QCborValue>
 #include <QVariant>
 
 #include <optional>
+
+class CborReader;
+class CborWriter;
 
 /**
  * QVariants as CBOR (RFC 8949) and back, with their types: texts, byte strings, booleans, doubles, ints,
@@ -20,10 +21,16 @@
  */
 namespace VariantCbor {
 
-/** Converts a value. */
-QCborValue encode(const QVariant& value);
+/** Writes a value. */
+void encode(const QVariant& value, CborWriter& writer);
 
-/** Converts back; empty for a value that encode does not make, or nested beyond Limits::maxNesting. */
-std::optional<QVariant> decode(const QCborValue& value);
+/** Writes a uint: a tag and an integer. */
+void encode(uint value, CborWriter& writer);
+
+/**
+ * Reads the next item; empty for one that encode does not make, or nested beyond Limits::maxNesting. Of pairs
+ * with the same key the last one counts. An integer beyond 64 bits with a sign is a double.
+ */
+std::optional<QVariant> decode(CborReader& reader);
 
 } // namespace VariantCbor

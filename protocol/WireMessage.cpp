@@ -1,12 +1,13 @@
 #include "protocol/WireMessage.h"
 
-#include "protocol/CborLengths.h"
+#include "protocol/CborReader.h"
+#include "protocol/CborWriter.h"
 #include "protocol/PrintableName.h"
 #include "protocol/VariantCbor.h"
+#include "src/vocabulary/Vocabulary.h"
 
-#include <QCborMap>
-#include <QCborStreamReader>
-
+#include <algorithm>
+#include <array>
 #include <limits>
 
 namespace {
@@ -22,54 +23,102 @@ enum Key
     PayloadKey = 5,
     CodeKey = 6,
     TextKey = 7,
+    KeyCount = 8,
 };
 
 constexpr Key textKeys[] = {NameKey, SecretKey, CodeKey, TextKey};
 
-// 0 for anything but an integer: QCborValue would convert a double that no integer can hold.
-qint64 integerAt(const QCborMap& map, Key key)
+bool isInteger(CborReader::Type type)
 {
-    const QCborValue value = map.value(key);
-    return value.isInteger() ? value.toInteger() : 0;
+    return type == CborReader::Unsigned || type == CborReader::Negative;
 }
 
-/** A number or a name from a message, for a text. */
-QString shown(const QCborValue& value)
+/** Reads an item as an integer; empty for anything else, and beyond 64 bits with a sign. */
+std::optional<qint64> integerOf(CborReader value)
 {
-    return value.isInteger()  ? QString::number(value.toInteger())
-           : value.isString() ? printableName(value.toString())
-                              : QStringLiteral("(not a number)");
+    double rounded = 0;
+    return isInteger(value.type()) ? value.integer(&rounded) : std::nullopt;
 }
 
-bool isKnown(const QCborValue& key)
+/** Where the values of a message are, by their keys; empty for those that it does not have. */
+class Values
 {
-    return key.isInteger() && key.toInteger() >= VersionKey && key.toInteger() <= TextKey;
-}
+public:
+    /** Notes where the values are. @return the first key that no message has, for a text; empty for none */
+    QString find(CborReader map)
+    {
+        QString unknown;
+        for (CborReader::Entries entries = map.enter(); map.hasNext(entries);) {
+            const CborReader key = map;
+            map.skip();
+            const auto number = integerOf(key);
+            if (!number || *number < VersionKey || *number >= KeyCount) {
+                unknown = unknown.isEmpty() ? shown(key) : unknown;
+            } else if (auto& value = m_values[static_cast<std::size_t>(*number)]; !value) {
+                value = map;
+            }
+            map.skip();
+        }
+        return unknown;
+    }
+
+    /** Returns the value of a key; empty for one that is not there, or undefined. */
+    std::optional<CborReader> at(Key key) const
+    {
+        const auto& value = m_values[key];
+        CborReader reader = value.value_or(CborReader(QByteArray()));
+        const bool undefined =
+            value && reader.type() == CborReader::Simple && reader.argument() == CborReader::undefinedValue;
+        return undefined ? std::nullopt : value;
+    }
+
+    /** Returns an integer; 0 for anything else. */
+    qint64 integerAt(Key key) const
+    {
+        const auto value = at(key);
+        return value ? integerOf(*value).value_or(0) : 0;
+    }
+
+    QString textAt(Key key) const
+    {
+        auto value = at(key);
+        return value ? value->text() : QString();
+    }
+
+    /** A number or a name from a message, for a text. */
+    static QString shown(std::optional<CborReader> value)
+    {
+        const auto number = value ? integerOf(*value) : std::nullopt;
+        return number                                       ? QString::number(*number)
+               : value && value->type() == CborReader::Text ? printableName(value->text())
+                                                            : QStringLiteral("(not a number)");
+    }
+
+private:
+    std::array<std::optional<CborReader>, KeyCount> m_values;
+};
 
 /** What is wrong with a message apart from its payload; empty when nothing is. */
-QString faultOf(const QCborMap& map)
+QString faultOf(const Values& values, const QString& unknownKey)
 {
-    if (integerAt(map, VersionKey) != WireMessage::version) {
-        return QStringLiteral("unknown version %1").arg(shown(map.value(VersionKey)));
+    if (values.integerAt(VersionKey) != WireMessage::version) {
+        return QStringLiteral("unknown version %1").arg(Values::shown(values.at(VersionKey)));
     }
-    const qint64 kind = integerAt(map, KindKey);
+    const qint64 kind = values.integerAt(KindKey);
     if (kind < WireMessage::Login || kind > WireMessage::Event) {
-        return QStringLiteral("unknown kind %1").arg(shown(map.value(KindKey)));
+        return QStringLiteral("unknown kind %1").arg(Values::shown(values.at(KindKey)));
     }
-    for (const auto entry : map) {
-        if (!isKnown(entry.first)) {
-            return QStringLiteral("unknown key %1").arg(shown(entry.first));
-        }
+    if (!unknownKey.isEmpty()) {
+        return QStringLiteral("unknown key %1").arg(unknownKey);
     }
     for (const Key key : textKeys) {
-        if (!map.value(key).isUndefined() && !map.value(key).isString()) {
+        if (const auto value = values.at(key); value && value->type() != CborReader::Text) {
             return QStringLiteral("key %1 is not a text").arg(key);
         }
     }
-    const QCborValue id = map.value(IdKey);
-    const qint64 number = integerAt(map, IdKey);
-    if ((!id.isUndefined() && !id.isInteger()) || number < 0 ||
-        number > std::numeric_limits<quint32>::max()) {
+    const auto id = values.at(IdKey);
+    const auto number = id ? integerOf(*id) : std::optional<qint64>(0);
+    if (!number || *number < 0 || *number > std::numeric_limits<quint32>::max()) {
         return QStringLiteral("key %1 is not a number of a command").arg(IdKey);
     }
     return QString();
@@ -79,26 +128,42 @@ QString faultOf(const QCborMap& map)
 
 QByteArray WireMessage::toBytes() const
 {
-    QCborMap map;
-    map.insert(VersionKey, version);
-    map.insert(KindKey, static_cast<int>(kind));
-    if (id != 0) {
-        map.insert(IdKey, static_cast<qint64>(id));
-    }
-    if (payload.isValid()) {
-        map.insert(PayloadKey, VariantCbor::encode(payload));
-    }
+    constexpr int headsOfMessage = 64; // bytes; a guess that saves time
     const std::pair<Key, const QString&> texts[] = {
         {NameKey, name}, {SecretKey, secret}, {CodeKey, code}, {TextKey, text}};
-    for (const auto& [key, value] : texts) {
-        if (!value.isEmpty()) {
-            map.insert(key, value);
+    const bool hasPayload = payload.isValid() || !encodedPayload.isEmpty();
+    const auto textCount = std::count_if(std::begin(texts), std::end(texts),
+                                         [](const auto& each) { return !each.second.isEmpty(); });
+    QByteArray bytes;
+    bytes.reserve(headsOfMessage + encodedPayload.size());
+    CborWriter writer(bytes);
+    writer.map(2 + (id != 0 ? 1 : 0) + (hasPayload ? 1 : 0) + static_cast<int>(textCount));
+    writer.integer(VersionKey);
+    writer.integer(version);
+    writer.integer(KindKey);
+    writer.integer(kind);
+    if (id != 0) {
+        writer.integer(IdKey);
+        writer.integer(id);
+    }
+    if (hasPayload) {
+        writer.integer(PayloadKey);
+        if (encodedPayload.isEmpty()) {
+            VariantCbor::encode(payload, writer);
+        } else {
+            writer.encoded(encodedPayload);
         }
     }
-    return QCborValue(map).toCbor();
+    for (const auto& [key, value] : texts) {
+        if (!value.isEmpty()) {
+            writer.integer(key);
+            writer.text(value);
+        }
+    }
+    return bytes;
 }
 
-std::optional<WireMessage> WireMessage::fromBytes(const QByteArray& bytes, QString* error)
+std::optional<WireMessage> WireMessage::fromBytes(const QByteArray& bytes, QString* error, TalkDataAs as)
 {
     const auto fail = [error](const QString& reason) {
         if (error != nullptr) {
@@ -106,29 +171,34 @@ std::optional<WireMessage> WireMessage::fromBytes(const QByteArray& bytes, QStri
         }
         return std::nullopt;
     };
-    if (!cborLengthsFit(bytes)) {
+    const CborReader message(bytes);
+    if (!isCbor(bytes) || message.type() != CborReader::Map) {
         return fail(QStringLiteral("not a message"));
     }
-    QCborParserError problem;
-    const QCborValue value = QCborValue::fromCbor(bytes, &problem);
-    if (problem.error != QCborError::NoError || problem.offset != bytes.size() || !value.isMap()) {
-        return fail(QStringLiteral("not a message"));
-    }
-    const QCborMap map = value.toMap();
-    if (const QString fault = faultOf(map); !fault.isEmpty()) {
+    Values values;
+    const QString unknownKey = values.find(message);
+    if (const QString fault = faultOf(values, unknownKey); !fault.isEmpty()) {
         return fail(fault);
     }
-    auto payload = VariantCbor::decode(map.value(PayloadKey));
-    if (!payload) {
-        return fail(QStringLiteral("unknown type in the payload"));
+    WireMessage read;
+    read.kind = static_cast<Kind>(values.integerAt(KindKey));
+    read.id = static_cast<quint32>(values.integerAt(IdKey));
+    read.name = values.textAt(NameKey);
+    read.secret = values.textAt(SecretKey);
+    read.code = values.textAt(CodeKey);
+    read.text = values.textAt(TextKey);
+    const auto payload = values.at(PayloadKey);
+    if (payload && as == Texts && read.kind == Command && read.name == Vocabulary::TalkData) {
+        CborReader reader = *payload;
+        read.talkData = TalkDataPayload::read(reader, bytes);
     }
-    WireMessage message;
-    message.kind = static_cast<Kind>(integerAt(map, KindKey));
-    message.id = static_cast<quint32>(integerAt(map, IdKey));
-    message.name = map.value(NameKey).toString();
-    message.secret = map.value(SecretKey).toString();
-    message.payload = std::move(*payload);
-    message.code = map.value(CodeKey).toString();
-    message.text = map.value(TextKey).toString();
-    return message;
+    if (payload && !read.talkData) {
+        CborReader reader = *payload;
+        auto decoded = VariantCbor::decode(reader);
+        if (!decoded) {
+            return fail(QStringLiteral("unknown type in the payload"));
+        }
+        read.payload = *std::move(decoded);
+    }
+    return read;
 }

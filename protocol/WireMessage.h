@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/TalkDataPayload.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QVariant>
@@ -33,6 +35,13 @@ struct WireMessage
         Event = 6,   ///< From the server.
     };
 
+    /** How the payload of a TalkData command is read. */
+    enum TalkDataAs
+    {
+        Variants, ///< As that of any other command.
+        Texts,    ///< To talkData in place of the payload, if it is a regular one.
+    };
+
     static constexpr int version = 1; ///< Of the protocol; messages of other versions are refused.
 
     Kind kind = Login; ///< The message's kind.
@@ -43,15 +52,20 @@ struct WireMessage
     QString code;      ///< Return code of a reply.
     QString text;      ///< Error text of a reply, reason of a refusal.
 
+    QByteArray encodedPayload; ///< A payload that is CBOR already, in place of the other; never read.
+    std::optional<TalkDataPayload> talkData; ///< See TalkDataAs; never written.
+
     /** Returns the message as CBOR. */
     QByteArray toBytes() const;
 
     /**
-     * Reads a message.
+     * Reads a message. Of two values of the same key the first one counts.
      *
      * @param error receives the reason of a failure, with the unknown version, kind or key; at most 100 bytes
      *              of UTF-8, printable; may be null
+     * @param as    what a server that handles talk packets wants of them
      * @return empty for any other bytes
      */
-    static std::optional<WireMessage> fromBytes(const QByteArray& bytes, QString* error = nullptr);
+    static std::optional<WireMessage> fromBytes(const QByteArray& bytes, QString* error = nullptr,
+                                                TalkDataAs as = Variants);
 };

@@ -337,6 +337,13 @@ std::optional<ServerReply> RecordingServer::execute(ServerSession& session, cons
     return (*executor)(session, payload, request);
 }
 
+std::optional<ServerReply> RecordingServer::executeTalkData(ServerSession& session,
+                                                            const TalkDataPayload& talk, quint64 /*request*/)
+{
+    // A regular payload breaks no rule that execute looks at.
+    return isOpen() ? m_talks.talkData(session, talk) : refusal(ReturnCode::storageFailed, m_errorString);
+}
+
 void RecordingServer::openSession(ServerSession& session)
 {
     m_sessions.insert(&session);

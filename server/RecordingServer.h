@@ -62,6 +62,8 @@ public:
 
     std::optional<ServerReply> execute(ServerSession& session, const QString& command,
                                        const QVariant& payload, quint64 request) override;
+    std::optional<ServerReply> executeTalkData(ServerSession& session, const TalkDataPayload& talk,
+                                               quint64 request) override;
     void openSession(ServerSession& session) override;
     void closeSession(ServerSession& session) override;
 

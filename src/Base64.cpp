@@ -45,6 +45,23 @@ constexpr std::array<std::uint32_t, 256> secondValues = makeValues(12, false);
 constexpr std::array<std::uint32_t, 256> thirdValues = makeValues(6, true);
 constexpr std::array<std::uint32_t, 256> fourthValues = makeValues(0, true);
 
+constexpr unsigned char noValue = 0x80;
+
+/** Values of the characters; noValue for those outside the alphabet. */
+constexpr std::array<unsigned char, 256> makeStrictValues()
+{
+    std::array<unsigned char, 256> values{};
+    for (unsigned char& value : values) {
+        value = noValue;
+    }
+    for (unsigned char value = 0; value < 64; ++value) {
+        values[static_cast<unsigned char>(alphabet[value])] = value;
+    }
+    return values;
+}
+
+constexpr std::array<unsigned char, 256> strictValues = makeStrictValues();
+
 /** Text and output of a decoding that goes character by character. */
 class GroupDecoder
 {
@@ -160,6 +177,40 @@ unsigned Base64Decode(const char* in, unsigned inLength, unsigned char* out, uns
         left = decoder.left();
         to = decoder.out();
         room = decoder.room();
+    }
+    return static_cast<unsigned>(to - out);
+}
+
+std::optional<unsigned> Base64DecodeStrict(const char* in, unsigned inLength, unsigned char* out)
+{
+    const auto* text = reinterpret_cast<const unsigned char*>(in);
+    unsigned left = inLength;
+    if (left > 0 && left % 4 == 0 && text[left - 1] == '=') {
+        left -= text[left - 2] == '=' ? 2 : 1;
+    }
+    unsigned char* to = out;
+    for (; left >= 4; left -= 4, text += 4, to += 3) {
+        const unsigned char first = strictValues[text[0]];
+        const unsigned char second = strictValues[text[1]];
+        const unsigned char third = strictValues[text[2]];
+        const unsigned char fourth = strictValues[text[3]];
+        if (((first | second | third | fourth) & noValue) != 0) {
+            return std::nullopt;
+        }
+        to[0] = static_cast<unsigned char>(first << 2U | second >> 4U);
+        to[1] = static_cast<unsigned char>(second << 4U | third >> 2U);
+        to[2] = static_cast<unsigned char>(third << 6U | fourth);
+    }
+    std::uint32_t bits = 0;
+    for (unsigned i = 0; i < left; ++i) {
+        const unsigned char value = strictValues[text[i]];
+        if (value == noValue) {
+            return std::nullopt;
+        }
+        bits |= std::uint32_t{value} << (18U - 6U * i);
+    }
+    for (unsigned i = 0; i + 1 < left; ++i) {
+        *to++ = static_cast<unsigned char>(bits >> (16U - 8U * i));
     }
     return static_cast<unsigned>(to - out);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 /**
  * Encodes Base64 (RFC 4648, clause 4): standard alphabet, "=" padding, no line breaks.
  *
@@ -28,3 +30,13 @@ constexpr unsigned Base64EncodeCapacity(unsigned inLength)
  * @return bytes written; 4294967295, and nothing written, when the capacity is too small
  */
 unsigned Base64Decode(const char* in, unsigned inLength, unsigned char* out, unsigned outCapacity);
+
+/**
+ * Decodes Base64 text and refuses errors (RFC 4648, clause 3.3): a character outside the alphabet, and "="
+ * but for one or two that fill the last group of four. The padding may be missing, and bits without a byte
+ * are not looked at.
+ *
+ * @param out room for inLength / 4 * 3 + 2 bytes
+ * @return bytes written; empty for a text with an error, of which some may have been written
+ */
+std::optional<unsigned> Base64DecodeStrict(const char* in, unsigned inLength, unsigned char* out);

@@ -88,5 +88,5 @@ void OutputRecorder::read()
 bool OutputRecorder::write(const QString& path) const
 {
     WaveFileWriter writer(path, sampleRate);
-    return writer.isOpen() && writer.write(m_sound.samples);
+    return writer.write(m_sound.samples) && writer.flush();
 }

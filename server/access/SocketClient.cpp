@@ -76,7 +76,7 @@ void SocketClient::receive(const QByteArray& bytes)
         return;
     }
     QString error;
-    const auto message = WireMessage::fromBytes(bytes, &error);
+    const auto message = WireMessage::fromBytes(bytes, &error, WireMessage::Texts);
     if (!message) {
         drop(error);
         return;
@@ -93,7 +93,11 @@ void SocketClient::receive(const QByteArray& bytes)
         drop(QStringLiteral("the command %1 has no number").arg(printableName(message->name)));
         return;
     }
-    m_session->submit(message->name, message->payload, message->id);
+    if (message->talkData) {
+        m_session->submitTalkData(*message->talkData, message->id);
+    } else {
+        m_session->submit(message->name, message->payload, message->id);
+    }
 }
 
 void SocketClient::login(const WireMessage& message)
@@ -141,6 +145,15 @@ void SocketClient::answerLogin(bool admitted)
                 message.kind = WireMessage::Event;
                 message.name = event;
                 message.payload = payload;
+                send(message);
+            });
+    m_session->setTakesEncoded();
+    connect(m_session.get(), &ServerSession::encodedEventRaised, this,
+            [this](const QString& event, const QByteArray& payload) {
+                WireMessage message;
+                message.kind = WireMessage::Event;
+                message.name = event;
+                message.encodedPayload = payload;
                 send(message);
             });
     WireMessage welcome;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "protocol/ServerReply.h"
+#include "protocol/TalkDataPayload.h"
+#include "protocol/Words.h"
 
 #include <optional>
 
@@ -20,6 +22,13 @@ public:
      */
     virtual std::optional<ServerReply> execute(ServerSession& session, const QString& command,
                                                const QVariant& payload, quint64 request) = 0;
+
+    /** Executes a TalkData command whose payload is regular, and is not made a QVariant. */
+    virtual std::optional<ServerReply> executeTalkData(ServerSession& session, const TalkDataPayload& talk,
+                                                       quint64 request)
+    {
+        return execute(session, Vocabulary::TalkData, talk.toMap(), request);
+    }
 
     /** Registers a new session, which from then on receives events. */
     virtual void openSession(ServerSession& session) = 0;

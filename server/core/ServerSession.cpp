@@ -35,6 +35,16 @@ void ServerSession::submit(const QString& command, const QVariant& payload, quin
     }
 }
 
+void ServerSession::submitTalkData(const TalkDataPayload& talk, quint64 request)
+{
+    m_command = Vocabulary::TalkData;
+    m_request = request;
+    const auto reply = m_executor.executeTalkData(*this, talk, request);
+    if (reply) {
+        sendReply(m_command, request, *reply);
+    }
+}
+
 LateReply ServerSession::replyLater()
 {
     return LateReply(*this, m_command, m_request);
@@ -45,6 +55,12 @@ void ServerSession::sendReply(const QString& command, quint64 request, const Ser
     QMetaObject::invokeMethod(
         this, [this, command, request, reply] { Q_EMIT replied(command, request, reply); },
         Qt::QueuedConnection);
+}
+
+void ServerSession::raiseEncodedEvent(const QString& event, const QByteArray& payload)
+{
+    QMetaObject::invokeMethod(
+        this, [this, event, payload] { Q_EMIT encodedEventRaised(event, payload); }, Qt::QueuedConnection);
 }
 
 void ServerSession::raiseEvent(const QString& event, const QVariantMap& fields)

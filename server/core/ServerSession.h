@@ -49,6 +49,9 @@ public:
      * carries */
     void submit(const QString& command, const QVariant& payload, quint64 request);
 
+    /** Executes a TalkData command; replied follows. */
+    void submitTalkData(const TalkDataPayload& talk, quint64 request);
+
     /** Emits replied later; a command that takes long has several replies. */
     void sendReply(const QString& command, quint64 request, const ServerReply& reply);
 
@@ -64,6 +67,15 @@ public:
     /** Returns how many bytes wait for the client; 0 where nothing ever waits. */
     qint64 waitingBytes() const { return m_waiting ? m_waiting() : 0; }
 
+    /** Takes events of talks as CBOR, by encodedEventRaised: for transports that send it. */
+    void setTakesEncoded() { m_takesEncoded = true; }
+
+    /** Returns whether encodedEventRaised is wanted in place of eventRaised. */
+    bool takesEncoded() const { return m_takesEncoded; }
+
+    /** Emits encodedEventRaised later. */
+    void raiseEncodedEvent(const QString& event, const QByteArray& payload);
+
     /** Emits eventRaised later, with the fields as the payload. */
     void raisePlainEvent(const QString& event, const QVariantMap& fields);
 
@@ -77,9 +89,13 @@ Q_SIGNALS:
     /** Emitted for each event, never during a call of submit. */
     void eventRaised(const QString& event, const QVariant& payload);
 
+    /** Emitted for an event whose payload is CBOR already; only if setTakesEncoded was called. */
+    void encodedEventRaised(const QString& event, const QByteArray& payload);
+
 private:
     CommandExecutor& m_executor;
     const QString m_client;
+    bool m_takesEncoded = false;
     std::function<qint64()> m_waiting;
     QString m_command;     ///< While it is being executed.
     quint64 m_request = 0; ///< Of that command.

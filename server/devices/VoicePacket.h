@@ -19,6 +19,10 @@ struct VoicePacket
 
     /** The fields of an AudioReceived event, without the token. */
     QVariantMap toFields() const;
+
+    /** The payload of an AudioReceived event as CBOR: the same fields and the token, under the event's name.
+     */
+    QByteArray toPayload(const QString& token) const;
 };
 
 Q_DECLARE_METATYPE(VoicePacket)

@@ -4,6 +4,7 @@
 #include "protocol/Words.h"
 #include "server/core/ServerSession.h"
 #include "server/talks/TalkDestinations.h"
+#include "src/Base64.h"
 
 #include <QRandomGenerator>
 #include <QSet>
@@ -24,13 +25,19 @@ QString makeToken()
     return token;
 }
 
-std::optional<QByteArray> decodePacket(const QString& text)
+std::optional<QByteArray> decodePacket(std::string_view text)
 {
     if (text.size() > Limits::maxTalkDataLength) {
         return std::nullopt;
     }
-    auto result = QByteArray::fromBase64Encoding(text.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
-    return result ? std::optional(std::move(result.decoded)) : std::nullopt;
+    QByteArray packet(static_cast<int>(text.size()) / 4 * 3 + 2, Qt::Uninitialized);
+    const auto size = Base64DecodeStrict(text.data(), static_cast<unsigned>(text.size()),
+                                         reinterpret_cast<unsigned char*>(packet.data()));
+    if (!size) {
+        return std::nullopt;
+    }
+    packet.truncate(static_cast<int>(*size));
+    return packet;
 }
 
 } // namespace
@@ -202,9 +209,14 @@ void TalkService::spoke(const QString& token, const VoicePacket& packet)
     if (talk == m_talks.end() || talk->second.state != Talk::Open) {
         return;
     }
+    ServerSession& session = *talk->second.session;
+    if (session.takesEncoded()) {
+        session.raiseEncodedEvent(Vocabulary::AudioReceived, packet.toPayload(token));
+        return;
+    }
     QVariantMap fields = packet.toFields();
     fields.insert(Words::Token, token);
-    talk->second.session->raiseEvent(Vocabulary::AudioReceived, fields);
+    session.raiseEvent(Vocabulary::AudioReceived, fields);
 }
 
 /** Whether a session has a target that is open, or may yet be, and that its client knows. */
@@ -324,9 +336,23 @@ ServerReply TalkService::talkData(ServerSession& session, const QVariant& payloa
     const QVariantMap request = payload.toMap();
     const QString targets = request.value(Vocabulary::targets).toString();
     const QString talkData = request.value(Vocabulary::talkData).toString();
+    const QByteArray text = talkData.toLatin1(); // what Latin-1 does not have becomes "?", which is no Base64
+    return carry(session, targets, {text.constData(), static_cast<std::size_t>(text.size())});
+}
+
+ServerReply TalkService::talkData(ServerSession& session, const TalkDataPayload& payload)
+{
+    return carry(session,
+                 QString::fromLatin1(payload.targets.data(), static_cast<int>(payload.targets.size())),
+                 payload.talkData);
+}
+
+/** @param text the packet in Base64 */
+ServerReply TalkService::carry(ServerSession& session, const QString& targets, std::string_view text)
+{
     const auto tokens =
         targets.size() <= Limits::maxTargetsLength ? parseTalkDestinations(targets) : std::nullopt;
-    const auto packet = decodePacket(talkData);
+    const auto packet = decodePacket(text);
     if (!tokens || tokens->isEmpty() || !packet) {
         return refusal(ReturnCode::malformedRequest, QStringLiteral("not a talk packet"));
     }

@@ -2,6 +2,7 @@
 
 #include "protocol/Limits.h"
 #include "protocol/ServerReply.h"
+#include "protocol/TalkDataPayload.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/CameraBackend.h"
 #include "server/devices/SpeakerBackend.h"
@@ -11,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 /** How long a talk waits for its device, and how many do. */
@@ -90,6 +92,9 @@ public:
      */
     ServerReply talkData(ServerSession& session, const QVariant& payload);
 
+    /** Does the same for a payload that was not made a QVariant. */
+    ServerReply talkData(ServerSession& session, const TalkDataPayload& payload);
+
     /** Closes all talks of a session that goes away. */
     void closeSession(ServerSession& session);
 
@@ -113,6 +118,7 @@ private:
     };
     using Talks = std::map<QString, Talk>; ///< By token.
 
+    ServerReply carry(ServerSession& session, const QString& targets, std::string_view text);
     bool mayOpen(const ServerSession& session) const;
     const ServerSession* otherThatTalks(const QString& camera, const ServerSession& session) const;
     void open(ServerSession& session, int device, const QVariantMap& answer,

@@ -1,5 +1,6 @@
 #include "src/Base64.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
 #include <vector>
@@ -21,6 +22,11 @@ private Q_SLOTS:
     void decodeExamples();
     void decodeRefusesTooSmallCapacity();
     void decodeNeverWritesBeyondTheCapacity();
+    void strictDecodingOfAllLengths();
+    void strictDecodingOfAllCharacters();
+    void strictDecodingRefuses_data();
+    void strictDecodingRefuses();
+    void strictDecodingOfAnyText();
 };
 
 namespace {
@@ -50,6 +56,23 @@ Decoded decode(const QByteArray& text, unsigned capacity)
     decoded.count = Base64Decode(exact.data(), static_cast<unsigned>(exact.size()), out.data(), capacity);
     decoded.room = QByteArray(reinterpret_cast<const char*>(out.data()), static_cast<int>(capacity));
     return decoded;
+}
+
+/** Decodes between heap blocks of the exact size. */
+std::optional<QByteArray> decodeStrictly(const QByteArray& text)
+{
+    const std::vector<char> exact(text.begin(), text.end());
+    std::vector<unsigned char> out(exact.size() / 4 * 3 + 2);
+    const auto size = Base64DecodeStrict(exact.data(), static_cast<unsigned>(exact.size()), out.data());
+    return size
+               ? std::optional(QByteArray(reinterpret_cast<const char*>(out.data()), static_cast<int>(*size)))
+               : std::nullopt;
+}
+
+std::optional<QByteArray> qtStrictly(const QByteArray& text)
+{
+    const auto result = QByteArray::fromBase64Encoding(text, QByteArray::AbortOnBase64DecodingErrors);
+    return result ? std::optional(result.decoded) : std::nullopt;
 }
 
 } // namespace
@@ -187,6 +210,70 @@ void TestBase64::decodeNeverWritesBeyondTheCapacity()
         const auto capacity = static_cast<unsigned>(length) / 4 * 3;
         QCOMPARE(decode(text, capacity).count, capacity); // out is a block of just this size
         QVERIFY(decode(QByteArray(length, '='), capacity).count <= capacity);
+    }
+}
+
+void TestBase64::strictDecodingOfAllLengths()
+{
+    QByteArray bytes;
+    for (int length = 0; length < 700; ++length) {
+        QVERIFY(decodeStrictly(bytes.toBase64()) == bytes);
+        QVERIFY(decodeStrictly(bytes.toBase64(QByteArray::OmitTrailingEquals)) == bytes);
+        bytes.append(static_cast<char>(length * 151 + 7));
+    }
+}
+
+void TestBase64::strictDecodingOfAllCharacters()
+{
+    for (int character = 0; character < 256; ++character) {
+        for (int length = 1; length < 9; ++length) {
+            for (int place = 0; place < length; ++place) {
+                QByteArray text(length, 'Q');
+                text[place] = static_cast<char>(character);
+                QVERIFY2(decodeStrictly(text) == qtStrictly(text), text.toHex().constData());
+            }
+        }
+    }
+}
+
+void TestBase64::strictDecodingRefuses_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("refused");
+    QTest::newRow("nothing") << QByteArray() << false;
+    QTest::newRow("one character") << QByteArray("Q") << false;
+    QTest::newRow("bits without a byte") << QByteArray("QR==") << false;
+    QTest::newRow("padding alone") << QByteArray("====") << true;
+    QTest::newRow("two of padding alone") << QByteArray("==") << true;
+    QTest::newRow("too much padding") << QByteArray("Q===") << true;
+    QTest::newRow("too little padding") << QByteArray("QQ=") << true;
+    QTest::newRow("padding in the middle") << QByteArray("QQ==QQQQ") << true;
+    QTest::newRow("padding before the last") << QByteArray("QQ=Q") << true;
+    QTest::newRow("line break") << QByteArray("QQQQ\nQQQQ") << true;
+    QTest::newRow("space") << QByteArray("QQQ ") << true;
+    QTest::newRow("alphabet for URLs") << QByteArray("QQ-_") << true;
+    QTest::newRow("zero byte") << QByteArray("QQ\0Q", 4) << true;
+    QTest::newRow("high bit") << QByteArray("QQQ\xD1", 4) << true;
+}
+
+void TestBase64::strictDecodingRefuses()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(bool, refused);
+    QCOMPARE(!decodeStrictly(text), refused);
+    QVERIFY2(decodeStrictly(text) == qtStrictly(text), text.toHex().constData());
+}
+
+void TestBase64::strictDecodingOfAnyText()
+{
+    QRandomGenerator random(1);
+    const QByteArray alphabet("AZaz09+/====");
+    for (int i = 0; i < 20000; ++i) {
+        QByteArray text;
+        for (int left = random.bounded(12); left > 0; --left) {
+            text += alphabet[random.bounded(alphabet.size())];
+        }
+        QVERIFY2(decodeStrictly(text) == qtStrictly(text), text.toHex().constData());
     }
 }
 

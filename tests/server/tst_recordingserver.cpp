@@ -1,12 +1,16 @@
 #include "audio/NumberedFile.h"
 #include "audio/PacketHeader.h"
 #include "protocol/CameraSettingsRecord.h"
+#include "protocol/WireMessage.h"
+#include "protocol/Words.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
 #include "server/devices/simulated/SimulatedDevices.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/WavFiles.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -40,7 +44,8 @@ private Q_SLOTS:
     void pendingReplyOfASessionThatGoesAway();
     void unwritableFolder();
     void cameraNamesMakeSafeFiles();
-    void recordingIsCompleteAtAnyMoment();
+    void recordingIsWrittenInTime();
+    void fullDiskIsTold();
     void recordingsAreNotReplaced();
     void numbersCostFewLooks();
     void numbersOfTwoPrograms();
@@ -54,6 +59,7 @@ private:
     };
 
     ServerReply ask(const QString& command, const QVariant& payload);
+    ServerReply askInTexts(const TalkDataPayload& talk);
     QString openTalk(const QString& camera = QStringLiteral("cam"), const QString& relay = QString());
     QVariantMap talk(const QString& targets, const QByteArray& packet);
     QStringList recordings() const { return m_simulated.recordings->talks; }
@@ -124,6 +130,14 @@ ServerReply TestRecordingServer::ask(const QString& command, const QVariant& pay
     const bool answered = QTest::qWaitFor([this] { return !m_answers.empty(); });
     QCoreApplication::processEvents();
     return answered && m_answers.size() == 1 ? m_answers[0].reply : ServerReply{"no single answer", {}, {}};
+}
+
+ServerReply TestRecordingServer::askInTexts(const TalkDataPayload& talk)
+{
+    m_answers.clear();
+    m_session->submitTalkData(talk, 1);
+    const bool answered = QTest::qWaitFor([this] { return !m_answers.empty(); });
+    return answered ? m_answers[0].reply : ServerReply{"no answer", {}, {}};
 }
 
 QString TestRecordingServer::openTalk(const QString& camera, const QString& relay)
@@ -299,7 +313,20 @@ void TestRecordingServer::badTalkData()
     QFETCH(QString, code);
     const QString token = openTalk();
     targets.replace("TOKEN", token);
-    QCOMPARE(ask("TalkData", QVariantMap{{"targets", targets}, {"talkData", data}}).returnCode, code);
+    const QVariantMap payload{{"targets", targets}, {"talkData", data}};
+    const ServerReply reply = ask("TalkData", payload);
+    QCOMPARE(reply.returnCode, code);
+    // The same for a client with a socket, whose packets are no QVariants if they are regular.
+    WireMessage message;
+    message.kind = WireMessage::Command;
+    message.name = Vocabulary::TalkData;
+    message.payload = payload;
+    const auto read = WireMessage::fromBytes(message.toBytes(), nullptr, WireMessage::Texts);
+    QVERIFY(read);
+    const ServerReply same = read->talkData ? askInTexts(*read->talkData) : ask("TalkData", read->payload);
+    QCOMPARE(same.returnCode, code);
+    QCOMPARE(same.errorText, reply.errorText);
+    QCOMPARE(same.result, reply.result);
     // The talk is still good.
     QCOMPARE(ask("TalkData", talk(dest(token), packet(0, silentPacket))).returnCode, ReturnCode::success);
 }
@@ -367,13 +394,37 @@ void TestRecordingServer::cameraNamesMakeSafeFiles()
     QCOMPARE(QFileInfo(recordings()[0]).fileName(), QStringLiteral("___x_y-1.wav"));
 }
 
-void TestRecordingServer::recordingIsCompleteAtAnyMoment()
+void TestRecordingServer::recordingIsWrittenInTime()
 {
     const QString token = openTalk();
-    for (std::uint32_t i = 1; i <= 3; ++i) {
-        ask("TalkData", talk(dest(token), packet((i - 1) * 640, silentPacket)));
-        QCOMPARE(WavFiles::read(recordings()[0]).size(), std::size_t{i * 640});
+    const auto say = [&](std::uint32_t number) {
+        QCOMPARE(ask("TalkData", talk(dest(token), packet(number * 640, silentPacket))).returnCode,
+                 QString("0"));
+    };
+    QElapsedTimer elapsed;
+    elapsed.start();
+    say(0);
+    say(1);
+    QTRY_COMPARE(WavFiles::read(recordings()[0]).size(), std::size_t{1280}); // though nothing follows
+    QVERIFY2(elapsed.elapsed() < 1500, qPrintable(QString::number(elapsed.elapsed())));
+    say(2);
+    QCOMPARE(ask("StopTalk", QVariantMap{{"talkToken", token}}).returnCode, QString("0"));
+    QCOMPARE(WavFiles::read(recordings()[0]).size(), std::size_t{1920}); // all of it at its end
+}
+
+void TestRecordingServer::fullDiskIsTold()
+{
+    if (!FullDisk::possible) {
+        QSKIP("Files cannot be kept small here.");
     }
+    const QString token = openTalk();
+    const FullDisk disk(10000);
+    QString code;
+    for (std::uint32_t i = 0; i < 200 && code != ReturnCode::badTalkPacket; ++i) {
+        code = ask("TalkData", talk(dest(token), packet(i * 640, silentPacket))).returnCode;
+    }
+    QCOMPARE(code, ReturnCode::badTalkPacket);
+    QCOMPARE(ask("TalkData", talk(dest(token), packet(0, silentPacket))).returnCode, code);
 }
 
 void TestRecordingServer::recordingsAreNotReplaced()

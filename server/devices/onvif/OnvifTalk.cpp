@@ -1,7 +1,7 @@
 #include "server/devices/onvif/OnvifTalk.h"
 
+#include "audio/G711.h"
 #include "audio/TalkPacketDecoder.h"
-#include "server/devices/onvif/G711.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/RtspQuestion.h"
 

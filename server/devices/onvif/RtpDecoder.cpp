@@ -1,9 +1,9 @@
 #include "server/devices/onvif/RtpDecoder.h"
 
 #include "audio/AdtsHeader.h"
+#include "audio/G711.h"
 #include "audio/PcmConverter.h"
 #include "server/devices/onvif/BitReader.h"
-#include "server/devices/onvif/G711.h"
 #include "src/decoders/G726.h"
 #include "src/vocabulary/StreamType.h"
 

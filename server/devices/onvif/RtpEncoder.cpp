@@ -2,8 +2,8 @@
 
 #include "audio/AdtsHeader.h"
 #include "audio/AvTalkEncoder.h"
+#include "audio/G711.h"
 #include "audio/PcmConverter.h"
-#include "server/devices/onvif/G711.h"
 #include "src/decoders/CodecTable.h"
 #include "src/decoders/G726.h"
 #include "src/vocabulary/StreamType.h"

@@ -1,6 +1,6 @@
 #include "server/devices/onvif/TalkRecorder.h"
 
-#include "server/devices/onvif/G711.h"
+#include "audio/G711.h"
 #include "src/vocabulary/StreamType.h"
 
 #include <algorithm>

@@ -38,7 +38,9 @@ public:
     /** Takes what the camera said. */
     void hear(const VoicePacket& packet);
 
-    /** Writes what is older than a second. @param time now, microseconds @return false when that fails */
+    /** Gives what is older than a second to the file, which has it within another. @param time now,
+     * microseconds
+     * @return false when what it was given before cannot be written */
     bool flush(std::int64_t time);
 
 private:

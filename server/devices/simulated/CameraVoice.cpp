@@ -115,7 +115,7 @@ void CameraVoice::stop()
     m_heardSamples = 0;
 }
 
-void CameraVoice::hear(std::uint32_t position, const std::vector<std::int16_t>& samples)
+void CameraVoice::hear(std::uint32_t position, std::vector<std::int16_t> samples)
 {
     if (m_config.kind != CameraVoiceConfig::Echo || !m_encoder || m_stopped || samples.empty()) {
         return;
@@ -126,7 +126,8 @@ void CameraVoice::hear(std::uint32_t position, const std::vector<std::int16_t>& 
         return;
     }
     m_heardSamples += samples.size();
-    m_heard.push_back({m_clock->now() + std::chrono::milliseconds(m_config.echoDelay), position, samples});
+    m_heard.push_back(
+        {m_clock->now() + std::chrono::milliseconds(m_config.echoDelay), position, std::move(samples)});
     if (m_heard.size() == 1) {
         m_alarm.setTo(m_heard.front().due);
     }

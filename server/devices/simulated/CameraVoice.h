@@ -58,7 +58,7 @@ public:
      * @param position of the first sample in the talk, samples; wraps
      * @param samples  8000 Hz mono
      */
-    void hear(std::uint32_t position, const std::vector<std::int16_t>& samples);
+    void hear(std::uint32_t position, std::vector<std::int16_t> samples);
 
 Q_SIGNALS:
     /** Emitted for each packet, when it is due. */

@@ -25,25 +25,28 @@ bool SimulatedCameraTalk::start()
 
 bool SimulatedCameraTalk::hear(const QByteArray& packet)
 {
-    const auto talk = m_decoder.decode(packet);
+    auto talk = m_decoder.decode(packet);
     if (!talk) {
         return false;
     }
     const std::uint32_t gap = talk->position - m_nextPosition;
-    std::vector<std::int16_t> samples;
-    if (m_packets > 0 && gap <= maxGap) {
-        samples.resize(gap); // lost packets are heard as silence of their length
-    }
-    samples.insert(samples.end(), talk->samples.begin(), talk->samples.end());
-    m_nextPosition = talk->position + static_cast<std::uint32_t>(talk->samples.size());
+    const bool lost = m_packets > 0 && gap > 0 && gap <= maxGap;
+    const std::size_t count = talk->samples.size();
+    m_nextPosition = talk->position + static_cast<std::uint32_t>(count);
     ++m_packets;
-    m_recorded += samples.size();
-    m_voice.hear(talk->position, talk->samples);
-    return m_recorded <= maxRecorded && m_writer.write(samples);
+    m_recorded += count + (lost ? gap : 0);
+    bool written = m_recorded <= maxRecorded;
+    if (written && lost) {
+        written = m_writer.write(std::vector<std::int16_t>(gap)); // silence of their length
+    }
+    written = written && m_writer.write(talk->samples);
+    m_voice.hear(talk->position, std::move(talk->samples));
+    return written;
 }
 
 void SimulatedCameraTalk::close()
 {
     m_voice.stop();
+    m_writer.flush();
     QMetaObject::invokeMethod(this, &DeviceTalk::closed, Qt::QueuedConnection);
 }

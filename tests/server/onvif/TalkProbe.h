@@ -1,7 +1,7 @@
 #pragma once
 
+#include "audio/G711.h"
 #include "audio/PacketHeader.h"
-#include "server/devices/onvif/G711.h"
 #include "server/devices/onvif/OnvifCameras.h"
 #include "tests/server/onvif/TestCamera.h"
 

@@ -1,9 +1,9 @@
 // Payloads of a camera's codecs, both ways, without a camera.
 
 #include "audio/AdtsHeader.h"
+#include "audio/G711.h"
 #include "audio/PcmConverter.h"
 #include "protocol/CameraSettingsRecord.h"
-#include "server/devices/onvif/G711.h"
 #include "server/devices/onvif/LineWatchdog.h"
 #include "server/devices/onvif/PacketPace.h"
 #include "server/devices/onvif/RtpDecoder.h"
