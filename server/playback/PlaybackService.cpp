@@ -207,14 +207,15 @@ void PlaybackService::connectPart(int number, Part& part)
  */
 void PlaybackService::release(const QList<int>& devices, const ServerReply& ending)
 {
+    const QSet<int> released(devices.begin(), devices.end());
     for (auto playback = m_playbacks.begin(); playback != m_playbacks.end();) {
-        playback = keep(playback, devices, ending);
+        playback = keep(playback, released, ending);
     }
 }
 
 /** Takes devices out of a playback, which ends without any. @return the next playback */
 PlaybackService::Playbacks::iterator
-PlaybackService::keep(Playbacks::iterator playback, const QList<int>& released, const ServerReply& ending)
+PlaybackService::keep(Playbacks::iterator playback, const QSet<int>& released, const ServerReply& ending)
 {
     auto& parts = playback->second.parts;
     for (auto part = parts.begin(); part != parts.end();) {

@@ -4,6 +4,7 @@
 #include "server/records/RecordSnapshot.h"
 
 #include <QPointer>
+#include <QSet>
 #include <QTimer>
 
 #include <map>
@@ -126,7 +127,7 @@ private:
     void connectPart(int number, Part& part);
     void ended(int number, const SpeakerPlayback* part);
     void failed(int number, int device, const QString& reason);
-    Playbacks::iterator keep(Playbacks::iterator playback, const QList<int>& released,
+    Playbacks::iterator keep(Playbacks::iterator playback, const QSet<int>& released,
                              const ServerReply& ending);
     Playbacks::iterator finish(Playbacks::iterator playback, ServerReply ending);
     void drop(std::unique_ptr<SpeakerPlayback> playback);

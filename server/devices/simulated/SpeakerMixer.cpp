@@ -1,6 +1,5 @@
 #include "server/devices/simulated/SpeakerMixer.h"
 
-#include "audio/NumberedFile.h"
 #include "server/devices/simulated/LocalOutput.h"
 
 #include <algorithm>
@@ -11,12 +10,23 @@ namespace {
 constexpr std::size_t stepSamples = SpeakerMixer::sampleRate * SpeakerMixer::stepTime / 1000;
 constexpr qint64 maxStepsAtOnce = 50; // one second; what a halted server missed beyond is skipped
 
+std::vector<std::int16_t> limited(const std::vector<std::int32_t>& sum)
+{
+    std::vector<std::int16_t> samples(sum.size());
+    std::transform(sum.begin(), sum.end(), samples.begin(), [](std::int32_t value) {
+        return static_cast<std::int16_t>(std::clamp<std::int32_t>(
+            value, std::numeric_limits<std::int16_t>::min(), std::numeric_limits<std::int16_t>::max()));
+    });
+    return samples;
+}
+
 } // namespace
 
-SpeakerMixer::SpeakerMixer(QString directory, bool aloud, std::shared_ptr<SimulatedRecordings> written)
-    : m_directory(std::move(directory)), m_written(std::move(written))
+SpeakerMixer::SpeakerMixer(const QString& directory, bool aloud, std::shared_ptr<SimulatedRecordings> written,
+                           std::chrono::milliseconds rest)
+    : m_recordings(directory, written, rest)
 {
-    m_written->speakers.clear();
+    written->speakers.clear();
     if (aloud) {
         m_output = std::make_unique<LocalOutput>(sampleRate);
     }
@@ -36,13 +46,22 @@ int SpeakerMixer::addSource(const QList<int>& speakers, Source source, Time star
         m_step = m_clock.elapsed() / stepTime;
         m_timer.start(stepTime / 2);
     }
-    m_sources[++m_lastNumber] = {speakers, std::move(source), due / stepTime};
+    Playing& playing = m_sources[++m_lastNumber];
+    playing.speakers = speakers;
+    playing.source = std::move(source);
+    playing.firstStep = due / stepTime;
+    attach(playing);
     return m_lastNumber;
 }
 
 void SpeakerMixer::removeSource(int number)
 {
-    m_sources.erase(number);
+    const auto playing = m_sources.find(number);
+    if (playing == m_sources.end()) {
+        return;
+    }
+    detach(playing->second);
+    m_sources.erase(playing);
     if (m_sources.empty()) {
         m_timer.stop();
     }
@@ -52,7 +71,31 @@ void SpeakerMixer::setSpeakers(int number, const QList<int>& speakers)
 {
     const auto playing = m_sources.find(number);
     if (playing != m_sources.end()) {
+        detach(playing->second);
         playing->second.speakers = speakers;
+        attach(playing->second);
+    }
+}
+
+void SpeakerMixer::attach(const Playing& playing)
+{
+    for (const int speaker : playing.speakers) {
+        m_speakers[speaker].push_back(&playing);
+    }
+}
+
+void SpeakerMixer::detach(const Playing& playing)
+{
+    for (const int speaker : playing.speakers) {
+        const auto found = m_speakers.find(speaker);
+        if (found == m_speakers.end()) {
+            continue;
+        }
+        auto& sources = found->second;
+        sources.erase(std::remove(sources.begin(), sources.end(), &playing), sources.end());
+        if (sources.empty()) {
+            m_speakers.erase(found);
+        }
     }
 }
 
@@ -68,57 +111,77 @@ void SpeakerMixer::tick()
 
 void SpeakerMixer::playStep()
 {
-    Mix mix;
     QList<int> ended;
-    std::vector<std::int16_t> samples;
     for (auto& [number, playing] : m_sources) {
-        if (m_step < playing.firstStep) {
-            continue;
-        }
-        samples.clear();
-        if (!playing.source(stepSamples, samples)) {
-            ended.append(number);
-        }
-        if (samples.empty()) {
-            continue;
-        }
-        for (const int speaker : qAsConst(playing.speakers)) {
-            auto& sum = mix[speaker];
-            sum.resize(stepSamples);
-            for (std::size_t i = 0; i < samples.size() && i < stepSamples; ++i) {
-                sum[i] += samples[i];
-            }
+        read(number, playing, ended);
+    }
+    for (const auto& [speaker, sources] : m_speakers) {
+        if (const auto sound = mix(sources)) {
+            m_recordings.write(speaker, static_cast<std::uint64_t>(m_step) * stepSamples, sound);
         }
     }
-    write(mix);
+    if (m_output) {
+        playAloud();
+    }
     for (const int number : qAsConst(ended)) {
         removeSource(number);
         Q_EMIT sourceEnded(number);
     }
 }
 
-void SpeakerMixer::write(const Mix& mix)
+/** Reads what a source plays in this step. */
+void SpeakerMixer::read(int number, Playing& playing, QList<int>& ended)
 {
-    std::vector<std::int32_t> together(stepSamples);
-    const auto limited = [](const std::vector<std::int32_t>& sum) {
-        std::vector<std::int16_t> samples(sum.size());
-        std::transform(sum.begin(), sum.end(), samples.begin(), [](std::int32_t value) {
-            return static_cast<std::int16_t>(std::clamp<std::int32_t>(
-                value, std::numeric_limits<std::int16_t>::min(), std::numeric_limits<std::int16_t>::max()));
-        });
-        return samples;
-    };
-    for (const auto& [speaker, sum] : mix) {
-        auto& recording = m_recordings[speaker];
-        if (!recording) {
-            recording = std::make_unique<SpeakerRecording>(NumberedFile::create(
-                m_directory, QStringLiteral("speaker-%1").arg(speaker), QStringLiteral("wav")));
-            m_written->speakers.insert(speaker, recording->path());
+    if (!playing.samples || playing.samples.use_count() > 1) { // the last step's waits for a file
+        playing.samples = std::make_shared<Samples>();
+    }
+    playing.samples->clear();
+    if (m_step < playing.firstStep) {
+        return;
+    }
+    if (!playing.source(stepSamples, *playing.samples)) {
+        ended.append(number);
+    }
+    if (!playing.samples->empty()) {
+        playing.samples->resize(stepSamples);
+    }
+}
+
+/** What a speaker plays in this step; null for nothing. A single source is that, without a copy. */
+SpeakerRecordings::Sound SpeakerMixer::mix(const std::vector<const Playing*>& sources)
+{
+    const Playing* only = nullptr;
+    bool several = false;
+    for (const Playing* playing : sources) {
+        if (playing->samples->empty()) {
+            continue;
         }
-        recording->write(static_cast<std::uint64_t>(m_step) * stepSamples, limited(sum));
-        std::transform(sum.begin(), sum.end(), together.begin(), together.begin(), std::plus<>());
+        if (only == nullptr) {
+            only = playing;
+            continue;
+        }
+        if (!several) {
+            m_sum.assign(only->samples->begin(), only->samples->end());
+            several = true;
+        }
+        std::transform(m_sum.begin(), m_sum.end(), playing->samples->begin(), m_sum.begin(), std::plus<>());
     }
-    if (m_output) {
-        m_output->play(limited(together));
+    if (several) {
+        return std::make_shared<Samples>(limited(m_sum));
     }
+    return only != nullptr ? only->samples : nullptr;
+}
+
+/** Plays what all speakers play in this step on this machine. */
+void SpeakerMixer::playAloud()
+{
+    m_sum.assign(stepSamples, 0);
+    for (const auto& [number, playing] : m_sources) {
+        if (!playing.samples->empty()) {
+            const auto times = static_cast<std::int32_t>(playing.speakers.size());
+            std::transform(m_sum.begin(), m_sum.end(), playing.samples->begin(), m_sum.begin(),
+                           [times](std::int32_t sum, std::int16_t sample) { return sum + times * sample; });
+        }
+    }
+    m_output->play(limited(m_sum));
 }
