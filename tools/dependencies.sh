@@ -36,6 +36,11 @@ docs_packages=(
     doxygen python3
 )
 
+# mumble-server is what bench_relay compares with.
+bench_packages=(
+    libbenchmark-dev libbcg729-dev libgstrtspserver-1.0-dev xvfb mumble-server
+)
+
 # A linker that is quick, for tests/mutants/run.py.
 mutants_packages=(
     lld
