@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QVariantMap>
 
+#include <deque>
 #include <functional>
 
 class ServerSession;
@@ -49,6 +50,20 @@ public:
      * carries */
     void submit(const QString& command, const QVariant& payload, quint64 request);
 
+    /** While one lives, what is to be emitted later waits for its end, and is emitted there. */
+    class Turn
+    {
+    public:
+        /** @param session may be destroyed meanwhile */
+        explicit Turn(ServerSession& session);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+    private:
+        const QPointer<ServerSession> m_session;
+    };
+
     /** Emits replied later; a command that takes long has several replies. */
     void sendReply(const QString& command, quint64 request, const ServerReply& reply);
 
@@ -78,8 +93,15 @@ Q_SIGNALS:
     void eventRaised(const QString& event, const QVariant& payload);
 
 private:
+    void emitLater(std::function<void()> emission);
+    void wakeUp();
+    void emitWaiting();
+
     CommandExecutor& m_executor;
     const QString m_client;
+    std::deque<std::function<void()>> m_emissions; ///< That wait, in their order.
+    bool m_wakesUp = false;                        ///< emitWaiting is called soon.
+    bool m_hasTurn = false;                        ///< At whose end they are emitted.
     std::function<qint64()> m_waiting;
     QString m_command;     ///< While it is being executed.
     quint64 m_request = 0; ///< Of that command.
