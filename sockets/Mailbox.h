@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <iterator>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -16,6 +18,18 @@ public:
         const std::lock_guard lock(m_mutex);
         m_items.push_back(std::move(item));
         return m_items.size() == 1;
+    }
+
+    /** Appends several things, at least one. @return as put */
+    bool putAll(std::vector<T> items)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_items.empty()) {
+            m_items = std::move(items);
+            return true;
+        }
+        std::move(items.begin(), items.end(), std::back_inserter(m_items));
+        return false;
     }
 
     /** Empties the box. */

@@ -36,9 +36,9 @@ public:
     std::vector<Event> takeEvents() { return m_events.takeAll(); }
 
     /** From the server's thread. */
-    void order(Order order)
+    void order(std::vector<Order> orders)
     {
-        if (m_orders.put(std::move(order))) {
+        if (m_orders.putAll(std::move(orders))) {
             net::post(m_context, [this] { obey(); });
         }
     }
@@ -328,7 +328,7 @@ std::vector<DoorThread::Event> DoorThread::takeEvents()
     return m_core->takeEvents();
 }
 
-void DoorThread::order(Order order)
+void DoorThread::order(std::vector<Order> orders)
 {
-    m_core->order(std::move(order));
+    m_core->order(std::move(orders));
 }

@@ -65,8 +65,8 @@ public:
     /** Takes the events since the last call, in their order. */
     std::vector<Event> takeEvents();
 
-    /** Has something done; for a client that has gone it is dropped. */
-    void order(Order order);
+    /** Has things done, in their order; for a client that has gone they are dropped. */
+    void order(std::vector<Order> orders);
 
 private:
     class Core;

@@ -93,6 +93,7 @@ void SocketClient::receive(const QByteArray& bytes)
         drop(QStringLiteral("the command %1 has no number").arg(printableName(message->name)));
         return;
     }
+    const ServerSession::Turn turn(*m_session);
     if (message->talkData) {
         m_session->submitTalkData(*message->talkData, message->id);
     } else {

@@ -6,6 +6,13 @@
 #include <unordered_map>
 #include <utility>
 
+namespace {
+
+// With more the thread of the sockets begins meanwhile, and clients wait less.
+constexpr std::size_t maxOrders = 32;
+
+} // namespace
+
 /** The side of the server's thread. */
 struct SocketDoor::Clients
 {
@@ -23,6 +30,8 @@ struct SocketDoor::Clients
 
     std::unordered_map<quint64, Flow> flows; ///< Of those that are open.
     std::map<quint64, Handled> handled;      ///< Delivered, and not counted as handled yet.
+    std::vector<DoorThread::Order> orders;   ///< Not handed over yet.
+    bool delivers = false;                   ///< Orders are handed over at the end.
 };
 
 SocketDoor::SocketDoor() : m_clients(std::make_unique<Clients>())
@@ -50,8 +59,27 @@ quint16 SocketDoor::port() const
     return m_thread ? m_thread->port() : 0;
 }
 
+/** What is ordered while messages are delivered goes together: each time it may have to wake up the thread.
+ */
+template<class Order>
+void SocketDoor::order(Order order)
+{
+    m_clients->orders.push_back(std::move(order));
+    if (!m_clients->delivers || m_clients->orders.size() == maxOrders) {
+        handOver();
+    }
+}
+
+void SocketDoor::handOver()
+{
+    if (m_thread && !m_clients->orders.empty()) {
+        m_thread->order(std::exchange(m_clients->orders, {}));
+    }
+}
+
 void SocketDoor::deliver()
 {
+    m_clients->delivers = true;
     for (const DoorThread::Event& event : m_thread->takeEvents()) {
         switch (event.kind) {
         case DoorThread::Event::Opened:
@@ -59,10 +87,6 @@ void SocketDoor::deliver()
             Q_EMIT opened(event.client, event.text);
             break;
         case DoorThread::Event::Received: {
-            if (m_clients->handled.empty()) {
-                // Queued behind the answers of what is delivered here, which a session gives by then.
-                QMetaObject::invokeMethod(this, &SocketDoor::countHandled, Qt::QueuedConnection);
-            }
             Clients::Handled& handled = m_clients->handled[event.client];
             ++handled.messages;
             handled.bytes += event.bytes.size();
@@ -75,6 +99,9 @@ void SocketDoor::deliver()
             break;
         }
     }
+    countHandled(); // behind the answers that sessions have given at once
+    m_clients->delivers = false;
+    handOver();
 }
 
 void SocketDoor::countHandled()
@@ -83,7 +110,7 @@ void SocketDoor::countHandled()
         const auto flow = m_clients->flows.find(client);
         if (flow != m_clients->flows.end() &&
             flow->second.unhandled->handled(handled.messages, handled.bytes)) {
-            m_thread->order({DoorThread::Order::ReadOn, client, QByteArray(), 0, QString()});
+            order(DoorThread::Order{DoorThread::Order::ReadOn, client, QByteArray(), 0, QString()});
         }
     }
 }
@@ -93,7 +120,7 @@ void SocketDoor::send(quint64 client, const QByteArray& message)
     const auto found = m_clients->flows.find(client);
     if (found != m_clients->flows.end()) {
         *found->second.waiting += message.size();
-        m_thread->order({DoorThread::Order::Send, client, message, 0, QString()});
+        order(DoorThread::Order{DoorThread::Order::Send, client, message, 0, QString()});
     }
 }
 
@@ -105,15 +132,15 @@ qint64 SocketDoor::waitingBytes(quint64 client) const
 
 void SocketDoor::admit(quint64 client)
 {
-    m_thread->order({DoorThread::Order::Admit, client, QByteArray(), 0, QString()});
+    order(DoorThread::Order{DoorThread::Order::Admit, client, QByteArray(), 0, QString()});
 }
 
 void SocketDoor::close(quint64 client, quint16 code, const QString& reason)
 {
-    m_thread->order({DoorThread::Order::Close, client, QByteArray(), code, reason});
+    order(DoorThread::Order{DoorThread::Order::Close, client, QByteArray(), code, reason});
 }
 
 void SocketDoor::abort(quint64 client)
 {
-    m_thread->order({DoorThread::Order::Abort, client, QByteArray(), 0, QString()});
+    order(DoorThread::Order{DoorThread::Order::Abort, client, QByteArray(), 0, QString()});
 }

@@ -88,6 +88,9 @@ private:
 
     void deliver();
     void countHandled();
+    template<class Order>
+    void order(Order order);
+    void handOver();
 
     std::unique_ptr<Clients> m_clients;
     std::unique_ptr<DoorThread> m_thread; ///< Null until it listens.

@@ -50,17 +50,63 @@ LateReply ServerSession::replyLater()
     return LateReply(*this, m_command, m_request);
 }
 
+ServerSession::Turn::Turn(ServerSession& session) : m_session(&session)
+{
+    session.m_hasTurn = true;
+}
+
+ServerSession::Turn::~Turn()
+{
+    if (m_session) {
+        m_session->m_hasTurn = false;
+        m_session->emitWaiting();
+    }
+}
+
+void ServerSession::emitLater(std::function<void()> emission)
+{
+    m_emissions.push_back(std::move(emission));
+    if (!m_hasTurn) {
+        wakeUp();
+    }
+}
+
+/** One call for all that waits: each one would wake up the thread again. */
+void ServerSession::wakeUp()
+{
+    if (!m_wakesUp) {
+        m_wakesUp = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_wakesUp = false;
+                emitWaiting();
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+void ServerSession::emitWaiting()
+{
+    const QPointer<ServerSession> self(this);
+    while (self && !m_emissions.empty()) {
+        const auto emission = std::move(m_emissions.front());
+        m_emissions.pop_front();
+        if (!m_emissions.empty()) {
+            wakeUp(); // whom this one reaches may run an event loop, in which the others are due
+        }
+        emission();
+    }
+}
+
 void ServerSession::sendReply(const QString& command, quint64 request, const ServerReply& reply)
 {
-    QMetaObject::invokeMethod(
-        this, [this, command, request, reply] { Q_EMIT replied(command, request, reply); },
-        Qt::QueuedConnection);
+    emitLater([this, command, request, reply] { Q_EMIT replied(command, request, reply); });
 }
 
 void ServerSession::raiseEncodedEvent(const QString& event, const QByteArray& payload)
 {
-    QMetaObject::invokeMethod(
-        this, [this, event, payload] { Q_EMIT encodedEventRaised(event, payload); }, Qt::QueuedConnection);
+    emitLater([this, event, payload] { Q_EMIT encodedEventRaised(event, payload); });
 }
 
 void ServerSession::raiseEvent(const QString& event, const QVariantMap& fields)
@@ -70,7 +116,5 @@ void ServerSession::raiseEvent(const QString& event, const QVariantMap& fields)
 
 void ServerSession::raisePlainEvent(const QString& event, const QVariantMap& fields)
 {
-    const QVariant payload = fields;
-    QMetaObject::invokeMethod(
-        this, [this, event, payload] { Q_EMIT eventRaised(event, payload); }, Qt::QueuedConnection);
+    emitLater([this, event, payload = QVariant(fields)] { Q_EMIT eventRaised(event, payload); });
 }

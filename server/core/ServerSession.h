@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QVariantMap>
 
+#include <deque>
 #include <functional>
 
 class ServerSession;
@@ -52,6 +53,20 @@ public:
     /** Executes a TalkData command; replied follows. */
     void submitTalkData(const TalkDataPayload& talk, quint64 request);
 
+    /** While one lives, what is to be emitted later waits for its end, and is emitted there. */
+    class Turn
+    {
+    public:
+        /** @param session may be destroyed meanwhile */
+        explicit Turn(ServerSession& session);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+    private:
+        const QPointer<ServerSession> m_session;
+    };
+
     /** Emits replied later; a command that takes long has several replies. */
     void sendReply(const QString& command, quint64 request, const ServerReply& reply);
 
@@ -93,9 +108,16 @@ Q_SIGNALS:
     void encodedEventRaised(const QString& event, const QByteArray& payload);
 
 private:
+    void emitLater(std::function<void()> emission);
+    void wakeUp();
+    void emitWaiting();
+
     CommandExecutor& m_executor;
     const QString m_client;
     bool m_takesEncoded = false;
+    std::deque<std::function<void()>> m_emissions; ///< That wait, in their order.
+    bool m_wakesUp = false;                        ///< emitWaiting is called soon.
+    bool m_hasTurn = false;                        ///< At whose end they are emitted.
     std::function<qint64()> m_waiting;
     QString m_command;     ///< While it is being executed.
     quint64 m_request = 0; ///< Of that command.

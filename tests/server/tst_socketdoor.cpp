@@ -13,6 +13,8 @@ class TestSocketDoor : public QObject
 private Q_SLOTS:
     void messagesKeepTheirOrder_data() { addTls(); }
     void messagesKeepTheirOrder();
+    void answersGivenAtOnceLeave_data() { addTls(); }
+    void answersGivenAtOnceLeave();
     void whatWaitsIsCounted_data() { addTls(); }
     void whatWaitsIsCounted();
     void whoDoesNotReadIsNotRead_data() { addTls(); }
@@ -90,6 +92,25 @@ void TestSocketDoor::messagesKeepTheirOrder()
     QVERIFY(ServerHarness::waitFor([&] { return came.size() == sent.size(); }));
     QCOMPARE(came, sent);
     QCOMPARE(visit.door.waitingBytes(visit.client), 0);
+}
+
+void TestSocketDoor::answersGivenAtOnceLeave()
+{
+    Visit visit;
+    QVERIFY(visit.came);
+    connect(&visit.door, &SocketDoor::received, this,
+            [&visit](quint64 client, const QByteArray& message) { visit.door.send(client, message); });
+    const int messages = 100; // more than go together
+    QList<QByteArray> came;
+    connect(&visit.peer, &WebSocketPeer::binaryMessageReceived,
+            [&came](const QByteArray& message) { came.append(message); });
+    QList<QByteArray> sent;
+    for (int i = 0; i < messages; ++i) {
+        sent.append(QByteArray::number(i));
+        visit.peer.sendBinaryMessage(sent.last());
+    }
+    QVERIFY(ServerHarness::waitFor([&] { return came.size() == messages; }, 5000));
+    QCOMPARE(came, sent);
 }
 
 void TestSocketDoor::whatWaitsIsCounted()
