@@ -5,6 +5,7 @@
 #include "audio/PacketHeader.h"
 #include "audio/TalkPacketDecoder.h"
 #include "audio/WaveFileWriter.h"
+#include "protocol/ReturnCode.h"
 #include "protocol/Words.h"
 #include "server/RecordingServer.h"
 #include "server/core/ServerSession.h"
@@ -115,7 +116,7 @@ WireMessage reply()
     message.kind = WireMessage::Reply;
     message.id = 1000;
     message.name = Vocabulary::TalkData;
-    message.code = QStringLiteral("0");
+    message.code = ReturnCode::success;
     return message;
 }
 

@@ -38,7 +38,7 @@ class CameraVoice : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int maxAhead = 10000; ///< ms of sound that may wait beyond the delay of an echo.
+    static constexpr int maxAhead = 10 * 1000; ///< ms of sound that may wait beyond the delay of an echo.
 
     /** Makes a voice that does not speak yet. @param clock of all voices of the thread */
     CameraVoice(const CameraVoiceConfig& config, std::shared_ptr<AlarmClock> clock);
