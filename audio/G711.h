@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -18,14 +19,26 @@ inline std::int32_t expandMuLaw(char byte)
     return G726Tandem::expand(G726MuLaw, static_cast<std::uint8_t>(byte));
 }
 
+/** Returns the 16-bit samples of all bytes of mu-law. */
+inline const std::array<std::int16_t, 256>& muLawSamples()
+{
+    static const auto samples = [] {
+        std::array<std::int16_t, 256> made{};
+        for (std::size_t byte = 0; byte < made.size(); ++byte) {
+            made[byte] = static_cast<std::int16_t>(expandMuLaw(static_cast<char>(byte)) * 4);
+        }
+        return made;
+    }();
+    return samples;
+}
+
 /** Returns the 16-bit samples of mu-law. */
 inline std::vector<std::int16_t> decodeMuLaw(const QByteArray& bytes)
 {
-    std::vector<std::int16_t> samples;
-    samples.reserve(static_cast<std::size_t>(bytes.size()));
-    for (const char byte : bytes) {
-        samples.push_back(static_cast<std::int16_t>(expandMuLaw(byte) * 4));
-    }
+    const auto& values = muLawSamples();
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(bytes.size()));
+    std::transform(bytes.begin(), bytes.end(), samples.begin(),
+                   [&](char byte) { return values[static_cast<std::uint8_t>(byte)]; });
     return samples;
 }
 

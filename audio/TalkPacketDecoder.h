@@ -1,7 +1,5 @@
 #pragma once
 
-#include "audio/FfmpegPtr.h"
-
 #include <QByteArray>
 
 #include <cstdint>
@@ -24,22 +22,15 @@ struct TalkBitstream
     QByteArray muLaw;              ///< 8000 Hz mono.
 };
 
-/** Decodes talk packets: a PacketHeader, then G.711 mu-law at 8000 Hz mono. Used by one thread at a time. */
+/** Decodes talk packets: a PacketHeader, then G.711 mu-law at 8000 Hz mono. */
 class TalkPacketDecoder
 {
 public:
     static constexpr int sampleRate = 8000; ///< Of the decoded samples, Hz.
 
-    TalkPacketDecoder();
-
     /** Takes a packet apart; empty for any other bytes. Any thread. */
     static std::optional<TalkBitstream> bitstreamOf(const QByteArray& packet);
 
-    /** Decodes a packet; empty for any other bytes. */
-    std::optional<DecodedTalk> decode(const QByteArray& packet);
-
-private:
-    FfmpegPtr<AVCodecContext> m_context; ///< Null when the decoder did not open.
-    FfmpegPtr<AVFrame> m_frame;
-    FfmpegPtr<AVPacket> m_packet;
+    /** Decodes a packet; empty for any other bytes. Any thread. */
+    static std::optional<DecodedTalk> decode(const QByteArray& packet);
 };

@@ -1,5 +1,5 @@
-// Base64Encode and Base64Decode against QByteArray's toBase64 and fromBase64, in the same run. Ours write to
-// a buffer of the caller's; Qt's allocate one.
+// Base64Encode, Base64Decode and Base64DecodeStrict against QByteArray's toBase64 and fromBase64, in the same
+// run. Ours write to a buffer of the caller's; Qt's allocate one.
 
 #include "src/Base64.h"
 
@@ -54,6 +54,18 @@ void ownDecode(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
+void ownDecodeStrict(benchmark::State& state)
+{
+    const QByteArray text = packetOf(state.range(0)).toBase64();
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(state.range(0)) + 3);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            Base64DecodeStrict(text.constData(), static_cast<unsigned>(text.size()), bytes.data()));
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
 void qtDecode(benchmark::State& state)
 {
     const QByteArray text = packetOf(state.range(0)).toBase64();
@@ -68,6 +80,7 @@ void qtDecode(benchmark::State& state)
 BENCHMARK(ownEncode)->Arg(20)->Arg(660)->Arg(10000);
 BENCHMARK(qtEncode)->Arg(20)->Arg(660)->Arg(10000);
 BENCHMARK(ownDecode)->Arg(20)->Arg(660)->Arg(10000);
+BENCHMARK(ownDecodeStrict)->Arg(20)->Arg(660)->Arg(10000);
 BENCHMARK(qtDecode)->Arg(20)->Arg(660)->Arg(10000);
 
 BENCHMARK_MAIN();

@@ -1,6 +1,7 @@
 #include "desk/TalkMeters.h"
 
 #include "audio/SoundLevel.h"
+#include "audio/TalkPacketDecoder.h"
 #include "protocol/Words.h"
 
 #include <QVariantMap>
@@ -90,7 +91,7 @@ void TalkMeters::commandSent(const QString& command, const QVariant& payload, bo
     }
     Q_EMIT packetSent();
     const QByteArray text = payload.toMap().value(Vocabulary::talkData).toString().toLatin1();
-    if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
+    if (const auto talk = TalkPacketDecoder::decode(QByteArray::fromBase64(text))) {
         m_captured.take(talk->samples, TalkPacketDecoder::sampleRate);
     }
 }

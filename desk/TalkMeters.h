@@ -1,7 +1,6 @@
 #pragma once
 
 #include "audio/PacketStream.h"
-#include "audio/TalkPacketDecoder.h"
 
 #include <QHash>
 #include <QObject>
@@ -86,7 +85,6 @@ private:
 
     void tick();
 
-    TalkPacketDecoder m_decoder;
     QHash<QString, std::shared_ptr<PacketStream>> m_streams; ///< By token.
     Meter m_captured;
     Meter m_received;

@@ -6,8 +6,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static TalkPacketDecoder decoder;
-    const auto talk = decoder.decode(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
+    const auto talk =
+        TalkPacketDecoder::decode(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
     if (talk && talk->samples.size() + data[5] != size) {
         std::abort();
     }

@@ -28,7 +28,7 @@ void TalkMonitor::commandSent(const QString& command, const QVariant& payload, b
     m_sequenceGaps += sequence == m_sequence + 1 ? 0 : 1;
     m_sequence = sequence;
     const QByteArray text = message.value(Vocabulary::talkData).toString().toLatin1();
-    if (const auto talk = m_decoder.decode(QByteArray::fromBase64(text))) {
+    if (const auto talk = TalkPacketDecoder::decode(QByteArray::fromBase64(text))) {
         m_level = SoundLevel::rmsDbfs(talk->samples);
         m_loudest = std::max(m_loudest, m_level);
         m_commandTimes.push_back(now - SteadyClock::fromMicroseconds(talk->captureTime));

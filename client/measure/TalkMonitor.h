@@ -53,7 +53,6 @@ public Q_SLOTS:
 private:
     void keepCaptured(const DecodedTalk& talk);
 
-    TalkPacketDecoder m_decoder;
     int m_packets = 0;
     int m_refused = 0;
     QString m_refusal;

@@ -29,8 +29,7 @@ void TalkTest::init()
                 if (command == QLatin1String("TalkData")) {
                     m_talk->packetSent();
                     m_packets.append(1);
-                    TalkPacketDecoder decoder;
-                    const auto sound = decoder.decode(
+                    const auto sound = TalkPacketDecoder::decode(
                         QByteArray::fromBase64(payload.toMap()["talkData"].toString().toLatin1()));
                     QVERIFY(sound);
                     m_loudest = std::max(m_loudest, SoundLevel::rmsDbfs(sound->samples));

@@ -1,5 +1,7 @@
 #include "server/devices/simulated/SimulatedCameraTalk.h"
 
+#include "audio/TalkPacketDecoder.h"
+
 namespace {
 
 constexpr std::uint32_t maxGap = 10 * TalkPacketDecoder::sampleRate;                  // samples
@@ -25,7 +27,7 @@ bool SimulatedCameraTalk::start()
 
 bool SimulatedCameraTalk::hear(const QByteArray& packet)
 {
-    auto talk = m_decoder.decode(packet);
+    auto talk = TalkPacketDecoder::decode(packet);
     if (!talk) {
         return false;
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "audio/TalkPacketDecoder.h"
 #include "audio/WaveFileWriter.h"
 #include "server/devices/DeviceTalk.h"
 #include "server/devices/simulated/CameraVoice.h"
@@ -26,7 +25,6 @@ public:
 
 private:
     WaveFileWriter m_writer;
-    TalkPacketDecoder m_decoder;
     CameraVoice m_voice;
     int m_packets = 0;
     std::uint32_t m_nextPosition = 0; ///< Where the next packet starts if none is lost.

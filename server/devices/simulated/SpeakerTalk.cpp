@@ -1,5 +1,7 @@
 #include "server/devices/simulated/SpeakerTalk.h"
 
+#include "audio/TalkPacketDecoder.h"
+
 #include <algorithm>
 
 namespace {
@@ -40,7 +42,7 @@ void SpeakerTalk::close()
 
 bool SpeakerTalk::hear(const QByteArray& packet)
 {
-    const auto talk = m_decoder.decode(packet);
+    const auto talk = TalkPacketDecoder::decode(packet);
     if (!talk) {
         return false;
     }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "audio/PcmConverter.h"
-#include "audio/TalkPacketDecoder.h"
 #include "server/devices/DeviceTalk.h"
 #include "server/devices/simulated/SpeakerMixer.h"
 
@@ -26,7 +25,6 @@ public:
 private:
     QPointer<SpeakerMixer> m_rack;
     int m_source;
-    TalkPacketDecoder m_decoder;
     PcmConverter m_converter;
     std::shared_ptr<std::vector<std::int16_t>> m_queue; ///< Heard and not yet played, at the rack's rate.
 };
