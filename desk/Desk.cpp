@@ -91,18 +91,28 @@ bool Desk::load()
         }
     });
     connect(&m_watch, &RequestTimeouts::timedOut, &*m_playback, &PlaybackModel::timedOut);
-    // Groups show the names of devices: they are asked for after those, and again when one of them changes.
-    connect(&m_plugin, &PluginClient::ipAudioModelChanged, this, &Desk::fetchGroupsAndSchedules);
-    connect(&m_plugin, &PluginClient::deleteNetworkAudioGroupResponse, this, &Desk::fetchGroupsAndSchedules);
-    connect(&m_plugin, &PluginClient::audioFileListChanged, this, &Desk::fetchGroupsAndSchedules);
+    // When the plug-in has the reply.
+    connect(&m_host, &PluginHost::replyArrived, this, &Desk::fetchWhatChanged, Qt::QueuedConnection);
     m_connection.start();
     return true;
 }
 
-void Desk::fetchGroupsAndSchedules()
+void Desk::fetchWhatChanged(const QString& command, const QString& returnCode)
 {
-    m_plugin.getNetworkAudioGroup();
-    m_plugin.getNetworkAudioSchedule();
+    // Groups show the names of devices, so they are asked for after those. A server takes what it deletes out
+    // of groups and schedules; a record that is added is in none yet.
+    const bool listed = command == Vocabulary::RetrieveIPAudioModel;
+    const bool done = returnCode == ReturnCode::success;
+    const bool deviceDeleted = done && command == Vocabulary::DeleteIPAudio;
+    const bool groupDeleted = command == Vocabulary::DeleteNetworkAudioGroup;
+    const bool deviceRenamed = done && command == Vocabulary::UpdateIPAudio;
+    const bool fileDeleted = done && command == Vocabulary::DeleteFile;
+    if (listed || deviceDeleted || groupDeleted || deviceRenamed) {
+        m_plugin.getNetworkAudioGroup();
+    }
+    if (listed || deviceDeleted || groupDeleted || fileDeleted) {
+        m_plugin.getNetworkAudioSchedule();
+    }
 }
 
 QString Desk::words(const QString& code, const QString& detail) const

@@ -111,7 +111,7 @@ public:
     Q_INVOKABLE QString checkUpload(const QUrl& file) const;
 
 private:
-    void fetchGroupsAndSchedules();
+    void fetchWhatChanged(const QString& command, const QString& returnCode);
 
     QString m_pluginPath;
     DeskSettings m_settings;
