@@ -9,6 +9,7 @@
 
 #include <QElapsedTimer>
 #include <QTest>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -50,17 +51,25 @@ std::vector<MediaPacketPtr> tonePackets(double frequency, double seconds, int ra
 /** Plays packets at the pace of a network stream, two of them ahead. */
 void play(AudioRenderer& renderer, const std::vector<MediaPacketPtr>& packets, int packetTime = 80)
 {
+    constexpr int ahead = 2;
+    constexpr int longest = 60000; // ms
+    std::size_t played = 0;
     QElapsedTimer clock;
     clock.start();
-    for (std::size_t i = 0; i < packets.size(); ++i) {
-        const qint64 due = (static_cast<qint64>(i) - 2) * packetTime;
-        while (clock.elapsed() < due) {
-            QTest::qWait(static_cast<int>(due - clock.elapsed()));
+    const auto playDue = [&] {
+        const auto due = static_cast<std::size_t>(clock.elapsed() / packetTime + ahead + 1);
+        for (; played < std::min(due, packets.size()); ++played) {
+            renderer.SetAudioOn(true);
+            renderer.SetVolume(100.0);
+            renderer.Play(packets[played], true);
         }
-        renderer.SetAudioOn(true);
-        renderer.SetVolume(100.0);
-        renderer.Play(packets[i], true);
-    }
+    };
+    QTimer pace;
+    pace.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&pace, &QTimer::timeout, playDue);
+    playDue();
+    pace.start(packetTime);
+    QVERIFY(QTest::qWaitFor([&] { return played == packets.size(); }, longest));
 }
 
 #ifdef Q_OS_WIN
