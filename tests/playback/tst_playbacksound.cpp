@@ -1,6 +1,7 @@
 // Playback through a real sound server: what is played is recorded from the output's monitor and measured.
 
 #include "src/playback/AudioRenderer.h"
+#include "src/playback/SystemProbe.h"
 #include "tests/support/MediaPackets.h"
 #include "tests/support/MonitorRecorder.h"
 #include "tests/support/PulseServer.h"
@@ -20,6 +21,7 @@ class TestPlaybackSound : public QObject
 
 private Q_SLOTS:
     void initTestCase();
+    void systemIsWhatQtSays();
     void toneArrivesAsItIs();
     void wideStereoIsHeard();
     void formatChangesInMidStream();
@@ -117,6 +119,22 @@ void TestPlaybackSound::initTestCase()
 {
     m_pulse = std::make_unique<PulseServer>();
     QVERIFY(m_pulse->ready());
+}
+
+void TestPlaybackSound::systemIsWhatQtSays()
+{
+    const SystemProbe& system = SystemProbe::current();
+    QCOMPARE(system.productType(), QSysInfo::productType());
+    const auto outputs = system.audioDevices(QAudio::AudioOutput);
+    const auto inputs = system.audioDevices(QAudio::AudioInput);
+    QVERIFY(!outputs.isEmpty() && !inputs.isEmpty());
+    QVERIFY(outputs == QAudioDeviceInfo::availableDevices(QAudio::AudioOutput));
+    QVERIFY(inputs == QAudioDeviceInfo::availableDevices(QAudio::AudioInput));
+    QVERIFY(outputs != inputs);
+    QAudioFormat odd = outputs.first().preferredFormat();
+    odd.setSampleSize(12);
+    QVERIFY(system.nearestFormat(outputs.first(), odd) != odd);
+    QVERIFY(system.nearestFormat(outputs.first(), odd) == outputs.first().nearestFormat(odd));
 }
 
 void TestPlaybackSound::toneArrivesAsItIs()
