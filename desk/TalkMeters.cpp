@@ -54,10 +54,10 @@ void TalkMeters::Meter::tick()
     history.next = (history.next + 1) % historyLength;
 }
 
-TalkMeters::TalkMeters()
+TalkMeters::TalkMeters(QTimer* clock) : m_clock(clock != nullptr ? *clock : m_ownClock)
 {
-    m_timer.setInterval(tickInterval);
-    connect(&m_timer, &QTimer::timeout, this, &TalkMeters::tick);
+    m_clock.setInterval(tickInterval);
+    connect(&m_clock, &QTimer::timeout, this, &TalkMeters::tick);
 }
 
 void TalkMeters::setActive(bool active)
@@ -70,7 +70,7 @@ void TalkMeters::setActive(bool active)
         m_captured = Meter();
         m_received = Meter();
         m_streams.clear();
-        m_timer.start();
+        m_clock.start();
     }
 }
 
@@ -80,7 +80,7 @@ void TalkMeters::tick()
     m_received.tick();
     Q_EMIT ticked();
     if (!m_active && m_captured.level <= 0 && m_received.level <= 0) {
-        m_timer.stop(); // the meters have come down
+        m_clock.stop(); // the meters have come down
     }
 }
 

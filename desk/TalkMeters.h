@@ -41,7 +41,8 @@ public:
         std::size_t next = 0;                     ///< Where the next peak goes: the oldest one.
     };
 
-    TalkMeters();
+    /** @param clock ticks while the meters move, and outlives the object; null for one of its own */
+    explicit TalkMeters(QTimer* clock = nullptr);
 
     /** Returns the property captured. */
     qreal captured() const { return m_captured.level; }
@@ -88,6 +89,7 @@ private:
     QHash<QString, std::shared_ptr<PacketStream>> m_streams; ///< By token.
     Meter m_captured;
     Meter m_received;
-    QTimer m_timer;
+    QTimer m_ownClock;
+    QTimer& m_clock; ///< Runs while there is a talk, and until the meters have come down.
     bool m_active = false;
 };

@@ -2,11 +2,9 @@
 
 #include "platform/FrameworkWrapperBase.h"
 #include "src/models/ItemRoles.h"
+#include "src/playback/SystemProbe.h"
 #include "src/vocabulary/LogGate.h"
 #include "src/vocabulary/Vocabulary.h"
-
-#include <QAudioDeviceInfo>
-#include <QSysInfo>
 
 #include <new>
 
@@ -16,7 +14,7 @@ constexpr int microphonePollInterval = 1000; // ms
 
 bool pollsMicrophone()
 {
-    return QSysInfo::productType() == QLatin1String("windows");
+    return SystemProbe::current().productType() == QLatin1String("windows");
 }
 
 /** Whether the static objects of the library, such as the words of the protocol, exist. */
@@ -89,7 +87,7 @@ bool PluginVoiceDesk::Init(QQmlContext* /*context*/)
     const QAudioDeviceInfo inputDevice;
     QList<QAudioDeviceInfo> inputDevices;
     if (!inputDevice.isNull()) {
-        inputDevices = QAudioDeviceInfo::availableDevices(QAudio::AudioInput);
+        inputDevices = SystemProbe::current().audioDevices(QAudio::AudioInput);
     }
     m_audioInDevFlag = pollsMicrophone() && !inputDevices.isEmpty();
     m_talkingFlag = false;
@@ -230,7 +228,7 @@ void PluginVoiceDesk::PluginServerConnected()
 
 void PluginVoiceDesk::timerEvent(QTimerEvent* /*event*/)
 {
-    const bool available = !QAudioDeviceInfo::availableDevices(QAudio::AudioInput).isEmpty();
+    const bool available = !SystemProbe::current().audioDevices(QAudio::AudioInput).isEmpty();
     if (available == m_audioInDevFlag) {
         return;
     }
@@ -243,7 +241,7 @@ void PluginVoiceDesk::timerEvent(QTimerEvent* /*event*/)
 
 bool PluginVoiceDesk::isAudioDeviceAvailable()
 {
-    return !QAudioDeviceInfo::availableDevices(QAudio::AudioOutput).isEmpty();
+    return !SystemProbe::current().audioDevices(QAudio::AudioOutput).isEmpty();
 }
 
 void PluginVoiceDesk::setFrameSmithWrapper(const QSharedPointer<FrameSmithWrapper>& wrapper)

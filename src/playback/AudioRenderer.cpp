@@ -4,8 +4,8 @@
 #include "lifetime/NeverDestroyed.h"
 #include "src/playback/AudioDevice.h"
 #include "src/playback/AudioOutput.h"
+#include "src/playback/SystemProbe.h"
 
-#include <QAudioDeviceInfo>
 #include <QAudioOutput>
 #include <QCoreApplication>
 
@@ -178,11 +178,11 @@ void AudioRenderer::openDevice(const _TMediaDataPacketInfoV3& packet)
     const QAudioFormat desired = formatOf(packet);
     QList<QAudioDeviceInfo> outputs;
     if (packet.AudioSamplingFreq >= lowestSampleRate) { // otherwise no device is asked, and none suits
-        outputs = QAudioDeviceInfo::availableDevices(QAudio::AudioOutput);
+        outputs = SystemProbe::current().audioDevices(QAudio::AudioOutput);
     }
     // Deliberate: the first device that suits wins, whichever is the default one.
     for (const QAudioDeviceInfo& info : outputs) {
-        const QAudioFormat nearest = info.nearestFormat(desired);
+        const QAudioFormat nearest = SystemProbe::current().nearestFormat(info, desired);
         if (nearest.codec() != pcmCodec) {
             continue;
         }

@@ -451,7 +451,7 @@ void TestRecordCommands::serverIsKilledUnderLoad()
             }
             return count;
         };
-        QTRY_VERIFY_WITH_TIMEOUT((QTest::qWait(5), confirmations() >= round), 30000);
+        QVERIFY(QTest::qWaitFor([&] { return confirmations() >= round; }, 30000));
         m_server->kill();
         m_server->waitForFinished();
         for (int i = 0; i < 6; ++i) {

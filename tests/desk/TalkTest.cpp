@@ -1,5 +1,6 @@
 #include "tests/desk/TalkTest.h"
 
+#include "audio/PacketHeader.h"
 #include "audio/SoundLevel.h"
 #include "audio/TalkPacketDecoder.h"
 #include "tests/support/BuiltLibraries.h"
@@ -28,9 +29,14 @@ void TalkTest::init()
             [this](const QString& command, const QVariant& payload) {
                 if (command == QLatin1String("TalkData")) {
                     m_talk->packetSent();
-                    m_packets.append(1);
-                    const auto sound = TalkPacketDecoder::decode(
-                        QByteArray::fromBase64(payload.toMap()["talkData"].toString().toLatin1()));
+                    const QByteArray packet =
+                        QByteArray::fromBase64(payload.toMap()["talkData"].toString().toLatin1());
+                    const auto header =
+                        PacketHeader::fromBytes(reinterpret_cast<const std::uint8_t*>(packet.constData()),
+                                                static_cast<std::size_t>(packet.size()));
+                    QVERIFY(header);
+                    m_packets.append(header->position);
+                    const auto sound = TalkPacketDecoder::decode(packet);
                     QVERIFY(sound);
                     m_loudest = std::max(m_loudest, SoundLevel::rmsDbfs(sound->samples));
                 }

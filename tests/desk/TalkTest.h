@@ -73,6 +73,6 @@ protected:
     std::unique_ptr<TargetModel> m_targets;
     std::unique_ptr<QTimer> m_tail; ///< Of the talk key.
     std::unique_ptr<TalkControl> m_talk;
-    QList<int> m_packets;
-    double m_loudest = silence; ///< Of the packets sent, dBFS.
+    QList<std::uint32_t> m_packets; ///< Their places in the capture, samples since the microphone's start.
+    double m_loudest = silence;     ///< Of the packets sent, dBFS.
 };

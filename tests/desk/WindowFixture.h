@@ -57,7 +57,7 @@ public:
     void page(const QString& name);
     /**
      * Waits a while until everything is laid out: two frames in a row have every visible item in the same
-     * place.
+     * place, but for plain rectangles.
      *
      * @return whether that came
      */

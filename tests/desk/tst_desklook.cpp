@@ -197,7 +197,6 @@ void TestDeskLook::nothingIsCut()
     desk.window()->resize(desk.window()->minimumSize());
     for (const QString& page : desk.pages()) {
         desk.page(page);
-        QTest::qWait(100);
         const QQuickItem* pages = desk.item("pages");
         QVERIFY(pages->mapToScene(QPointF(0, pages->height())).y() <= desk.window()->height());
         QCOMPARE(desk.cutTexts().join("; "), QString());
@@ -205,7 +204,7 @@ void TestDeskLook::nothingIsCut()
         if (desk.openPage()->property("editor").value<QObject*>() != nullptr) {
             desk.key(Qt::Key_N, Qt::ControlModifier);
             QVERIFY(desk.item("save"));
-            QTest::qWait(300);
+            QVERIFY(desk.settled());
             QCOMPARE(desk.cutTexts().join("; "), QString());
             desk.shoot(QString("%1-%2-dialog").arg(language, page));
             desk.key(Qt::Key_Escape);
@@ -360,7 +359,6 @@ void TestDeskLook::nothingMovesUnderThePointer()
     };
     for (const QString& page : desk.pages()) {
         desk.page(page);
-        QVERIFY(desk.settled());
         QVERIFY(places().size() > 8); // the rail, and what is on the page
         const auto before = places();
         QMap<QQuickItem*, QString> names;

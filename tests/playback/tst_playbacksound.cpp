@@ -1,6 +1,7 @@
 // Playback through a real sound server: what is played is recorded from the output's monitor and measured.
 
 #include "src/playback/AudioRenderer.h"
+#include "src/playback/SystemProbe.h"
 #include "tests/support/MediaPackets.h"
 #include "tests/support/MonitorRecorder.h"
 #include "tests/support/PulseServer.h"
@@ -9,6 +10,7 @@
 
 #include <QElapsedTimer>
 #include <QTest>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -19,6 +21,7 @@ class TestPlaybackSound : public QObject
 
 private Q_SLOTS:
     void initTestCase();
+    void systemIsWhatQtSays();
     void toneArrivesAsItIs();
     void wideStereoIsHeard();
     void formatChangesInMidStream();
@@ -50,17 +53,25 @@ std::vector<MediaPacketPtr> tonePackets(double frequency, double seconds, int ra
 /** Plays packets at the pace of a network stream, two of them ahead. */
 void play(AudioRenderer& renderer, const std::vector<MediaPacketPtr>& packets, int packetTime = 80)
 {
+    constexpr int ahead = 2;
+    constexpr int longest = 60000; // ms
+    std::size_t played = 0;
     QElapsedTimer clock;
     clock.start();
-    for (std::size_t i = 0; i < packets.size(); ++i) {
-        const qint64 due = (static_cast<qint64>(i) - 2) * packetTime;
-        while (clock.elapsed() < due) {
-            QTest::qWait(static_cast<int>(due - clock.elapsed()));
+    const auto playDue = [&] {
+        const auto due = static_cast<std::size_t>(clock.elapsed() / packetTime + ahead + 1);
+        for (; played < std::min(due, packets.size()); ++played) {
+            renderer.SetAudioOn(true);
+            renderer.SetVolume(100.0);
+            renderer.Play(packets[played], true);
         }
-        renderer.SetAudioOn(true);
-        renderer.SetVolume(100.0);
-        renderer.Play(packets[i], true);
-    }
+    };
+    QTimer pace;
+    pace.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&pace, &QTimer::timeout, playDue);
+    playDue();
+    pace.start(packetTime);
+    QVERIFY(QTest::qWaitFor([&] { return played == packets.size(); }, longest));
 }
 
 #ifdef Q_OS_WIN
@@ -108,6 +119,22 @@ void TestPlaybackSound::initTestCase()
 {
     m_pulse = std::make_unique<PulseServer>();
     QVERIFY(m_pulse->ready());
+}
+
+void TestPlaybackSound::systemIsWhatQtSays()
+{
+    const SystemProbe& system = SystemProbe::current();
+    QCOMPARE(system.productType(), QSysInfo::productType());
+    const auto outputs = system.audioDevices(QAudio::AudioOutput);
+    const auto inputs = system.audioDevices(QAudio::AudioInput);
+    QVERIFY(!outputs.isEmpty() && !inputs.isEmpty());
+    QVERIFY(outputs == QAudioDeviceInfo::availableDevices(QAudio::AudioOutput));
+    QVERIFY(inputs == QAudioDeviceInfo::availableDevices(QAudio::AudioInput));
+    QVERIFY(outputs != inputs);
+    QAudioFormat odd = outputs.first().preferredFormat();
+    odd.setSampleSize(12);
+    QVERIFY(system.nearestFormat(outputs.first(), odd) != odd);
+    QVERIFY(system.nearestFormat(outputs.first(), odd) == outputs.first().nearestFormat(odd));
 }
 
 void TestPlaybackSound::toneArrivesAsItIs()

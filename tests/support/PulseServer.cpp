@@ -2,7 +2,6 @@
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QThread>
 
 namespace {
 
@@ -26,7 +25,6 @@ PulseServer::PulseServer()
             m_ready = true;
             return;
         }
-        QThread::msleep(20);
     }
 }
 

@@ -5,9 +5,8 @@
 #include <QString>
 
 /**
- * What Qt says of the system, as a test wants it: a program that links this has its own
- * QSysInfo::productType, QAudioDeviceInfo::availableDevices and QAudioDeviceInfo::nearestFormat, which take
- * precedence over Qt's.
+ * What the plug-in is told of the system, as a test wants it: a program that links this has its own
+ * SystemProbe. Until it sets something the system has no name and no sound devices.
  */
 namespace SystemOverrides {
 
