@@ -120,7 +120,7 @@ step_qtbase() {
         quietly qtbase-configure "$qt/configure" -opensource -confirm-license \
         -prefix "$root/qt" -hostprefix "$root/qt" \
         -platform linux-g++ -xplatform win32-g++ -device-option "CROSS_COMPILE=$host-" \
-        -release -shared -no-opengl -no-icu -no-dbus -no-glib -no-fontconfig -no-widgets \
+        -release -shared -no-opengl -no-direct2d -no-icu -no-dbus -no-glib -no-fontconfig -no-widgets \
         -qt-zlib -qt-pcre -qt-libpng -qt-libjpeg -qt-freetype -qt-harfbuzz -qt-doubleconversion -qt-sqlite \
         -sql-sqlite -no-sql-odbc -no-sql-mysql -no-sql-psql -openssl-linked "-I$root/libs/include" "-L$root/libs/lib" \
         -no-feature-tabletevent -nomake examples -nomake tests -no-compile-examples -v
