@@ -88,6 +88,18 @@ const QString plainSchedule =
     "SELECT 's', 0, 1, '{}', '', '', 0";
 const QString file = "INSERT INTO files (name, length, status, content) SELECT 'f' || i, 1, 2, i";
 
+/** A reply as it is on the wire. */
+QByteArray replyBytes(const QString& command, const QVariant& result)
+{
+    WireMessage message;
+    message.kind = WireMessage::Reply;
+    message.id = 1;
+    message.name = command;
+    message.payload = result;
+    message.code = "0";
+    return message.toBytes();
+}
+
 } // namespace
 
 void TestRecordLimits::fullKind_data()
@@ -266,8 +278,7 @@ void TestRecordLimits::settingsCountForTheirNumbers()
     }
     QVERIFY2(added > 4 && added < 20, qPrintable(QString::number(added)));
     const QByteArray list =
-        WireMessage{WireMessage::Reply, 1, "", "", harness.ask("GetNetworkAudioSchedule").result, "0", ""}
-            .toBytes();
+        replyBytes("GetNetworkAudioSchedule", harness.ask("GetNetworkAudioSchedule").result);
     QVERIFY2(list.size() < Limits::maxListBytes, qPrintable(QString::number(list.size())));
 }
 
@@ -292,7 +303,7 @@ void TestRecordLimits::fullListsFitTogether()
                                 "GetNetworkAudioSchedule"}) {
         const ServerReply reply = harness.ask(command);
         QCOMPARE(reply.result.toList().size(), 10000);
-        bytes += WireMessage{WireMessage::Reply, 1, command, "", reply.result, "0", ""}.toBytes().size();
+        bytes += replyBytes(command, reply.result).size();
     }
     QVERIFY2(bytes < Limits::maxWaitingBytes, qPrintable(QString::number(bytes)));
     QVERIFY2(bytes > Limits::maxWaitingBytes / 2, qPrintable(QString::number(bytes)));
