@@ -45,7 +45,7 @@ bool isOfAPredecessor(const QLockFile& lock)
     qint64 process = 0;
     QString host;
     return lock.getLockInfo(&process, &host, nullptr) && process == QCoreApplication::applicationPid() &&
-           host == QSysInfo::machineHostName();
+           host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0; // RFC 4343; Windows has both
 }
 
 } // namespace

@@ -338,6 +338,9 @@ void TestDataFolder::lockOfAKilledProcessOfTheSameNumber()
         lock.close();
         QVERIFY(left.startsWith(QByteArray::number(QCoreApplication::applicationPid())));
     }
+    const QByteArray host = QSysInfo::machineHostName().toUtf8();
+    QVERIFY(left.toLower().contains('\n' + host.toLower() + '\n'));
+    left.replace('\n' + host + '\n', '\n' + host.toUpper() + '\n');
     QVERIFY(lock.open(QIODevice::WriteOnly));
     QCOMPARE(lock.write(left), qint64{left.size()});
     lock.close();
