@@ -14,15 +14,18 @@ public:
         connect(&m_server, &WebSocketListener::peerCame, this, [this] {
             client = m_server.nextPeer();
             connect(client, &WebSocketPeer::binaryMessageReceived, this, [this](const QByteArray& bytes) {
-                const WireMessage message = WireMessage::fromBytes(bytes).value_or(WireMessage());
-                if (message.kind == WireMessage::Login && !welcomes) {
+                const std::optional<WireMessage> message = WireMessage::fromBytes(bytes);
+                if (!message) {
+                    return;
+                }
+                if (message->kind == WireMessage::Login && !welcomes) {
                     client->sendBinaryMessage(inPlaceOfAWelcome);
-                } else if (message.kind == WireMessage::Login) {
+                } else if (message->kind == WireMessage::Login) {
                     WireMessage welcome;
                     welcome.kind = WireMessage::Welcome;
                     client->sendBinaryMessage(welcome.toBytes());
                 } else {
-                    commands.append(message);
+                    commands.append(*message);
                 }
             });
         });
