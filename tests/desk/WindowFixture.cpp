@@ -40,6 +40,9 @@ WindowFixture::WindowFixture(const std::function<void(ClientOptions&)>& change, 
         qFatal("the window does not come up");
     }
     window()->requestActivate();
+    if (!QTest::qWaitForWindowActive(window())) { // or shortcuts go nowhere
+        qFatal("the window does not get the keyboard");
+    }
     if (!QTest::qWaitFor([this] { return m_desk->connection()->state() != DeskConnection::Connecting; },
                          patience)) {
         qFatal("the server does not answer");
