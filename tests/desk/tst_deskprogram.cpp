@@ -258,8 +258,10 @@ void TestDeskProgram::rendererWithoutGraphics_data()
     QTest::addColumn<bool>("threaded");
     QTest::newRow("OpenGL by the processor") << QByteArray() << QByteArray() << false;
     QTest::newRow("no OpenGL") << QByteArray("QT_XCB_GL_INTEGRATION") << QByteArray("none") << false;
+#ifndef __SANITIZE_THREAD__ // which cannot follow the threads of the system's OpenGL
     QTest::newRow("Qt's choice") << QByteArray("QT_QUICK_BACKEND") << QByteArray("") << true;
     QTest::newRow("another interface") << QByteArray("QSG_RHI") << QByteArray("1") << true;
+#endif
 }
 
 void TestDeskProgram::rendererWithoutGraphics()
