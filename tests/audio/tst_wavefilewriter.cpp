@@ -135,7 +135,7 @@ void TestWaveFileWriter::idleFileIsWrittenWithinASecond()
         QVERIFY(writer.write(count(round * packetSamples)));
         // Nothing follows, and no event loop runs.
         while (!hasCounted(path(), (round + 1) * packetSamples) && elapsed.elapsed() < 10000) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         QVERIFY2(elapsed.elapsed() < 1500, qPrintable(QString::number(elapsed.elapsed())));
     }
