@@ -1,6 +1,7 @@
 // Ends that a command does not choose: Ctrl-C while it waits, a server that goes, does not answer or refuses.
 
 #include "tests/cli/ScriptedServer.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/ProgramInterrupt.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/WavFiles.h"
@@ -54,7 +55,7 @@ private:
     static ProgramRun endOf(QProcess& program);
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    QProcess m_server;
+    ChildProcess m_server;
     QString m_url;
 };
 

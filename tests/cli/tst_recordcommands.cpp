@@ -1,6 +1,7 @@
 // The commands on records, as people and scripts use them: against the server inside the program, and
 // against one in another process.
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/FullDisk.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/SignalMeasure.h"
@@ -100,7 +101,7 @@ void TestRecordCommands::startServer(const QString& kind, const QStringList& mor
     if (kind.isEmpty()) {
         return;
     }
-    m_server = std::make_unique<QProcess>();
+    m_server = std::make_unique<ChildProcess>();
     m_server->setWorkingDirectory(m_folder->path());
     QStringList arguments{"serve", "--listen", "127.0.0.1:0", "--add-user",
                           "anna",  "--data",   "data",        "--simulate"};

@@ -1,5 +1,6 @@
 // The program as people use it: started with arguments, judged by what it prints, records and returns.
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/ProgramInterrupt.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/SignalMeasure.h"
@@ -123,7 +124,7 @@ void TestTalkCommand::awkwardCameras()
     QFETCH(QString, camera);
     QFETCH(int, status);
     QFETCH(QString, message);
-    QProcess server;
+    ChildProcess server;
     server.start(QStringLiteral(AWKWARD_SERVER), {camera});
     QVERIFY(server.waitForReadyRead(20000));
     const QString url = QString::fromUtf8(server.readLine()).trimmed();

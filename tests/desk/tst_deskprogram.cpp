@@ -1,6 +1,7 @@
 // The program itself, in a process of its own, by the keys of a real display.
 
 #include "tests/desk/QmlComplaints.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/PulseServer.h"
 #include "tests/support/VirtualDisplay.h"
 #include "tests/support/WavFiles.h"
@@ -134,7 +135,7 @@ QStringList TestDeskProgram::threadsOf(const QProcess& program)
 
 std::unique_ptr<QProcess> TestDeskProgram::start(const QStringList& options, const char* data)
 {
-    auto program = std::make_unique<QProcess>();
+    auto program = std::make_unique<ChildProcess>();
     program->setProcessChannelMode(QProcess::ForwardedOutputChannel);
     program->start(PROGRAM_DIR "/voicedesk-desk",
                    QStringList{"--simulate", "--data", m_folder.filePath(data), "--output",

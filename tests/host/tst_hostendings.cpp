@@ -2,6 +2,7 @@
 // crashes in what runs after that.
 
 #include "tests/support/BuiltLibraries.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/PulseServer.h"
 
 #include <QProcess>
@@ -79,7 +80,7 @@ void TestHostEndings::endings()
         if (hosts.size() == rounds) {
             return;
         }
-        hosts.push_back(std::make_unique<QProcess>());
+        hosts.push_back(std::make_unique<ChildProcess>());
         QProcess& host = *hosts.back();
         host.setProcessEnvironment(place.environment);
         host.setProcessChannelMode(QProcess::ForwardedOutputChannel);

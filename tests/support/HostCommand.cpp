@@ -1,3 +1,4 @@
+#include "tests/support/ChildProcess.h"
 #include "tests/support/HostCommand.h"
 
 #include <QProcess>
@@ -12,7 +13,7 @@ QProcess& process(const std::unique_ptr<QIODevice>& pipe)
 } // namespace
 
 HostCommand::HostCommand(const QString& program, const QStringList& arguments)
-    : m_pipe(std::make_unique<QProcess>())
+    : m_pipe(std::make_unique<ChildProcess>())
 {
     process(m_pipe).setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process(m_pipe).start(program, arguments);

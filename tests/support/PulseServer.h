@@ -1,9 +1,9 @@
 #pragma once
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/HostCommand.h"
 
 #include <QByteArray>
-#include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -36,6 +36,6 @@ private:
     bool start();
 
     QTemporaryDir m_folder;
-    QProcess m_server;
+    ChildProcess m_server;
     bool m_ready = false;
 };

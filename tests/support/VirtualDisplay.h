@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QProcess>
+#include "tests/support/ChildProcess.h"
 
 /**
  * A private X server without a screen, for the program that makes it and its children. Ends with the object.
@@ -18,6 +18,6 @@ public:
     bool ready() const { return m_ready; }
 
 private:
-    QProcess m_server;
+    ChildProcess m_server;
     bool m_ready = false;
 };

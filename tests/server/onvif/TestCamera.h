@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/WavFiles.h"
 
 #include <QElapsedTimer>
@@ -122,7 +123,7 @@ private:
     }
 
     QTemporaryDir m_folder;
-    QProcess m_process;
+    ChildProcess m_process;
     QStringList m_lines;
     int m_port = 0;
 };
