@@ -1,5 +1,6 @@
-#include "tests/support/ChildProcess.h"
 #include "tests/support/HostCommand.h"
+
+#include "tests/support/ChildProcess.h"
 
 #include <QProcess>
 
