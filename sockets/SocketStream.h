@@ -11,7 +11,9 @@
 #include <boost/beast/ssl/ssl_stream.hpp>
 #include <boost/beast/websocket/stream.hpp>
 
+#include <array>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -57,7 +59,9 @@ public:
     /** Returns OpenSSL's object; null without TLS. */
     SSL* tls() { return m_tls ? m_tls->native_handle() : nullptr; }
 
-    /** Calls a function when the last frame has gone and the peer is to end TLS and TCP, which it may not do.
+    /**
+     * Calls a function when the last frame has gone and the peer is to end TLS and TCP, which it may not do:
+     * its owner then closes the socket after a time.
      */
     void onTeardown(std::function<void()> called) { m_onTeardown = std::move(called); }
 
@@ -95,7 +99,7 @@ public:
         }
     }
 
-    /** Ends TLS and TCP after the last frame, as Beast asks for it. */
+    /** Ends TLS and TCP after the last frame, as Beast asks for it; the owner closes the socket. */
     template<class Handler>
     friend void async_teardown(beast::role_type role, SocketStream& stream, Handler&& handler)
     {
@@ -103,13 +107,52 @@ public:
             stream.m_onTeardown();
         }
         if (stream.m_tls) {
-            stream.m_tls->async_shutdown(std::forward<Handler>(handler));
+            stream.m_tls->async_shutdown(
+                [role, &stream, handler = std::forward<Handler>(handler)](error_code error) mutable {
+                    if (error) { // as when the peer still sends
+                        stream.endSending(role, std::move(handler));
+                    } else {
+                        handler(error);
+                    }
+                });
         } else {
-            websocket::async_teardown(role, stream.m_socket, std::forward<Handler>(handler));
+            stream.endSending(role, std::forward<Handler>(handler));
         }
     }
 
 private:
+    using Discarded = std::array<char, 16 << 10>; ///< What is read at once, in bytes.
+
+    /** A server ends TCP's own direction before the client does (RFC 6455, 7.1.1). */
+    template<class Handler>
+    void endSending(beast::role_type role, Handler&& handler)
+    {
+        if (role == beast::role_type::server) {
+            error_code ignored;
+            m_socket.shutdown(net::socket_base::shutdown_send, ignored);
+        }
+        discard(std::make_unique<Discarded>(), std::forward<Handler>(handler));
+    }
+
+    /**
+     * Reads until the peer closes: a socket that is closed with unread bytes resets the connection, which on
+     * Windows takes the close frame away from the peer. Beast's own teardown ends at the first bytes.
+     */
+    template<class Handler>
+    void discard(std::unique_ptr<Discarded> bytes, Handler&& handler)
+    {
+        const net::mutable_buffer buffer = net::buffer(*bytes);
+        m_socket.async_read_some(buffer,
+                                 [this, bytes = std::move(bytes), handler = std::forward<Handler>(handler)](
+                                     error_code error, std::size_t) mutable {
+                                     if (error) {
+                                         handler(error == net::error::eof ? error_code() : error);
+                                     } else {
+                                         discard(std::move(bytes), std::move(handler));
+                                     }
+                                 });
+    }
+
     Socket m_socket;
     // Beast's, not Asio's: it joins the header and the payload of a frame in one record.
     std::optional<beast::ssl_stream<Socket&>> m_tls;

@@ -32,6 +32,8 @@ private Q_SLOTS:
     void pingFlood();
     void largeMessages_data();
     void largeMessages();
+    void closeReachesAClientThatSendsOn_data() { addTls(); }
+    void closeReachesAClientThatSendsOn();
     void handshakes_data();
     void handshakes();
     void halfHandshakes_data();
@@ -349,6 +351,33 @@ void TestWebSocketRules::largeMessages()
     }
     QVERIFY(client.closed());
     QCOMPARE(client.socket.closeCode(), code);
+}
+
+/** The server takes what comes after its close frame: with bytes unread, TCP resets the connection. */
+void TestWebSocketRules::closeReachesAClientThatSendsOn()
+{
+    QFETCH(bool, tls);
+    const Served server(tls);
+    RawClient client(server.sockets);
+    QVERIFY(client.connected);
+    auto& socket = static_cast<QSslSocket&>(client.socket.socket());
+    qint64 written = 0;
+    const auto count = [&written](qint64 bytes) { written += bytes; };
+    if (tls) {
+        connect(&socket, &QSslSocket::encryptedBytesWritten, this, count);
+    } else {
+        connect(&socket, &QSslSocket::bytesWritten, this, count);
+    }
+    client.socket.setReading(false);
+    socket.setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 64 << 10);
+    WebSocketFrame large = frame(Binary, QByteArray(4 << 20, 'x')); // more than the buffers of TCP hold
+    large.isMasked = true;
+    client.socket.sendFrame(large);
+    QVERIFY(waitFor([&] { return written >= large.payload.size() || client.socket.isClosed(); }));
+    QVERIFY(!client.socket.isClosed());
+    client.socket.setReading(true);
+    QVERIFY(client.closed());
+    QCOMPARE(client.socket.closeCode(), 1009);
 }
 
 void TestWebSocketRules::handshakes_data()
