@@ -68,15 +68,20 @@ void H264Assembler::add(const RtpVoice& packet, std::vector<VideoUnit>& out)
     const bool isGap = m_started && packet.sequence != static_cast<std::uint16_t>(m_sequence + 1);
     m_started = true;
     m_sequence = packet.sequence;
-    if (isGap) {
+    m_hasGap = m_hasGap || isGap;
+    if (packet.payload.isEmpty()) {
+        return; // padding alone (RFC 3550, clause 5.1)
+    }
+    if (m_hasGap) {
         m_isBroken = true;
     }
     if (m_isOpen && packet.timestamp != m_timestamp) {
         finish(out);
     }
     if (!m_isOpen) {
-        startUnit(packet.timestamp, isGap); // what was lost may have been its beginning
+        startUnit(packet.timestamp, m_hasGap); // what was lost may have been its beginning
     }
+    m_hasGap = false;
     m_time = packet.time;
     addPayload(packet.payload);
     if (packet.marker) {
@@ -98,7 +103,7 @@ void H264Assembler::startUnit(std::uint32_t timestamp, bool isBroken)
 
 void H264Assembler::addPayload(const QByteArray& payload)
 {
-    if (payload.isEmpty() || (headerOf(payload) & forbiddenBit) != 0) {
+    if ((headerOf(payload) & forbiddenBit) != 0) {
         m_isBroken = true;
         return;
     }

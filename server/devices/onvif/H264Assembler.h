@@ -42,6 +42,7 @@ private:
     bool m_needsKeyFrame = true;
     bool m_started = false; ///< A packet has come.
     std::uint16_t m_sequence = 0;
+    bool m_hasGap = false; ///< A packet is missing since the last one with a payload.
 
     // Of the access unit at hand.
     QByteArray m_unit;     ///< With start codes, without parameter sets.

@@ -79,12 +79,14 @@ private Q_SLOTS:
     void fragments();
     void unitWithoutMarker();
     void loss();
+    void padding();
     void brokenPackets_data();
     void brokenPackets();
     void tooLarge();
     void neverEnds();
     void tooManyParameterSets();
     void tooFast();
+    void timeGoesBack();
     void positions();
 };
 
@@ -172,10 +174,33 @@ void TestH264Assembler::loss()
     QCOMPARE(stream.units.size(), std::size_t{3});
 }
 
+/** Packets without a payload are no loss, and hide none. */
+void TestH264Assembler::padding()
+{
+    Stream stream;
+    const QByteArray large = idr + QByteArray(300, 'x');
+    stream.send(QByteArray(), false);
+    stream.send(QByteArray("\x7c\x85") + large.mid(1, 150), false);
+    stream.send(QByteArray(), false);
+    stream.send(QByteArray("\x7c\x45") + large.mid(151));
+    stream.send(QByteArray(), false);
+    stream.send(slice);
+    stream.send(QByteArray());
+    stream.send(slice);
+    QCOMPARE(stream.units.size(), std::size_t{3});
+    QCOMPARE(stream.units[0].bytes, code + sps + code + pps + code + large);
+    QCOMPARE(stream.units[1].bytes, code + slice);
+    ++stream.sequence;
+    stream.send(QByteArray(), false);
+    stream.send(idr); // what is lost may have been a part of it
+    QCOMPARE(stream.units.size(), std::size_t{3});
+    stream.send(idr);
+    QCOMPARE(stream.units.size(), std::size_t{4});
+}
+
 void TestH264Assembler::brokenPackets_data()
 {
     QTest::addColumn<QByteArray>("payload");
-    QTest::newRow("empty") << QByteArray();
     QTest::newRow("forbidden bit") << QByteArray("\xe5 abc");
     QTest::newRow("type 0") << QByteArray("\x60 abc");
     QTest::newRow("interleaved aggregate") << QByteArray("\x79 abc");
@@ -183,6 +208,7 @@ void TestH264Assembler::brokenPackets_data()
     QTest::newRow("aggregate cut in a length") << aggregate({slice}).append('\0');
     QTest::newRow("aggregate beyond its end") << aggregate({slice}).append("\xff\xff", 2);
     QTest::newRow("empty part of an aggregate") << aggregate({slice, QByteArray()});
+    QTest::newRow("forbidden bit in an aggregate") << aggregate({slice, "\xc1 abc"});
     QTest::newRow("aggregate in an aggregate") << aggregate({aggregate({slice})});
     QTest::newRow("fragment without content") << QByteArray("\x7c\xc1");
     QTest::newRow("fragment without a start") << QByteArray("\x7c\x41 abc");
@@ -268,6 +294,23 @@ void TestH264Assembler::tooFast()
     stream.send(idr);
     stream.send(slice);
     QCOMPARE(stream.units.size(), before + 2);
+}
+
+/** A clock that goes back allows nothing. */
+void TestH264Assembler::timeGoesBack()
+{
+    Stream stream;
+    for (int i = 0; i < 100; ++i) {
+        stream.time -= 40001;
+        stream.send(idr);
+    }
+    QCOMPARE(stream.units.size(), static_cast<std::size_t>(H264Assembler::maxRate));
+    stream.send(idr); // 40 ms later: two more
+    stream.time -= 40000;
+    stream.send(idr);
+    stream.time -= 40000;
+    stream.send(idr);
+    QCOMPARE(stream.units.size(), static_cast<std::size_t>(H264Assembler::maxRate + 2));
 }
 
 void TestH264Assembler::positions()
