@@ -38,6 +38,7 @@ struct CameraStream
     bool hasVoice = false;       ///< Whether it has what its microphone says.
     bool hasLoudspeaker = false; ///< Whether it has an audio output and a decoder.
     QString voiceCodec;          ///< RTP name; empty without a voice.
+    QString pictureCodec;        ///< Of its video, "H264", "JPEG"; empty when the camera names none.
 };
 
 /** What a camera can do, and why not, by its own answers. Nothing of it comes from a talk. */

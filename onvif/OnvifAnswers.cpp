@@ -120,7 +120,9 @@ std::vector<CameraStream> profiles(const XmlElement& body, MediaService service)
         stream.token = profile->token;
         stream.name = plainText(profile->child("Name") != nullptr ? profile->child("Name")->text : QString());
         const XmlElement* encoder = profile->find(two ? "AudioEncoder" : "AudioEncoderConfiguration");
-        stream.hasPicture = has(*profile, two ? "VideoEncoder" : "VideoEncoderConfiguration");
+        const XmlElement* video = profile->find(two ? "VideoEncoder" : "VideoEncoderConfiguration");
+        stream.hasPicture = video != nullptr;
+        stream.pictureCodec = video != nullptr ? codecName(video->textOf("Encoding")) : QString();
         stream.hasVoice = encoder != nullptr;
         stream.hasLoudspeaker = has(*profile, two ? "AudioOutput" : "AudioOutputConfiguration") &&
                                 has(*profile, two ? "AudioDecoder" : "AudioDecoderConfiguration");

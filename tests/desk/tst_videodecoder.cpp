@@ -44,6 +44,8 @@ private Q_SLOTS:
     void noUnits_data();
     void noUnits();
     void brokenUnits();
+    void brokenPicture();
+    void coloursOfHdtv();
 
 private:
     QList<QByteArray> m_units;
@@ -134,6 +136,30 @@ void TestVideoDecoder::brokenUnits()
         decoder.decode(unit, large);
     }
     QVERIFY(isPattern(decoder.decode(m_units[0], large)));
+}
+
+/** A picture of which a part is missing is not shown. */
+void TestVideoDecoder::brokenPicture()
+{
+    for (const int at : {10, 11}) {
+        VideoDecoder decoder;
+        for (int i = 0; i < at; ++i) {
+            QVERIFY(isPattern(decoder.decode(m_units[i], large)));
+        }
+        QVERIFY(decoder.decode(m_units[at].left(m_units[at].size() - 10), large).isNull());
+        QVERIFY(isPattern(decoder.decode(m_units[0], large)));
+    }
+}
+
+/** From 720 lines on, red has other samples, unless the video says more. */
+void TestVideoDecoder::coloursOfHdtv()
+{
+    VideoDecoder decoder;
+    const QList<QByteArray> units = VideoUnits::of("tall.h264");
+    QCOMPARE(units.size(), 1);
+    const QImage image = decoder.decode(units[0], large);
+    QCOMPARE(image.size(), QSize(16, 720));
+    QVERIFY2(isLike(image.pixelColor(8, 360), {255, 0, 0}), qPrintable(image.pixelColor(8, 360).name()));
 }
 
 QTEST_APPLESS_MAIN(TestVideoDecoder)

@@ -200,9 +200,12 @@ void ScriptedCamera::answer(QTcpSocket* socket, const QByteArray& head, const QB
         socket->write(m_replies.value(QStringLiteral("?")));
         return;
     }
-    if (m_replies.contains(request.name)) {
-        socket->write(m_replies.value(request.name));
-        return;
+    const QString ofProfile = request.name + ' ' + QString::fromUtf8(textOf(body, "ProfileToken"));
+    for (const QString& name : {ofProfile, request.name}) {
+        if (m_replies.contains(name)) {
+            socket->write(m_replies.value(name));
+            return;
+        }
     }
     const QByteArray made = bodyOf(request.name, request.space.contains(QLatin1String("ver20")));
     if (made.isNull()) {

@@ -59,7 +59,7 @@ public:
 
     /** Makes it answer a request with these bytes, which are all of an HTTP reply. */
     void setReply(const QString& request, const QByteArray& bytes) { m_replies[request] = bytes; }
-    /** Makes it answer with this body in an envelope. */
+    /** Makes it answer with this body in an envelope. @param request with "NAME TOKEN", for that profile */
     void setBody(const QString& request, const QByteArray& body);
     /** Makes it answer with a fault. */
     void setFault(const QString& request, const QByteArray& subcode, int status = 500);

@@ -6,7 +6,7 @@
 #include "server/devices/onvif/OnvifInquiries.h"
 #include "server/devices/onvif/OnvifRefusal.h"
 
-#include <algorithm>
+#include <QStringList>
 
 OnvifVideo::OnvifVideo(CameraRecord camera, OnvifConfig config, LineThreads& threads, const QString& stream)
     : m_camera(std::move(camera)), m_config(std::move(config)), m_threads(threads),
@@ -58,14 +58,28 @@ void OnvifVideo::locate()
 
 void OnvifVideo::takeStream(const CameraAbilities& abilities)
 {
-    const auto& streams = abilities.streams;
-    const auto found = std::find_if(streams.begin(), streams.end(), [](const CameraStream& stream) {
-        return stream.hasPicture && !stream.address.isEmpty();
-    });
-    if (found != streams.end()) {
+    const CameraStream* found = nullptr;
+    QStringList others; // codecs
+    for (const CameraStream& stream : abilities.streams) {
+        const bool isNamed = !stream.pictureCodec.isEmpty();
+        if (!stream.hasPicture || stream.address.isEmpty()) {
+            continue;
+        }
+        if (isNamed && stream.pictureCodec != QLatin1String("H264")) {
+            others.append(stream.pictureCodec);
+        } else if (found == nullptr || (isNamed && found->pictureCodec.isEmpty())) {
+            found = &stream; // what names no codec is tried when no other one has H.264
+        }
+    }
+    others.removeDuplicates();
+    if (found != nullptr) {
         const QString stream = found->address.toString(QUrl::FullyEncoded);
         Q_EMIT located(stream);
         openLine(stream);
+    } else if (!others.isEmpty()) {
+        Q_EMIT refused(
+            ReturnCode::noPicture,
+            QStringLiteral("the camera's video is %1, not H264").arg(others.join(QStringLiteral(", "))));
     } else if (abilities.error != OnvifError::None) {
         Q_EMIT refused(returnCodeOf(abilities.error, ReturnCode::noPicture), errorSentence(abilities));
     } else {

@@ -326,7 +326,11 @@ void RtspSession::hear(GstSample* sample)
     ++m_heard;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (!m_rate.takes(PacketRate::Time::clock::now())) {
+        const auto now = PacketRate::Time::clock::now();
+        const bool isTaken = m_way == Way::Video
+                                 ? m_videoRate.takes(now, gst_buffer_get_size(gst_sample_get_buffer(sample)))
+                                 : m_rate.takes(now);
+        if (!isTaken) {
             return;
         }
     }

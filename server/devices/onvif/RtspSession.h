@@ -142,7 +142,8 @@ private:
     std::optional<int>
         m_heardType; ///< Payload type of what is decoded: that of the first pad with a decoder.
     std::unique_ptr<RtpDecoder> m_decoder;
-    PacketRate m_rate;         ///< Of what the camera says.
+    PacketRate m_rate; ///< Of what the camera says.
+    PacketRate m_videoRate{PacketRate::maxVideoPackets};
     bool m_isPushing = false;  ///< Somebody is in push.
     bool m_isStopping = false; ///< Nobody may begin to push.
     std::condition_variable m_pushed;

@@ -7,6 +7,7 @@
 #include <QTcpSocket>
 #include <QTimer>
 #include <QUrl>
+#include <QtEndian>
 
 #include <sys/socket.h>
 
@@ -99,17 +100,40 @@ public:
     /** Sends a packet of sound in the session that began to play last. All have the same RTP time. */
     void speak(const QByteArray& payload, char payloadType = 0, char channel = 0)
     {
+        write(payload, payloadType, channel, 0);
+    }
+
+    /** Sends a packet of video in that session, with the payload type 96. */
+    void show(const QByteArray& payload, quint32 timestamp, bool marker)
+    {
+        write(payload, static_cast<char>(marker ? 0xe0 : 0x60), 0, timestamp);
+    }
+
+    /** Waits without events until the system has taken all that was sent; false when it takes too long. */
+    bool sendAll()
+    {
+        while (m_playing->bytesToWrite() > 0) {
+            if (!m_playing->waitForBytesWritten(10000)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    void write(const QByteArray& payload, char payloadType, char channel, quint32 timestamp)
+    {
         const int size = payload.size() + 12;
         QByteArray packet = QByteArray::fromHex("240000008000000000000000aabbccdd");
         packet[2] = static_cast<char>(size >> 8);
         packet[3] = static_cast<char>(size);
         packet[1] = channel;
         packet[5] = payloadType;
-        packet[7] = ++m_sequence;
+        qToBigEndian(++m_sequence, packet.data() + 6);
+        qToBigEndian(timestamp, packet.data() + 8);
         m_playing->write(packet + payload);
     }
 
-private:
     void read(QTcpSocket* socket)
     {
         if (m_deaf && socket == m_playing) {
@@ -211,5 +235,5 @@ private:
     char m_talkChannel = 2;
     QPointer<QTcpSocket> m_playing;
     bool m_deaf = false;
-    char m_sequence = 0;
+    quint16 m_sequence = 0;
 };

@@ -1,7 +1,9 @@
 // Lines to cameras that are broken, or mean harm.
 
+#include "protocol/Limits.h"
 #include "protocol/ServerReply.h"
 #include "server/devices/onvif/GstLog.h"
+#include "server/devices/onvif/H264Assembler.h"
 #include "server/devices/onvif/LineThreads.h"
 #include "server/devices/onvif/LocatedTalk.h"
 #include "server/devices/onvif/PacketRate.h"
@@ -14,6 +16,10 @@
 
 #include <QNetworkDatagram>
 #include <QUdpSocket>
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
 
 #ifdef __linux__
 #include <sys/resource.h>
@@ -29,6 +35,7 @@ private Q_SLOTS:
     void answersForEver_data();
     void answersForEver();
     void speaksWhereItHears();
+    void packetsOfASecond();
     void speaksTooOften();
     void wantsItEncrypted_data();
     void wantsItEncrypted();
@@ -36,6 +43,7 @@ private Q_SLOTS:
     void loginOfTwoLines();
     void writesToTheLog();
     void linesByOpenFiles();
+    void linesOfVideos();
     void manyAtOnce();
 };
 
@@ -93,6 +101,30 @@ void TestHostileCameras::speaksWhereItHears()
     QVERIFY(std::none_of(probe.heard.begin(), probe.heard.end(),
                          [](const VoicePacket& packet) { return packet.bitstream.contains("xxx"); }));
     QVERIFY(probe.close());
+}
+
+void TestHostileCameras::packetsOfASecond()
+{
+    const PacketRate::Time start{std::chrono::hours(1)};
+    const auto taken = [&](PacketRate& rate, std::chrono::milliseconds after, std::size_t bytes) {
+        int count = 0;
+        for (int i = 0; i < 100000; ++i) {
+            count += rate.takes(start + after, bytes) ? 1 : 0;
+        }
+        return count;
+    };
+    using std::chrono::milliseconds;
+    PacketRate voice;
+    QCOMPARE(taken(voice, milliseconds(0), 0), 500); // the shortest, of 2 ms
+    QCOMPARE(taken(voice, milliseconds(999), 0), 0);
+    QCOMPARE(taken(voice, milliseconds(1000), 0), 500);
+    PacketRate video(PacketRate::maxVideoPackets);
+    QCOMPARE(taken(video, milliseconds(0), 1500), 50000);
+    QCOMPARE(taken(video, milliseconds(1000), 1501), 25000);
+    QCOMPARE(taken(video, milliseconds(2000), 65535), 1136);
+    // The largest pictures in packets as cameras send them.
+    const int packets = Limits::maxVideoUnitBytes / 1400 + 1;
+    QVERIFY(H264Assembler::maxRate * packets <= PacketRate::maxVideoPackets);
 }
 
 /** What no voice needs does not reach those who listen. */
@@ -231,6 +263,51 @@ void TestHostileCameras::linesByOpenFiles()
     QCOMPARE(LineThreads::maxLines(0), 0);
     QCOMPARE(LineThreads::maxLines(1024), 96);
     QCOMPARE(LineThreads::maxLines(std::numeric_limits<int>::max()), 200);
+}
+
+/** A quarter of all lines is left to talks. */
+void TestHostileCameras::linesOfVideos()
+{
+    struct Line : LineWork
+    {
+        void run() override
+        {
+            std::unique_lock<std::mutex> lock(mutex);
+            closed.wait(lock, [this] { return closing.load(); });
+            ended = true;
+        }
+        void close() override
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            closing = true;
+            closed.notify_all();
+        }
+        void forgetListener() override {}
+        bool hasEnded() const override { return ended; }
+        bool isClosing() const override { return closing; }
+
+        std::mutex mutex;
+        std::condition_variable closed;
+        std::atomic<bool> closing{false};
+        std::atomic<bool> ended{false};
+    };
+    LineThreads threads(8);
+    for (int i = 0; i < 6; ++i) {
+        QVERIFY(threads.hasRoomForVideo());
+        QVERIFY(threads.start(std::make_shared<Line>()));
+    }
+    QVERIFY(!threads.hasRoomForVideo());
+    QVERIFY(threads.hasRoom());
+    LineThreads others(8);
+    const std::vector<std::shared_ptr<LineWork>> reserved{std::make_shared<Line>(), std::make_shared<Line>()};
+    for (const auto& line : reserved) {
+        others.reserve(line); // of talks that begin
+    }
+    for (int i = 0; i < 4; ++i) {
+        QVERIFY(others.hasRoomForVideo());
+        QVERIFY(others.start(std::make_shared<Line>()));
+    }
+    QVERIFY(!others.hasRoomForVideo());
 }
 
 /** All are asked for before the first begins. */

@@ -3,9 +3,14 @@
 #include "protocol/Limits.h"
 #include "server/access/ServerCertificate.h"
 #include "server/devices/onvif/OnvifDevices.h"
+#include "server/devices/onvif/OnvifVideo.h"
+#include "server/devices/onvif/RtspSession.h"
 #include "tests/onvif/ScriptedCamera.h"
 #include "tests/server/ServerHarness.h"
+#include "tests/server/onvif/ScriptedRtsp.h"
 #include "tests/server/onvif/TestCamera.h"
+
+#include <QTemporaryFile>
 
 namespace {
 
@@ -76,6 +81,23 @@ QList<QByteArray> expected()
     return units;
 }
 
+/** A camera with a video of the payload type 96 and nothing else. */
+struct ScriptedVideo : ScriptedRtsp
+{
+    ScriptedVideo()
+    {
+        speaks = false;
+        answers["DESCRIBE"] = describes("v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nt=0 0\r\n"
+                                        "m=video 0 RTP/AVP 96\r\na=control:eye\r\n"
+                                        "a=rtpmap:96 H264/90000\r\na=fmtp:96 packetization-mode=1\r\n");
+    }
+
+    bool waitForPlay() const
+    {
+        return ServerHarness::waitFor([this] { return hasRequest("PLAY"); });
+    }
+};
+
 } // namespace
 
 class TestOnvifVideo : public QObject
@@ -84,16 +106,20 @@ class TestOnvifVideo : public QObject
 
 private Q_SLOTS:
     void pictures();
+    void manyBytes();
     void watchersShareOneSession();
     void besideATalk();
     void sessionEnds();
     void serverEndsMeanwhile();
     void killed();
+    void closesBeforeTheFirstPicture();
     void hangs();
     void cannotBeWatched_data();
     void cannotBeWatched();
     void sentElsewhere();
     void located();
+    void firstWithH264_data();
+    void firstWithH264();
     void withTls();
 };
 
@@ -121,6 +147,27 @@ void TestOnvifVideo::pictures()
     }
     QVERIFY(pictures[0]["keyFrame"].toBool());
     QVERIFY(last >= 500 && last < 20000);
+}
+
+/** 14 Mbit/s. */
+void TestOnvifVideo::manyBytes()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    const QList<QByteArray> units = expected();
+    for (const QByteArray& unit : units) {
+        file.write(unit + QByteArray(70000, 'x')); // its slice is longer
+    }
+    file.close();
+    TestCamera camera({"--video", file.fileName()});
+    Server server;
+    QCOMPARE(server.watch(server.add(camera.address())).returnCode, ReturnCode::success);
+    QVERIFY(server.waitForPictures(60));
+    const QList<QVariantMap> pictures = server.all("CameraVideo");
+    const int sent = (pictures.last()["position"].toInt() + 20) / 40 + 1;
+    QVERIFY2(pictures.size() * 10 >= sent * 9,
+             qPrintable(QString("%1 of %2").arg(pictures.size()).arg(sent)));
+    QVERIFY(pictures[0]["accessUnit"].toByteArray().size() > 70000);
 }
 
 void TestOnvifVideo::watchersShareOneSession()
@@ -198,6 +245,24 @@ void TestOnvifVideo::killed()
     QCOMPARE(server.all("CameraVideoEnded")[0]["camId"].toString(), id);
     QVERIFY(!server.all("CameraVideoEnded")[0]["error"].toString().isEmpty());
     QCOMPARE(server.watch(id).returnCode, ReturnCode::cameraOffline);
+}
+
+void TestOnvifVideo::closesBeforeTheFirstPicture()
+{
+    ScriptedVideo camera;
+    Server server;
+    const QString id = server.add(camera.address(), {{"camSettings", QVariantMap{{"openTimeout", 10000}}}});
+    QTimer timer; // looks for the PLAY
+    connect(&timer, &QTimer::timeout, &camera, [&] {
+        if (camera.hasRequest("PLAY")) {
+            timer.stop();
+            camera.hangUp();
+        }
+    });
+    timer.start(5);
+    const ServerReply reply = server.watch(id);
+    QCOMPARE(reply.returnCode, ReturnCode::cameraOffline);
+    QVERIFY2(reply.errorText.contains("has ended its video"), qPrintable(reply.errorText));
 }
 
 void TestOnvifVideo::hangs()
@@ -289,6 +354,55 @@ void TestOnvifVideo::located()
         QVERIFY2(reply.returnCode == ReturnCode::cameraOffline, qPrintable(reply.errorText));
     }
     QVERIFY(device.names().count("GetProfiles") > 1); // until it fails
+}
+
+void TestOnvifVideo::firstWithH264_data()
+{
+    QTest::addColumn<bool>("hasMedia2");
+    QTest::addColumn<QStringList>("codecs"); // of profiles
+    QTest::addColumn<int>("shown");          // which of them; -1 for none
+    for (const bool two : {false, true}) {
+        const QByteArray service = two ? "Media 2" : "Media";
+        QTest::addRow("JPEG first, %s", service.constData())
+            << two << QStringList{"JPEG", "H264", "H264"} << 1;
+        QTest::addRow("H.265 first, %s", service.constData()) << two << QStringList{"H265", "h264"} << 1;
+        QTest::addRow("nameless first, %s", service.constData()) << two << QStringList{"", "H264"} << 1;
+        QTest::addRow("nameless, %s", service.constData()) << two << QStringList{"JPEG", ""} << 1;
+        QTest::addRow("none, %s", service.constData()) << two << QStringList{"JPEG", "MPEG4", "JPEG"} << -1;
+    }
+}
+
+void TestOnvifVideo::firstWithH264()
+{
+    QFETCH(bool, hasMedia2);
+    QFETCH(QStringList, codecs);
+    QFETCH(int, shown);
+    TestCamera camera(showing());
+    ScriptedCamera device;
+    device.hasMedia2 = hasMedia2;
+    QByteArray profiles;
+    for (int i = 0; i < codecs.size(); ++i) {
+        const QByteArray token = QByteArray::number(i);
+        const QByteArray element = hasMedia2 ? "VideoEncoder" : "VideoEncoderConfiguration";
+        const QByteArray encoding =
+            codecs[i].isEmpty() ? QByteArray() : "<Encoding>" + codecs[i].toLatin1() + "</Encoding>";
+        profiles += "<Profiles token=\"" + token + "\"><" + element + ">" + encoding + "</" + element +
+                    "></Profiles>";
+        const QString path = i == shown ? QStringLiteral("/talk") : QStringLiteral("/nothing");
+        device.setBody("GetStreamUri " + token, "<GetStreamUriResponse><Uri>" +
+                                                    camera.address("rtsp", path).toLatin1() +
+                                                    "</Uri></GetStreamUriResponse>");
+    }
+    device.setBody("GetProfiles", "<GetProfilesResponse>" + profiles + "</GetProfilesResponse>");
+    Server server;
+    const ServerReply reply = server.watch(server.add(device.url().toString()));
+    if (shown >= 0) {
+        QVERIFY2(reply.returnCode == ReturnCode::success, qPrintable(reply.errorText));
+    } else {
+        QCOMPARE(reply.returnCode, ReturnCode::noPicture);
+        QCOMPARE(reply.errorText, QString("the camera's video is JPEG, MPEG4, not H264"));
+        QCOMPARE(camera.count("client"), 0);
+    }
 }
 
 void TestOnvifVideo::withTls()
