@@ -84,6 +84,8 @@ class TestOnvifVideo : public QObject
 
 private Q_SLOTS:
     void pictures();
+    void videoIsDescribedFirst_data();
+    void videoIsDescribedFirst();
     void watchersShareOneSession();
     void besideATalk();
     void sessionEnds();
@@ -121,6 +123,24 @@ void TestOnvifVideo::pictures()
     }
     QVERIFY(pictures[0]["keyFrame"].toBool());
     QVERIFY(last >= 500 && last < 20000);
+}
+
+void TestOnvifVideo::videoIsDescribedFirst_data()
+{
+    QTest::addColumn<QStringList>("loudspeaker");
+    QTest::newRow("with a loudspeaker") << QStringList();
+    QTest::newRow("without one") << QStringList{"--no-backchannel"};
+    QTest::newRow("with one that is not described") << QStringList{"--hides-backchannel"};
+}
+
+void TestOnvifVideo::videoIsDescribedFirst()
+{
+    QFETCH(QStringList, loudspeaker);
+    TestCamera camera(showing(QStringList{"--video-first"} + loudspeaker));
+    Server server;
+    const QString id = server.add(camera.address());
+    QCOMPARE(server.watch(id).returnCode, ReturnCode::success);
+    QVERIFY(server.waitForPictures(5));
 }
 
 void TestOnvifVideo::watchersShareOneSession()
