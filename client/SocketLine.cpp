@@ -12,7 +12,8 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds leavingTime(250); // for what waits when the line is destroyed
+constexpr std::chrono::milliseconds
+    leavingTime(125);                  // for what waits when the line is destroyed, and for the handshake
 constexpr qint64 unreadMark = 8 << 20; // bytes that the line has not taken, with which no more are read
 constexpr int portOfTls = 443;
 constexpr int portWithoutTls = 80;

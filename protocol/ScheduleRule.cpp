@@ -7,15 +7,19 @@ namespace {
 
 constexpr int daysPerWeek = 7;
 
+/** A time of the wall clock, as a time of UTC: there is none that a zone skips. */
 std::optional<QDateTime> localTime(const QVariant& value)
 {
     const QDateTime time = value.type() == QVariant::DateTime
                                ? value.toDateTime()
                                : QDateTime::fromString(value.toString(), Qt::ISODate);
-    if (!time.isValid() || time.timeSpec() != Qt::LocalTime) {
-        return std::nullopt;
+    if (time.isValid()) {
+        return time.timeSpec() == Qt::LocalTime ? std::optional(QDateTime(time.date(), time.time(), Qt::UTC))
+                                                : std::nullopt;
     }
-    return time;
+    // It may be none in the zone of this process, when clocks are put forward.
+    const QDateTime skipped = QDateTime::fromString(value.toString() + QLatin1Char('Z'), Qt::ISODate);
+    return skipped.isValid() ? std::optional(skipped) : std::nullopt;
 }
 
 std::optional<QSet<int>> weekdaysOf(const QVariant& settings)
@@ -69,11 +73,11 @@ std::optional<ScheduleRule> ScheduleRule::fromRecord(const QVariantMap& record, 
     return rule;
 }
 
-/** The day's run as a moment. */
-QDateTime ScheduleRule::runOn(const QDate& day, const QTimeZone& zone) const
+/** When a clock of the zone shows a time; the first moment of two, the change of one that is skipped. */
+QDateTime ScheduleRule::momentOf(const QDate& day, const QTime& time, const QTimeZone& zone)
 {
-    QDateTime run(day, timeOfDay, zone);
-    if (run.isValid() && run.date() == day && run.time() == timeOfDay) {
+    QDateTime run(day, time, zone);
+    if (run.isValid() && run.date() == day && run.time() == time) {
         // A time that comes twice: one hour earlier may read the same on the clock.
         const QTimeZone::OffsetData change = zone.previousTransition(run);
         if (!change.atUtc.isValid()) {
@@ -81,7 +85,7 @@ QDateTime ScheduleRule::runOn(const QDate& day, const QTimeZone& zone) const
         }
         const QDateTime before =
             run.addSecs(change.offsetFromUtc - zone.offsetFromUtc(change.atUtc.addSecs(-1))).toTimeZone(zone);
-        return before < run && before.time() == timeOfDay && before.date() == day ? before : run;
+        return before < run && before.time() == time && before.date() == day ? before : run;
     }
     // Skipped by the clock: the moment of the change. Noon before and after are never skipped.
     const QDateTime noonBefore(day.addDays(-1), QTime(12, 0), zone);
@@ -93,11 +97,11 @@ std::optional<QDateTime> ScheduleRule::nextRun(const QDateTime& after, const QTi
 {
     const QDateTime localAfter = after.toTimeZone(zone);
     const auto acceptable = [&](const QDateTime& run) -> std::optional<QDateTime> {
-        const QDateTime last = end ? QDateTime(end->date(), end->time(), zone) : QDateTime();
+        const QDateTime last = end ? momentOf(end->date(), end->time(), zone) : QDateTime();
         return run > after && (!end || run <= last) ? std::optional(run) : std::nullopt;
     };
     if (type == Once) {
-        return acceptable(runOn(firstDay, zone));
+        return acceptable(momentOf(firstDay, timeOfDay, zone));
     }
     QDate day = std::max(firstDay, localAfter.date().addDays(-1));
     // A week and a day each side hold every weekday.
@@ -105,7 +109,7 @@ std::optional<QDateTime> ScheduleRule::nextRun(const QDateTime& after, const QTi
         if (type == Weekly && !weekdays.contains(day.dayOfWeek())) {
             continue;
         }
-        if (const QDateTime run = runOn(day, zone); run > after) {
+        if (const QDateTime run = momentOf(day, timeOfDay, zone); run > after) {
             return acceptable(run);
         }
     }

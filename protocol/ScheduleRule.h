@@ -45,5 +45,5 @@ struct ScheduleRule
     bool canRun() const;
 
 private:
-    QDateTime runOn(const QDate& day, const QTimeZone& zone) const;
+    static QDateTime momentOf(const QDate& day, const QTime& time, const QTimeZone& zone);
 };

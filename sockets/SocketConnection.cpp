@@ -83,6 +83,7 @@ void SocketConnection::close(quint16 code, const QString& reason, Milliseconds t
     m_closing = true;
     m_closeCode = code;
     m_closeReason = reason;
+    m_closeTime = time;
     m_closeEnd = Clock::now() + time;
     if (m_open) {
         writeOn();
@@ -96,7 +97,7 @@ void SocketConnection::closeBegun()
 {
     m_closing = true;
     m_closeSent = true;
-    m_closeEnd = Clock::now() + closeTime;
+    m_closeEnd = Clock::now() + m_closeTime;
 }
 
 void SocketConnection::abort(const QString& reason)
@@ -118,8 +119,10 @@ void SocketConnection::tick(Clock::time_point now)
         m_lastLife = now; // it is this side that lets the other one wait
     } else if (now - m_lastLife > m_idleTime) {
         abort(QStringLiteral("it gives no sign of life"));
-    } else if (now - m_lastLife > m_idleTime / 2 && !m_pinging) {
+    } else if (now - m_lastLife > m_idleTime / 2 && !m_pinging && m_lastPing < m_lastLife) {
+        // Once: a peer that was asleep would answer all of them at once.
         m_pinging = true;
+        m_lastPing = now;
         startPing();
     }
 }

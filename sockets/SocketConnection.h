@@ -33,7 +33,7 @@ public:
     /** Queues a message, of which the sender has counted the bytes. */
     void send(const QByteArray& message);
 
-    /** Ends it after what waits has gone, or after a time. */
+    /** Ends it after what waits has gone, or after a time; the closing handshake then has as much. */
     void close(quint16 code, const QString& reason, Milliseconds time = closeTime);
 
     /** Ends it at once. @param reason for people */
@@ -104,6 +104,8 @@ private:
     bool m_ended = false;
     quint16 m_closeCode = 0;
     QString m_closeReason;
+    Milliseconds m_closeTime = closeTime;
     Clock::time_point m_lastLife;
+    Clock::time_point m_lastPing; ///< The peer was asked for a sign of life.
     Clock::time_point m_closeEnd;
 };

@@ -5,6 +5,7 @@
 #include "server/access/ServerCertificate.h"
 #include "sockets/Mailbox.h"
 
+#include <deque>
 #include <map>
 #include <thread>
 #include <unordered_map>
@@ -64,6 +65,7 @@ private:
 
     bool setUpTls(const ServerCertificate& certificate, QString* error);
     void run();
+    void resume();
     void accept();
     void add(Socket&& socket);
     bool makeRoom();
@@ -76,12 +78,14 @@ private:
     const std::function<void()> m_wake;
     Mailbox<Event> m_events;
     Mailbox<Order> m_orders;
+    std::deque<Order> m_obeyed; ///< Taken of them, and not obeyed yet.
     net::io_context m_context{1};
     std::optional<ssl::context> m_tls;
     Acceptor m_acceptor{m_context};
     Timer m_pause{m_context};
     Timer m_ticker{m_context};
-    bool m_ticks = false;
+    bool m_accepts = false; ///< accept, or a pause before it, is under way.
+    bool m_ticks = false;   ///< The ticker runs.
     std::map<quint64, std::shared_ptr<DoorConnection>> m_connections; ///< By number, which is by age, too.
     quint64 m_lastClient = 0;
     bool m_stopping = false;
@@ -141,7 +145,6 @@ bool DoorThread::Core::listen(const ServerCertificate* certificate, QString* err
         return false;
     }
     m_port = m_acceptor.local_endpoint(failed).port();
-    accept();
     m_thread = std::thread([this] { run(); });
     return true;
 }
@@ -151,6 +154,7 @@ void DoorThread::Core::run()
 {
     for (;;) {
         try {
+            resume();
             m_context.run();
             return;
         } catch (const std::exception& exception) {
@@ -159,24 +163,40 @@ void DoorThread::Core::run()
     }
 }
 
+/** Starts what goes on for ever, or what an exception has cut off of it. */
+void DoorThread::Core::resume()
+{
+    if (!m_accepts && !m_stopping) {
+        accept();
+    }
+    if (!m_ticks && !m_connections.empty()) {
+        watch();
+    }
+    obey();
+}
+
 void DoorThread::Core::accept()
 {
     m_acceptor.async_accept([this](error_code error, Socket socket) {
+        m_accepts = false;
         if (m_stopping) {
             return;
         }
         if (error) {
             m_pause.expires_after(acceptPause);
             m_pause.async_wait([this](error_code) {
+                m_accepts = false;
                 if (!m_stopping) {
                     accept();
                 }
             });
+            m_accepts = true;
             return;
         }
         add(std::move(socket));
         accept();
     });
+    m_accepts = true;
 }
 
 void DoorThread::Core::add(Socket&& socket)
@@ -188,11 +208,10 @@ void DoorThread::Core::add(Socket&& socket)
     const auto connection = std::make_shared<DoorConnection>(*this, m_config, client, std::move(socket),
                                                              m_tls ? &*m_tls : nullptr);
     m_connections.emplace(client, connection);
-    connection->start();
     if (!m_ticks) {
-        m_ticks = true;
         watch();
     }
+    connection->start();
 }
 
 /**
@@ -226,33 +245,39 @@ void DoorThread::Core::watch()
 {
     m_ticker.expires_after(m_config.tickTime);
     m_ticker.async_wait([this](error_code) {
+        m_ticks = false;
         const auto now = Clock::now();
         for (auto next = m_connections.begin(); next != m_connections.end();) {
             const auto connection = (next++)->second; // which may end in its tick
             connection->tick(now);
         }
-        m_ticks = !m_connections.empty();
-        if (m_ticks) {
+        if (!m_connections.empty() && !m_ticks) {
             watch();
         }
     });
+    m_ticks = true;
 }
 
 void DoorThread::Core::ended(quint64 client, bool wasOpen)
 {
-    if (wasOpen) {
-        report({Event::Closed, client, QByteArray(), QString(), nullptr, nullptr});
-    }
     m_connections.erase(client); // the handler that runs holds it
     if (m_stopping && m_connections.empty()) {
         m_ticker.cancel();
         m_pause.cancel();
     }
+    if (wasOpen) {
+        report({Event::Closed, client, QByteArray(), QString(), nullptr, nullptr});
+    }
 }
 
 void DoorThread::Core::obey()
 {
-    for (const Order& order : m_orders.takeAll()) {
+    for (Order& order : m_orders.takeAll()) {
+        m_obeyed.push_back(std::move(order));
+    }
+    while (!m_obeyed.empty()) { // an exception leaves those of other clients
+        const Order order = std::move(m_obeyed.front());
+        m_obeyed.pop_front();
         const auto found = m_connections.find(order.client);
         if (found != m_connections.end()) {
             const auto connection = found->second;

@@ -2,10 +2,10 @@
 
 #include "audio/WaveFileWriter.h"
 #include "tests/support/FullDisk.h"
+#include "tests/support/RunningThreads.h"
 #include "tests/support/WavFiles.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -266,23 +266,19 @@ void TestWaveFileWriter::fullDiskOfMuchAtOnce()
 
 void TestWaveFileWriter::oneThreadForAllFiles()
 {
-    const QDir threads("/proc/self/task");
-    if (!threads.exists()) {
+    const int before = runningThreads();
+    if (before == 0) {
         QSKIP("Nobody counts the threads here.");
     }
-    const auto running = [&] {
-        return QDir(threads.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
-    };
-    const int before = running();
     std::vector<std::unique_ptr<WaveFileWriter>> writers;
     for (int i = 0; i < 100; ++i) {
         writers.push_back(
             std::make_unique<WaveFileWriter>(m_folder.filePath(QStringLiteral("many-%1.wav").arg(i)), rate));
         QVERIFY(writers.back()->write(count(0)));
     }
-    QCOMPARE(running(), before + 1);
+    QCOMPARE(runningThreads(), before + 1);
     writers.clear();
-    QTRY_COMPARE(running(), before); // the system takes it out of its list a bit later
+    QTRY_COMPARE(runningThreads(), before); // the system takes it out of its list a bit later
     for (int i = 0; i < 100; ++i) {
         QVERIFY(hasCounted(m_folder.filePath(QStringLiteral("many-%1.wav").arg(i)), packetSamples));
     }

@@ -25,7 +25,7 @@ bool logLibraryIsLoaded()
 #endif
 }
 
-/** Made before the gate opens its library, and so destroyed after the gate has closed it. */
+/** Of an object that is made before the gate opens its library, and so destroyed after it has closed it. */
 struct End
 {
     ~End()
@@ -39,6 +39,9 @@ struct End
 const End end;
 
 } // namespace
+
+// Here, since the order of objects of different sources is the linker's: MinGW's is the reverse of Linux's.
+#include "src/vocabulary/LogGate.cpp"
 
 static void traced()
 {

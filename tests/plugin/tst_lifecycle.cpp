@@ -1,57 +1,12 @@
 #include "src/models/ItemRoles.h"
+#include "tests/plugin/CountedAllocations.h"
 #include "tests/plugin/PluginFixture.h"
 
 #include <QAbstractEventDispatcher>
 #include <QTest>
 #include <QTimerEvent>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <stdexcept>
-
-namespace {
-
-// Qt's threads count, too.
-std::atomic<int> allocationsUntilFailure = -1; // of the non-throwing kind, which only the models use
-std::atomic<int> allocations = 0;              // of the throwing kind
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    ++allocations;
-    void* block = std::malloc(size > 0 ? size : 1);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
-}
-
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    if (allocationsUntilFailure == 0) {
-        return nullptr;
-    }
-    if (allocationsUntilFailure > 0) {
-        --allocationsUntilFailure;
-    }
-    try {
-        return ::operator new(size);
-    } catch (...) {
-        return nullptr;
-    }
-}
 
 class TestLifecycle : public QObject
 {
@@ -209,9 +164,9 @@ void TestLifecycle::modelThatCannotBeBuilt()
     LogCapture log;
     RecordingFramework framework;
     PluginVoiceDesk plugin;
-    allocationsUntilFailure = allocations;
+    CountedAllocations::untilFailure = allocations;
     const bool initialised = plugin.InitialPluginBase(nullptr, nullptr, &framework);
-    allocationsUntilFailure = -1;
+    CountedAllocations::untilFailure = -1;
     QVERIFY(!initialised);
     QCOMPARE(log.errors(), QStringList{message});
     QCOMPARE(plugin.findChildren<QStandardItemModel*>().size(), allocations);
@@ -424,18 +379,18 @@ void TestLifecycle::handlerRunsFromACopy()
     };
     const Captured captured{};
     const std::function<void()> sample = [captured] { static_cast<void>(captured); };
-    int before = allocations;
+    int before = CountedAllocations::made;
     const std::function<void()> copy = sample;
-    if (allocations == before) {
+    if (CountedAllocations::made == before) {
         QSKIP("functions of this size take no memory here");
     }
     PluginFixture f;
     f.log.object().context = nullptr; // keeping messages takes memory
     const QString command = QStringLiteral("StopTalk");
     const QString code = QStringLiteral("0");
-    before = allocations;
+    before = CountedAllocations::made;
     f.plugin->CommandProcessor(command, QVariant(), nullptr, code, QString(), false, QString());
-    QVERIFY(allocations > before);
+    QVERIFY(CountedAllocations::made > before);
 }
 
 void TestLifecycle::destructionClosesTargets()

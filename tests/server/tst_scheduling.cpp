@@ -5,6 +5,7 @@
 #include "tests/support/WavFiles.h"
 
 #include <QDir>
+#include <QScopeGuard>
 
 class TestScheduling : public QObject
 {
@@ -15,6 +16,7 @@ private Q_SLOTS:
     void runs_data();
     void runs();
     void beforeTheZonesFirstChange();
+    void skippedByTheZoneOfTheProcess();
     void endIsTheLastStart();
     void badRecords();
     void schedulesReallyPlay();
@@ -183,6 +185,23 @@ void TestScheduling::beforeTheZonesFirstChange()
     const auto run = rule->nextRun(local("1013-05-04T08:29:59"), berlin);
     QVERIFY(run);
     QCOMPARE(*run, local("1013-05-04T08:30:00"));
+}
+
+/** 02:30 does not exist on that day where the server is; the rule counts it as the moment of the change. */
+void TestScheduling::skippedByTheZoneOfTheProcess()
+{
+    const QByteArray zone = qgetenv("TZ");
+    qputenv("TZ", "Europe/Berlin");
+    const auto back = qScopeGuard([&] { zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone); });
+    QString error;
+    const auto rule =
+        ScheduleRule::fromRecord(record(0, "2026-03-29T02:30:00", {}, "2026-03-29T02:45:00"), &error);
+    QVERIFY2(rule, qPrintable(error));
+    QCOMPARE(rule->timeOfDay, QTime(2, 30));
+    const auto run = rule->nextRun(local("2026-03-29T01:59:59"), berlin);
+    QVERIFY(run);
+    QCOMPARE(*run, local("2026-03-29T03:00:00"));
+    QVERIFY(!ScheduleRule::fromRecord(record(0, "2026-03-29T02:60:00"), &error));
 }
 
 void TestScheduling::endIsTheLastStart()

@@ -1,6 +1,7 @@
 // What the door rules for each client: who is read and when, what waits for it, and when it is taken for
 // gone.
 
+#include "server/access/DoorThread.h"
 #include "server/access/SocketDoor.h"
 #include "tests/embedded/TrustedCertificate.h"
 #include "tests/server/ServerHarness.h"
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void whoIsNotHandledIsNotRead();
     void silentPeersEnd_data() { addTls(); }
     void silentPeersEnd();
+    void exceptionsCostOneClient();
     void slowSenderLives_data() { addTls(); }
     void slowSenderLives();
     void slowReaderLives_data() { addTls(); }
@@ -194,7 +196,43 @@ void TestSocketDoor::silentPeersEnd()
     QVERIFY(!visit.closed);
     QCOMPARE(visit.peer.frames.last().opcode, 9);
     visit.peer.answersPings = false;
+    const auto pings = [&visit] {
+        return std::count_if(visit.peer.frames.begin(), visit.peer.frames.end(),
+                             [](const WebSocketFrame& frame) { return frame.opcode == 9; });
+    };
+    const auto before = pings();
     QVERIFY(ServerHarness::waitFor([&] { return visit.closed; }));
+    QVERIFY(pings() - before <= 1); // who was asleep would have to answer all of them at once
+}
+
+/** What cannot be had, such as memory, costs the client that it is for. */
+void TestSocketDoor::exceptionsCostOneClient()
+{
+    DoorConfig config = impatient();
+    config.maxClients = 1;
+    std::atomic<bool> fails{false};
+    DoorThread door(config, [&fails] {
+        if (fails.exchange(false)) {
+            throw std::bad_alloc();
+        }
+    });
+    QString error;
+    QVERIFY(door.listen(nullptr, &error));
+    const QUrl url(QString("ws://127.0.0.1:%1").arg(door.port()));
+    WebSocketPeer silent;
+    silent.open(url);
+    QVERIFY(ServerHarness::waitFor([&] { return silent.isOpen(); }));
+    QVERIFY(ServerHarness::waitFor([&] { return !door.takeEvents().empty(); }));
+    // The next one takes its place, which nobody can be told.
+    fails = true;
+    WebSocketPeer unlucky;
+    unlucky.open(url);
+    QVERIFY(ServerHarness::waitFor([&] { return !fails; }));
+    WebSocketPeer next;
+    next.open(url);
+    QVERIFY(ServerHarness::waitFor([&] { return next.isOpen(); }));
+    // Time-outs go on.
+    QVERIFY(ServerHarness::waitFor([&] { return next.isClosed(); }));
 }
 
 /** A message that takes longer than the idle time, from somebody who cannot answer pings meanwhile. */

@@ -258,7 +258,8 @@ void RtspSession::onManager(GstElement* /*source*/, GstElement* manager, RtspSes
         const HandOver::Scope scope(to);
         const auto drop = +[](GstPad*, GstPadProbeInfo*, gpointer) { return GST_PAD_PROBE_DROP; };
         const auto chosen = to->choice();
-        if (chosen && GST_PAD_NAME(pad) == "recv_rtp_sink_" + QByteArray::number(chosen->talkStream)) {
+        const bool talks = chosen && chosen->talkFormat && to->m_way != Way::Video;
+        if (talks && GST_PAD_NAME(pad) == "recv_rtp_sink_" + QByteArray::number(chosen->talkStream)) {
             gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, drop, nullptr, nullptr);
             gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER_LIST, drop, nullptr, nullptr);
         }

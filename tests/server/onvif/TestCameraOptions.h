@@ -59,7 +59,7 @@ private:
         std::string meaning;
     };
 
-    inline static const std::array<Row, 21> table{{
+    inline static const std::array<Row, 22> table{{
         {"port", "NUMBER", "where it listens; without it a free port, which the first line names"},
         {"codec", "NAME", "of its voice, and of what it hears"},
         {"back-codec", "NAME", "of what it hears alone"},
@@ -78,6 +78,7 @@ private:
         {"refuse-describe", "STATUS", "an RTSP status"},
         {"refuse-setup", "STATUS", ""},
         {"refuse-play", "STATUS", ""},
+        {"video-first", "", "its video is described before its voice"},
         {"no-backchannel", "", "it has no loudspeaker"},
         {"hides-backchannel", "", "it does not describe its loudspeaker"},
         {"help", "", "prints this"},

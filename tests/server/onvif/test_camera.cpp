@@ -403,10 +403,10 @@ std::string pictureLaunch()
         return " videotestsrc is-live=true ! video/x-raw,width=64,height=48,format=I420 ! jpegenc ! "
                "rtpjpegpay name=pay1 pt=26";
     }
-    return " appsrc name=eye is-live=true do-timestamp=true format=time leaky-type=downstream "
-           "max-buffers=3 "
-           "caps=video/x-h264,stream-format=byte-stream,alignment=au ! rtph264pay name=pay1 pt=96 "
-           "config-interval=0";
+    return std::string(" appsrc name=eye is-live=true do-timestamp=true format=time leaky-type=downstream "
+                       "max-buffers=3 "
+                       "caps=video/x-h264,stream-format=byte-stream,alignment=au ! rtph264pay name=") +
+           (options.has("video-first") ? "pay0" : "pay1") + " pt=96 config-interval=0";
 }
 
 std::string voiceLaunch()
@@ -417,15 +417,16 @@ std::string voiceLaunch()
     const bool slow = codec.encode.find("avenc") != std::string::npos;
     // Only when it is asked for them by their name, the payloader describes AAL2's packets by it.
     const bool isAal2 = codec.caps.find("AAL2") != std::string::npos;
+    const std::string name = options.has("video-first") ? "name=pay1 " : "name=pay0 ";
     return "( appsrc name=voice is-live=true do-timestamp=true format=time leaky-type=downstream "
            "max-buffers=" +
            std::string(slow ? "30" : "3") +
            " caps=audio/x-raw,format=S16LE,layout=interleaved,rate=" + std::to_string(codec.rate) +
-           ",channels=1 ! audioconvert ! " + codec.encode + (isAal2 ? " " : " name=pay0 ") +
+           ",channels=1 ! audioconvert ! " + codec.encode + " " + (isAal2 ? "" : name) +
            "pt=" + std::to_string(codec.payloadType) +
            (frames ? "" : " min-ptime=20000000 max-ptime=20000000") +
-           (isAal2 ? " ! capsfilter name=pay0 caps=application/x-rtp," + codec.caps : "") + pictureLaunch() +
-           " )";
+           (isAal2 ? " ! capsfilter " + name + "caps=application/x-rtp," + codec.caps : "") +
+           pictureLaunch() + " )";
 }
 
 std::string backLaunch()

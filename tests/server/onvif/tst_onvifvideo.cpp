@@ -107,6 +107,8 @@ class TestOnvifVideo : public QObject
 private Q_SLOTS:
     void pictures();
     void manyBytes();
+    void videoIsDescribedFirst_data();
+    void videoIsDescribedFirst();
     void watchersShareOneSession();
     void besideATalk();
     void sessionEnds();
@@ -168,6 +170,24 @@ void TestOnvifVideo::manyBytes()
     QVERIFY2(pictures.size() * 10 >= sent * 9,
              qPrintable(QString("%1 of %2").arg(pictures.size()).arg(sent)));
     QVERIFY(pictures[0]["accessUnit"].toByteArray().size() > 70000);
+}
+
+void TestOnvifVideo::videoIsDescribedFirst_data()
+{
+    QTest::addColumn<QStringList>("loudspeaker");
+    QTest::newRow("with a loudspeaker") << QStringList();
+    QTest::newRow("without one") << QStringList{"--no-backchannel"};
+    QTest::newRow("with one that is not described") << QStringList{"--hides-backchannel"};
+}
+
+void TestOnvifVideo::videoIsDescribedFirst()
+{
+    QFETCH(QStringList, loudspeaker);
+    TestCamera camera(showing(QStringList{"--video-first"} + loudspeaker));
+    Server server;
+    const QString id = server.add(camera.address());
+    QCOMPARE(server.watch(id).returnCode, ReturnCode::success);
+    QVERIFY(server.waitForPictures(5));
 }
 
 void TestOnvifVideo::watchersShareOneSession()
