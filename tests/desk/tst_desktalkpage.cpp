@@ -76,7 +76,7 @@ void TestDeskTalkPage::talkKey()
     desk.type("front gate");
     QCOMPARE(desk.desk().talk()->phase(), TalkControl::Idle);
     QCOMPARE(desk.desk().targets()->rowCount(), 1);
-    // On other pages it is no talk key.
+    // On other pages the space bar is not the talk key.
     desk.page("connection");
     QTest::keyPress(desk.window(), Qt::Key_Space);
     QTest::keyRelease(desk.window(), Qt::Key_Space);
